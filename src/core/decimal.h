@@ -1,0 +1,118 @@
+// The exact base-ten number of all money, shares, prices and rates.
+//
+// The rules are those of the platform decimal that the users' records were always kept in: 38
+// digits, an 8-bit exponent, compact values, one NaN. Binary floating point never holds an amount.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// How a value is brought to fewer digits. The codes are those of the platform's number classes.
+enum class RoundingMode {
+  plain = 0,   ///< nearest; a tie goes away from zero
+  down = 1,    ///< the further digits are dropped: towards zero
+  bankers = 3  ///< nearest; a tie goes to the even neighbour
+};
+
+enum class Sign { plus, minus };
+
+/// An exact base-ten number: sign, 128-bit mantissa, power of ten from -128 to 127.
+///
+/// Always compact: trailing zeros of the mantissa live in the exponent as far as it reaches,
+/// so 10.50 and 10.5 are the same bits. There is no negative zero. An operation whose exact result
+/// fits the mantissa and exponent is exact; others are rounded with RoundingMode::plain to fit 38
+/// digits. Overflow and division by zero give nan(), underflow gives 0, and an operation with a NaN
+/// gives nan(). Never allocates except for text, never throws. A plain value, safe on any thread.
+class Decimal {
+ public:
+  __extension__ using Mantissa = unsigned __int128;
+
+  static constexpr int minimumExponent = -128;
+  static constexpr int maximumExponent = 127;
+  /// Every number of this many digits fits the mantissa.
+  static constexpr int maximumDigits = 38;
+
+  constexpr Decimal() = default;
+  Decimal(int value);            // NOLINT(google-explicit-constructor): literals read as numbers
+  Decimal(long value);           // NOLINT(google-explicit-constructor)
+  Decimal(long long value);      // NOLINT(google-explicit-constructor)
+  Decimal(unsigned value);       // NOLINT(google-explicit-constructor)
+  Decimal(unsigned long value);  // NOLINT(google-explicit-constructor)
+  Decimal(unsigned long long value);  // NOLINT(google-explicit-constructor)
+
+  /// The shortest decimal number that reads back as `value`: at most 17 digits. nan() for a NaN,
+  /// for an infinity, and beyond the range; 0 below it. For constants and ratios, never for an
+  /// amount.
+  [[nodiscard]] static Decimal fromDouble(double value);
+
+  /// `significand` × 10^`exponent` with `sign` put before it. `significand` is not negative.
+  [[nodiscard]] static Decimal fromParts(Sign sign, int exponent, const Decimal& significand);
+
+  /// The value of a mantissa and a power of ten, made compact and brought into range.
+  [[nodiscard]] static Decimal fromMantissa(Sign sign, Mantissa mantissa, int exponent);
+
+  /// Reads the number that `text` begins with: optional sign, digits with at most one point,
+  /// optional exponent ("-12.50", ".5", "1e-3"). What follows it is ignored; blanks in front are
+  /// skipped. No value when the text does not begin with a number. Digits beyond the precision are
+  /// rounded with RoundingMode::plain; a number beyond the range reads as NaN.
+  [[nodiscard]] static std::optional<Decimal> fromString(std::string_view text);
+
+  /// As fromString, but no value unless the whole of `text` is the number.
+  [[nodiscard]] static std::optional<Decimal> fromWholeString(std::string_view text);
+
+  [[nodiscard]] static Decimal nan();
+  [[nodiscard]] static Decimal greatestFiniteMagnitude();  ///< (2^128 - 1) × 10^127
+  [[nodiscard]] static Decimal leastNonzeroMagnitude();    ///< 10^-128
+
+  [[nodiscard]] bool isNaN() const;
+  [[nodiscard]] bool isZero() const;
+  [[nodiscard]] Sign sign() const;  ///< plus for zero and NaN
+
+  /// The power of ten of the compact value: 0 for zero, -2 for 1.25, 2 for 100.
+  [[nodiscard]] int exponent() const;
+  [[nodiscard]] Mantissa mantissa() const;
+  /// The mantissa as a number that is not negative: its exponent is 0 before it is made compact.
+  [[nodiscard]] Decimal significand() const;
+
+  friend Decimal operator+(const Decimal& left, const Decimal& right);
+  friend Decimal operator-(const Decimal& left, const Decimal& right);
+  friend Decimal operator*(const Decimal& left, const Decimal& right);
+  friend Decimal operator/(const Decimal& left, const Decimal& right);
+  Decimal operator-() const;
+  Decimal& operator+=(const Decimal& other) { return *this = *this + other; }
+  Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
+
+  /// Numeric and total: NaN equals NaN and orders below every number.
+  friend bool operator==(const Decimal& left, const Decimal& right);
+  friend std::strong_ordering operator<=>(const Decimal& left, const Decimal& right);
+
+  /// Plain digits with a point, no grouping, no power of ten: "-1234.5", "0", "NaN".
+  [[nodiscard]] std::string description() const;
+
+  /// The value without its fraction, held to the ends of the type; 0 for NaN.
+  [[nodiscard]] std::int64_t integerValue() const;
+  /// The nearest double; NaN for NaN.
+  [[nodiscard]] double doubleValue() const;
+
+  friend std::ostream& operator<<(std::ostream& out, const Decimal& value);
+};
+
+[[nodiscard]] Decimal abs(const Decimal& value);
+
+/// `value` with at most `scale` digits after the point. A value that has no more is returned as it
+/// is, so 1.2 to two digits stays 1.2. A negative scale rounds to tens, hundreds and so on.
+[[nodiscard]] Decimal rounded(const Decimal& value, int scale, RoundingMode mode);
+
+}  // namespace corvane
+
+template <>
+struct std::hash<corvane::Decimal> {
+  std::size_t operator()(const corvane::Decimal& value) const noexcept;
+};

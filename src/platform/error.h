@@ -1,0 +1,74 @@
+// The base of every error that a user may see, and the result type of asynchronous work.
+//
+// Each subsystem has its own error values, made of named alternatives, and derives them from
+// ErrorValue. Synchronous operations throw them; asynchronous ones deliver them in a Result.
+// Nothing else is thrown across the border of a folder. All of it is safe on any thread.
+#pragma once
+
+#include <exception>
+#include <expected>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <typeinfo>
+
+namespace corvane {
+
+/// What went wrong, as a value that can be shown, compared in a test, and kept.
+class Error : public std::exception {
+ public:
+  /// The text for the user; none where the error has nothing to say.
+  [[nodiscard]] virtual std::optional<std::string> description() const = 0;
+
+  /// What the user can do about it, or the reason behind it; mostly none.
+  [[nodiscard]] virtual std::optional<std::string> recoverySuggestion() const {
+    return std::nullopt;
+  }
+
+  /// Whether `other` is of the same type and has the same case and the same values.
+  [[nodiscard]] virtual bool isEqual(const Error& other) const = 0;
+
+  /// A copy that outlives the `catch` clause in which this error was seen.
+  [[nodiscard]] virtual std::shared_ptr<const Error> copy() const = 0;
+
+  [[noreturn]] virtual void raise() const = 0;
+
+  /// For the messages of the C++ runtime and of test frameworks only; users get description().
+  [[nodiscard]] const char* what() const noexcept override { return typeid(*this).name(); }
+
+  friend bool operator==(const Error& left, const Error& right) { return left.isEqual(right); }
+
+  friend std::ostream& operator<<(std::ostream& out, const Error& error) {
+    return out << error.description().value_or("(an error without a description)");
+  }
+};
+
+using ErrorPointer = std::shared_ptr<const Error>;
+
+/// Gives a concrete error its comparison, copy and throw. `Derived` is copyable and has a member
+/// `bool hasSameValues(const Derived&) const`.
+template <typename Derived>
+class ErrorValue : public Error {
+ public:
+  [[nodiscard]] bool isEqual(const Error& other) const final {
+    const auto* same = dynamic_cast<const Derived*>(&other);
+    return same != nullptr && self().hasSameValues(*same);
+  }
+  [[nodiscard]] ErrorPointer copy() const final { return std::make_shared<const Derived>(self()); }
+  [[noreturn]] void raise() const final { throw Derived(self()); }
+
+ private:
+  [[nodiscard]] const Derived& self() const { return static_cast<const Derived&>(*this); }
+};
+
+/// The outcome of asynchronous work: a value, or the error that prevented it, never null.
+template <typename T>
+using Result = std::expected<T, ErrorPointer>;
+
+/// `error` as the failing side of a Result.
+inline std::unexpected<ErrorPointer> failure(const Error& error) {
+  return std::unexpected<ErrorPointer>(error.copy());
+}
+
+}  // namespace corvane
