@@ -1,0 +1,5 @@
+#include "core/portfolio_asset.h"
+
+#include "platform/text/locale.h"
+
+namespace corvane {
