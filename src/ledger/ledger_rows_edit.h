@@ -1,0 +1,59 @@
+// The changes that one edit makes to the rows of a ledger, kept so that all can be taken back.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "ledger/portfolio_transaction.h"
+
+namespace corvane {
+
+/// Inserts, removes and revises rows of `rows` and knows how to undo it. What it keeps grows with the
+/// number of changes, not with that of the rows.
+class LedgerRowsEdit {
+ public:
+  using Rows = std::vector<TransactionPointer>;
+
+  /// `rows` must outlive the edit.
+  explicit LedgerRowsEdit(Rows& rows) : rows_(rows), lowest_(rows.size()) {}
+
+  [[nodiscard]] const Rows& rows() const { return rows_; }
+
+  void insert(std::size_t position, TransactionPointer row);
+  void remove(std::size_t position);
+  /// Takes the row at `from` out and inserts it so that it ends up at `to`.
+  void move(std::size_t from, std::size_t to);
+  /// Gives the row at `position` another transaction.
+  void revise(std::size_t position, BasicTransaction transaction);
+
+  /// The first position that was changed; the number of rows at the start where none was.
+  [[nodiscard]] std::size_t lowest() const { return lowest_; }
+
+  /// Brings rows and transactions back to what they were at the start.
+  void takeBack();
+
+ private:
+  struct Change {
+    enum class Kind { inserted, removed, revised } kind;
+    std::size_t position;
+    TransactionPointer row;
+    std::optional<BasicTransaction> formerTransaction;
+  };
+
+  Rows& rows_;
+  std::size_t lowest_;
+  std::vector<Change> changes_;
+};
+
+/// The position of `row` in `rows`, which are in ledger order: found by identity among the rows of
+/// its settlement date.
+[[nodiscard]] std::optional<std::size_t> positionOf(const PortfolioTransaction& row,
+                                                    const std::vector<TransactionPointer>& rows);
+
+/// The position behind all rows of `settlementDate`.
+[[nodiscard]] std::size_t positionByDate(Date settlementDate,
+                                         const std::vector<TransactionPointer>& rows);
+
+}  // namespace corvane

@@ -1,0 +1,176 @@
+// The one object through which a ledger changes.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/quote_provider.h"
+#include "ledger/order.h"
+#include "ledger/portfolio.h"
+#include "ledger/portfolio_manager_error.h"
+#include "platform/async/undo_manager.h"
+#include "platform/time/calendar.h"
+
+namespace corvane {
+
+class LedgerRowsEdit;
+
+/// Rows that an edit touched. An absent set means that the edit has no such rows to tell of.
+struct TransactionChanges {
+  std::optional<TransactionSet> inserted;
+  std::optional<TransactionSet> deleted;
+  std::optional<TransactionSet> modified;
+  std::optional<TransactionSet> recalculated;
+};
+
+/// Owns portfolios and changes their ledgers by five edits: record, revise, delete, insert, move.
+///
+/// Every edit is all-or-nothing: it changes the rows, lets the engine walk the ledger from the first
+/// row that it touched, and takes everything back when the engine refuses. What succeeds registers
+/// one undo step and posts one notification. Held by shared pointer only. Edits run on the calling
+/// thread, the main thread but for an import's one recordTransactions; nothing is locked.
+///
+/// A subclass that keeps the ledger elsewhere overrides the edits, calls the base edit as the body of
+/// its override, and is told of each row through transactionRecalculated.
+class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
+ public:
+  /// Makes a row of the class that a manager records.
+  using TransactionType = TransactionPointer (*)(BasicTransaction transaction,
+                                                 std::weak_ptr<Portfolio> portfolio, bool isDirty);
+  template <typename Row>
+  static TransactionPointer makeTransaction(BasicTransaction transaction,
+                                            std::weak_ptr<Portfolio> portfolio, bool isDirty) {
+    return std::make_shared<Row>(std::move(transaction), std::move(portfolio), isDirty);
+  }
+
+  /// A row for each subject: the row in front of which the subject goes, or null for the end.
+  using Anchors = std::vector<TransactionPointer>;
+  using Transactions = std::vector<TransactionPointer>;
+  using UndoManagerPointer = std::shared_ptr<UndoManager>;
+
+  /// What didChangePortfolio notifications carry under these names: the manager and the portfolio as
+  /// std::shared_ptr, and the changes as TransactionChanges where an edit has made them.
+  static constexpr std::string_view didChangePortfolio =
+      "ca.orlend.corvane.PortfolioManager.didChangePortfolio";
+  static constexpr std::string_view portfolioManagerKey = "portfolioManager";
+  static constexpr std::string_view portfolioKey = "portfolio";
+  static constexpr std::string_view transactionChangesKey = "transactionChanges";
+
+  explicit PortfolioManager(
+      std::shared_ptr<QuoteProvider> provider,
+      TransactionType recordedTransactions = &makeTransaction<PortfolioTransaction>,
+      std::vector<OrderFeature> orderFeatures = {OrderFeature::allowsFractionalShares,
+                                                 OrderFeature::allowsRecordTransaction});
+  PortfolioManager(const PortfolioManager&) = delete;
+  PortfolioManager& operator=(const PortfolioManager&) = delete;
+  virtual ~PortfolioManager();
+
+  /// All year boundaries of the ledgers are taken in it. The user's calendar at creation.
+  Calendar calendar;
+  std::shared_ptr<QuoteProvider> quoteProvider;
+
+  /// Shows an error that an undo or redo met, to which nobody else can answer. Prints it until the
+  /// application sets its own.
+  std::function<void(const Error&)> presentError;
+
+  [[nodiscard]] const std::vector<PortfolioPointer>& portfolios() const { return portfolios_; }
+  [[nodiscard]] const std::vector<OrderFeature>& supportedOrderFeatures() const {
+    return supportedOrderFeatures_;
+  }
+
+  /// Gives back storage that is no longer used.
+  virtual void compactStorage();
+
+  virtual PortfolioPointer createPortfolio(const Currency& primaryCurrency);
+
+  /// To be called after the name or a setting of `portfolio` has changed.
+  virtual void portfolioPropertiesDidChange(const PortfolioPointer& portfolio);
+
+  /// Throws PortfolioManagerError::InvalidPortfolio where the portfolio is not this manager's.
+  virtual void removePortfolio(const PortfolioPointer& portfolio);
+
+  /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
+  /// new rows in the order given. Recording nothing changes nothing.
+  virtual Transactions recordTransactions(std::vector<BasicTransaction> basics,
+                                          const PortfolioPointer& portfolio,
+                                          const UndoManagerPointer& undoManager);
+
+  /// Gives each subject its revision. Without `neighbours` a row whose settlement date stays keeps
+  /// its place, and another goes behind all rows of its new date.
+  virtual void reviseTransactions(const Transactions& subjects,
+                                  const std::vector<BasicTransaction>& revisions,
+                                  const std::optional<Anchors>& neighbours,
+                                  const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Removes rows, which are given in ledger order.
+  virtual void deleteTransactions(const Transactions& subjects, const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Puts row objects back that were deleted.
+  virtual void insertTransactions(const Transactions& subjects, const Anchors& anchors,
+                                  const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Changes the order of rows of one settlement date.
+  virtual void moveTransactions(const Transactions& subjects, const Anchors& anchors,
+                                const PortfolioPointer& portfolio,
+                                const UndoManagerPointer& undoManager);
+
+  /// Derives the balances of all rows from `startIndex` on, which may equal the number of rows, and
+  /// the yearly snapshots. Returns the rows whose balances changed and those that were dirty before.
+  ///
+  /// Throws PortfolioManagerError, or what transactionRecalculated throws; then every row has its
+  /// former balances and transaction, and the yearly snapshots from there on are undefined until the
+  /// next walk from the same position or an earlier one succeeds.
+  virtual TransactionSet recalculateLedger(std::size_t startIndex,
+                                           const PortfolioPointer& portfolio);
+
+  /// The state just before the row at `index`; that after the last row where there is no such row.
+  /// Reads at most one calendar year of rows. Throws PortfolioManagerError::LedgerInconsistency.
+  [[nodiscard]] PortfolioSnapshot snapshotBefore(std::size_t index,
+                                                 const PortfolioPointer& portfolio) const;
+
+  /// The state after `rows`, a run of consecutive rows, where it was `start` before; verifies the
+  /// balances of every row on the way and writes nothing. The system's self-check. Throws
+  /// PortfolioManagerError::LedgerInconsistency with the first row that disagrees.
+  [[nodiscard]] static PortfolioSnapshot replay(std::span<const TransactionPointer> rows,
+                                                PortfolioSnapshot start);
+
+  /// Carries out what a view has asked for. Only Order::Record is taken; others throw
+  /// PortfolioManagerError::InvalidOrderType.
+  void placeOrder(const Order& order, const PortfolioPointer& portfolio,
+                  const UndoManagerPointer& undoManager);
+
+  /// Posts the change of a ledger, or without `changes` that of a portfolio's properties.
+  virtual void postPortfolioChange(std::optional<TransactionChanges> changes,
+                                   const PortfolioPointer& portfolio);
+
+ protected:
+  /// Called for each row whose balances have changed, in ledger order, once the whole walk has
+  /// succeeded. May throw.
+  virtual void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio);
+
+  std::vector<PortfolioPointer> portfolios_;
+
+ private:
+  using UndoStep = std::move_only_function<void(PortfolioManager&, const UndoManagerPointer&)>;
+
+  /// Lets `change` edit the rows and walk them. When that throws, takes everything back and throws
+  /// what the user is to be told; `subject` is the entry that he made.
+  template <typename Change>
+  TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
+                            Change change);
+  TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
+  void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
+
+  TransactionType recordedTransactionType_;
+  std::vector<OrderFeature> supportedOrderFeatures_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,24 @@
+#include "ledger/portfolio_transaction.h"
+
+#include "ledger/adjusted_cost_base.h"
+#include "ledger/portfolio.h"
+
+namespace corvane {
+
+std::optional<Decimal> PortfolioTransaction::costBaseNet() const {
+  const auto owner = portfolio.lock();
+  if (owner == nullptr || !sharesNet || !costBasePrior) {
+    return std::nullopt;
+  }
+  return corvane::costBaseNet(basic.kind, *sharesNet, *costBasePrior, owner->primaryCurrency());
+}
+
+std::optional<Decimal> PortfolioTransaction::capitalGain() const {
+  const auto owner = portfolio.lock();
+  if (owner == nullptr || !sharesNet || !costBasePrior) {
+    return std::nullopt;
+  }
+  return corvane::capitalGain(basic.kind, *sharesNet, *costBasePrior, owner->primaryCurrency());
+}
+
+}  // namespace corvane
