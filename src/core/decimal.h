@@ -11,6 +11,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace corvane {
 
@@ -71,13 +72,15 @@ class Decimal {
   [[nodiscard]] static Decimal greatestFiniteMagnitude();  ///< (2^128 - 1) × 10^127
   [[nodiscard]] static Decimal leastNonzeroMagnitude();    ///< 10^-128
 
-  [[nodiscard]] bool isNaN() const;
-  [[nodiscard]] bool isZero() const;
-  [[nodiscard]] Sign sign() const;  ///< plus for zero and NaN
+  [[nodiscard]] bool isNaN() const { return flags_ == notANumber; }
+  [[nodiscard]] bool isZero() const { return (low_ | high_) == 0 && !isNaN(); }
+  [[nodiscard]] Sign sign() const {  ///< plus for zero and NaN
+    return flags_ == negative ? Sign::minus : Sign::plus;
+  }
 
   /// The power of ten of the compact value: 0 for zero, -2 for 1.25, 2 for 100.
-  [[nodiscard]] int exponent() const;
-  [[nodiscard]] Mantissa mantissa() const;
+  [[nodiscard]] int exponent() const { return exponent_; }
+  [[nodiscard]] Mantissa mantissa() const { return Mantissa{high_} << 64 | low_; }
   /// The mantissa as a number that is not negative: its exponent is 0 before it is made compact.
   [[nodiscard]] Decimal significand() const;
 
@@ -90,7 +93,7 @@ class Decimal {
   Decimal& operator-=(const Decimal& other) { return *this = *this - other; }
 
   /// Numeric and total: NaN equals NaN and orders below every number.
-  friend bool operator==(const Decimal& left, const Decimal& right);
+  friend bool operator==(const Decimal& left, const Decimal& right) = default;
   friend std::strong_ordering operator<=>(const Decimal& left, const Decimal& right);
 
   /// Plain digits with a point, no grouping, no power of ten: "-1234.5", "0", "NaN".
@@ -102,7 +105,24 @@ class Decimal {
   [[nodiscard]] double doubleValue() const;
 
   friend std::ostream& operator<<(std::ostream& out, const Decimal& value);
+
+ private:
+  enum Flags : std::uint8_t { positive = 0, negative = 1, notANumber = 2 };
+
+  constexpr Decimal(Mantissa mantissa, int exponent, Flags flags)
+      : low_(static_cast<std::uint64_t>(mantissa)),
+        high_(static_cast<std::uint64_t>(mantissa >> 64)),
+        exponent_(static_cast<std::int8_t>(exponent)),
+        flags_(flags) {}
+
+  // Zero has exponent 0 and NaN is all zero but for its flag, so equal values are equal bits.
+  std::uint64_t low_ = 0;
+  std::uint64_t high_ = 0;
+  std::int8_t exponent_ = 0;
+  Flags flags_ = positive;
 };
+
+static_assert(sizeof(Decimal) == 24 && std::is_trivially_copyable_v<Decimal>);
 
 [[nodiscard]] Decimal abs(const Decimal& value);
 

@@ -1,0 +1,32 @@
+// The one place where an exact result becomes a Decimal: all arithmetic and all reading of text
+// ends here, so a value is rounded once and every operation follows the same rules.
+#pragma once
+
+#include "core/decimal.h"
+#include "core/wide_integer.h"
+
+namespace corvane::wide {
+
+/// What an integer leaves out of an exact value, as a part of its last place.
+enum class Rest { zero, belowHalf, half, aboveHalf };
+
+/// The rest of a division, compared with half the divisor.
+constexpr Rest restOf(Uint128 remainder, Uint128 divisor) {
+  if (remainder == 0)
+    return Rest::zero;
+  const Uint128 upToDivisor = divisor - remainder;
+  if (remainder == upToDivisor)
+    return Rest::half;
+  return remainder < upToDivisor ? Rest::belowHalf : Rest::aboveHalf;
+}
+
+/// Divides `value` by 10^`digits` in place. `below` is what lay under its last place before; the
+/// result is what lies there now.
+Rest dropDigits(Uint256& value, int digits, Rest below);
+
+/// (`magnitude` + `rest`) × 10^`exponent` as a Decimal: exact where that is representable,
+/// otherwise rounded once. `magnitude` has at least 38 digits where `rest` is not zero.
+Decimal decimalOf(Sign sign, const Uint256& magnitude, std::int64_t exponent,
+                  Rest rest = Rest::zero);
+
+}  // namespace corvane::wide
