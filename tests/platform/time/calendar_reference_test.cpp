@@ -1,0 +1,250 @@
+// Our calendar against ICU's, an independent implementation, on random dates of 1900 to 2100.
+//
+// CORVANE_TEST_CASES sets the number of dates, CORVANE_TEST_SEED the seed that a failure printed.
+#include <gtest/gtest.h>
+#include <unicode/basictz.h>
+#include <unicode/gregocal.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/time/calendar.h"
+
+namespace corvane {
+namespace {
+
+using enum CalendarUnit;
+
+std::uint64_t setting(const char* name, std::uint64_t otherwise) {
+  const char* text = std::getenv(name);
+  return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
+}
+
+/// ICU's Gregorian calendar without the Julian one before 1582, with ISO weeks and with our rules
+/// for skipped and repeated times.
+class Reference {
+ public:
+  explicit Reference(const char* zone)
+      : calendar_(icu::TimeZone::createTimeZone(zone), icu::Locale("en_GB"), status_) {
+    calendar_.setGregorianChange(-1e17, status_);
+    calendar_.setFirstDayOfWeek(UCAL_MONDAY);
+    calendar_.setMinimalDaysInFirstWeek(4);
+    calendar_.setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
+  }
+  ~Reference() { EXPECT_TRUE(U_SUCCESS(status_)) << u_errorName(status_); }
+  Reference(const Reference&) = delete;
+  Reference& operator=(const Reference&) = delete;
+
+  static UCalendarDateFields field(CalendarUnit unit) {
+    constexpr std::array fields = {UCAL_EXTENDED_YEAR, UCAL_MONTH,  UCAL_WEEK_OF_YEAR, UCAL_DATE,
+                                   UCAL_HOUR_OF_DAY,   UCAL_MINUTE, UCAL_SECOND};
+    return fields[static_cast<std::size_t>(unit)];
+  }
+
+  int component(CalendarUnit unit, Date date) {
+    setTime(date);
+    return calendar_.get(field(unit), status_) + (unit == month ? 1 : 0);
+  }
+
+  Date date(const DateComponents& components) {
+    calendar_.clear();
+    set(components);
+    return time();
+  }
+
+  Date adding(CalendarUnit unit, int value, Date date) {
+    setTime(date);
+    const int offset = offsetOfTime();
+    calendar_.add(unit == year ? UCAL_YEAR : field(unit), value, status_);
+    const Date moved = time();
+    // Where the time occurs twice ICU takes one by the field that was added, we the one with the
+    // offset that the date had.
+    const bool countsElapsedTime = unit == hour || unit == minute || unit == second;
+    return countsElapsedTime ? moved : occurrence(moved, offset);
+  }
+
+  Date startOfDay(Date date) {
+    setTime(date);
+    calendar_.setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+    for (const auto unit : {UCAL_HOUR_OF_DAY, UCAL_MINUTE, UCAL_SECOND, UCAL_MILLISECOND}) {
+      calendar_.set(unit, 0);
+    }
+    const Date start = time();
+    calendar_.setSkippedWallTimeOption(UCAL_WALLTIME_LAST);
+    return start;
+  }
+
+  DateComponents difference(const std::vector<CalendarUnit>& units, Date from, Date to) {
+    setTime(from);
+    DateComponents span;
+    for (const CalendarUnit unit : units) {
+      span.set(unit, calendar_.fieldDifference(milliseconds(to),
+                                               unit == year ? UCAL_YEAR : field(unit), status_));
+    }
+    return span;
+  }
+
+  bool isWeekend(Date date) {
+    setTime(date);
+    const int weekday = calendar_.get(UCAL_DAY_OF_WEEK, status_);
+    return weekday == UCAL_SATURDAY || weekday == UCAL_SUNDAY;
+  }
+
+  /// Whether clocks show the civil time of `date` at another moment too.
+  bool isRepeated(Date date) {
+    std::int32_t raw = 0;
+    std::int32_t savings = 0;
+    const auto& zone = dynamic_cast<const icu::BasicTimeZone&>(calendar_.getTimeZone());
+    setTime(date);
+    const double wall = milliseconds(date) + offsetOfTime();
+    zone.getOffsetFromLocal(wall, UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_FORMER, raw, savings,
+                            status_);
+    const int former = raw + savings;
+    zone.getOffsetFromLocal(wall, UCAL_TZ_LOCAL_LATTER, UCAL_TZ_LOCAL_LATTER, raw, savings,
+                            status_);
+    return former != raw + savings;
+  }
+
+ private:
+  static double milliseconds(Date date) { return date.timeIntervalSince1970() * 1000; }
+  void setTime(Date date) { calendar_.setTime(milliseconds(date), status_); }
+  Date time() { return Date::since1970(calendar_.getTime(status_) / 1000); }
+  int offsetOfTime() {
+    return calendar_.get(UCAL_ZONE_OFFSET, status_) + calendar_.get(UCAL_DST_OFFSET, status_);
+  }
+  void set(const DateComponents& components) {
+    for (const CalendarUnit unit : {year, month, day, hour, minute, second}) {
+      if (const auto value = components.get(unit)) {
+        calendar_.set(field(unit), *value - (unit == month ? 1 : 0));
+      }
+    }
+  }
+  Date occurrence(Date date, int preferredOffset) {
+    if (!isRepeated(date)) {
+      return date;
+    }
+    setTime(date);
+    const Date preferred = date + (offsetOfTime() - preferredOffset) / 1000;
+    setTime(preferred);
+    if (offsetOfTime() == preferredOffset) {
+      return preferred;
+    }
+    setTime(date);
+    DateComponents fields;
+    for (const CalendarUnit unit : {year, month, day, hour, minute, second}) {
+      fields.set(unit, calendar_.get(field(unit), status_) + (unit == month ? 1 : 0));
+    }
+    return this->date(fields);
+  }
+
+  UErrorCode status_ = U_ZERO_ERROR;
+  icu::GregorianCalendar calendar_;
+};
+
+constexpr std::array zones = {
+    "America/Toronto",  "America/New_York",  "Europe/London",     "Europe/Berlin",
+    "Asia/Tokyo",       "Asia/Kolkata",      "Asia/Kathmandu",    "Australia/Sydney",
+    "Asia/Beirut",      "Pacific/Apia",      "America/Sao_Paulo", "Australia/Lord_Howe",
+    "America/St_Johns", "Africa/Casablanca", "Pacific/Auckland",  "UTC"};
+
+const std::array<std::vector<CalendarUnit>, 7> differenceUnits = {{
+    {year, month, day, hour, minute, second},
+    {year, month, weekOfYear, day},
+    {year, month, day},
+    {month, day, second},
+    {weekOfYear, day, hour},
+    {day, second},
+    {hour, minute, second},
+}};
+
+class Comparison {
+ public:
+  explicit Comparison(const char* zone, std::mt19937_64& random)
+      : reference_(zone), ours_(TimeZone::withIdentifier(zone).value()), random_(random) {}
+
+  void compareAt(Date date) {
+    compareFields(date);
+    compareSums(date);
+    compareDifferences(date, date + static_cast<double>(between(-1'500'000'000, 1'500'000'000)));
+    compareDifferences(date, date + static_cast<double>(between(-200'000, 200'000)));
+  }
+
+ private:
+  int between(int least, int most) { return std::uniform_int_distribution(least, most)(random_); }
+
+  void compareFields(Date date) {
+    for (const CalendarUnit unit : {year, month, weekOfYear, day, hour, minute, second}) {
+      ASSERT_EQ(ours_.component(unit, date), reference_.component(unit, date));
+    }
+    const DateComponents fields =
+        ours_.dateComponents({year, month, day, hour, minute, second}, date);
+    ASSERT_EQ(ours_.date(fields), reference_.date(fields));
+    ASSERT_EQ(ours_.startOfDay(date), reference_.startOfDay(date));
+    ASSERT_EQ(ours_.isDateInWeekend(date), reference_.isWeekend(date));
+
+    // Months, days and times outside their range, and times that a clock change skips.
+    const DateComponents rolling{{year, between(1900, 2099)}, {month, between(-20, 30)},
+                                 {day, between(-60, 90)},     {hour, between(-30, 50)},
+                                 {minute, between(-70, 130)}, {second, between(0, 59)}};
+    ASSERT_EQ(ours_.date(rolling), reference_.date(rolling));
+  }
+
+  void compareSums(Date date) {
+    const std::array<std::pair<CalendarUnit, int>, 7> sums = {{{year, between(-90, 90)},
+                                                               {month, between(-400, 400)},
+                                                               {weekOfYear, between(-3000, 3000)},
+                                                               {day, between(-9000, 9000)},
+                                                               {day, between(-2, 2)},
+                                                               {hour, between(-90000, 90000)},
+                                                               {minute, between(-90000, 90000)}}};
+    for (const auto& [unit, value] : sums) {
+      ASSERT_EQ(ours_.dateByAdding(unit, value, date), reference_.adding(unit, value, date))
+          << "adding " << value << " of unit " << static_cast<int>(unit);
+    }
+  }
+
+  void compareDifferences(Date from, Date to) {
+    const auto& units = differenceUnits[static_cast<std::size_t>(between(0, 6))];
+    DateComponents span;
+    Date cursor = from;
+    for (const CalendarUnit unit : units) {
+      const DateComponents one = ours_.dateComponents({unit}, cursor, to);
+      span.set(unit, one.get(unit));
+      cursor = ours_.dateByAdding(one, cursor).value();
+      if (reference_.isRepeated(cursor)) {
+        return;  // ICU goes on from the other occurrence, and may count one more or less
+      }
+    }
+    ASSERT_EQ(span, reference_.difference(units, from, to)) << "to " << to.description();
+  }
+
+  Reference reference_;
+  Calendar ours_;
+  std::mt19937_64& random_;
+};
+
+TEST(CalendarReference, AgreesWithIcuOnRandomDates) {
+  const std::uint64_t cases = setting("CORVANE_TEST_CASES", 20'000);
+  const std::uint64_t seed = setting("CORVANE_TEST_SEED", std::random_device()());
+  std::mt19937_64 random(seed);
+  std::uniform_int_distribution<std::int64_t> seconds(-2208988800, 4102444799);
+  std::vector<std::unique_ptr<Comparison>> comparisons;
+  for (const char* zone : zones) {
+    comparisons.push_back(std::make_unique<Comparison>(zone, random));
+  }
+  for (std::uint64_t count = 0; count < cases; ++count) {
+    const std::size_t zone = count % zones.size();
+    const Date date = Date::since1970(static_cast<double>(seconds(random)));
+    comparisons[zone]->compareAt(date);
+    if (testing::Test::HasFatalFailure()) {
+      FAIL() << zones[zone] << " at " << date.description() << ", CORVANE_TEST_SEED=" << seed;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace corvane
