@@ -22,13 +22,13 @@ bool startsWithDigit(std::string_view text) {
 DecimalNumberFormatter::DecimalNumberFormatter() {
   style = Style::decimal;
   minimumFractionDigits = 0;
-  maximumFractionDigits = unlimitedDigits;
+  maximumFractionDigits = unlimited;
 }
 
 DecimalNumberFormatter DecimalNumberFormatter::money(const Currency& currency) {
   DecimalNumberFormatter formatter;
   formatter.style = Style::currencyAccounting;
-  formatter.currencyCode = currency.code;
+  formatter.currencyCode = std::string(currency.code);
   formatter.minimumFractionDigits = currency.minorUnits;
   formatter.maximumFractionDigits = currency.minorUnits;
   return formatter;

@@ -8,7 +8,7 @@ namespace corvane {
 
 std::string settlementDateText(const PortfolioTransaction& row) {
   DateFormatter formatter;
-  formatter.dateStyle = DateFormatter::Style::medium;
+  formatter.dateStyle = DateFormatter::Style::mediumStyle;
   formatter.timeStyle = DateFormatter::Style::none;
   if (const auto portfolio = row.portfolio.lock()) {
     if (const auto manager = portfolio->manager.lock()) {
