@@ -9,7 +9,7 @@ std::string CurrencyAmount::description() const {
 }
 
 std::ostream& operator<<(std::ostream& out, const CurrencyAmount& amount) {
-  return out << amount.amount << " " << amount.currency.code;
+  return out << amount.amount << " " << std::string_view(amount.currency.code);
 }
 
 Decimal roundedToMinorUnits(const Decimal& amount, const Currency& currency) {

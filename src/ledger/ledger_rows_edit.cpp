@@ -49,6 +49,7 @@ void LedgerRowsEdit::revise(std::size_t position, BasicTransaction transaction) 
   const TransactionPointer& row = rows_[position];
   changes_.push_back({Change::Kind::revised, position, row,
                       std::exchange(row->basic, std::move(transaction))});
+  row->isDirty = true;
   lowest_ = std::min(lowest_, position);
 }
 
@@ -73,8 +74,12 @@ std::optional<std::size_t> positionOf(const PortfolioTransaction& row,
                                       const std::vector<TransactionPointer>& rows) {
   const auto ofItsDate =
       std::ranges::equal_range(rows, row.settlementDate(), Earlier(), settlementDateOf);
-  const auto found = std::ranges::find(ofItsDate, &row, &TransactionPointer::get);
+  auto found = std::ranges::find(ofItsDate, &row, &TransactionPointer::get);
   if (found == ofItsDate.end()) {
+    // Between two steps of an edit the rows may be out of order, where the search by date fails.
+    found = std::ranges::find(rows, &row, &TransactionPointer::get);
+  }
+  if (found == rows.end()) {
     return std::nullopt;
   }
   return static_cast<std::size_t>(found - rows.begin());

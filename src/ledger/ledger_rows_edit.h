@@ -25,7 +25,8 @@ class LedgerRowsEdit {
   void remove(std::size_t position);
   /// Takes the row at `from` out and inserts it so that it ends up at `to`.
   void move(std::size_t from, std::size_t to);
-  /// Gives the row at `position` another transaction.
+  /// Gives the row at `position` another transaction and marks it dirty, so that its keeper is told
+  /// even where no balance changes.
   void revise(std::size_t position, BasicTransaction transaction);
 
   /// The first position that was changed; the number of rows at the start where none was.
@@ -47,8 +48,7 @@ class LedgerRowsEdit {
   std::vector<Change> changes_;
 };
 
-/// The position of `row` in `rows`, which are in ledger order: found by identity among the rows of
-/// its settlement date.
+/// The position of `row` itself in `rows`; fast where they are in ledger order.
 [[nodiscard]] std::optional<std::size_t> positionOf(const PortfolioTransaction& row,
                                                     const std::vector<TransactionPointer>& rows);
 

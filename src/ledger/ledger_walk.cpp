@@ -43,7 +43,8 @@ void requireDenomination(const Decimal& amount, const Currency& currency) {
   }
 }
 
-void assignDerived(std::optional<Decimal>& field, const Decimal& value, PortfolioTransaction& row) {
+void assignDerived(std::optional<Decimal>& field, const std::optional<Decimal>& value,
+                   PortfolioTransaction& row) {
   if (field != value) {
     field = value;
     row.isDirty = true;
@@ -82,6 +83,9 @@ void LedgerWalk::derive(const TransactionPointer& row) {
       deriveHolding(*row, newShares, holding);
     });
   } else {
+    // A revision may have turned a trade into a transfer.
+    assignDerived(row->sharesNet, std::nullopt, *row);
+    assignDerived(row->costBasePrior, std::nullopt, *row);
     deriveCash(row);
   }
 
@@ -159,6 +163,7 @@ LedgerWalk::CashChange LedgerWalk::cashChange(const PortfolioTransaction& row) c
 void LedgerWalk::deriveCash(const TransactionPointer& row) {
   const Currency* currency = row->basic.currency();
   if (currency == nullptr) {
+    assignDerived(row->cashNet, std::nullopt, *row);
     return;
   }
   const CashChange change = cashChange(*row);

@@ -55,10 +55,10 @@ enum class OrderFeature {
 
 /// Changes to make to many transactions at once; an absent field changes nothing.
 struct BulkRevision {
-  std::optional<Date> tradeDate;
-  std::optional<Date> settlementDate;
-  EquityPointer equity;  ///< null for no change
-  std::optional<std::string> note;
+  std::optional<Date> tradeDate = {};
+  std::optional<Date> settlementDate = {};
+  EquityPointer equity = nullptr;  ///< null for no change
+  std::optional<std::string> note = {};
 
   /// `transaction` with the changes made. A new equity leaves a transfer and a cash adjustment as
   /// they are.

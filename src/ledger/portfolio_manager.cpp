@@ -333,7 +333,7 @@ TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
                                                    const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
-  LedgerWalk walk(*portfolio, snapshotBefore(startIndex, portfolio));
+  LedgerWalk walk(*portfolio, replayedBefore(startIndex, portfolio));
   CalendarYears years(calendar);
   auto& snapshots = portfolio->snapshotsByYear;
   if (startIndex == 0) {
@@ -376,14 +376,21 @@ TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
 
 PortfolioSnapshot PortfolioManager::snapshotBefore(std::size_t index,
                                                    const PortfolioPointer& portfolio) const {
-  const auto& rows = portfolio->transactions();
+  const std::size_t count = portfolio->transactions().size();
   const auto& snapshots = portfolio->snapshotsByYear;
-  if (index == 0 || rows.empty()) {
-    return {};
-  }
-  if (index >= rows.size()) {
+  if (index >= count && count > 0) {
     return snapshots.empty() ? PortfolioSnapshot() : snapshots.rbegin()->second;
   }
+  return replayedBefore(std::min(index, count), portfolio);
+}
+
+PortfolioSnapshot PortfolioManager::replayedBefore(std::size_t index,
+                                                   const PortfolioPointer& portfolio) const {
+  if (index == 0) {
+    return {};
+  }
+  const auto& rows = portfolio->transactions();
+  const auto& snapshots = portfolio->snapshotsByYear;
   const int year = calendar.component(CalendarUnit::year, rows[index - 1]->settlementDate());
   const Date yearStart =
       calendar

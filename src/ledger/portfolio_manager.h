@@ -22,10 +22,10 @@ class LedgerRowsEdit;
 
 /// Rows that an edit touched. An absent set means that the edit has no such rows to tell of.
 struct TransactionChanges {
-  std::optional<TransactionSet> inserted;
-  std::optional<TransactionSet> deleted;
-  std::optional<TransactionSet> modified;
-  std::optional<TransactionSet> recalculated;
+  std::optional<TransactionSet> inserted = {};
+  std::optional<TransactionSet> deleted = {};
+  std::optional<TransactionSet> modified = {};
+  std::optional<TransactionSet> recalculated = {};
 };
 
 /// Owns portfolios and changes their ledgers by five edits: record, revise, delete, insert, move.
@@ -166,6 +166,11 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   template <typename Change>
   TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
                             Change change);
+  /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore it
+  /// never trusts the snapshot of the year itself, which after a deletion at the end of the ledger
+  /// still counts the deleted rows.
+  [[nodiscard]] PortfolioSnapshot replayedBefore(std::size_t index,
+                                                 const PortfolioPointer& portfolio) const;
   TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
   void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
 

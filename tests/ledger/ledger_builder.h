@@ -42,6 +42,27 @@ struct LedgerState {
   std::map<int, PortfolioSnapshot> years;
   bool operator==(const LedgerState&) const = default;
 
+  friend std::ostream& operator<<(std::ostream& out, const LedgerState& state) {
+    for (const Row& row : state.rows) {
+      out << "\n  " << row.row.get() << " " << row.basic;
+      for (const auto& figure : {row.cashNet, row.sharesNet, row.costBasePrior}) {
+        out << " " << (figure ? figure->description() : "-");
+      }
+    }
+    for (const auto& [year, snapshot] : state.years) {
+      out << "\n  " << year << ":";
+      for (const auto& [currency, cash] : snapshot.currencySnapshots) {
+        out << " " << std::string_view(currency.code) << " " << cash.cashOnHand << "/"
+            << cash.netCashDeposited;
+      }
+      for (const auto& [equity, holding] : snapshot.equitySnapshots) {
+        out << " " << equity->id() << " " << holding.sharesHeld << "/" << holding.costBase << "/"
+            << holding.cumulativeCapitalGain;
+      }
+    }
+    return out;
+  }
+
   static LedgerState of(const PortfolioPointer& portfolio) {
     LedgerState state;
     for (const auto& row : portfolio->transactions()) {

@@ -25,6 +25,7 @@ class RandomLedger {
     for (const auto* id : {"A", "B", "C"}) {
       equities_.push_back(ledger_.provider->equityWithId(id));
     }
+    ledger_.manager->presentError = [](const Error& error) { ADD_FAILURE() << error; };
     initial_ = ledger_.state();
   }
 
@@ -257,7 +258,7 @@ class RandomLedger {
       EXPECT_EQ((NaiveLedger::Row{row.cashNet, row.sharesNet, row.costBasePrior,
                                   row.row->capitalGain()}),
                 naive->rows[i])
-          << row.basic;
+          << row.basic << state;
       EXPECT_FALSE(row.row->isDirty);
     }
     std::map<int, NaiveLedger::Year> years;
