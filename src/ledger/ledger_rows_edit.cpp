@@ -24,14 +24,14 @@ auto at(LedgerRowsEdit::Rows& rows, std::size_t position) {
 
 void LedgerRowsEdit::insert(std::size_t position, TransactionPointer row) {
   assert(position <= rows_.size());
-  changes_.push_back({Change::Kind::inserted, position, row, std::nullopt});
+  changes_.push_back({Change::Kind::inserted, position, row, nullptr});
   rows_.insert(at(rows_, position), std::move(row));
   lowest_ = std::min(lowest_, position);
 }
 
 void LedgerRowsEdit::remove(std::size_t position) {
   assert(position < rows_.size());
-  changes_.push_back({Change::Kind::removed, position, rows_[position], std::nullopt});
+  changes_.push_back({Change::Kind::removed, position, rows_[position], nullptr});
   rows_.erase(at(rows_, position));
   lowest_ = std::min(lowest_, position);
 }
@@ -48,7 +48,8 @@ void LedgerRowsEdit::move(std::size_t from, std::size_t to) {
 void LedgerRowsEdit::revise(std::size_t position, BasicTransaction transaction) {
   const TransactionPointer& row = rows_[position];
   changes_.push_back({Change::Kind::revised, position, row,
-                      std::exchange(row->basic, std::move(transaction))});
+                      std::make_unique<BasicTransaction>(std::move(row->basic))});
+  row->basic = std::move(transaction);
   row->isDirty = true;
   lowest_ = std::min(lowest_, position);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -40,7 +41,7 @@ class LedgerRowsEdit {
     enum class Kind { inserted, removed, revised } kind;
     std::size_t position;
     TransactionPointer row;
-    std::optional<BasicTransaction> formerTransaction;
+    std::unique_ptr<BasicTransaction> formerTransaction;  ///< of a revised row
   };
 
   Rows& rows_;

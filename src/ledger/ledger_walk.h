@@ -1,8 +1,8 @@
 // The walk over a ledger that derives the balances of its rows and refuses what would break them.
 #pragma once
 
+#include <deque>
 #include <optional>
-#include <vector>
 
 #include "ledger/portfolio.h"
 #include "ledger/portfolio_snapshot.h"
@@ -46,7 +46,7 @@ class LedgerWalk {
 
   /// The rows that are dirty after their derivation, in ledger order: those whose balances changed,
   /// and those that were dirty before.
-  [[nodiscard]] const std::vector<Before>& dirtyRows() const { return dirtyRows_; }
+  [[nodiscard]] const std::deque<Before>& dirtyRows() const { return dirtyRows_; }
 
   /// Gives every row that this walk has touched its former balances and transaction. isDirty stays,
   /// so that the walk that repairs the ledger hands the row to its keeper again.
@@ -71,7 +71,7 @@ class LedgerWalk {
   PortfolioSnapshot state_;
   const PortfolioTransaction* previous_ = nullptr;
   Before current_;
-  std::vector<Before> dirtyRows_;
+  std::deque<Before> dirtyRows_;
 };
 
 }  // namespace corvane

@@ -47,11 +47,18 @@ std::vector<Value> reversed(const std::vector<Value>& values) {
   return {values.rbegin(), values.rend()};
 }
 
-TransactionSet setOf(const Transactions& rows) { return {rows.begin(), rows.end()}; }
-
-TransactionSet without(TransactionSet rows, const TransactionSet& removed) {
-  std::erase_if(rows, [&](const TransactionPointer& row) { return removed.contains(row); });
-  return rows;
+/// The set of `subjects`, which are taken out of `rows` where they are in it.
+TransactionSet separate(const Transactions& subjects, TransactionSet& rows) {
+  TransactionSet separated;
+  separated.reserve(subjects.size());
+  for (const auto& subject : subjects) {
+    if (auto node = rows.extract(subject)) {
+      separated.insert(std::move(node));
+    } else {
+      separated.insert(subject);
+    }
+  }
+  return separated;
 }
 
 /// `error` as it is where the user's own entry `subject` is at fault, and as the violation of an
@@ -142,7 +149,8 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
     std::size_t unwalked = edit.rows().size();
     const auto walkRest = [&](std::size_t start) {
       if (start < edit.rows().size()) {
-        changed.merge(recalculateLedger(start, portfolio));
+        TransactionSet rows = recalculateLedger(start, portfolio);
+        changed.empty() ? changed.swap(rows) : changed.merge(rows);
       }
       unwalked = edit.rows().size();
     };
@@ -163,14 +171,13 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
     return changed;
   });
 
-  const TransactionSet inserted = setOf(recorded);
+  TransactionSet inserted = separate(recorded, recalculated);
   registerUndo(undoManager, [recorded, portfolio](PortfolioManager& manager,
                                                   const UndoManagerPointer& undo) {
     manager.deleteTransactions(recorded, portfolio, undo);
   });
   postPortfolioChange(
-      TransactionChanges{.inserted = inserted,
-                         .recalculated = without(std::move(recalculated), inserted)},
+      TransactionChanges{.inserted = std::move(inserted), .recalculated = std::move(recalculated)},
       portfolio);
   return recorded;
 }
@@ -214,10 +221,9 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
                 portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
                  manager.reviseTransactions(subjects, former, formerNeighbours, portfolio, undo);
                });
-  const TransactionSet modified = setOf(subjects);
+  TransactionSet modified = separate(subjects, recalculated);
   postPortfolioChange(
-      TransactionChanges{.modified = modified,
-                         .recalculated = without(std::move(recalculated), modified)},
+      TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
       portfolio);
 }
 
@@ -255,7 +261,8 @@ void PortfolioManager::deleteTransactions(const Transactions& subjects,
                  manager.insertTransactions(subjects, neighbours, portfolio, undo);
                });
   postPortfolioChange(
-      TransactionChanges{.deleted = setOf(subjects), .modified = std::move(recalculated)},
+      TransactionChanges{.deleted = TransactionSet(subjects.begin(), subjects.end()),
+                         .modified = std::move(recalculated)},
       portfolio);
 }
 
@@ -286,10 +293,9 @@ void PortfolioManager::insertTransactions(const Transactions& subjects, const An
                                                   const UndoManagerPointer& undo) {
     manager.deleteTransactions(subjects, portfolio, undo);
   });
-  const TransactionSet inserted = setOf(subjects);
+  TransactionSet inserted = separate(subjects, recalculated);
   postPortfolioChange(
-      TransactionChanges{.inserted = inserted,
-                         .modified = without(std::move(recalculated), inserted)},
+      TransactionChanges{.inserted = std::move(inserted), .modified = std::move(recalculated)},
       portfolio);
 }
 
@@ -322,10 +328,9 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
                 portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
                  manager.moveTransactions(subjects, neighbours, portfolio, undo);
                });
-  const TransactionSet modified = setOf(subjects);
+  TransactionSet modified = separate(subjects, recalculated);
   postPortfolioChange(
-      TransactionChanges{.modified = modified,
-                         .recalculated = without(std::move(recalculated), modified)},
+      TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
       portfolio);
 }
 

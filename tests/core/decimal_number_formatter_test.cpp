@@ -1,0 +1,63 @@
+#include "core/decimal_number_formatter.h"
+
+#include <gtest/gtest.h>
+
+#include "core/currency_amount.h"
+
+namespace corvane {
+namespace {
+
+Decimal dec(const std::string& text) { return Decimal::fromWholeString(text).value(); }
+
+std::optional<Decimal> read(const std::string& text, const std::string& locale = "en_US") {
+  DecimalNumberFormatter formatter = DecimalNumberFormatter::money(Currency::usd());
+  formatter.locale = Locale{locale};
+  return formatter.decimalFromString(text);
+}
+
+TEST(DecimalNumberFormatter, ReadsWhatPeoplePaste) {
+  EXPECT_EQ(read("$1,234.50"), dec("1234.50"));
+  EXPECT_EQ(read("(12.50)"), dec("-12.50"));
+  EXPECT_EQ(read("-3"), dec("-3"));
+  EXPECT_EQ(read("3-"), dec("-3"));
+  EXPECT_EQ(read("−3 USD"), dec("-3"));
+  EXPECT_EQ(read("about 7 or 8"), dec("7"));
+  EXPECT_EQ(read("1 000"), dec("1"));
+  EXPECT_EQ(read(".5"), dec("0.5"));
+  for (const auto* text : {"", "abc", ".", ",", "-", "\xFF\xFE"}) {
+    EXPECT_EQ(read(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(read("1.234,50 €", "de_DE"), dec("1234.50"));
+  EXPECT_EQ(read("1\u202F234,50 €", "fr_FR"), dec("1234.50"));
+}
+
+TEST(DecimalNumberFormatter, ReadsAnEmptyFieldAsZeroWhereThatIsWanted) {
+  DecimalNumberFormatter formatter;
+  formatter.treatsEmptyStringAsZero = true;
+  EXPECT_EQ(formatter.decimalFromString(""), Decimal(0));
+  EXPECT_EQ(formatter.decimalFromString(" "), std::nullopt);
+}
+
+TEST(DecimalNumberFormatter, WritesMoneyInAccountingStyle) {
+  DecimalNumberFormatter formatter = DecimalNumberFormatter::money(Currency::usd());
+  formatter.locale = Locale{"en_US"};
+  EXPECT_EQ(formatter.string(dec("-1234.5")), "($1,234.50)");
+  EXPECT_EQ(formatter.string(dec("0")), "$0.00");
+  EXPECT_EQ(formatter.string(Decimal::nan()), std::nullopt);
+  EXPECT_EQ(formatter.string(dec("99999999999999999999999999999999999.99")),
+            "$99,999,999,999,999,999,999,999,999,999,999,999.99");
+  formatter.maximumFractionDigits = 20;
+  EXPECT_EQ(formatter.string(dec("10.005")), "$10.005");
+  const Currency yen = Currency::byCode().find("JPY")->second;
+  EXPECT_EQ((CurrencyAmount{yen, dec("-5")}).description(), "(¥5)");
+}
+
+TEST(DecimalNumberFormatter, ShowsEveryDigitOfAPlainNumber) {
+  DecimalNumberFormatter formatter;
+  formatter.locale = Locale{"en_US"};
+  EXPECT_EQ(formatter.string(dec("1234.000000000000000000000000001")),
+            "1,234.000000000000000000000000001");
+}
+
+}  // namespace
+}  // namespace corvane
