@@ -20,6 +20,13 @@ constexpr Rest restOf(Uint128 remainder, Uint128 divisor) {
   return remainder < upToDivisor ? Rest::belowHalf : Rest::aboveHalf;
 }
 
+/// What is missing from a rest to the next whole; for rests other than zero.
+constexpr Rest complementOf(Rest rest) {
+  if (rest == Rest::half)
+    return Rest::half;
+  return rest == Rest::aboveHalf ? Rest::belowHalf : Rest::aboveHalf;
+}
+
 /// Divides `value` by 10^`digits` in place. `below` is what lay under its last place before; the
 /// result is what lies there now.
 Rest dropDigits(Uint256& value, int digits, Rest below);

@@ -42,14 +42,14 @@ class DigitReader {
     if (count_ <= Decimal::maximumDigits)
       return wide::decimalOf(sign, leading_, exponent);
     const Uint256 magnitude =
-        wide::add(wide::multiply(Uint256{leading_}, 10), Uint256{Uint128{last_}});
+        wide::add(wide::multiplyByWord(Uint256{leading_}, 10), Uint256{Uint128{last_}});
     return wide::decimalOf(sign, magnitude, exponent + ignored_, rest_);
   }
 
  private:
   void readRest(unsigned digit) {
     if (ignored_++ == 0) {
-      rest_ = wide::restOf(digit, 10);
+      rest_ = wide::restOf(digit, 10U);
     } else if (digit != 0) {
       if (rest_ == Rest::zero)
         rest_ = Rest::belowHalf;

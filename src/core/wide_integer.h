@@ -5,7 +5,9 @@
 #include <array>
 #include <bit>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace corvane::wide {
 
@@ -38,6 +40,11 @@ constexpr bool lessThan(const Uint256& left, const Uint256& right) {
 
 constexpr int bitWidth(std::uint64_t value) {
   return static_cast<int>(std::bit_width(value));
+}
+
+constexpr int bitWidth(Uint128 value) {
+  const auto high = static_cast<std::uint64_t>(value >> 64);
+  return high != 0 ? 64 + bitWidth(high) : bitWidth(static_cast<std::uint64_t>(value));
 }
 
 constexpr int bitWidth(const Uint256& value) {
@@ -91,7 +98,7 @@ constexpr Uint256 multiply(Uint128 left, Uint128 right) {
 }
 
 /// The product, which the caller knows to stay in range.
-constexpr Uint256 multiply(const Uint256& left, std::uint64_t right) {
+constexpr Uint256 multiplyByWord(const Uint256& left, std::uint64_t right) {
   Uint256 product;
   std::uint64_t carry = 0;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -103,70 +110,116 @@ constexpr Uint256 multiply(const Uint256& left, std::uint64_t right) {
   return product;
 }
 
-/// Divides `value` in place and returns the remainder.
-constexpr std::uint64_t divideInPlace(Uint256& value, std::uint64_t divisor) {
-  std::uint64_t remainder = 0;
-  for (std::size_t i = 4; i-- > 0;) {
-    const Uint128 word = Uint128{remainder} << 64 | value.words[i];
-    value.words[i] = static_cast<std::uint64_t>(word / divisor);
-    remainder = static_cast<std::uint64_t>(word % divisor);
+/// A divisor made ready for division by multiplication with its reciprocal (Möller and Granlund,
+/// "Improved division by invariant integers", 2011).
+class Divisor {
+ public:
+  constexpr explicit Divisor(std::uint64_t value)
+      : shift_(std::countl_zero(value)),
+        normalized_(value << shift_),
+        reciprocal_(static_cast<std::uint64_t>(~Uint128{0} / normalized_)) {}
+
+  /// Divides `value` in place and returns the remainder.
+  constexpr std::uint64_t divideInPlace(Uint256& value) const {
+    std::size_t i = 4;
+    while (i > 0 && value.words[i - 1] == 0)
+      --i;
+    if (i == 0)
+      return 0;
+    std::uint64_t remainder = topBits(value.words[i - 1]);
+    while (i-- > 0) {
+      const std::uint64_t low = value.words[i] << shift_;
+      value.words[i] = step(remainder, i > 0 ? low | topBits(value.words[i - 1]) : low);
+    }
+    return remainder >> shift_;
   }
-  return remainder;
-}
+
+  /// The quotient of `remainder`, `low` and the divisor, all already shifted; `remainder` is less
+  /// than the divisor before and after.
+  constexpr std::uint64_t step(std::uint64_t& remainder, std::uint64_t low) const {
+    const Uint128 estimate = Uint128{reciprocal_} * remainder + (Uint128{remainder} << 64 | low);
+    auto quotient = static_cast<std::uint64_t>(estimate >> 64) + 1;
+    remainder = low - quotient * normalized_;
+    if (remainder > static_cast<std::uint64_t>(estimate)) {
+      --quotient;
+      remainder += normalized_;
+    }
+    if (remainder >= normalized_) [[unlikely]] {
+      ++quotient;
+      remainder -= normalized_;
+    }
+    return quotient;
+  }
+
+ private:
+  /// What the shift moves into the next higher word.
+  [[nodiscard]] constexpr std::uint64_t topBits(std::uint64_t word) const {
+    return word >> 1 >> (63 - shift_);
+  }
+
+  int shift_;
+  std::uint64_t normalized_;
+  std::uint64_t reciprocal_;
+};
 
 struct Division {
   Uint256 quotient;
   Uint128 remainder = 0;
 };
 
-/// Schoolbook division in words (Knuth, volume 2, algorithm D).
+/// Division in words (Knuth, volume 2, algorithm D).
 constexpr Division divide(const Uint256& dividend, Uint128 divisor) {
   assert(divisor != 0);
   Division result;
   if (divisor >> 64 == 0) {
     result.quotient = dividend;
-    result.remainder = divideInPlace(result.quotient, static_cast<std::uint64_t>(divisor));
+    result.remainder = Divisor(static_cast<std::uint64_t>(divisor)).divideInPlace(result.quotient);
     return result;
   }
-  const int shift = 64 - bitWidth(static_cast<std::uint64_t>(divisor >> 64));
+  const int shift = std::countl_zero(static_cast<std::uint64_t>(divisor >> 64));
   divisor <<= shift;
-  const auto divisorHigh = static_cast<std::uint64_t>(divisor >> 64);
-  const auto divisorLow = static_cast<std::uint64_t>(divisor);
-  std::array<std::uint64_t, 5> rest{};
-  for (std::size_t i = 0; i < 4; ++i)
-    rest[i] = dividend.words[i];
-  if (shift != 0) {
-    rest[4] = rest[3] >> (64 - shift);
-    for (std::size_t i = 3; i > 0; --i)
-      rest[i] = rest[i] << shift | rest[i - 1] >> (64 - shift);
-    rest[0] <<= shift;
-  }
+  const auto high = static_cast<std::uint64_t>(divisor >> 64);
+  const auto low = static_cast<std::uint64_t>(divisor);
+  const Divisor byHigh(high);
+
+  const auto& words = dividend.words;
+  const auto shifted = [&](std::size_t i) {
+    return words[i] << shift | (i > 0 ? words[i - 1] >> 1 >> (63 - shift) : 0);
+  };
+  Uint128 rest = Uint128{words[3] >> 1 >> (63 - shift)} << 64 | shifted(3);
   for (std::size_t i = 3; i-- > 0;) {
-    // The three words rest[i + 2 .. i] hold less than divisor * 2^64.
-    const Uint128 top = Uint128{rest[i + 2]} << 64 | rest[i + 1];
+    // One more word of the dividend: the digit is estimated by the high words alone, and is then
+    // at most two too large.
+    const std::uint64_t next = shifted(i);
     std::uint64_t digit = ~std::uint64_t{0};
-    Uint128 left = 0;
-    bool exceeds = false;
-    if (rest[i + 2] >= divisorHigh) {
-      left = top - Uint128{digit} * divisorHigh;
-    } else {
-      digit = static_cast<std::uint64_t>(top / divisorHigh);
-      left = top % divisorHigh;
+    Uint128 left = rest - Uint128{digit} * high;
+    if (static_cast<std::uint64_t>(rest >> 64) < high) {
+      auto remainder = static_cast<std::uint64_t>(rest >> 64);
+      digit = byHigh.step(remainder, static_cast<std::uint64_t>(rest));
+      left = remainder;
     }
-    exceeds = left >> 64 == 0 && Uint128{digit} * divisorLow > (left << 64 | rest[i]);
-    while (exceeds) {
+    while (left >> 64 == 0 && Uint128{digit} * low > (left << 64 | next)) {
       --digit;
-      left += divisorHigh;
-      exceeds = left >> 64 == 0 && Uint128{digit} * divisorLow > (left << 64 | rest[i]);
+      left += high;
     }
-    const Uint128 remainder = (left << 64 | rest[i]) - Uint128{digit} * divisorLow;
-    rest[i + 2] = 0;
-    rest[i + 1] = static_cast<std::uint64_t>(remainder >> 64);
-    rest[i] = static_cast<std::uint64_t>(remainder);
+    rest = (left << 64 | next) - Uint128{digit} * low;
     result.quotient.words[i] = digit;
   }
-  result.remainder = (Uint128{rest[1]} << 64 | rest[0]) >> shift;
+  result.remainder = rest >> shift;
   return result;
+}
+
+/// `value` × `power`, which the caller knows to stay in range.
+constexpr Uint256 multiply(const Uint256& power, Uint128 value) {
+  Uint256 product = multiplyByWord(power, static_cast<std::uint64_t>(value));
+  const auto high = static_cast<std::uint64_t>(value >> 64);
+  if (high == 0)
+    return product;
+  const Uint256 upper = multiplyByWord(power, high);
+  assert(upper.words[3] == 0);
+  Uint256 moved;
+  moved.words = {0, upper.words[0], upper.words[1], upper.words[2]};
+  return add(product, moved);
 }
 
 /// 10^0 to 10^19, the powers that fit 64 bits.
@@ -176,6 +229,12 @@ inline constexpr auto powersOfTen64 = [] {
     powers[i] = powers[i - 1] * 10;
   return powers;
 }();
+
+/// The same, ready to divide by.
+inline constexpr auto tenDivisors = []<std::size_t... exponent>(std::index_sequence<exponent...>) {
+  return std::array{Divisor(powersOfTen64[exponent])...};
+}
+(std::make_index_sequence<20>());
 
 /// 10^0 to 10^38, the powers that fit 128 bits.
 inline constexpr auto powersOfTen128 = [] {
@@ -189,15 +248,26 @@ inline constexpr auto powersOfTen128 = [] {
 inline constexpr auto powersOfTen256 = [] {
   std::array<Uint256, 78> powers{Uint256{1}};
   for (std::size_t i = 1; i < powers.size(); ++i)
-    powers[i] = multiply(powers[i - 1], 10);
+    powers[i] = multiplyByWord(powers[i - 1], 10);
   return powers;
 }();
 
+/// The number of decimal digits or one less.
+constexpr int digitEstimate(int bits) {
+  // 78913 / 2^18 is log10(2) to six places, which suffices up to 256 bits.
+  return bits * 78913 >> 18;
+}
+
 /// The number of decimal digits: 1 for 9, 2 for 10, 0 for 0.
 constexpr int digitCount(const Uint256& value) {
-  // 78913 / 2^18 is log10(2) to six places, which suffices up to 256 bits.
-  const int atLeast = bitWidth(value) * 78913 >> 18;
-  return atLeast + (lessThan(value, powersOfTen256[static_cast<std::size_t>(atLeast)]) ? 0 : 1);
+  const int estimate = digitEstimate(bitWidth(value));
+  return estimate + (lessThan(value, powersOfTen256[static_cast<std::size_t>(estimate)]) ? 0 : 1);
+}
+
+/// A tenth of a multiple of ten, by the inverse of five among the words of 128 bits.
+constexpr Uint128 tenthOf(Uint128 value) {
+  constexpr Uint128 inverseOfFive = ~Uint128{0} / 5 * 4 + 1;
+  return (value >> 1) * inverseOfFive;
 }
 
 }  // namespace corvane::wide
