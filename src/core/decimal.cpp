@@ -49,6 +49,9 @@ Decimal Decimal::fromMantissa(Sign sign, Mantissa mantissa, int exponent) {
   if (exponent < minimumExponent || exponent > maximumExponent) {
     return wide::decimalOf(sign, mantissa, exponent);
   }
+  if (!small::isMultipleOfTen(mantissa)) {
+    return {mantissa, exponent, sign == Sign::minus ? negative : positive};
+  }
   // Whole groups of zeros first; a multiple of a power of ten ends in as many zero bits.
   for (const int zeros : {16, 8, 4}) {
     while (std::countr_zero(static_cast<std::uint64_t>(mantissa)) >= zeros &&

@@ -128,8 +128,7 @@ class Decimal {
   static std::strong_ordering magnitudeOrder(const Decimal& left, const Decimal& right);
 
   static bool areSmall(const Decimal& left, const Decimal& right);
-  static std::optional<Decimal> sumOfSmall(const Decimal& left, std::int64_t leftMantissa,
-                                           const Decimal& right, std::int64_t rightMantissa);
+  static Decimal fromWord(std::int64_t value, int exponent);
   [[nodiscard]] std::int64_t signedMantissa() const;
 
   // Zero has exponent 0 and NaN is all zero but for its flag, so equal values are equal bits.

@@ -32,6 +32,14 @@ inline bool isNear(int gap) {
   return gap >= -reach && gap <= reach;
 }
 
+/// Adds two mantissas of which the left one stands `gap` places higher; false where a word does not
+/// hold what that takes.
+inline bool addAligned(std::int64_t left, std::int64_t right, int gap, std::int64_t& sum) {
+  return isNear(gap) && !__builtin_mul_overflow(left, raising(gap), &left) &&
+         !__builtin_mul_overflow(right, raising(-gap), &right) &&
+         !__builtin_add_overflow(left, right, &sum);
+}
+
 // An odd multiplier takes the multiples of 5, and no other words, to the lowest fifth of all words:
 // the inverse of 5 modulo 2^64. It divides those multiples at the same time.
 inline constexpr std::uint64_t inverseOfFive = 0xCCCC'CCCC'CCCC'CCCD;
@@ -71,44 +79,31 @@ inline Decimal Decimal::operator-() const {
   return result;
 }
 
-/// The sum of two small numbers, given with their signs; none where it needs more than a word.
-inline std::optional<Decimal> Decimal::sumOfSmall(const Decimal& left, std::int64_t leftMantissa,
-                                                  const Decimal& right,
-                                                  std::int64_t rightMantissa) {
-  const int gap = left.exponent_ - right.exponent_;
-  if (!small::isNear(gap))
-    return std::nullopt;
-  std::int64_t total = 0;
-  if (__builtin_mul_overflow(leftMantissa, small::raising(gap), &leftMantissa) ||
-      __builtin_mul_overflow(rightMantissa, small::raising(-gap), &rightMantissa) ||
-      __builtin_add_overflow(leftMantissa, rightMantissa, &total)) {
-    return std::nullopt;
-  }
-  const auto bits = static_cast<std::uint64_t>(total);
-  const std::uint64_t magnitude = total < 0 ? 0 - bits : bits;
-  const int exponent = gap < 0 ? left.exponent_ : right.exponent_;
+inline Decimal Decimal::fromWord(std::int64_t value, int exponent) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  const std::uint64_t magnitude = value < 0 ? 0 - bits : bits;
   if (small::isMultipleOfTen(magnitude)) [[unlikely]] {
-    return fromMantissa(total < 0 ? Sign::minus : Sign::plus, magnitude, exponent);
+    return fromMantissa(value < 0 ? Sign::minus : Sign::plus, magnitude, exponent);
   }
-  return Decimal(magnitude, exponent, total < 0 ? negative : positive);
+  return Decimal(magnitude, exponent, value < 0 ? negative : positive);
 }
 
 inline Decimal operator+(const Decimal& left, const Decimal& right) {
-  if (Decimal::areSmall(left, right)) {
-    if (const auto sum =
-            Decimal::sumOfSmall(left, left.signedMantissa(), right, right.signedMantissa())) {
-      return *sum;
-    }
+  std::int64_t sum = 0;
+  const int gap = left.exponent_ - right.exponent_;
+  if (Decimal::areSmall(left, right) &&
+      small::addAligned(left.signedMantissa(), right.signedMantissa(), gap, sum)) {
+    return Decimal::fromWord(sum, gap < 0 ? left.exponent_ : right.exponent_);
   }
   return Decimal::sum(left, right);
 }
 
 inline Decimal operator-(const Decimal& left, const Decimal& right) {
-  if (Decimal::areSmall(left, right)) {
-    if (const auto sum =
-            Decimal::sumOfSmall(left, left.signedMantissa(), right, -right.signedMantissa())) {
-      return *sum;
-    }
+  std::int64_t difference = 0;
+  const int gap = left.exponent_ - right.exponent_;
+  if (Decimal::areSmall(left, right) &&
+      small::addAligned(left.signedMantissa(), -right.signedMantissa(), gap, difference)) {
+    return Decimal::fromWord(difference, gap < 0 ? left.exponent_ : right.exponent_);
   }
   return Decimal::sum(left, -right);
 }
