@@ -115,9 +115,9 @@ Decimal Decimal::sum(const Decimal& left, const Decimal& right) {
     // Only without a rest: a raised operand of 76 digits is the greater one.
     return wide::decimalOf(lower.sign(), wide::subtract(added, raised), place);
   }
-  const Uint256 difference = wide::subtract(raised, added);
+  Uint256 difference = wide::subtract(raised, added);
   if (rest == Rest::zero)
-    return wide::decimalOf(upper.sign(), difference, place);
+    return wide::decimalOf(upper.sign(), std::move(difference), place);
   return wide::decimalOf(upper.sign(), wide::subtract(difference, Uint256{1}), place,
                          wide::complementOf(rest));
 }
@@ -142,23 +142,30 @@ Decimal operator/(const Decimal& left, const Decimal& right) {
   int raise = std::min(39 + wide::digitCount(right.mantissa()), 77) - digits;
   Uint256 dividend =
       wide::multiply(wide::powersOfTen256[static_cast<std::size_t>(raise)], left.mantissa());
-  if (wide::lessThan(dividend, tenthOfRange) && digits + raise == 77) {
-    dividend = wide::multiplyByWord(dividend, 10);
+  if (digits + raise == 77 && wide::lessThan(dividend, tenthOfRange)) {
+    wide::multiplyInPlace(dividend, 10);
     ++raise;
   }
-  const auto [quotient, remainder] = wide::divide(dividend, right.mantissa());
-  return wide::decimalOf(signOf(left.sign() != right.sign()), quotient,
+  const Uint128 remainder = wide::divideInPlace(dividend, right.mantissa());
+  return wide::decimalOf(signOf(left.sign() != right.sign()), std::move(dividend),
                          left.exponent() - right.exponent() - raise,
                          wide::restOf(remainder, right.mantissa()));
 }
 
+int Decimal::coarseOrder() const {
+  if (isNaN())
+    return std::numeric_limits<int>::min() / 2;
+  if (isZero())
+    return 0;
+  constexpr int aboveAnyExponent = 512;
+  const int leading = exponent() + wide::digitEstimate(wide::bitWidth(mantissa()));
+  return sign() == Sign::plus ? aboveAnyExponent + leading : -(aboveAnyExponent + leading);
+}
+
 std::strong_ordering Decimal::order(const Decimal& left, const Decimal& right) {
-  // NaN, negative, zero, positive.
-  const auto rank = [](const Decimal& value) {
-    return value.isNaN() ? 0 : value.sign() == Sign::minus ? 1 : value.isZero() ? 2 : 3;
-  };
-  if (rank(left) != rank(right))
-    return rank(left) <=> rank(right);
+  const int coarse = left.coarseOrder() - right.coarseOrder();
+  if (coarse > 1 || coarse < -1)
+    return coarse <=> 0;
   return left.sign() == Sign::plus ? magnitudeOrder(left, right) : magnitudeOrder(right, left);
 }
 
@@ -168,12 +175,6 @@ std::strong_ordering Decimal::magnitudeOrder(const Decimal& left, const Decimal&
     return left.mantissa() <=> right.mantissa();
   if (gap < 0)
     return 0 <=> magnitudeOrder(right, left);
-
-  // Each estimate is at most one digit short.
-  const int lead = wide::digitEstimate(wide::bitWidth(left.mantissa())) + gap -
-                   wide::digitEstimate(wide::bitWidth(right.mantissa()));
-  if (lead > 1 || lead < -1)
-    return lead <=> 0;
   if (gap > maximumDigits)
     return std::strong_ordering::greater;
   const Uint256 raised =

@@ -127,6 +127,10 @@ class Decimal {
   static std::strong_ordering order(const Decimal& left, const Decimal& right);
   static std::strong_ordering magnitudeOrder(const Decimal& left, const Decimal& right);
 
+  /// Its sign and the place of its first digit in one number. Numbers whose coarse orders are more
+  /// than 1 apart compare like them.
+  [[nodiscard]] int coarseOrder() const;
+
   static bool areSmall(const Decimal& left, const Decimal& right);
   static Decimal fromWord(std::int64_t value, int exponent);
   [[nodiscard]] std::int64_t signedMantissa() const;

@@ -6,9 +6,8 @@
 namespace corvane::wide {
 namespace {
 
-/// How a rest looks from one or more digits higher up: `remainder` of `divisor`, and `below` it.
-Rest combine(std::uint64_t remainder, std::uint64_t divisor, Rest below) {
-  const Rest rest = restOf(remainder, divisor);
+/// How a rest looks from one or more digits higher up: `rest` of those digits, and `below` it.
+Rest combine(Rest rest, Rest below) {
   if (below == Rest::zero)
     return rest;
   if (rest == Rest::zero)
@@ -32,14 +31,19 @@ Decimal broughtDownToRange(Sign sign, const Uint256& magnitude, std::int64_t exp
 
 Rest dropDigits(Uint256& value, int digits, Rest below) {
   while (digits > 0) {
-    const auto step = static_cast<std::size_t>(std::min(digits, 19));
-    below = combine(tenDivisors[step].divideInPlace(value), powersOfTen64[step], below);
+    auto step = static_cast<std::size_t>(std::min(digits, Decimal::maximumDigits));
+    if (const WideDivisor& divisor = wideTenDivisors[step]; divisor.canDivide(value)) {
+      below = combine(restOf(divisor.divideInPlace(value), powersOfTen128[step]), below);
+    } else {
+      step = std::min(step, powersOfTen64.size() - 1);
+      below = combine(restOf(tenDivisors[step].divideInPlace(value), powersOfTen64[step]), below);
+    }
     digits -= static_cast<int>(step);
   }
   return below;
 }
 
-Decimal decimalOf(Sign sign, const Uint256& magnitude, std::int64_t exponent, Rest rest) {
+Decimal decimalOf(Sign sign, Uint256&& magnitude, std::int64_t exponent, Rest rest) {
   if (magnitude.isZero())
     return {};
   if (exponent > Decimal::maximumExponent) {
@@ -56,19 +60,15 @@ Decimal decimalOf(Sign sign, const Uint256& magnitude, std::int64_t exponent, Re
     return Decimal::fromMantissa(sign, magnitude.low128(), place);
   }
 
-  const int digits = digitCount(magnitude);
-  const int toPrecision = digits - Decimal::maximumDigits;
+  const int toPrecision = digitCount(magnitude) - Decimal::maximumDigits;
   const int toBottom = Decimal::minimumExponent - place;
   const int toTop = Decimal::maximumExponent - place;
   const int drop = std::min(std::max({toPrecision, toBottom, 0}), toTop);
 
-  Uint256 kept = magnitude;
-  const Rest dropped = dropDigits(kept, drop, rest);
-
-  // One digit more may still hold the value exactly. It must then be a multiple of that power of
-  // ten, hence of two, which few are.
+  // With a 39th digit the mantissa may still hold the value exactly. That makes it a multiple of
+  // a power of ten, hence of two, which few are.
   const int oneLess = drop - 1;
-  if (dropped != Rest::zero && rest == Rest::zero && oneLess >= 0 && oneLess >= toBottom &&
+  if (rest == Rest::zero && oneLess >= 0 && oneLess >= toBottom &&
       std::countr_zero(magnitude.words[0]) >= oneLess) {
     Uint256 longer = magnitude;
     if (dropDigits(longer, oneLess, Rest::zero) == Rest::zero && longer.fits128()) {
@@ -76,11 +76,11 @@ Decimal decimalOf(Sign sign, const Uint256& magnitude, std::int64_t exponent, Re
     }
   }
 
-  if (dropped >= Rest::half)
-    kept = add(kept, Uint256{1});
-  if (!kept.fits128())
+  if (dropDigits(magnitude, drop, rest) >= Rest::half)
+    increment(magnitude);
+  if (!magnitude.fits128())
     return Decimal::nan();
-  return Decimal::fromMantissa(sign, kept.low128(), place + drop);
+  return Decimal::fromMantissa(sign, magnitude.low128(), place + drop);
 }
 
 }  // namespace corvane::wide

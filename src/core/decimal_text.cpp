@@ -41,9 +41,9 @@ class DigitReader {
   [[nodiscard]] Decimal value(Sign sign, std::int64_t exponent) const {
     if (count_ <= Decimal::maximumDigits)
       return wide::decimalOf(sign, leading_, exponent);
-    const Uint256 magnitude =
-        wide::add(wide::multiplyByWord(Uint256{leading_}, 10), Uint256{Uint128{last_}});
-    return wide::decimalOf(sign, magnitude, exponent + ignored_, rest_);
+    return wide::decimalOf(
+        sign, wide::add(wide::multiply(Uint256{leading_}, Uint128{10}), Uint256{Uint128{last_}}),
+        exponent + ignored_, rest_);
   }
 
  private:

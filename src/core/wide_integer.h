@@ -2,6 +2,7 @@
 // the dividends of exact division before they are rounded.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
@@ -23,6 +24,7 @@ struct Uint256 {
 
   [[nodiscard]] constexpr bool fits128() const { return (words[2] | words[3]) == 0; }
   [[nodiscard]] constexpr Uint128 low128() const { return Uint128{words[1]} << 64 | words[0]; }
+  [[nodiscard]] constexpr Uint128 high128() const { return Uint128{words[3]} << 64 | words[2]; }
   [[nodiscard]] constexpr bool isZero() const {
     return (words[0] | words[1] | words[2] | words[3]) == 0;
   }
@@ -30,12 +32,9 @@ struct Uint256 {
 };
 
 constexpr bool lessThan(const Uint256& left, const Uint256& right) {
-  for (int i = 3; i >= 0; --i) {
-    const auto index = static_cast<std::size_t>(i);
-    if (left.words[index] != right.words[index])
-      return left.words[index] < right.words[index];
-  }
-  return false;
+  const Uint128 leftHigh = left.high128();
+  const Uint128 rightHigh = right.high128();
+  return leftHigh != rightHigh ? leftHigh < rightHigh : left.low128() < right.low128();
 }
 
 constexpr int bitWidth(std::uint64_t value) {
@@ -69,6 +68,13 @@ constexpr Uint256 add(const Uint256& left, const Uint256& right) {
   return sum;
 }
 
+constexpr void increment(Uint256& value) {
+  for (auto& word : value.words) {
+    if (++word != 0)
+      return;
+  }
+}
+
 constexpr Uint256 subtract(const Uint256& left, const Uint256& right) {
   Uint256 difference;
   std::uint64_t borrow = 0;
@@ -97,16 +103,29 @@ constexpr Uint256 multiply(Uint128 left, Uint128 right) {
   return product;
 }
 
-/// The product, which the caller knows to stay in range.
-constexpr Uint256 multiplyByWord(const Uint256& left, std::uint64_t right) {
-  Uint256 product;
+/// Multiplies `value` in place; the caller knows that the product stays in range.
+constexpr void multiplyInPlace(Uint256& value, std::uint64_t factor) {
   std::uint64_t carry = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Uint128 word = Uint128{left.words[i]} * right + carry;
-    product.words[i] = static_cast<std::uint64_t>(word);
-    carry = static_cast<std::uint64_t>(word >> 64);
+  for (auto& word : value.words) {
+    const Uint128 product = Uint128{word} * factor + carry;
+    word = static_cast<std::uint64_t>(product);
+    carry = static_cast<std::uint64_t>(product >> 64);
   }
   assert(carry == 0);
+}
+
+/// The product, which the caller knows to stay in range.
+constexpr Uint256 multiply(const Uint256& left, Uint128 right) {
+  Uint256 product = left;
+  multiplyInPlace(product, static_cast<std::uint64_t>(right));
+  const auto high = static_cast<std::uint64_t>(right >> 64);
+  std::uint64_t carry = 0;
+  for (std::size_t i = 0; high != 0 && i < 3; ++i) {
+    const Uint128 word = Uint128{left.words[i]} * high + product.words[i + 1] + carry;
+    product.words[i + 1] = static_cast<std::uint64_t>(word);
+    carry = static_cast<std::uint64_t>(word >> 64);
+  }
+  assert(carry == 0 && (high == 0 || left.words[3] == 0));
   return product;
 }
 
@@ -137,13 +156,13 @@ class Divisor {
   /// The quotient of `remainder`, `low` and the divisor, all already shifted; `remainder` is less
   /// than the divisor before and after.
   constexpr std::uint64_t step(std::uint64_t& remainder, std::uint64_t low) const {
-    const Uint128 estimate = Uint128{reciprocal_} * remainder + (Uint128{remainder} << 64 | low);
-    auto quotient = static_cast<std::uint64_t>(estimate >> 64) + 1;
+    const Uint128 estimate = Uint128{reciprocal_} * remainder + low;
+    auto quotient = static_cast<std::uint64_t>(estimate >> 64) + remainder + 1;
     remainder = low - quotient * normalized_;
-    if (remainder > static_cast<std::uint64_t>(estimate)) {
-      --quotient;
-      remainder += normalized_;
-    }
+    // Either way is as likely, so this is arithmetic and not a branch.
+    const std::uint64_t isTooLarge = remainder > static_cast<std::uint64_t>(estimate) ? 1 : 0;
+    quotient -= isTooLarge;
+    remainder += normalized_ & (0 - isTooLarge);
     if (remainder >= normalized_) [[unlikely]] {
       ++quotient;
       remainder -= normalized_;
@@ -162,19 +181,11 @@ class Divisor {
   std::uint64_t reciprocal_;
 };
 
-struct Division {
-  Uint256 quotient;
-  Uint128 remainder = 0;
-};
-
-/// Division in words (Knuth, volume 2, algorithm D).
-constexpr Division divide(const Uint256& dividend, Uint128 divisor) {
+/// Divides `value` in place and returns the remainder (Knuth, volume 2, algorithm D).
+constexpr Uint128 divideInPlace(Uint256& value, Uint128 divisor) {
   assert(divisor != 0);
-  Division result;
   if (divisor >> 64 == 0) {
-    result.quotient = dividend;
-    result.remainder = Divisor(static_cast<std::uint64_t>(divisor)).divideInPlace(result.quotient);
-    return result;
+    return Divisor(static_cast<std::uint64_t>(divisor)).divideInPlace(value);
   }
   const int shift = std::countl_zero(static_cast<std::uint64_t>(divisor >> 64));
   divisor <<= shift;
@@ -182,11 +193,12 @@ constexpr Division divide(const Uint256& dividend, Uint128 divisor) {
   const auto low = static_cast<std::uint64_t>(divisor);
   const Divisor byHigh(high);
 
-  const auto& words = dividend.words;
+  auto& words = value.words;
   const auto shifted = [&](std::size_t i) {
     return words[i] << shift | (i > 0 ? words[i - 1] >> 1 >> (63 - shift) : 0);
   };
   Uint128 rest = Uint128{words[3] >> 1 >> (63 - shift)} << 64 | shifted(3);
+  words[3] = 0;
   for (std::size_t i = 3; i-- > 0;) {
     // One more word of the dividend: the digit is estimated by the high words alone, and is then
     // at most two too large.
@@ -203,23 +215,9 @@ constexpr Division divide(const Uint256& dividend, Uint128 divisor) {
       left += high;
     }
     rest = (left << 64 | next) - Uint128{digit} * low;
-    result.quotient.words[i] = digit;
+    words[i] = digit;
   }
-  result.remainder = rest >> shift;
-  return result;
-}
-
-/// `value` × `power`, which the caller knows to stay in range.
-constexpr Uint256 multiply(const Uint256& power, Uint128 value) {
-  Uint256 product = multiplyByWord(power, static_cast<std::uint64_t>(value));
-  const auto high = static_cast<std::uint64_t>(value >> 64);
-  if (high == 0)
-    return product;
-  const Uint256 upper = multiplyByWord(power, high);
-  assert(upper.words[3] == 0);
-  Uint256 moved;
-  moved.words = {0, upper.words[0], upper.words[1], upper.words[2]};
-  return add(product, moved);
+  return rest >> shift;
 }
 
 /// 10^0 to 10^19, the powers that fit 64 bits.
@@ -244,11 +242,58 @@ inline constexpr auto powersOfTen128 = [] {
   return powers;
 }();
 
+/// A divisor of up to 128 bits, not a power of two, for quotients below 2^127: one multiplication
+/// by the reciprocal finds them.
+class WideDivisor {
+ public:
+  constexpr explicit WideDivisor(Uint128 value) : divisor_(value), bits_(bitWidth(value)) {
+    Uint256 power;
+    power.words[static_cast<std::size_t>((127 + bits_) / 64)] = std::uint64_t{1}
+                                                                << (127 + bits_) % 64;
+    wide::divideInPlace(power, value);
+    reciprocal_ = power.low128();
+  }
+
+  [[nodiscard]] constexpr bool canDivide(const Uint256& value) const {
+    return bitWidth(value) - bits_ <= 127;
+  }
+
+  /// Divides `value` in place and returns the remainder.
+  constexpr Uint128 divideInPlace(Uint256& value) const {
+    assert(canDivide(value));
+    // The 128 leading bits times the reciprocal. What is cut off either of them, and off their
+    // product, makes up less than 1 in the quotient, so the estimate is at most 2 too small.
+    const int cut = std::max(bitWidth(value) - 128, 0);
+    const Uint128 leading =
+        cut == 128 ? value.high128() : value.low128() >> cut | value.high128() << 1 << (127 - cut);
+    Uint128 quotient = multiply(leading, reciprocal_).high128() >> (bits_ - 1 - cut);
+    Uint128 remainder = value.low128() - quotient * divisor_;
+    while (remainder >= divisor_) {
+      ++quotient;
+      remainder -= divisor_;
+    }
+    value = Uint256{quotient};
+    return remainder;
+  }
+
+ private:
+  Uint128 divisor_;
+  Uint128 reciprocal_ = 0;  // 2^(127 + bits_) / divisor_
+  int bits_;
+};
+
+/// 10^1 to 10^38, ready to divide by; the entry for 10^0 is not.
+inline constexpr auto wideTenDivisors =
+    []<std::size_t... exponent>(std::index_sequence<exponent...>) {
+  return std::array{WideDivisor(powersOfTen128[exponent == 0 ? 1 : exponent])...};
+}
+(std::make_index_sequence<39>());
+
 /// 10^0 to 10^77, the powers that fit 256 bits.
 inline constexpr auto powersOfTen256 = [] {
   std::array<Uint256, 78> powers{Uint256{1}};
   for (std::size_t i = 1; i < powers.size(); ++i)
-    powers[i] = multiplyByWord(powers[i - 1], 10);
+    powers[i] = multiply(powers[i - 1], Uint128{10});
   return powers;
 }();
 
