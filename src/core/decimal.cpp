@@ -1,6 +1,7 @@
 #include "core/decimal.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <limits>
 #include <utility>
@@ -18,6 +19,14 @@ using wide::Uint256;
 Sign signOf(bool negative) {
   return negative ? Sign::minus : Sign::plus;
 }
+
+/// A 256-bit number below this may be multiplied by ten.
+constexpr Uint256 tenthOfRange = [] {
+  Uint256 range;
+  range.words.fill(~std::uint64_t{0});
+  wide::Divisor(10).divideInPlace(range);
+  return range;
+}();
 
 std::uint64_t magnitudeOf(long long value) {
   const auto bits = static_cast<std::uint64_t>(value);
@@ -40,8 +49,23 @@ Decimal Decimal::fromMantissa(Sign sign, Mantissa mantissa, int exponent) {
   if (exponent < minimumExponent || exponent > maximumExponent) {
     return wide::decimalOf(sign, mantissa, exponent);
   }
-  while (exponent < maximumExponent && mantissa % 10 == 0) {
-    mantissa /= 10;
+  if (!small::isMultipleOfTen(mantissa)) {
+    return {mantissa, exponent, sign == Sign::minus ? negative : positive};
+  }
+  // Whole groups of zeros first; a multiple of a power of ten ends in as many zero bits.
+  for (const int zeros : {16, 8, 4}) {
+    while (std::countr_zero(static_cast<std::uint64_t>(mantissa)) >= zeros &&
+           exponent + zeros <= maximumExponent) {
+      Uint256 shorter{mantissa};
+      const auto& divisor = wide::tenDivisors[static_cast<std::size_t>(zeros)];
+      if (divisor.divideInPlace(shorter) != 0)
+        break;
+      mantissa = shorter.low128();
+      exponent += zeros;
+    }
+  }
+  while (exponent < maximumExponent && small::isMultipleOfTen(mantissa)) {
+    mantissa = wide::tenthOf(mantissa);
     ++exponent;
   }
   return {mantissa, exponent, sign == Sign::minus ? negative : positive};
@@ -55,77 +79,52 @@ Decimal Decimal::fromParts(Sign sign, int exponent, const Decimal& significand) 
                          std::int64_t{exponent} + significand.exponent());
 }
 
-Decimal Decimal::nan() {
-  return {0, 0, notANumber};
-}
-Decimal Decimal::greatestFiniteMagnitude() {
-  return {~Mantissa{0}, maximumExponent, positive};
-}
-Decimal Decimal::leastNonzeroMagnitude() {
-  return {1, minimumExponent, positive};
-}
-
 Decimal Decimal::significand() const {
   return isNaN() ? nan() : fromMantissa(Sign::plus, mantissa(), 0);
 }
 
-Decimal Decimal::operator-() const {
-  Decimal result = *this;
-  if (!isNaN() && !isZero())
-    result.flags_ = flags_ == negative ? positive : negative;
-  return result;
-}
-
-Decimal operator+(const Decimal& left, const Decimal& right) {
+Decimal Decimal::sum(const Decimal& left, const Decimal& right) {
   if (left.isNaN() || right.isNaN())
-    return Decimal::nan();
+    return nan();
   if (left.isZero())
     return right;
   if (right.isZero())
     return left;
 
-  const bool ordered = left.exponent() >= right.exponent();
-  const Decimal& upper = ordered ? left : right;
-  const Decimal& lower = ordered ? right : left;
+  const bool leftIsUpper = left.exponent() >= right.exponent();
+  const Decimal& upper = leftIsUpper ? left : right;
+  const Decimal& lower = leftIsUpper ? right : left;
+
+  // The upper operand is brought down to the lower one's place. Where that would take more than 76
+  // digits, what the lower operand has beyond them only counts as a rest.
   const int gap = upper.exponent() - lower.exponent();
+  const int shift =
+      gap < maximumDigits ? gap : std::min(gap, 76 - wide::digitCount(upper.mantissa()));
+  const Uint256 raised =
+      shift < maximumDigits
+          ? wide::multiply(upper.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(shift)])
+          : wide::multiply(wide::powersOfTen256[static_cast<std::size_t>(shift)], upper.mantissa());
+  Uint256 added{lower.mantissa()};
+  const Rest rest = wide::dropDigits(added, gap - shift, Rest::zero);
+  const int place = upper.exponent() - shift;
 
-  // The upper operand is brought down to the lower one's place. Where that would pass 76 digits, as
-  // much of the lower operand as lies beyond is only a rest.
-  const Uint256 upperMantissa{upper.mantissa()};
-  const int shift = std::min(gap, 76 - wide::digitCount(upperMantissa));
-  Uint256 upperAligned = wide::multiply(
-      upper.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(std::min(shift, 38))]);
-  for (int more = shift - 38; more > 0; more -= 19) {
-    upperAligned = wide::multiply(
-        upperAligned, wide::powersOfTen64[static_cast<std::size_t>(std::min(more, 19))]);
+  if (upper.sign() == lower.sign()) {
+    return wide::decimalOf(upper.sign(), wide::add(raised, added), place, rest);
   }
-  Uint256 lowerAligned{lower.mantissa()};
-  const Rest rest = wide::dropDigits(lowerAligned, gap - shift, Rest::zero);
-  const int exponent = lower.exponent() + gap - shift;
-
-  if (left.sign() == right.sign()) {
-    return wide::decimalOf(left.sign(), wide::add(upperAligned, lowerAligned), exponent, rest);
+  if (wide::lessThan(raised, added)) {
+    // Only without a rest: a raised operand of 76 digits is the greater one.
+    return wide::decimalOf(lower.sign(), wide::subtract(added, raised), place);
   }
-  if (wide::lessThan(upperAligned, lowerAligned)) {
-    return wide::decimalOf(lower.sign(), wide::subtract(lowerAligned, upperAligned), exponent);
-  }
-  Uint256 difference = wide::subtract(upperAligned, lowerAligned);
+  Uint256 difference = wide::subtract(raised, added);
   if (rest == Rest::zero)
-    return wide::decimalOf(upper.sign(), difference, exponent);
-  difference = wide::subtract(difference, Uint256{1});
-  const Rest complement = rest == Rest::half        ? Rest::half
-                          : rest == Rest::aboveHalf ? Rest::belowHalf
-                                                    : Rest::aboveHalf;
-  return wide::decimalOf(upper.sign(), difference, exponent, complement);
+    return wide::decimalOf(upper.sign(), std::move(difference), place);
+  return wide::decimalOf(upper.sign(), wide::subtract(difference, Uint256{1}), place,
+                         wide::complementOf(rest));
 }
 
-Decimal operator-(const Decimal& left, const Decimal& right) {
-  return left + -right;
-}
-
-Decimal operator*(const Decimal& left, const Decimal& right) {
+Decimal Decimal::product(const Decimal& left, const Decimal& right) {
   if (left.isNaN() || right.isNaN())
-    return Decimal::nan();
+    return nan();
   return wide::decimalOf(signOf(left.sign() != right.sign()),
                          wide::multiply(left.mantissa(), right.mantissa()),
                          left.exponent() + right.exponent());
@@ -136,57 +135,53 @@ Decimal operator/(const Decimal& left, const Decimal& right) {
     return Decimal::nan();
   if (left.isZero())
     return {};
-  // The dividend is scaled as far as 256 bits reach: then the quotient has at least 38 digits, and
-  // every quotient that can be represented comes out without a remainder.
-  Uint256 dividend{left.mantissa()};
-  int scaled = 0;
-  const auto scale = [&](int digits) {
-    dividend = wide::multiply(dividend, wide::powersOfTen64[static_cast<std::size_t>(digits)]);
-    scaled += digits;
-  };
-  for (int room = 77 - wide::digitCount(dividend); room > 0; room -= 19)
-    scale(std::min(room, 19));
-  static constexpr Uint256 tenthOfRange = [] {
-    Uint256 all;
-    all.words.fill(~std::uint64_t{0});
-    wide::divideInPlace(all, 10);
-    return all;
-  }();
-  if (!wide::lessThan(tenthOfRange, dividend))
-    scale(1);
-  const auto [quotient, remainder] = wide::divide(dividend, right.mantissa());
-  return wide::decimalOf(signOf(left.sign() != right.sign()), quotient,
-                         left.exponent() - right.exponent() - scaled,
+  // The dividend is raised until the quotient has 39 digits, so that each quotient that can be
+  // represented comes out without a remainder. Where 256 bits end before that, they still give 38
+  // digits, and a longer exact quotient cannot exist: its product with the divisor would not fit.
+  const int digits = wide::digitCount(left.mantissa());
+  int raise = std::min(39 + wide::digitCount(right.mantissa()), 77) - digits;
+  Uint256 dividend =
+      wide::multiply(wide::powersOfTen256[static_cast<std::size_t>(raise)], left.mantissa());
+  if (digits + raise == 77 && wide::lessThan(dividend, tenthOfRange)) {
+    wide::multiplyInPlace(dividend, 10);
+    ++raise;
+  }
+  const Uint128 remainder = wide::divideInPlace(dividend, right.mantissa());
+  return wide::decimalOf(signOf(left.sign() != right.sign()), std::move(dividend),
+                         left.exponent() - right.exponent() - raise,
                          wide::restOf(remainder, right.mantissa()));
 }
 
-std::strong_ordering operator<=>(const Decimal& left, const Decimal& right) {
-  if (left.isNaN() || right.isNaN())
-    return right.isNaN() <=> left.isNaN();
-  const auto signum = [](const Decimal& value) {
-    return value.isZero() ? 0 : value.sign() == Sign::plus ? 1 : -1;
-  };
-  if (signum(left) != signum(right) || left.isZero())
-    return signum(left) <=> signum(right);
+int Decimal::coarseOrder() const {
+  if (isNaN())
+    return std::numeric_limits<int>::min() / 2;
+  if (isZero())
+    return 0;
+  constexpr int aboveAnyExponent = 512;
+  const int leading = exponent() + wide::digitEstimate(wide::bitWidth(mantissa()));
+  return sign() == Sign::plus ? aboveAnyExponent + leading : -(aboveAnyExponent + leading);
+}
 
-  const auto magnitude = [](const Decimal& a, const Decimal& b) {
-    const int gap = a.exponent() - b.exponent();
-    if (gap == 0)
-      return a.mantissa() <=> b.mantissa();
-    if (gap > Decimal::maximumDigits)
-      return std::strong_ordering::greater;
-    if (gap < -Decimal::maximumDigits)
-      return std::strong_ordering::less;
-    const Uint256 aAligned = wide::multiply(
-        a.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(std::max(gap, 0))]);
-    const Uint256 bAligned = wide::multiply(
-        b.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(std::max(-gap, 0))]);
-    if (aAligned == bAligned)
-      return std::strong_ordering::equal;
-    return wide::lessThan(aAligned, bAligned) ? std::strong_ordering::less
-                                              : std::strong_ordering::greater;
-  };
-  return left.sign() == Sign::plus ? magnitude(left, right) : magnitude(right, left);
+std::strong_ordering Decimal::order(const Decimal& left, const Decimal& right) {
+  const int coarse = left.coarseOrder() - right.coarseOrder();
+  if (coarse > 1 || coarse < -1)
+    return coarse <=> 0;
+  return left.sign() == Sign::plus ? magnitudeOrder(left, right) : magnitudeOrder(right, left);
+}
+
+std::strong_ordering Decimal::magnitudeOrder(const Decimal& left, const Decimal& right) {
+  const int gap = left.exponent() - right.exponent();
+  if (gap == 0)
+    return left.mantissa() <=> right.mantissa();
+  if (gap < 0)
+    return 0 <=> magnitudeOrder(right, left);
+  if (gap > maximumDigits)
+    return std::strong_ordering::greater;
+  const Uint256 raised =
+      wide::multiply(left.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(gap)]);
+  if (!raised.fits128())
+    return std::strong_ordering::greater;
+  return raised.low128() <=> right.mantissa();
 }
 
 Decimal abs(const Decimal& value) {

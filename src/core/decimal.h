@@ -68,9 +68,15 @@ class Decimal {
   /// As fromString, but no value unless the whole of `text` is the number.
   [[nodiscard]] static std::optional<Decimal> fromWholeString(std::string_view text);
 
-  [[nodiscard]] static Decimal nan();
-  [[nodiscard]] static Decimal greatestFiniteMagnitude();  ///< (2^128 - 1) × 10^127
-  [[nodiscard]] static Decimal leastNonzeroMagnitude();    ///< 10^-128
+  [[nodiscard]] static constexpr Decimal nan() { return {0, 0, notANumber}; }
+  /// (2^128 - 1) × 10^127
+  [[nodiscard]] static constexpr Decimal greatestFiniteMagnitude() {
+    return {~Mantissa{0}, maximumExponent, positive};
+  }
+  /// 10^-128
+  [[nodiscard]] static constexpr Decimal leastNonzeroMagnitude() {
+    return {1, minimumExponent, positive};
+  }
 
   [[nodiscard]] bool isNaN() const { return flags_ == notANumber; }
   [[nodiscard]] bool isZero() const { return (low_ | high_) == 0 && !isNaN(); }
@@ -115,6 +121,20 @@ class Decimal {
         exponent_(static_cast<std::int8_t>(exponent)),
         flags_(flags) {}
 
+  // For every operand; the operators first try what decimal_small.h does in a few instructions.
+  static Decimal sum(const Decimal& left, const Decimal& right);
+  static Decimal product(const Decimal& left, const Decimal& right);
+  static std::strong_ordering order(const Decimal& left, const Decimal& right);
+  static std::strong_ordering magnitudeOrder(const Decimal& left, const Decimal& right);
+
+  /// Its sign and the place of its first digit in one number. Numbers whose coarse orders are more
+  /// than 1 apart compare like them.
+  [[nodiscard]] int coarseOrder() const;
+
+  static bool areSmall(const Decimal& left, const Decimal& right);
+  static Decimal fromWord(std::int64_t value, int exponent);
+  [[nodiscard]] std::int64_t signedMantissa() const;
+
   // Zero has exponent 0 and NaN is all zero but for its flag, so equal values are equal bits.
   std::uint64_t low_ = 0;
   std::uint64_t high_ = 0;
@@ -136,3 +156,5 @@ template <>
 struct std::hash<corvane::Decimal> {
   std::size_t operator()(const corvane::Decimal& value) const noexcept;
 };
+
+#include "core/decimal_small.h"  // IWYU pragma: export

@@ -1,14 +1,13 @@
 #include "core/decimal_rounding.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace corvane::wide {
 namespace {
 
-/// How the rest looks one or more digits higher up: `remainder` in `divisor`, with `below` under
-/// it.
-Rest combine(std::uint64_t remainder, std::uint64_t divisor, Rest below) {
-  const Rest rest = restOf(remainder, divisor);
+/// How a rest looks from one or more digits higher up: `rest` of those digits, and `below` it.
+Rest combine(Rest rest, Rest below) {
   if (below == Rest::zero)
     return rest;
   if (rest == Rest::zero)
@@ -16,57 +15,72 @@ Rest combine(std::uint64_t remainder, std::uint64_t divisor, Rest below) {
   return rest == Rest::half ? Rest::aboveHalf : rest;
 }
 
+/// The exact value of `magnitude` × 10^`exponent`, an exponent beyond the range, or NaN.
+Decimal broughtDownToRange(Sign sign, const Uint256& magnitude, std::int64_t exponent) {
+  const std::int64_t excess = exponent - Decimal::maximumExponent;
+  if (excess > Decimal::maximumDigits || !magnitude.fits128())
+    return Decimal::nan();
+  const Uint256 scaled =
+      multiply(magnitude.low128(), powersOfTen128[static_cast<std::size_t>(excess)]);
+  if (!scaled.fits128())
+    return Decimal::nan();
+  return Decimal::fromMantissa(sign, scaled.low128(), Decimal::maximumExponent);
+}
+
 }  // namespace
 
 Rest dropDigits(Uint256& value, int digits, Rest below) {
   while (digits > 0) {
-    const int step = std::min(digits, 19);
-    const std::uint64_t divisor = powersOfTen64[static_cast<std::size_t>(step)];
-    const std::uint64_t remainder = divideInPlace(value, divisor);
-    below = combine(remainder, divisor, below);
-    digits -= step;
+    auto step = static_cast<std::size_t>(std::min(digits, Decimal::maximumDigits));
+    if (const WideDivisor& divisor = wideTenDivisors[step]; divisor.canDivide(value)) {
+      below = combine(restOf(divisor.divideInPlace(value), powersOfTen128[step]), below);
+    } else {
+      step = std::min(step, powersOfTen64.size() - 1);
+      below = combine(restOf(tenDivisors[step].divideInPlace(value), powersOfTen64[step]), below);
+    }
+    digits -= static_cast<int>(step);
   }
   return below;
 }
 
-Decimal decimalOf(Sign sign, const Uint256& magnitude, std::int64_t exponent, Rest rest) {
+Decimal decimalOf(Sign sign, Uint256&& magnitude, std::int64_t exponent, Rest rest) {
   if (magnitude.isZero())
     return {};
-  // No magnitude has more than 78 digits, so nothing beyond these ends can be represented.
   if (exponent > Decimal::maximumExponent) {
-    const std::int64_t up = exponent - Decimal::maximumExponent;
-    if (up > Decimal::maximumDigits || !magnitude.fits128()) {
+    // A multiple of 10^128 and something more has too many digits to be near any Decimal.
+    if (rest != Rest::zero)
       return Decimal::nan();
-    }
-    const Uint256 scaled =
-        multiply(magnitude.low128(), powersOfTen128[static_cast<std::size_t>(up)]);
-    if (rest != Rest::zero || !scaled.fits128())
-      return Decimal::nan();
-    return Decimal::fromMantissa(sign, scaled.low128(), Decimal::maximumExponent);
+    return broughtDownToRange(sign, magnitude, exponent);
   }
+  // 256 bits hold 78 digits, which leave nothing this far below the range.
   if (exponent < Decimal::minimumExponent - 80)
     return {};
-
-  const int digits = digitCount(magnitude);
-  const int belowRange = static_cast<int>(Decimal::minimumExponent - exponent);
-  const int belowTop = static_cast<int>(Decimal::maximumExponent - exponent);
-
-  // Exact with up to 39 digits?
-  Uint256 kept = magnitude;
-  const int drop = std::max({digits - Decimal::maximumDigits - 1, belowRange, 0});
-  rest = dropDigits(kept, drop, rest);
-  if (rest == Rest::zero && kept.fits128()) {
-    return Decimal::fromMantissa(sign, kept.low128(), static_cast<int>(exponent) + drop);
+  const int place = static_cast<int>(exponent);
+  if (rest == Rest::zero && magnitude.fits128() && place >= Decimal::minimumExponent) {
+    return Decimal::fromMantissa(sign, magnitude.low128(), place);
   }
 
-  const int target =
-      std::max(drop, std::min(std::max(digits - Decimal::maximumDigits, belowRange), belowTop));
-  rest = dropDigits(kept, target - drop, rest);
-  if (rest >= Rest::half)
-    kept = add(kept, Uint256{1});
-  if (!kept.fits128())
+  const int toPrecision = digitCount(magnitude) - Decimal::maximumDigits;
+  const int toBottom = Decimal::minimumExponent - place;
+  const int toTop = Decimal::maximumExponent - place;
+  const int drop = std::min(std::max({toPrecision, toBottom, 0}), toTop);
+
+  // With a 39th digit the mantissa may still hold the value exactly. That makes it a multiple of
+  // a power of ten, hence of two, which few are.
+  const int oneLess = drop - 1;
+  if (rest == Rest::zero && oneLess >= 0 && oneLess >= toBottom &&
+      std::countr_zero(magnitude.words[0]) >= oneLess) {
+    Uint256 longer = magnitude;
+    if (dropDigits(longer, oneLess, Rest::zero) == Rest::zero && longer.fits128()) {
+      return Decimal::fromMantissa(sign, longer.low128(), place + oneLess);
+    }
+  }
+
+  if (dropDigits(magnitude, drop, rest) >= Rest::half)
+    increment(magnitude);
+  if (!magnitude.fits128())
     return Decimal::nan();
-  return Decimal::fromMantissa(sign, kept.low128(), static_cast<int>(exponent) + target);
+  return Decimal::fromMantissa(sign, magnitude.low128(), place + drop);
 }
 
 }  // namespace corvane::wide

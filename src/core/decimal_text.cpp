@@ -34,25 +34,34 @@ class DigitReader {
       last_ = digit;
       ++count_;
     } else {
-      hasRest_ |= digit != 0;
-      ++ignored_;
+      readRest(digit);
     }
   }
 
   [[nodiscard]] Decimal value(Sign sign, std::int64_t exponent) const {
     if (count_ <= Decimal::maximumDigits)
       return wide::decimalOf(sign, leading_, exponent);
-    const Uint256 magnitude =
-        wide::add(wide::multiply(Uint256{leading_}, 10), Uint256{Uint128{last_}});
-    return wide::decimalOf(sign, magnitude, exponent + ignored_,
-                           hasRest_ ? Rest::belowHalf : Rest::zero);
+    return wide::decimalOf(
+        sign, wide::add(wide::multiply(Uint256{leading_}, Uint128{10}), Uint256{Uint128{last_}}),
+        exponent + ignored_, rest_);
   }
 
  private:
+  void readRest(unsigned digit) {
+    if (ignored_++ == 0) {
+      rest_ = wide::restOf(digit, 10U);
+    } else if (digit != 0) {
+      if (rest_ == Rest::zero)
+        rest_ = Rest::belowHalf;
+      if (rest_ == Rest::half)
+        rest_ = Rest::aboveHalf;
+    }
+  }
+
   Uint128 leading_ = 0;
   unsigned last_ = 0;
   int count_ = 0;
-  bool hasRest_ = false;
+  Rest rest_ = Rest::zero;
   std::int64_t ignored_ = 0;
 };
 

@@ -2,10 +2,13 @@
 // the dividends of exact division before they are rounded.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace corvane::wide {
 
@@ -21,6 +24,7 @@ struct Uint256 {
 
   [[nodiscard]] constexpr bool fits128() const { return (words[2] | words[3]) == 0; }
   [[nodiscard]] constexpr Uint128 low128() const { return Uint128{words[1]} << 64 | words[0]; }
+  [[nodiscard]] constexpr Uint128 high128() const { return Uint128{words[3]} << 64 | words[2]; }
   [[nodiscard]] constexpr bool isZero() const {
     return (words[0] | words[1] | words[2] | words[3]) == 0;
   }
@@ -28,16 +32,18 @@ struct Uint256 {
 };
 
 constexpr bool lessThan(const Uint256& left, const Uint256& right) {
-  for (int i = 3; i >= 0; --i) {
-    const auto index = static_cast<std::size_t>(i);
-    if (left.words[index] != right.words[index])
-      return left.words[index] < right.words[index];
-  }
-  return false;
+  const Uint128 leftHigh = left.high128();
+  const Uint128 rightHigh = right.high128();
+  return leftHigh != rightHigh ? leftHigh < rightHigh : left.low128() < right.low128();
 }
 
 constexpr int bitWidth(std::uint64_t value) {
   return static_cast<int>(std::bit_width(value));
+}
+
+constexpr int bitWidth(Uint128 value) {
+  const auto high = static_cast<std::uint64_t>(value >> 64);
+  return high != 0 ? 64 + bitWidth(high) : bitWidth(static_cast<std::uint64_t>(value));
 }
 
 constexpr int bitWidth(const Uint256& value) {
@@ -60,6 +66,13 @@ constexpr Uint256 add(const Uint256& left, const Uint256& right) {
   }
   assert(carry == 0);
   return sum;
+}
+
+constexpr void increment(Uint256& value) {
+  for (auto& word : value.words) {
+    if (++word != 0)
+      return;
+  }
 }
 
 constexpr Uint256 subtract(const Uint256& left, const Uint256& right) {
@@ -90,83 +103,121 @@ constexpr Uint256 multiply(Uint128 left, Uint128 right) {
   return product;
 }
 
-/// The product, which the caller knows to stay in range.
-constexpr Uint256 multiply(const Uint256& left, std::uint64_t right) {
-  Uint256 product;
+/// Multiplies `value` in place; the caller knows that the product stays in range.
+constexpr void multiplyInPlace(Uint256& value, std::uint64_t factor) {
   std::uint64_t carry = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Uint128 word = Uint128{left.words[i]} * right + carry;
-    product.words[i] = static_cast<std::uint64_t>(word);
-    carry = static_cast<std::uint64_t>(word >> 64);
+  for (auto& word : value.words) {
+    const Uint128 product = Uint128{word} * factor + carry;
+    word = static_cast<std::uint64_t>(product);
+    carry = static_cast<std::uint64_t>(product >> 64);
   }
   assert(carry == 0);
+}
+
+/// The product, which the caller knows to stay in range.
+constexpr Uint256 multiply(const Uint256& left, Uint128 right) {
+  Uint256 product = left;
+  multiplyInPlace(product, static_cast<std::uint64_t>(right));
+  const auto high = static_cast<std::uint64_t>(right >> 64);
+  std::uint64_t carry = 0;
+  for (std::size_t i = 0; high != 0 && i < 3; ++i) {
+    const Uint128 word = Uint128{left.words[i]} * high + product.words[i + 1] + carry;
+    product.words[i + 1] = static_cast<std::uint64_t>(word);
+    carry = static_cast<std::uint64_t>(word >> 64);
+  }
+  assert(carry == 0 && (high == 0 || left.words[3] == 0));
   return product;
 }
 
-/// Divides `value` in place and returns the remainder.
-constexpr std::uint64_t divideInPlace(Uint256& value, std::uint64_t divisor) {
-  std::uint64_t remainder = 0;
-  for (std::size_t i = 4; i-- > 0;) {
-    const Uint128 word = Uint128{remainder} << 64 | value.words[i];
-    value.words[i] = static_cast<std::uint64_t>(word / divisor);
-    remainder = static_cast<std::uint64_t>(word % divisor);
-  }
-  return remainder;
-}
+/// A divisor made ready for division by multiplication with its reciprocal (Möller and Granlund,
+/// "Improved division by invariant integers", 2011).
+class Divisor {
+ public:
+  constexpr explicit Divisor(std::uint64_t value)
+      : shift_(std::countl_zero(value)),
+        normalized_(value << shift_),
+        reciprocal_(static_cast<std::uint64_t>(~Uint128{0} / normalized_)) {}
 
-struct Division {
-  Uint256 quotient;
-  Uint128 remainder = 0;
+  /// Divides `value` in place and returns the remainder.
+  constexpr std::uint64_t divideInPlace(Uint256& value) const {
+    std::size_t i = 4;
+    while (i > 0 && value.words[i - 1] == 0)
+      --i;
+    if (i == 0)
+      return 0;
+    std::uint64_t remainder = topBits(value.words[i - 1]);
+    while (i-- > 0) {
+      const std::uint64_t low = value.words[i] << shift_;
+      value.words[i] = step(remainder, i > 0 ? low | topBits(value.words[i - 1]) : low);
+    }
+    return remainder >> shift_;
+  }
+
+  /// The quotient of `remainder`, `low` and the divisor, all already shifted; `remainder` is less
+  /// than the divisor before and after.
+  constexpr std::uint64_t step(std::uint64_t& remainder, std::uint64_t low) const {
+    const Uint128 estimate = Uint128{reciprocal_} * remainder + low;
+    auto quotient = static_cast<std::uint64_t>(estimate >> 64) + remainder + 1;
+    remainder = low - quotient * normalized_;
+    // Either way is as likely, so this is arithmetic and not a branch.
+    const std::uint64_t isTooLarge = remainder > static_cast<std::uint64_t>(estimate) ? 1 : 0;
+    quotient -= isTooLarge;
+    remainder += normalized_ & (0 - isTooLarge);
+    if (remainder >= normalized_) [[unlikely]] {
+      ++quotient;
+      remainder -= normalized_;
+    }
+    return quotient;
+  }
+
+ private:
+  /// What the shift moves into the next higher word.
+  [[nodiscard]] constexpr std::uint64_t topBits(std::uint64_t word) const {
+    return word >> 1 >> (63 - shift_);
+  }
+
+  int shift_;
+  std::uint64_t normalized_;
+  std::uint64_t reciprocal_;
 };
 
-/// Schoolbook division in words (Knuth, volume 2, algorithm D).
-constexpr Division divide(const Uint256& dividend, Uint128 divisor) {
+/// Divides `value` in place and returns the remainder (Knuth, volume 2, algorithm D).
+constexpr Uint128 divideInPlace(Uint256& value, Uint128 divisor) {
   assert(divisor != 0);
-  Division result;
   if (divisor >> 64 == 0) {
-    result.quotient = dividend;
-    result.remainder = divideInPlace(result.quotient, static_cast<std::uint64_t>(divisor));
-    return result;
+    return Divisor(static_cast<std::uint64_t>(divisor)).divideInPlace(value);
   }
-  const int shift = 64 - bitWidth(static_cast<std::uint64_t>(divisor >> 64));
+  const int shift = std::countl_zero(static_cast<std::uint64_t>(divisor >> 64));
   divisor <<= shift;
-  const auto divisorHigh = static_cast<std::uint64_t>(divisor >> 64);
-  const auto divisorLow = static_cast<std::uint64_t>(divisor);
-  std::array<std::uint64_t, 5> rest{};
-  for (std::size_t i = 0; i < 4; ++i)
-    rest[i] = dividend.words[i];
-  if (shift != 0) {
-    rest[4] = rest[3] >> (64 - shift);
-    for (std::size_t i = 3; i > 0; --i)
-      rest[i] = rest[i] << shift | rest[i - 1] >> (64 - shift);
-    rest[0] <<= shift;
-  }
+  const auto high = static_cast<std::uint64_t>(divisor >> 64);
+  const auto low = static_cast<std::uint64_t>(divisor);
+  const Divisor byHigh(high);
+
+  auto& words = value.words;
+  const auto shifted = [&](std::size_t i) {
+    return words[i] << shift | (i > 0 ? words[i - 1] >> 1 >> (63 - shift) : 0);
+  };
+  Uint128 rest = Uint128{words[3] >> 1 >> (63 - shift)} << 64 | shifted(3);
+  words[3] = 0;
   for (std::size_t i = 3; i-- > 0;) {
-    // The three words rest[i + 2 .. i] hold less than divisor * 2^64.
-    const Uint128 top = Uint128{rest[i + 2]} << 64 | rest[i + 1];
+    // One more word of the dividend: the digit is estimated by the high words alone, and is then
+    // at most two too large.
+    const std::uint64_t next = shifted(i);
     std::uint64_t digit = ~std::uint64_t{0};
-    Uint128 left = 0;
-    bool exceeds = false;
-    if (rest[i + 2] >= divisorHigh) {
-      left = top - Uint128{digit} * divisorHigh;
-    } else {
-      digit = static_cast<std::uint64_t>(top / divisorHigh);
-      left = top % divisorHigh;
+    Uint128 left = rest - Uint128{digit} * high;
+    if (static_cast<std::uint64_t>(rest >> 64) < high) {
+      auto remainder = static_cast<std::uint64_t>(rest >> 64);
+      digit = byHigh.step(remainder, static_cast<std::uint64_t>(rest));
+      left = remainder;
     }
-    exceeds = left >> 64 == 0 && Uint128{digit} * divisorLow > (left << 64 | rest[i]);
-    while (exceeds) {
+    while (left >> 64 == 0 && Uint128{digit} * low > (left << 64 | next)) {
       --digit;
-      left += divisorHigh;
-      exceeds = left >> 64 == 0 && Uint128{digit} * divisorLow > (left << 64 | rest[i]);
+      left += high;
     }
-    const Uint128 remainder = (left << 64 | rest[i]) - Uint128{digit} * divisorLow;
-    rest[i + 2] = 0;
-    rest[i + 1] = static_cast<std::uint64_t>(remainder >> 64);
-    rest[i] = static_cast<std::uint64_t>(remainder);
-    result.quotient.words[i] = digit;
+    rest = (left << 64 | next) - Uint128{digit} * low;
+    words[i] = digit;
   }
-  result.remainder = (Uint128{rest[1]} << 64 | rest[0]) >> shift;
-  return result;
+  return rest >> shift;
 }
 
 /// 10^0 to 10^19, the powers that fit 64 bits.
@@ -177,6 +228,12 @@ inline constexpr auto powersOfTen64 = [] {
   return powers;
 }();
 
+/// The same, ready to divide by.
+inline constexpr auto tenDivisors = []<std::size_t... exponent>(std::index_sequence<exponent...>) {
+  return std::array{Divisor(powersOfTen64[exponent])...};
+}
+(std::make_index_sequence<20>());
+
 /// 10^0 to 10^38, the powers that fit 128 bits.
 inline constexpr auto powersOfTen128 = [] {
   std::array<Uint128, 39> powers{1};
@@ -185,19 +242,77 @@ inline constexpr auto powersOfTen128 = [] {
   return powers;
 }();
 
+/// A divisor of up to 128 bits, not a power of two, for quotients below 2^127: one multiplication
+/// by the reciprocal finds them.
+class WideDivisor {
+ public:
+  constexpr explicit WideDivisor(Uint128 value) : divisor_(value), bits_(bitWidth(value)) {
+    Uint256 power;
+    power.words[static_cast<std::size_t>((127 + bits_) / 64)] = std::uint64_t{1}
+                                                                << (127 + bits_) % 64;
+    wide::divideInPlace(power, value);
+    reciprocal_ = power.low128();
+  }
+
+  [[nodiscard]] constexpr bool canDivide(const Uint256& value) const {
+    return bitWidth(value) - bits_ <= 127;
+  }
+
+  /// Divides `value` in place and returns the remainder.
+  constexpr Uint128 divideInPlace(Uint256& value) const {
+    assert(canDivide(value));
+    // The 128 leading bits times the reciprocal. What is cut off either of them, and off their
+    // product, makes up less than 1 in the quotient, so the estimate is at most 2 too small.
+    const int cut = std::max(bitWidth(value) - 128, 0);
+    const Uint128 leading =
+        cut == 128 ? value.high128() : value.low128() >> cut | value.high128() << 1 << (127 - cut);
+    Uint128 quotient = multiply(leading, reciprocal_).high128() >> (bits_ - 1 - cut);
+    Uint128 remainder = value.low128() - quotient * divisor_;
+    while (remainder >= divisor_) {
+      ++quotient;
+      remainder -= divisor_;
+    }
+    value = Uint256{quotient};
+    return remainder;
+  }
+
+ private:
+  Uint128 divisor_;
+  Uint128 reciprocal_ = 0;  // 2^(127 + bits_) / divisor_
+  int bits_;
+};
+
+/// 10^1 to 10^38, ready to divide by; the entry for 10^0 is not.
+inline constexpr auto wideTenDivisors =
+    []<std::size_t... exponent>(std::index_sequence<exponent...>) {
+  return std::array{WideDivisor(powersOfTen128[exponent == 0 ? 1 : exponent])...};
+}
+(std::make_index_sequence<39>());
+
 /// 10^0 to 10^77, the powers that fit 256 bits.
 inline constexpr auto powersOfTen256 = [] {
   std::array<Uint256, 78> powers{Uint256{1}};
   for (std::size_t i = 1; i < powers.size(); ++i)
-    powers[i] = multiply(powers[i - 1], 10);
+    powers[i] = multiply(powers[i - 1], Uint128{10});
   return powers;
 }();
 
+/// The number of decimal digits or one less.
+constexpr int digitEstimate(int bits) {
+  // 78913 / 2^18 is log10(2) to six places, which suffices up to 256 bits.
+  return bits * 78913 >> 18;
+}
+
 /// The number of decimal digits: 1 for 9, 2 for 10, 0 for 0.
 constexpr int digitCount(const Uint256& value) {
-  // 78913 / 2^18 is log10(2) to six places, which suffices up to 256 bits.
-  const int atLeast = bitWidth(value) * 78913 >> 18;
-  return atLeast + (lessThan(value, powersOfTen256[static_cast<std::size_t>(atLeast)]) ? 0 : 1);
+  const int estimate = digitEstimate(bitWidth(value));
+  return estimate + (lessThan(value, powersOfTen256[static_cast<std::size_t>(estimate)]) ? 0 : 1);
+}
+
+/// A tenth of a multiple of ten, by the inverse of five among the words of 128 bits.
+constexpr Uint128 tenthOf(Uint128 value) {
+  constexpr Uint128 inverseOfFive = ~Uint128{0} / 5 * 4 + 1;
+  return (value >> 1) * inverseOfFive;
 }
 
 }  // namespace corvane::wide
