@@ -29,9 +29,9 @@ struct DateFormatter {
   std::optional<std::string> localizedTemplate;
   TimeZone timeZone = TimeZone::current();
   Locale locale = Locale::current();
-  /// Whether date() forgives: any separator reads as any other, also where spaces or none are
-  /// expected, a month may be a number or a name in the locale's language or in English. Days and
-  /// times that do not exist are not forgiven, as they mostly are a day and a month exchanged.
+  /// Whether date() forgives: any run of spaces and signs reads as any other, and a month may be a
+  /// number or a name, short or long, in the locale's language or in English. Days and times that
+  /// do not exist are not forgiven: they mostly are a day and a month exchanged.
   bool isLenient = false;
   FormattingContext context = FormattingContext::unknown;
 

@@ -27,7 +27,7 @@ struct NumberFormatter {
   static constexpr int unlimited = -1;
 
   Style style = Style::decimal;
-  /// ISO 4217. Without one the generic currency sign "¤" is written.
+  /// ISO 4217. Without one the currency styles write no symbol.
   std::optional<std::string> currencyCode;
   /// Whether the currency styles write a currency symbol.
   bool showsCurrencySymbol = true;
@@ -49,8 +49,9 @@ struct NumberFormatter {
   std::optional<std::string> zeroSymbol;
   Locale locale = Locale::current();
 
-  /// `decimalText` in the form that the settings describe; "NaN" where that is what it says. None
-  /// where it is no number, or one of more than a thousand digits before or after the point.
+  /// `decimalText` in the form that the settings describe; "NaN" where that is what it says. A
+  /// negative number stays one, "-0.00", when all its digits are rounded away. None where it is no
+  /// number, or one of more than a thousand digits before or after the point.
   [[nodiscard]] std::optional<std::string> string(std::string_view decimalText) const;
 
   /// The separators of the locale; for the currency styles those that it uses for money.
