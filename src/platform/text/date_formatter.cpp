@@ -161,11 +161,18 @@ icu::UnicodeString withMonth(const icu::UnicodeString& pattern, const char16_t* 
   return result;
 }
 
+/// A way to read a text.
+struct Reader {
+  Format format;
+  /// Whether the text is to be given with plain separators.
+  bool takesPlainSeparators;
+};
+
 /// What is made for one set of settings.
 struct Formats {
   Format writer;
-  /// Ways to read a text, the likeliest first.
-  std::vector<Format> readers;
+  /// The likeliest first.
+  std::vector<Reader> readers;
   bool showsTimeZone = false;
 };
 
@@ -183,25 +190,24 @@ Formats makeFormats(const DateFormatter& settings) {
   // A text without a zone is read as civil time, so that the clock changes of the zone cannot make
   // it impossible; the calendar then finds the moment.
   const TimeZone readingZone = formats.showsTimeZone ? settings.timeZone : TimeZone();
-  const auto addReader = [&](const icu::UnicodeString& readingPattern,
-                             const icu::Locale& language) {
-    Format reader = makeFormat(readingPattern, language, readingZone, FormattingContext::unknown);
-    if (reader != nullptr) {
-      reader->setBooleanAttribute(UDAT_PARSE_PARTIAL_LITERAL_MATCH, false, status);
-      reader->setLenient(settings.isLenient);
-      formats.readers.push_back(std::move(reader));
+  const auto addReader = [&](const icu::UnicodeString& readingPattern, const icu::Locale& language,
+                             bool takesPlainSeparators) {
+    Format format = makeFormat(readingPattern, language, readingZone, FormattingContext::unknown);
+    if (format != nullptr) {
+      format->setBooleanAttribute(UDAT_PARSE_PARTIAL_LITERAL_MATCH, false, status);
+      format->setLenient(settings.isLenient);
+      formats.readers.push_back({std::move(format), takesPlainSeparators});
     }
   };
-  if (!settings.isLenient) {
-    addReader(pattern, locale);
-    return formats;
-  }
-  const icu::UnicodeString plain = patternWithPlainSeparators(pattern);
-  for (const icu::Locale& language : {locale, icu::Locale::getEnglish(), icu::Locale::getUK()}) {
-    addReader(plain, language);
-    if (hasField(plain, u"ML")) {
-      for (const char16_t* month : {u"M", u"MMM", u"MMMM"}) {
-        addReader(withMonth(plain, month), language);
+  addReader(pattern, locale, false);
+  if (settings.isLenient) {
+    const icu::UnicodeString plain = patternWithPlainSeparators(pattern);
+    for (const icu::Locale& language : {locale, icu::Locale::getEnglish(), icu::Locale::getUK()}) {
+      addReader(plain, language, true);
+      if (hasField(plain, u"ML")) {
+        for (const char16_t* month : {u"M", u"MMM", u"MMMM"}) {
+          addReader(withMonth(plain, month), language, true);
+        }
       }
     }
   }
@@ -255,12 +261,10 @@ std::string DateFormatter::string(Date date) const {
 std::optional<Date> DateFormatter::date(std::string_view text) const {
   const Formats& formats = formatsFor(*this);
   const icu::UnicodeString given = corvane::toIcu(text);
-  const icu::UnicodeString reading = isLenient ? withPlainSeparators(given) : given;
-  if (reading.isEmpty()) {
-    return std::nullopt;
-  }
-  for (const Format& reader : formats.readers) {
-    if (const auto date = read(*reader, reading)) {
+  const icu::UnicodeString plain = withPlainSeparators(given);
+  for (const Reader& reader : formats.readers) {
+    const icu::UnicodeString& reading = reader.takesPlainSeparators ? plain : given;
+    if (const auto date = reading.isEmpty() ? std::nullopt : read(*reader.format, reading)) {
       return formats.showsTimeZone ? date : sameCivilTime(*date, timeZone);
     }
   }

@@ -22,11 +22,11 @@ struct DateFormatter {
   /// A pattern of Unicode date fields such as "yyyy-MM-dd"; where present it replaces the styles.
   /// A week-based year "Y" without a week "w" is taken as the plain year "y": with a month and a
   /// day it would write the last days of December into the next year.
-  std::optional<std::string> format;
+  std::optional<std::string> format = std::nullopt;
   /// Fields to be shown, in whatever order, such as "jjmm" for hours and minutes; the locale
   /// decides on their order and on what stands between them. Replaces the styles; `format` replaces
   /// it.
-  std::optional<std::string> localizedTemplate;
+  std::optional<std::string> localizedTemplate = std::nullopt;
   TimeZone timeZone = TimeZone::current();
   Locale locale = Locale::current();
   /// Whether date() forgives: any run of spaces and signs reads as any other, and a month may be a

@@ -1,8 +1,8 @@
 #include "platform/text/duration_formatter.h"
 
 #include <unicode/measfmt.h>
-#include <unicode/measure.h>
 #include <unicode/measunit.h>
+#include <unicode/measure.h>
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,6 +2,7 @@
 
 #include <unicode/ucurr.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "platform/text/icu_text.h"
@@ -46,14 +47,14 @@ std::optional<std::string> Locale::currencyCode() const {
 }
 
 std::optional<std::string> Locale::localizedCurrencyName(std::string_view code) const {
-  const icu::UnicodeString isoCode = toIcu(code);
-  if (isoCode.length() != 3) {
+  const auto isLetter = [](char character) { return character >= 'A' && character <= 'Z'; };
+  if (code.size() != 3 || !std::all_of(code.begin(), code.end(), isLetter)) {
     return std::nullopt;
   }
   UErrorCode status = U_ZERO_ERROR;
   std::int32_t length = 0;
-  icu::UnicodeString terminated = isoCode;
-  const char16_t* name = ucurr_getName(terminated.getTerminatedBuffer(), identifier.c_str(),
+  icu::UnicodeString isoCode = toIcu(code);
+  const char16_t* name = ucurr_getName(isoCode.getTerminatedBuffer(), identifier.c_str(),
                                        UCURR_LONG_NAME, nullptr, &length, &status);
   // Without a name ICU hands the code back, and says so.
   if (U_FAILURE(status) || status == U_USING_DEFAULT_WARNING ||
