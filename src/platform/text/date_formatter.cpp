@@ -6,6 +6,7 @@
 #include <unicode/uchar.h>
 
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -115,8 +116,9 @@ Format makeFormat(const icu::UnicodeString& pattern, const icu::Locale& locale,
 }
 
 bool isPartOfWord(char16_t character) {
-  // A mark belongs to the letter before it, and half a pair to a letter outside the basic plane.
-  return u_isalnum(character) || u_getCombiningClass(character) != 0 || U16_IS_SURROGATE(character);
+  // The halves of a pair stand for a letter outside the basic plane.
+  constexpr std::uint32_t wordCategories = U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK | U_GC_CS_MASK;
+  return (U_GET_GC_MASK(character) & wordCategories) != 0;
 }
 
 /// `text` with each run of spaces and signs as one space, and none at the ends.

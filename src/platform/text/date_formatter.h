@@ -35,6 +35,8 @@ struct DateFormatter {
   bool isLenient = false;
   FormattingContext context = FormattingContext::unknown;
 
+  /// Empty where no date can be written: for a NaN or an infinity, or with neither style nor
+  /// pattern.
   [[nodiscard]] std::string string(Date date) const;
 
   /// The date that the whole of `text` describes; none where it is not of the form that string()

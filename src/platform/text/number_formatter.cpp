@@ -174,6 +174,9 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
   if (!number) {
     return std::nullopt;
   }
+  if (number->isNaN) {
+    return std::string(decimalText);
+  }
   if (number->isZero && zeroSymbol) {
     return zeroSymbol;
   }
@@ -198,7 +201,7 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
   if (replacesSign) {
     return negativePrefix.value_or("") + toUtf8(text) + negativeSuffix.value_or("");
   }
-  return isNegative || number->isNaN ? toUtf8(text) : positivePrefix + toUtf8(text);
+  return isNegative ? toUtf8(text) : positivePrefix + toUtf8(text);
 }
 
 std::string NumberFormatter::groupingSeparator() const {

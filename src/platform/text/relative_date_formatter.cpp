@@ -39,11 +39,13 @@ Distance distanceBetween(Date reference, Date date, const Calendar& calendar) {
 
 /// The start of the Monday on or before `date`.
 Date startOfWeek(Date date, const Calendar& calendar) {
-  const int week = calendar.component(CalendarUnit::weekOfYear, date);
+  const auto weekOf = [&](Date day) { return calendar.component(CalendarUnit::weekOfYear, day); };
   Date monday = calendar.startOfDay(date);
-  for (Date before = calendar.startOfDay(monday - 1);
-       calendar.component(CalendarUnit::weekOfYear, before) == week;
-       before = calendar.startOfDay(monday - 1)) {
+  for (int daysBack = 1; daysBack < 7; ++daysBack) {
+    const Date before = calendar.startOfDay(monday - 1);
+    if (weekOf(before) != weekOf(date)) {
+      break;
+    }
     monday = before;
   }
   return monday;
@@ -71,6 +73,9 @@ Date startOf(CalendarUnit unit, Date date, const Calendar& calendar) {
 bool isTrueByCalendar(const Distance& distance, Date reference, Date date,
                       const Calendar& calendar) {
   const CalendarUnit unit = distance.unit.unit;
+  if (unit > CalendarUnit::day) {
+    return true;
+  }
   const auto moved =
       calendar.dateByAdding(unit, distance.count, startOf(unit, reference, calendar));
   return moved && startOf(unit, *moved, calendar) == startOf(unit, date, calendar);
@@ -80,6 +85,9 @@ bool isTrueByCalendar(const Distance& distance, Date reference, Date date,
 
 std::string RelativeDateFormatter::string(Date date, Date reference,
                                           const Calendar& calendar) const {
+  if (calendar.dateComponents({CalendarUnit::second}, reference, date) == DateComponents()) {
+    return {};
+  }
   UErrorCode status = U_ZERO_ERROR;
   const icu::RelativeDateTimeFormatter formatter(toIcu(locale), nullptr, UDAT_STYLE_LONG,
                                                  toIcu(context), status);

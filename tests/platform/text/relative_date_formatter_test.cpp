@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace corvane {
 namespace {
 
@@ -39,7 +41,8 @@ TEST(RelativeDateFormatter, NamesTheDaysAroundToday) {
   EXPECT_EQ(text(Style::named, at(2024, 3, 10), today), "yesterday");
   EXPECT_EQ(text(Style::named, at(2024, 3, 9), today), "2 days ago");
   EXPECT_EQ(text(Style::named, at(2024, 3, 9), today, "de_DE"), "vorgestern");
-  EXPECT_EQ(text(Style::named, today, today), "now");
+  EXPECT_EQ(text(Style::named, today, today + 0.5), "now");
+  EXPECT_EQ(text(Style::named, Date::sinceReferenceDate(HUGE_VAL), today), "");
 }
 
 TEST(RelativeDateFormatter, UsesANameOnlyWhereItIsTrue) {
