@@ -137,31 +137,33 @@ LocalizedNumberFormatter& formatterFor(const NumberFormatter& settings) {
   return formatters.get(settings, makeFormatter);
 }
 
-/// A stretch of text, by code units.
-struct Extent {
-  std::int32_t start;
-  std::int32_t end;
+/// A formatted number in its three parts.
+struct Parts {
+  icu::UnicodeString prefix;
+  icu::UnicodeString digits;
+  icu::UnicodeString suffix;
 };
 
-/// Where the digits of a formatted number stand.
-Extent digitsOf(const icu::number::FormattedNumber& number, UErrorCode& status) {
-  Extent extent{std::numeric_limits<std::int32_t>::max(), 0};
+Parts partsOf(const icu::number::FormattedNumber& number, UErrorCode& status) {
+  std::int32_t start = std::numeric_limits<std::int32_t>::max();
+  std::int32_t end = 0;
   icu::ConstrainedFieldPosition position;
   position.constrainCategory(UFIELD_CATEGORY_NUMBER);
   while (number.nextPosition(position, status)) {
     if (position.getField() == UNUM_INTEGER_FIELD || position.getField() == UNUM_FRACTION_FIELD) {
-      extent.start = std::min(extent.start, position.getStart());
-      extent.end = std::max(extent.end, position.getLimit());
+      start = std::min(start, position.getStart());
+      end = std::max(end, position.getLimit());
     }
   }
-  return extent;
+  const icu::UnicodeString text = number.toString(status);
+  return {icu::UnicodeString(text, 0, start), icu::UnicodeString(text, start, end - start),
+          icu::UnicodeString(text, end)};
 }
 
-/// Takes out the spaces around the digits that would have parted them from a symbol.
-void removeSpacesAround(Extent digits, icu::UnicodeString& text) {
+/// Takes out the spaces that would have parted a symbol from the digits.
+void removeSpaces(icu::UnicodeString& text) {
   for (std::int32_t index = text.length() - 1; index >= 0; --index) {
-    const bool isOutside = index < digits.start || index >= digits.end;
-    if (isOutside && u_isUWhiteSpace(text.charAt(index))) {
+    if (u_isUWhiteSpace(text.charAt(index))) {
       text.remove(index, 1);
     }
   }
@@ -187,21 +189,20 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
   UErrorCode status = U_ZERO_ERROR;
   const icu::number::FormattedNumber formatted = formatterFor(*this).formatDecimal(
       pieceOf(dropsSign ? decimalText.substr(1) : decimalText), status);
-  icu::UnicodeString text = formatted.toString(status);
-  const Extent digits = digitsOf(formatted, status);
-  if (!digitsSuffix.empty()) {
-    text.insert(digits.end, toIcu(digitsSuffix));
-  }
-  if (hidesSymbol(*this)) {
-    removeSpacesAround(digits, text);
-  }
+  Parts parts = partsOf(formatted, status);
   if (U_FAILURE(status)) {
     return std::nullopt;
   }
-  if (replacesSign) {
-    return negativePrefix.value_or("") + toUtf8(text) + negativeSuffix.value_or("");
+  if (hidesSymbol(*this)) {
+    removeSpaces(parts.prefix);
+    removeSpaces(parts.suffix);
   }
-  return isNegative ? toUtf8(text) : positivePrefix + toUtf8(text);
+  const std::string text =
+      toUtf8(parts.prefix) + toUtf8(parts.digits) + digitsSuffix + toUtf8(parts.suffix);
+  if (replacesSign) {
+    return negativePrefix.value_or("") + text + negativeSuffix.value_or("");
+  }
+  return isNegative ? text : positivePrefix + text;
 }
 
 std::string NumberFormatter::groupingSeparator() const {

@@ -6,6 +6,7 @@
 #include <unicode/gregocal.h>
 
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <random>
@@ -69,7 +70,10 @@ class Reference {
     if ((unit == day || unit == weekOfYear) &&
         calendar_.get(UCAL_MILLISECONDS_IN_DAY, status_) != timeOfDay) {
       // A skipped time, which ICU takes with the offset of `date` even if that is long out of use.
+      // Its count of days stands: a day that was left out at the date line is none.
       target.set(day, *target.day() + value * (unit == day ? 1 : 7));
+      const double daysLeftOut = std::round(moved.timeIntervalSince(this->date(target)) / 86400);
+      target.set(day, *target.day() + static_cast<int>(daysLeftOut));
       return this->date(target);
     }
     // Where the time occurs twice ICU takes one by the field that was added, we the one with the
