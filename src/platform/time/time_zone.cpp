@@ -104,7 +104,7 @@ TimeZone::TimeZone() {
 }
 
 std::optional<TimeZone> TimeZone::withIdentifier(std::string_view identifier) {
-  // Histories are read once and stay: there are some 600 names, of 16 kB each at most.
+  // Histories are read once and stay: there are some 600 names, of 20 kB each at most.
   static std::mutex mutex;
   static std::map<std::string, std::shared_ptr<const Data>, std::less<>> known;
 

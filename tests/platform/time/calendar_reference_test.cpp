@@ -1,6 +1,7 @@
 // Our calendar against ICU's, an independent implementation, on random dates of 1900 to 2100.
 //
-// CORVANE_TEST_CASES sets the number of dates, CORVANE_TEST_SEED the seed that a failure printed.
+// CORVANE_TEST_CASES sets the number of dates, CORVANE_TEST_SEED chooses others than the usual
+// ones; a failure prints the seed it was found with.
 #include <gtest/gtest.h>
 #include <unicode/basictz.h>
 #include <unicode/gregocal.h>
@@ -240,7 +241,7 @@ class Comparison {
 
 TEST(CalendarReference, AgreesWithIcuOnRandomDates) {
   const std::uint64_t cases = setting("CORVANE_TEST_CASES", 30'000);
-  const std::uint64_t seed = setting("CORVANE_TEST_SEED", std::random_device()());
+  const std::uint64_t seed = setting("CORVANE_TEST_SEED", 1);
   std::mt19937_64 random(seed);
   std::uniform_int_distribution<std::int64_t> seconds(-2208988800, 4102444799);
   std::vector<std::unique_ptr<Comparison>> comparisons;
