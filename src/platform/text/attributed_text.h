@@ -17,7 +17,7 @@ enum class FontWeight { light, regular, medium, semibold, bold };
 
 /// How a stretch of text looks. Without a colour it has that of its surroundings.
 struct TextStyle {
-  std::optional<Colour> colour;
+  std::optional<Colour> colour = std::nullopt;
   FontWeight weight = FontWeight::regular;
   bool isMonospaced = false;
 
@@ -27,7 +27,7 @@ struct TextStyle {
 /// UTF-8 text of one style.
 struct TextRun {
   std::string text;
-  TextStyle style;
+  TextStyle style = {};
 
   friend bool operator==(const TextRun&, const TextRun&) = default;
 };

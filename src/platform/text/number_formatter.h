@@ -27,8 +27,8 @@ struct NumberFormatter {
   static constexpr int unlimited = -1;
 
   Style style = Style::decimal;
-  /// ISO 4217. Without one the generic currency sign "¤" is written.
-  std::optional<std::string> currencyCode;
+  /// ISO 4217. Without one the currency styles write no symbol.
+  std::optional<std::string> currencyCode = std::nullopt;
   /// Whether the currency styles write a currency symbol.
   bool showsCurrencySymbol = true;
   int minimumFractionDigits = 0;
@@ -37,20 +37,21 @@ struct NumberFormatter {
   int minimumIntegerDigits = 1;
   bool usesGroupingSeparator = true;
   /// Put before the prefix of zero and of positive numbers: "+" for changes.
-  std::string positivePrefix;
+  std::string positivePrefix = "";
   /// In place of the minus sign before a negative number, and after it; for "(" and ")".
-  std::optional<std::string> negativePrefix;
-  std::optional<std::string> negativeSuffix;
+  std::optional<std::string> negativePrefix = std::nullopt;
+  std::optional<std::string> negativeSuffix = std::nullopt;
   /// Put directly after the digits, before what the style adds: "M" for millions.
-  std::string digitsSuffix;
+  std::string digitsSuffix = "";
   /// The number is multiplied by ten to this power before it is written; -6 for millions.
   int powerOfTen = 0;
   /// The whole text for a number that is exactly zero.
-  std::optional<std::string> zeroSymbol;
+  std::optional<std::string> zeroSymbol = std::nullopt;
   Locale locale = Locale::current();
 
-  /// `decimalText` in the form that the settings describe; "NaN" where that is what it says. None
-  /// where it is no number, or one of more than a thousand digits before or after the point.
+  /// `decimalText` in the form that the settings describe; "NaN" where that is what it says. A
+  /// negative number stays one, "-0.00", when all its digits are rounded away. None where it is no
+  /// number, or one of more than a thousand digits before or after the point.
   [[nodiscard]] std::optional<std::string> string(std::string_view decimalText) const;
 
   /// The separators of the locale; for the currency styles those that it uses for money.

@@ -22,7 +22,8 @@ struct RelativeDateFormatter {
 
   /// `date` as seen from `reference`, in the largest unit (year, month, week, day, hour, minute,
   /// second) of which `calendar` counts a whole one between them. Smaller units are dropped: 47
-  /// hours ago is "1 day ago", and "yesterday" only if that is the day before.
+  /// hours ago is "1 day ago", and "yesterday" only if that is the day before. Empty where the
+  /// calendar cannot express one of the dates.
   [[nodiscard]] std::string string(Date date, Date reference, const Calendar& calendar) const;
 };
 

@@ -4,7 +4,7 @@
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
 
-#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -66,6 +66,25 @@ std::string nameOfOffset(int seconds) {
   return text;
 }
 
+/// The offset that nameOfOffset would call `name`; none for any other text.
+std::optional<int> offsetNamed(std::string_view name) {
+  constexpr std::string_view prefix = "GMT";
+  if (!name.starts_with(prefix) || (name.size() != 8 && name.size() != 10)) {
+    return std::nullopt;
+  }
+  const std::string_view digits = name.substr(prefix.size() + 1);
+  int number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    return std::nullopt;
+  }
+  const int hoursAndMinutes = digits.size() == 4 ? number : number / 100;
+  const int seconds = digits.size() == 4 ? 0 : number % 100;
+  const int magnitude = hoursAndMinutes / 100 * 3600 + hoursAndMinutes % 100 * 60 + seconds;
+  const int offset = name[prefix.size()] == '-' ? -magnitude : magnitude;
+  return nameOfOffset(offset) == name ? std::optional(offset) : std::nullopt;
+}
+
 bool isInDatabase(const icu::UnicodeString& identifier) {
   UErrorCode status = U_ZERO_ERROR;
   icu::UnicodeString canonical;
@@ -85,7 +104,7 @@ TimeZone::TimeZone() {
 }
 
 std::optional<TimeZone> TimeZone::withIdentifier(std::string_view identifier) {
-  // Histories are read once and stay: there are some 600 names, of 16 kB each at most.
+  // Histories are read once and stay: there are some 600 names, of 20 kB each at most.
   static std::mutex mutex;
   static std::map<std::string, std::shared_ptr<const Data>, std::less<>> known;
 
@@ -96,7 +115,8 @@ std::optional<TimeZone> TimeZone::withIdentifier(std::string_view identifier) {
   const auto name = icu::UnicodeString::fromUTF8(
       icu::StringPiece(identifier.data(), static_cast<std::int32_t>(identifier.size())));
   if (!isInDatabase(name)) {
-    return std::nullopt;
+    const auto offset = offsetNamed(identifier);
+    return offset ? withSecondsFromGMT(*offset) : std::nullopt;
   }
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(name));
   const auto* rules = dynamic_cast<const icu::BasicTimeZone*>(zone.get());
@@ -118,17 +138,19 @@ std::optional<TimeZone> TimeZone::withSecondsFromGMT(int seconds) {
 }
 
 TimeZone TimeZone::current() {
-  std::string identifier;
+  std::unique_ptr<icu::TimeZone> zone;
   {
     // ICU detects the host's zone through buffers of its own that no lock protects.
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
-    if (zone != nullptr) {
-      icu::UnicodeString name;
-      zone->getID(name).toUTF8String(identifier);
-    }
+    zone.reset(icu::TimeZone::detectHostTimeZone());
   }
+  if (zone == nullptr) {
+    return {};
+  }
+  icu::UnicodeString name;
+  std::string identifier;
+  zone->getID(name).toUTF8String(identifier);
   return withIdentifier(identifier).value_or(TimeZone());
 }
 

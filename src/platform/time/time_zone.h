@@ -17,14 +17,17 @@ class TimeZone {
   /// UTC.
   TimeZone();
 
-  /// The zone that the IANA database calls `identifier` ("America/Toronto"); none for an unknown
-  /// name. Matching is exact: "america/toronto" is unknown.
+  /// The zone that the IANA database calls `identifier` ("America/Toronto"), or the fixed offset
+  /// that has this identifier; none for an unknown name. Matching is exact: "america/toronto" is
+  /// unknown.
   [[nodiscard]] static std::optional<TimeZone> withIdentifier(std::string_view identifier);
 
-  /// A fixed offset, east of Greenwich positive; none beyond 18 hours either way.
+  /// A fixed offset, east of Greenwich positive; none beyond 18 hours either way. Its identifier is
+  /// of the form "GMT+0530".
   [[nodiscard]] static std::optional<TimeZone> withSecondsFromGMT(int seconds);
 
-  /// The user's zone. Read again from the system at each call, so that it follows a traveller.
+  /// The user's zone. Read again from the system at each call, so that it follows a traveller; UTC
+  /// where the system has none that the database knows.
   [[nodiscard]] static TimeZone current();
 
   [[nodiscard]] const std::string& identifier() const;

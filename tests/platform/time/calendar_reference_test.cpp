@@ -1,11 +1,13 @@
 // Our calendar against ICU's, an independent implementation, on random dates of 1900 to 2100.
 //
-// CORVANE_TEST_CASES sets the number of dates, CORVANE_TEST_SEED the seed that a failure printed.
+// CORVANE_TEST_CASES sets the number of dates, CORVANE_TEST_SEED chooses others than the usual
+// ones; a failure prints the seed it was found with.
 #include <gtest/gtest.h>
 #include <unicode/basictz.h>
 #include <unicode/gregocal.h>
 
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <random>
@@ -59,12 +61,25 @@ class Reference {
   Date adding(CalendarUnit unit, int value, Date date) {
     setTime(date);
     const int offset = offsetOfTime();
+    const int timeOfDay = calendar_.get(UCAL_MILLISECONDS_IN_DAY, status_);
+    DateComponents target = fieldsOfTime();
     calendar_.add(unit == year ? UCAL_YEAR : field(unit), value, status_);
     const Date moved = time();
+    if (unit == hour || unit == minute || unit == second) {
+      return moved;
+    }
+    if ((unit == day || unit == weekOfYear) &&
+        calendar_.get(UCAL_MILLISECONDS_IN_DAY, status_) != timeOfDay) {
+      // A skipped time, which ICU takes with the offset of `date` even if that is long out of use.
+      // Its count of days stands: a day that was left out at the date line is none.
+      target.set(day, *target.day() + value * (unit == day ? 1 : 7));
+      const double daysLeftOut = std::round(moved.timeIntervalSince(this->date(target)) / 86400);
+      target.set(day, *target.day() + static_cast<int>(daysLeftOut));
+      return this->date(target);
+    }
     // Where the time occurs twice ICU takes one by the field that was added, we the one with the
     // offset that the date had.
-    const bool countsElapsedTime = unit == hour || unit == minute || unit == second;
-    return countsElapsedTime ? moved : occurrence(moved, offset);
+    return occurrence(moved, offset);
   }
 
   Date startOfDay(Date date) {
@@ -78,14 +93,10 @@ class Reference {
     return start;
   }
 
-  DateComponents difference(const std::vector<CalendarUnit>& units, Date from, Date to) {
+  int difference(CalendarUnit unit, Date from, Date to) {
     setTime(from);
-    DateComponents span;
-    for (const CalendarUnit unit : units) {
-      span.set(unit, calendar_.fieldDifference(milliseconds(to),
-                                               unit == year ? UCAL_YEAR : field(unit), status_));
-    }
-    return span;
+    return calendar_.fieldDifference(milliseconds(to), unit == year ? UCAL_YEAR : field(unit),
+                                     status_);
   }
 
   bool isWeekend(Date date) {
@@ -116,6 +127,13 @@ class Reference {
   int offsetOfTime() {
     return calendar_.get(UCAL_ZONE_OFFSET, status_) + calendar_.get(UCAL_DST_OFFSET, status_);
   }
+  DateComponents fieldsOfTime() {
+    DateComponents fields;
+    for (const CalendarUnit unit : {year, month, day, hour, minute, second}) {
+      fields.set(unit, calendar_.get(field(unit), status_) + (unit == month ? 1 : 0));
+    }
+    return fields;
+  }
   void set(const DateComponents& components) {
     for (const CalendarUnit unit : {year, month, day, hour, minute, second}) {
       if (const auto value = components.get(unit)) {
@@ -134,11 +152,7 @@ class Reference {
       return preferred;
     }
     setTime(date);
-    DateComponents fields;
-    for (const CalendarUnit unit : {year, month, day, hour, minute, second}) {
-      fields.set(unit, calendar_.get(field(unit), status_) + (unit == month ? 1 : 0));
-    }
-    return this->date(fields);
+    return this->date(fieldsOfTime());
   }
 
   UErrorCode status_ = U_ZERO_ERROR;
@@ -151,15 +165,13 @@ constexpr std::array zones = {
     "Asia/Beirut",      "Pacific/Apia",      "America/Sao_Paulo", "Australia/Lord_Howe",
     "America/St_Johns", "Africa/Casablanca", "Pacific/Auckland",  "UTC"};
 
-const std::array<std::vector<CalendarUnit>, 7> differenceUnits = {{
-    {year, month, day, hour, minute, second},
-    {year, month, weekOfYear, day},
-    {year, month, day},
-    {month, day, second},
-    {weekOfYear, day, hour},
-    {day, second},
-    {hour, minute, second},
-}};
+using Units = std::initializer_list<CalendarUnit>;
+constexpr Units calendarUnits = {year, month, day, hour, minute, second};
+constexpr Units weekUnits = {year, month, weekOfYear, day};
+constexpr Units monthUnits = {month, day, second};
+constexpr Units dayUnits = {weekOfYear, day, hour};
+constexpr Units timeUnits = {hour, minute, second};
+constexpr std::array differenceUnits = {calendarUnits, weekUnits, monthUnits, dayUnits, timeUnits};
 
 class Comparison {
  public:
@@ -208,18 +220,18 @@ class Comparison {
   }
 
   void compareDifferences(Date from, Date to) {
-    const auto& units = differenceUnits[static_cast<std::size_t>(between(0, 6))];
+    const Units units = differenceUnits[static_cast<std::size_t>(between(0, 4))];
     DateComponents span;
     Date cursor = from;
     for (const CalendarUnit unit : units) {
-      const DateComponents one = ours_.dateComponents({unit}, cursor, to);
-      span.set(unit, one.get(unit));
-      cursor = ours_.dateByAdding(one, cursor).value();
-      if (reference_.isRepeated(cursor)) {
-        return;  // ICU goes on from the other occurrence, and may count one more or less
-      }
+      const int count = reference_.difference(unit, cursor, to);
+      ASSERT_EQ(ours_.dateComponents({unit}, cursor, to).get(unit), count)
+          << "unit " << static_cast<int>(unit) << " to " << to.description();
+      span.set(unit, count);
+      cursor = ours_.dateByAdding(unit, count, cursor).value();
     }
-    ASSERT_EQ(span, reference_.difference(units, from, to)) << "to " << to.description();
+    ASSERT_EQ(ours_.dateComponents(units, from, to), span) << "to " << to.description();
+    ASSERT_EQ(ours_.dateByAdding(span, from), cursor);
   }
 
   Reference reference_;
@@ -228,8 +240,8 @@ class Comparison {
 };
 
 TEST(CalendarReference, AgreesWithIcuOnRandomDates) {
-  const std::uint64_t cases = setting("CORVANE_TEST_CASES", 20'000);
-  const std::uint64_t seed = setting("CORVANE_TEST_SEED", std::random_device()());
+  const std::uint64_t cases = setting("CORVANE_TEST_CASES", 30'000);
+  const std::uint64_t seed = setting("CORVANE_TEST_SEED", 1);
   std::mt19937_64 random(seed);
   std::uniform_int_distribution<std::int64_t> seconds(-2208988800, 4102444799);
   std::vector<std::unique_ptr<Comparison>> comparisons;

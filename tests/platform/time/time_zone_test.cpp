@@ -47,8 +47,9 @@ class SystemZone {
 
 TEST(TimeZone, IsFoundOnlyByItsExactName) {
   EXPECT_EQ(zone("America/Toronto").identifier(), "America/Toronto");
-  for (const char* unknown : {"america/toronto", "", "Mars/Olympus", "GMT+5", "Etc/Unknown",
-                              "America/Toronto ", "\xff\xfe"}) {
+  for (const char* unknown :
+       {"america/toronto", "", "Mars/Olympus", "GMT+5", "Etc/Unknown", "GMT+0570", "GMT+1900",
+        "GMT+-530", "GMT 0530", "America/Toronto ", "\xff\xfe"}) {
     EXPECT_FALSE(TimeZone::withIdentifier(unknown)) << unknown;
   }
 }
@@ -57,6 +58,10 @@ TEST(TimeZone, NamesAndLimitsItsFixedOffsets) {
   EXPECT_EQ(TimeZone::withSecondsFromGMT(0)->identifier(), "GMT");
   EXPECT_EQ(TimeZone::withSecondsFromGMT(19800)->identifier(), "GMT+0530");
   EXPECT_EQ(TimeZone::withSecondsFromGMT(-12344)->identifier(), "GMT-032544");
+  for (const int seconds : {0, 60, 19800, -12344, 64800, -64800}) {
+    const TimeZone fixed = TimeZone::withSecondsFromGMT(seconds).value();
+    EXPECT_EQ(zone(fixed.identifier()).secondsFromGMT(Date()), seconds);
+  }
   EXPECT_EQ(TimeZone::withSecondsFromGMT(-64800)->secondsFromGMT(Date()), -64800);
   EXPECT_FALSE(TimeZone::withSecondsFromGMT(64801));
   EXPECT_FALSE(TimeZone::withSecondsFromGMT(std::numeric_limits<int>::min()));

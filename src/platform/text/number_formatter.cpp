@@ -1,0 +1,224 @@
+#include "platform/text/number_formatter.h"
+
+#include <unicode/dcfmtsym.h>
+#include <unicode/formattedvalue.h>
+#include <unicode/numberformatter.h>
+#include <unicode/uchar.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "platform/text/icu_text.h"
+#include "platform/text/recent_cache.h"
+
+namespace corvane {
+namespace {
+
+using icu::number::LocalizedNumberFormatter;
+using Style = NumberFormatter::Style;
+
+constexpr int mostDigits = 1000;
+/// More fraction digits than any number here has.
+constexpr int mostFractionDigits = 999;
+
+/// What decimal text says about its number.
+struct DecimalText {
+  bool isNegative = false;
+  bool isZero = true;
+  bool isNaN = false;
+};
+
+/// Reads [+-] digits [. digits] [E [+-] digits], with a digit before or after the point.
+std::optional<DecimalText> readDecimalText(std::string_view text) {
+  DecimalText result;
+  if (text == "NaN") {
+    return DecimalText{.isZero = false, .isNaN = true};
+  }
+  std::size_t position = 0;
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
+    result.isNegative = text[0] == '-';
+    ++position;
+  }
+  const auto skipDigits = [&] {
+    const std::size_t start = position;
+    for (; position < text.size() && text[position] >= '0' && text[position] <= '9'; ++position) {
+      result.isZero = result.isZero && text[position] == '0';
+    }
+    return static_cast<int>(std::min<std::size_t>(position - start, mostDigits + 1));
+  };
+  int integerDigits = skipDigits();
+  int fractionDigits = 0;
+  if (position < text.size() && text[position] == '.') {
+    ++position;
+    fractionDigits = skipDigits();
+  }
+  if (integerDigits + fractionDigits == 0) {
+    return std::nullopt;
+  }
+  if (position < text.size() && (text[position] == 'E' || text[position] == 'e')) {
+    ++position;
+    if (position < text.size() && text[position] == '+') {
+      ++position;
+    }
+    int exponent = 0;
+    const auto [end, error] =
+        std::from_chars(text.data() + position, text.data() + text.size(), exponent);
+    if (error != std::errc() || exponent > mostDigits || exponent < -mostDigits) {
+      return std::nullopt;
+    }
+    position = static_cast<std::size_t>(end - text.data());
+    integerDigits += exponent;
+    fractionDigits -= exponent;
+  }
+  if (position != text.size() || integerDigits > mostDigits || fractionDigits > mostDigits) {
+    return std::nullopt;
+  }
+  return result;
+}
+
+bool isCurrency(Style style) {
+  return style == Style::currency || style == Style::currencyAccounting;
+}
+
+icu::number::Precision precision(const NumberFormatter& settings) {
+  const int minimum = std::clamp(settings.minimumFractionDigits, 0, mostFractionDigits);
+  if (settings.maximumFractionDigits == NumberFormatter::unlimited) {
+    return icu::number::Precision::minFraction(minimum);
+  }
+  const int maximum = std::clamp(settings.maximumFractionDigits, minimum, mostFractionDigits);
+  return icu::number::Precision::minMaxFraction(minimum, maximum);
+}
+
+UNumberSignDisplay signDisplay(const NumberFormatter& settings) {
+  return settings.style == Style::currencyAccounting ? UNUM_SIGN_ACCOUNTING : UNUM_SIGN_AUTO;
+}
+
+std::optional<icu::CurrencyUnit> currencyUnit(const NumberFormatter& settings) {
+  if (!settings.currencyCode || settings.currencyCode->size() != 3) {
+    return std::nullopt;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  icu::CurrencyUnit currency(pieceOf(*settings.currencyCode), status);
+  return U_SUCCESS(status) ? std::optional(currency) : std::nullopt;
+}
+
+bool hidesSymbol(const NumberFormatter& settings) {
+  return isCurrency(settings.style) && (!settings.showsCurrencySymbol || !currencyUnit(settings));
+}
+
+LocalizedNumberFormatter makeFormatter(const NumberFormatter& settings) {
+  auto formatter =
+      icu::number::NumberFormatter::withLocale(toIcu(settings.locale))
+          .precision(precision(settings))
+          .roundingMode(UNUM_ROUND_HALFEVEN)
+          .integerWidth(icu::number::IntegerWidth::zeroFillTo(
+              std::clamp(settings.minimumIntegerDigits, 0, mostFractionDigits)))
+          .grouping(settings.usesGroupingSeparator ? UNUM_GROUPING_AUTO : UNUM_GROUPING_OFF)
+          .sign(signDisplay(settings))
+          .scale(icu::number::Scale::powerOfTen(settings.powerOfTen +
+                                                (settings.style == Style::percent ? 2 : 0)));
+  if (settings.style == Style::percent) {
+    return formatter.unit(icu::NoUnit::percent());
+  }
+  if (!isCurrency(settings.style)) {
+    return formatter;
+  }
+  const auto currency = currencyUnit(settings);
+  return currency && settings.showsCurrencySymbol
+             ? formatter.unit(*currency)
+             // A currency whose symbol is hidden leaves the form of the currency styles.
+             : formatter.unit(currency.value_or(icu::CurrencyUnit()))
+                   .unitWidth(UNUM_UNIT_WIDTH_HIDDEN);
+}
+
+LocalizedNumberFormatter& formatterFor(const NumberFormatter& settings) {
+  thread_local RecentCache<NumberFormatter, LocalizedNumberFormatter> formatters;
+  return formatters.get(settings, makeFormatter);
+}
+
+/// A formatted number in its three parts.
+struct Parts {
+  icu::UnicodeString prefix;
+  icu::UnicodeString digits;
+  icu::UnicodeString suffix;
+};
+
+Parts partsOf(const icu::number::FormattedNumber& number, UErrorCode& status) {
+  std::int32_t start = std::numeric_limits<std::int32_t>::max();
+  std::int32_t end = 0;
+  icu::ConstrainedFieldPosition position;
+  position.constrainCategory(UFIELD_CATEGORY_NUMBER);
+  while (number.nextPosition(position, status)) {
+    if (position.getField() == UNUM_INTEGER_FIELD || position.getField() == UNUM_FRACTION_FIELD) {
+      start = std::min(start, position.getStart());
+      end = std::max(end, position.getLimit());
+    }
+  }
+  const icu::UnicodeString text = number.toString(status);
+  return {icu::UnicodeString(text, 0, start), icu::UnicodeString(text, start, end - start),
+          icu::UnicodeString(text, end)};
+}
+
+/// Takes out the spaces that would have parted a symbol from the digits.
+void removeSpaces(icu::UnicodeString& text) {
+  for (std::int32_t index = text.length() - 1; index >= 0; --index) {
+    if (u_isUWhiteSpace(text.charAt(index))) {
+      text.remove(index, 1);
+    }
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> NumberFormatter::string(std::string_view decimalText) const {
+  const auto number = readDecimalText(decimalText);
+  if (!number) {
+    return std::nullopt;
+  }
+  if (number->isNaN) {
+    return std::string(decimalText);
+  }
+  if (number->isZero && zeroSymbol) {
+    return zeroSymbol;
+  }
+  const bool isNegative = number->isNegative && !number->isZero;
+  const bool replacesSign = isNegative && (negativePrefix || negativeSuffix);
+  const bool dropsSign = replacesSign || (number->isZero && number->isNegative);
+
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::number::FormattedNumber formatted = formatterFor(*this).formatDecimal(
+      pieceOf(dropsSign ? decimalText.substr(1) : decimalText), status);
+  Parts parts = partsOf(formatted, status);
+  if (U_FAILURE(status)) {
+    return std::nullopt;
+  }
+  if (hidesSymbol(*this)) {
+    removeSpaces(parts.prefix);
+    removeSpaces(parts.suffix);
+  }
+  const std::string text =
+      toUtf8(parts.prefix) + toUtf8(parts.digits) + digitsSuffix + toUtf8(parts.suffix);
+  if (replacesSign) {
+    return negativePrefix.value_or("") + text + negativeSuffix.value_or("");
+  }
+  return isNegative ? text : positivePrefix + text;
+}
+
+std::string NumberFormatter::groupingSeparator() const {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::DecimalFormatSymbols symbols(toIcu(locale), status);
+  return toUtf8(symbols.getSymbol(isCurrency(style)
+                                      ? icu::DecimalFormatSymbols::kMonetaryGroupingSeparatorSymbol
+                                      : icu::DecimalFormatSymbols::kGroupingSeparatorSymbol));
+}
+
+std::string NumberFormatter::decimalSeparator() const {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::DecimalFormatSymbols symbols(toIcu(locale), status);
+  return toUtf8(symbols.getSymbol(isCurrency(style)
+                                      ? icu::DecimalFormatSymbols::kMonetarySeparatorSymbol
+                                      : icu::DecimalFormatSymbols::kDecimalSeparatorSymbol));
+}
+
+}  // namespace corvane
