@@ -46,11 +46,15 @@ struct World {
       BasicTransaction::Kind kind;
       if (i < 3 || random() % 20 == 0) {
         const Currency& currency = equities[static_cast<std::size_t>(i) % 3]->currency;
-        kind = BasicTransaction::Transfer{{currency, i < 3 ? Decimal(1'000'000'000) : cents(1'000'000)}};
+        kind = BasicTransaction::Transfer{
+            {currency, i < 3 ? Decimal(1'000'000'000) : cents(1'000'000)}};
       } else if (random() % 10 == 0) {
         const Decimal amount = cents(10'000);
-        kind = BasicTransaction::Yield{BasicTransaction::YieldType::dividend, equity, held[index],
-                                       {equity->currency, amount}, amount};
+        kind = BasicTransaction::Yield{BasicTransaction::YieldType::dividend,
+                                       equity,
+                                       held[index],
+                                       {equity->currency, amount},
+                                       amount};
       } else {
         const bool isSale = held[index] >= 100 && random() % 2 == 0;
         const Decimal shares = isSale ? -Decimal(static_cast<long>(random() % 50 + 1))
@@ -64,9 +68,7 @@ struct World {
     return made;
   }
 
-  void record(int count) {
-    manager->recordTransactions(transactions(count), portfolio, nullptr);
-  }
+  void record(int count) { manager->recordTransactions(transactions(count), portfolio, nullptr); }
 
   std::shared_ptr<QuoteProvider> provider = std::make_shared<QuoteProvider>();
   std::shared_ptr<PortfolioManager> manager = std::make_shared<PortfolioManager>(provider);
@@ -139,8 +141,8 @@ BENCHMARK(walkTheLastYear)->Name("Ledger/walk the last year")->Unit(benchmark::k
 void recordOneAtTheEnd(benchmark::State& state) {
   World& world = largeWorld();
   const Date end = world.portfolio->transactions().back()->settlementDate();
-  const BasicTransaction deposit{
-      BasicTransaction::Transfer{{Currency::cad(), 1}}, end, end, std::nullopt};
+  const BasicTransaction deposit{BasicTransaction::Transfer{{Currency::cad(), 1}}, end, end,
+                                 std::nullopt};
   for (auto _ : state) {
     const auto rows = world.manager->recordTransactions({deposit}, world.portfolio, nullptr);
     state.PauseTiming();
@@ -183,7 +185,10 @@ void memoryOfARow(benchmark::State& state) {
     state.counters["bytes/row"] = static_cast<double>(after - before) / count;
   }
 }
-BENCHMARK(memoryOfARow)->Name("Ledger/memory of a row")->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(memoryOfARow)
+    ->Name("Ledger/memory of a row")
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace corvane

@@ -10,13 +10,16 @@ namespace {
 
 const Currency& known(std::string_view code) {
   const auto found = Currency::byCode().find(code);
-  assert(found != Currency::byCode().end() && "the list of currencies lacks one that it always has");
+  assert(found != Currency::byCode().end() &&
+         "the list of currencies lacks one that it always has");
   return found->second;
 }
 
 }  // namespace
 
-const Currency::CodeTable& Currency::byCode() { return CurrencyAlmanac::allCurrenciesByCode(); }
+const Currency::CodeTable& Currency::byCode() {
+  return CurrencyAlmanac::allCurrenciesByCode();
+}
 
 const Currency::NumberTable& Currency::byNumber() {
   static const NumberTable table = currenciesByNumber(byCode());

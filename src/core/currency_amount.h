@@ -13,8 +13,8 @@ struct CurrencyAmount {
   Currency currency;
   Decimal amount;
 
-  /// The amount in the accounting style of the user's locale with the currency's minor units, or its
-  /// plain digits where the locale service gives no text.
+  /// The amount in the accounting style of the user's locale with the currency's minor units, or
+  /// its plain digits where the locale service gives no text.
   [[nodiscard]] std::string description() const;
 
   friend bool operator==(const CurrencyAmount&, const CurrencyAmount&) = default;

@@ -11,8 +11,8 @@
 
 namespace corvane {
 
-/// Formats exact decimals in the user's locale, and reads what a user types or pastes: an amount with
-/// a currency symbol, with letters around it, or in accounting brackets.
+/// Formats exact decimals in the user's locale, and reads what a user types or pastes: an amount
+/// with a currency symbol, with letters around it, or in accounting brackets.
 ///
 /// A new one has the decimal style and shows all digits that a number has. Made where it is needed;
 /// not to be shared between threads.

@@ -14,8 +14,8 @@ DateRange EquityInfo::fullDateRange() const {
 }
 
 std::string EquityInfo::description() const {
-  return id_ + " (" + symbol + ") (" + exchange.value_or("?") + "/" +
-         std::string(currency.code) + ")";
+  return id_ + " (" + symbol + ") (" + exchange.value_or("?") + "/" + std::string(currency.code) +
+         ")";
 }
 
 bool operator==(const EquityInfo& left, const EquityInfo& right) {

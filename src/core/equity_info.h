@@ -22,7 +22,8 @@ class QuoteProvider;
 /// provider makes them. Main queue only, like the provider that fills the fields.
 class EquityInfo {
  public:
-  /// An equity of which only the id is known: the symbol equals it, the currency is the neutral one.
+  /// An equity of which only the id is known: the symbol equals it, the currency is the neutral
+  /// one.
   EquityInfo(std::string id, std::weak_ptr<QuoteProvider> provider);
   EquityInfo(const EquityInfo&) = delete;
   EquityInfo& operator=(const EquityInfo&) = delete;

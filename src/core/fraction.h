@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-/// A ratio, kept as it was told and compared by value: 2/1 equals 4/2. Two ratios with denominator 0
-/// are equal, since neither has a value.
+/// A ratio, kept as it was told and compared by value: 2/1 equals 4/2. Two ratios with denominator
+/// 0 are equal, since neither has a value.
 struct Fraction {
   std::int64_t numerator = 0;
   std::int64_t denominator = 1;

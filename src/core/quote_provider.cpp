@@ -45,8 +45,7 @@ EquityPointer QuoteProvider::equityWithId(std::string_view id) {
 }
 
 EquityPointer QuoteProvider::exchangeRateEquity(const Currency& from, const Currency& to) {
-  EquityPointer equity =
-      equityWithId("FX " + std::string(from.code) + "/" + std::string(to.code));
+  EquityPointer equity = equityWithId("FX " + std::string(from.code) + "/" + std::string(to.code));
   equity->currency = to;
   return equity;
 }
@@ -80,26 +79,26 @@ void QuoteProvider::setEquitiesById(std::shared_ptr<EquityTable> table) {
 
 std::optional<std::string> QuoteProviderError::description() const {
   return std::visit(
-      Overloaded{
-          [](const DataInconsistency& error) { return error.description; },
-          [](const CurrencyMismatch& error) {
-            return std::optional("Currency mismatch; expected " + error.expected +
-                                 " but received " + error.received + ".");
-          },
-          [](const UnsupportedCurrency& error) {
-            return std::optional("Currency code \"" + error.code + "\" is not recognized.");
-          },
-          [](const UnrecognizedTimeZone& error) {
-            return std::optional("“" + error.name + "” is an unrecognized time zone name.");
-          },
-          [](const UnsupportedPriceAdjustment& error) {
-            return std::optional("Can’t transform from " + std::string(caseName(error.from)) +
-                                 " to " + std::string(caseName(error.to)) + ".");
-          },
-          [](NotAvailable) { return std::optional<std::string>("Not available."); },
-          [](QueryNotSatisfied) {
-            return std::optional<std::string>("Fetch result does not satisfy the query.");
-          }},
+      Overloaded{[](const DataInconsistency& error) { return error.description; },
+                 [](const CurrencyMismatch& error) {
+                   return std::optional("Currency mismatch; expected " + error.expected +
+                                        " but received " + error.received + ".");
+                 },
+                 [](const UnsupportedCurrency& error) {
+                   return std::optional("Currency code \"" + error.code + "\" is not recognized.");
+                 },
+                 [](const UnrecognizedTimeZone& error) {
+                   return std::optional("“" + error.name + "” is an unrecognized time zone name.");
+                 },
+                 [](const UnsupportedPriceAdjustment& error) {
+                   return std::optional("Can’t transform from " +
+                                        std::string(caseName(error.from)) + " to " +
+                                        std::string(caseName(error.to)) + ".");
+                 },
+                 [](NotAvailable) { return std::optional<std::string>("Not available."); },
+                 [](QueryNotSatisfied) {
+                   return std::optional<std::string>("Fetch result does not satisfy the query.");
+                 }},
       case_);
 }
 

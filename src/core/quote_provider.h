@@ -21,8 +21,8 @@ namespace corvane {
 
 class PriceAdjuster;
 
-/// The equities that a provider has made, one object for each id. It holds them weakly: an entry ends
-/// with the last reference that somebody else holds. Main queue only.
+/// The equities that a provider has made, one object for each id. It holds them weakly: an entry
+/// ends with the last reference that somebody else holds. Main queue only.
 class EquityTable {
  public:
   /// The living equity with this id, or null.
@@ -79,8 +79,8 @@ class QuoteProvider : public std::enable_shared_from_this<QuoteProvider> {
   [[nodiscard]] virtual std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                                    const DateRange& range) const;
 
-  /// The table of this provider's equities. A provider that joins others gives them its own, so that
-  /// all of them hand out the same objects.
+  /// The table of this provider's equities. A provider that joins others gives them its own, so
+  /// that all of them hand out the same objects.
   [[nodiscard]] const std::shared_ptr<EquityTable>& equitiesById() const { return equitiesById_; }
   void setEquitiesById(std::shared_ptr<EquityTable> table);
 

@@ -15,9 +15,9 @@ namespace corvane {
 struct QuoteQuery {
   /// The basis on which prices are told.
   enum class PriceAdjustment {
-    marketNominal,                ///< as quoted on their day
-    marketNominalSnapshot,        ///< a single running price, not a finished bar
-    adjustedForSplits,            ///< past prices restated for later splits
+    marketNominal,                 ///< as quoted on their day
+    marketNominalSnapshot,         ///< a single running price, not a finished bar
+    adjustedForSplits,             ///< past prices restated for later splits
     adjustedForSplitsAndDividends  ///< restated for later splits and dividends
   };
   static constexpr std::array allPriceAdjustments = {

@@ -5,8 +5,8 @@
 namespace corvane {
 
 YearMonthDay YearMonthDay::of(Date date, const Calendar& calendar) {
-  const DateComponents fields = calendar.dateComponents(
-      {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}, date);
+  const DateComponents fields =
+      calendar.dateComponents({CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}, date);
   return {fields.valueOr(CalendarUnit::year, 0), fields.valueOr(CalendarUnit::month, 0),
           fields.valueOr(CalendarUnit::day, 0)};
 }

@@ -17,16 +17,17 @@ namespace corvane {
 /// shares are held after. None for kinds without an equity.
 ///
 /// Shares that leave take their part of the cost base with them, whatever the proceeds; all of it
-/// goes where nothing was held before. Nothing clamps the result: a return of capital beyond the cost
-/// base leaves it negative. NaN where the sum of the costs has more digits than can be kept exactly.
+/// goes where nothing was held before. Nothing clamps the result: a return of capital beyond the
+/// cost base leaves it negative. NaN where the sum of the costs has more digits than can be kept
+/// exactly.
 [[nodiscard]] std::optional<Decimal> costBaseNet(const BasicTransaction::Kind& kind,
                                                  const Decimal& sharesNet,
                                                  const Decimal& costBasePrior,
                                                  const Currency& primaryCurrency);
 
 /// The gain that `kind` realizes; none where it is no sale. A trade that gives up shares and pays
-/// cash for it (the fees exceed the proceeds) is not a sale in this sense: it lowers the cost base in
-/// proportion and realizes neither gain nor loss. Shares journaled out realize none either.
+/// cash for it (the fees exceed the proceeds) is not a sale in this sense: it lowers the cost base
+/// in proportion and realizes neither gain nor loss. Shares journaled out realize none either.
 [[nodiscard]] std::optional<Decimal> capitalGain(const BasicTransaction::Kind& kind,
                                                  const Decimal& sharesNet,
                                                  const Decimal& costBasePrior,

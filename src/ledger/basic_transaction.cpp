@@ -71,15 +71,14 @@ const EquityPointer* BasicTransaction::equity() const {
 }
 
 const Currency* BasicTransaction::currency() const {
-  return std::visit(Overloaded{[](const Trade& trade) { return &trade.cashDisposed.currency; },
-                               [](const Yield& yield) { return &yield.netAmount.currency; },
-                               [](const Transfer& transfer) { return &transfer.amount.currency; },
-                               [](const CashAdjustment& adjustment) {
-                                 return &adjustment.amount.currency;
-                               },
-                               [](const Split&) -> const Currency* { return nullptr; },
-                               [](const JournaledShares&) -> const Currency* { return nullptr; }},
-                    kind);
+  return std::visit(
+      Overloaded{[](const Trade& trade) { return &trade.cashDisposed.currency; },
+                 [](const Yield& yield) { return &yield.netAmount.currency; },
+                 [](const Transfer& transfer) { return &transfer.amount.currency; },
+                 [](const CashAdjustment& adjustment) { return &adjustment.amount.currency; },
+                 [](const Split&) -> const Currency* { return nullptr; },
+                 [](const JournaledShares&) -> const Currency* { return nullptr; }},
+      kind);
 }
 
 std::string BasicTransaction::description() const {

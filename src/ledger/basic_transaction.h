@@ -51,8 +51,9 @@ struct BasicTransaction {
   struct Yield {
     YieldType type;
     EquityPointer equity;
-    std::optional<Decimal> netShares;  ///< the holding it was paid on; the ledger fills in an absent one
-    CurrencyAmount netAmount;          ///< the total paid, positive
+    std::optional<Decimal>
+        netShares;             ///< the holding it was paid on; the ledger fills in an absent one
+    CurrencyAmount netAmount;  ///< the total paid, positive
     Decimal equivalentNetAmount;
     friend bool operator==(const Yield& left, const Yield& right);
   };

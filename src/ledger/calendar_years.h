@@ -21,12 +21,12 @@ class CalendarYears {
   }
 
  private:
-  /// Dates that are surely in `year`. The days beside New Year are left out, since a zone may change
-  /// its clocks there; of them the calendar is asked.
+  /// Dates that are surely in `year`. The days beside New Year are left out, since a zone may
+  /// change its clocks there; of them the calendar is asked.
   [[nodiscard]] DateRange insideOf(int year) const {
     const auto start = calendar_.date({{CalendarUnit::year, year}, {CalendarUnit::day, 3}});
-    const auto end =
-        calendar_.date({{CalendarUnit::year, year}, {CalendarUnit::month, 12}, {CalendarUnit::day, 29}});
+    const auto end = calendar_.date(
+        {{CalendarUnit::year, year}, {CalendarUnit::month, 12}, {CalendarUnit::day, 29}});
     return start && end ? DateRange(*start, *end) : DateRange(Date(), Date());
   }
 

@@ -5,8 +5,8 @@
 
 namespace corvane {
 
-/// `left` + `right` where the sum can be kept exactly, else NaN. The decimal's own addition rounds a
-/// sum of more than 38 digits, which in a ledger would lose money silently.
+/// `left` + `right` where the sum can be kept exactly, else NaN. The decimal's own addition rounds
+/// a sum of more than 38 digits, which in a ledger would lose money silently.
 [[nodiscard]] inline Decimal exactSum(const Decimal& left, const Decimal& right) {
   const Decimal sum = left + right;
   const auto isSmall = [](const Decimal& value) { return (value.mantissa() >> 64) == 0; };

@@ -56,8 +56,8 @@ class Replay {
     requireEqual("share count", shares, row.sharesNet, equity.symbol, row);
     const Decimal costBase = costBaseNet(kind, shares, holding.costBase, primary).value_or(0);
     const auto expectedGain = capitalGain(kind, shares, holding.costBase, primary);
-    // Cost base and gain of a row follow from its shares, of which the count is right, and its prior
-    // cost base: where that is right too they are, and need no second computation.
+    // Cost base and gain of a row follow from its shares, of which the count is right, and its
+    // prior cost base: where that is right too they are, and need no second computation.
     if (row.costBasePrior != holding.costBase) {
       requireEqual("net cost base", costBase, row.costBaseNet(), equity.symbol, row);
       verifyGain(expectedGain, row, equity);
@@ -80,23 +80,22 @@ class Replay {
     }
   }
 
-  /// Where a split applies to the whole holding, the holding becomes what the split says, without the
-  /// detour of a difference that may not be kept exactly.
+  /// Where a split applies to the whole holding, the holding becomes what the split says, without
+  /// the detour of a difference that may not be kept exactly.
   static Decimal expectedShares(const BasicTransaction::Kind& kind, const Decimal& held) {
-    return std::visit(
-        Overloaded{[&](const BasicTransaction::Split& split) {
-                     return split.priorShares == held
-                                ? split.netShares
-                                : exactSum(held, split.netShares - split.priorShares);
-                   },
-                   [&](const auto& payload) {
-                     if constexpr (requires { payload.sharesAdded; }) {
-                       return exactSum(held, payload.sharesAdded);
-                     } else {
-                       return held;
-                     }
-                   }},
-        kind);
+    return std::visit(Overloaded{[&](const BasicTransaction::Split& split) {
+                                   return split.priorShares == held
+                                              ? split.netShares
+                                              : exactSum(held, split.netShares - split.priorShares);
+                                 },
+                                 [&](const auto& payload) {
+                                   if constexpr (requires { payload.sharesAdded; }) {
+                                     return exactSum(held, payload.sharesAdded);
+                                   } else {
+                                     return held;
+                                   }
+                                 }},
+                      kind);
   }
 
   void verifyCash(const PortfolioTransaction& row, const Currency& currency,

@@ -91,8 +91,7 @@ std::size_t positionByDate(Date settlementDate, const std::vector<TransactionPoi
   if (rows.empty() || !(settlementDate < rows.back()->settlementDate())) {
     return rows.size();
   }
-  const auto later =
-      std::ranges::upper_bound(rows, settlementDate, Earlier(), settlementDateOf);
+  const auto later = std::ranges::upper_bound(rows, settlementDate, Earlier(), settlementDateOf);
   return static_cast<std::size_t>(later - rows.begin());
 }
 

@@ -11,8 +11,8 @@
 
 namespace corvane {
 
-/// Inserts, removes and revises rows of `rows` and knows how to undo it. What it keeps grows with the
-/// number of changes, not with that of the rows.
+/// Inserts, removes and revises rows of `rows` and knows how to undo it. What it keeps grows with
+/// the number of changes, not with that of the rows.
 class LedgerRowsEdit {
  public:
   using Rows = std::vector<TransactionPointer>;

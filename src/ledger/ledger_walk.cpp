@@ -23,8 +23,8 @@ void requireDates(const BasicTransaction& basic) {
 /// A figure that the transaction brings along.
 void requireNumber(const Decimal& figure, const PortfolioTransaction& row) {
   if (figure.isNaN()) {
-    throw Failure(Failure::LedgerInconsistency{"The transaction has a figure that is not a number: " +
-                                               row.description()});
+    throw Failure(Failure::LedgerInconsistency{
+        "The transaction has a figure that is not a number: " + row.description()});
   }
 }
 
@@ -55,10 +55,9 @@ void assignDerived(std::optional<Decimal>& field, const std::optional<Decimal>& 
 
 void requireLedgerOrder(const PortfolioTransaction& previous, const PortfolioTransaction& row) {
   if (row.settlementDate() < previous.settlementDate()) {
-    throw Failure(Failure::LedgerInconsistency{"Transactions not ordered by date (" +
-                                               row.settlementDate().description() +
-                                               " found after " +
-                                               previous.settlementDate().description() + ")!"});
+    throw Failure(Failure::LedgerInconsistency{
+        "Transactions not ordered by date (" + row.settlementDate().description() +
+        " found after " + previous.settlementDate().description() + ")!"});
   }
 }
 
@@ -138,26 +137,26 @@ Decimal LedgerWalk::sharesAfter(const TransactionPointer& row, const Decimal& he
 }
 
 LedgerWalk::CashChange LedgerWalk::cashChange(const PortfolioTransaction& row) const {
-  return std::visit(
-      Overloaded{[&](const BasicTransaction::Trade& trade) {
-                   return portfolio_.usesCashAccounts ? CashChange{trade.cashDisposed.amount, {}}
-                                                      : CashChange{{}, trade.cashDisposed.amount};
-                 },
-                 [&](const BasicTransaction::Yield& yield) {
-                   requireNumber(yield.netAmount.amount, row);
-                   return yield.type == BasicTransaction::YieldType::dividend
-                              ? CashChange{-yield.netAmount.amount, {}}
-                              : CashChange();
-                 },
-                 [&](const BasicTransaction::Transfer& transfer) {
-                   requireCashAccounts(portfolio_, row);
-                   return CashChange{-transfer.amount.amount, transfer.amount.amount};
-                 },
-                 [](const BasicTransaction::CashAdjustment& adjustment) {
-                   return CashChange{-adjustment.amount.amount, {}};
-                 },
-                 [](const auto&) { return CashChange(); }},
-      row.basic.kind);
+  return std::visit(Overloaded{[&](const BasicTransaction::Trade& trade) {
+                                 return portfolio_.usesCashAccounts
+                                            ? CashChange{trade.cashDisposed.amount, {}}
+                                            : CashChange{{}, trade.cashDisposed.amount};
+                               },
+                               [&](const BasicTransaction::Yield& yield) {
+                                 requireNumber(yield.netAmount.amount, row);
+                                 return yield.type == BasicTransaction::YieldType::dividend
+                                            ? CashChange{-yield.netAmount.amount, {}}
+                                            : CashChange();
+                               },
+                               [&](const BasicTransaction::Transfer& transfer) {
+                                 requireCashAccounts(portfolio_, row);
+                                 return CashChange{-transfer.amount.amount, transfer.amount.amount};
+                               },
+                               [](const BasicTransaction::CashAdjustment& adjustment) {
+                                 return CashChange{-adjustment.amount.amount, {}};
+                               },
+                               [](const auto&) { return CashChange(); }},
+                    row.basic.kind);
 }
 
 void LedgerWalk::deriveCash(const TransactionPointer& row) {

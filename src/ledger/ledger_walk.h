@@ -13,8 +13,8 @@ namespace corvane {
 /// Throws PortfolioManagerError::LedgerInconsistency where `row` settled before `previous`.
 void requireLedgerOrder(const PortfolioTransaction& previous, const PortfolioTransaction& row);
 
-/// Throws PortfolioManagerError::LedgerInconsistency where `portfolio` keeps no cash accounts, so that
-/// `transfer` has no place in it.
+/// Throws PortfolioManagerError::LedgerInconsistency where `portfolio` keeps no cash accounts, so
+/// that `transfer` has no place in it.
 void requireCashAccounts(const Portfolio& portfolio, const PortfolioTransaction& transfer);
 
 /// Derives the balances of consecutive rows from a running state.

@@ -35,8 +35,8 @@ class Portfolio {
   /// The currency of every cost base and capital gain.
   [[nodiscard]] const Currency& primaryCurrency() const { return primaryCurrency_; }
 
-  /// The ledger, ascending by settlement date. The order of rows of one date is the user's. A subclass
-  /// may load the rows on first use.
+  /// The ledger, ascending by settlement date. The order of rows of one date is the user's. A
+  /// subclass may load the rows on first use.
   [[nodiscard]] virtual std::vector<TransactionPointer>& transactions() { return transactions_; }
 
   /// The state after the last row of each year that has a row, without prices. A cache of the walk

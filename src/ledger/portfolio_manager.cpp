@@ -160,8 +160,7 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
       if (!isLast) {
         walkRest(unwalked);
       }
-      recorded.push_back(
-          recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
+      recorded.push_back(recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
       edit.insert(position, recorded.back());
       if (!isLast) {
         walkRest(position);
@@ -172,10 +171,10 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   });
 
   TransactionSet inserted = separate(recorded, recalculated);
-  registerUndo(undoManager, [recorded, portfolio](PortfolioManager& manager,
-                                                  const UndoManagerPointer& undo) {
-    manager.deleteTransactions(recorded, portfolio, undo);
-  });
+  registerUndo(undoManager,
+               [recorded, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+                 manager.deleteTransactions(recorded, portfolio, undo);
+               });
   postPortfolioChange(
       TransactionChanges{.inserted = std::move(inserted), .recalculated = std::move(recalculated)},
       portfolio);
@@ -193,8 +192,8 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
   }
   std::vector<BasicTransaction> former;
   Anchors formerNeighbours;
-  TransactionSet recalculated = editLedger(
-      portfolio, &revisions.front(), [&](LedgerRowsEdit& edit) {
+  TransactionSet recalculated =
+      editLedger(portfolio, &revisions.front(), [&](LedgerRowsEdit& edit) {
         const auto& rows = edit.rows();
         for (std::size_t i = 0; i < subjects.size(); ++i) {
           const std::size_t index = requirePosition(
@@ -203,9 +202,9 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
           former.push_back(subjects[i]->basic);
           std::size_t target = index;
           if (neighbours) {
-            target = requireAnchor(
-                (*neighbours)[i], rows,
-                "Cannot find neighbour transaction in the ledger during revision.");
+            target =
+                requireAnchor((*neighbours)[i], rows,
+                              "Cannot find neighbour transaction in the ledger during revision.");
           } else if (revisions[i].settlementDate != subjects[i]->settlementDate()) {
             target = positionByDate(revisions[i].settlementDate, rows);
           }
@@ -215,12 +214,11 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
         return walkFrom(edit, portfolio);
       });
 
-  registerUndo(undoManager,
-               [subjects = reversed(subjects), former = reversed(former),
-                formerNeighbours = reversed(formerNeighbours),
-                portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
-                 manager.reviseTransactions(subjects, former, formerNeighbours, portfolio, undo);
-               });
+  registerUndo(undoManager, [subjects = reversed(subjects), former = reversed(former),
+                             formerNeighbours = reversed(formerNeighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.reviseTransactions(subjects, former, formerNeighbours, portfolio, undo);
+  });
   TransactionSet modified = separate(subjects, recalculated);
   postPortfolioChange(
       TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
@@ -255,11 +253,10 @@ void PortfolioManager::deleteTransactions(const Transactions& subjects,
     return walkFrom(edit, portfolio);
   });
 
-  registerUndo(undoManager,
-               [subjects = reversed(deleted), neighbours = reversed(neighbours),
-                portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
-                 manager.insertTransactions(subjects, neighbours, portfolio, undo);
-               });
+  registerUndo(undoManager, [subjects = reversed(deleted), neighbours = reversed(neighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.insertTransactions(subjects, neighbours, portfolio, undo);
+  });
   postPortfolioChange(
       TransactionChanges{.deleted = TransactionSet(subjects.begin(), subjects.end()),
                          .modified = std::move(recalculated)},
@@ -289,10 +286,10 @@ void PortfolioManager::insertTransactions(const Transactions& subjects, const An
     return walkFrom(edit, portfolio);
   });
 
-  registerUndo(undoManager, [subjects, portfolio](PortfolioManager& manager,
-                                                  const UndoManagerPointer& undo) {
-    manager.deleteTransactions(subjects, portfolio, undo);
-  });
+  registerUndo(undoManager,
+               [subjects, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+                 manager.deleteTransactions(subjects, portfolio, undo);
+               });
   TransactionSet inserted = separate(subjects, recalculated);
   postPortfolioChange(
       TransactionChanges{.inserted = std::move(inserted), .modified = std::move(recalculated)},
@@ -315,19 +312,17 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
       const std::size_t index = requirePosition(
           *subjects[i], rows, "Cannot find existing transaction in portfolio to move.");
       neighbours.push_back(rowAt(index + 1, rows));
-      const std::size_t target =
-          requireAnchor(anchors[i], rows,
-                        "Cannot find existing transaction in portfolio to anchor the move.");
+      const std::size_t target = requireAnchor(
+          anchors[i], rows, "Cannot find existing transaction in portfolio to anchor the move.");
       edit.move(index, index < target ? target - 1 : target);
     }
     return walkFrom(edit, portfolio);
   });
 
-  registerUndo(undoManager,
-               [subjects = reversed(subjects), neighbours = reversed(neighbours),
-                portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
-                 manager.moveTransactions(subjects, neighbours, portfolio, undo);
-               });
+  registerUndo(undoManager, [subjects = reversed(subjects), neighbours = reversed(neighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.moveTransactions(subjects, neighbours, portfolio, undo);
+  });
   TransactionSet modified = separate(subjects, recalculated);
   postPortfolioChange(
       TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
@@ -398,8 +393,7 @@ PortfolioSnapshot PortfolioManager::replayedBefore(std::size_t index,
   const auto& snapshots = portfolio->snapshotsByYear;
   const int year = calendar.component(CalendarUnit::year, rows[index - 1]->settlementDate());
   const Date yearStart =
-      calendar
-          .date({{CalendarUnit::year, year}, {CalendarUnit::month, 1}, {CalendarUnit::day, 1}})
+      calendar.date({{CalendarUnit::year, year}, {CalendarUnit::month, 1}, {CalendarUnit::day, 1}})
           .value_or(Date::distantPast());
 
   const auto thisYear = snapshots.lower_bound(year);
@@ -427,9 +421,8 @@ void PortfolioManager::placeOrder(const Order& order, const PortfolioPointer& po
 
 void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> changes,
                                            const PortfolioPointer& portfolio) {
-  NotificationCenter::UserInfo userInfo = {
-      {std::string(portfolioManagerKey), shared_from_this()},
-      {std::string(portfolioKey), portfolio}};
+  NotificationCenter::UserInfo userInfo = {{std::string(portfolioManagerKey), shared_from_this()},
+                                           {std::string(portfolioKey), portfolio}};
   if (changes) {
     userInfo.emplace(transactionChangesKey, std::move(*changes));
   }
@@ -455,15 +448,15 @@ void PortfolioManager::registerUndo(const UndoManagerPointer& undoManager, UndoS
   if (undoManager == nullptr) {
     return;
   }
-  undoManager->registerUndo(
-      shared_from_this(), [step = std::move(step), weakUndoManager = std::weak_ptr(undoManager)](
-                              PortfolioManager& manager) mutable {
-        try {
-          step(manager, weakUndoManager.lock());
-        } catch (const Error& error) {
-          manager.presentError(error);
-        }
-      });
+  undoManager->registerUndo(shared_from_this(),
+                            [step = std::move(step), weakUndoManager = std::weak_ptr(undoManager)](
+                                PortfolioManager& manager) mutable {
+                              try {
+                                step(manager, weakUndoManager.lock());
+                              } catch (const Error& error) {
+                                manager.presentError(error);
+                              }
+                            });
 }
 
 }  // namespace corvane

@@ -30,13 +30,14 @@ struct TransactionChanges {
 
 /// Owns portfolios and changes their ledgers by five edits: record, revise, delete, insert, move.
 ///
-/// Every edit is all-or-nothing: it changes the rows, lets the engine walk the ledger from the first
-/// row that it touched, and takes everything back when the engine refuses. What succeeds registers
-/// one undo step and posts one notification. Held by shared pointer only. Edits run on the calling
-/// thread, the main thread but for an import's one recordTransactions; nothing is locked.
+/// Every edit is all-or-nothing: it changes the rows, lets the engine walk the ledger from the
+/// first row that it touched, and takes everything back when the engine refuses. What succeeds
+/// registers one undo step and posts one notification. Held by shared pointer only. Edits run on
+/// the calling thread, the main thread but for an import's one recordTransactions; nothing is
+/// locked.
 ///
-/// A subclass that keeps the ledger elsewhere overrides the edits, calls the base edit as the body of
-/// its override, and is told of each row through transactionRecalculated.
+/// A subclass that keeps the ledger elsewhere overrides the edits, calls the base edit as the body
+/// of its override, and is told of each row through transactionRecalculated.
 class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
  public:
   /// Makes a row of the class that a manager records.
@@ -53,8 +54,8 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   using Transactions = std::vector<TransactionPointer>;
   using UndoManagerPointer = std::shared_ptr<UndoManager>;
 
-  /// What didChangePortfolio notifications carry under these names: the manager and the portfolio as
-  /// std::shared_ptr, and the changes as TransactionChanges where an edit has made them.
+  /// What didChangePortfolio notifications carry under these names: the manager and the portfolio
+  /// as std::shared_ptr, and the changes as TransactionChanges where an edit has made them.
   static constexpr std::string_view didChangePortfolio =
       "ca.orlend.corvane.PortfolioManager.didChangePortfolio";
   static constexpr std::string_view portfolioManagerKey = "portfolioManager";
@@ -123,11 +124,12 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
                                 const UndoManagerPointer& undoManager);
 
   /// Derives the balances of all rows from `startIndex` on, which may equal the number of rows, and
-  /// the yearly snapshots. Returns the rows whose balances changed and those that were dirty before.
+  /// the yearly snapshots. Returns the rows whose balances changed and those that were dirty
+  /// before.
   ///
   /// Throws PortfolioManagerError, or what transactionRecalculated throws; then every row has its
-  /// former balances and transaction, and the yearly snapshots from there on are undefined until the
-  /// next walk from the same position or an earlier one succeeds.
+  /// former balances and transaction, and the yearly snapshots from there on are undefined until
+  /// the next walk from the same position or an earlier one succeeds.
   virtual TransactionSet recalculateLedger(std::size_t startIndex,
                                            const PortfolioPointer& portfolio);
 
@@ -166,9 +168,9 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   template <typename Change>
   TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
                             Change change);
-  /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore it
-  /// never trusts the snapshot of the year itself, which after a deletion at the end of the ledger
-  /// still counts the deleted rows.
+  /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
+  /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
+  /// ledger still counts the deleted rows.
   [[nodiscard]] PortfolioSnapshot replayedBefore(std::size_t index,
                                                  const PortfolioPointer& portfolio) const;
   TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);

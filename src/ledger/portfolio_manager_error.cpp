@@ -20,12 +20,12 @@ std::string unroundedCash(const Decimal& amount, const Currency& currency) {
 }
 
 std::string orderName(const Order& order) {
-  return std::visit(Overloaded{[](const Order::Buy&) { return "Buy"; },
-                               [](const Order::Sell&) { return "Sell"; },
-                               [](const Order::Deposit&) { return "Deposit"; },
-                               [](const Order::Withdraw&) { return "Withdrawal"; },
-                               [](const Order::Record&) { return "Record-only"; }},
-                    order.kind);
+  return std::visit(
+      Overloaded{[](const Order::Buy&) { return "Buy"; }, [](const Order::Sell&) { return "Sell"; },
+                 [](const Order::Deposit&) { return "Deposit"; },
+                 [](const Order::Withdraw&) { return "Withdrawal"; },
+                 [](const Order::Record&) { return "Record-only"; }},
+      order.kind);
 }
 
 struct Describe {
@@ -39,8 +39,8 @@ struct Describe {
            error.equity->symbol + " but " + error.have.description() + " are held.";
   }
   std::string operator()(const PortfolioManagerError::IncompleteSplit& error) const {
-    return "Expecting to split " + shares(error.need) + " of " + error.equity->symbol +
-           " but " + error.have.description() + " are held.";
+    return "Expecting to split " + shares(error.need) + " of " + error.equity->symbol + " but " +
+           error.have.description() + " are held.";
   }
   std::string operator()(const PortfolioManagerError::IncompleteYield& error) const {
     return "The transaction declares a " + std::string(displayName(error.yield.type)) + " from " +

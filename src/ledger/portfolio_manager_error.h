@@ -88,11 +88,10 @@ class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
                            const ForeignExchangeRateMissing&) = default;
   };
 
-  using Case =
-      std::variant<InsufficientCash, InsufficientShares, IncompleteSplit, IncompleteYield,
-                   InvalidSettlementDate, InvalidCashDenomination, LedgerInconsistency,
-                   InvalidPortfolio, InvalidOrderType, UnknownCurrency,
-                   ViolatesExistingTransaction, ForeignExchangeRateMissing>;
+  using Case = std::variant<InsufficientCash, InsufficientShares, IncompleteSplit, IncompleteYield,
+                            InvalidSettlementDate, InvalidCashDenomination, LedgerInconsistency,
+                            InvalidPortfolio, InvalidOrderType, UnknownCurrency,
+                            ViolatesExistingTransaction, ForeignExchangeRateMissing>;
 
   explicit PortfolioManagerError(Case what) : case_(std::move(what)) {}
 

@@ -12,7 +12,9 @@ namespace {
 using Properties = PortfolioPropertyChanger::Properties;
 using Refusal = PortfolioPropertyChanger::Error;
 
-bool isNegative(const std::optional<Decimal>& balance) { return balance.value_or(0) < 0; }
+bool isNegative(const std::optional<Decimal>& balance) {
+  return balance.value_or(0) < 0;
+}
 
 void requireNoNegativeBalance(Portfolio& portfolio) {
   for (const auto& row : portfolio.transactions()) {
@@ -60,17 +62,17 @@ Properties Properties::of(const Portfolio& portfolio) {
 }
 
 std::optional<std::string> Refusal::description() const {
-  return std::visit(
-      Overloaded{[](const ExistingNegativeBalanceTransaction& error) {
-                   return "A transaction settled on " + settlementDateText(*error.transaction) +
-                          " has a negative balance of " + negativeBalanceText(*error.transaction) +
-                          ".";
-                 },
-                 [](const ExistingTransferTransaction& error) {
-                   return transferText(*error.transaction) + " exists on " +
-                          settlementDateText(*error.transaction) + ".";
-                 }},
-      case_);
+  return std::visit(Overloaded{[](const ExistingNegativeBalanceTransaction& error) {
+                                 return "A transaction settled on " +
+                                        settlementDateText(*error.transaction) +
+                                        " has a negative balance of " +
+                                        negativeBalanceText(*error.transaction) + ".";
+                               },
+                               [](const ExistingTransferTransaction& error) {
+                                 return transferText(*error.transaction) + " exists on " +
+                                        settlementDateText(*error.transaction) + ".";
+                               }},
+                    case_);
 }
 
 std::optional<std::string> Refusal::recoverySuggestion() const {
@@ -92,8 +94,7 @@ void PortfolioPropertyChanger::changeProperties(
   }
 
   const auto manager = portfolio->manager.lock();
-  const bool needsWalk =
-      manager != nullptr && old.usesCashAccounts != properties.usesCashAccounts;
+  const bool needsWalk = manager != nullptr && old.usesCashAccounts != properties.usesCashAccounts;
   assign(properties, *portfolio);
   try {
     if (needsWalk) {
@@ -116,18 +117,17 @@ void PortfolioPropertyChanger::changeProperties(
   if (undoManager == nullptr) {
     return;
   }
-  undoManager->registerUndo(
-      portfolio, [portfolio = std::weak_ptr(portfolio), old,
-                  weakUndoManager = std::weak_ptr(undoManager)](Portfolio& target) {
-        try {
-          PortfolioPropertyChanger().changeProperties(portfolio.lock(), old,
-                                                      weakUndoManager.lock());
-        } catch (const corvane::Error& error) {
-          if (const auto owner = target.manager.lock()) {
-            owner->presentError(error);
-          }
-        }
-      });
+  undoManager->registerUndo(portfolio, [portfolio = std::weak_ptr(portfolio), old,
+                                        weakUndoManager =
+                                            std::weak_ptr(undoManager)](Portfolio& target) {
+    try {
+      PortfolioPropertyChanger().changeProperties(portfolio.lock(), old, weakUndoManager.lock());
+    } catch (const corvane::Error& error) {
+      if (const auto owner = target.manager.lock()) {
+        owner->presentError(error);
+      }
+    }
+  });
 }
 
 }  // namespace corvane

@@ -12,8 +12,8 @@
 
 namespace corvane {
 
-/// Changes the three settings of a portfolio that are not fixed at its creation, in one step that can
-/// be undone. Main queue only.
+/// Changes the three settings of a portfolio that are not fixed at its creation, in one step that
+/// can be undone. Main queue only.
 class PortfolioPropertyChanger {
  public:
   struct Properties {

@@ -11,8 +11,8 @@
 
 namespace corvane {
 
-/// Balances by key, of which none is ever the default: a missing key and an all-zero balance are one
-/// and the same state, and a reader cannot tell them apart.
+/// Balances by key, of which none is ever the default: a missing key and an all-zero balance are
+/// one and the same state, and a reader cannot tell them apart.
 template <typename Key, typename Balance, typename Hash, typename Equal>
 class BalanceMap {
  public:

@@ -18,8 +18,8 @@ constexpr int yearsCovered = 3;
 constexpr int stepsTaken = 100;
 constexpr int daysToSettle = 2;
 
-// Whole numbers are drawn as 64-bit integers. Far beyond any real amount of cash they are cut off, so
-// that no difference of two of them overflows.
+// Whole numbers are drawn as 64-bit integers. Far beyond any real amount of cash they are cut off,
+// so that no difference of two of them overflows.
 constexpr std::int64_t largestWhole = 1'000'000'000'000'000;
 
 std::int64_t wholePart(const Decimal& value) {
@@ -123,11 +123,11 @@ class RandomTrader::Run {
         currency == portfolio_->primaryCurrency() ? Decimal(1) : Decimal::fromDouble(1.25);
     const Decimal equivalent = roundedToMinorUnits(cost * rate, portfolio_->primaryCurrency());
     const Date settlementDate =
-        equity->calendar.dateByAdding(CalendarUnit::day, daysToSettle, current_)
-            .value_or(current_);
-    return BasicTransaction{
-        BasicTransaction::Trade{equity, {currency, cost}, equivalent, *shares}, current_,
-        settlementDate, {}};
+        equity->calendar.dateByAdding(CalendarUnit::day, daysToSettle, current_).value_or(current_);
+    return BasicTransaction{BasicTransaction::Trade{equity, {currency, cost}, equivalent, *shares},
+                            current_,
+                            settlementDate,
+                            {}};
   }
 
   const RandomNumber& randomNumber_;

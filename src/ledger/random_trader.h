@@ -31,9 +31,9 @@ class RandomTrader {
   /// Opens with a deposit in each currency of `equities` and goes on with `count` steps spread over
   /// `dateRange`, each a transfer or a trade. `equities` is not empty and `count` at least 1.
   ///
-  /// A step that has nothing to choose from records nothing: when cash has fallen so far below 0 that
-  /// no transfer of the usual size makes it good, or when a price is so low that it rounds to 0.
-  /// Throws what the ledger throws.
+  /// A step that has nothing to choose from records nothing: when cash has fallen so far below 0
+  /// that no transfer of the usual size makes it good, or when a price is so low that it rounds to
+  /// 0. Throws what the ledger throws.
   void populate(const std::vector<EquityPointer>& equities, const PortfolioPointer& portfolio,
                 int count, const DateRange& dateRange) const;
 

@@ -50,7 +50,9 @@ void EditPortfolioViewController::load() {
   updateGoButton();
 }
 
-void EditPortfolioViewController::updateGoButton() { goButton.isEnabled = !nameField.text.empty(); }
+void EditPortfolioViewController::updateGoButton() {
+  goButton.isEnabled = !nameField.text.empty();
+}
 
 void EditPortfolioViewController::performAction(Sender sender) {
   if (sender != Sender::goButton) {
@@ -69,13 +71,11 @@ void EditPortfolioViewController::loadCurrencies() {
   for (const auto& [code, currency] : Currency::byCode()) {
     currencies_.push_back(currency);
   }
-  std::ranges::sort(currencies_, {}, [](const Currency& currency) {
-    return std::string_view(currency.code);
-  });
+  std::ranges::sort(currencies_, {},
+                    [](const Currency& currency) { return std::string_view(currency.code); });
   for (const Currency& currency : currencies_) {
-    currencyPopUpButton.titles.push_back(
-        std::string(currency.code) + " · " +
-        locale.localizedCurrencyName(currency.code).value_or(""));
+    currencyPopUpButton.titles.push_back(std::string(currency.code) + " · " +
+                                         locale.localizedCurrencyName(currency.code).value_or(""));
   }
 }
 
@@ -116,8 +116,8 @@ void EditPortfolioViewController::modify(const Modify& mode) {
 void EditPortfolioViewController::create(const Create& mode) {
   PortfolioPointer portfolio;
   try {
-    portfolio = mode.portfolioManager->createPortfolio(
-        currencies_.at(currencyPopUpButton.selectedIndex));
+    portfolio =
+        mode.portfolioManager->createPortfolio(currencies_.at(currencyPopUpButton.selectedIndex));
     portfolio->name = nameField.text;
     portfolio->allowsNegativeBalances = allowNegativeBalancesButton.isOn;
     portfolio->usesCashAccounts = trackCashAccountsButton.isOn;

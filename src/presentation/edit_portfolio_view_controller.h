@@ -1,4 +1,5 @@
-// The form that makes a portfolio and changes the settings of one: its state and what its buttons do.
+// The form that makes a portfolio and changes the settings of one: its state and what its buttons
+// do.
 #pragma once
 
 #include <functional>

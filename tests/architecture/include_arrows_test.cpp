@@ -1,5 +1,5 @@
-// The arrows of the architecture, read off the #include lines: a folder includes only itself and what
-// stands below it, and nothing under presentation/ or below knows Qt.
+// The arrows of the architecture, read off the #include lines: a folder includes only itself and
+// what stands below it, and nothing under presentation/ or below knows Qt.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+
 #include "core/currency_almanac.h"
 #include "platform/system/resources.h"
 
@@ -78,6 +81,23 @@ TEST(Resources, AreFoundWhereTheEnvironmentSaysOrBesideTheProgram) {
   setenv("CORVANE_RESOURCES", "/elsewhere", 1);
   EXPECT_EQ(resourcePath("file"), "/elsewhere/file");
   unsetenv("CORVANE_RESOURCES");
+}
+
+TEST(Resources, AreFoundFromAnInstalledPrefix) {
+  namespace fs = std::filesystem;
+  char pattern[] = "/tmp/corvane-prefix-XXXXXX";
+  const fs::path prefix = mkdtemp(pattern);
+  fs::create_directories(prefix / "bin");
+  fs::create_directories(prefix / "share/corvane");
+  const fs::path program = prefix / "bin/program";
+  fs::copy_file(fs::read_symlink("/proc/self/exe"), program);
+  const std::string run =
+      program.string() + " --gtest_filter=Currency.KnowsThePublishedList >/dev/null 2>&1";
+  EXPECT_NE(std::system(run.c_str()), 0) << "without the list";
+  fs::copy_file(resourcePath(CurrencyAlmanac::xmlFilename),
+                prefix / "share/corvane" / CurrencyAlmanac::xmlFilename);
+  EXPECT_EQ(std::system(run.c_str()), 0);
+  fs::remove_all(prefix);
 }
 
 }  // namespace

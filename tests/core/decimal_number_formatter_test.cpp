@@ -7,7 +7,9 @@
 namespace corvane {
 namespace {
 
-Decimal dec(const std::string& text) { return Decimal::fromWholeString(text).value(); }
+Decimal dec(const std::string& text) {
+  return Decimal::fromWholeString(text).value();
+}
 
 std::optional<Decimal> read(const std::string& text, const std::string& locale = "en_US") {
   DecimalNumberFormatter formatter = DecimalNumberFormatter::money(Currency::usd());

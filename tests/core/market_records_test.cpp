@@ -5,6 +5,7 @@
 
 #include <deque>
 
+#include "core/currency_amount.h"
 #include "core/equity_event.h"
 #include "core/portfolio_asset.h"
 #include "core/quote.h"
@@ -15,9 +16,13 @@
 namespace corvane {
 namespace {
 
-Decimal dec(const std::string& text) { return Decimal::fromWholeString(text).value(); }
+Decimal dec(const std::string& text) {
+  return Decimal::fromWholeString(text).value();
+}
 
-Calendar toronto() { return Calendar(*TimeZone::withIdentifier("America/Toronto")); }
+Calendar toronto() {
+  return Calendar(*TimeZone::withIdentifier("America/Toronto"));
+}
 
 TEST(YearMonthDay, RollsOverAsTheCalendarDoes) {
   const auto normalised = [](int year, int month, int day) {
@@ -95,7 +100,10 @@ TEST(EquityTable, DropsEquitiesThatNobodyHolds) {
 }
 
 TEST(Quote, IsEqualWhereverItCameFrom) {
-  Quote quote{.fromDate = Date(), .toDate = Date() + 60, .open = dec("1.5"), .volume = 100};
+  Quote quote;
+  quote.toDate = Date() + 60;
+  quote.open = dec("1.5");
+  quote.volume = 100;
   Quote cached = quote;
   cached.isCached = cached.isPartial = true;
   EXPECT_EQ(quote, cached);
@@ -110,7 +118,8 @@ TEST(QuoteInterval, IsFoundByItsSpanAndByNoOther) {
   for (const auto interval : allQuoteIntervals) {
     EXPECT_EQ(quoteInterval(dateComponents(interval)), interval);
   }
-  EXPECT_EQ(dateComponents(QuoteInterval::oneWeek), (DateComponents{{CalendarUnit::weekOfYear, 1}}));
+  EXPECT_EQ(dateComponents(QuoteInterval::oneWeek),
+            (DateComponents{{CalendarUnit::weekOfYear, 1}}));
   const DateComponents sevenDays = {{CalendarUnit::day, 7}};
   try {
     (void)quoteInterval(sevenDays);

@@ -12,8 +12,8 @@ using Failure = PortfolioManagerError;
 /// "cash shares costBefore costAfter gain" of a row, "-" for what it has not.
 std::string figures(const TransactionPointer& row) {
   std::string text;
-  for (const auto& figure : {row->cashNet, row->sharesNet, row->costBasePrior, row->costBaseNet(),
-                             row->capitalGain()}) {
+  for (const auto& figure :
+       {row->cashNet, row->sharesNet, row->costBasePrior, row->costBaseNet(), row->capitalGain()}) {
     text += (text.empty() ? "" : " ") + (figure ? figure->description() : "-");
   }
   return text;
@@ -29,11 +29,11 @@ std::vector<std::string> figures(const std::vector<TransactionPointer>& rows) {
 
 TEST(Accounting, FollowsAHoldingThroughItsLife) {
   Ledger ledger;
-  const auto rows = ledger.record(
-      {ledger.deposit("10000.00"), ledger.buy("300", "3000.00"), ledger.buy("100", "1400.00"),
-       ledger.yield(Type::reinvestedDistribution, "40.00"),
-       ledger.yield(Type::returnOfCapital, "20.00"), ledger.split("400", "800"),
-       ledger.sell("200", "1500.00")});
+  const auto rows = ledger.record({ledger.deposit("10000.00"), ledger.buy("300", "3000.00"),
+                                   ledger.buy("100", "1400.00"),
+                                   ledger.yield(Type::reinvestedDistribution, "40.00"),
+                                   ledger.yield(Type::returnOfCapital, "20.00"),
+                                   ledger.split("400", "800"), ledger.sell("200", "1500.00")});
   EXPECT_THAT(figures(rows),
               ::testing::ElementsAre("10000 - - - -", "7000 300 0 3000 -", "5600 400 3000 4400 -",
                                      "5600 400 4400 4440 -", "5600 400 4440 4420 -",
@@ -52,10 +52,10 @@ TEST(Accounting, RoundsCostBaseAndGainEachOnce) {
 
 TEST(Accounting, MovesSharesWithoutCashOrGain) {
   Ledger ledger;
-  const auto rows =
-      ledger.record({ledger.journal("30", dec("90")), ledger.journal("10"),
-                     ledger.journal("-10", dec("999")), ledger.yield(Type::capitalGainsDividend, "5"),
-                     ledger.yield(Type::dividend, "7", dec("30"))});
+  const auto rows = ledger.record({ledger.journal("30", dec("90")), ledger.journal("10"),
+                                   ledger.journal("-10", dec("999")),
+                                   ledger.yield(Type::capitalGainsDividend, "5"),
+                                   ledger.yield(Type::dividend, "7", dec("30"))});
   EXPECT_THAT(figures(rows), ::testing::ElementsAre("- 30 0 90 -", "- 40 90 90 -", "- 30 90 67.5 -",
                                                     "0 30 67.5 67.5 -", "7 30 67.5 67.5 -"));
 }
@@ -63,9 +63,8 @@ TEST(Accounting, MovesSharesWithoutCashOrGain) {
 TEST(Accounting, KeepsTheCostBaseInThePrimaryCurrency) {
   Ledger ledger;
   const CurrencyAmount cost{Currency::usd(), dec("100")};
-  ledger.record(
-      {ledger.make(BasicTransaction::Transfer{{Currency::usd(), dec("150")}}),
-       ledger.make(BasicTransaction::Trade{ledger.xyz, cost, dec("125"), dec("8")})});
+  ledger.record({ledger.make(BasicTransaction::Transfer{{Currency::usd(), dec("150")}}),
+                 ledger.make(BasicTransaction::Trade{ledger.xyz, cost, dec("125"), dec("8")})});
   const auto state = ledger.finalSnapshot();
   EXPECT_EQ(state.currencySnapshots.get(Currency::usd()).cashOnHand, dec("50"));
   EXPECT_EQ(state.currencySnapshots.size(), 1U);
@@ -105,8 +104,9 @@ TEST(Accounting, WithoutCashAccountsTradesDepositWhatTheyCost) {
   EXPECT_EQ(ledger.finalSnapshot().currencySnapshots.get(Currency::cad()).netCashDeposited,
             dec("10.005"));
   const auto error = errorOf([&] { ledger.record({ledger.deposit("1")}); });
-  EXPECT_THAT(*error->description(),
-              ::testing::StartsWith("Found a transfer but cash accounting is disabled: 2021-03-03"));
+  EXPECT_THAT(
+      *error->description(),
+      ::testing::StartsWith("Found a transfer but cash accounting is disabled: 2021-03-03"));
 }
 
 TEST(Accounting, KeepsOneSnapshotForEachYearThatHasARow) {
@@ -148,8 +148,9 @@ const std::string nbsp = "\u00A0";
 INSTANTIATE_TEST_SUITE_P(
     Accounting, RefusedTransaction,
     ::testing::Values(
-        Refusal{"Withdrawal", [](Ledger& l) { return std::vector{l.withdrawal("60.01")}; },
-                "Insufficient cash. The transaction requires CA$60.01 but only CA$60.00 is on hand."},
+        Refusal{
+            "Withdrawal", [](Ledger& l) { return std::vector{l.withdrawal("60.01")}; },
+            "Insufficient cash. The transaction requires CA$60.01 but only CA$60.00 is on hand."},
         Refusal{"Sale", [](Ledger& l) { return std::vector{l.sell("10.5", "1")}; },
                 "Insufficient shares. The transaction requires 10.5" + nbsp +
                     "shares of ABC but 10 are held."},
@@ -158,16 +159,18 @@ INSTANTIATE_TEST_SUITE_P(
                     "shares of ABC but 10 are held."},
         Refusal{"Split", [](Ledger& l) { return std::vector{l.split("10.0001", "20")}; },
                 "Expecting to split 10.0001" + nbsp + "shares of ABC but 10 are held."},
-        Refusal{"Yield",
-                [](Ledger& l) { return std::vector{l.yield(Type::returnOfCapital, "1", dec("9"))}; },
-                "The transaction declares a return of capital from 9" + nbsp +
-                    "shares of ABC but 10 are held."},
+        Refusal{
+            "Yield",
+            [](Ledger& l) { return std::vector{l.yield(Type::returnOfCapital, "1", dec("9"))}; },
+            "The transaction declares a return of capital from 9" + nbsp +
+                "shares of ABC but 10 are held."},
         Refusal{"Precision", [](Ledger& l) { return std::vector{l.buy("1", "10.005")}; },
                 "The cash amount CA$10.005 is of a greater precision than can be traded. (Round to "
                 "CA$10.00?)"},
-        Refusal{"DepositPrecision", [](Ledger& l) { return std::vector{l.deposit("0.125")}; },
-                "The cash amount (CA$0.125) is of a greater precision than can be traded. (Round to "
-                "(CA$0.12)?)"},
+        Refusal{
+            "DepositPrecision", [](Ledger& l) { return std::vector{l.deposit("0.125")}; },
+            "The cash amount (CA$0.125) is of a greater precision than can be traded. (Round to "
+            "(CA$0.12)?)"},
         Refusal{"Dates",
                 [](Ledger& l) {
                   auto late = l.deposit("1");

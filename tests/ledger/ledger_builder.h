@@ -18,7 +18,9 @@
 
 namespace corvane::testing {
 
-inline Decimal dec(const std::string& text) { return Decimal::fromWholeString(text).value(); }
+inline Decimal dec(const std::string& text) {
+  return Decimal::fromWholeString(text).value();
+}
 
 /// Noon of a day in Toronto.
 inline Date day(int year, int month, int dayOfMonth) {

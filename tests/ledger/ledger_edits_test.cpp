@@ -17,8 +17,9 @@ TEST(RecordTransactions, TakesAllBackWhenOneIsRefused) {
   ledger.record({ledger.deposit("100")});
   const LedgerState before = ledger.state();
   const auto sale = ledger.sell("5", "1");
-  const auto error =
-      errorOf([&] { ledger.record({ledger.deposit("1"), sale, ledger.deposit("2")}); });
+  const auto error = errorOf([&] {
+    ledger.record({ledger.deposit("1"), sale, ledger.deposit("2")});
+  });
   const auto* violation = error->as<Failure::ViolatesExistingTransaction>();
   ASSERT_NE(violation, nullptr);
   EXPECT_EQ(violation->existing->basic, sale);
@@ -42,10 +43,12 @@ TEST(RecordTransactions, NamesTheLaterRowThatAnEarlierOneBreaks) {
   const auto rows = ledger.record({ledger.deposit("100"), ledger.withdrawal("80")});
   ledger.on(day(2021, 3, 1) + 60);
   const auto error = errorOf([&] { ledger.record({ledger.withdrawal("30")}); });
-  EXPECT_EQ(*error, Failure(Failure::ViolatesExistingTransaction{
-                        rows[1], Failure(Failure::InsufficientCash{rows[1], 80, 70, Currency::cad()})
-                                     .copy()}));
-  EXPECT_EQ(error->description(), "This change would violate a transaction settled on Mar 2, 2021.");
+  EXPECT_EQ(
+      *error,
+      Failure(Failure::ViolatesExistingTransaction{
+          rows[1], Failure(Failure::InsufficientCash{rows[1], 80, 70, Currency::cad()}).copy()}));
+  EXPECT_EQ(error->description(),
+            "This change would violate a transaction settled on Mar 2, 2021.");
 }
 
 TEST(ReviseTransactions, KeepsTheRowInItsPlaceUntilItsDateChanges) {
@@ -57,13 +60,15 @@ TEST(ReviseTransactions, KeepsTheRowInItsPlaceUntilItsDateChanges) {
   LastChanges changes;
 
   first.note = "a note";
-  ledger.manager->reviseTransactions({rows[0]}, {first}, std::nullopt, ledger.portfolio, ledger.undo);
+  ledger.manager->reviseTransactions({rows[0]}, {first}, std::nullopt, ledger.portfolio,
+                                     ledger.undo);
   EXPECT_THAT(ledger.rows(), ElementsAre(rows[0], rows[1], rows[2]));
   EXPECT_EQ(changes.changes->modified, TransactionSet({rows[0]}));
   EXPECT_EQ(changes.changes->recalculated, TransactionSet());
 
   const auto moved = BulkRevision{.settlementDate = day(2021, 3, 2)}.applied(first);
-  ledger.manager->reviseTransactions({rows[0]}, {moved}, std::nullopt, ledger.portfolio, ledger.undo);
+  ledger.manager->reviseTransactions({rows[0]}, {moved}, std::nullopt, ledger.portfolio,
+                                     ledger.undo);
   EXPECT_THAT(ledger.rows(), ElementsAre(rows[1], rows[2], rows[0]));
   EXPECT_EQ(changes.changes->recalculated, TransactionSet({rows[1], rows[2]}));
 
@@ -87,8 +92,7 @@ TEST(ReviseTransactions, TellsTheUserOfHisOwnFaultInTheWordsOfHisEntry) {
 
 TEST(DeleteTransactions, GivesTheSameRowsBackOnUndo) {
   Ledger ledger;
-  const auto rows =
-      ledger.record({ledger.deposit("1"), ledger.deposit("2"), ledger.deposit("3")});
+  const auto rows = ledger.record({ledger.deposit("1"), ledger.deposit("2"), ledger.deposit("3")});
   const LedgerState before = ledger.state();
   LastChanges changes;
   ledger.manager->deleteTransactions({rows[0], rows[2]}, ledger.portfolio, ledger.undo);
@@ -144,15 +148,21 @@ TEST(LedgerEdits, RefuseRowsThatTheyDoNotKnow) {
   const std::vector<std::pair<std::function<void()>, std::string>> cases = {
       {[&] { manager.reviseTransactions({}, {}, std::nullopt, portfolio, nullptr); },
        "Subject and target transaction counts are mismatched for revision."},
-      {[&] { manager.reviseTransactions(rows, {basic, basic}, Anchors{}, portfolio, nullptr); },
+      {[&] {
+         manager.reviseTransactions(rows, {basic, basic}, Anchors{}, portfolio, nullptr);
+       },
        "Subject and target transaction counts are mismatched for revision."},
       {[&] { manager.reviseTransactions(strange, {basic}, std::nullopt, portfolio, nullptr); },
        "Cannot find existing transaction in the ledger to revise."},
       {[&] { manager.reviseTransactions({rows[0]}, {basic}, strange, portfolio, nullptr); },
        "Cannot find neighbour transaction in the ledger during revision."},
-      {[&] { manager.deleteTransactions({rows[0], strange[0]}, portfolio, nullptr); },
+      {[&] {
+         manager.deleteTransactions({rows[0], strange[0]}, portfolio, nullptr);
+       },
        "Cannot find existing transaction in the ledger to delete."},
-      {[&] { manager.deleteTransactions({rows[0], rows[0]}, portfolio, nullptr); },
+      {[&] {
+         manager.deleteTransactions({rows[0], rows[0]}, portfolio, nullptr);
+       },
        "Cannot find existing transaction in the ledger to delete."},
       {[&] { manager.insertTransactions({rows[0]}, {}, portfolio, nullptr); },
        "Subject and target transaction counts are mismatched for insertion."},
@@ -207,10 +217,9 @@ TEST(LedgerEdits, AreTakenBackWhenTheKeeperOfTheRowsFails) {
   const LedgerState before = ledger.state();
   for (const int failAt : {0, 1, 2}) {
     manager->failAt = failAt;
-    EXPECT_THROW(
-        ledger.record({ledger.yield(BasicTransaction::YieldType::dividend, "1"),
-                       ledger.deposit("1"), ledger.on(day(2021, 3, 2)).deposit("1")}),
-        std::runtime_error);
+    EXPECT_THROW(ledger.record({ledger.yield(BasicTransaction::YieldType::dividend, "1"),
+                                ledger.deposit("1"), ledger.on(day(2021, 3, 2)).deposit("1")}),
+                 std::runtime_error);
     EXPECT_EQ(ledger.state(), before);
   }
 }
@@ -230,7 +239,9 @@ TEST(LedgerEdits, PresentAnErrorThatAnUndoMeets) {
 TEST(Orders, OtherThanRecordsAreNotSupported) {
   Ledger ledger;
   const auto order = [&](auto kind) { ledger.manager->placeOrder({kind}, ledger.portfolio, {}); };
-  EXPECT_EQ(reasonOf(errorOf([&] { order(Order::Buy{ledger.abc, 1}); })),
+  EXPECT_EQ(reasonOf(errorOf([&] {
+              order(Order::Buy{ledger.abc, 1});
+            })),
             "Buy orders are not supported by this provider.");
   EXPECT_EQ(reasonOf(errorOf([&] { order(Order::Withdraw{Ledger::cad("1")}); })),
             "Withdrawal orders are not supported by this provider.");

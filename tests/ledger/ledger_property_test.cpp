@@ -1,5 +1,5 @@
-// Random ledgers under random edits. Whatever is edited, refused, undone and redone, the ledger must
-// agree with a naive bookkeeper, with its own walk from the start, and with its own past.
+// Random ledgers under random edits. Whatever is edited, refused, undone and redone, the ledger
+// must agree with a naive bookkeeper, with its own walk from the start, and with its own past.
 //
 // CORVANE_TEST_CASES sets the number of ledgers, CORVANE_TEST_SEED the first seed.
 
@@ -56,8 +56,8 @@ class RandomLedger {
   }
 
   BasicTransaction::Kind randomKind() {
-    static const std::vector<Currency> currencies = {
-        Currency::cad(), Currency::usd(), Currency::byCode().find("JPY")->second};
+    static const std::vector<Currency> currencies = {Currency::cad(), Currency::usd(),
+                                                     Currency::byCode().find("JPY")->second};
     const Currency& currency = currencies[below(currencies.size())];
     const EquityPointer& equity = pick(equities_);
     CurrencyAmount amount{currency, currency.minorUnits == 0 ? number(100'000, 0) : money()};
@@ -70,15 +70,15 @@ class RandomLedger {
       case 0:
         return BasicTransaction::Split{equity, chance(4) ? shares : heldAtEnd(equity), shares};
       case 1:
-        return BasicTransaction::JournaledShares{
-            equity, isNegative ? -shares : shares,
-            chance(2) ? std::optional(money()) : std::nullopt};
+        return BasicTransaction::JournaledShares{equity, isNegative ? -shares : shares,
+                                                 chance(2) ? std::optional(money()) : std::nullopt};
       case 2:
       case 3:
-        return BasicTransaction::Yield{
-            static_cast<BasicTransaction::YieldType>(below(4)), equity,
-            chance(3) ? std::optional(heldAtEnd(equity)) : std::nullopt,
-            {currency, abs(amount.amount)}, number(10'000'000, chance(3) ? 5 : 2)};
+        return BasicTransaction::Yield{static_cast<BasicTransaction::YieldType>(below(4)),
+                                       equity,
+                                       chance(3) ? std::optional(heldAtEnd(equity)) : std::nullopt,
+                                       {currency, abs(amount.amount)},
+                                       number(10'000'000, chance(3) ? 5 : 2)};
       case 4:
         return BasicTransaction::CashAdjustment{amount};
       case 5:
@@ -93,7 +93,8 @@ class RandomLedger {
   }
 
   BasicTransaction randomTransaction() {
-    const Date trade = day(2019 + static_cast<int>(below(5)), 12, 28) + 86400.0 * static_cast<double>(below(8));
+    const Date trade =
+        day(2019 + static_cast<int>(below(5)), 12, 28) + 86400.0 * static_cast<double>(below(8));
     const double settlesAfter = chance(50) ? -86400.0 : 86400.0 * static_cast<double>(below(3));
     return {randomKind(), trade, trade + settlesAfter, std::nullopt};
   }
@@ -127,7 +128,8 @@ class RandomLedger {
         const auto subjects = pickRows(2);
         std::vector<BasicTransaction> revisions;
         for (const auto& row : subjects) {
-          revisions.push_back(chance(2) ? randomTransaction() : BulkRevision{.note = "n"}.applied(row->basic));
+          revisions.push_back(chance(2) ? randomTransaction()
+                                        : BulkRevision{.note = "n"}.applied(row->basic));
         }
         return attempt(
             [&] {
@@ -207,8 +209,9 @@ class RandomLedger {
     past_.resize(position_);
     past_.push_back(before);
     ++position_;
-    checkAnnounced(before, subjects, where == Announced::inModified ? changes.changes->modified
-                                                                    : changes.changes->recalculated);
+    checkAnnounced(
+        before, subjects,
+        where == Announced::inModified ? changes.changes->modified : changes.changes->recalculated);
   }
 
   /// Exactly the other rows whose figures moved are announced.
@@ -255,9 +258,9 @@ class RandomLedger {
     ASSERT_TRUE(naive) << "the naive bookkeeper refuses what the ledger took";
     for (std::size_t i = 0; i < state.rows.size(); ++i) {
       const auto& row = state.rows[i];
-      EXPECT_EQ((NaiveLedger::Row{row.cashNet, row.sharesNet, row.costBasePrior,
-                                  row.row->capitalGain()}),
-                naive->rows[i])
+      EXPECT_EQ(
+          (NaiveLedger::Row{row.cashNet, row.sharesNet, row.costBasePrior, row.row->capitalGain()}),
+          naive->rows[i])
           << row.basic << state;
       EXPECT_FALSE(row.row->isDirty);
     }

@@ -1,5 +1,5 @@
-// A second bookkeeper: the rules of the ledger written down once more, as simply as they can be told,
-// without increments, checkpoints or undo. The tests compare the ledger with it.
+// A second bookkeeper: the rules of the ledger written down once more, as simply as they can be
+// told, without increments, checkpoints or undo. The tests compare the ledger with it.
 #pragma once
 
 #include <map>

@@ -47,8 +47,9 @@ TEST(PropertyChanges, FindEveryRowThatEverWasNegative) {
 TEST(PropertyChanges, KeepCashAccountsWhileThereAreTransfers) {
   Ledger ledger;
   ledger.record({ledger.adjustment("500"), ledger.withdrawal("500")});
-  const auto error =
-      errorOf<PortfolioPropertyChanger::Error>([&] { change(ledger, {"P", false, false}); });
+  const auto error = errorOf<PortfolioPropertyChanger::Error>([&] {
+    change(ledger, {"P", false, false});
+  });
   EXPECT_EQ(error->description(), "A withdrawal of CA$500.00 exists on Mar 2, 2021.");
   EXPECT_EQ(ledger.portfolio->name, "Untitled Portfolio");
 }

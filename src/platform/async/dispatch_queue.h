@@ -11,8 +11,9 @@ namespace corvane {
 /// How soon a global queue's work is wanted.
 enum class QualityOfService { userInitiated, standard, utility };
 
-/// Runs blocks of work in the order in which they were given, one at a time (main, serial) or many at
-/// a time (concurrent, global). Held by shared pointer only. All operations are safe on any thread.
+/// Runs blocks of work in the order in which they were given, one at a time (main, serial) or many
+/// at a time (concurrent, global). Held by shared pointer only. All operations are safe on any
+/// thread.
 ///
 /// Blocks must not throw; one that does ends the program with the error's text.
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {

@@ -36,8 +36,8 @@ class NotificationCenter {
 
  public:
   /// Keeps an observation alive; it ends with its scope. An observer on a queue is not called after
-  /// its end where that happens on the queue itself. Inline, a call that has begun on another thread
-  /// may still be going on.
+  /// its end where that happens on the queue itself. Inline, a call that has begun on another
+  /// thread may still be going on.
   class [[nodiscard]] Token {
    public:
     Token() = default;
@@ -53,7 +53,8 @@ class NotificationCenter {
   [[nodiscard]] static NotificationCenter& defaultCenter();
 
   /// Calls `handler` for every notification with this name, on the posting thread before post()
-  /// returns, or later on `queue` where one is given. With an `object`, only for those that it posts.
+  /// returns, or later on `queue` where one is given. With an `object`, only for those that it
+  /// posts.
   Token addObserver(std::string name, const void* object, Handler handler,
                     std::shared_ptr<DispatchQueue> queue = nullptr);
 

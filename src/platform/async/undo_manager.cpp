@@ -14,9 +14,13 @@ UndoManager::Token::~Token() {
   }
 }
 
-bool UndoManager::undo() { return perform(undoSteps_, Mode::undoing); }
+bool UndoManager::undo() {
+  return perform(undoSteps_, Mode::undoing);
+}
 
-bool UndoManager::redo() { return perform(redoSteps_, Mode::redoing); }
+bool UndoManager::redo() {
+  return perform(redoSteps_, Mode::redoing);
+}
 
 bool UndoManager::perform(std::vector<Step>& from, Mode mode) {
   if (mode_ != Mode::idle || groupingLevel_ > 0 || from.empty()) {
@@ -77,9 +81,13 @@ void UndoManager::setActionName(std::string name) {
   }
 }
 
-std::string UndoManager::undoActionName() const { return canUndo() ? undoSteps_.back().name : ""; }
+std::string UndoManager::undoActionName() const {
+  return canUndo() ? undoSteps_.back().name : "";
+}
 
-std::string UndoManager::redoActionName() const { return canRedo() ? redoSteps_.back().name : ""; }
+std::string UndoManager::redoActionName() const {
+  return canRedo() ? redoSteps_.back().name : "";
+}
 
 void UndoManager::beginUndoGrouping() {
   if (groupingLevel_++ == 0) {

@@ -46,12 +46,12 @@ class UndoManager {
   UndoManager(const UndoManager&) = delete;
   UndoManager& operator=(const UndoManager&) = delete;
 
-  /// Lets undo() call `handler(target)`, once. The target is held weakly: when it is gone, its part of
-  /// the step does nothing.
+  /// Lets undo() call `handler(target)`, once. The target is held weakly: when it is gone, its part
+  /// of the step does nothing.
   template <typename Target, typename Handler>
   void registerUndo(const std::shared_ptr<Target>& target, Handler handler) {
-    add({target, [weakTarget = std::weak_ptr<Target>(target),
-                  handler = std::move(handler)]() mutable {
+    add({target,
+         [weakTarget = std::weak_ptr<Target>(target), handler = std::move(handler)]() mutable {
            if (const auto living = weakTarget.lock()) {
              handler(*living);
            }
@@ -76,8 +76,8 @@ class UndoManager {
   [[nodiscard]] std::string undoActionName() const;
   [[nodiscard]] std::string redoActionName() const;
 
-  /// Whatever is registered until the matching end becomes one step, undone in reverse order. Groups
-  /// may be nested; the outermost makes the step. An empty group makes none.
+  /// Whatever is registered until the matching end becomes one step, undone in reverse order.
+  /// Groups may be nested; the outermost makes the step. An empty group makes none.
   void beginUndoGrouping();
   void endUndoGrouping();
 

@@ -119,7 +119,9 @@ std::optional<std::string> XMLError::description() const {
                          reason + ".";
 }
 
-void parseXML(std::string_view document, XMLHandler& handler) { Parse(handler).run(document); }
+void parseXML(std::string_view document, XMLHandler& handler) {
+  Parse(handler).run(document);
+}
 
 void parseXMLFile(const std::filesystem::path& path, XMLHandler& handler) {
   std::ifstream file(path, std::ios::binary);

@@ -14,8 +14,8 @@ namespace corvane {
 /// Why a document could not be read.
 class XMLError : public ErrorValue<XMLError> {
  public:
-  XMLError(std::string reason, std::size_t line, std::size_t column)
-      : reason(std::move(reason)), line(line), column(column) {}
+  XMLError(std::string what, std::size_t atLine, std::size_t atColumn)
+      : reason(std::move(what)), line(atLine), column(atColumn) {}
 
   std::string reason;
   std::size_t line;    ///< from 1; 0 where the file itself could not be read
@@ -50,8 +50,8 @@ class XMLHandler {
 /// document that is not well formed, whose elements are nested more than 256 deep, or that declares
 /// entities of its own: these serve attacks and not data.
 ///
-/// Events up to the fault have been told by then. An exception of the handler ends the parse and goes
-/// on to the caller. Any thread.
+/// Events up to the fault have been told by then. An exception of the handler ends the parse and
+/// goes on to the caller. Any thread.
 void parseXML(std::string_view document, XMLHandler& handler);
 
 /// As parseXML, of the file at `path`.

@@ -13,8 +13,7 @@ class Text : public std::enable_shared_from_this<Text> {
   explicit Text(std::shared_ptr<UndoManager> undo) : undo_(std::move(undo)) {}
 
   void set(std::string value) {
-    undo_->registerUndo(shared_from_this(),
-                        [former = value_](Text& text) { text.set(former); });
+    undo_->registerUndo(shared_from_this(), [former = value_](Text& text) { text.set(former); });
     value_ = std::move(value);
   }
   [[nodiscard]] const std::string& value() const { return value_; }
@@ -124,8 +123,8 @@ TEST_F(UndoManagerTest, KeepsNoMoreStepsThanItIsToldTo) {
 TEST_F(UndoManagerTest, TellsItsObserversUntilTheyEnd) {
   std::string seen;
   {
-    const auto token =
-        undo->addObserver([&](UndoManager::Change change) { seen += "+-="[static_cast<int>(change)]; });
+    const auto token = undo->addObserver(
+        [&](UndoManager::Change change) { seen += "+-="[static_cast<int>(change)]; });
     text->set("a");
     undo->undo();
     undo->redo();
