@@ -8,14 +8,16 @@
 
 namespace corvane {
 
-/// How soon a global queue's work is wanted.
+/// What a queue's work is for. All qualities share the same threads.
 enum class QualityOfService { userInitiated, standard, utility };
 
 /// Runs blocks of work in the order in which they were given, one at a time (main, serial) or many
 /// at a time (concurrent, global). Held by shared pointer only. All operations are safe on any
 /// thread.
 ///
-/// Blocks must not throw; one that does ends the program with the error's text.
+/// Blocks must not throw; one that does ends the program. A queue lives as long as it has work to
+/// do, but blocks that an inactive queue still keeps when its last holder lets go are destroyed
+/// unrun.
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
  public:
   using Work = std::move_only_function<void()>;
