@@ -100,6 +100,10 @@ class Decimal {
 
   /// Numeric and total: NaN equals NaN and orders below every number.
   friend bool operator==(const Decimal& left, const Decimal& right) = default;
+  friend bool operator<(const Decimal& left, const Decimal& right);
+  friend bool operator>(const Decimal& left, const Decimal& right);
+  friend bool operator<=(const Decimal& left, const Decimal& right);
+  friend bool operator>=(const Decimal& left, const Decimal& right);
   friend std::strong_ordering operator<=>(const Decimal& left, const Decimal& right);
 
   /// Plain digits with a point, no grouping, no power of ten: "-1234.5", "0", "NaN".
@@ -124,8 +128,7 @@ class Decimal {
   // For every operand; the operators first try what decimal_small.h does in a few instructions.
   static Decimal sum(const Decimal& left, const Decimal& right);
   static Decimal product(const Decimal& left, const Decimal& right);
-  static std::strong_ordering order(const Decimal& left, const Decimal& right);
-  static std::strong_ordering magnitudeOrder(const Decimal& left, const Decimal& right);
+  static bool hasLessMagnitude(const Decimal& left, const Decimal& right);
 
   /// Its sign and the place of its first digit in one number. Numbers whose coarse orders are more
   /// than 1 apart compare like them.
