@@ -1,5 +1,6 @@
 // Any bytes as the text of a number: reading never fails but by giving no value, and what it gives
 // survives writing, rounding and the operations that must undo each other.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
@@ -22,7 +23,8 @@ void checkRounding(const Decimal& value, int scale) {
     if (once.isNaN())
       continue;  // rounded up beyond the greatest
     require(rounded(once, scale, mode) == once);
-    require(once.isZero() || once.exponent() >= -scale || once == value);
+    const int least = std::min(-scale, Decimal::maximumExponent);
+    require(once.isZero() || once.exponent() >= least || once == value);
   }
   require(abs(rounded(value, scale, RoundingMode::down)) <= abs(value));
 }
@@ -57,9 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   // The second half of the text as another operand.
   const Decimal other = Decimal::fromString(text.substr(size / 2)).value_or(3);
-  const Decimal sum = *value + other;
-  require(sum == other + *value && *value * other == other * *value);
-  require(sum.isNaN() || other.sign() == corvane::Sign::minus || sum >= *value);
+  require(*value + other == other + *value && *value * other == other * *value);
+  require(*value - other == -(other - *value));
   require((*value < other) == (other > *value));
   return 0;
 }
