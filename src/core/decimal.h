@@ -27,10 +27,15 @@ enum class Sign { plus, minus };
 /// An exact base-ten number: sign, 128-bit mantissa, power of ten from -128 to 127.
 ///
 /// Always compact: trailing zeros of the mantissa live in the exponent as far as it reaches,
-/// so 10.50 and 10.5 are the same bits. There is no negative zero. An operation whose exact result
-/// fits the mantissa and exponent is exact; others are rounded with RoundingMode::plain to fit 38
-/// digits. Overflow and division by zero give nan(), underflow gives 0, and an operation with a NaN
-/// gives nan(). Never allocates except for text, never throws. A plain value, safe on any thread.
+/// so 10.50 and 10.5 are the same bits. There is no negative zero. Never allocates except for text,
+/// never throws. A plain value, safe on any thread.
+///
+/// Arithmetic and reading give the exact result where mantissa and exponent can hold it, be it of
+/// 38 digits or of the 39 that still fit. Every other result is rounded once, from its exact value,
+/// with RoundingMode::plain: to 38 digits, or to whole multiples of 10^-128 where 38 digits would
+/// reach below them (so what is less than half of 10^-128 becomes 0), or of 10^127 where they would
+/// end above that. A result that even so exceeds greatestFiniteMagnitude() is nan(), as are a
+/// division by zero and every operation with a NaN.
 class Decimal {
  public:
   __extension__ using Mantissa = unsigned __int128;
