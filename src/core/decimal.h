@@ -155,7 +155,8 @@ static_assert(sizeof(Decimal) == 24 && std::is_trivially_copyable_v<Decimal>);
 [[nodiscard]] Decimal abs(const Decimal& value);
 
 /// `value` with at most `scale` digits after the point. A value that has no more is returned as it
-/// is, so 1.2 to two digits stays 1.2. A negative scale rounds to tens, hundreds and so on.
+/// is, so 1.2 to two digits stays 1.2. A negative scale rounds to tens, hundreds and so on;
+/// only there may a result lie beyond the range, which gives nan().
 [[nodiscard]] Decimal rounded(const Decimal& value, int scale, RoundingMode mode);
 
 }  // namespace corvane
