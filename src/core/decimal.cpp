@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -152,36 +153,19 @@ Decimal operator/(const Decimal& left, const Decimal& right) {
                          wide::restOf(remainder, right.mantissa()));
 }
 
-int Decimal::coarseOrder() const {
-  if (isNaN())
-    return std::numeric_limits<int>::min() / 2;
-  if (isZero())
-    return 0;
-  constexpr int aboveAnyExponent = 512;
-  const int leading = exponent() + wide::digitEstimate(wide::bitWidth(mantissa()));
-  return sign() == Sign::plus ? aboveAnyExponent + leading : -(aboveAnyExponent + leading);
-}
-
-std::strong_ordering Decimal::order(const Decimal& left, const Decimal& right) {
-  const int coarse = left.coarseOrder() - right.coarseOrder();
-  if (coarse > 1 || coarse < -1)
-    return coarse <=> 0;
-  return left.sign() == Sign::plus ? magnitudeOrder(left, right) : magnitudeOrder(right, left);
-}
-
-std::strong_ordering Decimal::magnitudeOrder(const Decimal& left, const Decimal& right) {
+bool Decimal::hasLessMagnitude(const Decimal& left, const Decimal& right) {
   const int gap = left.exponent() - right.exponent();
   if (gap == 0)
-    return left.mantissa() <=> right.mantissa();
-  if (gap < 0)
-    return 0 <=> magnitudeOrder(right, left);
-  if (gap > maximumDigits)
-    return std::strong_ordering::greater;
-  const Uint256 raised =
-      wide::multiply(left.mantissa(), wide::powersOfTen128[static_cast<std::size_t>(gap)]);
+    return left.mantissa() < right.mantissa();
+  // The upper mantissa is brought to the place of the lower one, where it is compared if it fits.
+  const int distance = std::abs(gap);
+  if (distance > maximumDigits)
+    return gap < 0;
+  const Uint256 raised = wide::multiply(gap > 0 ? left.mantissa() : right.mantissa(),
+                                        wide::powersOfTen128[static_cast<std::size_t>(distance)]);
   if (!raised.fits128())
-    return std::strong_ordering::greater;
-  return raised.low128() <=> right.mantissa();
+    return gap < 0;
+  return gap > 0 ? raised.low128() < right.mantissa() : left.mantissa() < raised.low128();
 }
 
 Decimal abs(const Decimal& value) {

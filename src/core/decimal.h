@@ -27,10 +27,15 @@ enum class Sign { plus, minus };
 /// An exact base-ten number: sign, 128-bit mantissa, power of ten from -128 to 127.
 ///
 /// Always compact: trailing zeros of the mantissa live in the exponent as far as it reaches,
-/// so 10.50 and 10.5 are the same bits. There is no negative zero. An operation whose exact result
-/// fits the mantissa and exponent is exact; others are rounded with RoundingMode::plain to fit 38
-/// digits. Overflow and division by zero give nan(), underflow gives 0, and an operation with a NaN
-/// gives nan(). Never allocates except for text, never throws. A plain value, safe on any thread.
+/// so 10.50 and 10.5 are the same bits. There is no negative zero. Never allocates except for text,
+/// never throws. A plain value, safe on any thread.
+///
+/// Arithmetic and reading give the exact result where mantissa and exponent can hold it, be it of
+/// 38 digits or of the 39 that still fit. Every other result is rounded once, from its exact value,
+/// with RoundingMode::plain: to 38 digits, or to whole multiples of 10^-128 where 38 digits would
+/// reach below them (so what is less than half of 10^-128 becomes 0), or of 10^127 where they would
+/// end above that. A result that even so exceeds greatestFiniteMagnitude() is nan(), as are a
+/// division by zero and every operation with a NaN.
 class Decimal {
  public:
   __extension__ using Mantissa = unsigned __int128;
@@ -100,6 +105,10 @@ class Decimal {
 
   /// Numeric and total: NaN equals NaN and orders below every number.
   friend bool operator==(const Decimal& left, const Decimal& right) = default;
+  friend bool operator<(const Decimal& left, const Decimal& right);
+  friend bool operator>(const Decimal& left, const Decimal& right);
+  friend bool operator<=(const Decimal& left, const Decimal& right);
+  friend bool operator>=(const Decimal& left, const Decimal& right);
   friend std::strong_ordering operator<=>(const Decimal& left, const Decimal& right);
 
   /// Plain digits with a point, no grouping, no power of ten: "-1234.5", "0", "NaN".
@@ -124,8 +133,7 @@ class Decimal {
   // For every operand; the operators first try what decimal_small.h does in a few instructions.
   static Decimal sum(const Decimal& left, const Decimal& right);
   static Decimal product(const Decimal& left, const Decimal& right);
-  static std::strong_ordering order(const Decimal& left, const Decimal& right);
-  static std::strong_ordering magnitudeOrder(const Decimal& left, const Decimal& right);
+  static bool hasLessMagnitude(const Decimal& left, const Decimal& right);
 
   /// Its sign and the place of its first digit in one number. Numbers whose coarse orders are more
   /// than 1 apart compare like them.
@@ -147,7 +155,8 @@ static_assert(sizeof(Decimal) == 24 && std::is_trivially_copyable_v<Decimal>);
 [[nodiscard]] Decimal abs(const Decimal& value);
 
 /// `value` with at most `scale` digits after the point. A value that has no more is returned as it
-/// is, so 1.2 to two digits stays 1.2. A negative scale rounds to tens, hundreds and so on.
+/// is, so 1.2 to two digits stays 1.2. A negative scale rounds to tens, hundreds and so on;
+/// only there may a result lie beyond the range, which gives nan().
 [[nodiscard]] Decimal rounded(const Decimal& value, int scale, RoundingMode mode);
 
 }  // namespace corvane

@@ -76,8 +76,8 @@ Decimal decimalOf(Sign sign, Uint256&& magnitude, std::int64_t exponent, Rest re
     }
   }
 
-  if (dropDigits(magnitude, drop, rest) >= Rest::half)
-    increment(magnitude);
+  const Rest dropped = dropDigits(magnitude, drop, rest);
+  addWord(magnitude, dropped >= Rest::half ? 1 : 0);
   if (!magnitude.fits128())
     return Decimal::nan();
   return Decimal::fromMantissa(sign, magnitude.low128(), place + drop);

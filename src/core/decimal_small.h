@@ -4,6 +4,7 @@
 
 #include <array>
 #include <bit>
+#include <limits>
 
 #include "core/decimal.h"
 
@@ -120,13 +121,43 @@ inline Decimal operator*(const Decimal& left, const Decimal& right) {
   return Decimal::product(left, right);
 }
 
-inline std::strong_ordering operator<=>(const Decimal& left, const Decimal& right) {
+inline int Decimal::coarseOrder() const {
+  if ((low_ | high_) == 0) [[unlikely]] {
+    return flags_ == notANumber ? std::numeric_limits<int>::min() / 2 : 0;
+  }
+  const int bits = high_ != 0 ? 128 - std::countl_zero(high_) : 64 - std::countl_zero(low_);
+  // 1233 / 4096 is log10(2), near enough to be no more than one digit short at 128 bits.
+  constexpr int aboveAnyExponent = 512;
+  const int leading = aboveAnyExponent + exponent_ + (bits * 1233 >> 12);
+  return flags_ == negative ? -leading : leading;
+}
+
+inline bool operator<(const Decimal& left, const Decimal& right) {
   const int gap = left.exponent_ - right.exponent_;
   if (Decimal::areSmall(left, right) && small::isNear(gap)) {
-    return small::Int128{left.signedMantissa()} * small::raising(gap) <=>
+    return small::Int128{left.signedMantissa()} * small::raising(gap) <
            small::Int128{right.signedMantissa()} * small::raising(-gap);
   }
-  return Decimal::order(left, right);
+  const int coarse = left.coarseOrder() - right.coarseOrder();
+  if (coarse > 1 || coarse < -1)
+    return coarse < 0;
+  return left.flags_ == Decimal::negative ? Decimal::hasLessMagnitude(right, left)
+                                          : Decimal::hasLessMagnitude(left, right);
+}
+inline bool operator>(const Decimal& left, const Decimal& right) {
+  return right < left;
+}
+inline bool operator<=(const Decimal& left, const Decimal& right) {
+  return !(right < left);
+}
+inline bool operator>=(const Decimal& left, const Decimal& right) {
+  return !(left < right);
+}
+
+inline std::strong_ordering operator<=>(const Decimal& left, const Decimal& right) {
+  if (left == right)
+    return std::strong_ordering::equal;
+  return left < right ? std::strong_ordering::less : std::strong_ordering::greater;
 }
 
 }  // namespace corvane

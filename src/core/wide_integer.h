@@ -20,7 +20,10 @@ struct Uint256 {
 
   constexpr Uint256() = default;
   constexpr Uint256(Uint128 value)  // NOLINT(google-explicit-constructor): widens without loss
-      : words{static_cast<std::uint64_t>(value), static_cast<std::uint64_t>(value >> 64), 0, 0} {}
+      : Uint256(0, value) {}
+  constexpr Uint256(Uint128 high, Uint128 low)
+      : words{static_cast<std::uint64_t>(low), static_cast<std::uint64_t>(low >> 64),
+              static_cast<std::uint64_t>(high), static_cast<std::uint64_t>(high >> 64)} {}
 
   [[nodiscard]] constexpr bool fits128() const { return (words[2] | words[3]) == 0; }
   [[nodiscard]] constexpr Uint128 low128() const { return Uint128{words[1]} << 64 | words[0]; }
@@ -47,44 +50,30 @@ constexpr int bitWidth(Uint128 value) {
 }
 
 constexpr int bitWidth(const Uint256& value) {
-  for (int i = 3; i > 0; --i) {
-    const std::uint64_t word = value.words[static_cast<std::size_t>(i)];
-    if (word != 0)
-      return 64 * i + bitWidth(word);
+  const Uint128 high = value.high128();
+  return high != 0 ? 128 + bitWidth(high) : bitWidth(value.low128());
+}
+
+/// Adds one word in place.
+constexpr void addWord(Uint256& value, std::uint64_t word) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    value.words[i] += word;
+    if (value.words[i] >= word)
+      return;
+    word = 1;
   }
-  return bitWidth(value.words[0]);
 }
 
 /// Sum and difference; the caller knows that they stay in range.
 constexpr Uint256 add(const Uint256& left, const Uint256& right) {
-  Uint256 sum;
-  std::uint64_t carry = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Uint128 word = Uint128{left.words[i]} + right.words[i] + carry;
-    sum.words[i] = static_cast<std::uint64_t>(word);
-    carry = static_cast<std::uint64_t>(word >> 64);
-  }
-  assert(carry == 0);
-  return sum;
-}
-
-constexpr void increment(Uint256& value) {
-  for (auto& word : value.words) {
-    if (++word != 0)
-      return;
-  }
+  const Uint128 low = left.low128() + right.low128();
+  const Uint128 carry = low < right.low128() ? 1 : 0;
+  return {left.high128() + right.high128() + carry, low};
 }
 
 constexpr Uint256 subtract(const Uint256& left, const Uint256& right) {
-  Uint256 difference;
-  std::uint64_t borrow = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Uint128 word = Uint128{left.words[i]} - right.words[i] - borrow;
-    difference.words[i] = static_cast<std::uint64_t>(word);
-    borrow = static_cast<std::uint64_t>(word >> 64) & 1;
-  }
-  assert(borrow == 0);
-  return difference;
+  const Uint128 borrow = left.low128() < right.low128() ? 1 : 0;
+  return {left.high128() - right.high128() - borrow, left.low128() - right.low128()};
 }
 
 constexpr Uint256 multiply(Uint128 left, Uint128 right) {
@@ -268,9 +257,11 @@ class WideDivisor {
         cut == 128 ? value.high128() : value.low128() >> cut | value.high128() << 1 << (127 - cut);
     Uint128 quotient = multiply(leading, reciprocal_).high128() >> (bits_ - 1 - cut);
     Uint128 remainder = value.low128() - quotient * divisor_;
-    while (remainder >= divisor_) {
-      ++quotient;
-      remainder -= divisor_;
+    for (int i = 0; i < 2; ++i) {
+      // Arithmetic, because a branch would go either way by chance.
+      const Uint128 isTooSmall = remainder >= divisor_ ? 1 : 0;
+      quotient += isTooSmall;
+      remainder -= divisor_ & (0 - isTooSmall);
     }
     value = Uint256{quotient};
     return remainder;

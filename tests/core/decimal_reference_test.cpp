@@ -348,6 +348,8 @@ void checkArithmetic(Generator& generator, int operation) {
                                                : int(left > right) - int(left < right);
       EXPECT_EQ(a <=> b, order <=> 0);
       EXPECT_EQ(a == b, order == 0);
+      EXPECT_EQ(a < b, order < 0);
+      EXPECT_EQ(a > b, order > 0);
       EXPECT_TRUE(a != b || std::hash<Decimal>()(a) == std::hash<Decimal>()(b));
   }
 }
