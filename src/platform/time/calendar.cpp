@@ -76,45 +76,18 @@ std::int64_t dayCountAfterMonths(std::int64_t count, std::int64_t months) {
   return dayCount(year, month, std::min(day.day, daysInMonth(year, month)));
 }
 
-/// `moment` moved by days of the clock. A zone that changes to the other side of the date line
-/// skips or repeats a whole day, which then does not count as one.
-Seconds momentAfterDays(const ZoneHistory& history, Seconds moment, std::int64_t days) {
-  const std::int32_t offset = history.offsetAt(moment);
-  const Seconds moved = moment + days * secondsPerDay;
-  const std::int32_t change = history.offsetAt(moved) - offset;
-  if (change == 0) {
-    return moved;
-  }
-  const std::int32_t changeThere = history.offsetAt(moved - change % secondsPerDay) - offset;
-  return history.momentOfWall(moved + offset + changeThere / secondsPerDay * secondsPerDay);
-}
-
-Seconds momentAfterMonths(const ZoneHistory& history, Seconds moment, std::int64_t months) {
-  const std::int32_t offset = history.offsetAt(moment);
-  const WallTime wall(moment + offset);
-  const std::int64_t day = dayCountAfterMonths(wall.dayCount, months);
-  return history.momentOfWall(day * secondsPerDay + wall.secondOfDay, offset);
-}
-
-Seconds momentAfter(const ZoneHistory& history, Seconds moment, CalendarUnit unit,
-                    std::int64_t value) {
+/// The day `value` units (year to day) after the given one.
+std::int64_t dayCountAfter(std::int64_t count, CalendarUnit unit, std::int64_t value) {
   switch (unit) {
     case CalendarUnit::year:
-      return momentAfterMonths(history, moment, value * 12);
+      return dayCountAfterMonths(count, value * 12);
     case CalendarUnit::month:
-      return momentAfterMonths(history, moment, value);
+      return dayCountAfterMonths(count, value);
     case CalendarUnit::weekOfYear:
-      return momentAfterDays(history, moment, value * 7);
-    case CalendarUnit::day:
-      return momentAfterDays(history, moment, value);
-    case CalendarUnit::hour:
-      return moment + value * 3600;
-    case CalendarUnit::minute:
-      return moment + value * 60;
-    case CalendarUnit::second:
-      return moment + value;
+      return count + value * 7;
+    default:
+      return count + value;
   }
-  std::unreachable();
 }
 
 /// Seconds of an hour, a minute or a second; none for the units that have no fixed length.
@@ -294,7 +267,14 @@ std::optional<Date> Calendar::dateByAdding(CalendarUnit unit, int value, Date da
     return std::nullopt;
   }
   const Seconds moment = wholeSecondsSince1970(date);
-  return expressible(dateAt(momentAfter(history(), moment, unit, value), date));
+  if (const auto length = fixedLength(unit)) {
+    return expressible(dateAt(moment + std::int64_t{value} * *length, date));
+  }
+  const std::int32_t offset = history().offsetAt(moment);
+  const WallTime wall(moment + offset);
+  const std::int64_t day = dayCountAfter(wall.dayCount, unit, value);
+  const Seconds target = day * secondsPerDay + wall.secondOfDay;
+  return expressible(dateAt(history().momentOfWall(target, offset), date));
 }
 
 std::optional<Date> Calendar::dateByAdding(const DateComponents& span, Date date) const {

@@ -61,9 +61,9 @@ class Calendar {
 
   /// `date` moved by one field of `span` after the other, the largest first. Years and months keep
   /// the day of the month where the target month has it and take its last day otherwise. Years to
-  /// days keep the civil time of day; hours, minutes and seconds are counted in elapsed time. A day
-  /// that a zone leaves out when it crosses the date line is not counted. None where the result, or
-  /// a step on the way to it, is beyond what the calendar can express.
+  /// days keep the civil time of day; hours, minutes and seconds are counted in elapsed time. Days
+  /// are counted by the calendar, also one that a zone left out when it crossed the date line. None
+  /// where the result, or a step on the way to it, is beyond what the calendar can express.
   [[nodiscard]] std::optional<Date> dateByAdding(const DateComponents& span, Date date) const;
 
   /// The first moment of the day of `date`: 00:00:00, or later where a clock change skips midnight.

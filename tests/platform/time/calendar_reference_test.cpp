@@ -6,6 +6,7 @@
 #include <unicode/basictz.h>
 #include <unicode/gregocal.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
@@ -68,14 +69,13 @@ class Reference {
     if (unit == hour || unit == minute || unit == second) {
       return moved;
     }
-    if ((unit == day || unit == weekOfYear) &&
-        calendar_.get(UCAL_MILLISECONDS_IN_DAY, status_) != timeOfDay) {
-      // A skipped time, which ICU takes with the offset of `date` even if that is long out of use.
-      // Its count of days stands: a day that was left out at the date line is none.
+    const bool countsDays = unit == day || unit == weekOfYear;
+    if (countsDays && (calendar_.get(UCAL_MILLISECONDS_IN_DAY, status_) != timeOfDay ||
+                       isAcrossDateLine(date, moved))) {
+      // ICU goes by elapsed time here: it takes a skipped time with the offset of `date`, however
+      // long out of use, and counts the day that a zone left out in one season and not in another.
       target.set(day, *target.day() + value * (unit == day ? 1 : 7));
-      const double daysLeftOut = std::round(moved.timeIntervalSince(this->date(target)) / 86400);
-      target.set(day, *target.day() + static_cast<int>(daysLeftOut));
-      return this->date(target);
+      return occurrence(this->date(target), offset);
     }
     // Where the time occurs twice ICU takes one by the field that was added, we the one with the
     // offset that the date had.
@@ -105,6 +105,17 @@ class Reference {
     return weekday == UCAL_SATURDAY || weekday == UCAL_SUNDAY;
   }
 
+  /// Whether the zone changed to the other side of the date line between the two, or close by.
+  bool isAcrossDateLine(Date first, Date second) {
+    constexpr int halfADay = 12 * 3600 * 1000;
+    constexpr double twoDays = 2 * 86400;
+    setTime(std::min(first, second) - twoDays);
+    const int offset = offsetOfTime();
+    setTime(std::max(first, second) + twoDays);
+    return std::abs(offsetOfTime() - offset) > halfADay;
+  }
+
+ private:
   /// Whether clocks show the civil time of `date` at another moment too.
   bool isRepeated(Date date) {
     std::int32_t raw = 0;
@@ -120,7 +131,6 @@ class Reference {
     return former != raw + savings;
   }
 
- private:
   static double milliseconds(Date date) { return date.timeIntervalSince1970() * 1000; }
   void setTime(Date date) { calendar_.setTime(milliseconds(date), status_); }
   Date time() { return Date::since1970(calendar_.getTime(status_) / 1000); }
@@ -220,6 +230,9 @@ class Comparison {
   }
 
   void compareDifferences(Date from, Date to) {
+    if (reference_.isAcrossDateLine(from, to)) {
+      return;
+    }
     const Units units = differenceUnits[static_cast<std::size_t>(between(0, 4))];
     DateComponents span;
     Date cursor = from;
