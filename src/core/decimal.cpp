@@ -21,6 +21,28 @@ Sign signOf(bool negative) {
   return negative ? Sign::minus : Sign::plus;
 }
 
+/// The sum of `upper` × 10^`gap` and `lower`, or their difference, in units of 10^`gap`, where it
+/// has 38 digits and something beyond them that is lost in rounding; else 0. This is what the sum
+/// of two long numbers mostly comes to, and it takes no more than 128 bits.
+Uint128 roundedSum(Uint128 upper, Uint128 lower, int gap, bool isDifference) {
+  if (gap < 1 || gap > Decimal::maximumDigits)
+    return 0;
+  const auto place = static_cast<std::size_t>(gap);
+  Uint128 quotient = lower;
+  const Uint128 remainder = wide::wideTenDivisors[place].divideInPlace(quotient);
+  // A remainder of a single digit might be kept as the 39th.
+  if (remainder == 0 || std::countr_zero(static_cast<std::uint64_t>(remainder)) >= gap - 1)
+    return 0;
+  const Uint128 power = wide::powersOfTen128[place];
+  const Uint128 kept = isDifference ? upper - quotient - 1 : upper + quotient;
+  const Uint128 rest = isDifference ? power - remainder : remainder;
+  constexpr Uint128 least = wide::powersOfTen128[Decimal::maximumDigits - 1];
+  // Below the least or wrapped around below zero.
+  if (kept - least >= 9 * least)
+    return 0;
+  return kept + (rest >= power - rest ? 1 : 0);
+}
+
 /// A 256-bit number below this may be multiplied by ten.
 constexpr Uint256 tenthOfRange = [] {
   Uint256 range;
@@ -96,9 +118,13 @@ Decimal Decimal::sum(const Decimal& left, const Decimal& right) {
   const Decimal& upper = leftIsUpper ? left : right;
   const Decimal& lower = leftIsUpper ? right : left;
 
+  const int gap = upper.exponent() - lower.exponent();
+  const bool isDifference = upper.sign() != lower.sign();
+  if (const Uint128 mantissa = roundedSum(upper.mantissa(), lower.mantissa(), gap, isDifference)) {
+    return fromMantissa(upper.sign(), mantissa, upper.exponent());
+  }
   // The upper operand is brought down to the lower one's place. Where that would take more than 76
   // digits, what the lower operand has beyond them only counts as a rest.
-  const int gap = upper.exponent() - lower.exponent();
   const int shift =
       gap < maximumDigits ? gap : std::min(gap, 76 - wide::digitCount(upper.mantissa()));
   const Uint256 raised =
@@ -109,7 +135,7 @@ Decimal Decimal::sum(const Decimal& left, const Decimal& right) {
   const Rest rest = wide::dropDigits(added, gap - shift, Rest::zero);
   const int place = upper.exponent() - shift;
 
-  if (upper.sign() == lower.sign()) {
+  if (!isDifference) {
     return wide::decimalOf(upper.sign(), wide::add(raised, added), place, rest);
   }
   if (wide::lessThan(raised, added)) {

@@ -138,6 +138,7 @@ class Decimal {
   /// Its sign and the place of its first digit in one number. Numbers whose coarse orders are more
   /// than 1 apart compare like them.
   [[nodiscard]] int coarseOrder() const;
+  [[nodiscard]] static int orderOfLong(const Decimal& left, const Decimal& right);
 
   static bool areSmall(const Decimal& left, const Decimal& right);
   static Decimal fromWord(std::int64_t value, int exponent);

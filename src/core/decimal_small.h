@@ -132,7 +132,29 @@ inline int Decimal::coarseOrder() const {
   return flags_ == negative ? -leading : leading;
 }
 
+/// The order of two numbers of more than 64 bits by their signs and leading places; 0 where these
+/// do not decide, or where an operand is shorter.
+inline int Decimal::orderOfLong(const Decimal& left, const Decimal& right) {
+  if (left.high_ == 0 || right.high_ == 0) {
+    return 0;
+  }
+  if (left.flags_ != right.flags_) {
+    return left.flags_ == negative ? -1 : 1;
+  }
+  // By their leading bits alone the operands are more than `places` - 0.31 and less than
+  // `places` + 1.31 decimal places apart.
+  const int places = left.exponent_ - right.exponent_ +
+                     ((std::countl_zero(right.high_) - std::countl_zero(left.high_)) * 1233 >> 12);
+  if (places > 0 || places < -1) {
+    return (places > 0) == (left.flags_ == positive) ? 1 : -1;
+  }
+  return 0;
+}
+
 inline bool operator<(const Decimal& left, const Decimal& right) {
+  if (const int order = Decimal::orderOfLong(left, right)) {
+    return order < 0;
+  }
   const int gap = left.exponent_ - right.exponent_;
   if (Decimal::areSmall(left, right) && small::isNear(gap)) {
     return small::Int128{left.signedMantissa()} * small::raising(gap) <

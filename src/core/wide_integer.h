@@ -248,6 +248,10 @@ class WideDivisor {
   }
 
   /// Divides `value` in place and returns the remainder.
+  constexpr Uint128 divideInPlace(Uint128& value) const {
+    const Uint128 quotient = multiply(value, reciprocal_).high128() >> (bits_ - 1);
+    return settle(quotient, value, value);
+  }
   constexpr Uint128 divideInPlace(Uint256& value) const {
     assert(canDivide(value));
     // The 128 leading bits times the reciprocal. What is cut off either of them, and off their
@@ -256,18 +260,26 @@ class WideDivisor {
     const Uint128 leading =
         cut == 128 ? value.high128() : value.low128() >> cut | value.high128() << 1 << (127 - cut);
     Uint128 quotient = multiply(leading, reciprocal_).high128() >> (bits_ - 1 - cut);
-    Uint128 remainder = value.low128() - quotient * divisor_;
-    for (int i = 0; i < 2; ++i) {
-      // Arithmetic, because a branch would go either way by chance.
-      const Uint128 isTooSmall = remainder >= divisor_ ? 1 : 0;
-      quotient += isTooSmall;
-      remainder -= divisor_ & (0 - isTooSmall);
-    }
+    const Uint128 remainder = settle(quotient, value.low128(), quotient);
     value = Uint256{quotient};
     return remainder;
   }
 
  private:
+  /// Corrects an estimate of `dividend` / divisor that is at most 2 too small, and returns the
+  /// remainder. Of the dividend the low half suffices.
+  constexpr Uint128 settle(Uint128 estimate, Uint128 dividend, Uint128& quotient) const {
+    Uint128 remainder = dividend - estimate * divisor_;
+    for (int i = 0; i < 2; ++i) {
+      // Arithmetic, because a branch would go either way by chance.
+      const Uint128 isTooSmall = remainder >= divisor_ ? 1 : 0;
+      estimate += isTooSmall;
+      remainder -= divisor_ & (0 - isTooSmall);
+    }
+    quotient = estimate;
+    return remainder;
+  }
+
   Uint128 divisor_;
   Uint128 reciprocal_ = 0;  // 2^(127 + bits_) / divisor_
   int bits_;
