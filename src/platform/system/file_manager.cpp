@@ -1,0 +1,207 @@
+#include "platform/system/file_manager.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace corvane {
+
+std::optional<std::string> FileError::description() const {
+  return "Cannot " + operation + " “" + path.string() +
+         "”: " + std::generic_category().message(number) + ".";
+}
+
+namespace files {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// An open file descriptor.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) {
+      ::close(number_);
+    }
+  }
+  [[nodiscard]] int number() const { return number_; }
+  /// Closes the file and tells whether that, and with it the last writing, went well.
+  [[nodiscard]] bool close() { return ::close(std::exchange(number_, -1)) == 0; }
+
+ private:
+  int number_;
+};
+
+void require(bool isDone, const char* operation, const fs::path& path) {
+  if (!isDone) {
+    throw FileError(operation, path, errno);
+  }
+}
+
+void require(const std::error_code& error, const char* operation, const fs::path& path) {
+  if (error) {
+    throw FileError(operation, path, error.value());
+  }
+}
+
+fs::path parentOf(const fs::path& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+void synchronizeOne(const fs::path& path) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  require(file.number() >= 0 && ::fsync(file.number()) == 0, "save", path);
+}
+
+void writeAll(int file, std::string_view content, const fs::path& path) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(file, content.data(), content.size());
+    if (written < 0 && errno == EINTR) {
+      continue;
+    }
+    require(written >= 0, "write", path);
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+fs::path programDirectory(const char* variable, const char* underHome) {
+  // The base directories are absolute by definition; others are to be ignored.
+  const char* base = std::getenv(variable);
+  const char* home = std::getenv("HOME");
+  fs::path directory;
+  if (base != nullptr && *base == '/') {
+    directory = base;
+  } else {
+    directory = fs::path(home != nullptr && *home != '\0' ? home : "/tmp") / underHome;
+  }
+  directory /= "corvane";
+  std::error_code error;
+  fs::create_directories(directory, error);
+  require(error, "create", directory);
+  return directory;
+}
+
+/// Lets the names of two existing files or folders change places in one step; false where the
+/// system has no such step.
+bool exchangeNames(const fs::path& first, const fs::path& second) {
+#if defined(__linux__)
+  return ::renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE) == 0;
+#elif defined(__APPLE__)
+  return ::renamex_np(first.c_str(), second.c_str(), RENAME_SWAP) == 0;
+#else
+  errno = ENOSYS;
+  return false;
+#endif
+}
+
+}  // namespace
+
+fs::path cachesDirectory() {
+  return programDirectory("XDG_CACHE_HOME", ".cache");
+}
+
+fs::path configDirectory() {
+  return programDirectory("XDG_CONFIG_HOME", ".config");
+}
+
+std::string read(const fs::path& path) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  require(file.number() >= 0, "read", path);
+  std::string content;
+  char buffer[1 << 16];
+  while (true) {
+    const ssize_t length = ::read(file.number(), buffer, sizeof buffer);
+    if (length < 0 && errno == EINTR) {
+      continue;
+    }
+    require(length >= 0, "read", path);
+    if (length == 0) {
+      return content;
+    }
+    content.append(buffer, static_cast<std::size_t>(length));
+  }
+}
+
+void writeAtomically(const fs::path& path, std::string_view content) {
+  std::string temporary = parentOf(path) / ("." + path.filename().string() + ".XXXXXX");
+  Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+  require(file.number() >= 0, "write", path);
+  try {
+    struct stat existing {};
+    if (::stat(path.c_str(), &existing) == 0) {
+      require(::fchmod(file.number(), existing.st_mode & 07777) == 0, "write", path);
+    }
+    writeAll(file.number(), content, path);
+    require(::fsync(file.number()) == 0 && file.close(), "write", path);
+    require(::rename(temporary.c_str(), path.c_str()) == 0, "write", path);
+  } catch (const FileError&) {
+    ::unlink(temporary.c_str());
+    throw;
+  }
+  synchronizeOne(parentOf(path));
+}
+
+fs::path makeReplacementDirectory(const fs::path& path) {
+  std::string pattern = parentOf(path) / ("." + path.filename().string() + ".XXXXXX");
+  require(::mkdtemp(pattern.data()) != nullptr, "create a folder beside", path);
+  return pattern;
+}
+
+void synchronize(const fs::path& path) {
+  std::error_code error;
+  if (fs::is_directory(fs::symlink_status(path, error))) {
+    for (const auto& entry : fs::directory_iterator(path, error)) {
+      if (!entry.is_symlink()) {
+        synchronize(entry.path());
+      }
+    }
+    require(error, "save", path);
+  }
+  synchronizeOne(path);
+}
+
+void replace(const fs::path& path, const fs::path& replacement) {
+  std::error_code error;
+  const bool isThere = fs::exists(fs::symlink_status(path, error));
+  if (!isThere) {
+    require(::rename(replacement.c_str(), path.c_str()) == 0, "replace", path);
+  } else if (!exchangeNames(replacement, path)) {
+    require(errno == EINVAL || errno == ENOSYS, "replace", path);
+    // A volume without the exchange: the old one steps aside, and comes back if the new one fails.
+    const fs::path aside = replacement.string() + ".old";
+    require(::rename(path.c_str(), aside.c_str()) == 0, "replace", path);
+    if (::rename(replacement.c_str(), path.c_str()) != 0) {
+      const int reason = errno;
+      ::rename(aside.c_str(), path.c_str());
+      throw FileError("replace", path, reason);
+    }
+    require(::rename(aside.c_str(), replacement.c_str()) == 0, "replace", path);
+  }
+  synchronizeOne(parentOf(path));
+}
+
+void copy(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(to, error))) {
+    throw FileError("copy to", to, EEXIST);
+  }
+  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+  require(error, "copy", from);
+}
+
+void remove(const fs::path& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  require(error, "remove", path);
+}
+
+}  // namespace files
+}  // namespace corvane

@@ -1,0 +1,65 @@
+// Files and folders, changed in such a way that nothing is lost when the power fails.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/error.h"
+
+namespace corvane {
+
+/// What the file system refused, and why.
+class FileError : public ErrorValue<FileError> {
+ public:
+  FileError(std::string what, std::filesystem::path where, int errorNumber)
+      : operation(std::move(what)), path(std::move(where)), number(errorNumber) {}
+
+  std::string operation;  ///< "read", "write", "replace" and so on
+  std::filesystem::path path;
+  int number;  ///< the system's error number
+
+  /// "Cannot write “/home/a/b”: No space left on device."
+  [[nodiscard]] std::optional<std::string> description() const override;
+  [[nodiscard]] bool hasSameValues(const FileError& other) const {
+    return operation == other.operation && path == other.path && number == other.number;
+  }
+};
+
+/// Operations on files. All throw FileError. Any thread.
+namespace files {
+
+/// The program's own folders, made where they are missing: "corvane" under $XDG_CACHE_HOME or
+/// ~/.cache, and under $XDG_CONFIG_HOME or ~/.config.
+[[nodiscard]] std::filesystem::path cachesDirectory();
+[[nodiscard]] std::filesystem::path configDirectory();
+
+[[nodiscard]] std::string read(const std::filesystem::path& path);
+
+/// Writes `content` beside `path`, has the disk confirm it, and puts it in place with one rename:
+/// at no moment is there neither the old nor the new file. A file that is replaced hands its
+/// permissions on.
+void writeAtomically(const std::filesystem::path& path, std::string_view content);
+
+/// A new, empty, hidden folder beside `path`, on the same volume, to build something in that is to
+/// take the place of `path`. The caller removes it.
+[[nodiscard]] std::filesystem::path makeReplacementDirectory(const std::filesystem::path& path);
+
+/// Has the disk confirm a file, or a folder with all that is in it.
+void synchronize(const std::filesystem::path& path);
+
+/// Puts the finished file or folder `replacement` into the place of `path`, on the same volume.
+/// Where something stands at `path` the two change places in one step, and what was there is left
+/// at `replacement`.
+void replace(const std::filesystem::path& path, const std::filesystem::path& replacement);
+
+/// Copies a file, or a folder with all that is in it, to `to`, where nothing may stand.
+void copy(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Removes a file, or a folder with all that is in it; what does not exist is removed already.
+void remove(const std::filesystem::path& path);
+
+}  // namespace files
+}  // namespace corvane

@@ -1,0 +1,164 @@
+#include "platform/system/user_defaults.h"
+
+#include <cerrno>
+#include <charconv>
+#include <iostream>
+#include <iterator>
+#include <utility>
+
+#include "platform/system/file_manager.h"
+
+namespace corvane {
+namespace {
+
+/// Calls `read` with the setting; none where the setting is absent or `read` finds another type.
+template <typename Read>
+auto readSetting(const JSONValue& settings, std::string_view key, Read read)
+    -> std::optional<decltype(read(settings))> {
+  const JSONValue* setting = settings.find(key);
+  if (setting == nullptr) {
+    return std::nullopt;
+  }
+  try {
+    return read(*setting);
+  } catch (const JSONError&) {
+    return std::nullopt;
+  }
+}
+
+template <typename Number>
+std::optional<Number> numberOf(const JSONValue& settings, std::string_view key) {
+  const JSONValue* setting = settings.find(key);
+  if (setting == nullptr) {
+    return std::nullopt;
+  }
+  try {
+    const std::string& text = setting->number().text();
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
+  } catch (const JSONError&) {
+    return std::nullopt;
+  }
+}
+
+/// A name beside `file` that nothing has yet.
+std::filesystem::path nameAside(const std::filesystem::path& file) {
+  std::filesystem::path aside = file.string() + ".damaged";
+  for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(aside)); ++i) {
+    aside = file.string() + ".damaged-" + std::to_string(i);
+  }
+  return aside;
+}
+
+}  // namespace
+
+UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) {
+  readAgain();
+}
+
+UserDefaults& UserDefaults::standard() {
+  static UserDefaults defaults(files::configDirectory() / "settings.json");
+  return defaults;
+}
+
+void UserDefaults::readAgain() {
+  try {
+    JSONValue read = JSONValue::parse(files::read(file_));
+    (void)read.object();
+    settings_ = std::move(read);
+  } catch (const FileError& error) {
+    isFileUsable_ = error.number == ENOENT;
+    if (!isFileUsable_) {
+      std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+    }
+  } catch (const JSONError& error) {
+    const auto aside = nameAside(file_);
+    std::error_code failed;
+    std::filesystem::rename(file_, aside, failed);
+    std::cout << "The settings in “" << file_.string() << "” are damaged (" << *error.description()
+              << "); "
+              << (failed ? "they are overwritten" : "they are kept as “" + aside.string() + "”")
+              << "." << std::endl;
+  }
+}
+
+template <typename Change>
+void UserDefaults::apply(Change change) {
+  const std::lock_guard lock(mutex_);
+  if (isFileUsable_) {
+    readAgain();
+  }
+  change(settings_);
+  if (!isFileUsable_) {
+    return;
+  }
+  try {
+    files::writeAtomically(file_, settings_.prettyText() + "\n");
+  } catch (const FileError& error) {
+    isFileUsable_ = false;
+    std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+  }
+}
+
+std::optional<bool> UserDefaults::boolean(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return readSetting(settings_, key, [](const JSONValue& setting) { return setting.boolean(); });
+}
+
+std::optional<std::int64_t> UserDefaults::integer(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return numberOf<std::int64_t>(settings_, key);
+}
+
+std::optional<double> UserDefaults::real(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return numberOf<double>(settings_, key);
+}
+
+std::optional<std::string> UserDefaults::string(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return readSetting(settings_, key, [](const JSONValue& setting) { return setting.string(); });
+}
+
+std::optional<std::vector<std::string>> UserDefaults::stringList(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return readSetting(settings_, key, [](const JSONValue& setting) {
+    std::vector<std::string> list;
+    for (const JSONValue& element : setting.array()) {
+      list.push_back(element.string());
+    }
+    return list;
+  });
+}
+
+std::optional<JSONValue> UserDefaults::value(std::string_view key) const {
+  const std::lock_guard lock(mutex_);
+  return readSetting(settings_, key, [](const JSONValue& setting) { return setting; });
+}
+
+void UserDefaults::set(std::string_view key, JSONValue value) {
+  apply([&](JSONValue& settings) { settings.set(key, std::move(value)); });
+}
+
+void UserDefaults::setReal(std::string_view key, double value) {
+  char text[32];
+  const auto end = std::to_chars(std::begin(text), std::end(text), value).ptr;
+  // JSON has no infinity and no NaN: such a setting is none.
+  if (const auto number = JSONNumber::fromText({text, end})) {
+    set(key, *number);
+  } else {
+    remove(key);
+  }
+}
+
+void UserDefaults::setStringList(std::string_view key, const std::vector<std::string>& list) {
+  set(key, JSONValue::Array(list.begin(), list.end()));
+}
+
+void UserDefaults::remove(std::string_view key) {
+  apply([&](JSONValue& settings) { settings.remove(key); });
+}
+
+}  // namespace corvane

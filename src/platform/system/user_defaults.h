@@ -1,0 +1,59 @@
+// The user's settings.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/data/json.h"
+
+namespace corvane {
+
+/// Settings by key, kept in one JSON file. A setting that is absent or of another type than asked
+/// for reads as nothing, and the caller has its default.
+///
+/// Every change is written at once and atomically. Just before, the file is read again, so that a
+/// program that runs beside this one keeps its settings; keys that nobody here knows are kept too.
+/// A damaged file is put aside under another name. One that cannot be read or written is left
+/// alone, and settings hold for this run. Of either, one line on the standard output tells. Any
+/// thread.
+class UserDefaults {
+ public:
+  /// The settings in `file`, which need not exist.
+  explicit UserDefaults(std::filesystem::path file);
+  UserDefaults(const UserDefaults&) = delete;
+  UserDefaults& operator=(const UserDefaults&) = delete;
+
+  /// The program's own: settings.json in its configuration folder.
+  [[nodiscard]] static UserDefaults& standard();
+
+  [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
+  [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key) const;
+  [[nodiscard]] std::optional<double> real(std::string_view key) const;
+  [[nodiscard]] std::optional<std::string> string(std::string_view key) const;
+  [[nodiscard]] std::optional<std::vector<std::string>> stringList(std::string_view key) const;
+  /// Whatever stands there.
+  [[nodiscard]] std::optional<JSONValue> value(std::string_view key) const;
+
+  void set(std::string_view key, JSONValue value);
+  void setReal(std::string_view key, double value);
+  void setStringList(std::string_view key, const std::vector<std::string>& list);
+  void remove(std::string_view key);
+
+ private:
+  void readAgain();
+  template <typename Change>
+  void apply(Change change);
+
+  const std::filesystem::path file_;
+  mutable std::mutex mutex_;
+  JSONValue settings_{JSONValue::Object()};
+  bool isFileUsable_ = true;
+};
+
+}  // namespace corvane
