@@ -1,0 +1,257 @@
+// The session against a real server on the loopback interface.
+
+#include "platform/net/url_session.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+namespace corvane {
+namespace {
+
+using Code = URLError::Code;
+constexpr std::chrono::seconds deadline(20);
+
+/// A server that answers on purpose in all the ways that servers have.
+class Server {
+ public:
+  Server() {
+    server_.Get("/plain",
+                [](const auto&, auto& answer) { answer.set_content("plain", "text/plain"); });
+    server_.Get("/headers", [](const httplib::Request& request, auto& answer) {
+      answer.set_content(
+          request.get_header_value("User-Agent") + "|" + request.get_header_value("X-Own"),
+          "text/plain");
+    });
+    server_.Get("/set", [](const auto&, auto& answer) {
+      answer.set_header("Set-Cookie", "A1=crumb; Path=/; HttpOnly");
+      answer.set_redirect("/cookie");
+    });
+    server_.Get("/cookie", [](const httplib::Request& request, auto& answer) {
+      answer.set_content(request.get_header_value("Cookie"), "text/plain");
+    });
+    server_.Get("/loop", [](const auto&, auto& answer) { answer.set_redirect("/loop"); });
+    server_.Get("/elsewhere",
+                [](const auto&, auto& answer) { answer.set_redirect("file:///etc/passwd"); });
+    server_.Get(R"(/status/(\d+))", [](const httplib::Request& request, auto& answer) {
+      answer.status = std::stoi(request.matches[1]);
+      answer.set_header("Retry-After", "7");
+      answer.set_content("refused", "text/plain");
+    });
+    server_.Get("/slow", [this](const auto&, auto& answer) {
+      ++slow;
+      std::unique_lock lock(mutex_);
+      released_.wait_for(lock, deadline, [this] { return isReleased_; });
+      answer.set_content("late", "text/plain");
+    });
+    server_.Post("/echo", [](const httplib::Request& request, auto& answer) {
+      answer.set_content(request.body, "text/plain");
+    });
+    server_.Get("/large", [](const auto&, auto& answer) {
+      answer.set_content(std::string(1 << 20, 'x'), "text/plain");
+    });
+    server_.new_task_queue = [] { return new httplib::ThreadPool(32); };
+    port = server_.bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_.listen_after_bind(); });
+    while (!server_.is_running()) {
+      std::this_thread::yield();
+    }
+  }
+  ~Server() {
+    release();
+    server_.stop();
+    thread_.join();
+  }
+
+  /// Lets the slow answers go.
+  void release() {
+    const std::lock_guard lock(mutex_);
+    isReleased_ = true;
+    released_.notify_all();
+  }
+
+  [[nodiscard]] std::string url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port) + path;
+  }
+
+  int port = 0;
+  std::atomic<int> slow = 0;
+
+ private:
+  httplib::Server server_;
+  std::thread thread_;
+  std::mutex mutex_;
+  std::condition_variable released_;
+  bool isReleased_ = false;
+};
+
+/// A server that takes one connection, says `answer` whatever it is asked, and hangs up.
+class RudeServer {
+ public:
+  explicit RudeServer(std::string answer) : answer_(std::move(answer)) {
+    socket_ = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr*>(&address), length), 0);
+    EXPECT_EQ(::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length), 0);
+    EXPECT_EQ(::listen(socket_, 1), 0);
+    url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+    thread_ = std::thread([this] {
+      const int client = ::accept(socket_, nullptr, nullptr);
+      char request[4096];
+      EXPECT_GT(::read(client, request, sizeof request), 0);
+      EXPECT_EQ(::write(client, answer_.data(), answer_.size()),
+                static_cast<ssize_t>(answer_.size()));
+      ::close(client);
+    });
+  }
+  ~RudeServer() {
+    thread_.join();
+    ::close(socket_);
+  }
+
+  std::string url;
+
+ private:
+  const std::string answer_;
+  int socket_;
+  std::thread thread_;
+};
+
+class URLSessionTest : public ::testing::Test {
+ protected:
+  Result<HTTPResponse> get(URLRequest request) {
+    auto promise = std::make_shared<std::promise<Result<HTTPResponse>>>();
+    auto future = promise->get_future();
+    session->send(std::move(request), [promise](Result<HTTPResponse> result) {
+      promise->set_value(std::move(result));
+    });
+    if (future.wait_for(deadline) != std::future_status::ready) {
+      ADD_FAILURE() << "no answer came";
+      std::abort();
+    }
+    return future.get();
+  }
+  Result<HTTPResponse> get(const std::string& path) { return get(URLRequest{server.url(path)}); }
+
+  static Code codeOf(const Result<HTTPResponse>& result) {
+    return result ? Code::other : dynamic_cast<const URLError&>(*result.error()).code;
+  }
+
+  Server server;
+  std::shared_ptr<DispatchQueue> queue = DispatchQueue::serial("answers");
+  std::unique_ptr<URLSession> session =
+      std::make_unique<URLSession>(queue, HTTPHeaders{{"User-Agent", "Test/1"}});
+};
+
+TEST_F(URLSessionTest, DeliversAnswersWhateverTheirStatus) {
+  const auto plain = get("/plain");
+  ASSERT_TRUE(plain);
+  EXPECT_EQ(plain->statusCode, 200);
+  EXPECT_EQ(plain->body, "plain");
+  EXPECT_EQ(headerValue(plain->headers, "CONTENT-type"), "text/plain");
+  for (const int status : {401, 404, 429, 500}) {
+    const auto refused = get("/status/" + std::to_string(status));
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->statusCode, status);
+    EXPECT_EQ(refused->body, "refused");
+    EXPECT_EQ(headerValue(refused->headers, "Retry-After"), "7");
+  }
+  URLRequest post{server.url("/echo")};
+  post.method = "POST";
+  post.body = std::string("a\0b", 3);
+  EXPECT_EQ(get(post)->body, post.body);
+}
+
+TEST_F(URLSessionTest, CarriesCookiesFromOneRequestToTheNext) {
+  const auto first = get("/set");
+  ASSERT_TRUE(first);
+  EXPECT_EQ(first->url, server.url("/cookie"));
+  EXPECT_EQ(first->body, "A1=crumb");
+  EXPECT_EQ(get("/cookie")->body, "A1=crumb");
+  EXPECT_EQ(session->cookies(), (std::vector<Cookie>{{"127.0.0.1", "/", "A1", "crumb"}}));
+  session = std::make_unique<URLSession>(queue);
+  EXPECT_EQ(get("/cookie")->body, "");
+}
+
+TEST_F(URLSessionTest, LetsARequestReplaceTheHeadersOfTheSession) {
+  EXPECT_EQ(get("/headers")->body, "Test/1|");
+  URLRequest request{server.url("/headers")};
+  request.headers = {{"user-agent", "Other"}, {"X-Own", "1"}};
+  EXPECT_EQ(get(request)->body, "Other|1");
+}
+
+TEST_F(URLSessionTest, SaysWhyThereIsNoAnswer) {
+  EXPECT_EQ(codeOf(get(URLRequest{"no url"})), Code::badURL);
+  EXPECT_EQ(codeOf(get(URLRequest{"file:///etc/passwd"})), Code::badURL);
+  EXPECT_EQ(codeOf(get("/elsewhere")), Code::badURL);
+  EXPECT_EQ(codeOf(get(URLRequest{"http://127.0.0.1:1/"})), Code::cannotConnect);
+  EXPECT_EQ(codeOf(get("/loop")), Code::tooManyRedirects);
+  URLRequest large{server.url("/large")};
+  large.maximumBodySize = 1000;
+  EXPECT_EQ(codeOf(get(large)), Code::tooLarge);
+  URLRequest slow{server.url("/slow")};
+  slow.timeoutSeconds = 0.05;
+  EXPECT_EQ(codeOf(get(slow)), Code::timedOut);
+  URLRequest secure{"https://127.0.0.1:" + std::to_string(server.port) + "/plain"};
+  EXPECT_EQ(codeOf(get(secure)), Code::secureConnectionFailed);
+}
+
+TEST_F(URLSessionTest, NoticesAConnectionThatIsCutOff) {
+  RudeServer silent("");
+  EXPECT_EQ(codeOf(get(URLRequest{silent.url})), Code::connectionLost);
+  RudeServer truncated("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{\"half\":");
+  EXPECT_EQ(codeOf(get(URLRequest{truncated.url})), Code::connectionLost);
+}
+
+TEST_F(URLSessionTest, CancelsWhatIsUnderWayAndNothingElse) {
+  std::promise<Result<HTTPResponse>> promise;
+  const auto task =
+      session->send(URLRequest{server.url("/slow")},
+                    [&](Result<HTTPResponse> result) { promise.set_value(std::move(result)); });
+  while (server.slow == 0) {
+    std::this_thread::yield();
+  }
+  task.cancel();
+  task.cancel();
+  EXPECT_EQ(codeOf(promise.get_future().get()), Code::cancelled);
+  EXPECT_TRUE(get("/plain"));
+}
+
+TEST_F(URLSessionTest, EndsEveryRequestOnceAlsoWhenItIsDestroyed) {
+  std::atomic<int> answered = 0;
+  std::atomic<int> cancelled = 0;
+  const auto count = [&](Result<HTTPResponse> result) {
+    ++(result ? answered : cancelled);
+    EXPECT_TRUE(queue->isCurrent());
+  };
+  std::vector<std::jthread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 25; ++i) {
+        session->send(URLRequest{server.url("/plain")}, count);
+      }
+    });
+  }
+  threads.clear();
+  EXPECT_TRUE(MainLoop::runUntil([&] { return answered == 100; }, deadline));
+  std::vector<URLSession::Task> tasks;
+  for (int i = 0; i < 10; ++i) {
+    tasks.push_back(session->send(URLRequest{server.url("/slow")}, count));
+  }
+  session.reset();
+  queue->sync([] {});
+  EXPECT_EQ(cancelled, 10);
+  tasks.front().cancel();
+}
+
+}  // namespace
+}  // namespace corvane
