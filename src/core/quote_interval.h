@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/data/json.h"
 #include "platform/error.h"
 #include "platform/time/date_components.h"
 
@@ -41,6 +42,13 @@ inline constexpr std::array allQuoteIntervals = {
 
 /// The interval whose span is exactly `components`. Throws QuoteIntervalDecodingError.
 [[nodiscard]] QuoteInterval quoteInterval(const DateComponents& components);
+
+/// The interval as JSON: its span as an object, such as {"weekOfYear":1}.
+[[nodiscard]] JSONValue json(QuoteInterval interval);
+
+/// The interval that json() has written. Throws QuoteIntervalDecodingError for other spans, and
+/// JSONError where `value` is no object of whole numbers.
+[[nodiscard]] QuoteInterval quoteInterval(const JSONValue& value);
 
 /// The span of no known interval.
 class QuoteIntervalDecodingError : public ErrorValue<QuoteIntervalDecodingError> {

@@ -40,6 +40,11 @@ struct TransactionChanges {
 /// of its override, and is told of each row through transactionRecalculated.
 class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
  public:
+  using Order = corvane::Order;
+  using OrderFeatures = corvane::OrderFeature;
+  using BulkRevision = corvane::BulkRevision;
+  using TransactionChanges = corvane::TransactionChanges;
+
   /// Makes a row of the class that a manager records.
   using TransactionType = TransactionPointer (*)(BasicTransaction transaction,
                                                  std::weak_ptr<Portfolio> portfolio, bool isDirty);

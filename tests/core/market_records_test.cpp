@@ -37,6 +37,7 @@ TEST(YearMonthDay, RollsOverAsTheCalendarDoes) {
   EXPECT_EQ(YearMonthDay::of(evening, toronto()), (YearMonthDay{2024, 7, 1}));
   EXPECT_EQ(YearMonthDay::of(evening, Calendar()), (YearMonthDay{2024, 7, 2}));
   EXPECT_EQ(YearMonthDay::of(Date::sinceReferenceDate(1e300), Calendar()), YearMonthDay());
+  EXPECT_EQ((YearMonthDay{2024, 7, 1}).description(), "7/1/24");
 }
 
 TEST(Fraction, IsEqualByValue) {
@@ -126,6 +127,19 @@ TEST(QuoteInterval, IsFoundByItsSpanAndByNoOther) {
     FAIL() << "seven days are no bar length";
   } catch (const QuoteIntervalDecodingError& error) {
     EXPECT_EQ(error.invalidDateComponents().components, sevenDays);
+  }
+}
+
+TEST(QuoteInterval, IsWrittenAsItsSpan) {
+  EXPECT_EQ(json(QuoteInterval::oneWeek).text(), R"({"weekOfYear":1})");
+  for (const auto interval : allQuoteIntervals) {
+    EXPECT_EQ(quoteInterval(JSONValue::parse(json(interval).text())), interval);
+  }
+  for (const auto* text : {R"({})", R"({"day":7})", R"({"day":1,"hour":1})", R"({"weekday":1})"}) {
+    EXPECT_THROW((void)quoteInterval(JSONValue::parse(text)), QuoteIntervalDecodingError) << text;
+  }
+  for (const auto* text : {R"(7)", R"({"day":"1"})", R"({"day":1.5})", R"({"day":99999999999})"}) {
+    EXPECT_THROW((void)quoteInterval(JSONValue::parse(text)), JSONError) << text;
   }
 }
 
