@@ -60,6 +60,9 @@ TEST(JSON, RefusesWhateverIsNotJSON) {
                                      "{\"a\":}",
                                      "[1]]",
                                      "1 2",
+                                     "\"a\" 5",
+                                     "true 5",
+                                     "null 5",
                                      "nul",
                                      "[nul]",
                                      "nullx",
@@ -154,6 +157,28 @@ TEST(JSONReader, WalksADocumentInItsOrder) {
     });
   });
   EXPECT_EQ(seen, "1 1.50 2 null é");
+}
+
+TEST(JSONReader, FindsFaultsInWhatWasSkippedWhenItFinishes) {
+  const auto readTexts = [](JSONReader& reader) {
+    std::string_view seen;
+    reader.read([&](JSONCursor& root) {
+      root.forEachField([&](std::string_view key, JSONCursor& value) {
+        if (key == "read") {
+          seen = value.string();
+        }
+      });
+    });
+    return seen;
+  };
+  JSONReader sound(R"({"read":"\u00e9","skipped":[1,{"a":"\n"}]})");
+  const std::string_view text = readTexts(sound);
+  sound.finish();
+  EXPECT_EQ(text, "é");
+  for (const auto* skipped : {"{]}", "[1 2 x]", "[01]", "\"\\x\"", "nul"}) {
+    JSONReader reader(R"({"read":"","skipped":)" + std::string(skipped) + "}");
+    EXPECT_THROW((readTexts(reader), reader.finish()), JSONError) << skipped;
+  }
 }
 
 TEST(JSONReader, NamesThePlaceOfAFailure) {
