@@ -42,6 +42,21 @@ TEST(JSON, KeepsTextsAndTheOrderOfFields) {
   EXPECT_EQ(JSONValue::parse(R"({"a":1,"b":2,"a":3})").text(), R"({"a":3,"b":2})");
 }
 
+TEST(JSON, WritesOnlyWhatItCanReadAgain) {
+  for (const auto& [bytes, written] : std::vector<std::pair<std::string, std::string>>{
+           {"a\xFF"
+            "b",
+            "a\uFFFDb"},
+           {"\xC3", "\uFFFD"},
+           {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+           {"\uFFFDé", "\uFFFDé"},
+           {std::string("\0\x1F\x7F", 3), std::string("\0\x1F\x7F", 3)}}) {
+    JSONValue value;
+    value.set(bytes, bytes);
+    EXPECT_EQ(JSONValue::parse(value.text()).at(written).string(), written);
+  }
+}
+
 TEST(JSON, PrintsForPeople) {
   EXPECT_EQ(JSONValue::parse(R"({"a":[1,2],"b":{},"c":[]})").prettyText(),
             "{\n  \"a\": [\n    1,\n    2\n  ],\n  \"b\": {},\n  \"c\": []\n}");
