@@ -1,5 +1,5 @@
 // Any bytes as JSON: what the tree accepts is written and read back equal, and walking the document
-// accepts it too.
+// accepts it too. finish() accepts exactly the documents that the tree does.
 
 #include "platform/data/json.h"
 
@@ -46,6 +46,15 @@ bool canWalk(std::string_view document) {
   }
 }
 
+bool canFinish(std::string_view document) {
+  try {
+    corvane::JSONReader(document).finish();
+    return true;
+  } catch (const corvane::JSONError&) {
+    return false;
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -56,11 +65,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     value = corvane::JSONValue::parse(document);
   } catch (const corvane::JSONError& error) {
     (void)error.description();
+    if (canFinish(document)) {
+      std::abort();
+    }
     return 0;
   }
   const bool isSame = corvane::JSONValue::parse(value.text()) == value &&
                       corvane::JSONValue::parse(value.prettyText()) == value;
-  if (!walked || !isSame) {
+  if (!walked || !isSame || !canFinish(document)) {
     std::abort();
   }
   return 0;

@@ -1,5 +1,7 @@
 #include "platform/data/json.h"
 
+#include <unicode/unistr.h>
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -41,6 +43,12 @@ JSONValue treeOf(JSONCursor& cursor) {
   __builtin_unreachable();
 }
 
+/// `text` with U+FFFD in place of whatever is not UTF-8.
+std::string validUTF8(const std::string& text) {
+  std::string valid;
+  return icu::UnicodeString::fromUTF8(text).toUTF8String(valid);
+}
+
 class Writer {
  public:
   explicit Writer(bool isPretty) : isPretty_(isPretty) {}
@@ -55,7 +63,7 @@ class Writer {
   void write(const std::string& string) {
     constexpr std::string_view hexDigits = "0123456789abcdef";
     text_ += '"';
-    for (const char c : string) {
+    for (const char c : validUTF8(string)) {
       switch (c) {
         case '"':
           text_ += "\\\"";

@@ -61,7 +61,8 @@ class JSONValue {
   [[nodiscard]] static JSONValue parse(std::string_view text);
 
   /// The document in its shortest form, or indented by two blanks a level. Numbers are written as
-  /// they were read.
+  /// they were read. Bytes of a text that are not UTF-8 are written as U+FFFD, so that what is
+  /// written can be read again.
   [[nodiscard]] std::string text() const;
   [[nodiscard]] std::string prettyText() const;
 

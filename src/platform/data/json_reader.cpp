@@ -50,6 +50,28 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, end == text.npos ? 0 : end + 1);
 }
 
+void readThrough(JSONCursor& cursor) {
+  switch (cursor.type()) {
+    case JSONCursor::Type::null:
+      break;
+    case JSONCursor::Type::boolean:
+      (void)cursor.boolean();
+      break;
+    case JSONCursor::Type::number:
+      (void)cursor.numberText();
+      break;
+    case JSONCursor::Type::string:
+      (void)cursor.string();
+      break;
+    case JSONCursor::Type::array:
+      cursor.forEachElement([](JSONCursor& element) { readThrough(element); });
+      break;
+    case JSONCursor::Type::object:
+      cursor.forEachField([](std::string_view, JSONCursor& value) { readThrough(value); });
+      break;
+  }
+}
+
 std::string_view name(JSONCursor::Type type) {
   switch (type) {
     case JSONCursor::Type::null:
@@ -235,6 +257,8 @@ std::string JSONCursor::path() const {
 struct JSONReader::State {
   explicit State(std::string_view text) : document(text) {}
 
+  void read(ondemand::parser& reading, JSONCursor::ElementVisit visit) const;
+
   simdjson::padded_string document;
   ondemand::parser parser;
 };
@@ -244,35 +268,47 @@ JSONReader::JSONReader(std::string_view document) : state_(std::make_unique<Stat
 JSONReader::~JSONReader() = default;
 
 void JSONReader::readRoot(JSONCursor::ElementVisit visit) {
+  state_->read(state_->parser, visit);
+}
+
+void JSONReader::finish() const {
+  // The parser of read() still holds the texts that it handed out.
+  ondemand::parser parser;
+  state_->read(parser, {nullptr, [](void*, JSONCursor& root) { readThrough(root); }});
+}
+
+void JSONReader::State::read(ondemand::parser& reading, JSONCursor::ElementVisit visit) const {
   JSONCursor root(nullptr, {}, 0);
   const auto require = [&](simdjson::error_code error) {
     if (error) {
       root.failBecause(error);
     }
   };
-  ondemand::document document;
-  require(state_->parser.iterate(state_->document).get(document));
+  ondemand::document opened;
+  require(reading.iterate(document).get(opened));
   bool isScalar = false;
-  require(document.is_scalar().get(isScalar));
+  require(opened.is_scalar().get(isScalar));
+  const char* start = nullptr;
+  require(opened.current_location().get(start));
   if (isScalar) {
-    new (root.value_.data()) Storage{{nullptr, &document}, {}};
+    new (root.value_.data()) Storage{{nullptr, &opened}, {}};
   } else {
     ondemand::value value;
-    require(document.get_value().get(value));
+    require(opened.get_value().get(value));
     hold(value, root.value_);
   }
   visit.call(visit.function, root);
 
   const char* next = nullptr;
-  const auto error = document.current_location().get(next);
-  const char* const end = state_->document.data() + state_->document.size();
+  const auto error = opened.current_location().get(next);
+  const char* const end = document.data() + document.size();
   if (error == simdjson::OUT_OF_BOUNDS) {
     return;
   }
   require(error);
   // simdjson stays in front of a lone number when its text has been read.
   const std::string_view rest(next, next < end ? static_cast<std::size_t>(end - next) : 0);
-  if (!rest.empty() && !(isScalar && isJSONNumber(trimmed(rest)))) {
+  if (!rest.empty() && !(next == start && isJSONNumber(trimmed(rest)))) {
     require(simdjson::TRAILING_CONTENT);
   }
 }

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "platform/overloaded.h"
@@ -12,9 +13,19 @@ namespace corvane {
 struct SQLiteStatement::Prepared {
   ~Prepared() { sqlite3_finalize(statement); }
 
+  /// To be called on the first row: after a change of the table the engine has prepared anew by
+  /// then, and “*” may stand for other columns.
+  void forgetMovedColumns() {
+    const int count = sqlite3_stmt_status(statement, SQLITE_STMTSTATUS_REPREPARE, /*resetFlg=*/0);
+    if (std::exchange(repreparations, count) != count) {
+      columnsByName.clear();
+    }
+  }
+
   std::string sql;
   sqlite3_stmt* statement = nullptr;
   std::map<std::string, int, std::less<>> columnsByName;
+  int repreparations = 0;
   bool isUnderWay = false;
 };
 
@@ -24,7 +35,7 @@ SQLiteStatement::SQLiteStatement(SQLiteDatabase& database, Prepared& prepared)
 SQLiteStatement::SQLiteStatement(SQLiteStatement&& other) noexcept
     : database_(other.database_),
       prepared_(std::exchange(other.prepared_, nullptr)),
-      hasRow_(other.hasRow_) {}
+      state_(other.state_) {}
 
 SQLiteStatement::~SQLiteStatement() {
   if (prepared_ != nullptr) {
@@ -33,14 +44,25 @@ SQLiteStatement::~SQLiteStatement() {
 }
 
 bool SQLiteStatement::step() {
-  hasRow_ = false;
+  // The engine would run a statement that has ended once more.
+  if (state_ == State::ended) {
+    return false;
+  }
+  if (state_ == State::failed) {
+    throw SQLiteError(SQLITE_MISUSE, "the statement has failed before", prepared_->sql);
+  }
   switch (sqlite3_step(prepared_->statement)) {
     case SQLITE_ROW:
-      hasRow_ = true;
+      if (state_ == State::notStarted) {
+        prepared_->forgetMovedColumns();
+      }
+      state_ = State::onRow;
       return true;
     case SQLITE_DONE:
+      state_ = State::ended;
       return false;
     default:
+      state_ = State::failed;
       throw database_->error(prepared_->sql);
   }
 }
@@ -61,8 +83,9 @@ int SQLiteStatement::column(std::string_view name) const {
 }
 
 int SQLiteStatement::typeOf(int column) const {
-  if (!hasRow_ || column < 0 || column >= sqlite3_column_count(prepared_->statement)) {
-    throw SQLiteError(SQLITE_RANGE, hasRow_ ? "the result has no such column" : "there is no row",
+  const bool hasRow = state_ == State::onRow;
+  if (!hasRow || column < 0 || column >= sqlite3_column_count(prepared_->statement)) {
+    throw SQLiteError(SQLITE_RANGE, hasRow ? "the result has no such column" : "there is no row",
                       prepared_->sql);
   }
   return sqlite3_column_type(prepared_->statement, column);
@@ -227,6 +250,9 @@ void SQLiteDatabase::bind(SQLiteStatement::Prepared& prepared,
   int index = 0;
   for (const SQLiteValue& value : values) {
     ++index;
+    if (const auto* real = std::get_if<double>(&value); real != nullptr && std::isnan(*real)) {
+      throw SQLiteError(SQLITE_MISMATCH, "a value is not a number", prepared.sql);
+    }
     const int result = std::visit(
         Overloaded{
             [&](std::nullptr_t) { return sqlite3_bind_null(statement, index); },

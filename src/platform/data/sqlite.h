@@ -41,6 +41,7 @@ class SQLiteError : public ErrorValue<SQLiteError> {
 };
 
 /// A value to be bound to a statement. Texts and blobs are only looked at while the statement runs.
+/// A real that is not a number is refused, since the engine would keep it as null.
 using SQLiteValue = std::variant<std::nullptr_t, std::int64_t, double, std::string_view,
                                  std::span<const std::byte>>;
 
@@ -57,10 +58,12 @@ class SQLiteStatement {
   SQLiteStatement& operator=(SQLiteStatement&&) = delete;
   ~SQLiteStatement();
 
-  /// Goes to the next row; false after the last.
+  /// Goes to the next row; false after the last, and from then on. A statement never starts over:
+  /// after a failure it is misuse to go on.
   bool step();
 
-  /// The position of the column called `name`. Throws SQLiteError where there is none.
+  /// The position of the column called `name`, to be asked once step() has been called: until then
+  /// a change of the table may move it. Throws SQLiteError where there is none.
   [[nodiscard]] int column(std::string_view name) const;
 
   [[nodiscard]] bool isNull(int column) const;
@@ -87,6 +90,7 @@ class SQLiteStatement {
  private:
   friend class SQLiteDatabase;
   struct Prepared;
+  enum class State { notStarted, onRow, ended, failed };
   SQLiteStatement(SQLiteDatabase& database, Prepared& prepared);
   [[noreturn]] void failType(int column, std::string_view expected) const;
   /// The column's type; throws where there is no such column or no row.
@@ -94,7 +98,7 @@ class SQLiteStatement {
 
   SQLiteDatabase* database_;
   Prepared* prepared_;
-  bool hasRow_ = false;
+  State state_ = State::notStarted;
 };
 
 /// An open database file. One thread at a time; nothing is locked. Every failure is a SQLiteError.

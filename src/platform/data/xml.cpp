@@ -3,9 +3,9 @@
 #include <expat.h>
 
 #include <exception>
-#include <fstream>
-#include <iterator>
 #include <memory>
+
+#include "platform/system/file_manager.h"
 
 namespace corvane {
 namespace {
@@ -24,6 +24,7 @@ class Parse {
     XML_SetElementHandler(parser_.get(), &startElement, &endElement);
     XML_SetCharacterDataHandler(parser_.get(), &characters);
     XML_SetEntityDeclHandler(parser_.get(), &entityDeclaration);
+    XML_SetSkippedEntityHandler(parser_.get(), &skippedEntity);
   }
 
   void run(std::string_view document) {
@@ -105,6 +106,12 @@ class Parse {
     parse.tell([&] { throw parse.errorHere("the entity " + std::string(name) + " is declared"); });
   }
 
+  /// A reference to what only another document declares: leaving it out would lose text.
+  static void skippedEntity(void* userData, const XML_Char* name, int) {
+    Parse& parse = of(userData);
+    parse.tell([&] { throw parse.errorHere("the entity " + std::string(name) + " is unknown"); });
+  }
+
   XMLHandler& handler_;
   std::unique_ptr<XML_ParserStruct, Free> parser_{XML_ParserCreate(nullptr)};
   std::exception_ptr thrown_;
@@ -124,10 +131,11 @@ void parseXML(std::string_view document, XMLHandler& handler) {
 }
 
 void parseXMLFile(const std::filesystem::path& path, XMLHandler& handler) {
-  std::ifstream file(path, std::ios::binary);
-  const std::string document{std::istreambuf_iterator<char>(file), {}};
-  if (!file || file.bad()) {
-    throw XMLError("The file “" + path.string() + "” cannot be read.", 0, 0);
+  std::string document;
+  try {
+    document = files::read(path);
+  } catch (const FileError& error) {
+    throw XMLError(*error.description(), 0, 0);
   }
   parseXML(document, handler);
 }

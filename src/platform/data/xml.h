@@ -48,7 +48,7 @@ class XMLHandler {
 
 /// Reads `document` and tells `handler` of its elements and texts in order. Throws XMLError for a
 /// document that is not well formed, whose elements are nested more than 256 deep, or that declares
-/// entities of its own: these serve attacks and not data.
+/// entities of its own or uses those of another document: these serve attacks and not data.
 ///
 /// Events up to the fault have been told by then. An exception of the handler ends the parse and
 /// goes on to the caller. Any thread.

@@ -1,5 +1,9 @@
 #include "platform/system/user_defaults.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <charconv>
 #include <iostream>
@@ -43,6 +47,28 @@ std::optional<Number> numberOf(const JSONValue& settings, std::string_view key) 
   }
 }
 
+/// Keeps other programs' settings out of the folder of `file` while it lives, and waits for them to
+/// leave. Where the volume has no locks, or the folder is missing, there is none to keep.
+class FolderLock {
+ public:
+  explicit FolderLock(const std::filesystem::path& file)
+      : folder_(::open(file.has_parent_path() ? file.parent_path().c_str() : ".",
+                       O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    while (folder_ >= 0 && ::flock(folder_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+  }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+  ~FolderLock() {
+    if (folder_ >= 0) {
+      ::close(folder_);
+    }
+  }
+
+ private:
+  const int folder_;
+};
+
 /// A name beside `file` that nothing has yet.
 std::filesystem::path nameAside(const std::filesystem::path& file) {
   std::filesystem::path aside = file.string() + ".damaged";
@@ -55,6 +81,7 @@ std::filesystem::path nameAside(const std::filesystem::path& file) {
 }  // namespace
 
 UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) {
+  const FolderLock folderLock(file_);
   readAgain();
 }
 
@@ -87,6 +114,7 @@ void UserDefaults::readAgain() {
 template <typename Change>
 void UserDefaults::apply(Change change) {
   const std::lock_guard lock(mutex_);
+  const FolderLock folderLock(file_);
   if (isFileUsable_) {
     readAgain();
   }

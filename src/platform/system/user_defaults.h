@@ -17,8 +17,9 @@ namespace corvane {
 /// Settings by key, kept in one JSON file. A setting that is absent or of another type than asked
 /// for reads as nothing, and the caller has its default.
 ///
-/// Every change is written at once and atomically. Just before, the file is read again, so that a
-/// program that runs beside this one keeps its settings; keys that nobody here knows are kept too.
+/// Every change is written at once and atomically. Just before, the file is read again, with other
+/// programs kept out of its folder for the moment, so that one that runs beside this one keeps its
+/// settings; keys that nobody here knows are kept too.
 /// A damaged file is put aside under another name. One that cannot be read or written is left
 /// alone, and settings hold for this run. Of either, one line on the standard output tells. Any
 /// thread.

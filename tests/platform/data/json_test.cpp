@@ -42,6 +42,21 @@ TEST(JSON, KeepsTextsAndTheOrderOfFields) {
   EXPECT_EQ(JSONValue::parse(R"({"a":1,"b":2,"a":3})").text(), R"({"a":3,"b":2})");
 }
 
+TEST(JSON, WritesOnlyWhatItCanReadAgain) {
+  for (const auto& [bytes, written] : std::vector<std::pair<std::string, std::string>>{
+           {"a\xFF"
+            "b",
+            "a\uFFFDb"},
+           {"\xC3", "\uFFFD"},
+           {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+           {"\uFFFDé", "\uFFFDé"},
+           {std::string("\0\x1F\x7F", 3), std::string("\0\x1F\x7F", 3)}}) {
+    JSONValue value;
+    value.set(bytes, bytes);
+    EXPECT_EQ(JSONValue::parse(value.text()).at(written).string(), written);
+  }
+}
+
 TEST(JSON, PrintsForPeople) {
   EXPECT_EQ(JSONValue::parse(R"({"a":[1,2],"b":{},"c":[]})").prettyText(),
             "{\n  \"a\": [\n    1,\n    2\n  ],\n  \"b\": {},\n  \"c\": []\n}");
@@ -60,6 +75,9 @@ TEST(JSON, RefusesWhateverIsNotJSON) {
                                      "{\"a\":}",
                                      "[1]]",
                                      "1 2",
+                                     "\"a\" 5",
+                                     "true 5",
+                                     "null 5",
                                      "nul",
                                      "[nul]",
                                      "nullx",
@@ -154,6 +172,28 @@ TEST(JSONReader, WalksADocumentInItsOrder) {
     });
   });
   EXPECT_EQ(seen, "1 1.50 2 null é");
+}
+
+TEST(JSONReader, FindsFaultsInWhatWasSkippedWhenItFinishes) {
+  const auto readTexts = [](JSONReader& reader) {
+    std::string_view seen;
+    reader.read([&](JSONCursor& root) {
+      root.forEachField([&](std::string_view key, JSONCursor& value) {
+        if (key == "read") {
+          seen = value.string();
+        }
+      });
+    });
+    return seen;
+  };
+  JSONReader sound(R"({"read":"\u00e9","skipped":[1,{"a":"\n"}]})");
+  const std::string_view text = readTexts(sound);
+  sound.finish();
+  EXPECT_EQ(text, "é");
+  for (const auto* skipped : {"{]}", "[1 2 x]", "[01]", "\"\\x\"", "nul"}) {
+    JSONReader reader(R"({"read":"","skipped":)" + std::string(skipped) + "}");
+    EXPECT_THROW((readTexts(reader), reader.finish()), JSONError) << skipped;
+  }
 }
 
 TEST(JSONReader, NamesThePlaceOfAFailure) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 
@@ -116,6 +117,37 @@ TEST_F(SQLiteTest, GoesOnAfterAStatementThatFailed) {
   auto row = database.query("SELECT MAX(i) FROM u");
   row.step();
   EXPECT_EQ(row.integer(0), 3);
+}
+
+TEST_F(SQLiteTest, RunsAStatementOnceAndNotAgainAfterItsEnd) {
+  makeTable();
+  {
+    auto insertion = database.query("INSERT INTO t (i) VALUES (1)");
+    EXPECT_FALSE(insertion.step());
+    EXPECT_FALSE(insertion.step());
+  }
+  EXPECT_EQ(rowCount(), 1);
+  database.executeScript("CREATE UNIQUE INDEX u ON t (i);");
+  auto failing = database.query("INSERT INTO t (i) VALUES (1)");
+  EXPECT_EQ(codeOf([&] { failing.step(); }), constraint);
+  database.execute("DELETE FROM t");
+  EXPECT_EQ(codeOf([&] { failing.step(); }), misuse);
+  EXPECT_EQ(rowCount(), 0);
+  EXPECT_EQ(codeOf([&] { database.execute("INSERT INTO t (x) VALUES (?)", {std::nan("")}); }),
+            mismatch)
+      << "it would read as null";
+}
+
+TEST_F(SQLiteTest, ReadsColumnsByNameAlsoAfterTheTableHasChanged) {
+  database.executeScript("CREATE TABLE v (a, b, c); INSERT INTO v VALUES ('A', 'B', 'C');");
+  const auto readB = [&] {
+    auto row = database.query("SELECT * FROM v");
+    row.step();
+    return std::string(*row.text("b"));
+  };
+  EXPECT_EQ(readB(), "B");
+  database.executeScript("ALTER TABLE v DROP COLUMN a;");
+  EXPECT_EQ(readB(), "B");
 }
 
 TEST_F(SQLiteTest, RollsBackWhatIsNotCommitted) {

@@ -80,6 +80,7 @@ TEST(XML, RefusesDeepNestingAndEntitiesOfItsOwn) {
   EXPECT_THROW(eventsOf(nested(257)), XMLError);
   EXPECT_THROW(eventsOf(nested(1'000'000)), XMLError);
   EXPECT_THROW(eventsOf("<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>"), XMLError);
+  EXPECT_THROW(eventsOf("<!DOCTYPE a SYSTEM \"a.dtd\"><a>1&b;2</a>"), XMLError);
 }
 
 TEST(XML, StopsWhenTheHandlerAsksForItOrThrows) {
@@ -95,7 +96,14 @@ TEST(XML, StopsWhenTheHandlerAsksForItOrThrows) {
 
 TEST(XML, NamesAFileThatCannotBeRead) {
   Recorder recorder;
-  EXPECT_THROW(parseXMLFile("/nonexistent/file.xml", recorder), XMLError);
+  try {
+    parseXMLFile("/nonexistent/file.xml", recorder);
+    FAIL();
+  } catch (const XMLError& error) {
+    EXPECT_EQ(error.description(),
+              "Cannot read “/nonexistent/file.xml”: No such file or directory.");
+  }
+  EXPECT_THROW(parseXMLFile("/", recorder), XMLError);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <thread>
@@ -85,6 +87,44 @@ TEST_F(UserDefaultsTest, LosesNothingToAnotherThatWritesBesideIt) {
   }
   threads.clear();
   EXPECT_EQ(UserDefaults(file).integer("t3"), 3);
+}
+
+TEST_F(UserDefaultsTest, KeepsEverySettingOfTwoProgramsThatWriteAtOnce) {
+  constexpr int count = 50;
+  const auto key = [](int program, int i) {
+    return std::to_string(program) + "-" + std::to_string(i);
+  };
+  pid_t programs[2];
+  for (int program = 0; program < 2; ++program) {
+    programs[program] = fork();
+    ASSERT_GE(programs[program], 0);
+    if (programs[program] == 0) {
+      UserDefaults defaults(file);
+      for (int i = 0; i < count; ++i) {
+        defaults.set(key(program, i), i);
+      }
+      _exit(0);
+    }
+  }
+  for (const pid_t program : programs) {
+    int status = -1;
+    ASSERT_EQ(waitpid(program, &status, 0), program);
+    EXPECT_EQ(status, 0);
+  }
+  const UserDefaults defaults(file);
+  for (int i = 0; i < count; ++i) {
+    EXPECT_EQ(defaults.integer(key(0, i)), i);
+    EXPECT_EQ(defaults.integer(key(1, i)), i);
+  }
+}
+
+TEST_F(UserDefaultsTest, LosesNothingToATextThatIsNotUTF8) {
+  UserDefaults defaults(file);
+  defaults.set("kept", 1);
+  defaults.set("name", "a\xFF");
+  const UserDefaults again(file);
+  EXPECT_EQ(again.integer("kept"), 1);
+  EXPECT_EQ(again.string("name"), "a\uFFFD");
 }
 
 TEST_F(UserDefaultsTest, HoldsASettingThatCannotBeWritten) {
