@@ -79,15 +79,16 @@ class AnyQueue : public DispatchQueue {
                    label_.c_str());
       std::abort();
     }
-    std::binary_semaphore done(0);
-    enqueue({[&] {
+    // Shared, since the block may still be in release() when the caller has gone on.
+    const auto done = std::make_shared<std::binary_semaphore>(0);
+    enqueue({[&work, done] {
                work();
                work = nullptr;
-               done.release();
+               done->release();
              },
              false, currentFrame});
     const ThreadPool::Blocking blocking;
-    done.acquire();
+    done->acquire();
   }
 
   void activate() override {}

@@ -36,11 +36,12 @@ TEST(SerialQueue, RunsOneBlockAtATimeInTheOrderGiven) {
 
 TEST(ConcurrentQueue, RunsBlocksSideBySide) {
   const auto queue = DispatchQueue::concurrent("test");
-  std::latch both(2);
+  // Shared, since the blocks may still look at it when the test has seen it open.
+  const auto both = std::make_shared<std::latch>(2);
   for (int i = 0; i < 2; ++i) {
-    queue->async([&] { both.arrive_and_wait(); });
+    queue->async([both] { both->arrive_and_wait(); });
   }
-  both.wait();
+  both->wait();
 }
 
 TEST(ConcurrentQueue, LetsABarrierRunAloneInItsPlace) {
