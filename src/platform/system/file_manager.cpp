@@ -1,12 +1,13 @@
 #include "platform/system/file_manager.h"
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <random>
 #include <system_error>
 
 namespace corvane {
@@ -89,6 +90,20 @@ fs::path programDirectory(const char* variable, const char* underHome) {
   return directory;
 }
 
+/// Makes something hidden beside `path` with a name that nothing has, by `make(name)`, which
+/// answers less than 0 where that fails; returns its answer. What is made has the usual
+/// permissions.
+template <typename Make>
+int makeBeside(const fs::path& path, fs::path& made, Make make) {
+  std::random_device random;
+  int result = -1;
+  do {
+    made = parentOf(path) / ("." + path.filename().string() + "." + std::to_string(random()));
+    result = make(made);
+  } while (result < 0 && errno == EEXIST);
+  return result;
+}
+
 /// Lets the names of two existing files or folders change places in one step; false where the
 /// system has no such step.
 bool exchangeNames(const fs::path& first, const fs::path& second) {
@@ -131,36 +146,45 @@ std::string read(const fs::path& path) {
 }
 
 void writeAtomically(const fs::path& path, std::string_view content) {
-  std::string temporary = parentOf(path) / ("." + path.filename().string() + ".XXXXXX");
-  Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+  // A link stays one: what it leads to is written.
+  std::error_code error;
+  const fs::path resolved = fs::canonical(path, error);
+  const fs::path& target = error ? path : resolved;
+  fs::path temporary;
+  Descriptor file(makeBeside(target, temporary, [](const fs::path& candidate) {
+    return ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  }));
   require(file.number() >= 0, "write", path);
   try {
     struct stat existing {};
-    if (::stat(path.c_str(), &existing) == 0) {
+    if (::stat(target.c_str(), &existing) == 0) {
       require(::fchmod(file.number(), existing.st_mode & 07777) == 0, "write", path);
     }
     writeAll(file.number(), content, path);
     require(::fsync(file.number()) == 0 && file.close(), "write", path);
-    require(::rename(temporary.c_str(), path.c_str()) == 0, "write", path);
+    require(::rename(temporary.c_str(), target.c_str()) == 0, "write", path);
   } catch (const FileError&) {
     ::unlink(temporary.c_str());
     throw;
   }
-  synchronizeOne(parentOf(path));
+  synchronizeOne(parentOf(target));
 }
 
 fs::path makeReplacementDirectory(const fs::path& path) {
-  std::string pattern = parentOf(path) / ("." + path.filename().string() + ".XXXXXX");
-  require(::mkdtemp(pattern.data()) != nullptr, "create a folder beside", path);
-  return pattern;
+  fs::path directory;
+  const int result = makeBeside(
+      path, directory, [](const fs::path& candidate) { return ::mkdir(candidate.c_str(), 0777); });
+  require(result == 0, "create a folder beside", path);
+  return directory;
 }
 
 void synchronize(const fs::path& path) {
   std::error_code error;
   if (fs::is_directory(fs::symlink_status(path, error))) {
-    for (const auto& entry : fs::directory_iterator(path, error)) {
-      if (!entry.is_symlink()) {
-        synchronize(entry.path());
+    fs::directory_iterator entry(path, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+      if (!entry->is_symlink(error)) {
+        synchronize(entry->path());
       }
     }
     require(error, "save", path);
@@ -194,6 +218,10 @@ void copy(const fs::path& from, const fs::path& to) {
     throw FileError("copy to", to, EEXIST);
   }
   fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
+  if (error) {
+    std::error_code ignored;
+    fs::remove_all(to, ignored);
+  }
   require(error, "copy", from);
 }
 

@@ -40,7 +40,7 @@ namespace files {
 
 /// Writes `content` beside `path`, has the disk confirm it, and puts it in place with one rename:
 /// at no moment is there neither the old nor the new file. A file that is replaced hands its
-/// permissions on.
+/// permissions on. Where `path` is a link, what it leads to is written.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
 
 /// A new, empty, hidden folder beside `path`, on the same volume, to build something in that is to
@@ -55,7 +55,8 @@ void synchronize(const std::filesystem::path& path);
 /// at `replacement`.
 void replace(const std::filesystem::path& path, const std::filesystem::path& replacement);
 
-/// Copies a file, or a folder with all that is in it, to `to`, where nothing may stand.
+/// Copies a file, or a folder with all that is in it, to `to`, where nothing may stand; where that
+/// fails nothing is left there.
 void copy(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Removes a file, or a folder with all that is in it; what does not exist is removed already.

@@ -72,7 +72,8 @@ class FolderLock {
 /// A name beside `file` that nothing has yet.
 std::filesystem::path nameAside(const std::filesystem::path& file) {
   std::filesystem::path aside = file.string() + ".damaged";
-  for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(aside)); ++i) {
+  std::error_code error;
+  for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(aside, error)); ++i) {
     aside = file.string() + ".damaged-" + std::to_string(i);
   }
   return aside;

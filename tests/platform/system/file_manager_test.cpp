@@ -33,6 +33,12 @@ TEST(Files, AreWrittenWholeOrNotAtAll) {
   EXPECT_EQ(status.st_mode & 07777, 0640U);
   EXPECT_EQ(countIn(folder.path()), 1U) << "a temporary file was left behind";
 
+  fs::create_symlink("file", folder / "link");
+  files::writeAtomically(folder / "link", "through the link");
+  EXPECT_TRUE(fs::is_symlink(folder / "link"));
+  EXPECT_EQ(readText(file), "through the link");
+  fs::remove(folder / "link");
+
   fs::create_directory(folder / "taken");
   EXPECT_THROW(files::writeAtomically(folder / "taken", "x"), FileError);
   EXPECT_EQ(countIn(folder.path()), 2U);
