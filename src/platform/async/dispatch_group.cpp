@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/async/clamped_duration.h"
 #include "platform/async/thread_pool.h"
 
 namespace corvane {
@@ -68,7 +69,8 @@ void DispatchGroup::notify(std::shared_ptr<DispatchQueue> queue, DispatchQueue::
 bool DispatchGroup::wait(DispatchQueue::Duration timeout) const {
   const ThreadPool::Blocking blocking;
   std::unique_lock lock(state_->mutex);
-  return state_->ended.wait_for(lock, timeout, [this] { return state_->underWay == 0; });
+  return state_->ended.wait_for(lock, clampedDuration(timeout),
+                                [this] { return state_->underWay == 0; });
 }
 
 }  // namespace corvane

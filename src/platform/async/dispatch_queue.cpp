@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/async/clamped_duration.h"
 #include "platform/async/thread_pool.h"
 
 namespace corvane {
@@ -74,7 +75,11 @@ class AnyQueue : public DispatchQueue {
   }
 
   void sync(Work work) override {
-    if (wouldDeadlock(*this, currentFrame)) {
+    // Outside of its blocks too, the main thread keeps the main queue from going on while it waits.
+    const Frame mainFrame{DispatchQueue::main().get(), true, nullptr};
+    const bool isMainThread = std::this_thread::get_id() == mainThread.load();
+    const Frame* caller = currentFrame == nullptr && isMainThread ? &mainFrame : currentFrame;
+    if (wouldDeadlock(*this, caller)) {
       std::fprintf(stderr, "Deadlock: sync onto the queue \"%s\", which waits for its caller.\n",
                    label_.c_str());
       std::abort();
@@ -86,7 +91,7 @@ class AnyQueue : public DispatchQueue {
                work = nullptr;
                done->release();
              },
-             false, currentFrame});
+             false, caller});
     const ThreadPool::Blocking blocking;
     done->acquire();
   }
@@ -162,8 +167,12 @@ class MainQueue : public AnyQueue {
   static MainQueue& shared() { return static_cast<MainQueue&>(*DispatchQueue::main()); }
 
   void setWakeUp(std::function<void()> wakeUp) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(wakeUpMutex_);
     wakeUp_ = std::move(wakeUp);
+    // What was posted before the loop could be woken must not wait for the next post.
+    if (wakeUp_ && size() > 0) {
+      wakeUp_();
+    }
   }
 
   /// Runs the next block, for which it waits no longer than until `deadline`.
@@ -188,15 +197,15 @@ class MainQueue : public AnyQueue {
 
  protected:
   void enqueue(Item item) override {
-    std::function<void()> wakeUp;
     {
       const std::lock_guard lock(mutex_);
       items_.push_back(std::move(item));
-      wakeUp = wakeUp_;
     }
     changed_.notify_one();
-    if (wakeUp) {
-      wakeUp();
+    // Under a lock of its own, so that no call is under way when setWakeUp() has returned.
+    const std::lock_guard lock(wakeUpMutex_);
+    if (wakeUp_) {
+      wakeUp_();
     }
   }
 
@@ -204,6 +213,7 @@ class MainQueue : public AnyQueue {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Item> items_;
+  std::mutex wakeUpMutex_;
   std::function<void()> wakeUp_;
 };
 
@@ -260,8 +270,7 @@ class Delays {
 };
 
 void startAfter(DispatchQueue::Duration delay, std::shared_ptr<DispatchQueue> queue, Work work) {
-  Delays::shared().add(Clock::now() + std::chrono::duration_cast<Clock::duration>(delay),
-                       std::move(queue), std::move(work));
+  Delays::shared().add(Clock::now() + clampedDuration(delay), std::move(queue), std::move(work));
 }
 
 std::atomic<bool> isStopping = false;
@@ -308,7 +317,7 @@ void MainLoop::stop() {
 }
 
 bool MainLoop::runUntil(const std::function<bool()>& isDone, DispatchQueue::Duration timeout) {
-  const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(timeout);
+  const auto end = Clock::now() + clampedDuration(timeout);
   while (!isDone()) {
     const auto now = Clock::now();
     if (now >= end) {

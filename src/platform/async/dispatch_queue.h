@@ -50,8 +50,9 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   /// As async; on a concurrent queue the block runs alone: after all that were given before it have
   /// ended, and before any that is given after it starts.
   virtual void asyncBarrier(Work work) = 0;
-  /// Runs `work` and returns when it has ended. Waiting for a queue that cannot go on before the
-  /// caller has returned is a fault of the program and stops it with a text that says so.
+  /// Runs `work` and returns when it has ended. Waiting for a queue that the caller itself, or one
+  /// that waits for it, keeps from going on is a fault of the program and stops it with a text that
+  /// says so. Two threads that wait for each other's queues are not found out.
   virtual void sync(Work work) = 0;
 
   /// Lets an inactive queue start with what it has kept. Does nothing on an active one.
@@ -72,7 +73,9 @@ class MainLoop {
   static bool runUntil(const std::function<bool()>& isDone, DispatchQueue::Duration timeout);
   /// Runs the blocks that are due now, and returns. For an event loop of somebody else.
   static void drain();
-  /// `wakeUp` is called from any thread whenever drain() has something to do. Empty for none.
+  /// `wakeUp` is called from any thread whenever drain() has something to do, at once where that is
+  /// so already; no call is under way when the next setWakeUp() has returned. It must not post to
+  /// the main queue itself. Empty for none.
   static void setWakeUp(std::function<void()> wakeUp);
 };
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <latch>
+#include <limits>
 #include <mutex>
 #include <semaphore>
 #include <thread>
@@ -167,6 +168,23 @@ TEST(AsyncAfter, KeepsTheOrderOfTheDelaysAndIsNeverEarly) {
   EXPECT_EQ(order, (std::vector{1, 2, 3}));
 }
 
+TEST(MainQueue, WakesALoopThatComesLaterThanItsWork) {
+  DispatchQueue::main()->async([] {});
+  int woken = 0;
+  MainLoop::setWakeUp([&] { ++woken; });
+  EXPECT_EQ(woken, 1);
+  MainLoop::setWakeUp(nullptr);
+  MainLoop::drain();
+}
+
+TEST(AsyncAfter, TakesAnEndlessDelayForALongOne) {
+  const auto queue = DispatchQueue::serial("test");
+  const auto hasRun = std::make_shared<std::atomic<bool>>(false);
+  queue->asyncAfter(DispatchQueue::Duration(std::numeric_limits<double>::infinity()),
+                    [hasRun] { *hasRun = true; });
+  EXPECT_FALSE(MainLoop::runUntil([&] { return hasRun->load(); }, DispatchQueue::Duration(0.05)));
+}
+
 TEST(QueueDeathTest, StopsTheProgramInsteadOfWaitingForEver) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto waitForOneself = [] {
@@ -176,6 +194,10 @@ TEST(QueueDeathTest, StopsTheProgramInsteadOfWaitingForEver) {
   };
   EXPECT_DEATH(waitForOneself(), "Deadlock: sync onto the queue \"outer\"");
   EXPECT_DEATH(DispatchQueue::main()->sync([] {}), "Deadlock: sync onto the queue \"main\"");
+  const auto mainThroughAnother = [] {
+    DispatchQueue::serial("s")->sync([] { DispatchQueue::main()->sync([] {}); });
+  };
+  EXPECT_DEATH(mainThroughAnother(), "Deadlock: sync onto the queue \"main\"");
 }
 
 }  // namespace
