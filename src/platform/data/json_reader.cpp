@@ -175,15 +175,18 @@ std::string_view JSONCursor::numberText() {
 }
 
 std::string_view JSONCursor::string() {
-  std::string_view text;
-  const auto error = at(value_, [&](auto& place) { return place.get_string().get(text); });
+  // simdjson's buffer has room for each text once and does not check for a second one.
+  if (text_.data() != nullptr) {
+    return text_;
+  }
+  const auto error = at(value_, [&](auto& place) { return place.get_string().get(text_); });
   if (error == simdjson::INCORRECT_TYPE) {
     failExpecting("text");
   }
   if (error) {
     failBecause(error);
   }
-  return text;
+  return text_;
 }
 
 void JSONCursor::requireDepth() const {
@@ -300,7 +303,11 @@ void JSONReader::State::read(ondemand::parser& reading, JSONCursor::ElementVisit
   visit.call(visit.function, root);
 
   const char* next = nullptr;
-  const auto error = opened.current_location().get(next);
+  auto error = opened.current_location().get(next);
+  if (!error && next == start) {
+    readThrough(root);
+    error = opened.current_location().get(next);
+  }
   const char* const end = document.data() + document.size();
   if (error == simdjson::OUT_OF_BOUNDS) {
     return;

@@ -32,7 +32,7 @@ class JSONCursor {
   [[nodiscard]] bool boolean();
   /// The number's text, checked to be a JSON number.
   [[nodiscard]] std::string_view numberText();
-  /// The text without its escapes; good until the reader ends.
+  /// The text without its escapes; good until the reader ends. May be asked for again.
   [[nodiscard]] std::string_view string();
 
   /// Calls `visit(element)` for each element of an array.
@@ -84,6 +84,7 @@ class JSONCursor {
   std::string_view key_;  ///< of a field; empty for an element
   std::size_t index_;     ///< of an element
   std::size_t depth_;
+  std::string_view text_;  ///< what string() handed out; its data is null before
   alignas(8) std::array<std::byte, 64> value_;
 };
 

@@ -196,6 +196,28 @@ TEST(JSONReader, FindsFaultsInWhatWasSkippedWhenItFinishes) {
   }
 }
 
+TEST(JSONReader, HandsOutTheSameTextAgain) {
+  JSONReader reader("[\"" + std::string(6000, 'x') + "\",\"\\u00e9\"]");
+  reader.read([](JSONCursor& root) {
+    root.forEachElement([](JSONCursor& element) {
+      const auto* first = element.string().data();
+      for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(element.string().data(), first);
+      }
+    });
+  });
+}
+
+TEST(JSONReader, AcceptsAnySoundDocumentThatNobodyLooksInto) {
+  const auto ignore = [](JSONCursor&) {};
+  for (const auto* document : {"null", "true", "7", "\"a\"", "[1,2]", "{\"a\":1}", "[]"}) {
+    EXPECT_NO_THROW(JSONReader(document).read(ignore)) << document;
+  }
+  for (const auto* document : {"null 5", "\"a\" 5", "7 5", "[01]", "[1]]", "{}{}"}) {
+    EXPECT_THROW(JSONReader(document).read(ignore), JSONError) << document;
+  }
+}
+
 TEST(JSONReader, NamesThePlaceOfAFailure) {
   const auto reasonOfReading = [](const std::string& document) {
     try {
