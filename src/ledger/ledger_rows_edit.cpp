@@ -24,14 +24,14 @@ auto at(LedgerRowsEdit::Rows& rows, std::size_t position) {
 
 void LedgerRowsEdit::insert(std::size_t position, TransactionPointer row) {
   assert(position <= rows_.size());
-  changes_.push_back({Change::Kind::inserted, position, row, nullptr});
+  changes_.push_back({Change::Kind::inserted, position, row, nullptr, false});
   rows_.insert(at(rows_, position), std::move(row));
   lowest_ = std::min(lowest_, position);
 }
 
 void LedgerRowsEdit::remove(std::size_t position) {
   assert(position < rows_.size());
-  changes_.push_back({Change::Kind::removed, position, rows_[position], nullptr});
+  changes_.push_back({Change::Kind::removed, position, rows_[position], nullptr, false});
   rows_.erase(at(rows_, position));
   lowest_ = std::min(lowest_, position);
 }
@@ -48,7 +48,7 @@ void LedgerRowsEdit::move(std::size_t from, std::size_t to) {
 void LedgerRowsEdit::revise(std::size_t position, BasicTransaction transaction) {
   const TransactionPointer& row = rows_[position];
   changes_.push_back({Change::Kind::revised, position, row,
-                      std::make_unique<BasicTransaction>(std::move(row->basic))});
+                      std::make_unique<BasicTransaction>(std::move(row->basic)), row->isDirty});
   row->basic = std::move(transaction);
   row->isDirty = true;
   lowest_ = std::min(lowest_, position);
@@ -65,6 +65,7 @@ void LedgerRowsEdit::takeBack() {
         break;
       case Change::Kind::revised:
         change.row->basic = std::move(*change.formerTransaction);
+        change.row->isDirty = change.wasDirty;
         break;
     }
   }

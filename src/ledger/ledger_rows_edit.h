@@ -42,6 +42,7 @@ class LedgerRowsEdit {
     std::size_t position;
     TransactionPointer row;
     std::unique_ptr<BasicTransaction> formerTransaction;  ///< of a revised row
+    bool wasDirty = false;                                ///< of a revised row
   };
 
   Rows& rows_;

@@ -73,7 +73,7 @@ void LedgerWalk::derive(const TransactionPointer& row) {
     requireLedgerOrder(*previous_, *row);
   }
   requireDates(row->basic);
-  current_ = {row, row->cashNet, row->sharesNet, row->costBasePrior};
+  current_ = {row, row->isDirty, row->cashNet, row->sharesNet, row->costBasePrior};
 
   if (const EquityPointer* equity = row->basic.equity()) {
     state_.equitySnapshots.update(*equity, [&](EquitySnapshot& holding) {
@@ -209,20 +209,22 @@ void LedgerWalk::requireShares(const TransactionPointer& row, const Decimal& hel
   }
 }
 
+void LedgerWalk::Before::restore() {
+  row->isDirty = wasDirty;
+  row->cashNet = cashNet;
+  row->sharesNet = sharesNet;
+  row->costBasePrior = costBasePrior;
+  if (filledNetShares) {
+    std::get<BasicTransaction::Yield>(row->basic.kind).netShares.reset();
+  }
+}
+
 void LedgerWalk::restoreRows() {
-  const auto restore = [](Before& before) {
-    before.row->cashNet = before.cashNet;
-    before.row->sharesNet = before.sharesNet;
-    before.row->costBasePrior = before.costBasePrior;
-    if (before.filledNetShares) {
-      std::get<BasicTransaction::Yield>(before.row->basic.kind).netShares.reset();
-    }
-  };
   for (Before& before : dirtyRows_) {
-    restore(before);
+    before.restore();
   }
   if (current_.row != nullptr) {
-    restore(current_);
+    current_.restore();
   }
 }
 

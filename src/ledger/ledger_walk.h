@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <optional>
+#include <utility>
 
 #include "ledger/portfolio.h"
 #include "ledger/portfolio_snapshot.h"
@@ -37,7 +38,11 @@ class LedgerWalk {
 
   /// What a row was before this walk derived it.
   struct Before {
+    /// Gives the row its former balances and transaction.
+    void restore();
+
     TransactionPointer row;
+    bool wasDirty = false;
     std::optional<Decimal> cashNet;
     std::optional<Decimal> sharesNet;
     std::optional<Decimal> costBasePrior;
@@ -47,9 +52,10 @@ class LedgerWalk {
   /// The rows that are dirty after their derivation, in ledger order: those whose balances changed,
   /// and those that were dirty before.
   [[nodiscard]] const std::deque<Before>& dirtyRows() const { return dirtyRows_; }
+  /// Hands the dirty rows over, at the end of the walk.
+  [[nodiscard]] std::deque<Before> takeDirtyRows() { return std::move(dirtyRows_); }
 
-  /// Gives every row that this walk has touched its former balances and transaction. isDirty stays,
-  /// so that the walk that repairs the ledger hands the row to its keeper again.
+  /// Gives every row that this walk has touched its former balances and transaction.
   void restoreRows();
 
  private:

@@ -4,10 +4,12 @@
 #include <any>
 #include <cassert>
 #include <iostream>
+#include <limits>
 #include <ranges>
 #include <utility>
 
 #include "ledger/calendar_years.h"
+#include "ledger/ledger_journal.h"
 #include "ledger/ledger_replay.h"
 #include "ledger/ledger_rows_edit.h"
 #include "ledger/ledger_walk.h"
@@ -119,18 +121,38 @@ template <typename Change>
 TransactionSet PortfolioManager::editLedger(const PortfolioPointer& portfolio,
                                             const BasicTransaction* subject, Change change) {
   LedgerRowsEdit edit(portfolio->transactions());
-  std::exception_ptr refusal;
+  TransactionSet recalculated;
   try {
-    return change(edit);
-  } catch (const Failure& error) {
-    // Who is to blame is decided while a refused revision still stands in its row.
-    refusal = std::make_exception_ptr(blaming(subject, error));
+    changeLedger(portfolio, [&] {
+      EditedRows edited;
+      try {
+        recalculated = change(edit, edited);
+      } catch (const Failure& error) {
+        // Who is to blame is decided while a refused revision still stands in its row.
+        throw blaming(subject, error);
+      }
+      return edited;
+    });
   } catch (...) {
-    refusal = std::current_exception();
+    edit.takeBack();
+    throw;
   }
-  edit.takeBack();
-  recalculateLedger(edit.lowest(), portfolio);
-  std::rethrow_exception(refusal);
+  return recalculated;
+}
+
+void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
+                                    const std::function<EditedRows()>& change) {
+  assert(journal_ == nullptr && "one change of a ledger at a time");
+  LedgerJournal journal(portfolio->snapshotsByYear);
+  journal_ = &journal;
+  try {
+    keepEdit(portfolio, change);
+  } catch (...) {
+    journal_ = nullptr;
+    journal.restore();
+    throw;
+  }
+  journal_ = nullptr;
 }
 
 Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
@@ -142,33 +164,37 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   const BasicTransaction first = basics.front();
   Transactions recorded;
   recorded.reserve(basics.size());
-  TransactionSet recalculated = editLedger(portfolio, &first, [&](LedgerRowsEdit& edit) {
-    TransactionSet changed;
-    // Each row is walked with the ledger as the rows before it have left it. Rows that follow one
-    // another at the end of the ledger are walked together: it comes to the same, in linear time.
-    std::size_t unwalked = edit.rows().size();
-    const auto walkRest = [&](std::size_t start) {
-      if (start < edit.rows().size()) {
-        TransactionSet rows = recalculateLedger(start, portfolio);
-        changed.empty() ? changed.swap(rows) : changed.merge(rows);
-      }
-      unwalked = edit.rows().size();
-    };
-    for (BasicTransaction& basic : basics) {
-      const std::size_t position = positionByDate(basic.settlementDate, edit.rows());
-      const bool isLast = position == edit.rows().size();
-      if (!isLast) {
+  TransactionSet recalculated =
+      editLedger(portfolio, &first, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        TransactionSet changed;
+        // Each row is walked with the ledger as the rows before it have left it. Rows that follow
+        // one another at the end of the ledger are walked together: it comes to the same, in linear
+        // time.
+        std::size_t unwalked = edit.rows().size();
+        const auto walkRest = [&](std::size_t start) {
+          if (start < edit.rows().size()) {
+            TransactionSet rows = recalculateLedger(start, portfolio);
+            changed.empty() ? changed.swap(rows) : changed.merge(rows);
+          }
+          unwalked = edit.rows().size();
+        };
+        for (BasicTransaction& basic : basics) {
+          const std::size_t position = positionByDate(basic.settlementDate, edit.rows());
+          const bool isLast = position == edit.rows().size();
+          if (!isLast) {
+            walkRest(unwalked);
+          }
+          recorded.push_back(
+              recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
+          edit.insert(position, recorded.back());
+          if (!isLast) {
+            walkRest(position);
+          }
+        }
         walkRest(unwalked);
-      }
-      recorded.push_back(recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
-      edit.insert(position, recorded.back());
-      if (!isLast) {
-        walkRest(position);
-      }
-    }
-    walkRest(unwalked);
-    return changed;
-  });
+        edited.placed = recorded;
+        return changed;
+      });
 
   TransactionSet inserted = separate(recorded, recalculated);
   registerUndo(undoManager,
@@ -193,7 +219,7 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
   std::vector<BasicTransaction> former;
   Anchors formerNeighbours;
   TransactionSet recalculated =
-      editLedger(portfolio, &revisions.front(), [&](LedgerRowsEdit& edit) {
+      editLedger(portfolio, &revisions.front(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
         const auto& rows = edit.rows();
         for (std::size_t i = 0; i < subjects.size(); ++i) {
           const std::size_t index = requirePosition(
@@ -211,6 +237,7 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
           edit.revise(index, revisions[i]);
           edit.move(index, index < target ? target - 1 : target);
         }
+        edited.placed = subjects;
         return walkFrom(edit, portfolio);
       });
 
@@ -244,14 +271,16 @@ void PortfolioManager::deleteTransactions(const Transactions& subjects,
 
   Transactions deleted;
   Anchors neighbours;
-  TransactionSet recalculated = editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit) {
-    for (const std::size_t position : positions | std::views::reverse) {
-      deleted.push_back(edit.rows()[position]);
-      edit.remove(position);
-      neighbours.push_back(rowAt(position, edit.rows()));
-    }
-    return walkFrom(edit, portfolio);
-  });
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        for (const std::size_t position : positions | std::views::reverse) {
+          deleted.push_back(edit.rows()[position]);
+          edit.remove(position);
+          neighbours.push_back(rowAt(position, edit.rows()));
+        }
+        edited.removed = deleted;
+        return walkFrom(edit, portfolio);
+      });
 
   registerUndo(undoManager, [subjects = reversed(deleted), neighbours = reversed(neighbours),
                              portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -272,19 +301,22 @@ void PortfolioManager::insertTransactions(const Transactions& subjects, const An
   if (subjects.empty()) {
     return;
   }
-  TransactionSet recalculated = editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit) {
-    for (std::size_t i = 0; i < subjects.size(); ++i) {
-      const std::size_t target =
-          requireAnchor(anchors[i], edit.rows(),
-                        "Cannot find existing transaction in portfolio to anchor the insertion.");
-      if (subjects[i]->portfolio.lock() != portfolio || positionOf(*subjects[i], edit.rows())) {
-        throw Failure(Failure::InvalidPortfolio{
-            "Cannot insert a transaction that is in the portfolio already or belongs to another."});
-      }
-      edit.insert(target, subjects[i]);
-    }
-    return walkFrom(edit, portfolio);
-  });
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+          const std::size_t target = requireAnchor(
+              anchors[i], edit.rows(),
+              "Cannot find existing transaction in portfolio to anchor the insertion.");
+          if (subjects[i]->portfolio.lock() != portfolio || positionOf(*subjects[i], edit.rows())) {
+            throw Failure(
+                Failure::InvalidPortfolio{"Cannot insert a transaction that is in the portfolio "
+                                          "already or belongs to another."});
+          }
+          edit.insert(target, subjects[i]);
+        }
+        edited.placed = subjects;
+        return walkFrom(edit, portfolio);
+      });
 
   registerUndo(undoManager,
                [subjects, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -306,18 +338,21 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
     return;
   }
   Anchors neighbours;
-  TransactionSet recalculated = editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit) {
-    const auto& rows = edit.rows();
-    for (std::size_t i = 0; i < subjects.size(); ++i) {
-      const std::size_t index = requirePosition(
-          *subjects[i], rows, "Cannot find existing transaction in portfolio to move.");
-      neighbours.push_back(rowAt(index + 1, rows));
-      const std::size_t target = requireAnchor(
-          anchors[i], rows, "Cannot find existing transaction in portfolio to anchor the move.");
-      edit.move(index, index < target ? target - 1 : target);
-    }
-    return walkFrom(edit, portfolio);
-  });
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        const auto& rows = edit.rows();
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+          const std::size_t index = requirePosition(
+              *subjects[i], rows, "Cannot find existing transaction in portfolio to move.");
+          neighbours.push_back(rowAt(index + 1, rows));
+          const std::size_t target =
+              requireAnchor(anchors[i], rows,
+                            "Cannot find existing transaction in portfolio to anchor the move.");
+          edit.move(index, index < target ? target - 1 : target);
+        }
+        edited.placed = subjects;
+        return walkFrom(edit, portfolio);
+      });
 
   registerUndo(undoManager, [subjects = reversed(subjects), neighbours = reversed(neighbours),
                              portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -331,21 +366,35 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
 
 TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
                                                    const PortfolioPointer& portfolio) {
+  if (journal_ != nullptr) {
+    return walkLedger(startIndex, portfolio);
+  }
+  TransactionSet recalculated;
+  changeAsOne(portfolio, [&] { recalculated = walkLedger(startIndex, portfolio); });
+  return recalculated;
+}
+
+void PortfolioManager::changeAsOne(const PortfolioPointer& portfolio,
+                                   const std::function<void()>& change) {
+  changeLedger(portfolio, [&] {
+    change();
+    return EditedRows();
+  });
+}
+
+TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
+                                            const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
   LedgerWalk walk(*portfolio, replayedBefore(startIndex, portfolio));
   CalendarYears years(calendar);
   auto& snapshots = portfolio->snapshotsByYear;
   if (startIndex == 0) {
-    snapshots.clear();
+    journal_->takeYearsFrom(std::numeric_limits<int>::min());
   } else {
     const int lastKept = years.yearOf(rows[startIndex - 1]->settlementDate());
-    auto outdated = snapshots.lower_bound(lastKept);
-    if (outdated != snapshots.end() && outdated->first == lastKept) {
-      outdated->second = walk.state();
-      ++outdated;
-    }
-    snapshots.erase(outdated, snapshots.end());
+    journal_->takeYearsFrom(lastKept);
+    snapshots.insert_or_assign(lastKept, walk.state());
   }
 
   try {
@@ -361,6 +410,7 @@ TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
       transactionRecalculated(*before.row, *portfolio);
       before.row->isDirty = false;
     }
+    ledgerRecalculated(startIndex, *portfolio);
   } catch (...) {
     walk.restoreRows();
     throw;
@@ -371,6 +421,7 @@ TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
   for (const LedgerWalk::Before& before : walk.dirtyRows()) {
     recalculated.insert(before.row);
   }
+  journal_->keep(walk.takeDirtyRows());
   return recalculated;
 }
 
@@ -430,8 +481,15 @@ void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> cha
                                            std::move(userInfo));
 }
 
+void PortfolioManager::keepEdit(const PortfolioPointer& /*portfolio*/,
+                                const std::function<EditedRows()>& edit) {
+  edit();
+}
+
 void PortfolioManager::transactionRecalculated(PortfolioTransaction& /*row*/,
                                                Portfolio& /*portfolio*/) {}
+
+void PortfolioManager::ledgerRecalculated(std::size_t /*startIndex*/, Portfolio& /*portfolio*/) {}
 
 TransactionSet PortfolioManager::walkFrom(const LedgerRowsEdit& edit,
                                           const PortfolioPointer& portfolio) {

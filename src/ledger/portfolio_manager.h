@@ -18,6 +18,7 @@
 
 namespace corvane {
 
+class LedgerJournal;
 class LedgerRowsEdit;
 
 /// Rows that an edit touched. An absent set means that the edit has no such rows to tell of.
@@ -36,8 +37,8 @@ struct TransactionChanges {
 /// the calling thread, the main thread but for an import's one recordTransactions; nothing is
 /// locked.
 ///
-/// A subclass that keeps the ledger elsewhere overrides the edits, calls the base edit as the body
-/// of its override, and is told of each row through transactionRecalculated.
+/// A subclass that keeps the ledger elsewhere wraps every change of a ledger through keepEdit, and
+/// is told of each row through transactionRecalculated.
 class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
  public:
   using Order = corvane::Order;
@@ -132,11 +133,14 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// the yearly snapshots. Returns the rows whose balances changed and those that were dirty
   /// before.
   ///
-  /// Throws PortfolioManagerError, or what transactionRecalculated throws; then every row has its
-  /// former balances and transaction, and the yearly snapshots from there on are undefined until
-  /// the next walk from the same position or an earlier one succeeds.
-  virtual TransactionSet recalculateLedger(std::size_t startIndex,
-                                           const PortfolioPointer& portfolio);
+  /// Throws PortfolioManagerError, or what the keeper of the rows throws; then everything is as it
+  /// was.
+  TransactionSet recalculateLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
+
+  /// Runs `change`, which may walk the ledger and change the properties of `portfolio`, as one
+  /// change that is kept whole or not at all. The properties in memory are the caller's to take
+  /// back.
+  void changeAsOne(const PortfolioPointer& portfolio, const std::function<void()>& change);
 
   /// The state just before the row at `index`; that after the last row where there is no such row.
   /// Reads at most one calendar year of rows. Throws PortfolioManagerError::LedgerInconsistency.
@@ -159,20 +163,38 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
                                    const PortfolioPointer& portfolio);
 
  protected:
-  /// Called for each row whose balances have changed, in ledger order, once the whole walk has
-  /// succeeded. May throw.
+  /// The rows whose place in the ledger an edit has changed.
+  struct EditedRows {
+    Transactions placed = {};   ///< recorded, revised, inserted or moved
+    Transactions removed = {};  ///< deleted
+  };
+
+  /// Runs `edit`, one change of the ledger of `portfolio` with all its walks. A subclass that keeps
+  /// the ledger elsewhere makes sure here that it is kept whole or not at all. What this throws,
+  /// also after `edit` has returned, takes the change back in memory; only what it lets pass
+  /// registers an undo step and is made known.
+  virtual void keepEdit(const PortfolioPointer& portfolio, const std::function<EditedRows()>& edit);
+
+  /// Called for each row whose balances have changed, in ledger order, once a whole walk has
+  /// succeeded; inside keepEdit. May throw.
   virtual void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio);
+
+  /// Called after a walk and its rows, with the position that it started from. May throw.
+  virtual void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio);
 
   std::vector<PortfolioPointer> portfolios_;
 
  private:
   using UndoStep = std::move_only_function<void(PortfolioManager&, const UndoManagerPointer&)>;
 
-  /// Lets `change` edit the rows and walk them. When that throws, takes everything back and throws
-  /// what the user is to be told; `subject` is the entry that he made.
+  /// Lets `change(edit, editedRows)` edit the rows and walk them. When that throws, takes
+  /// everything back and throws what the user is to be told; `subject` is the entry that he made.
   template <typename Change>
   TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
                             Change change);
+  /// Lets keepEdit run `change`, and takes back what its walks have done when that throws.
+  void changeLedger(const PortfolioPointer& portfolio, const std::function<EditedRows()>& change);
+  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
   /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
   /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
   /// ledger still counts the deleted rows.
@@ -183,6 +205,7 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
 
   TransactionType recordedTransactionType_;
   std::vector<OrderFeature> supportedOrderFeatures_;
+  LedgerJournal* journal_ = nullptr;  ///< of the change under way
 };
 
 }  // namespace corvane

@@ -97,20 +97,16 @@ void PortfolioPropertyChanger::changeProperties(
   const bool needsWalk = manager != nullptr && old.usesCashAccounts != properties.usesCashAccounts;
   assign(properties, *portfolio);
   try {
-    if (needsWalk) {
-      manager->recalculateLedger(0, portfolio);
-    }
     if (manager != nullptr) {
-      manager->portfolioPropertiesDidChange(portfolio);
+      manager->changeAsOne(portfolio, [&] {
+        if (needsWalk) {
+          manager->recalculateLedger(0, portfolio);
+        }
+        manager->portfolioPropertiesDidChange(portfolio);
+      });
     }
   } catch (...) {
     assign(old, *portfolio);
-    // A walk under the new settings has left its yearly snapshots behind, and where the manager has
-    // failed after it, its balances too. The ledger was sound under the old settings, so walking it
-    // again brings both back.
-    if (needsWalk) {
-      manager->recalculateLedger(0, portfolio);
-    }
     throw;
   }
 
