@@ -1,8 +1,10 @@
 // A portfolio: its settings, its ledger, and the state at the end of each year.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +46,16 @@ class Portfolio {
   std::map<int, PortfolioSnapshot> snapshotsByYear;
 
  private:
+  friend class PortfolioManager;
+  /// The state before the row at `index`.
+  struct WalkStart {
+    std::size_t index;
+    PortfolioSnapshot state;
+  };
+
+  /// Where the last walk started, and where most likely the next one does: at the end. Good as long
+  /// as the rows before it stay.
+  std::optional<WalkStart> lastWalkStart_;
   Currency primaryCurrency_;
   std::vector<TransactionPointer> transactions_;
 };

@@ -150,6 +150,7 @@ void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
   } catch (...) {
     journal_ = nullptr;
     journal.restore();
+    portfolio->lastWalkStart_.reset();
     throw;
   }
   journal_ = nullptr;
@@ -386,7 +387,8 @@ TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
                                             const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
-  LedgerWalk walk(*portfolio, replayedBefore(startIndex, portfolio));
+  portfolio->lastWalkStart_ = {startIndex, walkStart(startIndex, portfolio)};
+  LedgerWalk walk(*portfolio, portfolio->lastWalkStart_->state);
   CalendarYears years(calendar);
   auto& snapshots = portfolio->snapshotsByYear;
   if (startIndex == 0) {
@@ -454,6 +456,22 @@ PortfolioSnapshot PortfolioManager::replayedBefore(std::size_t index,
   const auto first = std::ranges::lower_bound(before, yearStart, std::less<>(),
                                               &PortfolioTransaction::settlementDate);
   return replay(std::span(first, before.end()), std::move(base));
+}
+
+PortfolioSnapshot PortfolioManager::walkStart(std::size_t index,
+                                              const PortfolioPointer& portfolio) const {
+  const auto& last = portfolio->lastWalkStart_;
+  if (!last || last->index > index) {
+    return replayedBefore(index, portfolio);
+  }
+  const auto yearOf = [&](const TransactionPointer& row) {
+    return calendar.component(CalendarUnit::year, row->settlementDate());
+  };
+  const auto since = std::span(portfolio->transactions()).subspan(last->index, index - last->index);
+  if (!since.empty() && yearOf(since.front()) != yearOf(since.back())) {
+    return replayedBefore(index, portfolio);
+  }
+  return replay(since, last->state);
 }
 
 PortfolioSnapshot PortfolioManager::replay(std::span<const TransactionPointer> rows,

@@ -200,6 +200,10 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// ledger still counts the deleted rows.
   [[nodiscard]] PortfolioSnapshot replayedBefore(std::size_t index,
                                                  const PortfolioPointer& portfolio) const;
+  /// As replayedBefore, but from the start of the last walk where that is nearer than the year's:
+  /// most edits follow one another at the end of the ledger.
+  [[nodiscard]] PortfolioSnapshot walkStart(std::size_t index,
+                                            const PortfolioPointer& portfolio) const;
   TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
   void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
 
