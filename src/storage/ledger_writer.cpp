@@ -11,6 +11,13 @@
 #include "storage/stored_row.h"
 
 namespace corvane {
+
+/// The statements for one table of yearly totals. Their values are the portfolio, the year, the
+/// equity or currency, and then the figures.
+struct LedgerWriter::TotalsTable {
+  std::string_view select, insert, update, remove;
+};
+
 namespace {
 
 using Failure = PortfolioManagerError;
@@ -28,15 +35,25 @@ constexpr std::string_view updateTransactionSql =
     "= (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)\n"
     "WHERE id = ? AND portfolioId = ?;";
 
-constexpr std::string_view insertEquityTotalsSql =
+constexpr LedgerWriter::TotalsTable equityTotals = {
+    "SELECT year, equityId, shareUnitsHeld, costBase, grossCapitalGain FROM equitiesByYear\n"
+    "WHERE portfolioId = ? AND year >= ?",
     "INSERT INTO equitiesByYear\n"
     "(portfolioId, year, equityId, shareUnitsHeld, costBase, grossCapitalGain)\n"
-    "VALUES (?, ?, ?, ?, ?, ?)";
+    "VALUES (?, ?, ?, ?, ?, ?)",
+    "UPDATE equitiesByYear SET shareUnitsHeld = ?4, costBase = ?5, grossCapitalGain = ?6\n"
+    "WHERE portfolioId = ?1 AND year = ?2 AND equityId = ?3",
+    "DELETE FROM equitiesByYear\nWHERE portfolioId = ? AND year = ? AND equityId = ?"};
 
-constexpr std::string_view insertCashTotalsSql =
+constexpr LedgerWriter::TotalsTable cashTotals = {
+    "SELECT year, currency, cashOnHand, netDeposited FROM cashByYear\n"
+    "WHERE portfolioId = ? AND year >= ?",
     "INSERT INTO cashByYear\n"
     "(portfolioId, year, currency, cashOnHand, netDeposited)\n"
-    "VALUES (?, ?, ?, ?, ?)";
+    "VALUES (?, ?, ?, ?, ?)",
+    "UPDATE cashByYear SET cashOnHand = ?4, netDeposited = ?5\n"
+    "WHERE portfolioId = ?1 AND year = ?2 AND currency = ?3",
+    "DELETE FROM cashByYear\nWHERE portfolioId = ? AND year = ? AND currency = ?"};
 
 /// The largest power of ten that fits the column `sharesFactor`.
 constexpr int maximumShareDecimals = 18;
@@ -64,6 +81,15 @@ int shareExponent(const PortfolioTransaction& row) {
           [](const auto&) { return Decimal(); }},
       row.basic.kind);
   return std::min(added.exponent(), row.sharesNet->exponent());
+}
+
+/// Whether a column of the row that `row` stands on holds `value`.
+bool holds(const SQLiteStatement& row, int column, const SQLiteValue& value) {
+  if (const auto* whole = std::get_if<std::int64_t>(&value)) {
+    return row.type(column) == SQLiteStatement::Type::integer && row.integer(column) == *whole;
+  }
+  return row.type(column) == SQLiteStatement::Type::real &&
+         row.real(column) == std::get<double>(value);
 }
 
 }  // namespace
@@ -126,8 +152,8 @@ void LedgerWriter::flush() {
     former.row->awaitsWriting_ = false;
   }
   if (firstYear_) {
-    writeEquityTotals(*firstYear_);
-    writeCashTotals(*firstYear_);
+    writeTotals(equityTotals, *firstYear_, totalsOfEquities(*firstYear_));
+    writeTotals(cashTotals, *firstYear_, totalsOfCash(*firstYear_));
   }
 }
 
@@ -241,53 +267,87 @@ std::int64_t LedgerWriter::equityRowId(const EquityPointer& equity) {
   return id;
 }
 
-template <typename WriteYear>
-void LedgerWriter::forEachYear(int firstYear, WriteYear writeYear) const {
+template <typename Visit>
+void LedgerWriter::forEachYear(int firstYear, Visit visit) const {
   const auto& snapshots = portfolio_.snapshotsByYear;
   if (snapshots.empty()) {
     return;
   }
   const int lastYear = snapshots.rbegin()->first;
   for (int year = std::max(firstYear, snapshots.begin()->first); year <= lastYear; ++year) {
-    writeYear(std::int64_t{year}, std::prev(snapshots.upper_bound(year))->second);
+    visit(std::int64_t{year}, std::prev(snapshots.upper_bound(year))->second);
   }
 }
 
-void LedgerWriter::writeEquityTotals(int firstYear) {
-  const std::int64_t id = portfolio_.portfolioId;
+LedgerWriter::Totals LedgerWriter::totalsOfEquities(int firstYear) {
   const Currency& primary = portfolio_.primaryCurrency();
-  database_.execute("DELETE FROM equitiesByYear\nWHERE portfolioId = ? AND year >= ?",
-                    {id, std::int64_t{firstYear}});
+  const int decimals = portfolio_.shareDecimals();
+  Totals totals;
   forEachYear(firstYear, [&](std::int64_t year, const PortfolioSnapshot& snapshot) {
-    for (const auto& [equity, totals] : snapshot.equitySnapshots) {
-      database_.execute(insertEquityTotalsSql,
-                        {id, year, equityRowId(equity),
-                         storedShares(totals.sharesHeld, portfolio_.shareDecimals()),
-                         storedAmount(totals.costBase, primary),
-                         storedAmount(totals.cumulativeCapitalGain, primary)});
+    for (const auto& [equity, holding] : snapshot.equitySnapshots) {
+      totals[{year, equityRowId(equity)}] = {storedShares(holding.sharesHeld, decimals),
+                                             storedAmount(holding.costBase, primary),
+                                             storedAmount(holding.cumulativeCapitalGain, primary)};
     }
   });
+  return totals;
 }
 
-void LedgerWriter::writeCashTotals(int firstYear) {
-  const std::int64_t id = portfolio_.portfolioId;
-  database_.execute("DELETE FROM cashByYear\nWHERE portfolioId = ? AND year >= ?",
-                    {id, std::int64_t{firstYear}});
-  const auto write = [&](std::int64_t year, const Currency& currency,
-                         const PortfolioSnapshot::CurrencySnapshot& totals) {
-    database_.execute(insertCashTotalsSql, {id, year, std::int64_t{currency.number},
-                                            storedAmount(totals.cashOnHand, currency),
-                                            storedAmount(totals.netCashDeposited, currency)});
+LedgerWriter::Totals LedgerWriter::totalsOfCash(int firstYear) const {
+  Totals totals;
+  const auto add = [&](std::int64_t year, const Currency& currency,
+                       const PortfolioSnapshot::CurrencySnapshot& cash) {
+    totals[{year, currency.number}] = {storedAmount(cash.cashOnHand, currency),
+                                       storedAmount(cash.netCashDeposited, currency)};
   };
   forEachYear(firstYear, [&](std::int64_t year, const PortfolioSnapshot& snapshot) {
-    for (const auto& [currency, totals] : snapshot.currencySnapshots) {
-      write(year, currency, totals);
+    for (const auto& [currency, cash] : snapshot.currencySnapshots) {
+      add(year, currency, cash);
     }
     // A year at whose end nothing is left must not be taken for one like the year before.
     if (snapshot.currencySnapshots.isEmpty() && snapshot.equitySnapshots.isEmpty()) {
-      write(year, portfolio_.primaryCurrency(), {});
+      add(year, portfolio_.primaryCurrency(), {});
     }
   });
+  return totals;
+}
+
+void LedgerWriter::writeTotals(const TotalsTable& table, int firstYear, Totals totals) {
+  const std::int64_t id = portfolio_.portfolioId;
+  Totals changed;
+  std::vector<Totals::key_type> gone;
+  {
+    SQLiteStatement row = database_.query(table.select, {id, std::int64_t{firstYear}});
+    while (row.step()) {
+      const Totals::key_type key = {row.integer(0).value(), row.integer(1).value()};
+      auto wanted = totals.extract(key);
+      if (wanted.empty()) {
+        gone.push_back(key);
+        continue;
+      }
+      for (int column = 2; column < row.columnCount(); ++column) {
+        if (!holds(row, column, wanted.mapped()[static_cast<std::size_t>(column) - 2])) {
+          changed.insert(std::move(wanted));
+          break;
+        }
+      }
+    }
+  }
+  const auto write = [&](std::string_view sql, const Totals::key_type& key,
+                         const std::vector<SQLiteValue>& figures) {
+    std::vector<SQLiteValue> values = {id, key.first, key.second};
+    values.insert(values.end(), figures.begin(), figures.end());
+    database_.execute(sql, values);
+  };
+  for (const auto& key : gone) {
+    write(table.remove, key, {});
+  }
+  for (const auto& [key, figures] : changed) {
+    write(table.update, key, figures);
+  }
+  for (const auto& [key, figures] : totals) {
+    write(table.insert, key, figures);
+  }
 }
 
 }  // namespace corvane

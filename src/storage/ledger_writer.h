@@ -2,7 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/data/sqlite.h"
@@ -17,6 +20,7 @@ namespace corvane {
 class LedgerWriter {
  public:
   using Transactions = std::vector<TransactionPointer>;
+  struct TotalsTable;
 
   /// Both must outlive the writer.
   LedgerWriter(SQLiteDatabase& database, StoredPortfolio& portfolio)
@@ -47,14 +51,20 @@ class LedgerWriter {
     int dateSequence;
   };
 
+  /// The figures of an equity or a currency at the end of a year, by year and row id or number.
+  using Totals = std::map<std::pair<std::int64_t, std::int64_t>, std::vector<SQLiteValue>>;
+
   [[nodiscard]] int requiredShareDecimals() const;
   void rescaleShares(int decimals);
   void write(StoredPortfolioTransaction& row);
   [[nodiscard]] std::int64_t equityRowId(const EquityPointer& equity);
-  void writeEquityTotals(int firstYear);
-  void writeCashTotals(int firstYear);
-  template <typename WriteYear>
-  void forEachYear(int firstYear, WriteYear writeYear) const;
+  template <typename Visit>
+  void forEachYear(int firstYear, Visit visit) const;
+  [[nodiscard]] Totals totalsOfEquities(int firstYear);
+  [[nodiscard]] Totals totalsOfCash(int firstYear) const;
+  /// Makes `totals` the rows of `table` from `firstYear` on. Rows that are right already stay: an
+  /// edit mostly touches one equity of many.
+  void writeTotals(const TotalsTable& table, int firstYear, Totals totals);
 
   SQLiteDatabase& database_;
   StoredPortfolio& portfolio_;

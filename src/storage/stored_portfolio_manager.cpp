@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "ledger/calendar_years.h"
 #include "storage/ledger_reader.h"
 #include "storage/ledger_writer.h"
 #include "storage/portfolio_schema.h"
@@ -54,6 +56,37 @@ std::shared_ptr<StoredPortfolio> portfolioOf(const SQLiteStatement& row,
     portfolio->usesCashAccounts = settings.usesCashAccounts;
   }
   return portfolio;
+}
+
+/// Makes the yearly totals of `portfolio` anew where they are not those of `rows`: in another time
+/// zone than that of the last edit, rows around New Year fall in another year, and no walk could
+/// start from the old totals. A ledger that does not balance is left as it is; every walk over it
+/// says what is wrong.
+void renewYearlyTotals(StoredPortfolio& portfolio, std::span<const TransactionPointer> rows,
+                       const Calendar& calendar) {
+  CalendarYears years(calendar);
+  std::map<int, PortfolioSnapshot> totals;
+  PortfolioSnapshot state;
+  bool areCurrent = true;
+  try {
+    while (!rows.empty()) {
+      const int year = years.yearOf(rows.front()->settlementDate());
+      const auto next = std::ranges::find_if(rows, [&](const TransactionPointer& row) {
+        return years.yearOf(row->settlementDate()) != year;
+      });
+      const auto count = static_cast<std::size_t>(next - rows.begin());
+      state = PortfolioManager::replay(rows.first(count), std::move(state));
+      const auto kept = portfolio.snapshotsByYear.find(year);
+      areCurrent = areCurrent && kept != portfolio.snapshotsByYear.end() && kept->second == state;
+      totals.emplace(year, state);
+      rows = rows.subspan(count);
+    }
+  } catch (const PortfolioManagerError&) {
+    return;
+  }
+  if (!areCurrent) {
+    portfolio.snapshotsByYear = std::move(totals);
+  }
 }
 
 }  // namespace
@@ -156,7 +189,9 @@ void StoredPortfolioManager::deleteTransactions(const Transactions& subjects,
 
 PortfolioManager::Transactions StoredPortfolioManager::loadTransactions(
     StoredPortfolio& portfolio) {
-  return readTransactions(database_, portfolio.shared_from_this(), *quoteProvider);
+  Transactions rows = readTransactions(database_, portfolio.shared_from_this(), *quoteProvider);
+  renewYearlyTotals(portfolio, rows, calendar);
+  return rows;
 }
 
 void StoredPortfolioManager::keepEdit(const PortfolioPointer& portfolio,

@@ -47,7 +47,8 @@ class StoredPortfolioManager final : public PortfolioManager {
   void deleteTransactions(const Transactions& subjects, const PortfolioPointer& portfolio,
                           const UndoManagerPointer& undoManager) override;
 
-  /// The rows of `portfolio` as they stand in the file.
+  /// The rows of `portfolio` as they stand in the file. Where its yearly totals are not theirs, as
+  /// after a change of the user's time zone, they are made anew in memory.
   [[nodiscard]] Transactions loadTransactions(StoredPortfolio& portfolio);
 
  protected:

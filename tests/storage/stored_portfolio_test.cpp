@@ -263,6 +263,22 @@ TEST(YearlyTotals, TellAYearAtWhoseEndNothingIsLeft) {
   ledger.expectFileIsMemory();
 }
 
+TEST(YearlyTotals, AreThoseOfTheTimeZoneThatTheUserIsInNow) {
+  StoredLedger ledger;
+  // Still 2020 in Toronto, already 2021 in Tokyo.
+  const Date newYear = day(2020, 12, 31) + 3600.0 * 10;
+  ledger.record({ledger.make.on(day(2020, 3, 1)).deposit("100"),
+                 ledger.make.on(newYear).buy("10", "60"),
+                 ledger.make.on(day(2021, 5, 1)).deposit("1")});
+  ledger.reopen();
+  ledger.manager->calendar = Calendar(*TimeZone::withIdentifier("Asia/Tokyo"));
+  ledger.record({ledger.make.on(day(2021, 6, 1)).deposit("2")});
+  EXPECT_EQ(ledger.rows().back()->cashNet, dec("43"));
+  EXPECT_EQ(
+      ledger.portfolio->snapshotsByYear[2020].currencySnapshots.get(Currency::cad()).cashOnHand,
+      dec("100"));
+}
+
 TEST(StoredLedgers, AreReadWhenTheyAreFirstAskedFor) {
   StoredLedger ledger;
   ledger.record({ledger.make.deposit("100"), ledger.make.buy("10", "60")});
