@@ -3,28 +3,20 @@
 //
 // CORVANE_TEST_CASES sets the number of ledgers, CORVANE_TEST_SEED the first seed.
 
-#include <cstdlib>
 #include <random>
 
 #include "ledger/ledger_builder.h"
 #include "ledger/naive_ledger.h"
+#include "ledger/random_edits.h"
 
 namespace corvane::testing {
 namespace {
 
-std::uint64_t setting(const char* name, std::uint64_t standard) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? standard : std::strtoull(text, nullptr, 10);
-}
-
 class RandomLedger {
  public:
-  explicit RandomLedger(std::uint64_t seed) : random_(seed) {
-    ledger_.portfolio->allowsNegativeBalances = chance(3);
-    ledger_.portfolio->usesCashAccounts = !chance(3);
-    for (const auto* id : {"A", "B", "C"}) {
-      equities_.push_back(ledger_.provider->equityWithId(id));
-    }
+  explicit RandomLedger(std::uint64_t seed) : edits_(seed, ledger_.manager, ledger_.portfolio) {
+    ledger_.portfolio->allowsNegativeBalances = edits_.chance(3);
+    ledger_.portfolio->usesCashAccounts = !edits_.chance(3);
     ledger_.manager->presentError = [](const Error& error) { ADD_FAILURE() << error; };
     initial_ = ledger_.state();
   }
@@ -38,128 +30,19 @@ class RandomLedger {
   }
 
  private:
-  std::uint64_t below(std::uint64_t n) { return random_() % n; }
-  bool chance(std::uint64_t n) { return below(n) == 0; }
-  template <typename Container>
-  auto& pick(Container& values) {
-    return values[below(values.size())];
-  }
-
-  Decimal number(int largest, int scale) {
-    const auto digits = static_cast<long>(below(static_cast<std::uint64_t>(largest)));
-    return Decimal::fromParts(Sign::plus, -scale, digits);
-  }
-  Decimal money() { return number(100'000, chance(40) ? 3 : 2); }
-
-  Decimal heldAtEnd(const EquityPointer& equity) {
-    return ledger_.finalSnapshot().equitySnapshots.get(equity).sharesHeld;
-  }
-
-  BasicTransaction::Kind randomKind() {
-    static const std::vector<Currency> currencies = {Currency::cad(), Currency::usd(),
-                                                     Currency::byCode().find("JPY")->second};
-    const Currency& currency = currencies[below(currencies.size())];
-    const EquityPointer& equity = pick(equities_);
-    CurrencyAmount amount{currency, currency.minorUnits == 0 ? number(100'000, 0) : money()};
-    const bool isNegative = chance(3);
-    if (isNegative) {
-      amount.amount = -amount.amount;
-    }
-    Decimal shares = number(1000, chance(4) ? 4 : 0);
-    switch (below(10)) {
-      case 0:
-        return BasicTransaction::Split{equity, chance(4) ? shares : heldAtEnd(equity), shares};
-      case 1:
-        return BasicTransaction::JournaledShares{equity, isNegative ? -shares : shares,
-                                                 chance(2) ? std::optional(money()) : std::nullopt};
-      case 2:
-      case 3:
-        return BasicTransaction::Yield{static_cast<BasicTransaction::YieldType>(below(4)),
-                                       equity,
-                                       chance(3) ? std::optional(heldAtEnd(equity)) : std::nullopt,
-                                       {currency, abs(amount.amount)},
-                                       number(10'000'000, chance(3) ? 5 : 2)};
-      case 4:
-        return BasicTransaction::CashAdjustment{amount};
-      case 5:
-      case 6:
-        return BasicTransaction::Transfer{{currency, amount.amount * 10}};
-      default:
-        // Now and then a sale that costs money.
-        return BasicTransaction::Trade{equity, amount,
-                                       isNegative && !chance(10) ? -money() : money(),
-                                       isNegative ? -shares : shares};
-    }
-  }
-
-  BasicTransaction randomTransaction() {
-    const Date trade =
-        day(2019 + static_cast<int>(below(5)), 12, 28) + 86400.0 * static_cast<double>(below(8));
-    const double settlesAfter = chance(50) ? -86400.0 : 86400.0 * static_cast<double>(below(3));
-    return {randomKind(), trade, trade + settlesAfter, std::nullopt};
-  }
-
-  std::vector<TransactionPointer> pickRows(std::size_t most) {
-    const auto& rows = ledger_.rows();
-    std::vector<TransactionPointer> picked;
-    for (const auto& row : rows) {
-      if (picked.size() < most && below(rows.size()) < most) {
-        picked.push_back(row);
-      }
-    }
-    return picked.empty() ? std::vector{rows[below(rows.size())]} : picked;
-  }
-
   void edit() {
-    const bool isEmpty = ledger_.rows().empty();
-    switch (isEmpty ? 0 : below(10)) {
-      case 6:
-        return undoOrRedo(false);
-      case 7:
-        return undoOrRedo(true);
-      case 5: {
-        const auto subjects = pickRows(3);
-        return attempt(
-            [&] { ledger_.manager->deleteTransactions(subjects, ledger_.portfolio, ledger_.undo); },
-            subjects, Announced::inModified, std::nullopt);
-      }
-      case 3:
-      case 4: {
-        const auto subjects = pickRows(2);
-        std::vector<BasicTransaction> revisions;
-        for (const auto& row : subjects) {
-          revisions.push_back(chance(2) ? randomTransaction()
-                                        : BulkRevision{.note = "n"}.applied(row->basic));
-        }
-        return attempt(
-            [&] {
-              ledger_.manager->reviseTransactions(subjects, revisions, std::nullopt,
-                                                  ledger_.portfolio, ledger_.undo);
-            },
-            subjects, Announced::inRecalculated, std::nullopt);
-      }
-      case 2: {
-        const auto subjects = pickRows(2);
-        PortfolioManager::Anchors anchors;
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
-          anchors.push_back(chance(5) ? nullptr : ledger_.rows()[below(ledger_.rows().size())]);
-        }
-        return attempt(
-            [&] {
-              ledger_.manager->moveTransactions(subjects, anchors, ledger_.portfolio, ledger_.undo);
-            },
-            subjects, Announced::inRecalculated, std::nullopt);
-      }
-      default: {
-        std::vector<BasicTransaction> basics;
-        for (std::uint64_t i = 0; i <= below(4); ++i) {
-          basics.push_back(randomTransaction());
-        }
-        const bool isSound = canRecord(basics);
-        std::vector<TransactionPointer> subjects;
-        return attempt([&] { subjects = ledger_.record(basics); }, subjects,
-                       Announced::inRecalculated, isSound);
-      }
+    const RandomEdit edit = edits_.next();
+    switch (edit.kind) {
+      case RandomEdit::Kind::undo:
+      case RandomEdit::Kind::redo:
+        return undoOrRedo(edit.kind == RandomEdit::Kind::redo);
+      case RandomEdit::Kind::record:
+        return attempt(edit, Announced::inRecalculated, canRecord(edit.basics));
+      case RandomEdit::Kind::remove:
+        return attempt(edit, Announced::inModified, std::nullopt);
+      case RandomEdit::Kind::revise:
+      case RandomEdit::Kind::move:
+        return attempt(edit, Announced::inRecalculated, std::nullopt);
     }
   }
 
@@ -191,13 +74,12 @@ class RandomLedger {
 
   enum class Announced { inModified, inRecalculated };
 
-  template <typename Edit>
-  void attempt(Edit edit, const std::vector<TransactionPointer>& subjects, Announced where,
-               std::optional<bool> isSound) {
+  void attempt(const RandomEdit& edit, Announced where, std::optional<bool> isSound) {
     const LedgerState before = ledger_.state();
+    std::vector<TransactionPointer> subjects;
     LastChanges changes;
     try {
-      edit();
+      subjects = edits_.perform(edit, ledger_.undo);
     } catch (const PortfolioManagerError& error) {
       EXPECT_FALSE(isSound.value_or(false)) << error;
       EXPECT_EQ(ledger_.state(), before) << "after a refusal: " << error;
@@ -296,9 +178,8 @@ class RandomLedger {
     EXPECT_EQ(ledger_.state(), last);
   }
 
-  std::mt19937_64 random_;
   Ledger ledger_;
-  std::vector<EquityPointer> equities_;
+  RandomEdits edits_;
   LedgerState initial_;
   /// The states that undoing leads to, the latest last; from position_ on those that were undone.
   std::vector<LedgerState> past_;

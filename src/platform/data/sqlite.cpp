@@ -70,7 +70,7 @@ bool SQLiteStatement::step() {
 int SQLiteStatement::column(std::string_view name) const {
   auto& columns = prepared_->columnsByName;
   if (columns.empty()) {
-    for (int i = sqlite3_column_count(prepared_->statement); i-- > 0;) {
+    for (int i = columnCount(); i-- > 0;) {
       columns[sqlite3_column_name(prepared_->statement, i)] = i;
     }
   }
@@ -82,17 +82,32 @@ int SQLiteStatement::column(std::string_view name) const {
   return found->second;
 }
 
+int SQLiteStatement::columnCount() const {
+  return sqlite3_column_count(prepared_->statement);
+}
+
 int SQLiteStatement::typeOf(int column) const {
   const bool hasRow = state_ == State::onRow;
-  if (!hasRow || column < 0 || column >= sqlite3_column_count(prepared_->statement)) {
+  if (!hasRow || column < 0 || column >= columnCount()) {
     throw SQLiteError(SQLITE_RANGE, hasRow ? "the result has no such column" : "there is no row",
                       prepared_->sql);
   }
   return sqlite3_column_type(prepared_->statement, column);
 }
 
-bool SQLiteStatement::isNull(int column) const {
-  return typeOf(column) == SQLITE_NULL;
+SQLiteStatement::Type SQLiteStatement::type(int column) const {
+  switch (typeOf(column)) {
+    case SQLITE_INTEGER:
+      return Type::integer;
+    case SQLITE_FLOAT:
+      return Type::real;
+    case SQLITE_TEXT:
+      return Type::text;
+    case SQLITE_BLOB:
+      return Type::blob;
+    default:
+      return Type::null;
+  }
 }
 
 std::optional<std::int64_t> SQLiteStatement::integer(int column) const {

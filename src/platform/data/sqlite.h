@@ -65,8 +65,11 @@ class SQLiteStatement {
   /// The position of the column called `name`, to be asked once step() has been called: until then
   /// a change of the table may move it. Throws SQLiteError where there is none.
   [[nodiscard]] int column(std::string_view name) const;
+  [[nodiscard]] int columnCount() const;
 
-  [[nodiscard]] bool isNull(int column) const;
+  enum class Type { null, integer, real, text, blob };
+  [[nodiscard]] Type type(int column) const;
+  [[nodiscard]] bool isNull(int column) const { return type(column) == Type::null; }
   [[nodiscard]] std::optional<std::int64_t> integer(int column) const;
   /// An integer column reads as a real one too, as its value.
   [[nodiscard]] std::optional<double> real(int column) const;
