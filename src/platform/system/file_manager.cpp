@@ -178,6 +178,25 @@ fs::path makeReplacementDirectory(const fs::path& path) {
   return directory;
 }
 
+fs::path makePrivateDirectory(const fs::path& parent) {
+  std::string pattern = parent / "corvane-XXXXXX";
+  require(::mkdtemp(pattern.data()) != nullptr, "create a folder in", parent);
+  return pattern;
+}
+
+FileStamp stamp(const fs::path& path) {
+  struct stat status {};
+  require(::lstat(path.c_str(), &status) == 0, "read", path);
+#if defined(__APPLE__)
+  const timespec& modified = status.st_mtimespec;
+#else
+  const timespec& modified = status.st_mtim;
+#endif
+  return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino),
+          static_cast<std::uint64_t>(status.st_size),
+          std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec};
+}
+
 void synchronize(const fs::path& path) {
   std::error_code error;
   if (fs::is_directory(fs::symlink_status(path, error))) {

@@ -1,6 +1,7 @@
 // Files and folders, changed in such a way that nothing is lost when the power fails.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -28,6 +29,16 @@ class FileError : public ErrorValue<FileError> {
   }
 };
 
+/// What changes when a file is written or another takes its place: enough to see that somebody did.
+struct FileStamp {
+  std::uint64_t volume = 0;
+  std::uint64_t file = 0;  ///< the system's number of the file on its volume
+  std::uint64_t size = 0;
+  std::int64_t modifiedNanoseconds = 0;  ///< since 1970
+
+  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
 /// Operations on files. All throw FileError. Any thread.
 namespace files {
 
@@ -46,6 +57,12 @@ void writeAtomically(const std::filesystem::path& path, std::string_view content
 /// A new, empty, hidden folder beside `path`, on the same volume, to build something in that is to
 /// take the place of `path`. The caller removes it.
 [[nodiscard]] std::filesystem::path makeReplacementDirectory(const std::filesystem::path& path);
+
+/// A new, empty folder in `parent` that only the user can look into. The caller removes it.
+[[nodiscard]] std::filesystem::path makePrivateDirectory(const std::filesystem::path& parent);
+
+/// The stamp of a file, or of a link itself.
+[[nodiscard]] FileStamp stamp(const std::filesystem::path& path);
 
 /// Has the disk confirm a file, or a folder with all that is in it.
 void synchronize(const std::filesystem::path& path);

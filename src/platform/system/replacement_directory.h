@@ -1,0 +1,31 @@
+// A folder in which something is built that is to take the place of a file.
+#pragma once
+
+#include <filesystem>
+
+namespace corvane {
+
+/// A hidden folder beside a file, on the same volume. It goes with this object, together with
+/// whatever is in it then. Any thread.
+class ReplacementDirectory {
+ public:
+  /// Makes the folder beside `target`. Throws FileError.
+  explicit ReplacementDirectory(const std::filesystem::path& target);
+  ReplacementDirectory(const ReplacementDirectory&) = delete;
+  ReplacementDirectory& operator=(const ReplacementDirectory&) = delete;
+  /// Removes the folder; where that fails, one line on the standard output tells.
+  ~ReplacementDirectory();
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+  /// Removes such folders beside `target` that were left when a program was killed. One that a
+  /// running program uses stays, and so does one that may hold the only copy of what was replaced.
+  /// What cannot be removed is left.
+  static void removeAbandoned(const std::filesystem::path& target);
+
+ private:
+  std::filesystem::path path_;
+  int lock_;  ///< held on the folder, so that others see that it is in use; -1 for none
+};
+
+}  // namespace corvane

@@ -1,0 +1,63 @@
+// Why a document could not be opened or saved, beyond what its files say.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "platform/error.h"
+
+namespace corvane {
+
+class DocumentError : public ErrorValue<DocumentError> {
+ public:
+  /// The document cannot be kept as a file of this type.
+  struct UnsupportedType {
+    static constexpr std::string_view domain = "NSOSStatusErrorDomain";
+    static constexpr int code = -4;
+    std::string type;
+    friend bool operator==(const UnsupportedType&, const UnsupportedType&) = default;
+  };
+  /// Somebody else has changed the file since it was opened or saved here.
+  struct ChangedElsewhere {
+    std::filesystem::path path;
+    friend bool operator==(const ChangedElsewhere&, const ChangedElsewhere&) = default;
+  };
+  /// Something else stands already where the document was to be saved.
+  struct AlreadyExists {
+    std::filesystem::path path;
+    friend bool operator==(const AlreadyExists&, const AlreadyExists&) = default;
+  };
+  /// The place is that of another document that is open.
+  struct OpenElsewhere {
+    std::filesystem::path path;
+    friend bool operator==(const OpenElsewhere&, const OpenElsewhere&) = default;
+  };
+  /// Reading the document has failed, so there is nothing that could be saved.
+  struct NothingLoaded {
+    friend bool operator==(NothingLoaded, NothingLoaded) = default;
+  };
+  using Case =
+      std::variant<UnsupportedType, ChangedElsewhere, AlreadyExists, OpenElsewhere, NothingLoaded>;
+
+  explicit DocumentError(Case what) : case_(std::move(what)) {}
+
+  [[nodiscard]] const Case& which() const { return case_; }
+  /// Whether the user may decide to save all the same.
+  [[nodiscard]] bool isAboutReplacing() const {
+    return std::holds_alternative<ChangedElsewhere>(case_) ||
+           std::holds_alternative<AlreadyExists>(case_);
+  }
+  [[nodiscard]] std::optional<std::string> description() const override;
+  [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
+  [[nodiscard]] bool hasSameValues(const DocumentError& other) const {
+    return case_ == other.case_;
+  }
+
+ private:
+  Case case_;
+};
+
+}  // namespace corvane
