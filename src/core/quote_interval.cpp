@@ -1,36 +1,10 @@
 #include "core/quote_interval.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string_view>
-#include <utility>
+
+#include "core/json_coding.h"
 
 namespace corvane {
-namespace {
-
-/// The date components that an interval may have, by their names in JSON.
-constexpr std::array<std::pair<std::string_view, CalendarUnit>, 7> unitNames = {{
-    {"year", CalendarUnit::year},
-    {"month", CalendarUnit::month},
-    {"weekOfYear", CalendarUnit::weekOfYear},
-    {"day", CalendarUnit::day},
-    {"hour", CalendarUnit::hour},
-    {"minute", CalendarUnit::minute},
-    {"second", CalendarUnit::second},
-}};
-
-int wholeNumber(const JSONNumber& number, std::string_view key) {
-  const std::string& text = number.text();
-  int value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) {
-    throw JSONError(std::string(key), "expected a whole number, found " + text);
-  }
-  return value;
-}
-
-}  // namespace
-
 DateComponents dateComponents(QuoteInterval interval) {
   switch (interval) {
     case QuoteInterval::oneMinute:
@@ -62,7 +36,9 @@ DateComponents dateComponents(QuoteInterval interval) {
 }
 
 QuoteInterval quoteInterval(const DateComponents& components) {
-  const auto found = std::ranges::find(allQuoteIntervals, components, dateComponents);
+  const auto found = std::ranges::find_if(allQuoteIntervals, [&](QuoteInterval interval) {
+    return dateComponents(interval) == components;
+  });
   if (found == allQuoteIntervals.end()) {
     throw QuoteIntervalDecodingError({components});
   }
@@ -70,26 +46,11 @@ QuoteInterval quoteInterval(const DateComponents& components) {
 }
 
 JSONValue json(QuoteInterval interval) {
-  const DateComponents components = dateComponents(interval);
-  JSONValue value{JSONValue::Object()};
-  for (const auto& [name, unit] : unitNames) {
-    if (const auto count = components.get(unit)) {
-      value.set(name, *count);
-    }
-  }
-  return value;
+  return json(dateComponents(interval));
 }
 
-QuoteInterval quoteInterval(const JSONValue& value) {
-  DateComponents components;
-  for (const auto& [key, field] : value.object()) {
-    const auto unit =
-        std::ranges::find(unitNames, key, [](const auto& name) { return name.first; });
-    if (unit != unitNames.end()) {
-      components.set(unit->second, wholeNumber(field.number(key), key));
-    }
-  }
-  return quoteInterval(components);
+QuoteInterval quoteInterval(const JSONValue& value, std::string_view path) {
+  return quoteInterval(dateComponents(value, path));
 }
 
 std::optional<std::string> QuoteIntervalDecodingError::description() const {

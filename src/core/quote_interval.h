@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/data/json.h"
 #include "platform/error.h"
@@ -46,9 +47,10 @@ inline constexpr std::array allQuoteIntervals = {
 /// The interval as JSON: its span as an object, such as {"weekOfYear":1}.
 [[nodiscard]] JSONValue json(QuoteInterval interval);
 
-/// The interval that json() has written. Throws QuoteIntervalDecodingError for other spans, and
-/// JSONError where `value` is no object of whole numbers.
-[[nodiscard]] QuoteInterval quoteInterval(const JSONValue& value);
+/// The interval that json() has written, read at `path` of a document. Throws
+/// QuoteIntervalDecodingError for other spans, and JSONError where `value` is no object of whole
+/// numbers.
+[[nodiscard]] QuoteInterval quoteInterval(const JSONValue& value, std::string_view path = "");
 
 /// The span of no known interval.
 class QuoteIntervalDecodingError : public ErrorValue<QuoteIntervalDecodingError> {
