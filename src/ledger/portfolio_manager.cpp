@@ -386,7 +386,7 @@ TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
                                             const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
-  LedgerWalk walk(*portfolio, replayedBefore(startIndex, portfolio));
+  LedgerWalk walk(*portfolio, stateToWalkFrom(startIndex, portfolio));
   CalendarYears years(calendar);
   auto& snapshots = portfolio->snapshotsByYear;
   if (startIndex == 0) {
@@ -423,6 +423,11 @@ TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
   }
   journal_->keep(walk.takeDirtyRows());
   return recalculated;
+}
+
+PortfolioSnapshot PortfolioManager::stateToWalkFrom(std::size_t index,
+                                                    const PortfolioPointer& portfolio) const {
+  return replayedBefore(index, portfolio);
 }
 
 PortfolioSnapshot PortfolioManager::snapshotBefore(std::size_t index,

@@ -208,6 +208,11 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// registers an undo step and is made known.
   virtual void keepEdit(const PortfolioPointer& portfolio, const std::function<EditedRows()>& edit);
 
+  /// The state just before the row at `index`, which a walk from there starts with: replayed from
+  /// the end of the year before, and verified on the way. A subclass may know it without a replay.
+  [[nodiscard]] virtual PortfolioSnapshot stateToWalkFrom(std::size_t index,
+                                                          const PortfolioPointer& portfolio) const;
+
   /// Called for each row whose balances have changed, in ledger order, once a whole walk has
   /// succeeded; inside keepEdit. May throw.
   virtual void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio);
