@@ -34,8 +34,8 @@ struct Year {
         quote.fromDate = opens + 60.0 * minute;
         quote.toDate = quote.fromDate + 60;
         quote.close = Decimal::fromParts(Sign::plus, -4, cents);
-        quote.low = Decimal::fromParts(Sign::plus, -4, cents - 300);
-        quote.high = Decimal::fromParts(Sign::plus, -4, cents + 300);
+        quote.low = Decimal::fromParts(Sign::plus, -4, cents - 20);
+        quote.high = Decimal::fromParts(Sign::plus, -4, cents + 20);
         quotes.push_back(quote);
       }
     }
@@ -61,13 +61,17 @@ void numberTheDays(benchmark::State& state) {
 BENCHMARK(numberTheDays)->Name("Scenario/number the days")->Unit(benchmark::kMillisecond);
 
 /// With spreads of as many tenths of a percent as the argument says; the smaller, the more trades.
+/// The stop loss is active, so that at 0 the trader finds something to do on nearly every quote.
 void runAYear(benchmark::State& state) {
   const Year& all = year();
   const ScenarioAnalyzer analyzer(all.equity, all.quotes,
                                   tradingDayNumbers(all.quotes, *all.equity));
   InvestmentStrategy strategy = InvestmentStrategy::defaultStrategy();
-  strategy.targetBuySpread = strategy.targetSellSpread =
-      Decimal::fromParts(Sign::plus, -3, static_cast<long>(state.range(0)));
+  strategy.isStopLossActive = true;
+  for (Decimal* spread : {&strategy.targetBuySpread, &strategy.targetSellSpread,
+                          &strategy.stopLossBuySpread, &strategy.stopLossSellSpread}) {
+    *spread = Decimal::fromParts(Sign::plus, -3, static_cast<long>(state.range(0)));
+  }
   int trades = 0;
   for (auto _ : state) {
     const auto analysis = analyzer.analyze(std::nullopt, strategy, 10'000);
