@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "core/quote_provider.h"
 
@@ -30,6 +31,10 @@ class PriceAdjuster : public std::enable_shared_from_this<PriceAdjuster> {
 
  private:
   struct History;
+
+  /// Main queue only. `events` is the result in hand where `query` seeks events.
+  void obtainHistory(const QuoteQuery& query, std::optional<QuoteFetchResult> events);
+
   std::shared_ptr<History> history_;
 };
 

@@ -13,6 +13,8 @@
 #include "ledger/order.h"
 #include "ledger/portfolio.h"
 #include "ledger/portfolio_manager_error.h"
+#include "ledger/portfolio_snapshot_group.h"
+#include "ledger/portfolio_valuation.h"
 #include "platform/async/undo_manager.h"
 #include "platform/time/calendar.h"
 
@@ -152,6 +154,37 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// PortfolioManagerError::LedgerInconsistency with the first row that disagrees.
   [[nodiscard]] static PortfolioSnapshot replay(std::span<const TransactionPointer> rows,
                                                 PortfolioSnapshot start);
+
+  /// The balance sheets of a range of days, and what could not be priced.
+  struct FetchDailySnapshotsResult {
+    PortfolioSnapshotGroup snapshotGroup;
+    EquityMap<ErrorPointer> fetchErrorsByEquity;
+    /// Of the exchange rates of currencies to the primary one.
+    std::unordered_map<Currency, ErrorPointer> fetchErrorsByCurrency;
+  };
+  using FetchDailySnapshotsCompletion =
+      std::move_only_function<void(Result<FetchDailySnapshotsResult>)>;
+
+  /// Puts the balances of `portfolio` from the day `from` to the day `to`, both included, together
+  /// with the daily prices and exchange rates that the quote provider has for them. `from` is not
+  /// after `to`.
+  ///
+  /// Main queue only. The ledger is read before this returns, and later edits do not show. One
+  /// series is asked for each asset. One that cannot be had is reported in the result and leaves
+  /// its asset without prices. The completion runs once, on the main queue: with an error before
+  /// this returns where the ledger is inconsistent, otherwise always later.
+  void fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from, YearMonthDay to,
+                           FetchDailySnapshotsCompletion completion);
+
+  /// The worth of `portfolio` at the recent prices of what it holds. Main queue only.
+  ///
+  /// Throws PortfolioManagerError: InvalidPortfolio where the portfolio is not this manager's,
+  /// ForeignExchangeRateMissing, and LedgerInconsistency where an equity has no recent price.
+  [[nodiscard]] PortfolioValuation valuation(const PortfolioPointer& portfolio) const;
+
+  /// The equities and currency pairs whose recent prices a valuation needs, so that they can be
+  /// refreshed before. Throws PortfolioManagerError::InvalidPortfolio as valuation() does.
+  [[nodiscard]] EquitySet valuationEquities(const PortfolioPointer& portfolio) const;
 
   /// Carries out what a view has asked for. Only Order::Record is taken; others throw
   /// PortfolioManagerError::InvalidOrderType.

@@ -46,6 +46,9 @@ class BalanceMap {
     }
   }
 
+  /// Makes room for `count` balances.
+  void reserve(std::size_t count) { balances_.reserve(count); }
+
   [[nodiscard]] std::size_t size() const { return balances_.size(); }
   [[nodiscard]] bool isEmpty() const { return balances_.empty(); }
   [[nodiscard]] const_iterator begin() const { return balances_.begin(); }
@@ -91,6 +94,17 @@ struct PortfolioSnapshot {
   BalanceMap<Currency, CurrencySnapshot, std::hash<Currency>, std::equal_to<Currency>>
       currencySnapshots;
   BalanceMap<EquityPointer, EquitySnapshot, EquityIdentity, EquityIdentity> equitySnapshots;
+
+  /// What the holding of `equity` is worth in the primary currency; none where its price or the
+  /// rate of its currency is not known.
+  [[nodiscard]] std::optional<Decimal> marketValue(const EquityPointer& equity) const {
+    const EquitySnapshot holding = equitySnapshots.get(equity);
+    const auto rate = currencySnapshots.get(equity->currency).exchangeRate;
+    if (!holding.sharePrice || !rate) {
+      return std::nullopt;
+    }
+    return holding.sharesHeld * *holding.sharePrice * *rate;
+  }
 
   friend bool operator==(const PortfolioSnapshot&, const PortfolioSnapshot&) = default;
 };

@@ -1,4 +1,4 @@
-// A half-open range, lower bound included, upper bound excluded.
+// Ranges of values: half-open, and closed.
 #pragma once
 
 #include <algorithm>
@@ -32,6 +32,27 @@ class Range {
   }
 
   friend constexpr bool operator==(const Range&, const Range&) = default;
+
+ private:
+  Bound lower_;
+  Bound upper_;
+};
+
+/// The values from `lower` up to and including `upper`, which is never before `lower`.
+template <typename Bound>
+class ClosedRange {
+ public:
+  constexpr ClosedRange(Bound lower, Bound upper) : lower_(lower), upper_(upper) {
+    assert(!(upper < lower) && "a range must not end before it starts");
+  }
+
+  [[nodiscard]] constexpr const Bound& lower() const { return lower_; }
+  [[nodiscard]] constexpr const Bound& upper() const { return upper_; }
+  [[nodiscard]] constexpr bool contains(const Bound& value) const {
+    return !(value < lower_) && !(upper_ < value);
+  }
+
+  friend constexpr bool operator==(const ClosedRange&, const ClosedRange&) = default;
 
  private:
   Bound lower_;
