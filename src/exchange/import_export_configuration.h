@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/data/json.h"
+
 namespace corvane {
 
 /// What stands between the cells of a line.
@@ -76,5 +78,16 @@ template <typename Change>
   change(*copy);
   return copy;
 }
+
+/// `configuration` with delimiter, header row and field order of `layout`.
+[[nodiscard]] ConfigurationPointer withLayout(const ImportExportConfiguration& configuration,
+                                              const ImportExportConfiguration& layout);
+
+/// Writes the layout into the JSON object of a configuration, with the keys "fieldDelimiter",
+/// "includesHeaderRow" and "fieldOrder".
+void writeLayout(const ImportExportConfiguration& configuration, JSONValue& object);
+/// Reads it back. Throws JSONError where one of the three is missing or is something else; then
+/// nothing has been changed.
+void readLayout(const JSONValue& object, ImportExportConfiguration& configuration);
 
 }  // namespace corvane

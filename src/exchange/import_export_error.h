@@ -64,18 +64,4 @@ class UserCancelledError : public ErrorValue<UserCancelledError> {
   [[nodiscard]] bool hasSameValues(const UserCancelledError& /*other*/) const { return true; }
 };
 
-/// A file to import holds bytes that are no text in UTF-8.
-class TextEncodingError : public ErrorValue<TextEncodingError> {
- public:
-  explicit TextEncodingError(std::string file) : filename(std::move(file)) {}
-
-  std::string filename;  ///< the last component of the path
-
-  [[nodiscard]] std::optional<std::string> description() const override;
-  [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
-  [[nodiscard]] bool hasSameValues(const TextEncodingError& other) const {
-    return filename == other.filename;
-  }
-};
-
 }  // namespace corvane

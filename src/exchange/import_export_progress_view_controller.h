@@ -52,7 +52,6 @@ class ImportExportProgressViewController
   void show(const Progress& progress);
 
   Progress::Token observations_;
-  std::shared_ptr<std::atomic<bool>> updateIsWaiting_;
 };
 
 }  // namespace corvane
