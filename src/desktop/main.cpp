@@ -10,6 +10,7 @@
 #include "desktop/look/system_appearance.h"
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
+#include "marketdata/nominal_quote_provider.h"
 
 namespace corvane::desktop {
 namespace {
@@ -54,7 +55,8 @@ int run(int argumentCount, char** arguments) {
   const SystemAppearance system([&](Appearance now) { theme::apply(application, now); });
   theme::apply(application, system.appearance());
 
-  DesktopApplication program({.makeSourceProvider = nullptr});
+  DesktopApplication program(
+      {.makeSourceProvider = [] { return std::make_shared<NominalQuoteProvider>(); }});
   if (line.renderFolder) {
     return render(program, line);
   }
