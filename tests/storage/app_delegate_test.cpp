@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "marketdata/cache_quote_provider.h"
 #include "storage/workspace_world.h"
 
 namespace corvane::testing {
@@ -158,7 +159,7 @@ TEST_F(AppDelegateTest, EmptyingTheCacheForgetsWhatWasFetched) {
   ASSERT_NE(provider, nullptr);
   const auto equity = provider->equityWithId("ABC");
   equity->currency = Currency::usd();
-  provider->smartQuoteProvider->cacheProvider->storeEquity(*equity);
+  provider->smartQuoteProvider->cacheProvider->storeEquity(equity);
   const int clearings = shell->clearings;
   app->emptyCache();
   EXPECT_EQ(shell->clearings, clearings + 1);
