@@ -4,9 +4,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "core/quote_provider.h"
 #include "marketdata/coverage_plan.h"
@@ -95,8 +99,6 @@ class CacheQuoteProvider : public QuoteProvider {
   void empty();
 
  private:
-  struct StoredLists;
-
   /// The file, for the thread that made this object.
   [[nodiscard]] SQLiteDatabase& database() const;
   [[nodiscard]] std::optional<std::int64_t> rowIdOf(const EquityInfo& equity) const;
