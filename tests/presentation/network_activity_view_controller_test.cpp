@@ -16,7 +16,7 @@ class NetworkActivityViewTest : public ::testing::Test {
  protected:
   void SetUp() override {
     view.dateFormatter.timeZone = TimeZone();
-    view.dateFormatter.locale = Locale{"en_CA"};
+    view.dateFormatter.locale = Locale{"en_GB"};
     view.viewDidLoad();
     view.viewWillAppear();
   }
@@ -43,7 +43,7 @@ TEST_F(NetworkActivityViewTest, ShowsARequestAndThenItsAnswer) {
   view.didChange = [&] { ++changes; };
   const Activity search = activity("Search for “ABC”");
   post(search, "https://example.com/search?q=ABC", std::nullopt);
-  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre("10:13:20 p.m. – Search for “ABC”"));
+  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre("22:13:20 – Search for “ABC”"));
   EXPECT_TRUE(view.entryPopUpButton.isEnabled);
   EXPECT_EQ(view.entryPopUpButton.selectedIndex, 0U);
   EXPECT_EQ(view.requestTextView.text, "https://example.com/search?q=ABC");
