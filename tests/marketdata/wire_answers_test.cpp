@@ -261,8 +261,8 @@ TEST(WireAnswers, SayWhichKeyIsWrongAndWhy) {
 TEST(WireAddresses, HaveTheirQueryItemsInOrderAndEncoded) {
   const YahooService service{.apiHost = "api.example", .webHost = "web.example"};
   EXPECT_EQ(searchURL(service, "A&B c+d"), "https://api.example/v1/finance/search?q=A%26B%20c%2Bd");
-  EXPECT_EQ(quoteURL(service, {"ABC", "^GSPC", "CADUSD=X"}).value().substr(0, 40),
-            "https://api.example/v7/finance/quote?sym");
+  EXPECT_EQ(quoteURL(service, {"ABC", "^GSPC", "CADUSD=X"}),
+            "https://api.example/v7/finance/quote?symbols=ABC,%5EGSPC,CADUSD%3DX");
   EXPECT_EQ(chartURL(service, "^GSPC", "1d", Date::since1970(100.9), Date::since1970(-200.9)),
             "https://api.example/v8/finance/chart/%5EGSPC?period1=100&period2=-200&interval=1d"
             "&includePrePost=true&events=split%7Cdiv");
