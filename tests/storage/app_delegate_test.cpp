@@ -164,7 +164,7 @@ TEST_F(AppDelegateTest, EmptyingTheCacheForgetsWhatWasFetched) {
   app->emptyCache();
   EXPECT_EQ(shell->clearings, clearings + 1);
   SQLiteDatabase file(cache, SQLiteDatabase::Mode::readOnly);
-  EXPECT_FALSE(file.query("SELECT * FROM equities;").next());
+  EXPECT_FALSE(file.query("SELECT * FROM equities;").step());
 }
 
 TEST_F(AppDelegateTest, DiagnosticToolsAreOutOfReachUnlessTurnedOn) {
