@@ -203,11 +203,12 @@ TEST(YahooChart, WalksToTheEndOfTheShortestListAndKeepsWhatIsNull) {
   series.volume->front().reset();
   series.low->pop_back();
   chart.chart.timestamp->push_back(opens(5));
-  const auto quotes = chart.read(QuoteInterval::oneDay, DateRange(opens(1), opens(9))).quotes;
-  ASSERT_EQ(quotes->size(), 1U);
-  EXPECT_EQ(quotes->front().close, std::nullopt);
-  EXPECT_EQ(quotes->front().volume, std::nullopt);
-  EXPECT_EQ(quotes->front().open, Decimal(9));
+  const auto result = chart.read(QuoteInterval::oneDay, DateRange(opens(1), opens(9)));
+  const std::vector<Quote>& quotes = result.quotes.value();
+  ASSERT_EQ(quotes.size(), 1U);
+  EXPECT_EQ(quotes.front().close, std::nullopt);
+  EXPECT_EQ(quotes.front().volume, std::nullopt);
+  EXPECT_EQ(quotes.front().open, Decimal(9));
 }
 
 TEST(YahooChart, TakesTheLastSessionBeforeTheCurrentOneForTheRecentOne) {
