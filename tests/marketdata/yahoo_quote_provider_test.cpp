@@ -34,14 +34,17 @@ class YahooQuoteProviderTest : public ::testing::Test {
   /// Starts something that completes with an `Outcome`, and waits for that.
   template <typename Outcome, typename Start>
   static Outcome await(Start start) {
+    bool hasReturned = false;  // Asked on this thread only.
     auto outcome = std::make_shared<std::optional<Outcome>>();
     auto isDone = std::make_shared<std::atomic<int>>(0);
-    start([outcome, isDone](auto result) {
+    start([outcome, isDone, caller = std::this_thread::get_id(), &hasReturned](auto result) {
+      EXPECT_TRUE(std::this_thread::get_id() != caller || hasReturned)
+          << "completed before the call returned";
       EXPECT_EQ(isDone->load(), 0) << "completed twice";
       *outcome = std::move(result);
       ++*isDone;
     });
-    EXPECT_EQ(isDone->load(), 0) << "completed before the call returned";
+    hasReturned = true;
     if (!MainLoop::runUntil([&] { return isDone->load() > 0; }, deadline)) {
       ADD_FAILURE() << "no answer came";
       std::abort();
