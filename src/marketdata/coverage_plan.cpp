@@ -14,16 +14,13 @@ using Subject = QuoteQuery::Subject;
 
 /// What a range of the basis sought is to be read as.
 Subject exactSubject(const Subject& seeking) {
-  return std::visit(
-      Overloaded{
-          [](const QuoteQuery::CurrentPeriodQuotes&) -> Subject {
-            return QuoteQuery::Quotes{QuoteInterval::oneMinute, PriceAdjustment::marketNominal};
-          },
-          [](QuoteQuery::EventsWithoutAdjustment) -> Subject {
-            return QuoteQuery::EventsOnly{PriceAdjustment::marketNominal};
-          },
-          [](const auto& itself) -> Subject { return itself; }},
-      seeking);
+  if (std::holds_alternative<QuoteQuery::CurrentPeriodQuotes>(seeking)) {
+    return QuoteQuery::Quotes{QuoteInterval::oneMinute, PriceAdjustment::marketNominal};
+  }
+  if (std::holds_alternative<QuoteQuery::EventsWithoutAdjustment>(seeking)) {
+    return QuoteQuery::EventsOnly{PriceAdjustment::marketNominal};
+  }
+  return seeking;
 }
 
 /// What a range of another basis is to be read as.

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "marketdata/cache_quote_provider.h"
 #include "marketdata/nominal_quote_provider.h"
 #include "platform/system/file_manager.h"
 
@@ -114,9 +115,8 @@ void AppDelegate::chooseDataSource(SwitchableQuoteProvider::DataSource source) {
 }
 
 void AppDelegate::choosePriceAdjustment(PriceAdjustment adjustment) {
-  const auto found =
-      std::ranges::find(priceAdjustmentUserDefaultsMap, adjustment,
-                        &std::pair<PriceAdjustment, std::int64_t>::first);
+  const auto found = std::ranges::find(priceAdjustmentUserDefaultsMap, adjustment,
+                                       &std::pair<PriceAdjustment, std::int64_t>::first);
   const auto tag = found != priceAdjustmentUserDefaultsMap.end()
                        ? found->second
                        : priceAdjustmentUserDefaultsMap[1].second;
@@ -155,7 +155,9 @@ std::vector<std::shared_ptr<SwitchableQuoteProvider>> AppDelegate::switchablePro
   return providers;
 }
 
-void AppDelegate::showNetworkActivity() { surroundings_.shell->showNetworkActivityWindow(true); }
+void AppDelegate::showNetworkActivity() {
+  surroundings_.shell->showNetworkActivityWindow(true);
+}
 
 void AppDelegate::showHelp(HelpDocument document) {
   const auto fileName = [&]() -> std::optional<std::string> {

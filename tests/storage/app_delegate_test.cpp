@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "marketdata/cache_quote_provider.h"
 #include "storage/workspace_world.h"
 
 namespace corvane::testing {
@@ -158,12 +159,12 @@ TEST_F(AppDelegateTest, EmptyingTheCacheForgetsWhatWasFetched) {
   ASSERT_NE(provider, nullptr);
   const auto equity = provider->equityWithId("ABC");
   equity->currency = Currency::usd();
-  provider->smartQuoteProvider->cacheProvider->storeEquity(*equity);
+  provider->smartQuoteProvider->cacheProvider->storeEquity(equity);
   const int clearings = shell->clearings;
   app->emptyCache();
   EXPECT_EQ(shell->clearings, clearings + 1);
   SQLiteDatabase file(cache, SQLiteDatabase::Mode::readOnly);
-  EXPECT_FALSE(file.query("SELECT * FROM equities;").next());
+  EXPECT_FALSE(file.query("SELECT * FROM equities;").step());
 }
 
 TEST_F(AppDelegateTest, DiagnosticToolsAreOutOfReachUnlessTurnedOn) {
