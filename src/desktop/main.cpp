@@ -1,7 +1,10 @@
 // The desktop program.
 
 #include <QApplication>
+#include <QTemporaryDir>
 #include <iostream>
+#include <memory>
+#include <optional>
 
 #include "desktop/app/command_line.h"
 #include "desktop/app/desktop_application.h"
@@ -10,18 +13,51 @@
 #include "desktop/look/system_appearance.h"
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
-#include "marketdata/nominal_quote_provider.h"
+#include "marketdata/yahoo_quote_provider.h"
+#include "samplemarket/sample_market.h"
 
 namespace corvane::desktop {
 namespace {
 
-int render(DesktopApplication& program, const CommandLine& line) {
-  if (!line.workspace) {
-    std::cerr << "--render needs a workspace.\n";
-    return 2;
+/// Where prices come from in this run.
+class Prices {
+ public:
+  /// The invented market in the program, or the network.
+  explicit Prices(bool areInvented) {
+    if (areInvented) {
+      market_ = std::make_unique<SampleMarket>();
+      cacheFolder_ = std::make_unique<QTemporaryDir>();
+    }
   }
+
+  [[nodiscard]] std::shared_ptr<QuoteProvider> makeProvider() const {
+    YahooService service = YahooService::named(UserDefaults::standard());
+    if (market_ != nullptr) {
+      service.scheme = "http";
+      service.apiHost = market_->host();
+      service.webHost = market_->host();
+      service.port = market_->port();
+    }
+    return std::make_shared<YahooQuoteProvider>(std::move(service));
+  }
+
+  /// Invented prices must never get among the real ones.
+  [[nodiscard]] std::optional<std::filesystem::path> cacheURL() const {
+    if (cacheFolder_ == nullptr) {
+      return std::nullopt;
+    }
+    return filePath(cacheFolder_->filePath(QStringLiteral("SampleMarketCache.sqlite3")));
+  }
+
+ private:
+  std::unique_ptr<SampleMarket> market_;
+  std::unique_ptr<QTemporaryDir> cacheFolder_;
+};
+
+int render(DesktopApplication& program, const CommandLine& line) {
   try {
-    const auto document = program.documentController().openDocument(*line.workspace);
+    const auto document = program.documentController().openDocument(
+        line.workspace.value_or(DesktopApplication::sampleWorkspace()));
     const auto window = program.windows().windowOf(*document);
     ScreenRenderer renderer(*window, *line.renderFolder);
     const bool isComplete = renderer.renderAll(
@@ -55,12 +91,17 @@ int run(int argumentCount, char** arguments) {
   const SystemAppearance system([&](Appearance now) { theme::apply(application, now); });
   theme::apply(application, system.appearance());
 
+  const Prices prices(line.usesSampleMarket);
   DesktopApplication program(
-      {.makeSourceProvider = [] { return std::make_shared<NominalQuoteProvider>(); }});
+      {.makeSourceProvider = [&] { return prices.makeProvider(); }, .cacheURL = prices.cacheURL()});
   if (line.renderFolder) {
     return render(program, line);
   }
-  program.start(line.workspace);
+  if (line.usesSampleMarket && !line.workspace) {
+    program.startWithSample();
+  } else {
+    program.start(line.workspace);
+  }
   return QApplication::exec();
 }
 

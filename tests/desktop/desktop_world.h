@@ -25,7 +25,9 @@ class DesktopWorld {
   std::shared_ptr<InventedMarket> market = std::make_shared<InventedMarket>();
   UserDefaults defaults{folder / "settings.json"};
   desktop::DesktopApplication application{
-      {.makeSourceProvider = [this] { return market; }, .defaults = &defaults}};
+      {.makeSourceProvider = [this] { return market; },
+       .defaults = &defaults,
+       .cacheURL = folder / "cache.sqlite3"}};
 
   /// Runs the event loop until `isDone` holds; whether it did within ten seconds.
   static bool waitUntil(const std::function<bool()>& isDone) {

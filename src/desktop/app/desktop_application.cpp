@@ -6,6 +6,8 @@
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/workspace/main_window.h"
+#include "marketdata/network_activity_monitor.h"
+#include "platform/system/resources.h"
 
 namespace corvane::desktop {
 
@@ -13,20 +15,29 @@ DesktopApplication::DesktopApplication(DesktopSurroundings surroundings)
     : surroundings_(std::move(surroundings)),
       windows_(std::make_shared<DocumentWindows>(
           [this](const auto& document) { return std::make_shared<MainWindow>(*this, document); })) {
-  WorkspaceSurroundings workspace;
-  workspace.sharedQuoteProvider = surroundings_.makeSourceProvider;
-  workspace.appBundleVersion = "1";
-  workspace.appMarketingVersion = "0.1.0";
-  workspace.shell = windows_;
-  controller_ = std::make_unique<DocumentController>(std::move(workspace), *surroundings_.defaults);
+  shell_->menuStateChanged = [this] {
+    for (const auto& window : windows_->windows()) {
+      window->updateMarketMenu();
+    }
+  };
+  delegate_ = std::make_shared<AppDelegate>(ApplicationSurroundings{
+      .defaults = *surroundings_.defaults,
+      .info = InfoDictionary::fromFile(resourcePath(InfoDictionary::fileName)),
+      .makeSourceProvider = surroundings_.makeSourceProvider,
+      .shell = shell_,
+      .documentShell = windows_,
+      .cacheURL = surroundings_.cacheURL,
+      .isActivityMonitored = &NetworkActivityMonitor::isOn,
+      .sampleDocument = sampleWorkspace(),
+      .resources = resourcePath("")});
   // The session ends: documents are asked about while the windows are still there.
   QObject::connect(
       qApp, &QGuiApplication::commitDataRequest, &pump_,
       [this](QSessionManager& session) {
-        if (session.allowsInteraction() && !controller_->closeAllDocuments()) {
+        if (session.allowsInteraction() && !documentController().closeAllDocuments()) {
           session.cancel();
         }
-        windows_->keepOnly(controller_->documents());
+        windows_->keepOnly(documentController().documents());
       },
       Qt::DirectConnection);
 }
@@ -36,19 +47,22 @@ DesktopApplication::~DesktopApplication() {
 }
 
 void DesktopApplication::start(const std::optional<std::filesystem::path>& workspace) {
-  if (workspace && openWorkspace(nullptr, *workspace)) {
-    return;
+  delegate_->applicationDidFinishLaunching();
+  if (workspace) {
+    openWorkspace(nullptr, *workspace);
   }
-  const auto recent = controller_->recentDocuments();
-  if (!workspace && !recent.empty() && openWorkspace(nullptr, recent.front())) {
-    return;
+  const auto recent = documentController().recentDocuments();
+  if (documentController().documents().empty() && !workspace && !recent.empty()) {
+    openWorkspace(nullptr, recent.front());
   }
-  newWorkspace(nullptr);
+  if (documentController().documents().empty()) {
+    newWorkspace(nullptr);
+  }
 }
 
 void DesktopApplication::newWorkspace(QWidget* from) {
   try {
-    controller_->newDocument();
+    documentController().newDocument();
   } catch (const Error& error) {
     showError(from, error);
   }
@@ -62,7 +76,7 @@ void DesktopApplication::chooseAndOpenWorkspace(QWidget* from, const WorkspaceDo
 
 bool DesktopApplication::openWorkspace(QWidget* from, const std::filesystem::path& path) {
   try {
-    controller_->openDocument(path);
+    documentController().openDocument(path);
     return true;
   } catch (const Error& error) {
     showError(from, error);
@@ -71,27 +85,33 @@ bool DesktopApplication::openWorkspace(QWidget* from, const std::filesystem::pat
 }
 
 bool DesktopApplication::saveWorkspace(const std::shared_ptr<WorkspaceDocument>& document) {
-  const bool isSaved = controller_->saveDocument(document);
+  const bool isSaved = documentController().saveDocument(document);
   windows_->updateTitles();
   return isSaved;
 }
 
 bool DesktopApplication::saveWorkspaceAs(const std::shared_ptr<WorkspaceDocument>& document) {
-  const bool isSaved = controller_->saveDocumentAs(document);
+  const bool isSaved = documentController().saveDocumentAs(document);
   windows_->updateTitles();
   return isSaved;
 }
 
 bool DesktopApplication::closeWorkspace(const std::shared_ptr<WorkspaceDocument>& document) {
-  const bool isClosed = controller_->closeDocument(document);
-  windows_->keepOnly(controller_->documents());
+  const bool isClosed = documentController().closeDocument(document);
+  windows_->keepOnly(documentController().documents());
+  if (documentController().documents().empty()) {
+    // The last window: with it the program ends, also where pages are still open.
+    quit();
+  }
   return isClosed;
 }
 
 bool DesktopApplication::quit() {
-  const bool isClosed = controller_->closeAllDocuments();
-  windows_->keepOnly(controller_->documents());
+  const bool isClosed = documentController().closeAllDocuments();
+  windows_->keepOnly(documentController().documents());
   if (isClosed) {
+    delegate_->applicationWillTerminate();
+    shell_->closeWindows();
     QApplication::quit();
   }
   return isClosed;

@@ -5,9 +5,10 @@
 #include <memory>
 #include <optional>
 
+#include "desktop/app/desktop_shell.h"
 #include "desktop/app/document_windows.h"
 #include "desktop/app/main_queue_pump.h"
-#include "storage/document_controller.h"
+#include "storage/app_delegate.h"
 
 class QApplication;
 class QWidget;
@@ -16,8 +17,11 @@ namespace corvane::desktop {
 
 /// What the program is started with.
 struct DesktopSurroundings {
+  /// A new client of the market-data service.
   std::function<std::shared_ptr<QuoteProvider>()> makeSourceProvider;
   UserDefaults* defaults = &UserDefaults::standard();  ///< never null
+  /// Where prices are cached; by default where a cache of the source has its place.
+  std::optional<std::filesystem::path> cacheURL = std::nullopt;
 };
 
 /// Owns all documents and windows, and answers the commands that any window offers. Main thread,
@@ -29,12 +33,19 @@ class DesktopApplication {
   DesktopApplication& operator=(const DesktopApplication&) = delete;
   ~DesktopApplication();
 
-  [[nodiscard]] DocumentController& documentController() { return *controller_; }
+  [[nodiscard]] DocumentController& documentController() { return delegate_->documentController(); }
+  [[nodiscard]] AppDelegate& delegate() { return *delegate_; }
+  [[nodiscard]] const ApplicationMenuState& menuState() const { return shell_->menuState(); }
   [[nodiscard]] DocumentWindows& windows() { return *windows_; }
   [[nodiscard]] UserDefaults& defaults() { return *surroundings_.defaults; }
 
-  /// Opens `workspace`; without one, what was used last, or else a new workspace.
+  /// Begins the run. Opens `workspace`; without one, what was used last, or else a new workspace.
   void start(const std::optional<std::filesystem::path>& workspace);
+
+  /// Begins the run with the sample workspace.
+  void startWithSample();
+  /// Where the sample workspace lies.
+  [[nodiscard]] static std::filesystem::path sampleWorkspace();
 
   void newWorkspace(QWidget* from);
   void chooseAndOpenWorkspace(QWidget* from, const WorkspaceDocument* near);
@@ -51,7 +62,8 @@ class DesktopApplication {
   DesktopSurroundings surroundings_;
   MainQueuePump pump_;
   std::shared_ptr<DocumentWindows> windows_;
-  std::unique_ptr<DocumentController> controller_;
+  std::shared_ptr<DesktopShell> shell_;
+  std::shared_ptr<AppDelegate> delegate_;
 };
 
 }  // namespace corvane::desktop

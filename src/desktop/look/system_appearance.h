@@ -1,11 +1,12 @@
 // Whether the desktop is set to light or dark, and when the user changes it.
 #pragma once
 
-#include <QDBusVariant>
 #include <QObject>
 #include <functional>
 
 #include "platform/text/colour.h"
+
+class QDBusVariant;
 
 namespace corvane::desktop {
 

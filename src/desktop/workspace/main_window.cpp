@@ -7,6 +7,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <array>
+#include <utility>
 
 #include "desktop/app/desktop_application.h"
 #include "desktop/look/alert_box.h"
@@ -155,13 +157,93 @@ void MainWindow::makePortfolioMenu() {
 }
 
 void MainWindow::makeViewMenu() {
-  view_->addViewActions(menuBar()->addMenu(QStringLiteral("&View")));
+  QMenu* menu = menuBar()->addMenu(QStringLiteral("&View"));
+  view_->addViewActions(menu);
+  menu->addSeparator();
+  AppDelegate& delegate = application_.delegate();
+  const auto addSetting = [&](const QString& text, AppDelegate::UserDefaultsBacked<bool>& setting) {
+    QAction* action = menu->addAction(text);
+    action->setCheckable(true);
+    connect(action, &QAction::triggered, this, [&setting](bool isOn) { setting.set(isOn); });
+    connect(menu, &QMenu::aboutToShow, action,
+            [action, &setting] { action->setChecked(setting.get()); });
+  };
+  addSetting(QStringLiteral("Dates in &Local Time Zone"), delegate.preferLocalTimeZone);
+  addSetting(QStringLiteral("&Mark Rows from the Network"), delegate.indicateFetchedRows);
 }
 
-void MainWindow::makeMarketMenu() {}
+void MainWindow::makeMarketMenu() {
+  QMenu* menu = menuBar()->addMenu(QStringLiteral("P&rices"));
+  AppDelegate& delegate = application_.delegate();
+  QMenu* adjustments = menu->addMenu(QStringLiteral("Price &Adjustment"));
+  const auto addChoice = [this](QMenu* to, const QString& text, std::function<void()> choose) {
+    QAction* action = addAction(to, text, {}, [this, choose = std::move(choose)] {
+      choose();
+      updateMarketMenu();
+    });
+    action->setCheckable(true);
+    return action;
+  };
+  const std::array titles = {QStringLiteral("As &Traded"), QStringLiteral("Adjusted for &Splits"),
+                             QStringLiteral("Adjusted for Splits and &Dividends")};
+  static_assert(titles.size() == AppDelegate::priceAdjustmentUserDefaultsMap.size());
+  for (std::size_t i = 0; i < titles.size(); ++i) {
+    const PriceAdjustment adjustment = AppDelegate::priceAdjustmentUserDefaultsMap[i].first;
+    priceAdjustments_.push_back(addChoice(adjustments, titles[i], [&delegate, adjustment] {
+      delegate.choosePriceAdjustment(adjustment);
+    }));
+  }
+  dataSources_ = menu->addMenu(QStringLiteral("Data &Source"));
+  using DataSource = SwitchableQuoteProvider::DataSource;
+  for (const auto& [title, source] :
+       {std::pair{QStringLiteral("Network and &Cache"), DataSource::sourceAndCache},
+        std::pair{QStringLiteral("&Network Only"), DataSource::sourceOnly},
+        std::pair{QStringLiteral("Cache &Only"), DataSource::cacheOnly}}) {
+    dataSourceActions_.push_back(
+        addChoice(dataSources_, title, [&delegate, source] { delegate.chooseDataSource(source); }));
+  }
+  addAction(menu, QStringLiteral("&Empty Price Cache"), {}, [&delegate] { delegate.emptyCache(); });
+  menu->addSeparator();
+  networkActivity_ = addAction(menu, QStringLiteral("Network Acti&vity"), {},
+                               [&delegate] { delegate.showNetworkActivity(); });
+  updateMarketMenu();
+}
+
+void MainWindow::updateMarketMenu() {
+  const ApplicationMenuState state = application_.delegate().menuState();
+  for (std::size_t i = 0; i < priceAdjustments_.size(); ++i) {
+    priceAdjustments_[i]->setChecked(AppDelegate::priceAdjustmentUserDefaultsMap[i].first ==
+                                     state.checkedPriceAdjustment);
+  }
+  for (std::size_t i = 0; i < dataSourceActions_.size(); ++i) {
+    dataSourceActions_[i]->setChecked(static_cast<std::size_t>(state.checkedDataSource) == i);
+  }
+  dataSources_->menuAction()->setVisible(state.showsDataSources);
+  networkActivity_->setVisible(state.showsNetworkActivity);
+}
 
 void MainWindow::makeHelpMenu() {
   QMenu* menu = menuBar()->addMenu(QStringLiteral("&Help"));
+  const auto addPage = [&](const QString& text, const QKeySequence& shortcut,
+                           AppDelegate::HelpDocument page) {
+    addAction(menu, text, shortcut, [this, page] { application_.delegate().showHelp(page); });
+  };
+  using HelpDocument = AppDelegate::HelpDocument;
+  addPage(QStringLiteral("&User Guide"), QKeySequence::HelpContents, HelpDocument::userGuide);
+  addPage(QStringLiteral("&Release Notes"), {}, HelpDocument::releaseNotes);
+  addPage(QStringLiteral("&Welcome"), {}, HelpDocument::welcome);
+  addPage(QStringLiteral("&Legal"), {}, HelpDocument::legal);
+  menu->addSeparator();
+  addAction(menu, QStringLiteral("Open &Sample Workspace"), {},
+            [this] { application_.delegate().openSampleDocument(); });
+  QAction* diagnostics = menu->addAction(QStringLiteral("&Diagnostic Tools"));
+  diagnostics->setCheckable(true);
+  diagnostics->setChecked(application_.delegate().diagnosticToolsEnabled.get());
+  connect(diagnostics, &QAction::toggled, this, [this](bool isOn) {
+    application_.delegate().diagnosticToolsEnabled.set(isOn);
+    updateMarketMenu();
+  });
+  menu->addSeparator();
   addAction(menu, QStringLiteral("&About Corvane"), {}, [this] {
     QMessageBox::about(this, QStringLiteral("About Corvane"),
                        QStringLiteral("<h3>Corvane</h3><p>Keeps the books of a private investor."

@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "platform/async/undo_manager.h"
 #include "storage/workspace_document.h"
@@ -33,6 +34,8 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
 
   /// Brings the title and the mark of unsaved changes in line with the document.
   void updateTitle();
+  /// Brings the menu of prices in line with the application controller.
+  void updateMarketMenu();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -57,6 +60,10 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
   WorkspaceView* view_;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
+  QMenu* dataSources_ = nullptr;
+  QAction* networkActivity_ = nullptr;
+  std::vector<QAction*> priceAdjustments_;
+  std::vector<QAction*> dataSourceActions_;
   UndoManager::Token undoObservation_;
 };
 
