@@ -24,10 +24,9 @@ class DesktopWorld {
   TemporaryFolder folder;
   std::shared_ptr<InventedMarket> market = std::make_shared<InventedMarket>();
   UserDefaults defaults{folder / "settings.json"};
-  desktop::DesktopApplication application{
-      {.makeSourceProvider = [this] { return market; },
-       .defaults = &defaults,
-       .cacheURL = folder / "cache.sqlite3"}};
+  desktop::DesktopApplication application{{.makeSourceProvider = [this] { return market; },
+                                           .defaults = &defaults,
+                                           .cacheURL = folder / "cache.sqlite3"}};
 
   /// Runs the event loop until `isDone` holds; whether it did within ten seconds.
   static bool waitUntil(const std::function<bool()>& isDone) {
@@ -66,7 +65,7 @@ class DesktopWorld {
     const auto row = [](BasicTransaction::Kind kind, Date date) {
       return BasicTransaction{std::move(kind), date, date, std::nullopt};
     };
-    const auto cad = [](int amount) { return CurrencyAmount{Decimal(amount), Currency::cad()}; };
+    const auto cad = [](int amount) { return CurrencyAmount{Currency::cad(), Decimal(amount)}; };
     const auto trade = [&](const char* symbol, int shares, int cost) {
       return BasicTransaction::Trade{market->equityWithId(symbol), cad(cost), Decimal(cost),
                                      Decimal(shares)};

@@ -67,13 +67,14 @@ class InventedMarket : public ScriptedQuoteProvider {
     const double swing = 1 + (isPair ? 0.05 : 0.15) * std::sin(days / (60 + 40 * seed)) +
                          0.03 * std::sin(days / 4 + seed);
     const long cents = std::lround(trend * swing * (isPair ? 10000 : 100));
-    return Decimal::fromWholeString(std::to_string(cents)).value() /
-           Decimal(isPair ? 10000 : 100);
+    return Decimal::fromWholeString(std::to_string(cents)).value() / Decimal(isPair ? 10000 : 100);
   }
 
   static std::optional<Quote> barOf(const EquityPointer& equity, const YearMonthDay& day) {
     const Decimal price = priceOf(equity->id(), day);
-    return Quote{.open = price, .close = price, .low = price, .high = price};
+    Quote bar;
+    bar.open = bar.close = bar.low = bar.high = price;
+    return bar;
   }
 };
 

@@ -21,7 +21,7 @@ QPlainTextEdit* makeText(const QString& accessibleName) {
   return text;
 }
 
-void show(QPlainTextEdit& view, const NetworkActivityViewController::TextView& text) {
+void showText(QPlainTextEdit& view, const NetworkActivityViewController::TextView& text) {
   view.setFont(text.isMonospaced ? theme::monospacedFont() : theme::font(1));
   if (const QString now = qtText(text.text); view.toPlainText() != now) {
     view.setPlainText(now);
@@ -80,8 +80,8 @@ void NetworkActivityWindow::update() {
   }
   entries_->setCurrentIndex(menu.selectedIndex ? static_cast<int>(*menu.selectedIndex) : -1);
   entries_->setEnabled(menu.isEnabled);
-  show(*request_, controller_.requestTextView);
-  show(*response_, controller_.responseTextView);
+  showText(*request_, controller_.requestTextView);
+  showText(*response_, controller_.responseTextView);
 }
 
 }  // namespace corvane::desktop

@@ -9,6 +9,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "desktop/exchange/exchange_panels.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -28,7 +29,9 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       split_(new QSplitter(Qt::Horizontal)),
       detail_(new QStackedWidget),
       empty_(new QLabel),
-      portfolio_(new PortfolioView(frame_->portfolioViewController)) {
+      portfolio_(new PortfolioView(frame_->portfolioViewController)),
+      import_(PortfolioImport::make(frame_->portfolioViewController, surroundings(),
+                                    std::make_shared<ExchangePanels>(this))) {
   empty_->setAlignment(Qt::AlignCenter);
   empty_->setWordWrap(true);
   empty_->setFont(theme::font(1.3));
@@ -119,7 +122,12 @@ void WorkspaceView::perform(std::string_view segue) {
   }
 }
 
-void WorkspaceView::addExchangeActions(QMenu* /*menu*/) {}
+void WorkspaceView::addExchangeActions(QMenu* menu) {
+  importAction_ = menu->addAction(QStringLiteral("&Import Transactions…"));
+  importAction_->setShortcut(Qt::CTRL | Qt::Key_I);
+  connect(importAction_, &QAction::triggered, this, [this] { import_->importAction(); });
+  connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
+}
 
 void WorkspaceView::addPortfolioActions(QMenu* menu) {
   PortfolioViewController& portfolio = *frame_->portfolioViewController;
@@ -171,6 +179,7 @@ void WorkspaceView::updateActions() {
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   editPortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
   deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
+  importAction_->setEnabled(showsPortfolio && import_->canImport());
   newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "presentation/main_split_view_controller.h"
+#include "presentation/portfolio_import.h"
 #include "storage/workspace_document.h"
 
 class QAction;
@@ -58,6 +59,8 @@ class WorkspaceView : public QWidget {
   QStackedWidget* detail_;
   QLabel* empty_;
   PortfolioView* portfolio_;
+  std::shared_ptr<PortfolioImport> import_;
+  QAction* importAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
