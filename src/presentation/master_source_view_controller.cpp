@@ -22,12 +22,6 @@ std::string named(const std::string& verb, const std::vector<EquityPointer>& equ
                               : verb + " " + std::to_string(equities.size()) + " Symbols";
 }
 
-std::vector<std::size_t> everyIndex(std::size_t count) {
-  std::vector<std::size_t> indexes(count);
-  std::iota(indexes.begin(), indexes.end(), std::size_t{0});
-  return indexes;
-}
-
 template <typename Value>
 bool contains(const std::vector<Value>& values, const Value& value) {
   return std::ranges::find(values, value) != values.end();
@@ -75,13 +69,13 @@ void MasterSourceViewController::observe() {
       [](Self& living, const Notification& notification) {
         if (const auto* refreshed = infoOf<std::vector<PortfolioPointer>>(
                 notification, WatchlistManager::portfoliosKey)) {
-          living.reloadPortfolios(*refreshed);
+          living.portfoliosDidRefresh(*refreshed);
         }
       });
   add(PortfolioManager::didChangePortfolio, [](Self& living, const Notification& notification) {
     if (const auto* portfolio =
             infoOf<PortfolioPointer>(notification, PortfolioManager::portfolioKey)) {
-      living.reloadPortfolios({*portfolio});
+      living.changeHandler({.reloadedPortfolioRows = living.rowsOf({*portfolio})});
     }
   });
 }
@@ -239,20 +233,29 @@ void MasterSourceViewController::reloadEquities(const EquitySet& equities) {
   changeHandler(update);
 }
 
-/// Reloads the rows of those of `changed` that are portfolios of this workspace.
-void MasterSourceViewController::reloadPortfolios(const std::vector<PortfolioPointer>& changed) {
-  Update update;
-  const std::vector<PortfolioPointer> rows = portfolios();
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (contains(changed, rows[i])) {
-      update.reloadedPortfolioRows.push_back(i);
-    }
-  }
-  // What brings the prices of a workspace that has just been opened brings those of its watchlist
-  // as well, and tells only of the portfolios.
-  update.reloadedWatchlistRows = everyIndex(numberOfWatchlistRows());
+/// Reloads the rows of `refreshed`, and the watchlist: the refresh of a workspace that has just
+/// been opened brings prices for both and tells only of the portfolios.
+void MasterSourceViewController::portfoliosDidRefresh(
+    const std::vector<PortfolioPointer>& refreshed) {
+  Update update{.reloadedPortfolioRows = rowsOf(refreshed)};
+  update.reloadedWatchlistRows.resize(numberOfWatchlistRows());
+  std::iota(update.reloadedWatchlistRows.begin(), update.reloadedWatchlistRows.end(),
+            std::size_t{0});
   fetchMissingThumbnails();
   changeHandler(update);
+}
+
+/// Where those of `wanted` stand that are portfolios of this workspace.
+std::vector<std::size_t> MasterSourceViewController::rowsOf(
+    const std::vector<PortfolioPointer>& wanted) const {
+  std::vector<std::size_t> indexes;
+  const std::vector<PortfolioPointer> rows = portfolios();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (contains(wanted, rows[i])) {
+      indexes.push_back(i);
+    }
+  }
+  return indexes;
 }
 
 MasterSourceViewController::Thumbnail& MasterSourceViewController::thumbnailOf(
@@ -266,7 +269,7 @@ MasterSourceViewController::Thumbnail& MasterSourceViewController::thumbnailOf(
 
 void MasterSourceViewController::fetchThumbnail(const EquityPointer& equity) {
   const auto provider = equity->quoteProvider.lock();
-  if (provider == nullptr) {
+  if (provider == nullptr || !equity->recentTradingPeriod) {
     return;
   }
   thumbnailOf(equity).session = equity->recentTradingPeriod;
@@ -339,6 +342,9 @@ void MasterSourceViewController::replaceWatchlist(std::vector<EquityPointer> equ
   }
   normalise(selection);
   selectedWatchlistRows_ = std::move(selection);
+  std::erase_if(thumbnails_, [&](const auto& entry) {
+    return !contains(model->watchlistEquities, entry.first);
+  });
   if (surroundings_.undoManager != nullptr) {
     surroundings_.undoManager->registerUndo(
         shared_from_this(),

@@ -111,7 +111,9 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
 
   void observe();
   void reloadEquities(const EquitySet& equities);
-  void reloadPortfolios(const std::vector<PortfolioPointer>& portfolios);
+  void portfoliosDidRefresh(const std::vector<PortfolioPointer>& portfolios);
+  [[nodiscard]] std::vector<std::size_t> rowsOf(
+      const std::vector<PortfolioPointer>& portfolios) const;
   [[nodiscard]] Thumbnail& thumbnailOf(const EquityPointer& equity);
   void fetchThumbnail(const EquityPointer& equity);
   void thumbnailFetchDidEnd(const QuoteQuery& query, const Result<QuoteFetchResult>& result);

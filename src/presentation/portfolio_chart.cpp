@@ -47,7 +47,7 @@ class Stack {
     });
   }
 
-  [[nodiscard]] std::vector<ChartDataSet> take() { return std::move(series_); }
+  [[nodiscard]] StackedSeries take() { return {std::move(series_), std::move(sums_)}; }
 
  private:
   const DailySnapshots& snapshots_;
@@ -72,43 +72,41 @@ std::string longDate(const YearMonthDay& day, const Calendar& calendar) {
       .string(day.startIn(calendar));
 }
 
-std::string moneyText(double value, const Currency& currency) {
-  return DecimalNumberFormatter::money(currency).string(Decimal::fromDouble(value)).value_or("");
+std::string moneyText(const Decimal& value, const Currency& currency) {
+  return DecimalNumberFormatter::money(currency).string(value).value_or("");
 }
 
 /// The value of the day, its change since the first one, and the day itself.
 std::function<AttributedText(std::size_t)> tooltips(
-    std::shared_ptr<const PortfolioSnapshotGroup> group, std::vector<ChartEntry> total,
+    std::shared_ptr<const PortfolioSnapshotGroup> group, std::vector<Decimal> total,
     const Currency& currency, const Calendar& calendar) {
   return
       [group = std::move(group), total = std::move(total), currency, calendar](std::size_t index) {
         if (index >= total.size()) {
           return AttributedText();
         }
-        const double value = total[index].y;
-        AttributedText text(moneyText(value, currency));
-        if (total.front().y != 0) {
+        AttributedText text(moneyText(total[index], currency));
+        // Of what grew out of nothing there is no percentage.
+        if (!total.front().isZero()) {
           text.append(" (")
-              .append(Formatting::changeText(currency, Decimal::fromDouble(total.front().y),
-                                             Decimal::fromDouble(value)))
+              .append(Formatting::changeText(currency, total.front(), total[index]))
               .append(")");
         }
         return text.append("\n" + longDate(group->sortedSnapshots.at(index).ymd, calendar));
       };
 }
 
-std::string accessibleText(const ChartDataSet& total, const DailySnapshots& snapshots,
+std::string accessibleText(const std::vector<Decimal>& total, const DailySnapshots& snapshots,
                            const Currency& currency, const Calendar& calendar) {
-  return "From " + moneyText(total.entries.front().y, currency) + " on " +
-         longDate(snapshots.front().ymd, calendar) + " to " +
-         moneyText(total.entries.back().y, currency) + " on " +
-         longDate(snapshots.back().ymd, calendar) + ".";
+  return "From " + moneyText(total.front(), currency) + " on " +
+         longDate(snapshots.front().ymd, calendar) + " to " + moneyText(total.back(), currency) +
+         " on " + longDate(snapshots.back().ymd, calendar) + ".";
 }
 
 }  // namespace
 
-std::vector<ChartDataSet> stackedSeries(const PortfolioDataSlice& data,
-                                        const std::optional<PortfolioAsset>& asset) {
+StackedSeries stackedSeries(const PortfolioDataSlice& data,
+                            const std::optional<PortfolioAsset>& asset) {
   Stack stack(data.snapshotGroup->sortedSnapshots);
   if (!asset || asset->cash() != nullptr) {
     stack.addCash(data.portfolio->primaryCurrency());
@@ -153,20 +151,20 @@ void drawPortfolioChart(FiscalChartView& chart, const PortfolioDataSlice& data,
   const DailySnapshots& snapshots = data.snapshotGroup->sortedSnapshots;
   const Calendar& calendar = manager->calendar;
 
-  std::vector<ChartDataSet> series = stackedSeries(data, asset);
-  ChartDataSet total = std::move(series.back());
+  auto [series, total] = stackedSeries(data, asset);
+  ChartDataSet topLine = std::move(series.back());
   series.pop_back();
   if (!asset || asset->cash() != nullptr) {
     series.push_back(netDepositsSeries(*data.snapshotGroup));
   }
   chart.axisMinimum =
       data.portfolio->allowsNegativeBalances ? std::nullopt : std::optional<double>(0);
-  chart.prescribedOpeningValue = total.entries.front().y;
-  chart.prescribedClosingValue = total.entries.back().y;
+  chart.prescribedOpeningValue = topLine.entries.front().y;
+  chart.prescribedClosingValue = topLine.entries.back().y;
   chart.accessibleText = accessibleText(total, snapshots, primary, calendar);
-  chart.tooltipProvider = tooltips(data.snapshotGroup, total.entries, primary, calendar);
+  chart.tooltipProvider = tooltips(data.snapshotGroup, std::move(total), primary, calendar);
   chart.setNoninteractiveDataSets(std::move(series));
-  chart.interactiveDataSet = std::move(total);
+  chart.interactiveDataSet = std::move(topLine);
   addDayLabels(chart, snapshots, calendar);
   chart.changeHandler();
 }

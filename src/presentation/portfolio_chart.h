@@ -14,8 +14,12 @@ namespace corvane {
 /// The series of `data`, whose points stand at the positions of its snapshots. Without an `asset`
 /// they are the cash and then the equities by symbol, each on top of the one before it, so that the
 /// last one is the total; for a currency the cash alone; for an equity that equity alone.
-[[nodiscard]] std::vector<ChartDataSet> stackedSeries(const PortfolioDataSlice& data,
-                                                      const std::optional<PortfolioAsset>& asset);
+struct StackedSeries {
+  std::vector<ChartDataSet> series;
+  std::vector<Decimal> total;  ///< the values of the last one
+};
+[[nodiscard]] StackedSeries stackedSeries(const PortfolioDataSlice& data,
+                                          const std::optional<PortfolioAsset>& asset);
 
 /// A line of what had been put into the portfolio, at the rates of each day.
 [[nodiscard]] ChartDataSet netDepositsSeries(const PortfolioSnapshotGroup& group);

@@ -57,6 +57,8 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
       datesPicker(surroundings.now),
       surroundings_(std::move(surroundings)) {
   datesPicker.setAllowsIntervalSelection(false);
+  // No ledger is that long: the first portfolio is shown from its beginning to its end.
+  datesPicker.setDates(QueryDatesPicker::earliestPossibleDay, QueryDatesPicker::latestPossibleDay);
   datesPicker.action = [this] { reload(DatesChanged{}); };
   rebuildAssetMenu();
   reload(PortfolioChanged{});
@@ -101,11 +103,12 @@ void PortfolioViewController::setPortfolio(const PortfolioPointer& portfolio) {
                   .ymdRange = {datesPicker.startDate(), datesPicker.endDate()}};
   incompleteEquities_.clear();
   incompleteCurrencies_.clear();
+  chart.noDataText.clear();
   chart.clear();
   rebuildAssetMenu();
   refreshWarning();
   // The tabs must not go on showing, and offering for edits, what is in another portfolio.
-  showInTabs(std::nullopt);
+  showInTabs();
   reload(PortfolioChanged{});
 }
 
@@ -115,7 +118,7 @@ void PortfolioViewController::reload(ReloadReason reason) {
     heading_ = {};
     chart.noDataText = "No portfolio selected.";
     chart.clear();
-    showInTabs(std::nullopt);
+    showInTabs();
     changeHandler();
     return;
   }
@@ -127,17 +130,16 @@ void PortfolioViewController::reload(ReloadReason reason) {
   currentData_.selectDays({datesPicker.startDate(), datesPicker.endDate()});
   if (std::holds_alternative<AssetFilterChanged>(reason)) {
     redrawChart();
-    showInTabs(std::nullopt);
+    showInTabs();
     changeHandler();
     return;
   }
-  std::optional<TransactionChanges> changes;
-  if (change != nullptr) {
-    changes = std::move(change->changes);
-  }
-  // The rows need no prices: they are shown now, so that nobody edits one that is gone.
-  transactions->setCurrentData(currentData_, changes);
-  fetch(manager, std::move(changes));
+  // The rows need no prices. They are shown at once, with what an edit has done to them: until the
+  // prices come the user must not select, and delete, rows that are gone, and afterwards his
+  // selection must stay.
+  transactions->setCurrentData(currentData_,
+                               change == nullptr ? std::nullopt : std::move(change->changes));
+  fetch(manager);
   changeHandler();
 }
 
@@ -164,10 +166,10 @@ void PortfolioViewController::refreshHeading() {
   }
   heading_.value = Formatting::currentValueText(*valuation);
   heading_.summary = AttributedText("(").append(Formatting::gainText(*valuation)).append(")");
-  if (const EquityPointer stalest = stalestEquity(snapshot)) {
-    const Date date = stalest->recentDate.value_or(Date::distantPast());
-    heading_.summary.append(" as of " + Formatting::equityDateFormatter(*stalest).string(date) +
-                            ".");
+  const EquityPointer stalest = stalestEquity(snapshot);
+  if (stalest != nullptr && stalest->recentDate) {
+    heading_.summary.append(
+        " as of " + Formatting::equityDateFormatter(*stalest).string(*stalest->recentDate) + ".");
   }
 }
 
@@ -195,28 +197,26 @@ void PortfolioViewController::rebuildDatePresets(const PortfolioManager& manager
   datesPicker.setPresets(portfolioDatePresets(days, today));
 }
 
-void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& manager,
-                                    std::optional<TransactionChanges> changes) {
+void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& manager) {
   ++fetchesUnderWay_;
-  manager->fetchDailySnapshots(currentData_.portfolio, currentData_.ymdRange.lower(),
-                               currentData_.ymdRange.upper(),
-                               [self = weak_from_this(), portfolio = currentData_.portfolio,
-                                changes = std::move(changes)](FetchResult result) {
-                                 const auto living = self.lock();
-                                 if (living == nullptr) {
-                                   return;
-                                 }
-                                 --living->fetchesUnderWay_;
-                                 if (living->currentData_.portfolio == portfolio) {
-                                   living->fetchDidEnd(std::move(result), changes);
-                                 } else {
-                                   living->changeHandler();
-                                 }
-                               });
+  manager->fetchDailySnapshots(
+      currentData_.portfolio, currentData_.ymdRange.lower(), currentData_.ymdRange.upper(),
+      [self = weak_from_this(), portfolio = currentData_.portfolio](FetchResult result) {
+        const auto living = self.lock();
+        if (living == nullptr) {
+          return;
+        }
+        --living->fetchesUnderWay_;
+        // Of the answers for one portfolio the last to arrive is shown. One for a portfolio that is
+        // no longer on the screen has nothing to say about the one that is.
+        if (living->currentData_.portfolio == portfolio) {
+          living->fetchDidEnd(std::move(result));
+        }
+        living->changeHandler();
+      });
 }
 
-void PortfolioViewController::fetchDidEnd(FetchResult result,
-                                          const std::optional<TransactionChanges>& changes) {
+void PortfolioViewController::fetchDidEnd(FetchResult result) {
   if (result) {
     take(std::move(*result));
   } else {
@@ -224,8 +224,7 @@ void PortfolioViewController::fetchDidEnd(FetchResult result,
   }
   rebuildAssetMenu();
   redrawChart();
-  showInTabs(changes);
-  changeHandler();
+  showInTabs();
 }
 
 void PortfolioViewController::take(PortfolioManager::FetchDailySnapshotsResult result) {
@@ -308,11 +307,11 @@ void PortfolioViewController::refreshWarning() {
   warning_ = performanceWarning(std::move(symbols), std::move(codes));
 }
 
-void PortfolioViewController::showInTabs(const std::optional<TransactionChanges>& changes) {
+void PortfolioViewController::showInTabs() {
   const std::array<CurrentPortfolioHaving*, numberOfTabs> tabs = {holdings.get(),
                                                                   transactions.get(), gains.get()};
   for (CurrentPortfolioHaving* tab : tabs) {
-    tab->setCurrentData(currentData_, changes);
+    tab->setCurrentData(currentData_, std::nullopt);
   }
 }
 

@@ -125,14 +125,13 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   void observe();
   void refreshHeading();
   void rebuildDatePresets(const PortfolioManager& manager);
-  void fetch(const std::shared_ptr<PortfolioManager>& manager,
-             std::optional<TransactionChanges> changes);
-  void fetchDidEnd(FetchResult result, const std::optional<TransactionChanges>& changes);
+  void fetch(const std::shared_ptr<PortfolioManager>& manager);
+  void fetchDidEnd(FetchResult result);
   void take(PortfolioManager::FetchDailySnapshotsResult result);
   void rebuildAssetMenu();
   void redrawChart();
   void refreshWarning();
-  void showInTabs(const std::optional<TransactionChanges>& changes);
+  void showInTabs();
 
   ScreenSurroundings surroundings_;
   PortfolioDataSlice currentData_;
