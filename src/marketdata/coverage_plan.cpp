@@ -12,21 +12,7 @@ namespace {
 
 using Subject = QuoteQuery::Subject;
 
-/// What a range of the basis sought is to be read as.
-Subject exactSubject(const Subject& seeking) {
-  return std::visit(
-      Overloaded{
-          [](const QuoteQuery::CurrentPeriodQuotes&) -> Subject {
-            return QuoteQuery::Quotes{QuoteInterval::oneMinute, PriceAdjustment::marketNominal};
-          },
-          [](QuoteQuery::EventsWithoutAdjustment) -> Subject {
-            return QuoteQuery::EventsOnly{PriceAdjustment::marketNominal};
-          },
-          [](const auto& itself) -> Subject { return itself; }},
-      seeking);
-}
-
-/// What a range of another basis is to be read as.
+/// What a range that is covered on the basis `prices` is to be read as.
 Subject subjectOnBasis(const Subject& seeking, PriceAdjustment prices) {
   return std::visit(
       Overloaded{[&](const QuoteQuery::Quotes& quotes) -> Subject {
@@ -69,7 +55,8 @@ class PlanWalk {
     addMissingUntil(covered.range.lower());
     const DateRange rest(cursor_, covered.range.upper());
     if (isTarget) {
-      plan_.exactQueries.push_back({query_.equity, rest, exactSubject(query_.seeking)});
+      plan_.exactQueries.push_back(
+          {query_.equity, rest, subjectOnBasis(query_.seeking, target_.prices)});
       cursor_ = rest.upper();
     } else if (covered.prices != PriceAdjustment::marketNominalSnapshot || target_.usingSnapshots) {
       pending_ = {rest, covered.prices};
