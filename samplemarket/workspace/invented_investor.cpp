@@ -26,7 +26,7 @@ std::size_t endSession(const Instrument& instrument) {
 }
 
 Decimal ticks(std::int64_t count, int decimals) {
-  return Decimal::fromParts(Decimal::Sign::plus, -decimals, Decimal(count));
+  return Decimal::fromParts(Sign::plus, -decimals, Decimal(count));
 }
 
 Decimal whole(const Decimal& value) {

@@ -1,26 +1,15 @@
 // Makes the workspace that is shown on the sample market: ten years of two people's investments.
 // Its one argument is where the package goes.
 
-#include <filesystem>
-#include <iostream>
-
-#include "ledger/portfolio_manager.h"
-#include "marketdata/nominal_quote_provider.h"
 #include "platform/time/civil_day.h"
+#include "sample/sample_workspace.h"
 #include "samplemarket/workspace/invented_investor.h"
-#include "storage/workspace_document.h"
 
 namespace corvane::samplemarket {
 namespace {
 
 constexpr int firstYear = 2016;
 constexpr int lastYear = 2026;
-
-/// Stands for the provider of the program, under whose name the equities of a workspace are kept.
-class NamedProvider final : public QuoteProvider {
- public:
-  [[nodiscard]] std::string providerName() const override { return "YahooFinance"; }
-};
 
 /// Saves every quarter, buys at home and abroad, and holds on to most of it.
 std::vector<BasicTransaction> retirementLedger(const std::shared_ptr<QuoteProvider>& provider) {
@@ -94,48 +83,23 @@ std::vector<BasicTransaction> tradingLedger(const std::shared_ptr<QuoteProvider>
   return investor.ledger();
 }
 
-void make(const std::filesystem::path& package) {
-  const auto provider = std::make_shared<NamedProvider>();
-  WorkspaceDocument document({.sharedQuoteProvider = [&] { return provider; },
-                              .appBundleVersion = "",
-                              .appMarketingVersion = ""});
-  document.makeWindowControllers(nullptr);
-  const auto& model = document.model();
-  const auto& manager = model->portfolioManagers.front();
-  manager->calendar = Calendar(TimeZone::gmt());
-
-  const auto retirement = manager->createPortfolio(Currency::cad());
-  retirement->name = "Retirement";
-  manager->portfolioPropertiesDidChange(retirement);
-  manager->recordTransactions(retirementLedger(provider), retirement, nullptr);
-
-  const auto trading = manager->createPortfolio(Currency::usd());
-  trading->name = "Trading";
-  trading->usesCashAccounts = false;
-  manager->portfolioPropertiesDidChange(trading);
-  manager->recordTransactions(tradingLedger(provider), trading, nullptr);
-
-  for (const char* id :
-       {"^CTO60", "^CNY100", "CASTR", "NIMBR", "BOREA.TO", "KEEWA.TO", "THRAL.L", "0582.T"}) {
-    model->watchlistEquities.push_back(provider->equityWithId(id));
-  }
-  std::filesystem::remove_all(package);
-  document.save(package);
+void write(const std::filesystem::path& package) {
+  const auto provider = sample::sampleProvider();
+  sample::writeWorkspace(
+      package, provider,
+      {{.name = "Retirement",
+        .primaryCurrency = Currency::cad(),
+        .ledger = retirementLedger(provider)},
+       {.name = "Trading",
+        .primaryCurrency = Currency::usd(),
+        .usesCashAccounts = false,
+        .ledger = tradingLedger(provider)}},
+      {"^CTO60", "^CNY100", "CASTR", "NIMBR", "BOREA.TO", "KEEWA.TO", "THRAL.L", "0582.T"});
 }
 
 }  // namespace
 }  // namespace corvane::samplemarket
 
 int main(int count, char** arguments) {
-  if (count != 2) {
-    std::cerr << "usage: make-sample-workspace PACKAGE\n";
-    return 2;
-  }
-  try {
-    corvane::samplemarket::make(arguments[1]);
-  } catch (const corvane::Error& error) {
-    std::cerr << error << "\n";
-    return 1;
-  }
-  return 0;
+  return corvane::sample::runMaker(count, arguments, corvane::samplemarket::write);
 }

@@ -96,4 +96,12 @@ std::string encodedText(std::string text, TextEncoding encoding) {
   return bytes;
 }
 
+std::string withoutByteOrderMark(std::string text) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  if (text.starts_with(mark)) {
+    text.erase(0, mark.size());
+  }
+  return text;
+}
+
 }  // namespace corvane
