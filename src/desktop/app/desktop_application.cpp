@@ -7,6 +7,7 @@
 #include "desktop/look/alert_box.h"
 #include "desktop/workspace/main_window.h"
 #include "marketdata/network_activity_monitor.h"
+#include "platform/async/dispatch_queue.h"
 #include "platform/system/resources.h"
 
 namespace corvane::desktop {
@@ -43,7 +44,24 @@ DesktopApplication::DesktopApplication(DesktopSurroundings surroundings)
 }
 
 DesktopApplication::~DesktopApplication() {
+  shell_->closeWindows();
   windows_->keepOnly({});
+  // Windows that were let go of are still to be destroyed, while the program around them stands.
+  MainLoop::drain();
+}
+
+std::filesystem::path DesktopApplication::sampleWorkspace() {
+  return resourcePath("Sample.corvane");
+}
+
+void DesktopApplication::startWithSample() {
+  delegate_->applicationDidFinishLaunching();
+  if (documentController().documents().empty()) {
+    delegate_->openSampleDocument();
+  }
+  if (documentController().documents().empty()) {
+    newWorkspace(nullptr);
+  }
 }
 
 void DesktopApplication::start(const std::optional<std::filesystem::path>& workspace) {
