@@ -62,7 +62,7 @@ class DesktopApplication {
   DesktopSurroundings surroundings_;
   MainQueuePump pump_;
   std::shared_ptr<DocumentWindows> windows_;
-  std::shared_ptr<DesktopShell> shell_;
+  std::shared_ptr<DesktopShell> shell_ = std::make_shared<DesktopShell>();
   std::shared_ptr<AppDelegate> delegate_;
 };
 

@@ -136,8 +136,9 @@ QSize AttributedTextDelegate::sizeHint(const QStyleOptionViewItem& option,
   if (!value.canConvert<AttributedText>()) {
     return QStyledItemDelegate::sizeHint(option, index);
   }
+  const auto text = value.value<AttributedText>();
   double width = 0;
-  for (const TextRun& run : value.value<AttributedText>().runs()) {
+  for (const TextRun& run : text.runs()) {
     width += QFontMetricsF(theme::font(option.font, run.style)).horizontalAdvance(qtText(run.text));
   }
   return {qRound(width) + 2 * cellMargin + 2, QFontMetrics(option.font).height() + 10};
