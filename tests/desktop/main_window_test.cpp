@@ -201,10 +201,11 @@ TEST_F(MainWindowTest, OpensARecentWorkspaceFromTheMenu) {
   window->document()->save(path);
   const auto again = world.application.documentController().openDocument(path);
   EXPECT_EQ(world.application.windows().windowOf(*again), window);
+  window->updateTitle();
   QAction* recent = menuItem(*window, "Open Recent");
   emit recent->menu()->aboutToShow();
-  EXPECT_EQ(recent->menu()->actions().front()->text(), "Family");
-  EXPECT_EQ(window->windowTitle(), "Family[*] — Corvane");
+  EXPECT_EQ(recent->menu()->actions().front()->text().toStdString(), "Family");
+  EXPECT_EQ(window->windowTitle().toStdString(), "Family[*] — Corvane");
 }
 
 TEST_F(MainWindowTest, GivesEveryControlAName) {

@@ -128,6 +128,8 @@ void ScreenRenderer::write(const QString& name) {
     const QPoint corner((picture.width() - front.width()) / 2,
                         (picture.height() - front.height()) / 2);
     painter.drawPixmap(corner, front);
+    painter.setPen(theme::colour(Colour::Name::separator));
+    painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
   }
   const std::filesystem::path file =
       folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));

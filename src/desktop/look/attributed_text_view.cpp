@@ -12,7 +12,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int cellMargin = 8;
+constexpr int cellMargin = 7;
 
 QString cssOf(const TextStyle& style) {
   QString css;

@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QPixmap>
 #include <QStyleFactory>
+#include <algorithm>
 
 namespace corvane::desktop::theme {
 namespace {
@@ -16,8 +17,8 @@ Appearance current = Appearance::light;
 
 QPalette palette() {
   const bool isDark = current == Appearance::dark;
-  const QColor window = isDark ? QColor(0x17, 0x18, 0x1A) : QColor(0xFB, 0xFB, 0xFC);
-  const QColor button = isDark ? QColor(0x2C, 0x2D, 0x31) : QColor(0xF3, 0xF4, 0xF6);
+  const QColor window = isDark ? QColor(0x24, 0x25, 0x28) : QColor(0xFB, 0xFB, 0xFC);
+  const QColor button = isDark ? QColor(0x3A, 0x3B, 0x40) : QColor(0xF3, 0xF4, 0xF6);
   const QColor label = colour(Colour::Name::label);
   QPalette made(button, window);
   made.setColor(QPalette::Window, window);
@@ -49,11 +50,16 @@ QString styleSheet() {
   return QStringLiteral(
              "QTableView, QListView#sourceList { border: none; outline: none; }"
              "QHeaderView { background: %2; border: none; }"
-             "QHeaderView::section { background: %2; border: none; padding: 5px 8px;"
+             "QHeaderView::section { background: %2; border: none; padding: 5px 7px;"
              "  border-bottom: 1px solid %1; color: %3; }"
              "QTableCornerButton::section { background: %2; border: none; }"
              "QSplitter::handle { background: %1; }"
-             "QTabWidget::pane { border: none; border-top: 1px solid %1; }"
+             "QTabWidget::pane { border: none; }"
+             // Fusion draws empty boxes in a shade of the window that dark windows swallow.
+             "QCheckBox::indicator:unchecked { border: 1px solid %3; border-radius: 3px;"
+             "  background: %2; }"
+             "QRadioButton::indicator:unchecked { border: 1px solid %3; border-radius: 7px;"
+             "  background: %2; }"
              "QTabBar::tab { padding: 7px 16px; border: none; border-bottom: 2px solid transparent;"
              "  color: %3; background: transparent; }"
              "QTabBar::tab:selected { color: %4; border-bottom: 2px solid %5; }"
@@ -96,7 +102,7 @@ QFont bodyFont() {
   static const QFont system = QApplication::font();
   QFont font = system;
   if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
-    font.setFamily(installed({"Noto Sans", "Open Sans", "Roboto", "DejaVu Sans"}, font.family()));
+    font.setFamily(installed({"Open Sans", "Noto Sans", "DejaVu Sans"}, font.family()));
     font.setPointSizeF(10);
   }
   return font;
@@ -125,7 +131,7 @@ QColor colour(const Colour& colour) {
 }
 
 QColor sidebarBackground() {
-  return current == Appearance::dark ? QColor(0x20, 0x21, 0x24) : QColor(0xEE, 0xF0, 0xF3);
+  return current == Appearance::dark ? QColor(0x2C, 0x2D, 0x31) : QColor(0xEE, 0xF0, 0xF3);
 }
 
 QFont font(double factor, QFont::Weight weight) {
@@ -146,7 +152,7 @@ QFont monospacedFont(QFont::Weight weight) {
                ? system
                : installed({"Noto Sans Mono", "DejaVu Sans Mono", "Liberation Mono"}, system);
   }();
-  QFont made = font(1, weight);
+  QFont made = font(figureFactor, weight);
   made.setFamily(family);
   made.setStyleHint(QFont::Monospace);
   return made;
@@ -155,8 +161,10 @@ QFont monospacedFont(QFont::Weight weight) {
 QFont font(const QFont& base, const TextStyle& style) {
   QFont styled = base;
   if (style.isMonospaced) {
-    styled.setFamily(monospacedFont().family());
+    const QFont figures = monospacedFont();
+    styled.setFamily(figures.family());
     styled.setStyleHint(QFont::Monospace);
+    styled.setPointSizeF(std::min(styled.pointSizeF(), figures.pointSizeF()));
   }
   if (style.weight != FontWeight::regular) {
     styled.setWeight(qtWeight(style.weight));

@@ -39,6 +39,9 @@ void apply(QApplication& application, Appearance appearance);
 [[nodiscard]] QFont font(double factor, QFont::Weight weight = QFont::Normal);
 /// Figures of one width, for columns of numbers.
 [[nodiscard]] QFont monospacedFont(QFont::Weight weight = QFont::Normal);
+/// The sizes of the body text that tables and their figures have.
+constexpr double tableFactor = 0.96;
+constexpr double figureFactor = 0.92;
 /// `base` with the weight and the figures of `style`.
 [[nodiscard]] QFont font(const QFont& base, const TextStyle& style);
 

@@ -5,9 +5,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
-#include <QToolButton>
 
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -41,13 +41,10 @@ QDateEdit* makeDateEdit(const QString& accessibleName) {
 DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
     : QWidget(parent),
       picker_(picker),
-      presets_(new QToolButton),
+      presets_(new QPushButton),
       start_(makeDateEdit(QStringLiteral("First day"))),
       end_(makeDateEdit(QStringLiteral("Last day"))),
       interval_(new QComboBox) {
-  presets_->setPopupMode(QToolButton::InstantPopup);
-  presets_->setToolButtonStyle(Qt::ToolButtonTextOnly);
-  presets_->setFocusPolicy(Qt::StrongFocus);
   presets_->setMenu(new QMenu(presets_));
   connect(presets_->menu(), &QMenu::aboutToShow, this, &DatesPickerView::fillPresetMenu);
   interval_->setAccessibleName(QStringLiteral("Interval"));
@@ -108,7 +105,7 @@ void DatesPickerView::update() {
   end_->setDate(qtDate(picker_.endDate()));
 
   presets_->setVisible(!picker_.isPresetMenuHidden());
-  presets_->setText(qtText(picker_.presetTitle()) + QStringLiteral("  "));
+  presets_->setText(qtText(picker_.presetTitle()));
   presets_->setAccessibleName(QStringLiteral("Range: ") + qtText(picker_.presetTitle()));
 
   interval_->setVisible(picker_.allowsIntervalSelection());

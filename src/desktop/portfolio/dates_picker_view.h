@@ -7,7 +7,7 @@
 
 class QComboBox;
 class QDateEdit;
-class QToolButton;
+class QPushButton;
 
 namespace corvane::desktop {
 
@@ -25,7 +25,7 @@ class DatesPickerView : public QWidget {
   void fillPresetMenu();
 
   QueryDatesPicker& picker_;
-  QToolButton* presets_;
+  QPushButton* presets_;
   QDateEdit* start_;
   QDateEdit* end_;
   QComboBox* interval_;

@@ -178,6 +178,8 @@ void FiscalChartWidget::setRanges() {
   plot_->xAxis->setRange(first, last);
   plot_->yAxis->setRange(low, high);
   plot_->yAxis2->setRange(low, high);
+  // Without an opening value all percentages read the same and say nothing.
+  plot_->yAxis2->setTickLabels(chart_.rightAxis.label(low) != chart_.rightAxis.label(high));
 }
 
 void FiscalChartWidget::addSeries(const ChartDataSet& series) {
@@ -217,16 +219,32 @@ void FiscalChartWidget::addBandLabels(const std::vector<ChartDataSet>& bands) {
     if (from - to < lineHeight) {
       continue;
     }
-    auto* text = new QCPItemText(plot_);
-    text->setText(qtText(band.label));
-    text->setFont(small);
-    text->setColor(theme::colour(Colour::Name::label));
-    text->setPositionAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    text->setPadding(QMargins(0, 0, 6, 0));
-    text->position->setTypeX(QCPItemPosition::ptPlotCoords);
-    text->position->setTypeY(QCPItemPosition::ptAbsolute);
-    text->position->setCoords(end.x, (from + to) / 2);
+    addSeriesLabel(band, end.x, (from + to) / 2, Qt::AlignRight | Qt::AlignVCenter);
   }
+  for (const ChartDataSet& line : bands) {
+    if (!line.fill && bands.size() > 1 && !line.entries.empty()) {
+      const ChartEntry& middle = line.entries[line.entries.size() / 2];
+      addSeriesLabel(line, middle.x, plot_->yAxis->coordToPixel(middle.y),
+                     Qt::AlignHCenter | Qt::AlignBottom);
+    }
+  }
+}
+
+void FiscalChartWidget::addSeriesLabel(const ChartDataSet& series, double x, double pixelY,
+                                       Qt::Alignment alignment) {
+  auto* text = new QCPItemText(plot_);
+  text->setText(qtText(series.label));
+  text->setFont(theme::font(0.85));
+  text->setColor(theme::colour(Colour::Name::label));
+  QColor plate = palette().color(QPalette::Window);
+  plate.setAlphaF(0.72F);
+  text->setBrush(plate);
+  text->setPen(Qt::NoPen);
+  text->setPositionAlignment(alignment);
+  text->setPadding(QMargins(4, 0, 4, 0));
+  text->position->setTypeX(QCPItemPosition::ptPlotCoords);
+  text->position->setTypeY(QCPItemPosition::ptAbsolute);
+  text->position->setCoords(x, pixelY);
 }
 
 void FiscalChartWidget::addDates() {

@@ -36,6 +36,7 @@ class FiscalChartWidget : public QFrame {
   void styleAxes();
   void addSeries(const ChartDataSet& series);
   void addBandLabels(const std::vector<ChartDataSet>& bands);
+  void addSeriesLabel(const ChartDataSet& series, double x, double pixelY, Qt::Alignment alignment);
   void addDates();
   void addOpeningLine();
   void setRanges();

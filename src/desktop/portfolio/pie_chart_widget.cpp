@@ -43,7 +43,8 @@ void PieChartWidget::paintEvent(QPaintEvent* /*event*/) {
   const double listHeight = rowHeight * static_cast<double>(pie_.slices.size());
   const double besideSide = std::min(area.height(), area.width() * 0.55);
   const double belowSide =
-      std::min(area.width(), area.height() - std::min(listHeight, area.height() * 0.5));
+      std::min(area.width(),
+               area.height() - spacing::narrow - std::min(listHeight + 1, area.height() * 0.55));
   if (belowSide > besideSide) {
     const QRectF ring(area.center().x() - belowSide / 2, area.top(), belowSide, belowSide);
     drawRing(painter, ring);

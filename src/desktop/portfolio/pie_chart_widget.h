@@ -16,7 +16,7 @@ class PieChartWidget : public QWidget {
 
   void setPie(const PieChartView& pie);
 
-  [[nodiscard]] QSize sizeHint() const override { return {280, 240}; }
+  [[nodiscard]] QSize sizeHint() const override { return {230, 240}; }
   [[nodiscard]] QSize minimumSizeHint() const override { return {180, 120}; }
 
  protected:

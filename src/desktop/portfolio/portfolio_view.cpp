@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -48,6 +49,7 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   upperColumn->addWidget(warning_);
 
   tabs_->setDocumentMode(true);
+  tabs_->tabBar()->setDrawBase(false);
   tabs_->setAccessibleName(QStringLiteral("Holdings, transactions and gains"));
   tabs_->addTab(new HoldingsTab(controller_->holdings), QStringLiteral("Holdings"));
   tabs_->addTab(transactions_, QStringLiteral("Transactions"));
@@ -63,7 +65,7 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   split->setStretchFactor(1, 1);
   split->setSizes({390, 350});
   auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(spacing::section, spacing::wide, spacing::section, spacing::narrow);
+  column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::narrow);
   column->addWidget(split);
 
   connect(tabs_, &QTabWidget::currentChanged, this,

@@ -14,8 +14,9 @@
 namespace corvane::desktop {
 namespace {
 
+constexpr std::string_view nameColumn = "name";
 constexpr int mostRowsMeasured = 200;
-constexpr int leastStretchedWidth = 180;
+constexpr int leastStretchedWidth = 150;
 
 Qt::Alignment alignmentOf(const TableColumn& column, const AttributedText& text) {
   switch (text.alignment) {
@@ -91,6 +92,8 @@ QVariant TableModelAdapter::headerData(int section, Qt::Orientation orientation,
 
 TableView::TableView(const QString& accessibleName, QWidget* parent) : QTableView(parent) {
   setAccessibleName(accessibleName);
+  setFont(theme::font(theme::tableFactor));
+  horizontalHeader()->setFont(theme::font(theme::figureFactor));
   setItemDelegate(new AttributedTextDelegate(this));
   setSelectionBehavior(SelectRows);
   setSelectionMode(ExtendedSelection);
@@ -108,9 +111,11 @@ TableView::TableView(const QString& accessibleName, QWidget* parent) : QTableVie
   horizontalHeader()->setMinimumSectionSize(48);
 }
 
-void TableView::setTable(TableModelAdapter* adapter, const TableModel& table, int stretchedColumn) {
+void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
   setModel(adapter);
-  stretchedColumn_ = stretchedColumn;
+  const auto found = std::ranges::find(table.columns(), nameColumn, &TableColumn::identifier);
+  stretchedColumn_ =
+      found == table.columns().end() ? 0 : static_cast<int>(found - table.columns().begin());
   for (std::size_t column = 0; column < table.columns().size(); ++column) {
     setColumnHidden(static_cast<int>(column), table.columns()[column].isHidden);
   }

@@ -28,8 +28,8 @@ class TableModelAdapter : public QAbstractTableModel {
   int rows_;
 };
 
-/// A table of whole rows without a grid. Columns are as wide as their content; one of them takes
-/// the width that is left. Copying puts the selected rows on the clipboard, with tabs between the
+/// A table of whole rows without a grid. Columns are as wide as their content; the one with the
+/// names takes what is left. Copying puts the selected rows on the clipboard, with tabs between the
 /// cells.
 class TableView : public QTableView {
   Q_OBJECT
@@ -37,7 +37,7 @@ class TableView : public QTableView {
  public:
   explicit TableView(const QString& accessibleName, QWidget* parent = nullptr);
 
-  void setTable(TableModelAdapter* adapter, const TableModel& table, int stretchedColumn = 0);
+  void setTable(TableModelAdapter* adapter, const TableModel& table);
   /// Makes each column wide enough for its heading and for its rows, of which it looks at a sample
   /// where there are many.
   void fitColumns();

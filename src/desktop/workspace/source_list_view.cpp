@@ -69,6 +69,8 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   watchlistView_->addAction(remove_);
   newPortfolio_->setAccessibleName(QStringLiteral("New portfolio"));
   newPortfolio_->setFlat(true);
+  newPortfolio_->setMaximumWidth(
+      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::narrow);
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::medium, 0, 0);

@@ -26,7 +26,7 @@ class SourceView : public QWidget {
   ~SourceView() override;
 
   [[nodiscard]] QAction* removeAction() const { return remove_; }
-  [[nodiscard]] QSize sizeHint() const override { return {280, 600}; }
+  [[nodiscard]] QSize sizeHint() const override { return {260, 600}; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
