@@ -39,8 +39,4 @@ bool isWhitespace(char32_t character) {
   return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_WHITE_SPACE) != 0;
 }
 
-std::string lowercased(std::string_view text) {
-  return toUtf8(toIcu(text).toLower(icu::Locale::getRoot()));
-}
-
 }  // namespace corvane
