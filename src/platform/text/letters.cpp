@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/text/icu_text.h"
 
 namespace corvane {
 
