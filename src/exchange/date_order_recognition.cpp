@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <vector>
+#include <span>
 
 #include "platform/text/letters.h"
 
@@ -28,7 +28,7 @@ constexpr std::size_t longestDate = 256;
 /// shortest but at least one character, whatever it is.
 class LineMatch {
  public:
-  LineMatch(std::string_view text, const std::vector<Character>& line) : text_(text), line_(line) {}
+  LineMatch(std::string_view text, std::span<const Character> line) : text_(text), line_(line) {}
 
   [[nodiscard]] std::optional<std::array<std::string_view, 3>> find() const {
     const std::size_t first = nextWord(0);
@@ -81,7 +81,7 @@ class LineMatch {
   }
 
   std::string_view text_;
-  const std::vector<Character>& line_;
+  std::span<const Character> line_;
 };
 
 std::optional<std::int64_t> integerIn(std::string_view text) {
@@ -95,25 +95,32 @@ std::optional<std::int64_t> integerIn(std::string_view text) {
 
 std::optional<std::array<std::string_view, 3>> dateParts(std::string_view cell) {
   std::string_view rest = cell.substr(0, longestDate);
-  std::vector<Character> line;
+  std::array<Character, longestDate> line;
+  std::size_t length = 0;
   while (true) {
     const auto offset = static_cast<std::size_t>(rest.data() - cell.data());
     const char32_t character = rest.empty() ? U'\n' : takeCharacter(rest);
     if (!isLineTerminator(character)) {
-      line.push_back({offset, isWordCharacter(character)});
+      line[length] = {offset, isWordCharacter(character)};
+      ++length;
       continue;
     }
-    if (auto parts = LineMatch(cell.substr(0, offset), line).find()) {
+    if (auto parts = LineMatch(cell.substr(0, offset), std::span(line).first(length)).find()) {
       return parts;
     }
     if (rest.empty()) {
       return std::nullopt;
     }
-    line.clear();
+    length = 0;
   }
 }
 
 void DateOrderRecognition::add(std::string_view cell) {
+  // Many rows of one day follow one another.
+  if (cell == lastCell_) {
+    return;
+  }
+  lastCell_ = cell;
   const auto parts = dateParts(cell);
   if (!parts) {
     return;

@@ -27,6 +27,7 @@ class DateOrderRecognition {
     std::int64_t greatest = std::numeric_limits<std::int64_t>::min();
   };
   std::array<Slot, 3> slots_;
+  std::string lastCell_;
 };
 
 /// The three groups of the first match of ([\d\w]+).+?([\d\w]+).+?([\d\w]+) in `cell`, in linear

@@ -34,7 +34,7 @@ class ImportTransactions : public ::testing::Test {
       return world.error();
     }
     EXPECT_EQ(understood.size(), 1U);
-    const std::string line = told(understood.front());
+    const std::string line = testing::told(understood.front());
     EXPECT_TRUE(line.starts_with("2021-03-31 ")) << line;
     return line.substr(11);
   }
