@@ -84,13 +84,6 @@ class CSV {
         header_(readHeader(text_, delimiter_)),
         content_(header(), text_, delimiter_, loadColumns, std::nullopt) {}
 
-  static std::string withoutByteOrderMark(std::string text) {
-    if (text.starts_with("\xEF\xBB\xBF")) {
-      text.erase(0, 3);
-    }
-    return text;
-  }
-
   static CSVTable readHeader(std::string_view text, const CSVDelimiter& delimiter) {
     CSVTable header;
     parseRows(text, delimiter, 0, 1, [&](const CSVRow& row) { header.append(row); });

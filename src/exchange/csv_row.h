@@ -48,6 +48,9 @@ class IndexIterator {
 /// One row: a sequence of texts that somebody else holds. Good until that one changes or goes away.
 class CSVRow {
  public:
+  using value_type = std::string_view;
+  using const_iterator = IndexIterator<CSVRow>;
+
   CSVRow() = default;
 
   [[nodiscard]] std::size_t size() const { return size_; }
@@ -61,8 +64,8 @@ class CSVRow {
     const std::uint32_t start = index == 0 ? start_ : ends_[index - 1];
     return {characters_ + start, ends_[index] - start};
   }
-  [[nodiscard]] IndexIterator<CSVRow> begin() const { return {this, 0}; }
-  [[nodiscard]] IndexIterator<CSVRow> end() const { return {this, size_}; }
+  [[nodiscard]] const_iterator begin() const { return {this, 0}; }
+  [[nodiscard]] const_iterator end() const { return {this, size_}; }
 
   /// The fields as texts of their own.
   [[nodiscard]] std::vector<std::string> strings() const { return {begin(), end()}; }
@@ -137,6 +140,9 @@ class CSVTable {
 /// the table.
 class CSVColumn {
  public:
+  using value_type = std::string_view;
+  using const_iterator = IndexIterator<CSVColumn>;
+
   CSVColumn(const CSVTable& table, std::size_t index) : table_(&table), index_(index) {}
 
   [[nodiscard]] std::size_t size() const { return table_->size(); }
@@ -145,8 +151,8 @@ class CSVColumn {
     const CSVRow row = table_->row(rowIndex);
     return index_ < row.size() ? row[index_] : std::string_view();
   }
-  [[nodiscard]] IndexIterator<CSVColumn> begin() const { return {this, 0}; }
-  [[nodiscard]] IndexIterator<CSVColumn> end() const { return {this, size()}; }
+  [[nodiscard]] const_iterator begin() const { return {this, 0}; }
+  [[nodiscard]] const_iterator end() const { return {this, size()}; }
 
  private:
   const CSVTable* table_;

@@ -88,7 +88,9 @@ Named::Named(const CSVRow& header, std::string_view text, const CSVDelimiter& de
       columnsByName_(header.size()),
       hasColumns_(loadColumns) {
   std::iota(columnsByName_.begin(), columnsByName_.end(), 0U);
-  std::ranges::stable_sort(columnsByName_, {}, [&](std::uint32_t place) { return header[place]; });
+  std::ranges::sort(columnsByName_, {}, [&](std::uint32_t place) {
+    return std::pair<std::string_view, std::uint32_t>(header[place], place);
+  });
 }
 
 std::vector<std::uint32_t>::const_iterator Named::firstNamed(std::string_view name) const {

@@ -111,12 +111,15 @@ class Named {
   /// The value of each row under one name, empty where it has none.
   class Column {
    public:
+    using value_type = std::string_view;
+    using const_iterator = IndexIterator<Column>;
+
     [[nodiscard]] std::size_t size() const { return view_->rows_.size(); }
     [[nodiscard]] std::string_view operator[](std::size_t rowIndex) const {
       return view_->rows()[rowIndex][name_].value_or(std::string_view());
     }
-    [[nodiscard]] IndexIterator<Column> begin() const { return {this, 0}; }
-    [[nodiscard]] IndexIterator<Column> end() const { return {this, size()}; }
+    [[nodiscard]] const_iterator begin() const { return {this, 0}; }
+    [[nodiscard]] const_iterator end() const { return {this, size()}; }
 
    private:
     friend class Named;

@@ -40,4 +40,7 @@ class TextEncodingError : public ErrorValue<TextEncodingError> {
 /// TextEncodingError. Any thread.
 [[nodiscard]] std::string encodedText(std::string text, TextEncoding encoding);
 
+/// `text`, which is UTF-8, without the mark U+FEFF at its start.
+[[nodiscard]] std::string withoutByteOrderMark(std::string text);
+
 }  // namespace corvane
