@@ -27,7 +27,7 @@ enum class SampleMarketFault {
   tooManyRequests,    ///< 429, with a Retry-After header
   serverError,        ///< 500
   truncatedJSON,      ///< the first half of the body, as if it were all
-  malformedJSON,      ///< a body with a comma too many
+  malformedJSON,      ///< a body whose last comma is a semicolon
   nullBars,           ///< every second bar of a chart is empty
   staleCrumb          ///< expires the crumb, which a request for details then fails for with 401
 };

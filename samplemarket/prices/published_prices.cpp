@@ -9,7 +9,6 @@ namespace {
 
 __extension__ using Wide = __int128;
 
-constexpr std::int64_t publishedUnitsPerTick = 10000;
 constexpr std::int64_t wholePrice = 1000000000000;
 constexpr std::size_t afterAll = std::numeric_limits<std::size_t>::max();
 
@@ -77,7 +76,7 @@ const SplitRatio& PublishedPrices::sharesAfter(std::size_t session) const {
 
 std::int64_t PublishedPrices::price(std::int64_t ticks, std::size_t session) const {
   const SplitRatio& shares = sharesAfter(session);
-  return nearest(Wide{ticks} * publishedUnitsPerTick * shares.denominator, shares.numerator);
+  return nearest(Wide{ticks} * unitsPerTick * shares.denominator, shares.numerator);
 }
 
 std::int64_t PublishedPrices::volume(std::int64_t shares, std::size_t session) const {

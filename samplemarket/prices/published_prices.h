@@ -29,6 +29,9 @@ struct PublishedBar {
 /// outlive it.
 class PublishedPrices {
  public:
+  /// Of a published price, which needs more digits than a traded one.
+  static constexpr std::int64_t unitsPerTick = 10000;
+
   PublishedPrices(const DailyHistory& history, std::size_t last);
 
   /// Digits after the point of a published price: enough for all but thirds and the like.

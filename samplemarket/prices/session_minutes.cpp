@@ -114,16 +114,11 @@ std::vector<std::int64_t> volumePath(std::int64_t volume, const Noise& noise, in
   return weights;
 }
 
-/// What is left of a bar that runs until `now`.
-PublishedBar cutOff(PublishedBar bar, std::int64_t now) {
-  const std::int64_t elapsed = now - bar.time;
-  if (elapsed < secondsPerMinute) {
-    bar.close = bar.open + (bar.close - bar.open) * elapsed / secondsPerMinute;
-    bar.high = std::max(bar.open, bar.close);
-    bar.low = std::min(bar.open, bar.close);
-    bar.volume = bar.volume * elapsed / secondsPerMinute;
-  }
-  return bar;
+/// Where a price or a volume that goes from `start` to `end` in the minute from `time` on has come
+/// by `now`.
+std::int64_t reached(std::int64_t now, std::int64_t time, std::int64_t start, std::int64_t end) {
+  const std::int64_t elapsed = std::min(now - time, secondsPerMinute);
+  return start + (end - start) * elapsed / secondsPerMinute;
 }
 
 bool isQuiet(const Instrument& instrument, const Noise& noise, int minute) {
@@ -155,17 +150,18 @@ std::vector<PublishedBar> thinMinutes(const DailyHistory& history, const Publish
   walkBetween(path, {0, from.price * fraction}, {minutes, target * fraction}, noise, steps,
               std::max<std::int64_t>(from.price * fraction / 20000, 1), 1);
   const auto priceAt = [&](std::size_t minute) {
-    return published.price(std::max<std::int64_t>(1, roundedToTicks(path[minute])), session);
+    return std::max<std::int64_t>(1, roundedToTicks(path[minute]));
   };
   for (std::size_t minute = 0; minute < bars.size(); ++minute) {
     if (noise.uniform(trades, static_cast<std::int64_t>(minute), 100) < 30) {
       PublishedBar& bar = bars[minute];
+      const std::int64_t open = priceAt(minute);
+      const std::int64_t close = reached(now, bar.time, open, priceAt(minute + 1));
       bar.hasTrades = true;
-      bar.open = priceAt(minute);
-      bar.close = priceAt(minute + 1);
+      bar.open = published.price(open, session);
+      bar.close = published.price(close, session);
       bar.high = std::max(bar.open, bar.close);
       bar.low = std::min(bar.open, bar.close);
-      bar = cutOff(bar, now);
     }
   }
   return bars;
@@ -205,19 +201,20 @@ std::vector<PublishedBar> sessionMinutes(const DailyHistory& history,
     }
     const auto place = static_cast<std::size_t>(minute);
     const std::int64_t open = path.prices[place];
-    const std::int64_t close = path.prices[place + 1];
-    const std::int64_t up = std::abs(noise.normal(upperWick, minute, wick));
-    const std::int64_t down = std::abs(noise.normal(lowerWick, minute, wick));
-    const std::int64_t volumeByEnd = published.volume(volumes[place + 1], session);
-    bars[i] =
-        cutOff({.time = bars[i].time,
-                .hasTrades = true,
-                .open = published.price(open, session),
-                .high = published.price(std::min(std::max(open, close) + up, day.high), session),
-                .low = published.price(std::max(std::min(open, close) - down, day.low), session),
-                .close = published.price(close, session),
-                .volume = volumeByEnd - countedVolume},
-               now);
+    const std::int64_t close = reached(now, bars[i].time, open, path.prices[place + 1]);
+    // The running minute has no wicks yet, so that a bar only ever grows.
+    const bool isRunning = now - bars[i].time < secondsPerMinute;
+    const std::int64_t up = isRunning ? 0 : std::abs(noise.normal(upperWick, minute, wick));
+    const std::int64_t down = isRunning ? 0 : std::abs(noise.normal(lowerWick, minute, wick));
+    const std::int64_t volumeByEnd =
+        published.volume(reached(now, bars[i].time, volumes[place], volumes[place + 1]), session);
+    bars[i] = {.time = bars[i].time,
+               .hasTrades = true,
+               .open = published.price(open, session),
+               .high = published.price(std::min(std::max(open, close) + up, day.high), session),
+               .low = published.price(std::max(std::min(open, close) - down, day.low), session),
+               .close = published.price(close, session),
+               .volume = volumeByEnd - countedVolume};
     countedVolume = volumeByEnd;
   }
   return bars;

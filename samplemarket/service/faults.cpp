@@ -71,7 +71,7 @@ Answer spoiled(Answer answer, const SampleMarketFaultRule& rule) {
       return answer;
     case Fault::malformedJSON:
       if (const auto comma = answer.body.rfind(','); comma != std::string::npos) {
-        answer.body.insert(comma, ",");
+        answer.body[comma] = ';';
       }
       return answer;
     case Fault::slowAnswer:

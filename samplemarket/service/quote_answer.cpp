@@ -122,9 +122,8 @@ class QuoteFields {
       addRange("regularMarketDayRange", today.low, today.high);
       add("regularMarketVolume", today.volume);
     }
-    const std::int64_t spread = view_.lastPrice() / 5000;
-    addPrice("bid", view_.lastPrice() - spread);
-    addPrice("ask", view_.lastPrice() + spread);
+    addPrice("bid", view_.lastPrice());
+    addPrice("ask", view_.lastPrice() + PublishedPrices::unitsPerTick);
     add("bidSize", 8);
     add("askSize", 11);
   }

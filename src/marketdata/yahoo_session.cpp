@@ -58,8 +58,8 @@ YahooSession::YahooSession(YahooService service)
       session_(callbackQueue_, {{"User-Agent", service_.userAgent}}) {}
 
 YahooSession::~YahooSession() {
-  for (auto& [id, waiting] : waiting_) {
-    callbackQueue_->async([waiting = std::move(waiting)]() mutable {
+  for (auto& entry : waiting_) {
+    callbackQueue_->async([waiting = std::move(entry.second)]() mutable {
       waiting.completion(failure(
           URLError(URLError::Code::cancelled, waiting.request.url, "the session has ended")));
     });

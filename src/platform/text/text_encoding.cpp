@@ -1,6 +1,5 @@
 #include "platform/text/text_encoding.h"
 
-#include <simdjson.h>
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
@@ -8,6 +7,7 @@
 #include <memory>
 
 #include "platform/text/icu_text.h"
+#include "platform/text/utf8.h"
 
 namespace corvane {
 namespace {
@@ -39,10 +39,6 @@ Converter converterFor(TextEncoding encoding) {
 /// ICU counts in 32 bits.
 constexpr std::size_t longestConversion = std::numeric_limits<std::int32_t>::max() / 4;
 
-bool isUtf8(std::string_view text) {
-  return simdjson::validate_utf8(text.data(), text.size());
-}
-
 }  // namespace
 
 std::optional<std::string> TextEncodingError::description() const {
@@ -60,7 +56,7 @@ std::optional<std::string> TextEncodingError::recoverySuggestion() const {
 std::string decodedText(std::string bytes, TextEncoding encoding) {
   const TextEncodingError failure(encoding, true);
   if (encoding == TextEncoding::utf8) {
-    return isUtf8(bytes) ? std::move(bytes) : throw failure;
+    return isUTF8(bytes) ? std::move(bytes) : throw failure;
   }
   if (bytes.size() > longestConversion) {
     throw failure;
@@ -74,7 +70,7 @@ std::string decodedText(std::string bytes, TextEncoding encoding) {
 
 std::string encodedText(std::string text, TextEncoding encoding) {
   const TextEncodingError failure(encoding, false);
-  if (!isUtf8(text)) {
+  if (!isUTF8(text)) {
     throw failure;
   }
   if (encoding == TextEncoding::utf8) {
