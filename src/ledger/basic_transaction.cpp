@@ -11,19 +11,19 @@ std::string text(const CurrencyAmount& amount) {
 
 struct DescribeKind {
   std::string operator()(const BasicTransaction::Trade& trade) const {
-    return "trade of " + trade.sharesAdded.description() + " " + trade.equity->symbol + " for " +
+    return "trade of " + trade.sharesAdded.description() + " " + trade.equity->id() + " for " +
            text(trade.cashDisposed);
   }
   std::string operator()(const BasicTransaction::Split& split) const {
-    return "split of " + split.priorShares.description() + " " + split.equity->symbol + " into " +
+    return "split of " + split.priorShares.description() + " " + split.equity->id() + " into " +
            split.netShares.description();
   }
   std::string operator()(const BasicTransaction::JournaledShares& journaled) const {
-    return "journaled " + journaled.sharesAdded.description() + " " + journaled.equity->symbol;
+    return "journaled " + journaled.sharesAdded.description() + " " + journaled.equity->id();
   }
   std::string operator()(const BasicTransaction::Yield& yield) const {
     return std::string(displayName(yield.type)) + " of " + text(yield.netAmount) + " from " +
-           yield.equity->symbol;
+           yield.equity->id();
   }
   std::string operator()(const BasicTransaction::Transfer& transfer) const {
     return "transfer of " + text(transfer.amount);

@@ -83,7 +83,8 @@ struct BasicTransaction {
   [[nodiscard]] const Currency* currency() const;
 
   /// One line for messages and logs: the trade date, the settlement date in parentheses, what
-  /// happened. The dates are those of UTC, so that the text says which instant is meant.
+  /// happened. The dates are those of UTC, so that the text says which instant is meant. Equities
+  /// go by their ids, which never change, so that any thread may ask.
   [[nodiscard]] std::string description() const;
 
   friend bool operator==(const BasicTransaction&, const BasicTransaction&) = default;

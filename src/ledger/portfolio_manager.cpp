@@ -158,10 +158,18 @@ void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
 
 Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
                                                   const PortfolioPointer& portfolio,
-                                                  const UndoManagerPointer& undoManager) {
+                                                  const UndoManagerPointer& undoManager,
+                                                  const RecordingObserver& observer) {
   if (basics.empty()) {
     return {};
   }
+  std::size_t recordedCount = 0;
+  const auto rowRecorded = [&] {
+    ++recordedCount;
+    if (observer) {
+      observer(recordedCount);
+    }
+  };
   const BasicTransaction first = basics.front();
   Transactions recorded;
   recorded.reserve(basics.size());
@@ -172,9 +180,9 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
         // one another at the end of the ledger are walked together: it comes to the same, in linear
         // time.
         std::size_t unwalked = edit.rows().size();
-        const auto walkRest = [&](std::size_t start) {
+        const auto walkRest = [&](std::size_t start, const std::function<void()>& rowDerived) {
           if (start < edit.rows().size()) {
-            TransactionSet rows = recalculateLedger(start, portfolio);
+            TransactionSet rows = walkLedger(start, portfolio, rowDerived);
             changed.empty() ? changed.swap(rows) : changed.merge(rows);
           }
           unwalked = edit.rows().size();
@@ -183,16 +191,17 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
           const std::size_t position = positionByDate(basic.settlementDate, edit.rows());
           const bool isLast = position == edit.rows().size();
           if (!isLast) {
-            walkRest(unwalked);
+            walkRest(unwalked, rowRecorded);
           }
           recorded.push_back(
               recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
           edit.insert(position, recorded.back());
           if (!isLast) {
-            walkRest(position);
+            walkRest(position, nullptr);
+            rowRecorded();
           }
         }
-        walkRest(unwalked);
+        walkRest(unwalked, rowRecorded);
         edited.placed = recorded;
         return changed;
       });
@@ -384,7 +393,8 @@ void PortfolioManager::changeAsOne(const PortfolioPointer& portfolio,
 }
 
 TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
-                                            const PortfolioPointer& portfolio) {
+                                            const PortfolioPointer& portfolio,
+                                            const std::function<void()>& rowDerived) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
   portfolio->lastWalkStart_ = {startIndex, walkStart(startIndex, portfolio)};
@@ -406,6 +416,9 @@ TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
       // Only the last row of a year leaves a snapshot behind, so that no row copies the balances.
       if (i + 1 == rows.size() || years.yearOf(rows[i + 1]->settlementDate()) != year) {
         snapshots.insert_or_assign(year, walk.state());
+      }
+      if (rowDerived) {
+        rowDerived();
       }
     }
     for (const LedgerWalk::Before& before : walk.dirtyRows()) {

@@ -103,11 +103,16 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// Throws PortfolioManagerError::InvalidPortfolio where the portfolio is not this manager's.
   virtual void removePortfolio(const PortfolioPointer& portfolio);
 
+  /// Told of a recording under way how many of the transactions stand in the ledger by now, after
+  /// each, on the thread of the edit. What it throws ends the recording, which is taken back.
+  using RecordingObserver = std::function<void(std::size_t recordedCount)>;
+
   /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
   /// new rows in the order given. Recording nothing changes nothing.
   virtual Transactions recordTransactions(std::vector<BasicTransaction> basics,
                                           const PortfolioPointer& portfolio,
-                                          const UndoManagerPointer& undoManager);
+                                          const UndoManagerPointer& undoManager,
+                                          const RecordingObserver& observer = nullptr);
 
   /// Gives each subject its revision. Without `neighbours` a row whose settlement date stays keeps
   /// its place, and another goes behind all rows of its new date.
@@ -227,7 +232,9 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
                             Change change);
   /// Lets keepEdit run `change`, and takes back what its walks have done when that throws.
   void changeLedger(const PortfolioPointer& portfolio, const std::function<EditedRows()>& change);
-  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
+  /// `rowDerived` is called after each row, once it has its balances; null for nothing.
+  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio,
+                            const std::function<void()>& rowDerived = nullptr);
   /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
   /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
   /// ledger still counts the deleted rows.

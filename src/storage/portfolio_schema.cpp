@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "storage/storage_transaction.h"
+#include "platform/data/sqlite_transaction.h"
 
 namespace corvane {
 namespace {

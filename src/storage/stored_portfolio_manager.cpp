@@ -9,10 +9,10 @@
 #include <string_view>
 
 #include "ledger/calendar_years.h"
+#include "platform/data/sqlite_transaction.h"
 #include "storage/ledger_reader.h"
 #include "storage/ledger_writer.h"
 #include "storage/portfolio_schema.h"
-#include "storage/storage_transaction.h"
 
 namespace corvane {
 namespace {

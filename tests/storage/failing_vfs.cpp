@@ -35,10 +35,10 @@ sqlite3_file* real(sqlite3_file* file) {
   return static_cast<File*>(file)->real();
 }
 
-// Without the operations on shared memory: an exclusive lock does without them.
+// Operations on shared memory are passed on and never fail.
 const sqlite3_io_methods methods = [] {
   sqlite3_io_methods made = {};
-  made.iVersion = 1;
+  made.iVersion = 2;
   made.xClose = [](sqlite3_file* file) { return real(file)->pMethods->xClose(real(file)); };
   made.xRead = [](sqlite3_file* file, void* bytes, int count, sqlite3_int64 at) {
     return real(file)->pMethods->xRead(real(file), bytes, count, at);
@@ -74,6 +74,17 @@ const sqlite3_io_methods methods = [] {
   };
   made.xDeviceCharacteristics = [](sqlite3_file* file) {
     return real(file)->pMethods->xDeviceCharacteristics(real(file));
+  };
+  made.xShmMap = [](sqlite3_file* file, int region, int size, int mayExtend,
+                    void volatile** memory) {
+    return real(file)->pMethods->xShmMap(real(file), region, size, mayExtend, memory);
+  };
+  made.xShmLock = [](sqlite3_file* file, int offset, int count, int flags) {
+    return real(file)->pMethods->xShmLock(real(file), offset, count, flags);
+  };
+  made.xShmBarrier = [](sqlite3_file* file) { real(file)->pMethods->xShmBarrier(real(file)); };
+  made.xShmUnmap = [](sqlite3_file* file, int mayDelete) {
+    return real(file)->pMethods->xShmUnmap(real(file), mayDelete);
   };
   return made;
 }();

@@ -19,18 +19,22 @@ class RefreshingProvider : public QuoteProvider {
  public:
   std::vector<std::set<std::string>> refreshes;  ///< the ids of each call
   bool fails = false;
-  std::size_t ended = 0;  ///< whose completions have returned
+  bool isSlow = false;  ///< keeps its answers
+  std::vector<DispatchQueue::Work> answers;
 
   void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override {
     auto& ids = refreshes.emplace_back();
     for (const auto& equity : equities) {
       ids.insert(equity->id());
     }
-    DispatchQueue::global()->async([this, fails = fails,
-                                    completion = std::move(completion)]() mutable {
+    auto answer = [fails = fails, completion = std::move(completion)]() mutable {
       completion(fails ? QuoteProviderError(QuoteProviderError::NotAvailable{}).copy() : nullptr);
-      DispatchQueue::main()->async([this] { ++ended; });
-    });
+    };
+    if (isSlow) {
+      answers.emplace_back(std::move(answer));
+    } else {
+      DispatchQueue::global()->async(std::move(answer));
+    }
   }
 };
 
@@ -162,9 +166,12 @@ TEST_F(WatchlistManagerTest, AChangeOfTheDataSourceAndANewDocumentRefreshAtOnce)
 }
 
 TEST_F(WatchlistManagerTest, NothingIsPostedOnceTheManagerIsGone) {
+  provider->isSlow = true;
   auto manager = start();
   manager.reset();
-  waitFor([&] { return provider->ended == 2; });
+  for (auto& answer : provider->answers) {
+    answer();
+  }
   NotificationCenter::defaultCenter().post("AppDelegate.quoteDataSourceChanged", nullptr);
   MainLoop::drain();
   EXPECT_EQ(provider->refreshes.size(), 2U);

@@ -1,4 +1,4 @@
-// The one rule by which the portfolio database is written.
+// The one rule by which the databases are written.
 #pragma once
 
 #include "platform/data/sqlite.h"

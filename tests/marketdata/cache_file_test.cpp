@@ -1,0 +1,87 @@
+// The file of the cache: a new one, older and newer ones, and what is no cache at all.
+
+#include "marketdata/cache_world.h"
+#include "platform/system/file_manager.h"
+
+namespace corvane {
+
+/// A source at the top of the program's own namespace, where the real ones are.
+class NamedQuoteProvider : public QuoteProvider {};
+
+namespace testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+const std::string versionAndTables =
+    "SELECT group_concat(name), (SELECT user_version FROM pragma_user_version) "
+    "FROM (SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name)";
+const std::string presentFile = "coverage,equities,events,quotes|4";
+
+/// Makes a database with `script` before a cache is opened on it.
+std::filesystem::path fileMadeBy(const TemporaryFolder& folder, const std::string& script) {
+  const auto file = folder / "made.sqlite3";
+  SQLiteDatabase(file, SQLiteDatabase::Mode::create).executeScript(script);
+  return file;
+}
+
+TEST(CacheFile, IsMadeWithItsTables) {
+  const CacheWorld world;
+  EXPECT_EQ(world.rows(versionAndTables), presentFile);
+  EXPECT_EQ(world.rows("PRAGMA journal_mode"), "wal");
+}
+
+TEST(CacheFile, OfAnOlderVersionLosesItsData) {
+  const TemporaryFolder folder;
+  const auto file =
+      fileMadeBy(folder,
+                 "CREATE TABLE equities (id INTEGER PRIMARY KEY, identifier CHAR);"
+                 "CREATE TABLE quotes (id INTEGER PRIMARY KEY,"
+                 "  equityId INTEGER NOT NULL REFERENCES equities ON DELETE CASCADE);"
+                 "CREATE TABLE quoteCoverage (id INTEGER PRIMARY KEY);"
+                 "INSERT INTO equities VALUES (1, 'ABC'); INSERT INTO quotes VALUES (1, 1);"
+                 "PRAGMA user_version = 2;");
+  const CacheWorld world(file);
+  EXPECT_EQ(world.rows(versionAndTables), presentFile);
+  EXPECT_EQ(world.rows("SELECT * FROM equities"), "");
+}
+
+TEST(CacheFile, OfANewerVersionIsUsedAsItIs) {
+  CacheWorld world;
+  world.cover(daily(marketNominal), range(0, 10));
+  world.tamper("CREATE TABLE more (id INTEGER); PRAGMA user_version = 5;");
+  world.open();
+  EXPECT_EQ(world.rows("SELECT user_version FROM pragma_user_version"), "5");
+  EXPECT_EQ(world.rows("SELECT fromDate, toDate FROM coverage"), "0|10");
+}
+
+TEST(CacheFile, ThatCannotBeMigratedIsRefusedAndLeftAlone) {
+  const TemporaryFolder folder;
+  const auto file = fileMadeBy(folder, "CREATE TABLE quotes (text CHAR);");
+  const ErrorPointer error = errorOf([&] { CacheQuoteProvider cache(file); });
+  ASSERT_NE(error, nullptr);
+  EXPECT_THAT(error->description().value(), HasSubstr("table quotes already exists"));
+  SQLiteDatabase other(file, SQLiteDatabase::Mode::readOnly);
+  SQLiteStatement row = other.query(versionAndTables);
+  ASSERT_TRUE(row.step());
+  EXPECT_EQ(row.text(0), "quotes");
+  EXPECT_EQ(row.integer(1), 0);
+}
+
+TEST(CacheFile, ThatIsNoDatabaseOrCannotBeReachedIsRefused) {
+  const TemporaryFolder folder;
+  const std::string text(4096, 'x');
+  writeText(folder / "text", text);
+  EXPECT_NE(errorOf([&] { CacheQuoteProvider cache(folder / "text"); }), nullptr);
+  EXPECT_EQ(readText(folder / "text"), text);
+  EXPECT_NE(errorOf([&] { CacheQuoteProvider cache(folder / "missing" / "cache"); }), nullptr);
+}
+
+TEST(CacheFile, HasItsPlaceUnderTheNameOfTheSource) {
+  EXPECT_EQ(CacheQuoteProvider::defaultLocation(NamedQuoteProvider()),
+            files::cachesDirectory() / "NamedQuoteProviderCache.sqlite3");
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace corvane
