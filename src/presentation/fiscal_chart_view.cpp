@@ -3,7 +3,7 @@
 #include <array>
 
 #include "platform/text/date_formatter.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 
 namespace corvane {
 namespace {

@@ -7,7 +7,7 @@
 #include "core/decimal_number_formatter.h"
 #include "ledger/portfolio_manager.h"
 #include "platform/text/date_formatter.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 
 namespace corvane {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "platform/text/duration_formatter.h"
 #include "presentation/day_text.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 #include "presentation/table_text.h"
 
 namespace corvane {

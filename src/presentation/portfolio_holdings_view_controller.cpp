@@ -5,7 +5,7 @@
 
 #include "core/decimal_number_formatter.h"
 #include "presentation/day_text.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 #include "presentation/table_text.h"
 
 namespace corvane {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/overloaded.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 #include "presentation/notification_info.h"
 #include "presentation/performance_warning.h"
 #include "presentation/portfolio_chart.h"
@@ -168,8 +168,10 @@ void PortfolioViewController::refreshHeading() {
   heading_.summary = AttributedText("(").append(Formatting::gainText(*valuation)).append(")");
   const EquityPointer stalest = stalestEquity(snapshot);
   if (stalest != nullptr && stalest->recentDate) {
-    heading_.summary.append(
-        " as of " + Formatting::equityDateFormatter(*stalest).string(*stalest->recentDate) + ".");
+    heading_.summary.append(" as of " +
+                            Formatting::equityDateFormatter(*stalest, *surroundings_.defaults)
+                                .string(*stalest->recentDate) +
+                            ".");
   }
 }
 

@@ -5,7 +5,7 @@
 
 #include "core/decimal_number_formatter.h"
 #include "ledger/portfolio_manager.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 
 namespace corvane {
 namespace {

@@ -8,7 +8,7 @@
 #include "core/portfolio_asset.h"
 #include "platform/overloaded.h"
 #include "platform/text/date_formatter.h"
-#include "presentation/interim_formatting.h"
+#include "presentation/formatting.h"
 #include "presentation/table_text.h"
 
 namespace corvane {

@@ -66,6 +66,7 @@ class PortfolioViewControllerTest : public PortfolioScreenWorld {
     on(day(2021, 3, 1));
     record(
         {deposit("1000"), depositDollars("500"), buy("10", "50"), buyForeign("20", "100", "200")});
+    MainLoop::drain();
   }
 
   std::shared_ptr<PortfolioViewController> screen = PortfolioViewController::make(surroundings);
