@@ -3,8 +3,8 @@
 
 #include <optional>
 
+#include "ledger/portfolio_data_slice.h"
 #include "ledger/portfolio_manager.h"
-#include "presentation/portfolio_data_slice.h"
 
 namespace corvane {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "core/portfolio_asset.h"
+#include "ledger/portfolio_data_slice.h"
 #include "presentation/fiscal_chart_view.h"
-#include "presentation/portfolio_data_slice.h"
 
 namespace corvane {
 
