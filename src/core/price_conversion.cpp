@@ -179,8 +179,8 @@ class EventWalk {
 /// Leaves of `events` those from the first to the last date of `like`, which is not empty.
 void keepDatesOf(const std::vector<EquityEvent>& like, std::vector<EquityEvent>& events) {
   const auto [first, last] = std::ranges::minmax_element(like, {}, &EquityEvent::date);
-  std::erase_if(events, [first = first->date, last = last->date](const EquityEvent& event) {
-    return event.date < first || last < event.date;
+  std::erase_if(events, [from = first->date, to = last->date](const EquityEvent& event) {
+    return event.date < from || to < event.date;
   });
 }
 

@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "core/price_adjuster.h"
 #include "marketdata/yahoo_answers.h"
 #include "marketdata/yahoo_loopback_service.h"
@@ -36,12 +39,16 @@ class YahooQuoteProviderTest : public ::testing::Test {
   static Outcome await(Start start) {
     auto outcome = std::make_shared<std::optional<Outcome>>();
     auto isDone = std::make_shared<std::atomic<int>>(0);
-    start([outcome, isDone](auto result) {
+    auto isStarting = std::make_shared<bool>(true);
+    const auto caller = std::this_thread::get_id();
+    start([isStarting, caller, outcome, isDone](auto result) {
       EXPECT_EQ(isDone->load(), 0) << "completed twice";
+      EXPECT_FALSE(std::this_thread::get_id() == caller && *isStarting)
+          << "completed before the call returned";
       *outcome = std::move(result);
       ++*isDone;
     });
-    EXPECT_EQ(isDone->load(), 0) << "completed before the call returned";
+    *isStarting = false;
     if (!MainLoop::runUntil([&] { return isDone->load() > 0; }, deadline)) {
       ADD_FAILURE() << "no answer came";
       std::abort();
