@@ -1,0 +1,11 @@
+#include "platform/text/letter_case.h"
+
+#include "platform/text/icu_text.h"
+
+namespace corvane {
+
+std::string uppercased(std::string_view text) {
+  return toUtf8(toIcu(text).toUpper(icu::Locale::getRoot()));
+}
+
+}  // namespace corvane
