@@ -1,0 +1,183 @@
+#include "storage/watchlist_manager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "ledger/ledger_builder.h"
+
+namespace corvane::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using namespace std::chrono_literals;
+
+/// Answers refreshes on a background queue, with an error where it is told to.
+class RefreshingProvider : public QuoteProvider {
+ public:
+  std::vector<std::set<std::string>> refreshes;  ///< the ids of each call
+  bool fails = false;
+  bool isSlow = false;  ///< keeps its answers
+  std::vector<DispatchQueue::Work> answers;
+
+  void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override {
+    auto& ids = refreshes.emplace_back();
+    for (const auto& equity : equities) {
+      ids.insert(equity->id());
+    }
+    auto answer = [fails = fails, completion = std::move(completion)]() mutable {
+      completion(fails ? QuoteProviderError(QuoteProviderError::NotAvailable{}).copy() : nullptr);
+    };
+    if (isSlow) {
+      answers.emplace_back(std::move(answer));
+    } else {
+      DispatchQueue::global()->async(std::move(answer));
+    }
+  }
+};
+
+/// A workspace with one portfolio that holds "HELD" and "BOTH" and a watchlist of "BOTH" and
+/// "WATCHED", and a count of what is posted.
+class WatchlistManagerTest : public ::testing::Test {
+ protected:
+  using WatchedIds = std::set<std::string>;
+
+  WatchlistManagerTest() {
+    model->portfolioManagers = {portfolioManager};
+    portfolio = portfolioManager->createPortfolio(Currency::cad());
+    portfolioManager->recordTransactions(
+        {make.deposit("1000"), purchase(equity("HELD")), purchase(equity("BOTH"))}, portfolio,
+        nullptr);
+    model->watchlistEquities = {equity("BOTH"), equity("WATCHED")};
+    auto& center = NotificationCenter::defaultCenter();
+    watchlistObserver = center.addObserver(
+        std::string(WatchlistManager::didRefreshWatchlistEquities), nullptr,
+        [this](const Notification& news) {
+          WatchedIds ids;
+          for (const auto& each : std::any_cast<EquitySet>(news.userInfo.at("equities"))) {
+            ids.insert(each->id());
+          }
+          watchlistNews.push_back(ids);
+        },
+        DispatchQueue::main());
+    portfolioObserver = center.addObserver(
+        std::string(WatchlistManager::didRefreshPortfolioEquities), nullptr,
+        [this](const Notification& news) {
+          portfolioNews.push_back(
+              std::any_cast<std::vector<PortfolioPointer>>(news.userInfo.at("portfolios")));
+        },
+        DispatchQueue::main());
+  }
+
+  EquityPointer equity(const std::string& id) {
+    const auto found = provider->equityWithId(id);
+    found->currency = Currency::cad();
+    found->recentPrice = Decimal(10);
+    return found;
+  }
+
+  std::shared_ptr<WatchlistManager> start(WatchlistManager::Intervals intervals = {
+                                              .watchlistRefreshInterval = 1h,
+                                              .portfolioRefreshInterval = 1h}) {
+    return WatchlistManager::start([this] { return openModels; }, intervals);
+  }
+
+  static void waitFor(const std::function<bool()>& holds) {
+    ASSERT_TRUE(MainLoop::runUntil(holds, 20s));
+  }
+
+  BasicTransaction purchase(const EquityPointer& what) {
+    return make.make(BasicTransaction::Trade{what, Ledger::cad("10"), dec("10"), dec("1")});
+  }
+
+  Ledger make;
+  std::shared_ptr<RefreshingProvider> provider = std::make_shared<RefreshingProvider>();
+  std::shared_ptr<PortfolioManager> portfolioManager = std::make_shared<PortfolioManager>(provider);
+  std::shared_ptr<WorkspaceModel> model = std::make_shared<WorkspaceModel>();
+  std::vector<std::shared_ptr<WorkspaceModel>> openModels = {model};
+  PortfolioPointer portfolio;
+  std::vector<WatchedIds> watchlistNews;
+  std::vector<std::vector<PortfolioPointer>> portfolioNews;
+  NotificationCenter::Token watchlistObserver;
+  NotificationCenter::Token portfolioObserver;
+};
+
+TEST_F(WatchlistManagerTest, WhatIsWatchedIsNotRefreshedAgainForThePortfolios) {
+  const auto manager = start();
+  waitFor([&] { return !watchlistNews.empty() && !portfolioNews.empty(); });
+  EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"BOTH", "WATCHED"}, WatchedIds{"HELD"}));
+  EXPECT_THAT(watchlistNews, ElementsAre(WatchedIds{"BOTH", "WATCHED"}));
+  EXPECT_THAT(portfolioNews, ElementsAre(ElementsAre(portfolio)));
+}
+
+TEST_F(WatchlistManagerTest, TheTimersGoOnThroughFailuresAndWithoutDocuments) {
+  provider->fails = true;
+  const auto manager = start({.watchlistRefreshInterval = 10ms, .portfolioRefreshInterval = 10ms});
+  waitFor([&] { return provider->refreshes.size() >= 6 && portfolioNews.size() >= 2; });
+  EXPECT_THAT(watchlistNews, IsEmpty());
+
+  openModels.clear();
+  portfolioNews.clear();
+  waitFor([&] { return !portfolioNews.empty() && portfolioNews.back().empty(); });
+  const std::size_t before = provider->refreshes.size();
+  portfolioNews.clear();
+  waitFor([&] { return portfolioNews.size() >= 2; });
+  EXPECT_EQ(provider->refreshes.size(), before);
+}
+
+TEST_F(WatchlistManagerTest, EachProviderIsAskedOnceAndToldOfOnSuccess) {
+  const auto other = std::make_shared<RefreshingProvider>();
+  const auto failing = std::make_shared<RefreshingProvider>();
+  failing->fails = true;
+  auto lost = std::make_shared<QuoteProvider>();
+  for (const auto& [source, id] :
+       {std::pair<std::shared_ptr<QuoteProvider>, std::string>(other, "O"),
+        {failing, "F"},
+        {lost, "L"}}) {
+    model->watchlistEquities.push_back(source->equityWithId(id));
+  }
+  lost.reset();
+  const auto manager = start();
+  waitFor([&] { return watchlistNews.size() >= 2 && !portfolioNews.empty(); });
+  EXPECT_THAT(other->refreshes, ElementsAre(WatchedIds{"O"}));
+  EXPECT_THAT(failing->refreshes, ElementsAre(WatchedIds{"F"}));
+  const WatchedIds all = {"BOTH", "WATCHED", "O", "F", "L"};
+  EXPECT_THAT(watchlistNews, ElementsAre(all, all));
+}
+
+TEST_F(WatchlistManagerTest, AChangeOfTheDataSourceAndANewDocumentRefreshAtOnce) {
+  const auto manager = start();
+  waitFor([&] { return !watchlistNews.empty() && !portfolioNews.empty(); });
+  NotificationCenter::defaultCenter().post("AppDelegate.quoteDataSourceChanged", nullptr);
+  waitFor([&] { return watchlistNews.size() == 2 && portfolioNews.size() == 2; });
+
+  provider->refreshes.clear();
+  manager->refreshModel(model);
+  waitFor([&] { return portfolioNews.size() == 3; });
+  EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"HELD"}));
+
+  // What has just been refreshed for a document counts as fresh in the pass for the portfolios.
+  provider->refreshes.clear();
+  manager->refreshPortfolios();
+  waitFor([&] { return portfolioNews.size() == 4; });
+  EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"BOTH"}));
+}
+
+TEST_F(WatchlistManagerTest, NothingIsPostedOnceTheManagerIsGone) {
+  provider->isSlow = true;
+  auto manager = start();
+  manager.reset();
+  for (auto& answer : provider->answers) {
+    answer();
+  }
+  NotificationCenter::defaultCenter().post("AppDelegate.quoteDataSourceChanged", nullptr);
+  MainLoop::drain();
+  EXPECT_EQ(provider->refreshes.size(), 2U);
+  EXPECT_THAT(watchlistNews, IsEmpty());
+  EXPECT_THAT(portfolioNews, IsEmpty());
+}
+
+}  // namespace
+}  // namespace corvane::testing
