@@ -31,18 +31,18 @@ void PortfolioImport::importAction() {
   }
   const auto importer = PortfolioTransactionsImporter::make(screen_.lock()->currentData().portfolio,
                                                             surroundings_.defaults);
-  importExportController_ = ImportController::make(importer);
-  importExportController_->beginImport(window_,
-                                       [weakSelf = weak_from_this(), importer](bool hasImported) {
-                                         const auto self = weakSelf.lock();
-                                         if (self == nullptr) {
-                                           return;
-                                         }
-                                         if (hasImported) {
-                                           self->importDidEnd(*importer);
-                                         }
-                                         self->importExportController_ = nullptr;
-                                       });
+  const auto controller = ImportController::make(importer);
+  importExportController_ = controller;
+  controller->beginImport(window_, [weakSelf = weak_from_this(), importer](bool hasImported) {
+    const auto self = weakSelf.lock();
+    if (self == nullptr) {
+      return;
+    }
+    if (hasImported) {
+      self->importDidEnd(*importer);
+    }
+    self->importExportController_ = nullptr;
+  });
 }
 
 void PortfolioImport::importDidEnd(const PortfolioTransactionsImporter& importer) {

@@ -3,15 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <QAccessible>
-#include <QAction>
 #include <QComboBox>
-#include <QDialog>
 #include <QLineEdit>
 #include <QListView>
-#include <QMenu>
-#include <QMenuBar>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -19,6 +13,7 @@
 #include "desktop/desktop_world.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/window_driver.h"
 
 namespace corvane::testing {
 namespace {
@@ -26,72 +21,6 @@ namespace {
 using desktop::MainWindow;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-QAction* actionIn(const QMenu& menu, const QString& text) {
-  for (QAction* action : menu.actions()) {
-    if (action->text().remove(QLatin1Char('&')).startsWith(text)) {
-      return action;
-    }
-    if (action->menu() != nullptr) {
-      if (QAction* found = actionIn(*action->menu(), text)) {
-        return found;
-      }
-    }
-  }
-  return nullptr;
-}
-
-/// The menu item of `window` whose text starts with `text`; its menu is about to be shown.
-QAction* menuItem(const MainWindow& window, const QString& text) {
-  for (QAction* top : window.menuBar()->actions()) {
-    emit top->menu()->aboutToShow();
-    if (QAction* found = actionIn(*top->menu(), text)) {
-      return found;
-    }
-  }
-  ADD_FAILURE() << "no menu item " << text.toStdString();
-  return nullptr;
-}
-
-template <typename Dialog>
-Dialog* openDialog(const QWidget& window) {
-  for (Dialog* dialog : window.findChildren<Dialog*>()) {
-    if (dialog->isVisible()) {
-      return dialog;
-    }
-  }
-  return nullptr;
-}
-
-template <typename Widget>
-Widget* named(const QWidget& window, const QString& accessibleName) {
-  for (Widget* widget : window.findChildren<Widget*>()) {
-    if (widget->accessibleName() == accessibleName) {
-      return widget;
-    }
-  }
-  ADD_FAILURE() << "nothing is called " << accessibleName.toStdString();
-  return nullptr;
-}
-
-QPushButton* buttonWith(const QWidget& window, const QString& text) {
-  for (QPushButton* button : window.findChildren<QPushButton*>()) {
-    if (button->text().remove(QLatin1Char('&')) == text) {
-      return button;
-    }
-  }
-  ADD_FAILURE() << "no button " << text.toStdString();
-  return nullptr;
-}
-
-/// Presses `text` on the next alert that runs an event loop of its own.
-void answerNextAlert(const QString& text) {
-  QTimer::singleShot(0, qApp, [text] {
-    auto* alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    ASSERT_NE(alert, nullptr);
-    buttonWith(*alert, text)->click();
-  });
-}
 
 class MainWindowTest : public ::testing::Test {
  protected:

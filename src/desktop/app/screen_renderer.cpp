@@ -110,6 +110,8 @@ void ScreenRenderer::renderForms() {
   if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
     PortfolioViewController& portfolio = *frame.portfolioViewController;
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
+    render(QStringLiteral("panel-export"),
+           [&] { window_.workspaceView().portfolioExport().exportAction(); });
     render(QStringLiteral("form-new-transaction"), [&] { portfolio.createTransactionAction(); });
   }
 }

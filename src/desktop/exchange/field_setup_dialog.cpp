@@ -13,7 +13,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "desktop/exchange/transactions_accessory.h"
+#include "desktop/exchange/broker_accessory.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
 #include "desktop/look/theme.h"

@@ -1,8 +1,9 @@
 #include "desktop/portfolio/holdings_tab.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
-#include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -10,6 +11,12 @@
 #include "desktop/portfolio/table_view.h"
 
 namespace corvane::desktop {
+namespace {
+
+constexpr int leastPieWidth = 190;
+constexpr int mostPieWidth = 360;
+
+}  // namespace
 
 HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> controller,
                          QWidget* parent)
@@ -22,19 +29,16 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
   title_->setFont(theme::font(1, QFont::DemiBold));
   table_->setTable(adapter_, *controller_);
 
-  auto* split = new QSplitter(Qt::Horizontal);
-  split->setHandleWidth(1);
-  split->addWidget(table_);
-  split->addWidget(pie_);
-  split->setStretchFactor(0, 1);
-  split->setCollapsible(0, false);
-  split->setSizes({10000, pie_->sizeHint().width()});
+  auto* row = new QHBoxLayout;
+  row->setSpacing(spacing::narrow);
+  row->addWidget(table_, 1);
+  row->addWidget(pie_);
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
-  column->addWidget(split, 1);
+  column->addLayout(row, 1);
   controller_->changeHandler = [this] { showState(); };
   showState();
 }
@@ -48,6 +52,17 @@ void HoldingsTab::showState() {
   adapter_->reload();
   table_->setPlaceholderText(qtText(controller_->pie().noDataText));
   pie_->setPie(controller_->pie());
+  shareWidth();
+}
+
+void HoldingsTab::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  shareWidth();
+}
+
+void HoldingsTab::shareWidth() {
+  pie_->setFixedWidth(
+      std::clamp(width() - spacing::narrow - table_->neededWidth(), leastPieWidth, mostPieWidth));
 }
 
 }  // namespace corvane::desktop

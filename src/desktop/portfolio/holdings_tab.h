@@ -21,8 +21,13 @@ class HoldingsTab : public QWidget {
                        QWidget* parent = nullptr);
   ~HoldingsTab() override;
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
   void showState();
+  /// Gives the pie what the table can spare.
+  void shareWidth();
 
   std::shared_ptr<PortfolioHoldingsViewController> controller_;
   QLabel* title_;

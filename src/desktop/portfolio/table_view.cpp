@@ -158,6 +158,14 @@ void TableView::stretch() {
   setColumnWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
 }
 
+int TableView::neededWidth() const {
+  int width = stretchedColumnWidth_ + 2 * frameWidth();
+  for (int column = 0; column < horizontalHeader()->count(); ++column) {
+    width += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
+  }
+  return width;
+}
+
 void TableView::copySelectedRows() const {
   QStringList lines;
   QModelIndexList rows = selectionModel()->selectedRows();

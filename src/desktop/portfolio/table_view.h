@@ -42,6 +42,8 @@ class TableView : public QTableView {
   /// where there are many.
   void fitColumns();
   void copySelectedRows() const;
+  /// The width at which no column is cut short.
+  [[nodiscard]] int neededWidth() const;
 
   /// A text in the middle of a table that has no rows.
   void setPlaceholderText(const QString& text);

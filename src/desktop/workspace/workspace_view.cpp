@@ -31,6 +31,8 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       empty_(new QLabel),
       portfolio_(new PortfolioView(frame_->portfolioViewController)),
       import_(PortfolioImport::make(frame_->portfolioViewController, surroundings(),
+                                    std::make_shared<ExchangePanels>(this))),
+      export_(PortfolioExport::make(frame_->portfolioViewController, surroundings(),
                                     std::make_shared<ExchangePanels>(this))) {
   empty_->setAlignment(Qt::AlignCenter);
   empty_->setWordWrap(true);
@@ -126,6 +128,9 @@ void WorkspaceView::addExchangeActions(QMenu* menu) {
   importAction_ = menu->addAction(QStringLiteral("&Import Transactions…"));
   importAction_->setShortcut(Qt::CTRL | Qt::Key_I);
   connect(importAction_, &QAction::triggered, this, [this] { import_->importAction(); });
+  exportAction_ = menu->addAction(QStringLiteral("&Export…"));
+  exportAction_->setShortcut(Qt::CTRL | Qt::Key_E);
+  connect(exportAction_, &QAction::triggered, this, [this] { export_->exportAction(); });
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
 }
 
@@ -179,7 +184,9 @@ void WorkspaceView::updateActions() {
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   editPortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
   deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
-  importAction_->setEnabled(showsPortfolio && import_->canImport());
+  // An import or export that is under way refuses a second one by itself.
+  importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+  exportAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
 }
 

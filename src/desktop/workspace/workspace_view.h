@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "presentation/main_split_view_controller.h"
+#include "presentation/portfolio_export.h"
 #include "presentation/portfolio_import.h"
 #include "storage/workspace_document.h"
 
@@ -32,6 +33,8 @@ class WorkspaceView : public QWidget {
   void setDocumentModel(const std::weak_ptr<WorkspaceModel>& model);
   [[nodiscard]] MainSplitViewController& controller() { return *frame_; }
   [[nodiscard]] PortfolioView& portfolioView() { return *portfolio_; }
+
+  [[nodiscard]] PortfolioExport& portfolioExport() { return *export_; }
 
   /// Called when the document may count other changes than before.
   void setDocumentChangedHandler(std::function<void()> handler) {
@@ -60,7 +63,9 @@ class WorkspaceView : public QWidget {
   QLabel* empty_;
   PortfolioView* portfolio_;
   std::shared_ptr<PortfolioImport> import_;
+  std::shared_ptr<PortfolioExport> export_;
   QAction* importAction_ = nullptr;
+  QAction* exportAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
