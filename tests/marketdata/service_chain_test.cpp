@@ -252,12 +252,20 @@ TEST_F(ServiceChainTest, FetchesTheRatesOfCurrencies) {
     const auto back = provider->exchangeRateEquity(other, Currency::cad());
     ASSERT_EQ(refresh({there, back}), nullptr);
     EXPECT_EQ(there->currency, other);
-    const auto rates = fetch(there, now - 300 * day, now, QuoteInterval::oneDay).value();
-    const auto inverses = fetch(back, now - 300 * day, now, QuoteInterval::oneDay).value();
-    ASSERT_EQ(rates.quotes->size(), inverses.quotes->size());
-    for (std::size_t i = 0; i < rates.quotes->size(); ++i) {
-      const Decimal product = *(*rates.quotes)[i].close * *(*inverses.quotes)[i].close;
-      EXPECT_LT(abs(product - 1), Decimal::fromString("0.00001").value()) << there->id();
+    const auto closes = [&](const EquityPointer& pair) {
+      const auto result = fetch(pair, now - 300 * day, now, QuoteInterval::oneDay).value();
+      std::vector<Decimal> prices;
+      for (const Quote& quote : result.quotes.value()) {
+        prices.push_back(quote.close.value());
+      }
+      return prices;
+    };
+    const auto rates = closes(there);
+    const auto inverses = closes(back);
+    ASSERT_EQ(rates.size(), inverses.size());
+    for (std::size_t i = 0; i < rates.size(); ++i) {
+      EXPECT_LT(abs(rates[i] * inverses[i] - 1), Decimal::fromString("0.00001").value())
+          << there->id();
     }
   }
 }
