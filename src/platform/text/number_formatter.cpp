@@ -132,6 +132,26 @@ LocalizedNumberFormatter makeFormatter(const NumberFormatter& settings) {
                    .unitWidth(UNUM_UNIT_WIDTH_HIDDEN);
 }
 
+struct Separators {
+  std::string grouping;
+  std::string decimal;
+};
+
+/// Those of numbers, or of money, in `locale`. An import asks for them with every cell.
+const Separators& separatorsFor(const Locale& locale, bool isMoney) {
+  thread_local RecentCache<std::pair<Locale, bool>, Separators> separators;
+  return separators.get({locale, isMoney}, [](const auto& key) {
+    using Symbols = icu::DecimalFormatSymbols;
+    UErrorCode status = U_ZERO_ERROR;
+    const Symbols symbols(toIcu(key.first), status);
+    return Separators{
+        toUtf8(symbols.getSymbol(key.second ? Symbols::kMonetaryGroupingSeparatorSymbol
+                                            : Symbols::kGroupingSeparatorSymbol)),
+        toUtf8(symbols.getSymbol(key.second ? Symbols::kMonetarySeparatorSymbol
+                                            : Symbols::kDecimalSeparatorSymbol))};
+  });
+}
+
 LocalizedNumberFormatter& formatterFor(const NumberFormatter& settings) {
   thread_local RecentCache<NumberFormatter, LocalizedNumberFormatter> formatters;
   return formatters.get(settings, makeFormatter);
@@ -206,19 +226,11 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
 }
 
 std::string NumberFormatter::groupingSeparator() const {
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::DecimalFormatSymbols symbols(toIcu(locale), status);
-  return toUtf8(symbols.getSymbol(isCurrency(style)
-                                      ? icu::DecimalFormatSymbols::kMonetaryGroupingSeparatorSymbol
-                                      : icu::DecimalFormatSymbols::kGroupingSeparatorSymbol));
+  return separatorsFor(locale, isCurrency(style)).grouping;
 }
 
 std::string NumberFormatter::decimalSeparator() const {
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::DecimalFormatSymbols symbols(toIcu(locale), status);
-  return toUtf8(symbols.getSymbol(isCurrency(style)
-                                      ? icu::DecimalFormatSymbols::kMonetarySeparatorSymbol
-                                      : icu::DecimalFormatSymbols::kDecimalSeparatorSymbol));
+  return separatorsFor(locale, isCurrency(style)).decimal;
 }
 
 }  // namespace corvane
