@@ -1,4 +1,4 @@
-// The choice of portfolio and days that the tabs of a portfolio's screen show.
+// The choice of portfolio and days that a screen shows and an export writes.
 #pragma once
 
 #include <memory>

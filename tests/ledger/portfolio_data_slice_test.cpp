@@ -1,6 +1,6 @@
 // Which rows and which assets a choice of days comes to.
 
-#include "presentation/portfolio_data_slice.h"
+#include "ledger/portfolio_data_slice.h"
 
 #include "ledger/ledger_builder.h"
 

@@ -1,4 +1,4 @@
-#include "presentation/portfolio_data_slice.h"
+#include "ledger/portfolio_data_slice.h"
 
 #include <algorithm>
 #include <tuple>
