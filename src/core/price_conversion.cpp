@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 #include "platform/overloaded.h"
@@ -23,16 +25,28 @@ class SplitProduct {
       newShares_ = newShares_ * Decimal(ratio.numerator);
       oldShares_ = oldShares_ * Decimal(ratio.denominator);
     }
+    growth_ = quotientThatEnds(newShares_, oldShares_);
+    shrinkage_ = quotientThatEnds(oldShares_, newShares_);
   }
 
   [[nodiscard]] bool isOne() const { return newShares_ == oldShares_; }
 
   /// `value` of one share after the splits as that of one share before them, or the other way.
   [[nodiscard]] Decimal beforeSplits(const Decimal& value) const {
-    return value * newShares_ / oldShares_;
+    return growth_ ? value * *growth_ : value * newShares_ / oldShares_;
   }
   [[nodiscard]] Decimal afterSplits(const Decimal& value) const {
-    return value * oldShares_ / newShares_;
+    return shrinkage_ ? value * *shrinkage_ : value * oldShares_ / newShares_;
+  }
+
+  /// The shares that `shares` before the splits have become, or the other way, cut to whole ones.
+  [[nodiscard]] std::int64_t sharesAfterSplits(std::int64_t shares) const {
+    const auto whole = wholeQuotient(shares, numerator_, denominator_);
+    return whole ? *whole : beforeSplits(shares).integerValue();
+  }
+  [[nodiscard]] std::int64_t sharesBeforeSplits(std::int64_t shares) const {
+    const auto whole = wholeQuotient(shares, denominator_, numerator_);
+    return whole ? *whole : afterSplits(shares).integerValue();
   }
 
  private:
@@ -56,6 +70,30 @@ class SplitProduct {
     return true;
   }
 
+  /// `dividend` / `divisor` where that takes but a few digits; multiplying by it is several times
+  /// faster than dividing.
+  static std::optional<Decimal> quotientThatEnds(const Decimal& dividend, const Decimal& divisor) {
+    const auto isShort = [](const Decimal& value) { return value.mantissa() >> 63 == 0; };
+    const Decimal quotient = dividend / divisor;
+    // Short factors have an exact product.
+    const bool isExact = isShort(quotient) && isShort(divisor) && quotient * divisor == dividend;
+    return isExact ? std::optional(quotient) : std::nullopt;
+  }
+
+  /// `shares` × `numerator` / `denominator` towards zero; none where that is beyond what words hold
+  /// or where the product of the ratios is not exact.
+  [[nodiscard]] std::optional<std::int64_t> wholeQuotient(std::int64_t shares,
+                                                          Decimal::Mantissa numerator,
+                                                          Decimal::Mantissa denominator) const {
+    constexpr auto limit = std::numeric_limits<std::int64_t>::max();
+    Decimal::Mantissa product = 0;
+    if (!isExact_ || shares < 0 || __builtin_mul_overflow(numerator, shares, &product) ||
+        product / denominator > static_cast<Decimal::Mantissa>(limit)) {
+      return std::nullopt;
+    }
+    return static_cast<std::int64_t>(product / denominator);
+  }
+
   static std::uint64_t remainder(Decimal::Mantissa value, std::uint64_t divisor) {
     return static_cast<std::uint64_t>(value % divisor);
   }
@@ -65,6 +103,8 @@ class SplitProduct {
   bool isExact_ = true;
   Decimal newShares_ = 1;
   Decimal oldShares_ = 1;
+  std::optional<Decimal> growth_ = 1;     // new for old, where that ends after a few digits
+  std::optional<Decimal> shrinkage_ = 1;  // and old for new
 };
 
 /// The walk through the events from the newest to the oldest, with what those that have been passed
@@ -108,10 +148,8 @@ class EventWalk {
       }
     }
     if (quote.volume && direction_ != Direction::none && !splits_.isOne()) {
-      const Decimal shares = *quote.volume;
-      quote.volume = (direction_ == Direction::toNominal ? splits_.afterSplits(shares)
-                                                         : splits_.beforeSplits(shares))
-                         .integerValue();
+      quote.volume = direction_ == Direction::toNominal ? splits_.sharesBeforeSplits(*quote.volume)
+                                                        : splits_.sharesAfterSplits(*quote.volume);
     }
   }
 

@@ -6,6 +6,7 @@
 
 #include "core/currency_amount.h"
 #include "exchange/transactions_import_error.h"
+#include "platform/text/letter_case.h"
 #include "platform/text/letters.h"
 
 namespace corvane {

@@ -12,18 +12,7 @@ namespace {
 
 using Subject = QuoteQuery::Subject;
 
-/// What a range of the basis sought is to be read as.
-Subject exactSubject(const Subject& seeking) {
-  if (std::holds_alternative<QuoteQuery::CurrentPeriodQuotes>(seeking)) {
-    return QuoteQuery::Quotes{QuoteInterval::oneMinute, PriceAdjustment::marketNominal};
-  }
-  if (std::holds_alternative<QuoteQuery::EventsWithoutAdjustment>(seeking)) {
-    return QuoteQuery::EventsOnly{PriceAdjustment::marketNominal};
-  }
-  return seeking;
-}
-
-/// What a range of another basis is to be read as.
+/// What a range that is covered on the basis `prices` is to be read as.
 Subject subjectOnBasis(const Subject& seeking, PriceAdjustment prices) {
   return std::visit(
       Overloaded{[&](const QuoteQuery::Quotes& quotes) -> Subject {
@@ -66,7 +55,8 @@ class PlanWalk {
     addMissingUntil(covered.range.lower());
     const DateRange rest(cursor_, covered.range.upper());
     if (isTarget) {
-      plan_.exactQueries.push_back({query_.equity, rest, exactSubject(query_.seeking)});
+      plan_.exactQueries.push_back(
+          {query_.equity, rest, subjectOnBasis(query_.seeking, target_.prices)});
       cursor_ = rest.upper();
     } else if (covered.prices != PriceAdjustment::marketNominalSnapshot || target_.usingSnapshots) {
       pending_ = {rest, covered.prices};

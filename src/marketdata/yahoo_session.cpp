@@ -58,8 +58,8 @@ YahooSession::YahooSession(YahooService service)
       session_(callbackQueue_, {{"User-Agent", service_.userAgent}}) {}
 
 YahooSession::~YahooSession() {
-  for (auto& [id, waiting] : waiting_) {
-    callbackQueue_->async([waiting = std::move(waiting)]() mutable {
+  for (auto& entry : waiting_) {
+    callbackQueue_->async([waiting = std::move(entry.second)]() mutable {
       waiting.completion(failure(
           URLError(URLError::Code::cancelled, waiting.request.url, "the session has ended")));
     });
@@ -91,11 +91,16 @@ void YahooSession::runRequest(std::string label, URLRequest request, bool includ
                                           self->giveUp(id);
                                         }
                                       });
-  if (access_ == Access::refused) {
+  if (access_ == Access::asked) {
+    hasComeWhileAsking_ = true;
+  } else {
     const double pause = std::chrono::duration<double>(Clock::now() - refusedAt_).count();
-    const double due = std::max(service_.pauses.untilRequestsEndThem, shortestPause_);
-    askAgainAfter(std::max(0.0, due - pause), refusals_);
+    askAgainAfter(std::max(0.0, pauseForRequests() - pause), refusals_);
   }
+}
+
+double YahooSession::pauseForRequests() const {
+  return std::max(service_.pauses.untilRequestsEndThem, namedPause_);
 }
 
 void YahooSession::send(std::string label, URLRequest request, Completion completion) {
@@ -203,9 +208,13 @@ void YahooSession::refuseAccess(const ErrorPointer& error, double namedPause) {
   access_ = Access::refused;
   ++refusals_;
   refusedAt_ = Clock::now();
-  shortestPause_ = namedPause;
+  namedPause_ = namedPause;
   refusalText_ = text;
-  askAgainAfter(pauseAfterRefusal(service_.pauses, refusals_, namedPause, chance), refusals_);
+  double pause = pauseAfterRefusal(service_.pauses, refusals_, namedPause, chance);
+  if (hasComeWhileAsking_) {
+    pause = std::min(pause, pauseForRequests());
+  }
+  askAgainAfter(pause, refusals_);
 }
 
 void YahooSession::askAgainAfter(double pause, std::uint64_t refusal) {
@@ -220,6 +229,7 @@ void YahooSession::askAgainAfter(double pause, std::uint64_t refusal) {
         return;
       }
       self->access_ = Access::asked;
+      self->hasComeWhileAsking_ = false;
     }
     self->askForCookies();
   };

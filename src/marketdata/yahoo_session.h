@@ -19,9 +19,9 @@ namespace corvane {
 /// The crumb is a short token that the service hands out to a client that already holds its
 /// cookies. start() asks for both. A refusal is followed by a pause, and then they are asked for
 /// again: after growing pauses, drawn at random within a quarter of their length so that many
-/// clients do not come at one time, and sooner for a request that needs the crumb, but never before
-/// the end of a wait that the service itself has named with a status of 429. Once there is a crumb,
-/// crumb and cookies are kept for good, in memory only. Any thread.
+/// clients do not come at one time, and once sooner for each request that needs the crumb, but
+/// never before the end of a wait that the service itself has named with a status of 429. Once
+/// there is a crumb, crumb and cookies are kept for good, in memory only. Any thread.
 class YahooSession : public std::enable_shared_from_this<YahooSession> {
  public:
   using Completion = URLSession::Completion;
@@ -65,6 +65,8 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   /// Lets access be asked for again when `pause` seconds have passed, unless that has happened by
   /// then.
   void askAgainAfter(double pause, std::uint64_t refusal);
+  /// Seconds after a refusal at which a request may have access asked for again.
+  [[nodiscard]] double pauseForRequests() const;
   void giveUp(std::uint64_t waitingId);
 
   const YahooService service_;
@@ -78,7 +80,8 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   std::string sessionCrumb_;  ///< written once, before sessionQueue_ is activated
   std::uint64_t refusals_ = 0;
   Clock::time_point refusedAt_;
-  double shortestPause_ = 0;  ///< seconds after refusedAt_ before which nothing may be asked
+  double namedPause_ = 0;            ///< seconds after refusedAt_ in which nothing may be asked
+  bool hasComeWhileAsking_ = false;  ///< a request that no attempt has been made for since
   std::string refusalText_;
   std::uint64_t nextWaitingId_ = 0;
   std::map<std::uint64_t, WaitingRequest> waiting_;

@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "core/price_adjuster.h"
 #include "marketdata/yahoo_answers.h"
 #include "marketdata/yahoo_loopback_service.h"
@@ -34,17 +37,18 @@ class YahooQuoteProviderTest : public ::testing::Test {
   /// Starts something that completes with an `Outcome`, and waits for that.
   template <typename Outcome, typename Start>
   static Outcome await(Start start) {
-    bool hasReturned = false;  // Asked on this thread only.
     auto outcome = std::make_shared<std::optional<Outcome>>();
     auto isDone = std::make_shared<std::atomic<int>>(0);
-    start([outcome, isDone, caller = std::this_thread::get_id(), &hasReturned](auto result) {
-      EXPECT_TRUE(std::this_thread::get_id() != caller || hasReturned)
-          << "completed before the call returned";
+    auto isStarting = std::make_shared<bool>(true);
+    const auto caller = std::this_thread::get_id();
+    start([isStarting, caller, outcome, isDone](auto result) {
       EXPECT_EQ(isDone->load(), 0) << "completed twice";
+      EXPECT_FALSE(std::this_thread::get_id() == caller && *isStarting)
+          << "completed before the call returned";
       *outcome = std::move(result);
       ++*isDone;
     });
-    hasReturned = true;
+    *isStarting = false;
     if (!MainLoop::runUntil([&] { return isDone->load() > 0; }, deadline)) {
       ADD_FAILURE() << "no answer came";
       std::abort();

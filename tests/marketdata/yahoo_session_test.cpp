@@ -151,6 +151,14 @@ TEST_F(YahooSessionTest, EndsALongPauseForARequestButNotOneThatTheServiceNamed) 
   waitForRequests(Service::cookiesPath, 1);
   EXPECT_TRUE(get(send(Service::quotePath, true)));
 
+  // Also where it comes just before the refusal.
+  server.script(Service::cookiesPath, {{.status = 200}, Service::cookie()});
+  server.hold(Service::cookiesPath);
+  open(service);
+  auto early = send(Service::quotePath, true);
+  server.release();
+  EXPECT_TRUE(get(std::move(early)));
+
   service.pauses.requestLimit = 0.3;
   server.script(Service::cookiesPath,
                 {{.status = 429, .headers = {{"Retry-After", "3600"}}}, Service::cookie()});

@@ -8,4 +8,8 @@ std::string uppercased(std::string_view text) {
   return toUtf8(toIcu(text).toUpper(icu::Locale::getRoot()));
 }
 
+std::string lowercased(std::string_view text) {
+  return toUtf8(toIcu(text).toLower(icu::Locale::getRoot()));
+}
+
 }  // namespace corvane

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/text/icu_text.h"
 
 namespace corvane {
 
@@ -37,10 +36,6 @@ bool isWordCharacter(char32_t character) {
 
 bool isWhitespace(char32_t character) {
   return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_WHITE_SPACE) != 0;
-}
-
-std::string lowercased(std::string_view text) {
-  return toUtf8(toIcu(text).toLower(icu::Locale::getRoot()));
 }
 
 }  // namespace corvane

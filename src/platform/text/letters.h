@@ -1,7 +1,6 @@
 // Single characters of UTF-8 text, and what kind they are.
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace corvane {
@@ -15,8 +14,5 @@ namespace corvane {
 
 /// Whether `character` is a blank or a line break.
 [[nodiscard]] bool isWhitespace(char32_t character);
-
-/// `text` in lower case, whatever the language.
-[[nodiscard]] std::string lowercased(std::string_view text);
 
 }  // namespace corvane

@@ -1,0 +1,111 @@
+#include "samplemarket/prices/exchange.h"
+
+namespace corvane::samplemarket {
+
+namespace {
+
+constexpr int at(int hour, int minute) {
+  return hour * 60 + minute;
+}
+
+}  // namespace
+
+const Exchange& exchange(ExchangeID id) {
+  static const std::array<Exchange, 6> exchanges = {{
+      {.id = ExchangeID::newYork,
+       .code = "NYQ",
+       .fullName = "NYSE",
+       .market = "us_market",
+       .timeZoneName = "America/New_York",
+       .standardAbbreviation = "EST",
+       .summerAbbreviation = "EDT",
+       .standardOffsetSeconds = -18000,
+       .preOpen = at(4, 0),
+       .open = at(9, 30),
+       .close = at(16, 0),
+       .postClose = at(20, 0),
+       .halfDayClose = at(13, 0),
+       .recessStart = 0,
+       .recessEnd = 0},
+      {.id = ExchangeID::toronto,
+       .code = "TOR",
+       .fullName = "Toronto",
+       .market = "ca_market",
+       .timeZoneName = "America/Toronto",
+       .standardAbbreviation = "EST",
+       .summerAbbreviation = "EDT",
+       .standardOffsetSeconds = -18000,
+       .preOpen = at(8, 15),
+       .open = at(9, 30),
+       .close = at(16, 0),
+       .postClose = at(17, 0),
+       .halfDayClose = at(13, 0),
+       .recessStart = 0,
+       .recessEnd = 0},
+      {.id = ExchangeID::london,
+       .code = "LSE",
+       .fullName = "LSE",
+       .market = "gb_market",
+       .timeZoneName = "Europe/London",
+       .standardAbbreviation = "GMT",
+       .summerAbbreviation = "BST",
+       .standardOffsetSeconds = 0,
+       .preOpen = at(7, 15),
+       .open = at(8, 0),
+       .close = at(16, 30),
+       .postClose = at(17, 15),
+       .halfDayClose = at(12, 30),
+       .recessStart = 0,
+       .recessEnd = 0},
+      {.id = ExchangeID::frankfurt,
+       .code = "FRA",
+       .fullName = "Frankfurt",
+       .market = "dr_market",
+       .timeZoneName = "Europe/Berlin",
+       .standardAbbreviation = "CET",
+       .summerAbbreviation = "CEST",
+       .standardOffsetSeconds = 3600,
+       .preOpen = at(8, 0),
+       .open = at(9, 0),
+       .close = at(17, 30),
+       .postClose = at(20, 0),
+       .halfDayClose = at(14, 0),
+       .recessStart = 0,
+       .recessEnd = 0},
+      {.id = ExchangeID::tokyo,
+       .code = "JPX",
+       .fullName = "Tokyo",
+       .market = "jp_market",
+       .timeZoneName = "Asia/Tokyo",
+       .standardAbbreviation = "JST",
+       .summerAbbreviation = "JST",
+       .standardOffsetSeconds = 32400,
+       .preOpen = at(9, 0),
+       .open = at(9, 0),
+       .close = at(15, 0),
+       .postClose = at(15, 0),
+       .halfDayClose = at(15, 0),
+       .recessStart = 150,
+       .recessEnd = 210},
+      // Trading in currencies never rests on a weekday. The minute before midnight belongs to no
+      // session, so that one day's end is not the next one's start.
+      {.id = ExchangeID::currencies,
+       .code = "CCY",
+       .fullName = "CCY",
+       .market = "ccy_market",
+       .timeZoneName = "Europe/London",
+       .standardAbbreviation = "GMT",
+       .summerAbbreviation = "BST",
+       .standardOffsetSeconds = 0,
+       .preOpen = 0,
+       .open = 0,
+       .close = at(23, 59),
+       .postClose = at(23, 59),
+       .halfDayClose = at(23, 59),
+       .recessStart = 0,
+       .recessEnd = 0},
+  }};
+  return exchanges[static_cast<std::size_t>(id)];
+}
+
+}  // namespace corvane::samplemarket
