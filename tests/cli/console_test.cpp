@@ -8,6 +8,7 @@
 #include <array>
 
 #include "cli/console_program.h"
+#include "platform/data/sqlite.h"
 #include "storage/general_properties.h"
 #include "storage/workspace_document.h"
 
@@ -153,7 +154,7 @@ TEST_F(ConsoleProgramTest, RefusesWhatItCannotDoInTheSystemsWords) {
   expectRefused("list Family more", 2, "“more” is one word too many.\n");
   expectRefused("list Family --all", 2, "There is no option “--all” here.\n");
   expectRefused("ledger Family --portfolio", 2, "“--portfolio” needs a value: NAME.\n");
-  expectRefused("list Nowhere", 1, "Cannot ");
+  expectRefused("list Nowhere", 1, "The files of “");
   expectRefused("sell Family", 2, "There is no command “sell”.");
 }
 
@@ -161,7 +162,7 @@ TEST_F(ConsoleProgramTest, TellsOfADamagedLedger) {
   makeFamily();
   SQLiteDatabase(program.folder / "Family.corvane" / WorkspaceDocument::databaseName,
                  SQLiteDatabase::Mode::readWrite)
-      .executeScript("UPDATE transactions SET cashDelta = cashDelta + 1 WHERE dateSequence = 0;");
+      .executeScript("UPDATE transactions SET cashAdded = cashAdded + 1 WHERE id = 2;");
   const ProgramResult result = program.run("verify Family");
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.out, "Savings: not right.\n");

@@ -1,15 +1,15 @@
 #include "platform/text/number_formatter.h"
 
 #include <unicode/dcfmtsym.h>
-#include <unicode/formattedvalue.h>
 #include <unicode/numberformatter.h>
-#include <unicode/uchar.h>
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <utility>
 
 #include "platform/text/icu_text.h"
+#include "platform/text/number_layout.h"
+#include "platform/text/number_parts.h"
 #include "platform/text/recent_cache.h"
 
 namespace corvane {
@@ -27,13 +27,16 @@ struct DecimalText {
   bool isNegative = false;
   bool isZero = true;
   bool isNaN = false;
+  bool hasExponent = false;
+  std::string_view integer;
+  std::string_view fraction;
 };
 
 /// Reads [+-] digits [. digits] [E [+-] digits], with a digit before or after the point.
 std::optional<DecimalText> readDecimalText(std::string_view text) {
   DecimalText result;
   if (text == "NaN") {
-    return DecimalText{.isZero = false, .isNaN = true};
+    return DecimalText{.isZero = false, .isNaN = true, .integer = {}, .fraction = {}};
   }
   std::size_t position = 0;
   if (!text.empty() && (text[0] == '-' || text[0] == '+')) {
@@ -47,16 +50,20 @@ std::optional<DecimalText> readDecimalText(std::string_view text) {
     }
     return static_cast<int>(std::min<std::size_t>(position - start, mostDigits + 1));
   };
+  const std::size_t integerStart = position;
   int integerDigits = skipDigits();
+  result.integer = text.substr(integerStart, position - integerStart);
   int fractionDigits = 0;
   if (position < text.size() && text[position] == '.') {
-    ++position;
+    const std::size_t fractionStart = ++position;
     fractionDigits = skipDigits();
+    result.fraction = text.substr(fractionStart, position - fractionStart);
   }
   if (integerDigits + fractionDigits == 0) {
     return std::nullopt;
   }
   if (position < text.size() && (text[position] == 'E' || text[position] == 'e')) {
+    result.hasExponent = true;
     ++position;
     if (position < text.size() && text[position] == '+') {
       ++position;
@@ -152,41 +159,39 @@ const Separators& separatorsFor(const Locale& locale, bool isMoney) {
   });
 }
 
-LocalizedNumberFormatter& formatterFor(const NumberFormatter& settings) {
-  thread_local RecentCache<NumberFormatter, LocalizedNumberFormatter> formatters;
-  return formatters.get(settings, makeFormatter);
-}
-
-/// A formatted number in its three parts.
-struct Parts {
-  icu::UnicodeString prefix;
-  icu::UnicodeString digits;
-  icu::UnicodeString suffix;
+/// What is made for one set of settings.
+struct Formats {
+  LocalizedNumberFormatter formatter;
+  std::optional<NumberLayout> layout;
 };
 
-Parts partsOf(const icu::number::FormattedNumber& number, UErrorCode& status) {
-  std::int32_t start = std::numeric_limits<std::int32_t>::max();
-  std::int32_t end = 0;
-  icu::ConstrainedFieldPosition position;
-  position.constrainCategory(UFIELD_CATEGORY_NUMBER);
-  while (number.nextPosition(position, status)) {
-    if (position.getField() == UNUM_INTEGER_FIELD || position.getField() == UNUM_FRACTION_FIELD) {
-      start = std::min(start, position.getStart());
-      end = std::max(end, position.getLimit());
-    }
-  }
-  const icu::UnicodeString text = number.toString(status);
-  return {icu::UnicodeString(text, 0, start), icu::UnicodeString(text, start, end - start),
-          icu::UnicodeString(text, end)};
+Formats makeFormats(const NumberFormatter& settings) {
+  LocalizedNumberFormatter formatter = makeFormatter(settings);
+  auto layout = NumberLayout::learned(formatter, hidesSymbol(settings));
+  return {std::move(formatter), std::move(layout)};
 }
 
-/// Takes out the spaces that would have parted a symbol from the digits.
-void removeSpaces(icu::UnicodeString& text) {
-  for (std::int32_t index = text.length() - 1; index >= 0; --index) {
-    if (u_isUWhiteSpace(text.charAt(index))) {
-      text.remove(index, 1);
-    }
+const Formats& formatsFor(const NumberFormatter& settings) {
+  thread_local RecentCache<NumberFormatter, Formats> formats;
+  return formats.get(settings, makeFormats);
+}
+
+/// `number` where it can be written as it is, digit by digit.
+std::optional<PlainDigits> plainDigits(const DecimalText& number, const NumberFormatter& settings) {
+  const bool isScaled = settings.style == Style::percent || settings.powerOfTen != 0;
+  const std::string_view integer = number.integer;
+  const bool hasLeadingZeros = integer.size() > 1 && integer.front() == '0';
+  if (number.hasExponent || isScaled || settings.minimumIntegerDigits != 1 || integer.empty() ||
+      hasLeadingZeros) {
+    return std::nullopt;
   }
+  std::string_view fraction = number.fraction;
+  fraction = fraction.substr(0, fraction.find_last_not_of('0') + 1);
+  const int most = std::max(settings.maximumFractionDigits, settings.minimumFractionDigits);
+  const bool isRounded = settings.maximumFractionDigits != NumberFormatter::unlimited &&
+                         static_cast<int>(fraction.size()) > most;
+  return isRounded ? std::nullopt
+                   : std::optional(PlainDigits{number.isNegative, integer, fraction});
 }
 
 }  // namespace
@@ -206,19 +211,24 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
   const bool replacesSign = isNegative && (negativePrefix || negativeSuffix);
   const bool dropsSign = replacesSign || (number->isZero && number->isNegative);
 
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::number::FormattedNumber formatted = formatterFor(*this).formatDecimal(
-      pieceOf(dropsSign ? decimalText.substr(1) : decimalText), status);
-  Parts parts = partsOf(formatted, status);
-  if (U_FAILURE(status)) {
-    return std::nullopt;
+  const Formats& formats = formatsFor(*this);
+  std::string text;
+  auto digits = formats.layout ? plainDigits(*number, *this) : std::nullopt;
+  if (digits) {
+    digits->isNegative = isNegative && !replacesSign;
+    text = formats.layout->text(*digits, std::min(minimumFractionDigits, mostFractionDigits),
+                                digitsSuffix);
+  } else {
+    UErrorCode status = U_ZERO_ERROR;
+    const NumberParts parts =
+        partsOf(formats.formatter.formatDecimal(
+                    pieceOf(dropsSign ? decimalText.substr(1) : decimalText), status),
+                hidesSymbol(*this), status);
+    if (U_FAILURE(status)) {
+      return std::nullopt;
+    }
+    text = toUtf8(parts.prefix) + toUtf8(parts.digits) + digitsSuffix + toUtf8(parts.suffix);
   }
-  if (hidesSymbol(*this)) {
-    removeSpaces(parts.prefix);
-    removeSpaces(parts.suffix);
-  }
-  const std::string text =
-      toUtf8(parts.prefix) + toUtf8(parts.digits) + digitsSuffix + toUtf8(parts.suffix);
   if (replacesSign) {
     return negativePrefix.value_or("") + text + negativeSuffix.value_or("");
   }

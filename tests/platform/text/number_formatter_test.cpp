@@ -1,6 +1,12 @@
 #include "platform/text/number_formatter.h"
 
 #include <gtest/gtest.h>
+#include <unicode/locid.h>
+
+#include <array>
+#include <string>
+
+#include "random_cases.h"
 
 #include <string>
 #include <thread>
@@ -163,6 +169,42 @@ TEST(NumberFormatter, WritesTheSameOnEveryThread) {
   for (std::thread& thread : threads) {
     thread.join();
   }
+}
+
+TEST(NumberFormatter, WritesShortFormsAsItWritesLongOnes) {
+  // A number with an exponent goes through the locale service, one without mostly does not.
+  const auto compare = [](std::mt19937_64& random) {
+    static std::int32_t localeCount = 0;
+    static const icu::Locale* locales = icu::Locale::getAvailableLocales(localeCount);
+    NumberFormatter formatter{.locale = {locales[random() % localeCount].getName()}};
+    formatter.style =
+        std::array{Style::decimal, Style::currency, Style::currencyAccounting}[random() % 3];
+    formatter.currencyCode = std::array{"USD", "CAD", "EUR", "JPY", "CHF", "INR"}[random() % 6];
+    formatter.showsCurrencySymbol = random() % 3 != 0;
+    formatter.usesGroupingSeparator = random() % 4 != 0;
+    formatter.minimumFractionDigits = static_cast<int>(random() % 4);
+    formatter.maximumFractionDigits =
+        random() % 2 == 0 ? NumberFormatter::unlimited : static_cast<int>(random() % 6);
+    if (random() % 4 == 0) {
+      formatter.negativePrefix = "(";
+      formatter.negativeSuffix = ")";
+    }
+    for (int round = 0; round < 8; ++round) {
+      std::string digits = random() % 2 == 0 ? "-" : "";
+      digits += static_cast<char>('1' + random() % 9);
+      for (auto length = random() % 24; length > 0; --length) {
+        digits += static_cast<char>('0' + (random() % 2 == 0 ? 0 : random() % 10));
+      }
+      const auto places = random() % (digits.size() - (digits[0] == '-' ? 1 : 0));
+      std::string number = digits;
+      if (places > 0) {
+        number.insert(number.size() - places, ".");
+      }
+      ASSERT_EQ(formatter.string(number), formatter.string(digits + "E-" + std::to_string(places)))
+          << number << " in " << formatter.locale.identifier;
+    }
+  };
+  corvane::testing::forRandomCases(1500, compare);
 }
 
 }  // namespace
