@@ -84,6 +84,22 @@ Failure blaming(const BasicTransaction* subject, const Failure& error) {
   return Failure(Failure::ViolatesExistingTransaction{row, error.copy()});
 }
 
+/// Gives `variable` a value until the end of a scope.
+template <typename Value>
+class Assignment {
+ public:
+  Assignment(Value& variable, Value value) : variable_(variable), before_(variable) {
+    variable = value;
+  }
+  Assignment(const Assignment&) = delete;
+  Assignment& operator=(const Assignment&) = delete;
+  ~Assignment() { variable_ = before_; }
+
+ private:
+  Value& variable_;
+  const Value before_;
+};
+
 }  // namespace
 
 PortfolioManager::PortfolioManager(std::shared_ptr<QuoteProvider> provider,
@@ -163,12 +179,11 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   if (basics.empty()) {
     return {};
   }
-  std::size_t recordedCount = 0;
+  Recording recording{observer};
+  const Assignment<const Recording*> current(recording_, &recording);
   const auto rowRecorded = [&] {
-    ++recordedCount;
-    if (observer) {
-      observer(recordedCount);
-    }
+    ++recording.recordedCount;
+    tellRecordingObserver();
   };
   const BasicTransaction first = basics.front();
   Transactions recorded;
@@ -515,6 +530,12 @@ void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> cha
 void PortfolioManager::keepEdit(const PortfolioPointer& /*portfolio*/,
                                 const std::function<EditedRows()>& edit) {
   edit();
+}
+
+void PortfolioManager::tellRecordingObserver() const {
+  if (recording_ != nullptr && recording_->observer) {
+    recording_->observer(recording_->recordedCount);
+  }
 }
 
 void PortfolioManager::transactionRecalculated(PortfolioTransaction& /*row*/,

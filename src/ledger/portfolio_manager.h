@@ -103,8 +103,9 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// Throws PortfolioManagerError::InvalidPortfolio where the portfolio is not this manager's.
   virtual void removePortfolio(const PortfolioPointer& portfolio);
 
-  /// Told of a recording under way how many of the transactions stand in the ledger by now, after
-  /// each, on the thread of the edit. What it throws ends the recording, which is taken back.
+  /// Told of a recording under way how many of the transactions stand in the ledger by now: after
+  /// each of them, and again and again while they are stored; on the thread of the edit. What it
+  /// throws ends the recording, which is taken back.
   using RecordingObserver = std::function<void(std::size_t recordedCount)>;
 
   /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
@@ -220,6 +221,10 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// Called after a walk and its rows, with the position that it started from. May throw.
   virtual void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio);
 
+  /// To be called now and then during long work on an edit. Throws what the observer of a recording
+  /// throws.
+  void tellRecordingObserver() const;
+
   std::vector<PortfolioPointer> portfolios_;
 
  private:
@@ -250,6 +255,13 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   TransactionType recordedTransactionType_;
   std::vector<OrderFeature> supportedOrderFeatures_;
   LedgerJournal* journal_ = nullptr;  ///< of the change under way
+
+  /// A recording under way.
+  struct Recording {
+    const RecordingObserver& observer;
+    std::size_t recordedCount = 0;
+  };
+  const Recording* recording_ = nullptr;
 };
 
 }  // namespace corvane

@@ -133,8 +133,11 @@ void MasterSourceViewController::selectWatchlistRows(std::vector<std::size_t> ro
 }
 
 void MasterSourceViewController::selectPortfolioRow(std::optional<std::size_t> row) {
-  if (!row || row == selectedPortfolioRow_) {
-    changeHandler({});
+  if (row == selectedPortfolioRow_) {
+    return;
+  }
+  if (!row) {
+    changeHandler({});  // for the table to show again what stays selected
     return;
   }
   selectedPortfolioRow_ = row;

@@ -142,7 +142,7 @@ void LedgerWriter::resequence(const Transactions& placed) {
   }
 }
 
-void LedgerWriter::flush() {
+void LedgerWriter::flush(const std::function<void()>& rowWritten) {
   const int decimals = requiredShareDecimals();
   if (decimals > portfolio_.shareDecimals()) {
     rescaleShares(decimals);
@@ -150,6 +150,7 @@ void LedgerWriter::flush() {
   for (const Former& former : changed_) {
     write(*former.row);
     former.row->awaitsWriting_ = false;
+    rowWritten();
   }
   if (firstYear_) {
     writeTotals(equityTotals, *firstYear_, totalsOfEquities(*firstYear_));

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <utility>
@@ -36,9 +37,9 @@ class LedgerWriter {
   /// Numbers the rows of each settlement date from the earliest one of `placed` on, and sees to it
   /// that all of `placed` get into the file.
   void resequence(const Transactions& placed);
-  /// Writes what has been gathered. Throws SQLiteError, and PortfolioManagerError for figures that
-  /// cannot be kept.
-  void flush();
+  /// Writes what has been gathered. `rowWritten` is called after each row; what it throws ends the
+  /// writing. Throws SQLiteError, and PortfolioManagerError for figures that cannot be kept.
+  void flush(const std::function<void()>& rowWritten);
 
   /// Takes back in memory what the transaction had done.
   void restore();

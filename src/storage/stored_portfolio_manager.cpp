@@ -204,7 +204,7 @@ void StoredPortfolioManager::keepEdit(const PortfolioPointer& portfolio,
       const EditedRows edited = edit();
       writer.remove(edited.removed);
       writer.resequence(edited.placed);
-      writer.flush();
+      writer.flush([this] { tellRecordingObserver(); });
     });
   } catch (...) {
     writer_ = nullptr;

@@ -1,0 +1,101 @@
+// A ledger that is exported, imported elsewhere, and exported again: the second file is the first.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "exchange/export_controller.h"
+#include "exchange/export_world.h"
+#include "exchange/import_controller.h"
+#include "exchange/portfolio_transactions_exporter.h"
+#include "exchange/portfolio_transactions_importer.h"
+#include "exchange/scripted_window.h"
+#include "platform/temporary_folder.h"
+
+namespace corvane::testing {
+namespace {
+
+/// The fields of the importer that stand in the columns of the exporter.
+const std::vector<std::string> importedColumns = {"tradeDate",
+                                                  "settlementDate",
+                                                  "type",
+                                                  "symbol",
+                                                  "numberOfShares",
+                                                  "sharesNet",
+                                                  "cashAmount",
+                                                  "",
+                                                  "cashCurrency",
+                                                  "exchangeRate",
+                                                  "equivalentAmount",
+                                                  "",
+                                                  "costBaseAdded",
+                                                  "",
+                                                  "",
+                                                  "note"};
+
+class ExporterRoundTrip : public ::testing::TestWithParam<const char*>, protected ExportWorld {
+ protected:
+  const InLocale locale{GetParam()};
+  TemporaryFolder folder;
+  UserDefaults defaults{folder / "settings.json"};
+  std::shared_ptr<ScriptedWindow> window = std::make_shared<ScriptedWindow>();
+
+  /// Exports what `target` holds, with such settings, and gives the text of the file.
+  template <typename Change>
+  std::string exported(const PortfolioPointer& target, Change change) {
+    const auto exporter =
+        PortfolioTransactionsExporter::make(*target, target->transactions(), nullptr);
+    exporter->changeSettings([&](auto& settings) {
+      settings.useDateFormatString = true;
+      change(settings);
+    });
+    window->file = folder / "ledger.csv";
+    const auto controller = ExportController::make(exporter);
+    EXPECT_TRUE(completes(
+        [&](auto completion) { controller->beginExport(window, std::move(completion)); }));
+    return readText(folder / "ledger.csv");
+  }
+
+  /// Imports that file into an empty portfolio.
+  PortfolioPointer imported() {
+    const auto target = manager->createPortfolio(Currency::cad());
+    const auto importer = PortfolioTransactionsImporter::make(target, &defaults);
+    importer->changeSettings([](auto& settings) {
+      settings.useDateFormatString = true;
+      settings.fieldOrder = importedColumns;
+    });
+    const auto controller = ImportController::make(importer);
+    EXPECT_TRUE(completes([&](auto completion) {
+      controller->beginImport(window, std::move(completion));
+    })) << ::testing::PrintToString(window->heard);
+    return target;
+  }
+};
+
+TEST_P(ExporterRoundTrip, GivesTheSameFile) {
+  record(everyKind());
+  const auto changes = {
+      +[](PortfolioExportConfiguration&) {},
+      +[](PortfolioExportConfiguration& settings) {
+        settings.negativeNumbersAccountingStyle = false;
+        settings.fieldDelimiter = ImportExportFieldDelimiter::tab;
+      },
+      +[](PortfolioExportConfiguration& settings) {
+        settings.includeCurrencySymbol = false;
+        settings.includeThousandsSeparator = false;
+      },
+  };
+  for (const auto change : changes) {
+    const std::string first = exported(portfolio, change);
+    EXPECT_EQ(std::ranges::count(first, '\n'), 1 + 20 + 1) << "a note has a line break";
+    const auto copy = imported();
+    EXPECT_EQ(copy->transactions().size(), rows().size());
+    EXPECT_EQ(exported(copy, change), first);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Locales, ExporterRoundTrip,
+                         ::testing::Values("en_US.UTF-8", "fr_CA.UTF-8", "de_CH.UTF-8"),
+                         [](const auto& locale) { return std::string(locale.param, 5); });
+
+}  // namespace
+}  // namespace corvane::testing
