@@ -49,6 +49,11 @@ class Prices {
     return filePath(cacheFolder_->filePath(QStringLiteral("SampleMarketCache.sqlite3")));
   }
 
+  /// The sample holds what is traded where the prices come from.
+  [[nodiscard]] std::string sampleWorkspace() const {
+    return market_ != nullptr ? "SampleMarket.corvane" : "Sample.corvane";
+  }
+
  private:
   std::unique_ptr<SampleMarket> market_;
   std::unique_ptr<QTemporaryDir> cacheFolder_;
@@ -57,7 +62,7 @@ class Prices {
 int render(DesktopApplication& program, const CommandLine& line) {
   try {
     const auto document = program.documentController().openDocument(
-        line.workspace.value_or(DesktopApplication::sampleWorkspace()));
+        line.workspace.value_or(program.sampleWorkspace()));
     const auto window = program.windows().windowOf(*document);
     ScreenRenderer renderer(*window, *line.renderFolder);
     const bool isComplete = renderer.renderAll(
@@ -92,8 +97,9 @@ int run(int argumentCount, char** arguments) {
   theme::apply(application, system.appearance());
 
   const Prices prices(line.usesSampleMarket);
-  DesktopApplication program(
-      {.makeSourceProvider = [&] { return prices.makeProvider(); }, .cacheURL = prices.cacheURL()});
+  DesktopApplication program({.makeSourceProvider = [&] { return prices.makeProvider(); },
+                              .cacheURL = prices.cacheURL(),
+                              .sampleWorkspace = prices.sampleWorkspace()});
   if (line.renderFolder) {
     return render(program, line);
   }
