@@ -1,0 +1,23 @@
+// The table of commands, and what the program does with its arguments.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "cli/command.h"
+
+namespace corvane::cli {
+
+[[nodiscard]] std::span<const Command> commands();
+
+/// Runs the command that `arguments` name; the exit code of the program.
+[[nodiscard]] int run(std::span<const std::string> arguments, const Console& console);
+
+[[nodiscard]] Command createCommand();
+[[nodiscard]] Command importCommand();
+[[nodiscard]] Command ledgerCommand();
+[[nodiscard]] Command listCommand();
+[[nodiscard]] Command removeCommand();
+[[nodiscard]] Command verifyCommand();
+
+}  // namespace corvane::cli

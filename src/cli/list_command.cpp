@@ -1,0 +1,36 @@
+#include "cli/commands.h"
+#include "cli/date_text.h"
+#include "cli/text_table.h"
+#include "cli/workspace_file.h"
+
+namespace corvane::cli {
+namespace {
+
+void list(const CommandLine& line, const Console& console) {
+  const WorkspaceFile workspace(line.word(0), console);
+  using enum TextTable::Alignment;
+  TextTable table({{"Portfolio"}, {"Currency"}, {"Transactions", right}, {"From"}, {"To"}});
+  for (const auto& portfolio : workspace.manager()->portfolios()) {
+    requireRows(portfolio);
+    const auto& rows = portfolio->transactions();
+    const Calendar& calendar = workspace.manager()->calendar;
+    table.add({portfolio->name, std::string(portfolio->primaryCurrency().code),
+               std::to_string(rows.size()),
+               rows.empty() ? "" : dateText(rows.front()->settlementDate(), calendar),
+               rows.empty() ? "" : dateText(rows.back()->settlementDate(), calendar)});
+  }
+  table.write(console.out);
+}
+
+}  // namespace
+
+Command listCommand() {
+  return {.name = "list",
+          .summary = "Lists the portfolios of a workspace.",
+          .words = {"WORKSPACE"},
+          .options = {},
+          .explanation = "",
+          .run = &list};
+}
+
+}  // namespace corvane::cli

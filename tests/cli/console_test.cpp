@@ -1,0 +1,257 @@
+// The console program: real files in, real text out.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "cli/console_program.h"
+#include "storage/general_properties.h"
+#include "storage/workspace_document.h"
+
+namespace corvane {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using testing::ProgramResult;
+using ::testing::StartsWith;
+
+const std::string examples = CORVANE_EXAMPLES "/";
+
+class ConsoleProgramTest : public ::testing::Test {
+ protected:
+  testing::ConsoleProgram program;
+
+  /// A workspace "Family.corvane" with the portfolio "Savings" and the bank's statement in it.
+  void makeFamily() {
+    ASSERT_EQ(program.output("create Family --portfolio Savings --currency GBP"), "");
+    ASSERT_EQ(program.output("import " + examples +
+                             "penwyth-bank.tsv --into Family.corvane --portfolio Savings "
+                             "--fields tradeDate,type,symbol,cashAmount"),
+              "Imported 6 transactions.\n");
+  }
+  /// Expects a run to fail with these texts and to leave the workspace as it was.
+  void expectRefused(const std::string& arguments, int exitCode, const std::string& message) {
+    const auto before = contents();
+    const ProgramResult result = program.run(arguments);
+    EXPECT_EQ(result.exitCode, exitCode) << arguments;
+    EXPECT_EQ(result.out, "") << arguments;
+    EXPECT_THAT(result.err, StartsWith("corvane-cli: " + message)) << arguments;
+    EXPECT_EQ(contents(), before) << arguments;
+  }
+  [[nodiscard]] std::string contents() const {
+    const auto package = program.folder / "Family.corvane";
+    return testing::readText(package / WorkspaceDocument::databaseName) +
+           testing::readText(package / WorkspaceDocument::generalPropertiesName);
+  }
+};
+
+TEST_F(ConsoleProgramTest, TurnsAStatementIntoALedger) {
+  makeFamily();
+  EXPECT_EQ(program.output("list Family.corvane"),
+            "Portfolio  Currency  Transactions  From        To\n"
+            "Savings    GBP                  6  2024-01-15  2024-05-27\n");
+  EXPECT_EQ(
+      program.output("ledger Family.corvane --portfolio Savings"),
+      "No  Trade Date  Settlement  Type             Symbol  Shares     Cash  Currency  Shares Net  "
+      "Cash Net  Cost Base  Gain  Note\n"
+      " 1  2024-01-15  2024-01-15  Transfer In                      2500.00  GBP                   "
+      " 2500.00                   Salary sweep\n"
+      " 2  2024-01-31  2024-01-31  Cash Adjustment                     4.17  GBP                   "
+      " 2504.17                   Interest earned in January\n"
+      " 3  2024-02-02  2024-02-02  Transfer Out                     -750.00  GBP                   "
+      " 1754.17                   To joint account\n"
+      " 4  2024-02-29  2024-02-29  Cash Adjustment                    -5.00  GBP                   "
+      " 1749.17                   Monthly account fee\n"
+      " 5  2024-03-11  2024-03-11  Cash Adjustment                     5.00  GBP                   "
+      " 1754.17                   Refund of account fee\n"
+      " 6  2024-05-27  2024-05-27  Transfer Out                     -200.00  GBP                   "
+      " 1554.17                   Cash machine\n");
+  EXPECT_EQ(program.output("verify Family.corvane"),
+            "Savings: 6 transactions, all balances are right.\n");
+}
+
+TEST_F(ConsoleProgramTest, ShowsTradesWithTheirBalances) {
+  ASSERT_EQ(program.output("create Family --portfolio Pension --currency CAD"), "");
+  ASSERT_EQ(program.output("import --into=Family.corvane --portfolio=Pension " + examples +
+                           "keewana-desk.csv --date-format yyyyMMdd --fields tradeDate,"
+                           "settlementDate,type,symbol,numberOfShares,sharesNet,cashAmount,"
+                           "costBaseAdded,note"),
+            "Imported 10 transactions.\n");
+  const std::string ledger = program.output("ledger Family.corvane --portfolio Pension");
+  EXPECT_THAT(ledger, HasSubstr("7  2024-04-05  2024-04-09  Sell                     MAPRK.TO    "
+                                "-150  2118.00  CAD              750   3118.00   10375.00  43.00  "
+                                "Rebalancing\n"));
+  EXPECT_THAT(ledger, HasSubstr("Consolidation            MAPRK.TO    -600 "));
+}
+
+TEST_F(ConsoleProgramTest, ReadsFilesWithoutAHeaderAndInOtherLocales) {
+  ASSERT_EQ(program.output("create Family --portfolio Spar --currency EUR"), "");
+  setenv("LC_ALL", "de_DE.UTF-8", 1);
+  EXPECT_EQ(program.output("import " + examples +
+                           "rhenwerk-depot.csv --into Family --portfolio Spar --fields tradeDate,"
+                           "settlementDate,type,symbol,numberOfShares,,cashAmount,cashCurrency,"
+                           "note"),
+            "Imported 6 transactions.\n");
+  setenv("LC_ALL", "en_CA.UTF-8", 1);
+  EXPECT_THAT(program.output("ledger Family --portfolio Spar"), HasSubstr("  6136.50  "));
+  ASSERT_EQ(program.output("create Family --portfolio Isa --currency USD"), "");
+  const std::string command = "import " + examples +
+                              "thrale-mossop.csv --into Family --portfolio Isa --no-header "
+                              "--fields tradeDate,type,symbol,numberOfShares,cashAmount";
+  EXPECT_EQ(program.output(command + " --currency USD --dry-run"), "Imported 6 transactions.\n");
+  EXPECT_THAT(program.output("list Family"), HasSubstr("Isa        USD                  0"));
+  EXPECT_EQ(program.output(command), "Imported 6 transactions.\n");
+}
+
+TEST_F(ConsoleProgramTest, RemovesTransactionsAndPortfolios) {
+  makeFamily();
+  expectRefused("remove Family --portfolio Savings --transaction 1", 1,
+                "This change would violate a transaction settled on ");
+  expectRefused("remove Family --portfolio Savings --transaction 7", 1,
+                "The ledger has no transaction 7.\nIt has 6 transactions.");
+  expectRefused("remove Family --portfolio Savings --transaction 1x", 2,
+                "“1x” is not the number of a transaction.");
+  expectRefused("remove Family --portfolio Savings", 2, "Say what is to go:");
+  EXPECT_EQ(program.output("remove Family --portfolio Savings --transaction 3"), "");
+  EXPECT_THAT(program.output("ledger Family --portfolio Savings"),
+              AllOf(Not(HasSubstr("To joint account")), HasSubstr("2304.17")));
+  EXPECT_EQ(program.output("verify Family"), "Savings: 5 transactions, all balances are right.\n");
+  EXPECT_EQ(program.output("remove Family --portfolio Savings --whole-portfolio"), "");
+  EXPECT_EQ(program.output("list Family"), "Portfolio  Currency  Transactions  From  To\n");
+}
+
+TEST_F(ConsoleProgramTest, RefusesWhatItCannotDoInTheSystemsWords) {
+  makeFamily();
+  const std::string into = " --into Family --portfolio Savings";
+  testing::writeText(program.folder / "bad.csv", "a,b\n1,2\n3\n");
+  testing::writeText(program.folder / "type.csv", "a,b,c\n2024-01-31,Gift,3\n");
+  testing::writeText(program.folder / "empty.csv", "");
+  expectRefused("import bad.csv" + into, 1, "Row 3 has 1 columns but 2 were expected.\n");
+  expectRefused("import type.csv" + into + " --fields tradeDate,type,cashAmount", 1,
+                "Problem on line 2: Transaction type “gift” is not understood.\n");
+  expectRefused("import type.csv" + into + " --fields type,,,tradeDate", 1,
+                "The file has 3 columns, but --fields names 4.\n");
+  expectRefused("import type.csv" + into + " --fields tradeDate,kind", 2,
+                "There is no field “kind”. The fields are type, tradeDate, ");
+  expectRefused("import type.csv" + into + " --fields type,type", 2,
+                "The field “type” stands in two columns.\n");
+  expectRefused("import type.csv" + into + " --currency Euro", 2, "“Euro” is not the code of");
+  expectRefused("import empty.csv" + into, 1, "“empty.csv” is empty.");
+  expectRefused("import none.csv" + into, 1, "Cannot read “none.csv”: No such file");
+  expectRefused("import type.csv --into Family --portfolio Other", 1,
+                "There is no portfolio “Other” in “Family.corvane”.\nIt holds “Savings”.\n");
+  expectRefused("create Family --portfolio Savings --currency GBP", 1,
+                "There is a portfolio “Savings” in “Family.corvane” already.\n");
+  expectRefused("create Family --portfolio New --currency Pound", 2, "“Pound” is not the code of");
+  expectRefused("create Family --portfolio '' --currency GBP", 2, "A portfolio needs a name.");
+  expectRefused("list", 2, "WORKSPACE is missing.\n");
+  expectRefused("list Family more", 2, "“more” is one word too many.\n");
+  expectRefused("list Family --all", 2, "There is no option “--all” here.\n");
+  expectRefused("ledger Family --portfolio", 2, "“--portfolio” needs a value: NAME.\n");
+  expectRefused("list Nowhere", 1, "Cannot ");
+  expectRefused("sell Family", 2, "There is no command “sell”.");
+}
+
+TEST_F(ConsoleProgramTest, TellsOfADamagedLedger) {
+  makeFamily();
+  SQLiteDatabase(program.folder / "Family.corvane" / WorkspaceDocument::databaseName,
+                 SQLiteDatabase::Mode::readWrite)
+      .executeScript("UPDATE transactions SET cashDelta = cashDelta + 1 WHERE dateSequence = 0;");
+  const ProgramResult result = program.run("verify Family");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.out, "Savings: not right.\n");
+  EXPECT_THAT(result.err, StartsWith("Savings: corvane-cli: "));
+}
+
+TEST_F(ConsoleProgramTest, KeepsTheWatchlistOfAWorkspace) {
+  makeFamily();
+  const auto file = program.folder / "Family.corvane" / WorkspaceDocument::generalPropertiesName;
+  testing::writeText(file, R"({"watchlistSymbols":[{"provider":"YahooFinance",)"
+                           R"("identifier":"CASTR"}],"appBundleVersion":"000"})");
+  ASSERT_EQ(program.output("create Family --portfolio Other --currency CAD"), "");
+  const auto kept = WorkspaceDocument::GeneralProperties::fromJSON(testing::readText(file));
+  ASSERT_EQ(kept.watchlistSymbols->size(), 1U);
+  EXPECT_EQ(kept.watchlistSymbols->front().identifier, "CASTR");
+
+  testing::writeText(file, R"({"appBundleVersion":"999"})");
+  const ProgramResult result = program.run("list Family");
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.err, HasSubstr("was created with a newer version of Corvane."));
+}
+
+TEST_F(ConsoleProgramTest, TeachesItsUse) {
+  const std::string help = program.output("--help");
+  for (const std::string command : {"create", "import", "list", "ledger", "verify", "remove"}) {
+    EXPECT_THAT(help, HasSubstr("\n  " + command + " ")) << command;
+    EXPECT_THAT(program.output(command + " --help"), HasSubstr("Usage: corvane-cli " + command));
+    EXPECT_EQ(program.output("help " + command), program.output(command + " --help"));
+  }
+  EXPECT_THAT(program.output("import --help"), HasSubstr("settlementDate"));
+  EXPECT_EQ(program.run("").exitCode, 2);
+  EXPECT_THAT(program.output("--version"), StartsWith("corvane-cli "));
+}
+
+/// Runs the program on a terminal, on which the user presses `keys` when the bar has appeared.
+ProgramResult runOnTerminal(const std::filesystem::path& folder,
+                            const std::vector<std::string>& arguments, const std::string& keys) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    std::vector<char*> values;
+    std::string program = CORVANE_CLI;
+    values.push_back(program.data());
+    auto copies = arguments;
+    for (std::string& argument : copies) {
+      values.push_back(argument.data());
+    }
+    values.push_back(nullptr);
+    if (chdir(folder.c_str()) == 0) {
+      execv(program.c_str(), values.data());
+    }
+    _exit(127);
+  }
+  ProgramResult result = {-1, "", ""};
+  std::array<char, 4096> buffer;
+  bool arePressed = keys.empty();
+  for (ssize_t count = 0; (count = read(terminal, buffer.data(), buffer.size())) > 0;) {
+    result.out.append(buffer.data(), static_cast<std::size_t>(count));
+    if (!arePressed && result.out.contains("%")) {
+      arePressed = write(terminal, keys.data(), keys.size()) > 0;
+    }
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  close(terminal);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return result;
+}
+
+TEST_F(ConsoleProgramTest, ShowsABarOnATerminalAndCanBeInterrupted) {
+  makeFamily();
+  std::string text = "Date,Type,Amount\n";
+  for (int row = 0; row < 100'000; ++row) {
+    text += "2024-06-" + std::to_string(row / 4000 + 1) + ",Deposit,1.00\n";
+  }
+  testing::writeText(program.folder / "long.csv", text);
+  const auto before = contents();
+  const std::vector<std::string> arguments = {
+      "import",      "long.csv", "--into",   "Family",
+      "--portfolio", "Savings",  "--fields", "tradeDate,type,cashAmount"};
+  const ProgramResult interrupted = runOnTerminal(program.folder.path(), arguments, "\x03");
+  EXPECT_EQ(interrupted.exitCode, 130) << interrupted.out;
+  EXPECT_THAT(interrupted.out, HasSubstr("Cancelled. Nothing has been imported."));
+  EXPECT_EQ(contents(), before);
+
+  const ProgramResult finished = runOnTerminal(program.folder.path(), arguments, "");
+  EXPECT_EQ(finished.exitCode, 0);
+  EXPECT_THAT(finished.out, AllOf(HasSubstr("Importing long.csv… ["), HasSubstr("] 50%"),
+                                  HasSubstr("Imported 100000 transactions.")));
+}
+
+}  // namespace
+}  // namespace corvane
