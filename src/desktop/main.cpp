@@ -2,9 +2,11 @@
 
 #include <QApplication>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "desktop/app/command_line.h"
 #include "desktop/app/desktop_application.h"
@@ -15,6 +17,7 @@
 #include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo_quote_provider.h"
 #include "samplemarket/sample_market.h"
+#include "storage/watchlist_manager.h"
 
 namespace corvane::desktop {
 namespace {
@@ -49,16 +52,39 @@ class Prices {
     return filePath(cacheFolder_->filePath(QStringLiteral("SampleMarketCache.sqlite3")));
   }
 
+  /// The sample holds what is traded where the prices come from.
+  [[nodiscard]] std::string sampleWorkspace() const {
+    return market_ != nullptr ? "SampleMarket.corvane" : "Sample.corvane";
+  }
+
  private:
   std::unique_ptr<SampleMarket> market_;
   std::unique_ptr<QTemporaryDir> cacheFolder_;
 };
 
+/// Fetches the recent prices of all that is in `model`, and waits for them. Screens that are drawn
+/// once have no second look.
+std::shared_ptr<WatchlistManager> refresh(const std::shared_ptr<WorkspaceModel>& model) {
+  auto manager = WatchlistManager::start([model] { return std::vector{model}; });
+  const auto isKnown = [](const EquityPointer& equity) { return equity->isAuthoritative; };
+  ScreenRenderer::waitUntil([&] {
+    bool areAllKnown = std::ranges::all_of(model->watchlistEquities, isKnown);
+    for (const PortfolioPointer& portfolio : model->portfolios()) {
+      const auto ledger = portfolio->manager.lock();
+      areAllKnown = areAllKnown && ledger != nullptr &&
+                    std::ranges::all_of(ledger->valuationEquities(portfolio), isKnown);
+    }
+    return areAllKnown;
+  });
+  return manager;
+}
+
 int render(DesktopApplication& program, const CommandLine& line) {
   try {
     const auto document = program.documentController().openDocument(
-        line.workspace.value_or(DesktopApplication::sampleWorkspace()));
+        line.workspace.value_or(program.sampleWorkspace()));
     const auto window = program.windows().windowOf(*document);
+    const auto refreshes = refresh(document->model());
     ScreenRenderer renderer(*window, *line.renderFolder);
     const bool isComplete = renderer.renderAll(
         [](const std::filesystem::path& file) { std::cout << file.string() << std::endl; });
@@ -92,8 +118,9 @@ int run(int argumentCount, char** arguments) {
   theme::apply(application, system.appearance());
 
   const Prices prices(line.usesSampleMarket);
-  DesktopApplication program(
-      {.makeSourceProvider = [&] { return prices.makeProvider(); }, .cacheURL = prices.cacheURL()});
+  DesktopApplication program({.makeSourceProvider = [&] { return prices.makeProvider(); },
+                              .cacheURL = prices.cacheURL(),
+                              .sampleWorkspace = prices.sampleWorkspace()});
   if (line.renderFolder) {
     return render(program, line);
   }

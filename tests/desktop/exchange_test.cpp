@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -40,7 +41,7 @@ class ExchangeTest : public ::testing::Test {
   void choose(const std::filesystem::path& file) {
     auto* panel = openDialog<QFileDialog>(*window);
     ASSERT_NE(panel, nullptr);
-    panel->selectFile(qtPath(file));
+    panel->findChild<QLineEdit*>("fileNameEdit")->setText(qtPath(file));
     static_cast<QDialog*>(panel)->accept();
   }
 
@@ -57,7 +58,7 @@ class ExchangeTest : public ::testing::Test {
 
 TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
   const auto file = world.folder / "statement.csv";
-  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-02,500.00\nDeposit,2026-03-05,250.00\n";
+  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\nDeposit,2026-03-25,250.00\n";
   menuItem(*window, "Import Transactions")->trigger();
   choose(file);
 
@@ -65,7 +66,7 @@ TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
   ASSERT_NE(setup, nullptr);
   auto* fields = named<QTableView>(*setup, "Fields");
   EXPECT_EQ(fields->model()->rowCount(), 3);
-  EXPECT_EQ(fields->model()->index(1, 2).data().toString().toStdString(), "2026-03-02");
+  EXPECT_EQ(fields->model()->index(1, 2).data().toString().toStdString(), "2026-03-22");
   EXPECT_THAT(setup->findChild<QCheckBox*>()->text().toStdString(), HasSubstr("2 data rows"));
   const auto choose = [&](int row, const QString& title) {
     auto* menu = named<QComboBox>(*setup, QStringLiteral("Field of column %1").arg(row + 1));
@@ -89,8 +90,8 @@ TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
   EXPECT_TRUE(window->isWindowModified());
   EXPECT_FALSE(menuItem(*window, "Undo")->isEnabled());
   const auto& picker = DesktopWorld::frameOf(*window).portfolioViewController->datesPicker;
-  EXPECT_EQ(picker.startDate(), (YearMonthDay{2026, 3, 2}));
-  EXPECT_EQ(picker.endDate(), (YearMonthDay{2026, 3, 5}));
+  EXPECT_EQ(picker.startDate(), (YearMonthDay{2026, 3, 22}));
+  EXPECT_EQ(picker.endDate(), (YearMonthDay{2026, 3, 25}));
 }
 
 TEST_F(ExchangeTest, ShowsWhatIsWrongWithAFileAndImportsNothing) {
@@ -109,7 +110,7 @@ TEST_F(ExchangeTest, ShowsWhatIsWrongWithAFileAndImportsNothing) {
 
 TEST_F(ExchangeTest, CancelledSetupImportsNothing) {
   const auto file = world.folder / "statement.csv";
-  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-02,500.00\n";
+  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\n";
   menuItem(*window, "Import Transactions")->trigger();
   choose(file);
   auto* setup = waitFor<FieldSetupDialog>();
@@ -134,8 +135,9 @@ TEST_F(ExchangeTest, ExportsTheSelectedTabAsThePanelSays) {
 
   const auto file = world.folder / "rows.tsv";
   choose(file);
-  ASSERT_TRUE(DesktopWorld::waitUntil(
-      [&] { return std::filesystem::exists(file) && openDialog<QDialog>(*window) == nullptr; }));
+  EXPECT_FALSE(panel->isVisible());
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return std::filesystem::exists(file); }));
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
   const std::string text = files::read(file);
   EXPECT_THAT(text, StartsWith("\"Trade Date\"\t"));
   EXPECT_EQ(std::ranges::count(text, '\n'), 8);

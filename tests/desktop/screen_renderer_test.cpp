@@ -49,5 +49,21 @@ TEST(ScreenRenderer, WritesEveryScreenInBothAppearances) {
   }
 }
 
+TEST(ScreenRenderer, FitsSmallAndLargeWindows) {
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Retirement & Home")));
+  EXPECT_LE(window->minimumSizeHint().width(), 1000);
+  EXPECT_LE(window->minimumSizeHint().height(), 640);
+  const char* kept = std::getenv("CORVANE_SCREENS");
+  for (const QSize size : {QSize(1000, 640), QSize(3840, 2160)}) {
+    const fs::path folder =
+        (kept != nullptr ? fs::path(kept) : world.folder / "s") / std::to_string(size.width());
+    desktop::ScreenRenderer renderer(*window, folder, size);
+    EXPECT_TRUE(renderer.renderAll(
+        [&](const fs::path& file) { EXPECT_EQ(QImage(desktop::qtPath(file)).size(), size); }));
+  }
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -50,8 +50,8 @@ DesktopApplication::~DesktopApplication() {
   MainLoop::drain();
 }
 
-std::filesystem::path DesktopApplication::sampleWorkspace() {
-  return resourcePath("Sample.corvane");
+std::filesystem::path DesktopApplication::sampleWorkspace() const {
+  return resourcePath(surroundings_.sampleWorkspace);
 }
 
 void DesktopApplication::startWithSample() {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "desktop/app/desktop_shell.h"
 #include "desktop/app/document_windows.h"
@@ -22,6 +23,8 @@ struct DesktopSurroundings {
   UserDefaults* defaults = &UserDefaults::standard();  ///< never null
   /// Where prices are cached; by default where a cache of the source has its place.
   std::optional<std::filesystem::path> cacheURL = std::nullopt;
+  /// The name of the sample workspace among the data files.
+  std::string sampleWorkspace = "Sample.corvane";
 };
 
 /// Owns all documents and windows, and answers the commands that any window offers. Main thread,
@@ -45,7 +48,7 @@ class DesktopApplication {
   /// Begins the run with the sample workspace.
   void startWithSample();
   /// Where the sample workspace lies.
-  [[nodiscard]] static std::filesystem::path sampleWorkspace();
+  [[nodiscard]] std::filesystem::path sampleWorkspace() const;
 
   void newWorkspace(QWidget* from);
   void chooseAndOpenWorkspace(QWidget* from, const WorkspaceDocument* near);

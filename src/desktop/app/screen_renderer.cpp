@@ -85,7 +85,9 @@ void ScreenRenderer::renderScreens() {
 void ScreenRenderer::renderPortfolio(std::size_t index) {
   MainSplitViewController& frame = window_.workspaceView().controller();
   const PortfolioViewController& portfolio = *frame.portfolioViewController;
-  waitUntil([&] { return !portfolio.isFetching(); });
+  if (!waitUntil([&] { return !portfolio.isFetching(); })) {
+    hasFailed_ = true;
+  }
   QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
   const int shownBefore = tabs.currentIndex();
   const QString name =
@@ -142,18 +144,18 @@ void ScreenRenderer::write(const QString& name) {
   }
 }
 
-void ScreenRenderer::waitUntil(const std::function<bool()>& isDone) {
+bool ScreenRenderer::waitUntil(const std::function<bool()>& isDone) {
   QElapsedTimer clock;
   clock.start();
   QTimer poll;
   poll.start(pollMilliseconds);
   while (!isDone()) {
     if (clock.hasExpired(deadlineMilliseconds)) {
-      hasFailed_ = true;
-      return;
+      return false;
     }
     QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   }
+  return true;
 }
 
 }  // namespace corvane::desktop

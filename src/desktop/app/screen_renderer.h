@@ -27,14 +27,15 @@ class ScreenRenderer {
   /// where a file could not be written or a screen's prices did not arrive in time.
   bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
 
+  /// Runs the event loop until `isDone` holds; whether it did before the deadline.
+  static bool waitUntil(const std::function<bool()>& isDone);
+
  private:
   void renderScreens();
   void renderPortfolio(std::size_t index);
   void renderForms();
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);
-  /// Runs the event loop until `isDone` holds.
-  void waitUntil(const std::function<bool()>& isDone);
 
   MainWindow& window_;
   const std::filesystem::path folder_;

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
+#include <QStandardPaths>
 
 #include "desktop/exchange/export_save_accessory.h"
 #include "desktop/exchange/field_setup_dialog.h"
@@ -53,6 +54,10 @@ QStringList nameFilters(const std::vector<ContentType>& types, bool withAllTypes
   return filters;
 }
 
+QString documentsFolder() {
+  return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
 /// Tells `completion` what `panel` has come to, once.
 void runPanel(QFileDialog* panel, ImportExportWindow::PanelCompletion completion) {
   auto shared = std::make_shared<ImportExportWindow::PanelCompletion>(std::move(completion));
@@ -72,7 +77,7 @@ ExchangePanels::ExchangePanels(QWidget* window) : window_(window) {}
 ExchangePanels::~ExchangePanels() = default;
 
 void ExchangePanels::beginOpenPanel(const OpenPanel& panel, PanelCompletion completion) {
-  auto* dialog = new QFileDialog(window_, qtText(panel.title));
+  auto* dialog = new QFileDialog(window_, qtText(panel.title), documentsFolder());
   dialog->setWindowModality(Qt::WindowModal);
   dialog->setFileMode(QFileDialog::ExistingFile);
   dialog->setNameFilters(nameFilters(panel.contentTypes, true));
@@ -81,7 +86,7 @@ void ExchangePanels::beginOpenPanel(const OpenPanel& panel, PanelCompletion comp
 }
 
 void ExchangePanels::beginSavePanel(const SavePanel& panel, PanelCompletion completion) {
-  auto* dialog = new QFileDialog(window_, qtText(panel.title));
+  auto* dialog = new QFileDialog(window_, qtText(panel.title), documentsFolder());
   // The system's panels have no room for settings of the file.
   dialog->setOption(QFileDialog::DontUseNativeDialog);
   dialog->setWindowModality(Qt::WindowModal);
@@ -89,7 +94,9 @@ void ExchangePanels::beginSavePanel(const SavePanel& panel, PanelCompletion comp
   dialog->setLabelText(QFileDialog::Accept, qtText(panel.prompt));
   savePanel_ = dialog;
   setSavePanelContentTypes(panel.contentTypes);
-  dialog->selectFile(qtText(panel.nameField) + QLatin1Char('.') + dialog->defaultSuffix());
+  // A date in the name may be written with slashes, which no file name has.
+  const QString name = qtText(panel.nameField).replace(QLatin1Char('/'), QLatin1Char('-'));
+  dialog->selectFile(name + QLatin1Char('.') + dialog->defaultSuffix());
   if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout())) {
     if (!panel.message.empty()) {
       auto* message = new QLabel(qtText(panel.message));

@@ -87,7 +87,9 @@ void PieChartWidget::drawRing(QPainter& painter, const QRectF& area) const {
     painter.setPen(QPen(palette().color(QPalette::Window), 1.5));
     painter.setBrush(colour);
     painter.drawPath(path);
-    if (span >= leastLabelledAngle) {
+    const double textWidth =
+        QFontMetricsF(painter.font()).horizontalAdvance(qtText(slice.percentText));
+    if (span >= leastLabelledAngle && textWidth + spacing::tight < outer - inner) {
       const double middle = (angle - span / 2) * std::numbers::pi / 180;
       const double radius = (outer + inner) / 2;
       const QPointF point(centre.x() + radius * std::cos(middle),

@@ -38,6 +38,7 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       transactions_(new TransactionsTab(controller_->transactions)) {
   auto* chart = new FiscalChartWidget(controller_->chart, QStringLiteral("Performance"));
   warning_->setWordWrap(true);
+  warning_->setContentsMargins(0, 0, 0, spacing::narrow);
 
   auto* upper = new QWidget;
   auto* upperColumn = new QVBoxLayout(upper);

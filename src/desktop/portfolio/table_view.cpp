@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyle>
 #include <algorithm>
 
 #include "desktop/look/attributed_text_view.h"
@@ -159,7 +160,8 @@ void TableView::stretch() {
 }
 
 int TableView::neededWidth() const {
-  int width = stretchedColumnWidth_ + 2 * frameWidth();
+  int width = stretchedColumnWidth_ + 2 * frameWidth() +
+              style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
   for (int column = 0; column < horizontalHeader()->count(); ++column) {
     width += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
   }
