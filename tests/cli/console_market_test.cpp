@@ -96,8 +96,8 @@ TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
                                     "Gain:         186 USD (18.6%, 9.37% a year)\n"
                                     "Buy and hold: -56.54 USD (-5.65%, -2.85% a year)\n")));
   EXPECT_THAT(program.output("backtest CASTR --buy-spread 9 " + days),
-              HasSubstr("\n1 trades on 1 of 500"))
-      << "out of reach but for the first";
+              HasSubstr("\n2 trades on 2 of 500"))
+      << "bought at the first price, sold, and never low enough again";
   EXPECT_EQ(program.run("backtest CASTR --interval 7d " + days).exitCode, 2);
   EXPECT_EQ(program.run("backtest NONESUCH " + days).exitCode, 1);
 }
