@@ -272,7 +272,8 @@ MasterSourceViewController::Thumbnail& MasterSourceViewController::thumbnailOf(
 
 void MasterSourceViewController::fetchThumbnail(const EquityPointer& equity) {
   const auto provider = equity->quoteProvider.lock();
-  if (provider == nullptr || !equity->recentTradingPeriod) {
+  // Before the first refresh its currency is not known, and no price would be taken.
+  if (provider == nullptr || !equity->isAuthoritative) {
     return;
   }
   thumbnailOf(equity).session = equity->recentTradingPeriod;
@@ -311,8 +312,7 @@ void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
 void MasterSourceViewController::fetchMissingThumbnails() {
   for (const EquityPointer& equity : watchlist()) {
     const auto found = thumbnails_.find(equity);
-    if (equity->recentTradingPeriod &&
-        (found == thumbnails_.end() || found->second.session != equity->recentTradingPeriod)) {
+    if (found == thumbnails_.end() || found->second.session != equity->recentTradingPeriod) {
       fetchThumbnail(equity);
     }
   }

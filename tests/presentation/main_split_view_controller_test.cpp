@@ -56,6 +56,7 @@ class MainSplitViewControllerTest : public PortfolioScreenWorld {
   }
   /// Gives an equity a price and the session that it was paid in.
   void quote(const EquityPointer& equity) {
+    equity->isAuthoritative = true;
     equity->recentPrice = dec("10.125");
     equity->previousClosePrice = 8;
     equity->recentDate = now;
@@ -76,7 +77,7 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
   EXPECT_EQ(list.numberOfWatchlistRows(), 3U);
   EXPECT_EQ(list.watchlistRow(0).price, "");
   EXPECT_TRUE(list.watchlistRow(0).change.isEmpty());
-  EXPECT_THAT(prices->queries, IsEmpty()) << "no session is known yet";
+  EXPECT_THAT(prices->queries, IsEmpty()) << "no currency is known yet";
 
   quote(first);
   post(WatchlistManager::didRefreshWatchlistEquities, WatchlistManager::equitiesKey,

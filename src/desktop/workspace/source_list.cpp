@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 #include <algorithm>
+#include <ranges>
 
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -15,6 +16,7 @@ namespace {
 constexpr int rowMargin = 8;
 constexpr int rowRadius = 6;
 constexpr double thumbnailWidth = 56;
+constexpr double leastThumbnailWidth = 28;
 
 QString dragType() {
   return qtText(MasterSourceViewController::watchlistEquityIndexPasteboardType);
@@ -27,12 +29,18 @@ void drawThumbnail(QPainter& painter, const QRectF& area, const QuoteChartView& 
   if (entries.size() < 2) {
     return;
   }
-  const auto [low, high] = std::ranges::minmax(entries, {}, &ChartEntry::y);
   const double first = chart.xAxisMinimum.value_or(entries.front().x);
   const double last = std::max(chart.xAxisMaximum.value_or(entries.back().x), first + 1e-9);
+  // Trading before and after the session is not shown.
+  const auto isShown = [&](const ChartEntry& entry) { return first <= entry.x && entry.x <= last; };
+  auto shown = entries | std::views::filter(isShown);
+  if (shown.empty()) {
+    return;
+  }
+  const auto [low, high] = std::ranges::minmax(shown, {}, &ChartEntry::y);
   const double span = std::max(high.y - low.y, 1e-12);
   QPolygonF line;
-  for (const ChartEntry& entry : entries) {
+  for (const ChartEntry& entry : shown) {
     line.append(QPointF(area.left() + (entry.x - first) / (last - first) * area.width(),
                         area.bottom() - (entry.y - low.y) / span * area.height()));
   }
@@ -211,10 +219,13 @@ void SourceRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
   drawLine(*painter, below, right, small, weak, Qt::AlignRight, !isSelected);
   double leftEnd = below.right() - rightWidth - spacing::narrow;
   if (thumbnail != nullptr && !thumbnail->isEmpty()) {
-    const QRectF area(
-        inner.right() - std::max(valueWidth, rightWidth) - spacing::medium - thumbnailWidth,
-        inner.top() + 4, thumbnailWidth, inner.height() - 8);
-    if (area.left() > inner.left() + 60) {
+    const double chartEnd = inner.right() - std::max(valueWidth, rightWidth) - spacing::narrow;
+    const double symbolEnd = inner.left() +
+                             QFontMetricsF(bold).horizontalAdvance(qtText(name.plainText())) +
+                             spacing::narrow;
+    const double width = std::min(thumbnailWidth, chartEnd - symbolEnd);
+    if (width >= leastThumbnailWidth) {
+      const QRectF area(chartEnd - width, inner.top() + 4, width, inner.height() - 8);
       drawThumbnail(*painter, area, *thumbnail,
                     isSelected ? strong : theme::colour(thumbnail->movementColour()));
       leftEnd = area.left() - spacing::narrow;

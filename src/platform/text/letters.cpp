@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <limits>
 
-
 namespace corvane {
 
 char32_t takeCharacter(std::string_view& text) {
