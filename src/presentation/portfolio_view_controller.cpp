@@ -93,6 +93,7 @@ void PortfolioViewController::observe() {
             std::ranges::find(*refreshed, living->currentData_.portfolio) != refreshed->end()) {
           living->refreshHeading();
           living->changeHandler();
+          living->fetchWhatWasMissing();
         }
       },
       DispatchQueue::main()));
@@ -224,9 +225,19 @@ void PortfolioViewController::fetchDidEnd(FetchResult result) {
   } else {
     surroundings_.presentError(*result.error());
   }
+  // The latest rates came with the series of rates.
+  refreshHeading();
   rebuildAssetMenu();
   redrawChart();
   showInTabs();
+}
+
+/// Asks again where prices or rates could not be had: an equity that had not been refreshed yet is
+/// known better now, and a network that was down may be back.
+void PortfolioViewController::fetchWhatWasMissing() {
+  if (!incompleteEquities_.empty() || !incompleteCurrencies_.empty()) {
+    reload(DatesChanged{});
+  }
 }
 
 void PortfolioViewController::take(PortfolioManager::FetchDailySnapshotsResult result) {

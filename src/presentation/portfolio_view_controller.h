@@ -127,6 +127,7 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   void rebuildDatePresets(const PortfolioManager& manager);
   void fetch(const std::shared_ptr<PortfolioManager>& manager);
   void fetchDidEnd(FetchResult result);
+  void fetchWhatWasMissing();
   void take(PortfolioManager::FetchDailySnapshotsResult result);
   void rebuildAssetMenu();
   void redrawChart();

@@ -17,6 +17,20 @@ EquitySet difference(EquitySet equities, const EquitySet& others) {
   return equities;
 }
 
+/// What a valuation of `portfolios` needs; one that cannot be listed needs nothing.
+EquitySet valuationEquities(const std::vector<PortfolioPointer>& portfolios) {
+  EquitySet equities;
+  for (const auto& portfolio : portfolios) {
+    if (const auto manager = portfolio->manager.lock()) {
+      try {
+        equities.merge(manager->valuationEquities(portfolio));
+      } catch (const Error&) {  // It has nothing to be refreshed then.
+      }
+    }
+  }
+  return equities;
+}
+
 }  // namespace
 
 std::shared_ptr<WatchlistManager> WatchlistManager::start(OpenModels openModels,
@@ -68,19 +82,9 @@ void WatchlistManager::refreshPortfolios() {
   for (const auto& model : openModels_()) {
     std::ranges::copy(model->portfolios(), std::back_inserter(portfolios));
   }
-  EquitySet equities;
-  for (const auto& portfolio : portfolios) {
-    if (const auto manager = portfolio->manager.lock()) {
-      try {
-        equities.merge(manager->valuationEquities(portfolio));
-      } catch (const Error&) {  // It has nothing to be refreshed then.
-      }
-    }
-  }
-
   const DispatchGroup group;
   refreshEquitySet(
-      difference(std::move(equities), recentlyRefreshedWatchlistEquities_),
+      difference(valuationEquities(portfolios), recentlyRefreshedWatchlistEquities_),
       [group] { group.enter(); }, [group](bool) { group.leave(); });
   group.notify(
       DispatchQueue::main(), [weakSelf = weak_from_this(),
@@ -114,15 +118,32 @@ void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model
       }
     }
   }
+  const EquitySet known = equities;
   equities = difference(std::move(equities), recentlyRefreshedWatchlistEquities_);
+  const auto post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios);
+  refreshEquitySet(equities, nullptr, [weakSelf = weak_from_this(), model, known, post](bool ok) {
+    if (!ok) {
+      return;
+    }
+    post();
+    DispatchQueue::main()->async([weakSelf, model, known] {
+      if (const auto self = weakSelf.lock()) {
+        self->refreshRates(*model, known);
+      }
+    });
+  });
+  recentlyRefreshedWatchlistEquities_ = std::move(equities);
+}
+
+void WatchlistManager::refreshRates(const WorkspaceModel& model, const EquitySet& known) {
+  const std::vector<PortfolioPointer> portfolios = model.portfolios();
   refreshEquitySet(
-      equities, nullptr,
+      difference(valuationEquities(portfolios), known), nullptr,
       [post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios)](bool ok) {
         if (ok) {
           post();
         }
       });
-  recentlyRefreshedWatchlistEquities_ = std::move(equities);
 }
 
 void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<void()>& begins,

@@ -61,7 +61,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   /// timer that is pending stays.
   void refreshPortfolios();
 
-  /// Refreshes the equities of a workspace that has just been opened.
+  /// Refreshes the equities of a workspace that has just been opened, and then the exchange rates
+  /// that they turn out to need: only a refresh tells in which currency an equity is traded.
   void refreshModel(const std::shared_ptr<WorkspaceModel>& model);
 
  private:
@@ -70,6 +71,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   /// Asks each provider for its part of `equities`. `begins` is called before each request, and
   /// `ended` after it on whatever thread.
   void refreshEquitySet(EquitySet equities, const std::function<void()>& begins, Ended ended);
+  /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
+  void refreshRates(const WorkspaceModel& model, const EquitySet& known);
   /// Posts for as long as this manager lives; callable on any thread.
   [[nodiscard]] std::function<void()> poster(std::string_view name, std::string_view key,
                                              std::any value);

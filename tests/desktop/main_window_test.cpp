@@ -29,7 +29,7 @@ class MainWindowTest : public ::testing::Test {
 };
 
 TEST_F(MainWindowTest, MakesAPortfolioThroughTheForm) {
-  EXPECT_FALSE(menuItem(*window, "New Transaction")->isEnabled());
+  EXPECT_FALSE(menuItem(*window, "Import Transactions")->isEnabled());
   menuItem(*window, "New Portfolio")->trigger();
   auto* form = openDialog<QDialog>(*window);
   ASSERT_NE(form, nullptr);
@@ -44,7 +44,7 @@ TEST_F(MainWindowTest, MakesAPortfolioThroughTheForm) {
   ASSERT_EQ(window->document()->model()->portfolios().size(), 1U);
   EXPECT_EQ(window->document()->model()->portfolios().front()->name, "Savings");
   EXPECT_TRUE(window->isWindowModified());
-  EXPECT_TRUE(menuItem(*window, "New Transaction")->isEnabled());
+  EXPECT_TRUE(menuItem(*window, "Import Transactions")->isEnabled());
   EXPECT_EQ(named<QListView>(*window, "Portfolios")->selectionModel()->selectedIndexes().size(), 1);
 }
 

@@ -22,7 +22,10 @@ class RefreshingProvider : public QuoteProvider {
   bool isSlow = false;  ///< keeps its answers
   std::vector<DispatchQueue::Work> answers;
 
+  std::function<void()> atRefresh = [] {};
+
   void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override {
+    atRefresh();
     auto& ids = refreshes.emplace_back();
     for (const auto& equity : equities) {
       ids.insert(equity->id());
@@ -163,6 +166,19 @@ TEST_F(WatchlistManagerTest, AChangeOfTheDataSourceAndANewDocumentRefreshAtOnce)
   manager->refreshPortfolios();
   waitFor([&] { return portfolioNews.size() == 4; });
   EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"BOTH"}));
+}
+
+TEST_F(WatchlistManagerTest, ADocumentGetsTheRatesThatItsEquitiesTurnOutToNeed) {
+  openModels.clear();
+  const auto manager = start();
+  waitFor([&] { return portfolioNews.size() == 1; });
+  const EquityPointer held = equity("HELD");
+  provider->atRefresh = [&] { held->currency = Currency::usd(); };
+  manager->refreshModel(model);
+  waitFor([&] { return portfolioNews.size() == 3; });
+  const EquityPointer rate = provider->exchangeRateEquity(Currency::usd(), Currency::cad());
+  EXPECT_THAT(provider->refreshes,
+              ElementsAre(WatchedIds{"HELD", "BOTH", "WATCHED"}, WatchedIds{rate->id()}));
 }
 
 TEST_F(WatchlistManagerTest, NothingIsPostedOnceTheManagerIsGone) {

@@ -29,7 +29,6 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       name_(new QLabel),
       value_(new QLabel),
       summary_(new AttributedLabel),
-      addTransaction_(new QPushButton(QStringLiteral("New Transaction…"))),
       details_(new QPushButton(QStringLiteral("Details…"))),
       asset_(new QComboBox),
       fetching_(new QProgressBar),
@@ -71,8 +70,6 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
 
   connect(tabs_, &QTabWidget::currentChanged, this,
           [this](int index) { controller_->selectTab(static_cast<std::size_t>(index)); });
-  connect(addTransaction_, &QPushButton::clicked, this,
-          [this] { controller_->createTransactionAction(); });
   connect(details_, &QPushButton::clicked, this, [this] { controller_->editPortfolioAction(); });
   connect(asset_, &QComboBox::activated, this,
           [this](int index) { controller_->chooseAsset(static_cast<std::size_t>(index)); });
@@ -103,7 +100,6 @@ QWidget* PortfolioView::makeHeading() {
   texts->addWidget(summary_);
   auto* buttons = new QHBoxLayout;
   buttons->setSpacing(spacing::narrow);
-  buttons->addWidget(addTransaction_);
   buttons->addWidget(details_);
 
   auto* heading = new QWidget;
@@ -149,7 +145,6 @@ void PortfolioView::update() {
   value_->setText(qtText(heading.value));
   summary_->setAttributedText(heading.summary);
   summary_->setVisible(!heading.summary.isEmpty());
-  addTransaction_->setEnabled(controller_->canCreateTransaction());
   details_->setEnabled(controller_->canEditPortfolio());
   fetching_->setVisible(controller_->isFetching());
   warning_->setText(qtText(controller_->warning()));

@@ -41,7 +41,6 @@ class PortfolioView : public QWidget {
   QLabel* name_;
   QLabel* value_;
   AttributedLabel* summary_;
-  QPushButton* addTransaction_;
   QPushButton* details_;
   QComboBox* asset_;
   QProgressBar* fetching_;

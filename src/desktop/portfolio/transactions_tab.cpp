@@ -62,7 +62,6 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
       title_(new QLabel),
       adapter_(new TransactionsAdapter(*controller_, this)),
       table_(new TableView(QStringLiteral("Transactions"))),
-      modify_(new QAction(this)),
       delete_(new QAction(this)) {
   title_->setFont(theme::font(1, QFont::DemiBold));
   table_->setTable(adapter_, *controller_);
@@ -73,16 +72,10 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   table_->setDragDropMode(QAbstractItemView::InternalMove);
   table_->setDragDropOverwriteMode(false);
   table_->setContextMenuPolicy(Qt::ActionsContextMenu);
-  modify_->setShortcut(Qt::Key_Return);
   delete_->setShortcut(QKeySequence::Delete);
-  for (QAction* action : {modify_, delete_}) {
-    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    table_->addAction(action);
-  }
-  connect(modify_, &QAction::triggered, this, [this] { controller_->modifyTransactionAction(); });
+  delete_->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  table_->addAction(delete_);
   connect(delete_, &QAction::triggered, this, [this] { controller_->deleteTransactionAction(); });
-  connect(table_, &QAbstractItemView::doubleClicked, this,
-          [this] { controller_->modifyTransactionAction(); });
   connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
     if (isShowingSelection_) {
       return;
@@ -148,9 +141,7 @@ void TransactionsTab::showSelection() {
 }
 
 void TransactionsTab::updateActions() {
-  modify_->setText(qtText(controller_->modifyMenuTitle()));
   delete_->setText(qtText(controller_->deleteMenuTitle()));
-  modify_->setEnabled(controller_->canModifyAndDelete());
   delete_->setEnabled(controller_->canModifyAndDelete());
 }
 

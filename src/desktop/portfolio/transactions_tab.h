@@ -22,7 +22,6 @@ class TransactionsTab : public QWidget {
   ~TransactionsTab() override;
 
   /// The commands for the selected rows, for the menu of the window as well.
-  [[nodiscard]] QAction* modifyAction() const { return modify_; }
   [[nodiscard]] QAction* deleteAction() const { return delete_; }
 
  private:
@@ -34,7 +33,6 @@ class TransactionsTab : public QWidget {
   QLabel* title_;
   TransactionsAdapter* adapter_;
   TableView* table_;
-  QAction* modify_;
   QAction* delete_;
   bool isShowingSelection_ = false;
 };

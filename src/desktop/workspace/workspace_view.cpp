@@ -149,9 +149,6 @@ void WorkspaceView::addPortfolioActions(QMenu* menu) {
   deletePortfolio_ = add(QStringLiteral("De&lete Portfolio…"), {},
                          [&portfolio] { portfolio.deletePortfolioAction(); });
   menu->addSeparator();
-  newTransaction_ = add(QStringLiteral("New &Transaction…"), Qt::CTRL | Qt::Key_T,
-                        [&portfolio] { portfolio.createTransactionAction(); });
-  menu->addAction(portfolio_->transactionsTab().modifyAction());
   menu->addAction(portfolio_->transactionsTab().deleteAction());
   menu->addSeparator();
   menu->addAction(source_->removeAction());
@@ -187,7 +184,6 @@ void WorkspaceView::updateActions() {
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   exportAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
-  newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
 }
 
 }  // namespace corvane::desktop

@@ -67,7 +67,6 @@ class WorkspaceView : public QWidget {
   QAction* importAction_ = nullptr;
   QAction* exportAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
-  QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
   QAction* deletePortfolio_ = nullptr;
 };
