@@ -107,8 +107,9 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 }  // namespace
 
 std::span<const Command> commands() {
-  static const std::array table = {createCommand(), importCommand(), listCommand(),
-                                   ledgerCommand(), verifyCommand(), removeCommand()};
+  static const std::array table = {
+      createCommand(), importCommand(), exportCommand(), listCommand(),   ledgerCommand(),
+      valueCommand(),  verifyCommand(), watchCommand(),  removeCommand(), backtestCommand()};
   return table;
 }
 

@@ -1,7 +1,7 @@
 #include <optional>
 
 #include "cli/commands.h"
-#include "cli/console_import_window.h"
+#include "cli/console_exchange_window.h"
 #include "cli/field_names.h"
 #include "cli/workspace_file.h"
 #include "exchange/import_controller.h"
@@ -11,12 +11,12 @@
 namespace corvane::cli {
 namespace {
 
-ImportAnswers answersIn(const CommandLine& line, const ImportBroker& broker) {
-  ImportAnswers answers = {.file = line.word(0),
-                           .fields = std::nullopt,
-                           .includesHeaderRow = !line.has("--no-header"),
-                           .dateFormat = line.value("--date-format"),
-                           .currencyCode = line.value("--currency")};
+ExchangeAnswers answersIn(const CommandLine& line, const ImportBroker& broker) {
+  ExchangeAnswers answers = {.file = line.word(0),
+                             .fields = std::nullopt,
+                             .includesHeaderRow = !line.has("--no-header"),
+                             .dateFormat = line.value("--date-format"),
+                             .currencyCode = line.value("--currency")};
   if (answers.currencyCode && !Currency::byCode().contains(*answers.currencyCode)) {
     throw UsageError("“" + *answers.currencyCode +
                      "” is not the code of a currency, such as CAD or EUR.");
@@ -32,7 +32,7 @@ void importStatement(const CommandLine& line, const Console& console) {
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   // The settings of the desktop's last import are not used: a command means the same each time.
   const auto importer = PortfolioTransactionsImporter::make(portfolio, nullptr);
-  const auto window = std::make_shared<ConsoleImportWindow>(answersIn(line, *importer), console);
+  const auto window = std::make_shared<ConsoleExchangeWindow>(answersIn(line, *importer), console);
   const auto controller = ImportController::make(importer);
 
   terminal::catchInterrupts();

@@ -20,13 +20,21 @@ void list(const CommandLine& line, const Console& console) {
                rows.empty() ? "" : dateText(rows.back()->settlementDate(), calendar)});
   }
   table.write(console.out);
+  const auto& watched = workspace.document()->model()->watchlistEquities;
+  if (!watched.empty()) {
+    console.out << "\nWatchlist:";
+    for (const EquityPointer& equity : watched) {
+      console.out << ' ' << equity->symbol;
+    }
+    console.out << '\n';
+  }
 }
 
 }  // namespace
 
 Command listCommand() {
   return {.name = "list",
-          .summary = "Lists the portfolios of a workspace.",
+          .summary = "Lists the portfolios and the watchlist of a workspace.",
           .words = {"WORKSPACE"},
           .options = {},
           .explanation = "",

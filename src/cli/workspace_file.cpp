@@ -66,13 +66,14 @@ bool WorkspaceFile::exists(const std::string& path) {
   return fs::exists(packagePath(path), ignored);
 }
 
-WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console, bool isNew)
+WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console,
+                             std::shared_ptr<QuoteProvider> provider, bool isNew)
     : path_(packagePath(path)),
       shell_(std::make_shared<ConsoleDocumentShell>(console)),
       window_(std::make_shared<NoWindow>()) {
   const auto info = InfoDictionary::fromFile(resourcePath(InfoDictionary::fileName));
   document_ = std::make_shared<WorkspaceDocument>(WorkspaceSurroundings{
-      .sharedQuoteProvider = [provider = makeOfflineProvider()] { return provider; },
+      .sharedQuoteProvider = [provider = std::move(provider)] { return provider; },
       .appBundleVersion = info.bundleVersion(),
       .appMarketingVersion = info.shortVersion(),
       .shell = shell_});

@@ -16,7 +16,11 @@ class WorkspaceFile {
  public:
   /// Opens the workspace at `path`, or makes a new one where `isNew`. A name without the extension
   /// of workspaces gets it, unless something of that name is there.
-  WorkspaceFile(const std::string& path, const Console& console, bool isNew = false);
+  WorkspaceFile(const std::string& path, const Console& console, bool isNew = false)
+      : WorkspaceFile(path, console, makeOfflineProvider(), isNew) {}
+  /// The same with a provider that has prices.
+  WorkspaceFile(const std::string& path, const Console& console,
+                std::shared_ptr<QuoteProvider> provider, bool isNew = false);
 
   [[nodiscard]] static bool exists(const std::string& path);
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <utility>
+#include <vector>
 
 #include "core/price_conversion.h"
 #include "platform/async/dispatch_queue.h"
@@ -35,6 +38,20 @@ std::optional<PriceAdjustment> conversionTarget(const QuoteFetchResult& result,
                     subject);
 }
 
+/// `history` with the later events that `result` tells of itself. The history was asked for up to
+/// the equity's latest date, and an answer of today may know more than an equity that has not been
+/// refreshed yet. Bars before an event that is left out would come out wrong.
+std::vector<EquityEvent> completed(std::vector<EquityEvent> history,
+                                   const QuoteFetchResult& result) {
+  const auto latest = std::ranges::max_element(history, {}, &EquityEvent::date);
+  const Date known = latest == history.end() ? Date::distantPast() : latest->date;
+  if (result.events) {
+    std::ranges::copy_if(*result.events, std::back_inserter(history),
+                         [&](const EquityEvent& event) { return known < event.date; });
+  }
+  return history;
+}
+
 }  // namespace
 
 /// What the adjuster and the conversions that wait in its queue share. Whatever waits keeps it
@@ -57,7 +74,8 @@ struct PriceAdjuster::History {
     if (!events) {
       return failure(QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}));
     }
-    return converted(std::move(result), target, *events);
+    const std::vector<EquityEvent> all = completed(*events, result);
+    return converted(std::move(result), target, all);
   }
 
   const std::shared_ptr<QuoteProvider> eventsProvider;

@@ -16,15 +16,15 @@ namespace corvane {
 /// A portfolio, a range of days, and what is known of it there. A value that the screen fills and
 /// hands to each of its tabs; the tabs fetch nothing themselves. Main queue only.
 struct PortfolioDataSlice {
-  PortfolioPointer portfolio;  ///< null for none
+  PortfolioPointer portfolio = nullptr;  ///< null for none
   ClosedRange<YearMonthDay> ymdRange{{}, {}};
   /// The days as moments, from the start of the first to the last second of the last one.
   ClosedRange<Date> nominalDateRange{Date::distantPast(), Date::distantPast()};
   /// The rows that settle in the range, in ledger order; none until selectDays has looked for them.
-  std::optional<std::vector<TransactionPointer>> transactions;
+  std::optional<std::vector<TransactionPointer>> transactions = {};
   /// The daily balance sheets of the range; null until they have been fetched. Copies of the slice
   /// share them.
-  std::shared_ptr<const PortfolioSnapshotGroup> snapshotGroup;
+  std::shared_ptr<const PortfolioSnapshotGroup> snapshotGroup = nullptr;
 
   /// Makes `days`, in the calendar of the portfolio's manager, the range of the slice, with its
   /// dates and its rows. What was fetched stays. Without a manager the dates are the earliest that

@@ -68,8 +68,8 @@ void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
   const auto global = DispatchQueue::global();
   try {
     CacheQuoteProvider& cache = *provider_->cacheProvider;
-    const auto plan = cache.coveragePlan(query_);
     latestEventDate_ = cache.latestEventDate(query_.equity);
+    const auto plan = cache.coveragePlan(withAllKnownEvents(query_));
     timesCleared_ = provider_->timesCleared(query_.equity);
     for (const QuoteQuery& exact : plan.exactQueries) {
       readExact(exact);
@@ -90,6 +90,18 @@ void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
     return;
   }
   group_.notify(global, [self = shared_from_this()] { self->finish(); });
+}
+
+/// `query`, up to the last event that is known where it asks for the whole history. An equity that
+/// has not been refreshed yet ends it sooner, but prices of later days may be there already, and
+/// converting them takes the events of those days.
+QuoteQuery SmartFetch::withAllKnownEvents(QuoteQuery query) const {
+  if (std::holds_alternative<QuoteQuery::EventsWithoutAdjustment>(query.seeking) &&
+      query.seeksWholeEventHistory() && latestEventDate_ &&
+      query.dateRange.upper() < *latestEventDate_) {
+    query.dateRange = DateRange(query.dateRange.lower(), *latestEventDate_);
+  }
+  return query;
 }
 
 void SmartFetch::readExact(const QuoteQuery& query) {

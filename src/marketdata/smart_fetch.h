@@ -35,6 +35,7 @@ class SmartFetch : public std::enable_shared_from_this<SmartFetch> {
   enum class Settlement { stored, outdated };
 
   // On the main queue, before anything is under way or beside it.
+  [[nodiscard]] QuoteQuery withAllKnownEvents(QuoteQuery query) const;
   void readExact(const QuoteQuery& query);
   void convert(const QuoteQuery& cached, PriceAdjuster& adjuster);
   void request(QuoteQuery missing, const std::shared_ptr<PriceAdjuster>& adjuster);

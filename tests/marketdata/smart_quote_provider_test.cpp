@@ -210,6 +210,18 @@ TEST_F(SmartQuoteProviderTest, ConvertsNothingThatANewSplitHasOvertaken) {
   EXPECT_EQ(quotes(0, 30, adjustedForSplits), truth(0, 30, adjustedForSplits));
 }
 
+/// The equity's own dates are those of its last refresh, and the history is asked for up to there.
+TEST_F(SmartQuoteProviderTest, ConvertsByASplitThatIsLaterThanTheEquitysLatestDate) {
+  tomorrow(20);
+  quotes(0, 20, marketNominal);
+  source->today = 30;
+  source->events["ABC"] = {split(25, 2, 1)};
+  for (const PriceAdjustment prices :
+       {marketNominal, adjustedForSplits, adjustedForSplitsAndDividends}) {
+    EXPECT_EQ(quotes(0, 30, prices), truth(0, 30, prices)) << caseName(prices);
+  }
+}
+
 /// A source that keeps telling of an event after all that it calls final.
 TEST_F(SmartQuoteProviderTest, AnswersInTheFaceOfAnEventThatNeverBecomesFinal) {
   tomorrow(20);

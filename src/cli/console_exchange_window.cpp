@@ -1,4 +1,4 @@
-#include "cli/console_import_window.h"
+#include "cli/console_exchange_window.h"
 
 #include <algorithm>
 #include <cassert>
@@ -8,24 +8,24 @@
 
 namespace corvane::cli {
 
-void ConsoleImportWindow::cancel() {
+void ConsoleExchangeWindow::cancel() {
   if (progress_ != nullptr) {
     progress_->cancel();
   }
 }
 
-void ConsoleImportWindow::beginOpenPanel(const OpenPanel& /*panel*/, PanelCompletion completion) {
+void ConsoleExchangeWindow::beginOpenPanel(const OpenPanel& /*panel*/, PanelCompletion completion) {
   completion(answers_.file);
 }
 
-void ConsoleImportWindow::beginSavePanel(const SavePanel& /*panel*/, PanelCompletion completion) {
-  completion(std::nullopt);
+void ConsoleExchangeWindow::beginSavePanel(const SavePanel& /*panel*/, PanelCompletion completion) {
+  completion(answers_.file);
 }
 
-void ConsoleImportWindow::setSavePanelContentTypes(
+void ConsoleExchangeWindow::setSavePanelContentTypes(
     const std::vector<ContentType>& /*contentTypes*/) {}
 
-void ConsoleImportWindow::beginFieldSetup(
+void ConsoleExchangeWindow::beginFieldSetup(
     const std::shared_ptr<ImportExportFieldSetupViewController>& setup, SheetParent /*parent*/) {
   try {
     setUpColumns(*setup);
@@ -38,7 +38,7 @@ void ConsoleImportWindow::beginFieldSetup(
   setup->submit();
 }
 
-void ConsoleImportWindow::setUpColumns(ImportExportFieldSetupViewController& setup) {
+void ConsoleExchangeWindow::setUpColumns(ImportExportFieldSetupViewController& setup) {
   setup.setIncludesHeaderRow(answers_.includesHeaderRow);
   if (!answers_.fields) {
     return;
@@ -57,7 +57,7 @@ void ConsoleImportWindow::setUpColumns(ImportExportFieldSetupViewController& set
   }
 }
 
-void ConsoleImportWindow::setUpAccessory(ImportExportFieldSetupViewController& setup) const {
+void ConsoleExchangeWindow::setUpAccessory(ImportExportFieldSetupViewController& setup) const {
   auto* accessory = dynamic_cast<PortfolioTransactionsImporterAccessoryViewController*>(
       setup.accessoryViewController.get());
   if (accessory == nullptr) {
@@ -77,7 +77,7 @@ void ConsoleImportWindow::setUpAccessory(ImportExportFieldSetupViewController& s
   }
 }
 
-void ConsoleImportWindow::beginProgress(
+void ConsoleExchangeWindow::beginProgress(
     const std::shared_ptr<ImportExportProgressViewController>& progress) {
   progress_ = progress;
   bar_.emplace(console_.err, progress->statusLabel.text);
@@ -87,14 +87,14 @@ void ConsoleImportWindow::beginProgress(
   };
 }
 
-void ConsoleImportWindow::endProgress() {
+void ConsoleExchangeWindow::endProgress() {
   bar_.reset();
   progress_->viewDidUpdate = nullptr;
   progress_ = nullptr;
 }
 
-void ConsoleImportWindow::presentError(const Error& error,
-                                       std::move_only_function<void()> dismissed) {
+void ConsoleExchangeWindow::presentError(const Error& error,
+                                         std::move_only_function<void()> dismissed) {
   hasPresentedError_ = true;
   console_.present(error);
   dismissed();

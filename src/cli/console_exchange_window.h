@@ -1,4 +1,4 @@
-// The user of an import is a command line that has said everything beforehand.
+// The user of an import or an export is a command line that has said everything beforehand.
 #pragma once
 
 #include <filesystem>
@@ -15,21 +15,22 @@
 
 namespace corvane::cli {
 
-/// What a command line says about an import.
-struct ImportAnswers {
-  std::filesystem::path file;
+/// What a command line says about an import or an export.
+struct ExchangeAnswers {
+  std::filesystem::path file;  ///< to be read or written
+  // Of an import.
   /// The fields of the columns; columns beyond them are ignored. None keeps what the program
   /// offers.
-  std::optional<std::vector<std::string>> fields;
+  std::optional<std::vector<std::string>> fields = std::nullopt;
   bool includesHeaderRow = true;
-  std::optional<std::string> dateFormat;
-  std::optional<std::string> currencyCode;
+  std::optional<std::string> dateFormat = std::nullopt;
+  std::optional<std::string> currencyCode = std::nullopt;
 };
 
 /// Answers panels and sheets, shows progress on a terminal, and writes errors.
-class ConsoleImportWindow : public ImportExportWindow {
+class ConsoleExchangeWindow : public ImportExportWindow {
  public:
-  ConsoleImportWindow(ImportAnswers answers, const Console& console)
+  ConsoleExchangeWindow(ExchangeAnswers answers, const Console& console)
       : answers_(std::move(answers)), console_(console) {}
 
   /// Cancels what is under way.
@@ -51,7 +52,7 @@ class ConsoleImportWindow : public ImportExportWindow {
   void setUpColumns(ImportExportFieldSetupViewController& setup);
   void setUpAccessory(ImportExportFieldSetupViewController& setup) const;
 
-  const ImportAnswers answers_;
+  const ExchangeAnswers answers_;
   const Console& console_;
   bool hasPresentedError_ = false;
   std::shared_ptr<ImportExportProgressViewController> progress_;

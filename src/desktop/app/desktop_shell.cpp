@@ -1,0 +1,66 @@
+#include "desktop/app/desktop_shell.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QUrl>
+
+#include "desktop/look/alert_box.h"
+#include "desktop/look/qt_text.h"
+
+namespace corvane::desktop {
+
+void DesktopShell::applyMenuState(const ApplicationMenuState& state) {
+  menuState_ = state;
+  menuStateChanged();
+}
+
+void DesktopShell::runAlert(const std::string& messageText, const std::string& informativeText) {
+  (void)ask(QApplication::activeWindow(), AlertKind::warning, qtText(messageText),
+            qtText(informativeText), {QStringLiteral("OK")});
+}
+
+void DesktopShell::presentError(const Error& error) {
+  showError(QApplication::activeWindow(), error);
+}
+
+void DesktopShell::openExternally(const std::filesystem::path& file) {
+  QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file)));
+}
+
+void DesktopShell::showWebDocument(const std::filesystem::path& file, double /*timeoutSeconds*/) {
+  if (help_ == nullptr) {
+    help_ = std::make_unique<HelpWindow>();
+  }
+  help_->showPage(file);
+}
+
+void DesktopShell::showNetworkActivityWindow(bool inFront) {
+  if (activity_ == nullptr) {
+    activity_ = std::make_unique<NetworkActivityWindow>();
+  }
+  activity_->setAttribute(Qt::WA_ShowWithoutActivating, !inFront);
+  activity_->show();
+  if (inFront) {
+    activity_->raise();
+    activity_->activateWindow();
+  } else {
+    activity_->lower();
+  }
+}
+
+bool DesktopShell::isNetworkActivityWindowVisible() const {
+  return activity_ != nullptr && activity_->isVisible();
+}
+
+void DesktopShell::clearActivity() {
+  if (activity_ != nullptr) {
+    activity_->controller().clearActivity();
+  }
+}
+
+void DesktopShell::closeWindows() {
+  help_.reset();
+  activity_.reset();
+}
+
+}  // namespace corvane::desktop

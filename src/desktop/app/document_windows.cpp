@@ -1,0 +1,113 @@
+#include "desktop/app/document_windows.h"
+
+#include <QStandardPaths>
+#include <algorithm>
+
+#include "desktop/app/workspace_panels.h"
+#include "desktop/look/alert_box.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/workspace/main_window.h"
+#include "platform/async/dispatch_queue.h"
+
+namespace corvane::desktop {
+
+std::filesystem::path folderForPanels(const WorkspaceDocument* document) {
+  if (document != nullptr && document->fileURL()) {
+    return document->fileURL()->parent_path();
+  }
+  return filePath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+}
+
+std::shared_ptr<MainWindow> DocumentWindows::windowOf(const WorkspaceDocument& document) const {
+  const auto found = windows_.find(&document);
+  return found == windows_.end() ? nullptr : found->second;
+}
+
+std::vector<std::shared_ptr<MainWindow>> DocumentWindows::windows() const {
+  std::vector<std::shared_ptr<MainWindow>> all;
+  for (const auto& [document, window] : windows_) {
+    all.push_back(window);
+  }
+  return all;
+}
+
+void DocumentWindows::keepOnly(const std::vector<std::shared_ptr<WorkspaceDocument>>& open) {
+  std::erase_if(windows_, [&](const auto& entry) {
+    if (std::ranges::find(open, entry.first, &std::shared_ptr<WorkspaceDocument>::get) !=
+        open.end()) {
+      return false;
+    }
+    entry.second->hide();
+    // A window that is closing is still being called by Qt.
+    DispatchQueue::main()->async([window = entry.second] {});
+    return true;
+  });
+}
+
+void DocumentWindows::updateTitles() {
+  for (const auto& [document, window] : windows_) {
+    window->updateTitle();
+  }
+}
+
+QWidget* DocumentWindows::widgetOf(const WorkspaceDocument& document) const {
+  return windowOf(document).get();
+}
+
+std::shared_ptr<WorkspaceDocumentModelHaving> DocumentWindows::showWindow(
+    const std::shared_ptr<WorkspaceDocument>& document) {
+  auto& window = windows_[document.get()];
+  if (window == nullptr) {
+    window = makeWindow_(document);
+  }
+  window->show();
+  window->raise();
+  window->activateWindow();
+  return window;
+}
+
+DocumentShell::ChangesAnswer DocumentWindows::askToSaveChanges(WorkspaceDocument& document) {
+  if (QWidget* window = widgetOf(document)) {
+    window->raise();
+    window->activateWindow();
+  }
+  const QString message = QStringLiteral("Do you want to save the changes you made to “%1”?")
+                              .arg(qtText(document.displayName()));
+  switch (ask(widgetOf(document), AlertKind::warning, message,
+              QStringLiteral("Your changes will be lost if you don’t save them."),
+              {QStringLiteral("Save"), QStringLiteral("Don’t Save"), QStringLiteral("Cancel")})) {
+    case 0:
+      return ChangesAnswer::save;
+    case 1:
+      return ChangesAnswer::discard;
+    default:
+      return ChangesAnswer::cancel;
+  }
+}
+
+std::optional<std::filesystem::path> DocumentWindows::askForLocation(WorkspaceDocument& document) {
+  return askWhereToSaveWorkspace(widgetOf(document), folderForPanels(&document),
+                                 qtText(document.displayName()));
+}
+
+bool DocumentWindows::askToReplace(WorkspaceDocument& document, const DocumentError& problem) {
+  const ErrorText text = errorText(problem);
+  return ask(widgetOf(document), AlertKind::critical, text.message, text.suggestion,
+             {QStringLiteral("Replace"), QStringLiteral("Cancel")}) == 0;
+}
+
+void DocumentWindows::showAlert(WorkspaceDocument& document, const DocumentAlert& alert,
+                                std::function<void(std::size_t)> pressed) {
+  QStringList buttons;
+  for (const std::string& button : alert.buttons) {
+    buttons.append(qtText(button));
+  }
+  desktop::showAlert(widgetOf(document), AlertKind::message, qtText(alert.messageText),
+                     qtText(alert.informativeText), buttons, std::move(pressed));
+}
+
+void DocumentWindows::presentError(WorkspaceDocument& document, const Error& error) {
+  showError(widgetOf(document), error);
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,161 @@
+#include "desktop/app/screen_renderer.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QPainter>
+#include <QPixmap>
+#include <QTabWidget>
+#include <QTimer>
+#include <cerrno>
+
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/portfolio/portfolio_view.h"
+#include "desktop/workspace/main_window.h"
+#include "desktop/workspace/workspace_view.h"
+#include "platform/system/file_manager.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int pollMilliseconds = 10;
+
+/// `text` as a part of a file name.
+QString slug(const QString& text) {
+  QString made;
+  for (const QChar c : text.toLower()) {
+    if (c.isLetterOrNumber()) {
+      made.append(c);
+    } else if (!made.isEmpty() && !made.endsWith(QLatin1Char('-'))) {
+      made.append(QLatin1Char('-'));
+    }
+  }
+  while (made.endsWith(QLatin1Char('-'))) {
+    made.chop(1);
+  }
+  return made.isEmpty() ? QStringLiteral("unnamed") : made;
+}
+
+/// The dialog of `window` that is open.
+QDialog* openDialog(const QWidget& window) {
+  for (QDialog* dialog : window.findChildren<QDialog*>()) {
+    if (dialog->isVisible()) {
+      return dialog;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder, QSize size)
+    : window_(window), folder_(std::move(folder)), size_(size) {
+  std::error_code error;
+  std::filesystem::create_directories(folder_, error);
+  if (error) {
+    throw FileError("create", folder_, error.value());
+  }
+}
+
+bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& written) {
+  written_ = written;
+  window_.setFixedSize(size_);
+  for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
+    theme::apply(*qApp, appearance);
+    appearance_ =
+        appearance == Appearance::light ? QStringLiteral("light") : QStringLiteral("dark");
+    renderScreens();
+  }
+  return !hasFailed_;
+}
+
+void ScreenRenderer::renderScreens() {
+  auto& source = *window_.workspaceView().controller().masterSourceViewController;
+  source.setCurrentDetailObject({});
+  write(QStringLiteral("start"));
+  for (std::size_t i = 0; i < source.numberOfPortfolioRows(); ++i) {
+    source.selectPortfolioRow(i);
+    renderPortfolio(i);
+  }
+  renderForms();
+}
+
+void ScreenRenderer::renderPortfolio(std::size_t index) {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  const PortfolioViewController& portfolio = *frame.portfolioViewController;
+  if (!waitUntil([&] { return !portfolio.isFetching(); })) {
+    hasFailed_ = true;
+  }
+  QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
+  const int shownBefore = tabs.currentIndex();
+  const QString name =
+      QStringLiteral("portfolio-%1-%2").arg(index + 1).arg(slug(qtText(portfolio.heading().name)));
+  for (int tab = 0; tab < tabs.count(); ++tab) {
+    tabs.setCurrentIndex(tab);
+    write(name + QLatin1Char('-') + slug(tabs.tabText(tab)));
+  }
+  tabs.setCurrentIndex(shownBefore);
+}
+
+void ScreenRenderer::renderForms() {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  const auto render = [&](const QString& name, const std::function<void()>& open) {
+    open();
+    if (openDialog(window_) != nullptr) {
+      write(name);
+      openDialog(window_)->reject();
+    }
+  };
+  render(QStringLiteral("form-new-portfolio"), [&] { frame.createPortfolioAction(); });
+  if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
+    PortfolioViewController& portfolio = *frame.portfolioViewController;
+    render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
+    render(QStringLiteral("panel-export"),
+           [&] { window_.workspaceView().portfolioExport().exportAction(); });
+    render(QStringLiteral("form-new-transaction"), [&] { portfolio.createTransactionAction(); });
+  }
+}
+
+void ScreenRenderer::write(const QString& name) {
+  // Layouts, fonts and queued drawing settle first.
+  for (int i = 0; i < 3; ++i) {
+    QApplication::sendPostedEvents();
+    QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+  }
+  QPixmap picture = window_.grab();
+  if (QDialog* dialog = openDialog(window_)) {
+    QPainter painter(&picture);
+    painter.fillRect(picture.rect(), QColor(0, 0, 0, 90));
+    const QPixmap front = dialog->grab();
+    const QPoint corner((picture.width() - front.width()) / 2,
+                        (picture.height() - front.height()) / 2);
+    painter.drawPixmap(corner, front);
+    painter.setPen(theme::colour(Colour::Name::separator));
+    painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
+  }
+  const std::filesystem::path file =
+      folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));
+  if (picture.save(qtPath(file), "PNG")) {
+    written_(file);
+  } else {
+    hasFailed_ = true;
+  }
+}
+
+bool ScreenRenderer::waitUntil(const std::function<bool()>& isDone) {
+  QElapsedTimer clock;
+  clock.start();
+  QTimer poll;
+  poll.start(pollMilliseconds);
+  while (!isDone()) {
+    if (clock.hasExpired(deadlineMilliseconds)) {
+      return false;
+    }
+    QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+  return true;
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,48 @@
+// Draws the screens of a workspace into files, for machines without a display.
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+class QWidget;
+
+namespace corvane::desktop {
+
+class MainWindow;
+
+/// Goes through every screen of a window and writes each to a PNG file.
+class ScreenRenderer {
+ public:
+  static constexpr QSize pictureSize{1280, 800};
+  /// How long a screen may wait for its prices.
+  static constexpr int deadlineMilliseconds = 60'000;
+
+  /// Files go to `folder`, which is made where it is missing. Throws FileError.
+  ScreenRenderer(MainWindow& window, std::filesystem::path folder, QSize size = pictureSize);
+
+  /// Writes all screens in both appearances. `written` is told each file when it is there. False
+  /// where a file could not be written or a screen's prices did not arrive in time.
+  bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
+
+  /// Runs the event loop until `isDone` holds; whether it did before the deadline.
+  static bool waitUntil(const std::function<bool()>& isDone);
+
+ private:
+  void renderScreens();
+  void renderPortfolio(std::size_t index);
+  void renderForms();
+  /// Writes the window, and on it the dialog that is open, where there is one.
+  void write(const QString& name);
+
+  MainWindow& window_;
+  const std::filesystem::path folder_;
+  const QSize size_;
+  QString appearance_;
+  std::function<void(const std::filesystem::path&)> written_;
+  bool hasFailed_ = false;
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,66 @@
+#include "desktop/app/workspace_panels.h"
+
+#include "desktop/look/qt_text.h"
+#include "storage/workspace_document.h"
+
+namespace corvane::desktop {
+namespace {
+
+bool isWorkspace(const QString& path) {
+  return filePath(path).extension() == WorkspaceDocument::filenameExtension;
+}
+
+}  // namespace
+
+OpenWorkspacePanel::OpenWorkspacePanel(QWidget* parent, const std::filesystem::path& startFolder)
+    : QFileDialog(parent, QStringLiteral("Open Workspace"), qtPath(startFolder)) {
+  // The system's panels of folders would enter a workspace.
+  setOption(DontUseNativeDialog);
+  setFileMode(Directory);
+  setOption(ShowDirsOnly);
+  setLabelText(FileName, QStringLiteral("Workspace:"));
+  setLabelText(Accept, QStringLiteral("Open"));
+  connect(this, &QFileDialog::directoryEntered, this, [this](const QString& folder) {
+    if (isWorkspace(folder)) {
+      choose(folder);
+    }
+  });
+}
+
+std::optional<std::filesystem::path> OpenWorkspacePanel::ask() {
+  if (exec() != Accepted || chosen_.isEmpty()) {
+    return std::nullopt;
+  }
+  return filePath(chosen_);
+}
+
+void OpenWorkspacePanel::accept() {
+  const QStringList files = selectedFiles();
+  if (files.isEmpty()) {
+    return;
+  }
+  if (isWorkspace(files.constFirst())) {
+    choose(files.constFirst());
+  } else {
+    setDirectory(files.constFirst());
+  }
+}
+
+void OpenWorkspacePanel::choose(const QString& path) {
+  chosen_ = path;
+  done(Accepted);
+}
+
+std::optional<std::filesystem::path> askWhereToSaveWorkspace(
+    QWidget* parent, const std::filesystem::path& startFolder, const QString& name) {
+  const QString filename = name + qtText(WorkspaceDocument::filenameExtension);
+  const QString chosen = QFileDialog::getSaveFileName(
+      parent, QStringLiteral("Save Workspace"), qtPath(startFolder) + QLatin1Char('/') + filename,
+      QStringLiteral("Corvane workspaces (*.corvane)"), nullptr, QFileDialog::DontConfirmOverwrite);
+  if (chosen.isEmpty()) {
+    return std::nullopt;
+  }
+  return filePath(chosen);
+}
+
+}  // namespace corvane::desktop

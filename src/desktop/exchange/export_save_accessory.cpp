@@ -1,0 +1,52 @@
+#include "desktop/exchange/export_save_accessory.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "desktop/look/theme.h"
+
+namespace corvane::desktop {
+
+ExportSaveAccessory::ExportSaveAccessory(
+    std::shared_ptr<ExportSaveAccessoryViewController> controller, QWidget* parent)
+    : QWidget(parent),
+      controller_(std::move(controller)),
+      commas_(new QRadioButton(QStringLiteral("&Commas"))),
+      tabs_(new QRadioButton(QStringLiteral("&Tabs"))),
+      header_(new QCheckBox(QStringLiteral("Include &header row"))) {
+  auto* fields = new QPushButton(QStringLiteral("Configure &Fields…"));
+  fields->setAutoDefault(false);
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(0, spacing::narrow, 0, 0);
+  row->setSpacing(spacing::medium);
+  row->addWidget(new QLabel(QStringLiteral("Delimited by:")));
+  row->addWidget(commas_);
+  row->addWidget(tabs_);
+  row->addSpacing(spacing::wide);
+  row->addWidget(header_);
+  row->addStretch(1);
+  row->addWidget(fields);
+
+  connect(commas_, &QRadioButton::clicked, this, [this] { controller_->delimitByCommas(); });
+  connect(tabs_, &QRadioButton::clicked, this, [this] { controller_->delimitByTabs(); });
+  connect(header_, &QCheckBox::clicked, this,
+          [this](bool isOn) { controller_->setIncludesHeaderRow(isOn); });
+  connect(fields, &QPushButton::clicked, this, [this] { controller_->configureFields(); });
+  controller_->viewDidUpdate = [this] { update(); };
+  update();
+}
+
+ExportSaveAccessory::~ExportSaveAccessory() {
+  controller_->viewDidUpdate = nullptr;
+}
+
+void ExportSaveAccessory::update() {
+  commas_->setChecked(controller_->delimitByCommasButton.isOn);
+  tabs_->setChecked(controller_->delimitByTabsButton.isOn);
+  header_->setChecked(controller_->headerRowCheckboxButton.isOn);
+}
+
+}  // namespace corvane::desktop

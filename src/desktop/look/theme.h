@@ -1,0 +1,52 @@
+// How the program looks: colours, fonts and spacing, light or dark as the system has it.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QIcon>
+
+#include "platform/text/attributed_text.h"
+#include "platform/text/colour.h"
+
+class QApplication;
+
+namespace corvane::desktop {
+
+/// Distances in device-independent pixels; every layout is built from these.
+namespace spacing {
+constexpr int tight = 4;
+constexpr int narrow = 8;
+constexpr int medium = 12;
+constexpr int wide = 16;
+constexpr int section = 24;
+}  // namespace spacing
+
+namespace theme {
+
+/// Sets style, font, palette and style sheet of `application` for `appearance`. Widgets hear of a
+/// change as QEvent::PaletteChange.
+void apply(QApplication& application, Appearance appearance);
+
+/// What is applied now.
+[[nodiscard]] Appearance appearance();
+
+[[nodiscard]] QColor colour(const Colour& colour);
+
+/// The background of the source list, a shade away from that of the content.
+[[nodiscard]] QColor sidebarBackground();
+
+/// The application's font in other sizes and weights; `factor` is relative to the body text.
+[[nodiscard]] QFont font(double factor, QFont::Weight weight = QFont::Normal);
+/// Figures of one width, for columns of numbers.
+[[nodiscard]] QFont monospacedFont(QFont::Weight weight = QFont::Normal);
+/// The sizes of the body text that tables and their figures have.
+constexpr double tableFactor = 0.96;
+constexpr double figureFactor = 0.92;
+/// `base` with the weight and the figures of `style`.
+[[nodiscard]] QFont font(const QFont& base, const TextStyle& style);
+
+/// The application's icon, drawn at every size that a desktop asks for.
+[[nodiscard]] QIcon applicationIcon();
+
+}  // namespace theme
+}  // namespace corvane::desktop

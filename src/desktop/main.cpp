@@ -1,0 +1,140 @@
+// The desktop program.
+
+#include <QApplication>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "desktop/app/command_line.h"
+#include "desktop/app/desktop_application.h"
+#include "desktop/app/screen_renderer.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/look/system_appearance.h"
+#include "desktop/look/theme.h"
+#include "desktop/workspace/main_window.h"
+#include "marketdata/yahoo_quote_provider.h"
+#include "samplemarket/sample_market.h"
+#include "storage/watchlist_manager.h"
+
+namespace corvane::desktop {
+namespace {
+
+/// Where prices come from in this run.
+class Prices {
+ public:
+  /// The invented market in the program, or the network.
+  explicit Prices(bool areInvented) {
+    if (areInvented) {
+      market_ = std::make_unique<SampleMarket>();
+      cacheFolder_ = std::make_unique<QTemporaryDir>();
+    }
+  }
+
+  [[nodiscard]] std::shared_ptr<QuoteProvider> makeProvider() const {
+    YahooService service = YahooService::named(UserDefaults::standard());
+    if (market_ != nullptr) {
+      service.scheme = "http";
+      service.apiHost = market_->host();
+      service.webHost = market_->host();
+      service.port = market_->port();
+    }
+    return std::make_shared<YahooQuoteProvider>(std::move(service));
+  }
+
+  /// Invented prices must never get among the real ones.
+  [[nodiscard]] std::optional<std::filesystem::path> cacheURL() const {
+    if (cacheFolder_ == nullptr) {
+      return std::nullopt;
+    }
+    return filePath(cacheFolder_->filePath(QStringLiteral("SampleMarketCache.sqlite3")));
+  }
+
+  /// The sample holds what is traded where the prices come from.
+  [[nodiscard]] std::string sampleWorkspace() const {
+    return market_ != nullptr ? "SampleMarket.corvane" : "Sample.corvane";
+  }
+
+ private:
+  std::unique_ptr<SampleMarket> market_;
+  std::unique_ptr<QTemporaryDir> cacheFolder_;
+};
+
+/// Fetches the recent prices of all that is in `model`, and waits for them. Screens that are drawn
+/// once have no second look.
+std::shared_ptr<WatchlistManager> refresh(const std::shared_ptr<WorkspaceModel>& model) {
+  auto manager = WatchlistManager::start([model] { return std::vector{model}; });
+  const auto isKnown = [](const EquityPointer& equity) { return equity->isAuthoritative; };
+  ScreenRenderer::waitUntil([&] {
+    bool areAllKnown = std::ranges::all_of(model->watchlistEquities, isKnown);
+    for (const PortfolioPointer& portfolio : model->portfolios()) {
+      const auto ledger = portfolio->manager.lock();
+      areAllKnown = areAllKnown && ledger != nullptr &&
+                    std::ranges::all_of(ledger->valuationEquities(portfolio), isKnown);
+    }
+    return areAllKnown;
+  });
+  return manager;
+}
+
+int render(DesktopApplication& program, const CommandLine& line) {
+  try {
+    const auto document = program.documentController().openDocument(
+        line.workspace.value_or(program.sampleWorkspace()));
+    const auto window = program.windows().windowOf(*document);
+    const auto refreshes = refresh(document->model());
+    ScreenRenderer renderer(*window, *line.renderFolder);
+    const bool isComplete = renderer.renderAll(
+        [](const std::filesystem::path& file) { std::cout << file.string() << std::endl; });
+    return isComplete ? 0 : 1;
+  } catch (const Error& error) {
+    std::cerr << error << '\n';
+    return 1;
+  }
+}
+
+int run(int argumentCount, char** arguments) {
+  QStringList texts;
+  for (int i = 1; i < argumentCount; ++i) {
+    texts.append(QString::fromLocal8Bit(arguments[i]));
+  }
+  const auto parsed = CommandLine::parse(texts, CORVANE_VERSION);
+  if (const auto* message = std::get_if<CommandLine::Message>(&parsed)) {
+    (message->exitStatus == 0 ? std::cout : std::cerr) << message->text << '\n';
+    return message->exitStatus;
+  }
+  const auto& line = std::get<CommandLine>(parsed);
+  if (line.renderFolder && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  }
+
+  QApplication application(argumentCount, arguments);
+  QApplication::setApplicationName(QStringLiteral("corvane"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Corvane"));
+  QApplication::setDesktopFileName(QStringLiteral("corvane"));
+  const SystemAppearance system([&](Appearance now) { theme::apply(application, now); });
+  theme::apply(application, system.appearance());
+
+  const Prices prices(line.usesSampleMarket);
+  DesktopApplication program({.makeSourceProvider = [&] { return prices.makeProvider(); },
+                              .cacheURL = prices.cacheURL(),
+                              .sampleWorkspace = prices.sampleWorkspace()});
+  if (line.renderFolder) {
+    return render(program, line);
+  }
+  if (line.usesSampleMarket && !line.workspace) {
+    program.startWithSample();
+  } else {
+    program.start(line.workspace);
+  }
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace corvane::desktop
+
+int main(int argumentCount, char** arguments) {
+  return corvane::desktop::run(argumentCount, arguments);
+}

@@ -1,0 +1,68 @@
+#include "desktop/portfolio/holdings_tab.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/portfolio/pie_chart_widget.h"
+#include "desktop/portfolio/table_view.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int leastPieWidth = 190;
+constexpr int mostPieWidth = 360;
+
+}  // namespace
+
+HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> controller,
+                         QWidget* parent)
+    : QWidget(parent),
+      controller_(std::move(controller)),
+      title_(new QLabel),
+      adapter_(new TableModelAdapter(*controller_, this)),
+      table_(new TableView(QStringLiteral("Holdings"))),
+      pie_(new PieChartWidget(QStringLiteral("Holdings by market value"))) {
+  title_->setFont(theme::font(1, QFont::DemiBold));
+  table_->setTable(adapter_, *controller_);
+
+  auto* row = new QHBoxLayout;
+  row->setSpacing(spacing::narrow);
+  row->addWidget(table_, 1);
+  row->addWidget(pie_);
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, spacing::narrow, 0, 0);
+  column->setSpacing(spacing::narrow);
+  column->addWidget(title_);
+  column->addLayout(row, 1);
+  controller_->changeHandler = [this] { showState(); };
+  showState();
+}
+
+HoldingsTab::~HoldingsTab() {
+  controller_->changeHandler = [] {};
+}
+
+void HoldingsTab::showState() {
+  title_->setText(qtText(controller_->title()));
+  adapter_->reload();
+  table_->setPlaceholderText(qtText(controller_->pie().noDataText));
+  pie_->setPie(controller_->pie());
+  shareWidth();
+}
+
+void HoldingsTab::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  shareWidth();
+}
+
+void HoldingsTab::shareWidth() {
+  pie_->setFixedWidth(
+      std::clamp(width() - spacing::narrow - table_->neededWidth(), leastPieWidth, mostPieWidth));
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,53 @@
+// The screen of one portfolio.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "presentation/portfolio_view_controller.h"
+
+class QComboBox;
+class QLabel;
+class QMenu;
+class QProgressBar;
+class QPushButton;
+class QTabWidget;
+
+namespace corvane::desktop {
+
+class AttributedLabel;
+class TransactionsTab;
+
+/// Shows a PortfolioViewController: heading, range and asset, chart, warning, tabs.
+class PortfolioView : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit PortfolioView(std::shared_ptr<PortfolioViewController> controller,
+                         QWidget* parent = nullptr);
+  ~PortfolioView() override;
+
+  [[nodiscard]] TransactionsTab& transactionsTab() { return *transactions_; }
+  [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
+
+ private:
+  QWidget* makeHeading();
+  QWidget* makeSelectors();
+  void update();
+  void updateAssets();
+  void perform(std::string_view segue);
+
+  std::shared_ptr<PortfolioViewController> controller_;
+  QLabel* name_;
+  QLabel* value_;
+  AttributedLabel* summary_;
+  QPushButton* addTransaction_;
+  QPushButton* details_;
+  QComboBox* asset_;
+  QProgressBar* fetching_;
+  QLabel* warning_;
+  QTabWidget* tabs_;
+  TransactionsTab* transactions_;
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,83 @@
+// The two lists of the source list, as Qt shows them.
+#pragma once
+
+#include <QAbstractListModel>
+#include <QListView>
+#include <QStyledItemDelegate>
+#include <memory>
+
+#include "presentation/master_source_view_controller.h"
+
+namespace corvane::desktop {
+
+/// The rows of the watchlist, which can be dragged to another place.
+class WatchlistModel : public QAbstractListModel {
+ public:
+  explicit WatchlistModel(MasterSourceViewController& controller, QObject* parent = nullptr);
+
+  void reload();
+  void reloadRows(const std::vector<std::size_t>& rows);
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+  [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+  [[nodiscard]] Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
+  [[nodiscard]] QStringList mimeTypes() const override;
+  [[nodiscard]] QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                    const QModelIndex& parent) override;
+
+ private:
+  MasterSourceViewController& controller_;
+  int rows_ = 0;
+};
+
+/// The rows of the portfolios.
+class PortfolioListModel : public QAbstractListModel {
+ public:
+  explicit PortfolioListModel(MasterSourceViewController& controller, QObject* parent = nullptr);
+
+  void reload();
+  void reloadRows(const std::vector<std::size_t>& rows);
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+
+ private:
+  MasterSourceViewController& controller_;
+  int rows_ = 0;
+};
+
+/// Draws a row of either list on two lines: name and value above, details below, and between them
+/// the running session of an equity.
+class SourceRowDelegate : public QStyledItemDelegate {
+ public:
+  explicit SourceRowDelegate(const MasterSourceViewController& controller, bool showsPortfolios,
+                             QObject* parent = nullptr);
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override;
+  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                               const QModelIndex& index) const override;
+
+ private:
+  const MasterSourceViewController& controller_;
+  bool showsPortfolios_;
+};
+
+/// A list in the colours of the source list. With a placeholder where it is empty.
+class SourceListView : public QListView {
+ public:
+  SourceListView(const QString& accessibleName, const QString& placeholder,
+                 QWidget* parent = nullptr);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void takeColours();
+  QString placeholder_;
+};
+
+}  // namespace corvane::desktop

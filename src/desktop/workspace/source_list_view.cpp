@@ -1,0 +1,163 @@
+#include "desktop/workspace/source_list_view.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QItemSelection>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/workspace/source_list.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int mostPortfoliosShown = 6;  // before the list of portfolios scrolls
+
+std::vector<std::size_t> selectedRows(const QListView& view) {
+  std::vector<std::size_t> rows;
+  for (const QModelIndex& index : view.selectionModel()->selectedIndexes()) {
+    rows.push_back(static_cast<std::size_t>(index.row()));
+  }
+  std::ranges::sort(rows);
+  return rows;
+}
+
+void select(QListView& view, const std::vector<std::size_t>& rows) {
+  QItemSelection selection;
+  for (const std::size_t row : rows) {
+    const QModelIndex index = view.model()->index(static_cast<int>(row), 0);
+    selection.select(index, index);
+  }
+  view.selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+  if (rows.size() == 1) {
+    const QModelIndex index = view.model()->index(static_cast<int>(rows.front()), 0);
+    view.selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    view.scrollTo(index);
+  }
+}
+
+}  // namespace
+
+SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* parent)
+    : QWidget(parent),
+      frame_(std::move(frame)),
+      controller_(*frame_->masterSourceViewController),
+      watchlist_(new WatchlistModel(controller_, this)),
+      portfolios_(new PortfolioListModel(controller_, this)),
+      watchlistView_(new SourceListView(
+          QStringLiteral("Watchlist"),
+          QStringLiteral("Search for an equity and add it to follow its price here."))),
+      portfolioView_(
+          new SourceListView(QStringLiteral("Portfolios"), QStringLiteral("No portfolios yet."))),
+      newPortfolio_(new QPushButton(QStringLiteral("New…"))),
+      remove_(new QAction(QStringLiteral("Remove from Watchlist"), this)) {
+  portfolioView_->setModel(portfolios_);
+  portfolioView_->setItemDelegate(new SourceRowDelegate(controller_, true, this));
+  watchlistView_->setModel(watchlist_);
+  watchlistView_->setItemDelegate(new SourceRowDelegate(controller_, false, this));
+  watchlistView_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  watchlistView_->setDragDropMode(QAbstractItemView::InternalMove);
+  watchlistView_->setDragDropOverwriteMode(false);
+  watchlistView_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  remove_->setShortcut(QKeySequence::Delete);
+  remove_->setShortcutContext(Qt::WidgetShortcut);
+  watchlistView_->addAction(remove_);
+  newPortfolio_->setAccessibleName(QStringLiteral("New portfolio"));
+  newPortfolio_->setFlat(true);
+  newPortfolio_->setMaximumWidth(
+      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::narrow);
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, spacing::medium, 0, 0);
+  column->setSpacing(spacing::tight);
+  addHeading(column, QStringLiteral("Portfolios"), newPortfolio_);
+  column->addWidget(portfolioView_);
+  column->addSpacing(spacing::medium);
+  addHeading(column, QStringLiteral("Watchlist"), nullptr);
+  column->addWidget(watchlistView_, 1);
+
+  connect(newPortfolio_, &QPushButton::clicked, this, [this] { frame_->createPortfolioAction(); });
+  connect(remove_, &QAction::triggered, this, [this] { controller_.removeSelectedAction(); });
+  connect(watchlistView_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+    if (!isShowingSelection_) {
+      controller_.selectWatchlistRows(selectedRows(*watchlistView_));
+      showSelection();
+    }
+  });
+  connect(portfolioView_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+    if (!isShowingSelection_) {
+      const auto rows = selectedRows(*portfolioView_);
+      controller_.selectPortfolioRow(rows.empty() ? std::nullopt : std::optional(rows.front()));
+      showSelection();
+    }
+  });
+  controller_.changeHandler = [this](const auto& change) { update(change); };
+  update({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
+}
+
+SourceView::~SourceView() {
+  controller_.changeHandler = [](const MasterSourceViewController::Update&) {};
+}
+
+void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* button) {
+  auto* label = new QLabel(text.toUpper());
+  label->setAccessibleName(text);
+  QFont font = theme::font(0.85, QFont::DemiBold);
+  font.setLetterSpacing(QFont::PercentageSpacing, 106);
+  label->setFont(font);
+  label->setForegroundRole(QPalette::PlaceholderText);
+  auto* row = new QHBoxLayout;
+  row->setContentsMargins(spacing::wide, 0, spacing::narrow, 0);
+  row->addWidget(label, 1);
+  if (button != nullptr) {
+    row->addWidget(button);
+  }
+  column->addLayout(row);
+}
+
+void SourceView::paintEvent(QPaintEvent* /*event*/) {
+  QPainter(this).fillRect(rect(), theme::sidebarBackground());
+}
+
+void SourceView::update(const MasterSourceViewController::Update& update) {
+  isShowingSelection_ = true;
+  if (update.watchlistRowsChanged) {
+    watchlist_->reload();
+  } else {
+    watchlist_->reloadRows(update.reloadedWatchlistRows);
+  }
+  if (update.portfolioRowsChanged) {
+    portfolios_->reload();
+    fitPortfolioList();
+  } else {
+    portfolios_->reloadRows(update.reloadedPortfolioRows);
+  }
+  isShowingSelection_ = false;
+  newPortfolio_->setEnabled(frame_->canCreatePortfolio());
+  remove_->setEnabled(controller_.canRemove());
+  showSelection();
+}
+
+void SourceView::showSelection() {
+  isShowingSelection_ = true;
+  select(*watchlistView_, controller_.selectedWatchlistRows());
+  const auto row = controller_.selectedPortfolioRow();
+  select(*portfolioView_, row ? std::vector{*row} : std::vector<std::size_t>{});
+  remove_->setEnabled(controller_.canRemove());
+  isShowingSelection_ = false;
+}
+
+void SourceView::fitPortfolioList() {
+  const int rows = std::clamp(portfolios_->rowCount(), 1, mostPortfoliosShown);
+  QStyleOptionViewItem option;
+  option.font = portfolioView_->font();
+  portfolioView_->setFixedHeight(rows *
+                                 portfolioView_->itemDelegate()->sizeHint(option, {}).height());
+}
+
+}  // namespace corvane::desktop

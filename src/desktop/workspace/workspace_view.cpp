@@ -1,0 +1,193 @@
+#include "desktop/workspace/workspace_view.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QPointer>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "desktop/exchange/exchange_panels.h"
+#include "desktop/look/alert_box.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/portfolio/portfolio_view.h"
+#include "desktop/portfolio/transactions_tab.h"
+#include "desktop/workspace/edit_portfolio_dialog.h"
+#include "desktop/workspace/source_list_view.h"
+
+namespace corvane::desktop {
+
+WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults, QWidget* parent)
+    : QWidget(parent),
+      document_(document),
+      defaults_(defaults),
+      frame_(MainSplitViewController::make(surroundings())),
+      source_(new SourceView(frame_)),
+      split_(new QSplitter(Qt::Horizontal)),
+      detail_(new QStackedWidget),
+      empty_(new QLabel),
+      portfolio_(new PortfolioView(frame_->portfolioViewController)),
+      import_(PortfolioImport::make(frame_->portfolioViewController, surroundings(),
+                                    std::make_shared<ExchangePanels>(this))),
+      export_(PortfolioExport::make(frame_->portfolioViewController, surroundings(),
+                                    std::make_shared<ExchangePanels>(this))) {
+  empty_->setAlignment(Qt::AlignCenter);
+  empty_->setWordWrap(true);
+  empty_->setFont(theme::font(1.3));
+  empty_->setForegroundRole(QPalette::PlaceholderText);
+  empty_->setMargin(spacing::section);
+  detail_->addWidget(empty_);
+  detail_->addWidget(portfolio_);
+
+  split_->setHandleWidth(1);
+  split_->addWidget(source_);
+  split_->addWidget(detail_);
+  split_->setStretchFactor(0, 0);
+  split_->setStretchFactor(1, 1);
+  split_->setCollapsible(0, false);
+  split_->setCollapsible(1, false);
+  source_->setMinimumWidth(220);
+  source_->setMaximumWidth(460);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->addWidget(split_);
+
+  frame_->changeHandler = [this] { showDetail(); };
+  frame_->performSegue = [this](std::string_view segue) { perform(segue); };
+  showDetail();
+}
+
+WorkspaceView::~WorkspaceView() {
+  frame_->changeHandler = [] {};
+  frame_->performSegue = [](std::string_view) {};
+}
+
+ScreenSurroundings WorkspaceView::surroundings() {
+  ScreenSurroundings made;
+  const QPointer<QWidget> self(this);
+  made.presentError = [self](const Error& error) {
+    if (self) {
+      showError(self->window(), error);
+    }
+  };
+  made.presentMessage = [self](const std::string& message) {
+    if (self) {
+      showAlert(self->window(), AlertKind::message, qtText(message), {}, {QStringLiteral("OK")});
+    }
+  };
+  made.showAlert = [self](const DocumentAlert& alert, std::function<void(std::size_t)> pressed) {
+    QStringList buttons;
+    for (const std::string& button : alert.buttons) {
+      buttons.append(qtText(button));
+    }
+    if (self) {
+      desktop::showAlert(self->window(), AlertKind::critical, qtText(alert.messageText),
+                         qtText(alert.informativeText), buttons, std::move(pressed));
+    }
+  };
+  made.undoManager = document_.undoManager();
+  made.documentDidChange = [this, self] {
+    if (self) {
+      document_.updateChangeCount(Document::ChangeType::done);
+      documentChanged_();
+    }
+  };
+  made.defaults = &defaults_;
+  return made;
+}
+
+void WorkspaceView::setDocumentModel(const std::weak_ptr<WorkspaceModel>& model) {
+  frame_->setDocumentModel(model);
+  updateActions();
+}
+
+void WorkspaceView::showDetail() {
+  empty_->setText(qtText(frame_->emptyStateMessage()));
+  switch (frame_->currentDetailTab()) {
+    case MainSplitViewController::DetailTab::portfolio:
+      detail_->setCurrentWidget(portfolio_);
+      break;
+    case MainSplitViewController::DetailTab::equity:
+    case MainSplitViewController::DetailTab::emptyState:
+      detail_->setCurrentWidget(empty_);
+      break;
+  }
+  updateActions();
+}
+
+void WorkspaceView::perform(std::string_view segue) {
+  if (segue == MainSplitViewController::createPortfolioSegueIdentifier) {
+    EditPortfolioDialog::open(this, frame_->makeCreatePortfolioForm([] {}, false));
+  }
+}
+
+void WorkspaceView::addExchangeActions(QMenu* menu) {
+  importAction_ = menu->addAction(QStringLiteral("&Import Transactions…"));
+  importAction_->setShortcut(Qt::CTRL | Qt::Key_I);
+  connect(importAction_, &QAction::triggered, this, [this] { import_->importAction(); });
+  exportAction_ = menu->addAction(QStringLiteral("&Export…"));
+  exportAction_->setShortcut(Qt::CTRL | Qt::Key_E);
+  connect(exportAction_, &QAction::triggered, this, [this] { export_->exportAction(); });
+  connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
+}
+
+void WorkspaceView::addPortfolioActions(QMenu* menu) {
+  PortfolioViewController& portfolio = *frame_->portfolioViewController;
+  const auto add = [&](const QString& text, const QKeySequence& shortcut, auto perform) {
+    QAction* action = menu->addAction(text);
+    action->setShortcut(shortcut);
+    connect(action, &QAction::triggered, this, perform);
+    return action;
+  };
+  newPortfolio_ = add(QStringLiteral("&New Portfolio…"), Qt::CTRL | Qt::SHIFT | Qt::Key_N,
+                      [this] { frame_->createPortfolioAction(); });
+  editPortfolio_ = add(QStringLiteral("Portfolio &Details…"), Qt::ALT | Qt::Key_Return,
+                       [&portfolio] { portfolio.editPortfolioAction(); });
+  deletePortfolio_ = add(QStringLiteral("De&lete Portfolio…"), {},
+                         [&portfolio] { portfolio.deletePortfolioAction(); });
+  menu->addSeparator();
+  newTransaction_ = add(QStringLiteral("New &Transaction…"), Qt::CTRL | Qt::Key_T,
+                        [&portfolio] { portfolio.createTransactionAction(); });
+  menu->addAction(portfolio_->transactionsTab().modifyAction());
+  menu->addAction(portfolio_->transactionsTab().deleteAction());
+  menu->addSeparator();
+  menu->addAction(source_->removeAction());
+  connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
+  updateActions();
+}
+
+void WorkspaceView::addViewActions(QMenu* menu) {
+  for (int i = 0; i < portfolio_->tabs().count(); ++i) {
+    QAction* action = menu->addAction(portfolio_->tabs().tabText(i));
+    action->setShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + i));
+    connect(action, &QAction::triggered, this,
+            [this, i] { portfolio_->tabs().setCurrentIndex(i); });
+  }
+  menu->addSeparator();
+  QAction* sidebar = menu->addAction(QStringLiteral("Show &Source List"));
+  sidebar->setCheckable(true);
+  sidebar->setChecked(true);
+  sidebar->setShortcut(Qt::Key_F9);
+  connect(sidebar, &QAction::toggled, source_, &QWidget::setVisible);
+}
+
+void WorkspaceView::updateActions() {
+  if (newPortfolio_ == nullptr) {
+    return;
+  }
+  const PortfolioViewController& portfolio = *frame_->portfolioViewController;
+  const bool showsPortfolio =
+      frame_->currentDetailTab() == MainSplitViewController::DetailTab::portfolio;
+  newPortfolio_->setEnabled(frame_->canCreatePortfolio());
+  editPortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
+  deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
+  // An import or export that is under way refuses a second one by itself.
+  importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+  exportAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+  newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+}
+
+}  // namespace corvane::desktop

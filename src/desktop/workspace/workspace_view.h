@@ -1,0 +1,75 @@
+// The content of a workspace's window: the source list beside the detail area.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "presentation/main_split_view_controller.h"
+#include "presentation/portfolio_export.h"
+#include "presentation/portfolio_import.h"
+#include "storage/workspace_document.h"
+
+class QAction;
+class QLabel;
+class QMenu;
+class QSplitter;
+class QStackedWidget;
+
+namespace corvane::desktop {
+
+class PortfolioView;
+class SourceView;
+
+/// Shows a MainSplitViewController, and hands its screens what they need of the window.
+class WorkspaceView : public QWidget {
+  Q_OBJECT
+
+ public:
+  /// Both outlive this.
+  WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults, QWidget* parent = nullptr);
+  ~WorkspaceView() override;
+
+  void setDocumentModel(const std::weak_ptr<WorkspaceModel>& model);
+  [[nodiscard]] MainSplitViewController& controller() { return *frame_; }
+  [[nodiscard]] PortfolioView& portfolioView() { return *portfolio_; }
+
+  [[nodiscard]] PortfolioExport& portfolioExport() { return *export_; }
+
+  /// Called when the document may count other changes than before.
+  void setDocumentChangedHandler(std::function<void()> handler) {
+    documentChanged_ = std::move(handler);
+  }
+
+  // The commands of the screens, for the menus of the window.
+
+  void addExchangeActions(QMenu* menu);
+  void addPortfolioActions(QMenu* menu);
+  void addViewActions(QMenu* menu);
+
+ private:
+  [[nodiscard]] ScreenSurroundings surroundings();
+  void showDetail();
+  void perform(std::string_view segue);
+  void updateActions();
+
+  WorkspaceDocument& document_;
+  UserDefaults& defaults_;
+  std::function<void()> documentChanged_ = [] {};
+  std::shared_ptr<MainSplitViewController> frame_;
+  SourceView* source_;
+  QSplitter* split_;
+  QStackedWidget* detail_;
+  QLabel* empty_;
+  PortfolioView* portfolio_;
+  std::shared_ptr<PortfolioImport> import_;
+  std::shared_ptr<PortfolioExport> export_;
+  QAction* importAction_ = nullptr;
+  QAction* exportAction_ = nullptr;
+  QAction* newPortfolio_ = nullptr;
+  QAction* newTransaction_ = nullptr;
+  QAction* editPortfolio_ = nullptr;
+  QAction* deletePortfolio_ = nullptr;
+};
+
+}  // namespace corvane::desktop

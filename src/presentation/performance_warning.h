@@ -1,0 +1,14 @@
+// What a portfolio's chart says when prices or rates could not be had.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace corvane {
+
+/// The warning for a chart that lacks the prices of `symbols` and the rates of `currencies`; empty
+/// where it lacks neither. Up to five of each are named, more are counted.
+[[nodiscard]] std::string performanceWarning(std::vector<std::string> symbols,
+                                             std::vector<std::string> currencies);
+
+}  // namespace corvane

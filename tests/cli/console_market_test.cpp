@@ -1,0 +1,115 @@
+// What the console program does with prices, which it takes from the invented market.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "cli/console_program.h"
+
+namespace corvane {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using testing::ProgramResult;
+using ::testing::StartsWith;
+
+class ConsoleMarketTest : public ::testing::Test {
+ protected:
+  testing::ConsoleProgram program;
+
+  ConsoleMarketTest() {
+    setenv("XDG_CACHE_HOME", (program.folder / "cache").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+  }
+
+  /// A workspace with the statement of a Canadian broker, who trades at home and in dollars.
+  void makeFamily() {
+    EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+    EXPECT_EQ(program.output("import " CORVANE_EXAMPLES
+                             "/tamarack-trading.csv --into Family --portfolio Savings --fields "
+                             "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
+                             "cashAmount,cashCurrency,exchangeRate"),
+              "Imported 9 transactions.\n");
+  }
+  [[nodiscard]] std::string file(const std::string& name) const {
+    return testing::readText(program.folder / name);
+  }
+};
+
+TEST_F(ConsoleMarketTest, WritesTransactionsThatCanBeReadAgain) {
+  makeFamily();
+  ASSERT_EQ(program.output("export transactions Family --portfolio Savings --out a.csv"), "");
+  EXPECT_THAT(file("a.csv"),
+              AllOf(StartsWith("\"Trade Date\",\"Settlement Date\","),
+                    HasSubstr("\r\n\"2024-01-10\",\"2024-01-12\",\"Buy\",\"BOREA.TO\",\"100\",")));
+
+  ASSERT_EQ(program.output("create Again --portfolio Savings --currency CAD"), "");
+  ASSERT_EQ(program.output("import a.csv --into Again --portfolio Savings --fields "
+                           "tradeDate,settlementDate,type,symbol,numberOfShares,sharesNet,"
+                           "cashAmount,,cashCurrency,exchangeRate,equivalentAmount,,"
+                           "costBaseAdded,,,note"),
+            "Imported 9 transactions.\n");
+  ASSERT_EQ(program.output("export transactions Again --portfolio Savings --out b.csv"), "");
+  EXPECT_EQ(file("a.csv"), file("b.csv"));
+
+  ASSERT_EQ(program.output("export transactions Family --portfolio Savings --out c.csv "
+                           "--from 2024-01-22 --to 2024-01-24 --fields symbol,tradeDate "
+                           "--no-header --date-format dd.MM.yyyy"),
+            "");
+  EXPECT_EQ(file("c.csv"), "\"TAMRK.TO\",\"22.01.2024\"\r\n");
+}
+
+TEST_F(ConsoleMarketTest, WritesHoldingsAndGainsAtThePricesOfTheDay) {
+  makeFamily();
+  ASSERT_EQ(program.output("export holdings Family --portfolio Savings --sample-market "
+                           "--to 2024-12-31 --out h.csv --fields kind,symbol,sharesHeld,"
+                           "costBase,name"),
+            "");
+  EXPECT_THAT(file("h.csv"),
+              AllOf(HasSubstr("\"Cash\",\"CAD\",\"12466.65\""),
+                    HasSubstr("\"Shares\",\"BOREA.TO\",\"60\",\"5531.97\",\"Borealind Railway "
+                              "Company\"")));
+  ASSERT_EQ(program.output("export gains Family --portfolio Savings --sample-market "
+                           "--to 2024-12-31 --out g.csv --fields symbol,sharesSold,capitalGain"),
+            "");
+  EXPECT_THAT(file("g.csv"), HasSubstr("\"BOREA.TO\",\"40\",\"189.07\""));
+}
+
+TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
+  makeFamily();
+  EXPECT_THAT(program.output("value Family --sample-market"),
+              MatchesRegex("Portfolio  Currency  Deposited +Value +Gain\n"
+                           "Savings    CAD +[0-9.]+ +[0-9.]+ +-?[0-9.]+\n"));
+  const ProgramResult offline = program.run("value Family --offline");
+  EXPECT_EQ(offline.exitCode, 1);
+  EXPECT_THAT(offline.err, StartsWith("corvane-cli: Savings: "));
+  EXPECT_EQ(program.run("value Family --offline --sample-market").exitCode, 2);
+}
+
+TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
+  const std::string days = "--from 2022-01-01 --to 2023-12-31 --sample-market";
+  const std::string text = program.output("backtest CASTR " + days);
+  EXPECT_THAT(text, AllOf(StartsWith("When              Event"),
+                          HasSubstr("2022-01-03 09:30  Open              1000     0     1000"),
+                          HasSubstr("\n13 trades on 13 of 500 trading days, 501 prices\n"
+                                    "Gain:         186 USD (18.6%, 9.37% a year)\n"
+                                    "Buy and hold: -56.54 USD (-5.65%, -2.85% a year)\n")));
+  EXPECT_THAT(program.output("backtest CASTR --buy-spread 9 " + days),
+              HasSubstr("\n2 trades on 2 of 500"))
+      << "bought at the first price, sold, and never low enough again";
+  EXPECT_EQ(program.run("backtest CASTR --interval 7d " + days).exitCode, 2);
+  EXPECT_EQ(program.run("backtest NONESUCH " + days).exitCode, 1);
+}
+
+TEST_F(ConsoleMarketTest, KeepsAWatchlist) {
+  makeFamily();
+  ASSERT_EQ(program.output("watch Family CASTR"), "");
+  ASSERT_EQ(program.output("watch Family CASTR"), "");
+  EXPECT_THAT(program.output("list Family"), HasSubstr("\nWatchlist: CASTR\n"));
+  ASSERT_EQ(program.output("watch Family CASTR --stop"), "");
+  EXPECT_EQ(program.run("watch Family CASTR --stop").exitCode, 1);
+}
+
+}  // namespace
+}  // namespace corvane

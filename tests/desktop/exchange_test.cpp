@@ -1,0 +1,147 @@
+// Imports and exports through the panels and sheets of a window.
+
+#include <gmock/gmock.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTest>
+#include <cstdlib>
+#include <fstream>
+
+#include "desktop/desktop_world.h"
+#include "desktop/exchange/field_setup_dialog.h"
+#include "desktop/exchange/progress_dialog.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/portfolio/portfolio_view.h"
+#include "desktop/window_driver.h"
+#include "platform/system/file_manager.h"
+
+namespace corvane::testing {
+namespace {
+
+using desktop::FieldSetupDialog;
+using desktop::MainWindow;
+using desktop::qtPath;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class ExchangeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    portfolio = world.addPortfolio(*window, "Home");
+    ASSERT_TRUE(world.show(*window, portfolio));
+  }
+
+  /// Chooses `file` in the panel that is open.
+  void choose(const std::filesystem::path& file) {
+    auto* panel = openDialog<QFileDialog>(*window);
+    ASSERT_NE(panel, nullptr);
+    panel->findChild<QLineEdit*>("fileNameEdit")->setText(qtPath(file));
+    static_cast<QDialog*>(panel)->accept();
+  }
+
+  template <typename Dialog>
+  Dialog* waitFor() {
+    EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<Dialog>(*window) != nullptr; }));
+    return openDialog<Dialog>(*window);
+  }
+
+  DesktopWorld world;
+  std::shared_ptr<MainWindow> window = world.newWindow();
+  PortfolioPointer portfolio;
+};
+
+TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
+  const auto file = world.folder / "statement.csv";
+  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\nDeposit,2026-03-25,250.00\n";
+  menuItem(*window, "Import Transactions")->trigger();
+  choose(file);
+
+  auto* setup = waitFor<FieldSetupDialog>();
+  ASSERT_NE(setup, nullptr);
+  auto* fields = named<QTableView>(*setup, "Fields");
+  EXPECT_EQ(fields->model()->rowCount(), 3);
+  EXPECT_EQ(fields->model()->index(1, 2).data().toString().toStdString(), "2026-03-22");
+  EXPECT_THAT(setup->findChild<QCheckBox*>()->text().toStdString(), HasSubstr("2 data rows"));
+  const auto choose = [&](int row, const QString& title) {
+    auto* menu = named<QComboBox>(*setup, QStringLiteral("Field of column %1").arg(row + 1));
+    const int index = menu->findText(title, Qt::MatchStartsWith);
+    ASSERT_GE(index, 0);
+    menu->setCurrentIndex(index);
+    emit menu->activated(index);
+    QApplication::processEvents();
+  };
+  choose(1, "Settlement Date");
+  choose(2, "Cash Amount");
+  if (const char* kept = std::getenv("CORVANE_SCREENS")) {
+    setup->grab().save(qtPath(std::filesystem::path(kept) / "form-import.png"));
+  }
+  buttonWith(*setup, "Import")->click();
+
+  auto* alert = waitFor<QMessageBox>();
+  ASSERT_NE(alert, nullptr);
+  EXPECT_EQ(alert->text().toStdString(), "Imported 2 transactions.");
+  EXPECT_EQ(portfolio->transactions().size(), 9U);
+  EXPECT_TRUE(window->isWindowModified());
+  EXPECT_FALSE(menuItem(*window, "Undo")->isEnabled());
+  const auto& picker = DesktopWorld::frameOf(*window).portfolioViewController->datesPicker;
+  EXPECT_EQ(picker.startDate(), (YearMonthDay{2026, 3, 22}));
+  EXPECT_EQ(picker.endDate(), (YearMonthDay{2026, 3, 25}));
+}
+
+TEST_F(ExchangeTest, ShowsWhatIsWrongWithAFileAndImportsNothing) {
+  const auto file = world.folder / "broken.csv";
+  std::ofstream(file) << "a,b\n1,2,3\n";
+  menuItem(*window, "Import Transactions")->trigger();
+  choose(file);
+  auto* alert = waitFor<QMessageBox>();
+  ASSERT_NE(alert, nullptr);
+  EXPECT_EQ(alert->text().toStdString(), "Row 2 has 3 columns but 2 were expected.");
+  EXPECT_EQ(portfolio->transactions().size(), 7U);
+  alert->accept();
+  QApplication::processEvents();
+  EXPECT_TRUE(menuItem(*window, "Import Transactions")->isEnabled());
+}
+
+TEST_F(ExchangeTest, CancelledSetupImportsNothing) {
+  const auto file = world.folder / "statement.csv";
+  std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\n";
+  menuItem(*window, "Import Transactions")->trigger();
+  choose(file);
+  auto* setup = waitFor<FieldSetupDialog>();
+  QTest::keyClick(setup, Qt::Key_Escape);
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
+  EXPECT_EQ(portfolio->transactions().size(), 7U);
+}
+
+TEST_F(ExchangeTest, ExportsTheSelectedTabAsThePanelSays) {
+  window->workspaceView().portfolioView().tabs().setCurrentIndex(1);
+  menuItem(*window, "Export")->trigger();
+  auto* panel = openDialog<QFileDialog>(*window);
+  ASSERT_NE(panel, nullptr);
+  EXPECT_THAT(panel->selectedFiles().front().toStdString(), HasSubstr("Home.csv"));
+  for (QRadioButton* button : panel->findChildren<QRadioButton*>()) {
+    if (button->text() == "&Tabs") {
+      button->click();
+    }
+  }
+  QApplication::processEvents();
+  EXPECT_EQ(panel->defaultSuffix(), "tsv");
+
+  const auto file = world.folder / "rows.tsv";
+  choose(file);
+  EXPECT_FALSE(panel->isVisible());
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return std::filesystem::exists(file); }));
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
+  const std::string text = files::read(file);
+  EXPECT_THAT(text, StartsWith("\"Trade Date\"\t"));
+  EXPECT_EQ(std::ranges::count(text, '\n'), 8);
+}
+
+}  // namespace
+}  // namespace corvane::testing

@@ -1,0 +1,156 @@
+#include "desktop/workspace/main_window.h"
+
+#include <gmock/gmock.h>
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListView>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTest>
+
+#include "desktop/desktop_world.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/portfolio/portfolio_view.h"
+#include "desktop/window_driver.h"
+
+namespace corvane::testing {
+namespace {
+
+using desktop::MainWindow;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class MainWindowTest : public ::testing::Test {
+ protected:
+  DesktopWorld world;
+  std::shared_ptr<MainWindow> window = world.newWindow();
+};
+
+TEST_F(MainWindowTest, MakesAPortfolioThroughTheForm) {
+  EXPECT_FALSE(menuItem(*window, "New Transaction")->isEnabled());
+  menuItem(*window, "New Portfolio")->trigger();
+  auto* form = openDialog<QDialog>(*window);
+  ASSERT_NE(form, nullptr);
+  auto* name = named<QLineEdit>(*form, "Name");
+  EXPECT_EQ(name->text(), "Untitled Portfolio");
+
+  name->clear();
+  EXPECT_FALSE(buttonWith(*form, "Create")->isEnabled());
+  QTest::keyClicks(name, "Savings");
+  buttonWith(*form, "Create")->click();
+
+  ASSERT_EQ(window->document()->model()->portfolios().size(), 1U);
+  EXPECT_EQ(window->document()->model()->portfolios().front()->name, "Savings");
+  EXPECT_TRUE(window->isWindowModified());
+  EXPECT_TRUE(menuItem(*window, "New Transaction")->isEnabled());
+  EXPECT_EQ(named<QListView>(*window, "Portfolios")->selectionModel()->selectedIndexes().size(), 1);
+}
+
+TEST_F(MainWindowTest, CancelOfTheFormMakesNothing) {
+  menuItem(*window, "New Portfolio")->trigger();
+  QTest::keyClick(openDialog<QDialog>(*window), Qt::Key_Escape);
+  EXPECT_THAT(window->document()->model()->portfolios(), IsEmpty());
+  EXPECT_FALSE(window->isWindowModified());
+}
+
+TEST_F(MainWindowTest, NamesAndUndoesTheLastEdit) {
+  const auto portfolio = world.addPortfolio(*window, "Home");
+  ASSERT_TRUE(world.show(*window, portfolio));
+  menuItem(*window, "Portfolio Details")->trigger();
+  auto* form = openDialog<QDialog>(*window);
+  ASSERT_NE(form, nullptr);
+  EXPECT_FALSE(named<QComboBox>(*form, "Primary currency")->isEnabled());
+  named<QLineEdit>(*form, "Name")->setText("House");
+  buttonWith(*form, "Save")->click();
+  EXPECT_EQ(portfolio->name, "House");
+
+  QAction* undo = menuItem(*window, "Undo");
+  EXPECT_EQ(undo->text().toStdString(), "&Undo Portfolio Settings");
+  undo->trigger();
+  EXPECT_EQ(portfolio->name, "Home");
+  EXPECT_FALSE(undo->isEnabled());
+  EXPECT_EQ(menuItem(*window, "Redo")->text().toStdString(), "&Redo Portfolio Settings");
+}
+
+TEST_F(MainWindowTest, DeletesAPortfolioOnlyWhenTheUserMeansIt) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  menuItem(*window, "Delete Portfolio")->trigger();
+  auto* alert = openDialog<QMessageBox>(*window);
+  ASSERT_NE(alert, nullptr);
+  EXPECT_EQ(alert->text().toStdString(), "Are you sure you wish to delete “Home”?");
+  EXPECT_EQ(alert->defaultButton()->text().remove('&'), "Cancel");
+  QTest::keyClick(alert, Qt::Key_Escape);
+  EXPECT_EQ(window->document()->model()->portfolios().size(), 1U);
+
+  menuItem(*window, "Delete Portfolio")->trigger();
+  buttonWith(*openDialog<QMessageBox>(*window), "Delete")->click();
+  EXPECT_THAT(window->document()->model()->portfolios(), IsEmpty());
+}
+
+TEST_F(MainWindowTest, ShowsTheRowsOfTheTables) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  auto* holdings = named<QTableView>(*window, "Holdings");
+  ASSERT_EQ(holdings->model()->rowCount(), 4);
+  EXPECT_THAT(holdings->model()->index(1, 0).data().toString().toStdString(), HasSubstr("LUM"));
+  EXPECT_EQ(named<QTableView>(*window, "Transactions")->model()->rowCount(), 7);
+}
+
+TEST_F(MainWindowTest, DeletesTheSelectedTransactionByKey) {
+  const auto portfolio = world.addPortfolio(*window, "Home");
+  ASSERT_TRUE(world.show(*window, portfolio));
+  window->workspaceView().portfolioView().tabs().setCurrentIndex(1);
+  auto* table = named<QTableView>(*window, "Transactions");
+  table->selectRow(6);
+  QAction* remove = menuItem(*window, "Delete Transaction");
+  ASSERT_TRUE(remove->isEnabled());
+  remove->trigger();
+  EXPECT_EQ(portfolio->transactions().size(), 6U);
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return table->model()->rowCount() == 6; }));
+  menuItem(*window, "Undo")->trigger();
+  EXPECT_EQ(portfolio->transactions().size(), 7U);
+}
+
+TEST_F(MainWindowTest, AsksAboutUnsavedChangesBeforeItCloses) {
+  const auto document = window->document();
+  document->updateChangeCount(Document::ChangeType::done);
+  answerNextAlert("Cancel");
+  EXPECT_FALSE(window->close());
+  EXPECT_TRUE(window->isVisible());
+  EXPECT_EQ(world.application.documentController().documents().size(), 1U);
+
+  answerNextAlert("Don’t Save");
+  EXPECT_TRUE(window->close());
+  EXPECT_THAT(world.application.documentController().documents(), IsEmpty());
+}
+
+TEST_F(MainWindowTest, OpensARecentWorkspaceFromTheMenu) {
+  const auto path = world.folder / "Family.corvane";
+  window->document()->save(path);
+  const auto again = world.application.documentController().openDocument(path);
+  EXPECT_EQ(world.application.windows().windowOf(*again), window);
+  window->updateTitle();
+  QAction* recent = menuItem(*window, "Open Recent");
+  emit recent->menu()->aboutToShow();
+  EXPECT_EQ(recent->menu()->actions().front()->text().toStdString(), "Family");
+  EXPECT_EQ(window->windowTitle().toStdString(), "Family[*] — Corvane");
+}
+
+TEST_F(MainWindowTest, GivesEveryControlAName) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  for (QWidget* control : window->findChildren<QWidget*>()) {
+    if (control->focusPolicy() == Qt::NoFocus || !control->isVisibleTo(window.get()) ||
+        control->objectName().startsWith("qt_")) {
+      continue;
+    }
+    auto* accessible = QAccessible::queryAccessibleInterface(control);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+        << control->metaObject()->className() << " in "
+        << control->parentWidget()->metaObject()->className();
+  }
+}
+
+}  // namespace
+}  // namespace corvane::testing

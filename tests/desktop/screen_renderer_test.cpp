@@ -1,0 +1,69 @@
+#include "desktop/app/screen_renderer.h"
+
+#include <gmock/gmock.h>
+
+#include <QImage>
+#include <cstdlib>
+#include <set>
+
+#include "desktop/desktop_world.h"
+#include "desktop/look/qt_text.h"
+
+namespace corvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::size_t coloursIn(const QImage& image) {
+  std::set<QRgb> colours;
+  for (int y = 0; y < image.height(); y += 7) {
+    for (int x = 0; x < image.width(); x += 7) {
+      colours.insert(image.pixel(x, y));
+    }
+  }
+  return colours.size();
+}
+
+TEST(ScreenRenderer, WritesEveryScreenInBothAppearances) {
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Retirement & Home")));
+
+  const char* kept = std::getenv("CORVANE_SCREENS");
+  const fs::path folder = kept != nullptr ? fs::path(kept) : world.folder / "screens";
+  std::vector<std::string> names;
+  desktop::ScreenRenderer renderer(*window, folder);
+  EXPECT_TRUE(renderer.renderAll([&](const fs::path& file) { names.push_back(file.filename()); }));
+
+  for (const std::string screen :
+       {"start", "portfolio-1-retirement-home-holdings", "portfolio-1-retirement-home-transactions",
+        "portfolio-1-retirement-home-gains", "form-new-portfolio", "form-portfolio-details"}) {
+    const QImage light(desktop::qtPath(folder / (screen + "-light.png")));
+    const QImage dark(desktop::qtPath(folder / (screen + "-dark.png")));
+    EXPECT_EQ(light.size(), desktop::ScreenRenderer::pictureSize) << screen;
+    EXPECT_EQ(dark.size(), desktop::ScreenRenderer::pictureSize) << screen;
+    EXPECT_GT(coloursIn(light), 8U) << screen << " has nothing on it";
+    EXPECT_GT(light.pixelColor(640, 20).lightness(), 128) << screen;
+    EXPECT_LT(dark.pixelColor(640, 20).lightness(), 128) << screen;
+    EXPECT_THAT(names, ::testing::Contains(screen + "-light.png"));
+  }
+}
+
+TEST(ScreenRenderer, FitsSmallAndLargeWindows) {
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Retirement & Home")));
+  EXPECT_LE(window->minimumSizeHint().width(), 1000);
+  EXPECT_LE(window->minimumSizeHint().height(), 640);
+  const char* kept = std::getenv("CORVANE_SCREENS");
+  for (const QSize size : {QSize(1000, 640), QSize(3840, 2160)}) {
+    const fs::path folder =
+        (kept != nullptr ? fs::path(kept) : world.folder / "s") / std::to_string(size.width());
+    desktop::ScreenRenderer renderer(*window, folder, size);
+    EXPECT_TRUE(renderer.renderAll(
+        [&](const fs::path& file) { EXPECT_EQ(QImage(desktop::qtPath(file)).size(), size); }));
+  }
+}
+
+}  // namespace
+}  // namespace corvane::testing

@@ -1,0 +1,242 @@
+// The source list and the frame around it.
+
+#include "presentation/main_split_view_controller.h"
+
+#include "presentation/portfolio_screen_world.h"
+#include "storage/watchlist_manager.h"
+
+namespace corvane::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using DetailTab = MainSplitViewController::DetailTab;
+
+struct EquityScreenStub : EquityScreen {
+  EquityPointer equity;
+  std::weak_ptr<WorkspaceModel> model;
+  [[nodiscard]] const EquityPointer& currentEquity() const override { return equity; }
+  void setCurrentEquity(EquityPointer shown) override { equity = std::move(shown); }
+  [[nodiscard]] std::weak_ptr<WorkspaceModel> documentModel() const override { return model; }
+  void setDocumentModel(std::weak_ptr<WorkspaceModel> shown) override { model = shown; }
+};
+
+class MainSplitViewControllerTest : public PortfolioScreenWorld {
+ protected:
+  MainSplitViewControllerTest() {
+    frame->equityViewController = equityScreen;
+    list.changeHandler = [this](const auto& update) { updates.push_back(update); };
+    model->portfolioManagers = {manager};
+    for (const char* symbol : {"AA", "BB", "CC"}) {
+      const EquityPointer equity = prices->equityWithId(symbol);
+      equity->calendar = manager->calendar;
+      equity->currency = Currency::usd();
+      model->watchlistEquities.push_back(equity);
+    }
+    prices->script = [](const QuoteQuery&) {
+      Quote bar;
+      bar.close = 5;
+      return ScriptedQuoteProvider::quotes({bar});
+    };
+  }
+
+  void open() { frame->setDocumentModel(model); }
+  std::string symbols() const {
+    std::string text;
+    for (const auto& equity : model->watchlistEquities) {
+      text += equity->symbol + " ";
+    }
+    return text;
+  }
+  static void post(std::string_view name, std::string_view key, std::any value) {
+    NotificationCenter::defaultCenter().post(std::string(name), nullptr,
+                                             {{std::string(key), std::move(value)}});
+    MainLoop::drain();
+  }
+  /// Gives an equity a price and the session that it was paid in.
+  void quote(const EquityPointer& equity) {
+    equity->recentPrice = dec("10.125");
+    equity->previousClosePrice = 8;
+    equity->recentDate = now;
+    equity->recentTradingPeriod = DateRange(now - 3600, now + 3600);
+  }
+
+  std::shared_ptr<WorkspaceModel> model = std::make_shared<WorkspaceModel>();
+  std::shared_ptr<MainSplitViewController> frame = MainSplitViewController::make(surroundings);
+  std::shared_ptr<EquityScreenStub> equityScreen = std::make_shared<EquityScreenStub>();
+  MasterSourceViewController& list = *frame->masterSourceViewController;
+  std::vector<MasterSourceViewController::Update> updates;
+};
+
+TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
+  const EquityPointer first = model->watchlistEquities[0];
+  first->name = "Aardvarks";
+  open();
+  EXPECT_EQ(list.numberOfWatchlistRows(), 3U);
+  EXPECT_EQ(list.watchlistRow(0).price, "");
+  EXPECT_TRUE(list.watchlistRow(0).change.isEmpty());
+  EXPECT_THAT(prices->queries, IsEmpty()) << "no session is known yet";
+
+  quote(first);
+  post(WatchlistManager::didRefreshWatchlistEquities, WatchlistManager::equitiesKey,
+       EquitySet{first, abc});
+  EXPECT_THAT(updates.back().reloadedWatchlistRows, ElementsAre(0U));
+  waitUntil([&] { return !list.watchlistRow(0).thumbnail->isEmpty(); });
+  EXPECT_EQ(prices->queries.back(), QuoteQuery::currentPeriod(first, true));
+  EXPECT_EQ(list.watchlistRow(0).accessibleText(), "AA, Aardvarks, $10.125, +26.56% ▲ +$2.125");
+  EXPECT_EQ(list.watchlistRow(0).thumbnail->openingValue(), 8);
+  EXPECT_TRUE(list.watchlistRow(1).thumbnail->isEmpty());
+
+  // The refresh of a newly opened workspace tells of its portfolios alone.
+  quote(model->watchlistEquities[1]);
+  post(WatchlistManager::didRefreshPortfolioEquities, WatchlistManager::portfoliosKey,
+       std::vector{portfolio});
+  waitUntil([&] { return !list.watchlistRow(1).thumbnail->isEmpty(); });
+  EXPECT_THAT(prices->queries, SizeIs(2)) << "the first session has been fetched already";
+
+  prices->script = [](const QuoteQuery&) { return ScriptedQuoteProvider::refusal(); };
+  post(WatchlistManager::didRefreshWatchlistEquities, WatchlistManager::equitiesKey,
+       EquitySet{first});
+  waitUntil([&] { return list.watchlistRow(0).thumbnail->isEmpty(); });
+  EXPECT_THAT(errors, IsEmpty()) << "one message a row would help nobody";
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsWhatPortfoliosAreWorth) {
+  open();
+  portfolio->name = "Savings";
+  record({deposit("1000"), buy("10", "100")});
+  MainLoop::drain();
+  EXPECT_THAT(updates.back().reloadedPortfolioRows, ElementsAre(0U));
+  EXPECT_EQ(list.portfolioRow(0).value, "⚠️");
+  EXPECT_TRUE(list.portfolioRow(0).gain.isEmpty());
+  EXPECT_EQ(list.portfolioRow(0).accessibleText(),
+            "Savings, Current portfolio value is indeterminate");
+  abc->recentPrice = 9;
+  post(WatchlistManager::didRefreshPortfolioEquities, WatchlistManager::portfoliosKey,
+       std::vector{portfolio});
+  EXPECT_THAT(updates.back().reloadedPortfolioRows, ElementsAre(0U));
+  EXPECT_EQ(list.portfolioRow(0).accessibleText(), "Savings, CA$990.00, ▼ -CA$10.00");
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsOneSelectedObjectAtATime) {
+  open();
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::emptyState);
+  EXPECT_EQ(frame->emptyStateMessage(), "No equity or portfolio selected.");
+  list.selectWatchlistRows({1});
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::equity);
+  EXPECT_EQ(equityScreen->equity, model->watchlistEquities[1]);
+  list.selectPortfolioRow(0);
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::portfolio);
+  EXPECT_THAT(list.selectedWatchlistRows(), IsEmpty());
+  EXPECT_EQ(frame->portfolioViewController->currentData().portfolio, portfolio);
+  list.selectPortfolioRow(std::nullopt);
+  EXPECT_EQ(list.selectedPortfolioRow(), 0U) << "a portfolio stays selected";
+  list.selectWatchlistRows({0, 2});
+  EXPECT_FALSE(list.selectedPortfolioRow());
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::portfolio) << "two rows show nothing new";
+  list.selectWatchlistRows({2});
+  EXPECT_EQ(frame->portfolioViewController->currentData().portfolio, nullptr)
+      << "a hidden screen fetches nothing";
+
+  model->watchlistEquities.clear();
+  model->portfolioManagers.clear();
+  EXPECT_EQ(frame->emptyStateMessage(),
+            "Search for an equity or create a portfolio to get started!");
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsFoundEquitiesAndAddsThem) {
+  EXPECT_EQ(list.searchProvider(), nullptr);
+  open();
+  EXPECT_EQ(list.searchProvider(), prices);
+  list.selectWatchlistRows({0});
+  list.chooseSearchedEquity(abc);
+  EXPECT_EQ(equityScreen->equity, abc);
+  EXPECT_THAT(list.selectedWatchlistRows(), IsEmpty());
+  EXPECT_EQ(symbols(), "AA BB CC ");
+  EXPECT_TRUE(list.canAddToWatchlist());
+  list.addToWatchlistAction();
+  EXPECT_EQ(symbols(), "AA BB CC ABC ");
+  EXPECT_EQ(undo->undoActionName(), "Watch “ABC”");
+  EXPECT_FALSE(list.canAddToWatchlist()) << "it is watched now";
+  equityScreen->addToWatchlistHandler(xyz);
+  EXPECT_EQ(symbols(), "AA BB CC ABC XYZ ");
+  list.chooseSearchedEquity(model->watchlistEquities[2]);
+  EXPECT_THAT(list.selectedWatchlistRows(), ElementsAre(2U));
+}
+
+TEST_F(MainSplitViewControllerTest, EditsTheWatchlistUndoably) {
+  open();
+  list.selectWatchlistRows({0, 2});
+  list.removeSelectedAction();
+  EXPECT_EQ(symbols(), "BB ");
+  EXPECT_THAT(list.selectedWatchlistRows(), IsEmpty());
+  EXPECT_EQ(undo->undoActionName(), "Unwatch 2 Symbols");
+  undo->undo();
+  EXPECT_EQ(symbols(), "AA BB CC ");
+  undo->redo();
+  EXPECT_EQ(symbols(), "BB ");
+  undo->undo();
+
+  list.selectWatchlistRows({0});
+  list.moveWatchlistRows({0}, 2);
+  EXPECT_EQ(symbols(), "BB AA CC ");
+  EXPECT_EQ(undo->undoActionName(), "Move “AA”");
+  EXPECT_THAT(list.selectedWatchlistRows(), ElementsAre(1U));
+  EXPECT_TRUE(updates.back().watchlistRowsChanged);
+  list.moveWatchlistRows({2, 1}, 0);
+  EXPECT_EQ(symbols(), "AA CC BB ");
+  EXPECT_EQ(undo->undoActionName(), "Move 2 Symbols");
+  list.moveWatchlistRows({1}, 2);
+  EXPECT_EQ(undo->undoActionName(), "Move 2 Symbols") << "a row that stays is no edit";
+  list.selectWatchlistRows({0});
+  list.removeSelectedAction();
+  EXPECT_EQ(undo->undoActionName(), "Unwatch “AA”");
+}
+
+TEST_F(MainSplitViewControllerTest, CreatesAPortfolioAndShowsIt) {
+  EXPECT_FALSE(frame->canCreatePortfolio());
+  EXPECT_EQ(frame->makeCreatePortfolioForm([] {}, false), nullptr);
+  open();
+  std::vector<std::string> segues;
+  frame->performSegue = [&](std::string_view segue) { segues.emplace_back(segue); };
+  frame->createPortfolioAction();
+  EXPECT_THAT(segues, ElementsAre("CreatePortfolio"));
+  int closed = 0;
+  const auto form = frame->makeCreatePortfolioForm([&] { ++closed; }, false);
+  form->load();
+  form->performAction(EditPortfolioViewController::Sender::cancelButton);
+  EXPECT_EQ(closed, 1);
+  EXPECT_EQ(documentChanges, 0);
+  form->performAction(EditPortfolioViewController::Sender::goButton);
+  EXPECT_EQ(closed, 2);
+  EXPECT_EQ(documentChanges, 1);
+  EXPECT_EQ(list.numberOfPortfolioRows(), 2U);
+  EXPECT_EQ(list.selectedPortfolioRow(), 1U);
+  EXPECT_EQ(frame->portfolioViewController->currentData().portfolio, manager->portfolios()[1]);
+}
+
+TEST_F(MainSplitViewControllerTest, DeletesAPortfolioOnlyWhenTheUserAgrees) {
+  open();
+  portfolio->name = "Savings";
+  list.selectPortfolioRow(0);
+  pressedButton = 1;
+  frame->portfolioViewController->deletePortfolioAction();
+  EXPECT_THAT(alerts,
+              ElementsAre(DocumentAlert{
+                  "Are you sure you wish to delete “Savings”?",
+                  "All transaction data will be permanently removed. This action cannot be undone.",
+                  {"Delete", "Cancel"}}));
+  EXPECT_THAT(manager->portfolios(), SizeIs(1));
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::portfolio);
+  EXPECT_EQ(documentChanges, 0);
+  pressedButton = 0;
+  frame->portfolioViewController->deletePortfolioAction();
+  EXPECT_THAT(manager->portfolios(), IsEmpty());
+  EXPECT_EQ(list.numberOfPortfolioRows(), 0U);
+  EXPECT_EQ(frame->currentDetailTab(), DetailTab::emptyState);
+  EXPECT_EQ(documentChanges, 1);
+}
+
+}  // namespace
+}  // namespace corvane::testing
