@@ -2,14 +2,14 @@
 #include "cli/date_text.h"
 #include "cli/text_table.h"
 #include "cli/workspace_file.h"
+#include "exchange/portfolio_transactions_exporter.h"
 #include "platform/overloaded.h"
 
 namespace corvane::cli {
 namespace {
 
-/// What the columns between the dates and the balances say of a transaction.
+/// What the columns between the type and the balances say of a transaction.
 struct Happening {
-  std::string type;
   std::string symbol = {};
   std::string shares = {};
   std::string cash = {};
@@ -36,44 +36,27 @@ std::string text(const CurrencyAmount& amount) {
   return text(amount.amount, amount.currency);
 }
 
-std::string word(BasicTransaction::YieldType type) {
-  switch (type) {
-    case BasicTransaction::YieldType::dividend:
-      return "Dividend";
-    case BasicTransaction::YieldType::capitalGainsDividend:
-      return "Cap. Gains Dividend";
-    case BasicTransaction::YieldType::reinvestedDistribution:
-      return "Reinvested Distribution";
-    case BasicTransaction::YieldType::returnOfCapital:
-      return "Return of Capital";
-  }
-  return "";
-}
-
 Happening happening(const BasicTransaction& transaction) {
   return std::visit(
       Overloaded{
           [](const BasicTransaction::Trade& trade) {
-            return Happening{trade.sharesAdded > 0 ? "Buy" : "Sell", trade.equity->symbol,
-                             text(trade.sharesAdded),
+            return Happening{trade.equity->symbol, text(trade.sharesAdded),
                              text(-trade.cashDisposed.amount, trade.cashDisposed.currency)};
           },
           [](const BasicTransaction::Split& split) {
-            return Happening{split.priorShares < split.netShares ? "Split" : "Consolidation",
-                             split.equity->symbol, text(split.netShares - split.priorShares)};
+            return Happening{split.equity->symbol, text(split.netShares - split.priorShares)};
           },
           [](const BasicTransaction::JournaledShares& journaled) {
-            return Happening{"Journal", journaled.equity->symbol, text(journaled.sharesAdded)};
+            return Happening{journaled.equity->symbol, text(journaled.sharesAdded)};
           },
           [](const BasicTransaction::Yield& yield) {
-            return Happening{word(yield.type), yield.equity->symbol, "", text(yield.netAmount)};
+            return Happening{yield.equity->symbol, "", text(yield.netAmount)};
           },
           [](const BasicTransaction::Transfer& transfer) {
-            return Happening{transfer.amount.amount > 0 ? "Transfer In" : "Transfer Out", "", "",
-                             text(transfer.amount)};
+            return Happening{"", "", text(transfer.amount)};
           },
           [](const BasicTransaction::CashAdjustment& adjustment) {
-            return Happening{"Cash Adjustment", "", "", text(adjustment.amount)};
+            return Happening{"", "", text(adjustment.amount)};
           }},
       transaction.kind);
 }
@@ -103,8 +86,9 @@ void writeLedger(const CommandLine& line, const Console& console) {
     const Currency* currency = row->basic.currency();
     const Currency& primary = portfolio->primaryCurrency();
     table.add({std::to_string(number), dateText(row->tradeDate(), calendar),
-               dateText(row->settlementDate(), calendar), std::move(what.type),
-               std::move(what.symbol), std::move(what.shares), std::move(what.cash),
+               dateText(row->settlementDate(), calendar),
+               std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
+               std::move(what.shares), std::move(what.cash),
                currency == nullptr ? "" : std::string(currency->code), text(row->sharesNet),
                text(row->cashNet, currency == nullptr ? primary : *currency),
                text(row->costBaseNet(), primary), text(row->capitalGain(), primary),

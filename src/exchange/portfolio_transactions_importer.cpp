@@ -140,9 +140,10 @@ void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField
   if (!tradeDate) {
     throw ImportError(ImportError::DateMissing());
   }
+  const auto current = std::static_pointer_cast<const Configuration>(configuration());
   const ImportSurroundings surroundings = {
       .primaryCurrency = portfolio_->primaryCurrency(),
-      .defaultCurrencyCode = settings().defaultCurrencyCode,
+      .defaultCurrencyCode = current->defaultCurrencyCode,
       .numberFormatter = numberFormatter_,
       .equityFor = [this](std::string_view symbol) { return equityFor(symbol); }};
   const ImportRow row(valuesByField, surroundings);
@@ -175,8 +176,12 @@ EquityPointer PortfolioTransactionsImporter::equityFor(std::string_view symbol) 
 
 void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
   const auto manager = portfolio_->manager.lock();
-  if (transactionsToRecord_.empty() || manager == nullptr) {
+  if (transactionsToRecord_.empty()) {
     return;
+  }
+  if (manager == nullptr) {
+    throw PortfolioManagerError(
+        PortfolioManagerError::InvalidPortfolio{"The portfolio is not open any more."});
   }
   std::size_t recordedCount = 0;
   try {

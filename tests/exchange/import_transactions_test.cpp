@@ -261,6 +261,36 @@ TEST_F(ImportTransactions, KeepsItsConfigurationForTheNextFile) {
   }
 }
 
+/// A provider that lives on the main queue and says when it is asked elsewhere.
+class MainQueueProvider : public QuoteProvider {
+ public:
+  std::vector<std::string> asked;
+  [[nodiscard]] EquityPointer equityWithId(std::string_view id) override {
+    EXPECT_TRUE(DispatchQueue::main()->isCurrent());
+    asked.emplace_back(id);
+    return QuoteProvider::equityWithId(id);
+  }
+};
+
+TEST_F(ImportTransactions, AsksTheProviderOnTheMainQueueOnceForEachSymbol) {
+  const auto provider = std::make_shared<MainQueueProvider>();
+  world.ledger.manager->quoteProvider = provider;
+  world.fields = {"tradeDate", "type", "symbol", "numberOfShares", "cashAmount"};
+  EXPECT_TRUE(
+      world.importText("D,T,S,N,A\n2021-03-31,buy,ABC,1,1\n2021-03-31,buy,XYZ,1,1\n"
+                       "2021-03-31,sell,ABC Acme,1,1\n"))
+      << world.error();
+  EXPECT_THAT(provider->asked, ElementsAre("ABC", "XYZ"));
+}
+
+TEST_F(ImportTransactions, RecordsNothingInAPortfolioWithoutAManager) {
+  world.ledger.portfolio->manager.reset();
+  EXPECT_EQ(imported({"type", "symbol", "numberOfShares", "cashAmount"}, "buy,ABC,1,1"),
+            "Problem on line 2: The symbol is not specified for a trade transaction.");
+  (void)imported({"type", "cashAmount"}, "deposit,1");
+  EXPECT_EQ(world.error(), "The portfolio is not open any more.");
+}
+
 std::string formatOf(const std::vector<std::string>& cells) {
   DateOrderRecognition recognition;
   for (const std::string& cell : cells) {
