@@ -165,8 +165,8 @@ struct Window {
   QuoteInterval interval;
   int days;
 };
-constexpr std::array windows = {Window{oneDay, 300}, Window{oneHour, 30}, Window{fiveMinutes, 9},
-                                Window{oneMinute, 5}};
+constexpr std::array windows = {Window{oneDay, 300}, Window{oneHour, 20}, Window{fiveMinutes, 5},
+                                Window{oneMinute, 3}};
 
 /// From `count` days ago on, where days of shares begin: the bars of a day with the session,
 /// shorter ones also before it. No bar reaches over such a moment.
@@ -227,8 +227,8 @@ struct Storm {
 
   void run(std::chrono::seconds length) {
     const auto end = std::chrono::steady_clock::now() + length;
-    while (begun < 300 || std::chrono::steady_clock::now() < end) {
-      if (begun % 1000 == 0) {
+    while (begun < 100 || std::chrono::steady_clock::now() < end) {
+      if (begun % 300 == 0) {
         startProgram();
       }
       beginOne();
@@ -271,7 +271,8 @@ struct Storm {
   int begun = 0;
 
  private:
-  /// A crumb that has gone stale stays so until the next run of the program.
+  /// A crumb that has gone stale stays so until the next run of the program. Some runs begin with
+  /// an empty file, so that there is always something to ask for.
   void startProgram() {
     chain.waitUntilFewAreUnderWay(0);
     ErrorPointer error;
@@ -279,6 +280,9 @@ struct Storm {
     do {
       equities.clear();
       chain.open();
+      if (random() % 2 == 0) {
+        chain.cache().empty();
+      }
       for (const char* id : ids) {
         equities.push_back(chain.provider->equityWithId(id));
       }
