@@ -61,6 +61,8 @@ SaveWorkspacePanel::SaveWorkspacePanel(QWidget* parent, const std::filesystem::p
   setAcceptMode(AcceptSave);
   setFileMode(AnyFile);
   setNameFilter(QStringLiteral("Corvane workspaces (*.corvane)"));
+  // A workspace is a folder, which Qt would offer to open.
+  setLabelText(Accept, QStringLiteral("&Save"));
   setDefaultSuffix(qtText(WorkspaceDocument::filenameExtension).mid(1));
   selectFile(name + qtText(WorkspaceDocument::filenameExtension));
 }
