@@ -10,6 +10,7 @@
 
 #include "desktop/app/command_line.h"
 #include "desktop/app/desktop_application.h"
+#include "desktop/app/first_paint.h"
 #include "desktop/app/screen_renderer.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/system_appearance.h"
@@ -123,6 +124,10 @@ int run(int argumentCount, char** arguments) {
                               .sampleWorkspace = prices.sampleWorkspace()});
   if (line.renderFolder) {
     return render(program, line);
+  }
+  std::optional<FirstPaint> firstPaint;
+  if (line.quitsAfterFirstPaint) {
+    firstPaint.emplace(application, [&] { program.quit(); });
   }
   if (line.usesSampleMarket && !line.workspace) {
     program.startWithSample();

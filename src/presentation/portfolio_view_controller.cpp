@@ -204,7 +204,8 @@ void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& man
   ++fetchesUnderWay_;
   manager->fetchDailySnapshots(
       currentData_.portfolio, currentData_.ymdRange.lower(), currentData_.ymdRange.upper(),
-      [self = weak_from_this(), portfolio = currentData_.portfolio](FetchResult result) {
+      [self = weak_from_this(), portfolio = currentData_.portfolio,
+       days = currentData_.ymdRange](FetchResult result) {
         const auto living = self.lock();
         if (living == nullptr) {
           return;
@@ -214,6 +215,13 @@ void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& man
         // no longer on the screen has nothing to say about the one that is.
         if (living->currentData_.portfolio == portfolio) {
           living->fetchDidEnd(std::move(result));
+          // An answer for more days can arrive after the one for the days that were chosen since.
+          // What it tells must not stay under the wrong dates.
+          if (living->fetchesUnderWay_ == 0 && days != living->currentData_.ymdRange) {
+            if (const auto current = managerOf(portfolio)) {
+              living->fetch(current);
+            }
+          }
         }
         living->changeHandler();
       });

@@ -20,6 +20,10 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
       QStringLiteral("render"),
       QStringLiteral("Draw every screen of the workspace into PNG files in DIR, and end."),
       QStringLiteral("DIR"));
+  // For measuring how long a start takes; of no use to a user.
+  QCommandLineOption quitAfterFirstPaint(QStringLiteral("quit-after-first-paint"));
+  quitAfterFirstPaint.setFlags(QCommandLineOption::HiddenFromHelp);
+  parser.addOption(quitAfterFirstPaint);
   parser.addOption(sampleMarket);
   parser.addOption(render);
   const QCommandLineOption help = parser.addHelpOption();
@@ -40,6 +44,7 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
   }
   CommandLine line;
   line.usesSampleMarket = parser.isSet(sampleMarket);
+  line.quitsAfterFirstPaint = parser.isSet(quitAfterFirstPaint);
   if (!paths.isEmpty()) {
     line.workspace = filePath(paths.constFirst());
   }

@@ -14,6 +14,8 @@ struct CommandLine {
   std::optional<std::filesystem::path> workspace;
   /// Prices come from the invented market in the program, not from the network.
   bool usesSampleMarket = false;
+  /// Ends as soon as the window of a workspace has been painted, by --quit-after-first-paint.
+  bool quitsAfterFirstPaint = false;
   /// Draws every screen into this folder and ends.
   std::optional<std::filesystem::path> renderFolder;
 

@@ -1,10 +1,11 @@
 #include "desktop/app/document_windows.h"
 
-#include <QStandardPaths>
+#include <QFileInfo>
 #include <algorithm>
 
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/workspace/main_window.h"
 #include "platform/async/dispatch_queue.h"
@@ -13,9 +14,13 @@ namespace corvane::desktop {
 
 std::filesystem::path folderForPanels(const WorkspaceDocument* document) {
   if (document != nullptr && document->fileURL()) {
-    return document->fileURL()->parent_path();
+    // The sample lies among the program's own files, where the user cannot save.
+    const std::filesystem::path folder = document->fileURL()->parent_path();
+    if (QFileInfo(qtPath(folder)).isWritable()) {
+      return folder;
+    }
   }
-  return filePath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+  return filePath(documentsFolder());
 }
 
 std::shared_ptr<MainWindow> DocumentWindows::windowOf(const WorkspaceDocument& document) const {

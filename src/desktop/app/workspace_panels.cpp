@@ -51,16 +51,42 @@ void OpenWorkspacePanel::choose(const QString& path) {
   done(Accepted);
 }
 
-std::optional<std::filesystem::path> askWhereToSaveWorkspace(
-    QWidget* parent, const std::filesystem::path& startFolder, const QString& name) {
-  const QString filename = name + qtText(WorkspaceDocument::filenameExtension);
-  const QString chosen = QFileDialog::getSaveFileName(
-      parent, QStringLiteral("Save Workspace"), qtPath(startFolder) + QLatin1Char('/') + filename,
-      QStringLiteral("Corvane workspaces (*.corvane)"), nullptr, QFileDialog::DontConfirmOverwrite);
-  if (chosen.isEmpty()) {
+SaveWorkspacePanel::SaveWorkspacePanel(QWidget* parent, const std::filesystem::path& startFolder,
+                                       const QString& name)
+    : QFileDialog(parent, QStringLiteral("Save Workspace"), qtPath(startFolder)) {
+  // The system's panels of files would enter a workspace that is to be replaced.
+  setOption(DontUseNativeDialog);
+  // Replacing is asked about where the workspace is written.
+  setOption(DontConfirmOverwrite);
+  setAcceptMode(AcceptSave);
+  setFileMode(AnyFile);
+  setNameFilter(QStringLiteral("Corvane workspaces (*.corvane)"));
+  // A workspace is a folder, which Qt would offer to open.
+  setLabelText(Accept, QStringLiteral("&Save"));
+  setDefaultSuffix(qtText(WorkspaceDocument::filenameExtension).mid(1));
+  selectFile(name + qtText(WorkspaceDocument::filenameExtension));
+}
+
+std::optional<std::filesystem::path> SaveWorkspacePanel::ask() {
+  const QStringList files = exec() == Accepted ? selectedFiles() : QStringList();
+  if (files.isEmpty()) {
     return std::nullopt;
   }
-  return filePath(chosen);
+  return filePath(files.constFirst());
+}
+
+void SaveWorkspacePanel::accept() {
+  const QStringList files = selectedFiles();
+  if (!files.isEmpty() && isWorkspace(files.constFirst())) {
+    done(Accepted);
+  } else {
+    QFileDialog::accept();
+  }
+}
+
+std::optional<std::filesystem::path> askWhereToSaveWorkspace(
+    QWidget* parent, const std::filesystem::path& startFolder, const QString& name) {
+  return SaveWorkspacePanel(parent, startFolder, name).ask();
 }
 
 }  // namespace corvane::desktop

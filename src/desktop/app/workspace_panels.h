@@ -26,6 +26,21 @@ class OpenWorkspacePanel : public QFileDialog {
   QString chosen_;
 };
 
+/// Asks where to save a workspace. One that stands there already is chosen rather than entered, and
+/// whether to replace it is not asked.
+class SaveWorkspacePanel : public QFileDialog {
+  Q_OBJECT
+
+ public:
+  SaveWorkspacePanel(QWidget* parent, const std::filesystem::path& startFolder,
+                     const QString& name);
+
+  /// Runs the panel; none where the user thinks better of it.
+  [[nodiscard]] std::optional<std::filesystem::path> ask();
+
+  void accept() override;
+};
+
 /// Asks where to save a workspace that is called `name`. Whether something stands there already is
 /// not asked.
 [[nodiscard]] std::optional<std::filesystem::path> askWhereToSaveWorkspace(

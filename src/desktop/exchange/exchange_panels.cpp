@@ -4,12 +4,12 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
-#include <QStandardPaths>
 
 #include "desktop/exchange/export_save_accessory.h"
 #include "desktop/exchange/field_setup_dialog.h"
 #include "desktop/exchange/progress_dialog.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 
 namespace corvane::desktop {
@@ -52,10 +52,6 @@ QStringList nameFilters(const std::vector<ContentType>& types, bool withAllTypes
   }
   filters.append(QStringLiteral("All files (*)"));
   return filters;
-}
-
-QString documentsFolder() {
-  return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
 }
 
 /// Tells `completion` what `panel` has come to, once.

@@ -31,8 +31,15 @@ FieldSetupModel::FieldSetupModel(ImportExportFieldSetupViewController& setup, QO
     : QAbstractTableModel(parent), setup_(setup), rows_(static_cast<int>(setup.numberOfRows())) {}
 
 void FieldSetupModel::reload() {
+  const auto rows = static_cast<int>(setup_.numberOfRows());
+  if (rows == rows_ && rows > 0) {
+    // The menus stay, so the keyboard stays in the one that was used.
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnTotal - 1);
+    Q_EMIT dataChanged(index(0, 0), index(rows - 1, columnTotal - 1));
+    return;
+  }
   beginResetModel();
-  rows_ = static_cast<int>(setup_.numberOfRows());
+  rows_ = rows;
   endResetModel();
 }
 
@@ -123,10 +130,27 @@ FieldDelegate::FieldDelegate(ImportExportFieldSetupViewController& setup, QObjec
 
 QWidget* FieldDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
                                      const QModelIndex& index) const {
-  using CheckState = ImportExportFieldSetupViewController::CheckState;
   const auto row = static_cast<std::size_t>(index.row());
   auto* menu = new QComboBox(parent);
   menu->setAccessibleName(QStringLiteral("Field of column %1").arg(row + 1));
+  connect(menu, &QComboBox::activated, menu, [this, menu, row](int chosen) {
+    const std::string field = utf8Text(menu->itemData(chosen).toString());
+    // Later, since the change fills all menus anew, this one too.
+    QMetaObject::invokeMethod(
+        const_cast<FieldDelegate*>(this), [this, row, field] { setup_.changeField(row, field); },
+        Qt::QueuedConnection);
+  });
+  return menu;
+}
+
+void FieldDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+  using CheckState = ImportExportFieldSetupViewController::CheckState;
+  auto* menu = qobject_cast<QComboBox*>(editor);
+  const auto row = static_cast<std::size_t>(index.row());
+  if (menu == nullptr || row >= setup_.numberOfRows()) {
+    return;
+  }
+  menu->clear();
   for (const auto& item : setup_.fieldItems(row)) {
     // A field that another column has changes places with this one.
     const QString text = qtText(item.title);
@@ -136,14 +160,6 @@ QWidget* FieldDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem
       menu->setCurrentIndex(menu->count() - 1);
     }
   }
-  connect(menu, &QComboBox::activated, menu, [this, menu, row](int chosen) {
-    const std::string field = utf8Text(menu->itemData(chosen).toString());
-    // Later, since the change makes all menus anew, this one too.
-    QMetaObject::invokeMethod(
-        const_cast<FieldDelegate*>(this), [this, row, field] { setup_.changeField(row, field); },
-        Qt::QueuedConnection);
-  });
-  return menu;
 }
 
 FieldSetupDialog::FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewController> setup,
@@ -224,7 +240,6 @@ void FieldSetupDialog::layOut() {
   auto* buttons = new QDialogButtonBox;
   auto* go = buttons->addButton(isImport ? QStringLiteral("Import") : QStringLiteral("Done"),
                                 QDialogButtonBox::AcceptRole);
-  go->setDefault(true);
   auto* cancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
   connect(go, &QPushButton::clicked, this, [this] { setup_->submit(); });
   connect(cancel, &QPushButton::clicked, this, [this] { setup_->cancel(); });
@@ -239,6 +254,11 @@ void FieldSetupDialog::layOut() {
     column->addWidget(accessory);
   }
   column->addWidget(buttons);
+  // Known to the dialog only once it is in it. No other button may take Return.
+  for (QPushButton* button : {add_, remove_, reset_}) {
+    button->setAutoDefault(false);
+  }
+  go->setDefault(true);
 }
 
 void FieldSetupDialog::addShortcuts() {

@@ -46,6 +46,9 @@ class FieldDelegate : public QStyledItemDelegate {
   FieldDelegate(ImportExportFieldSetupViewController& setup, QObject* parent);
   [[nodiscard]] QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                                       const QModelIndex& index) const override;
+  /// Lets the menus have all keys, so that Tab goes on, Return imports and Escape cancels.
+  bool eventFilter(QObject* /*editor*/, QEvent* /*event*/) override { return false; }
+  void setEditorData(QWidget* editor, const QModelIndex& index) const override;
   void setModelData(QWidget* /*editor*/, QAbstractItemModel* /*model*/,
                     const QModelIndex& /*index*/) const override {}
 

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
 #include <array>
 #include <utility>
 
@@ -21,6 +22,7 @@ namespace {
 
 constexpr QSize initialSize(1280, 800);
 constexpr QSize leastSize(960, 600);
+constexpr QSize frameAllowance(8, 40);  // for borders and the bar with the title
 
 /// Lets the widget with the keyboard handle `key`, as if the user had pressed it there.
 void sendToFocus(QKeySequence::StandardKey key) {
@@ -42,7 +44,8 @@ MainWindow::MainWindow(DesktopApplication& application, std::shared_ptr<Workspac
       view_(new WorkspaceView(*document_, application.defaults())) {
   setCentralWidget(view_);
   setMinimumSize(leastSize);
-  resize(initialSize);
+  // The frame that the system adds must fit on the screen too.
+  resize(initialSize.boundedTo(screen()->availableSize() - frameAllowance).expandedTo(leastSize));
   makeFileMenu();
   makeEditMenu();
   makePortfolioMenu();
