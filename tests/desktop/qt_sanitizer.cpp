@@ -1,6 +1,6 @@
-// What the thread sanitizer must not look at: Qt is built without it, so that the sanitizer does not
-// see the locks of Qt's thread pool and event queue. The type of an event is the one thing that the
-// program itself reads of what came through that queue.
+// What the thread sanitizer must not look at: Qt is built without it, so that the sanitizer does
+// not see the locks of Qt's thread pool and event queue. The type of an event is the one thing that
+// the program itself reads of what came through that queue.
 
 extern "C" const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_suppressions() {
