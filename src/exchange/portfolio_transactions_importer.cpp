@@ -14,6 +14,25 @@
 namespace corvane {
 namespace {
 
+/// Keeps the main queue from looking at ledgers while this thread changes one.
+class BackgroundEdit {
+ public:
+  explicit BackgroundEdit(PortfolioManager& manager) : manager_(manager) {
+    // There, so that nobody is in the middle of looking.
+    if (DispatchQueue::main()->isCurrent()) {
+      manager_.beginBackgroundEdit();
+    } else {
+      DispatchQueue::main()->sync([this] { manager_.beginBackgroundEdit(); });
+    }
+  }
+  BackgroundEdit(const BackgroundEdit&) = delete;
+  BackgroundEdit& operator=(const BackgroundEdit&) = delete;
+  ~BackgroundEdit() { manager_.endBackgroundEdit(); }
+
+ private:
+  PortfolioManager& manager_;
+};
+
 struct Field {
   std::string_view rawValue;
   std::string_view title;
@@ -184,6 +203,7 @@ void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
         PortfolioManagerError::InvalidPortfolio{"The portfolio is not open any more."});
   }
   std::size_t recordedCount = 0;
+  const BackgroundEdit edit(*manager);
   try {
     manager->recordTransactions(transactionsToRecord_, portfolio_, nullptr, [&](std::size_t count) {
       recordedCount = count;

@@ -55,6 +55,12 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
   assert(from <= to && "a range must not end before it starts");
   const DateRange dates(from.startIn(calendar),
                         YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar));
+  try {
+    requireReadable();
+  } catch (const Error& error) {
+    completion(failure(error));
+    return;
+  }
   const auto& rows = portfolio->transactions();
   const auto first = std::ranges::lower_bound(rows, dates.lower(), std::less<>(),
                                               &PortfolioTransaction::settlementDate);

@@ -518,6 +518,8 @@ void PortfolioManager::placeOrder(const Order& order, const PortfolioPointer& po
 
 void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> changes,
                                            const PortfolioPointer& portfolio) {
+  // Whoever hears the news reads the ledger.
+  endBackgroundEdit();
   NotificationCenter::UserInfo userInfo = {{std::string(portfolioManagerKey), shared_from_this()},
                                            {std::string(portfolioKey), portfolio}};
   if (changes) {
@@ -525,6 +527,13 @@ void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> cha
   }
   NotificationCenter::defaultCenter().post(std::string(didChangePortfolio), this,
                                            std::move(userInfo));
+}
+
+void PortfolioManager::requireReadable() const {
+  if (isEditedInBackground_) {
+    throw PortfolioManagerError(
+        PortfolioManagerError::LedgerInconsistency{"The ledger is being changed."});
+  }
 }
 
 void PortfolioManager::keepEdit(const PortfolioPointer& /*portfolio*/,

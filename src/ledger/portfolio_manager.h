@@ -1,6 +1,7 @@
 // The one object through which a ledger changes.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -192,6 +193,15 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// refreshed before. Throws PortfolioManagerError::InvalidPortfolio as valuation() does.
   [[nodiscard]] EquitySet valuationEquities(const PortfolioPointer& portfolio) const;
 
+  /// Says that another thread is about to change a ledger. Until that change is made known, or
+  /// endBackgroundEdit() is called, valuation(), valuationEquities() and fetchDailySnapshots() fail
+  /// with PortfolioManagerError::LedgerInconsistency instead of reading what is changing, and views
+  /// do not look at rows. Main queue only.
+  void beginBackgroundEdit() { isEditedInBackground_ = true; }
+  /// For a change that came to nothing. Any thread.
+  void endBackgroundEdit() { isEditedInBackground_ = false; }
+  [[nodiscard]] bool isEditedInBackground() const { return isEditedInBackground_; }
+
   /// Carries out what a view has asked for. Only Order::Record is taken; others throw
   /// PortfolioManagerError::InvalidOrderType.
   void placeOrder(const Order& order, const PortfolioPointer& portfolio,
@@ -252,9 +262,13 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
   void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
 
+  /// Throws where a background edit is under way.
+  void requireReadable() const;
+
   TransactionType recordedTransactionType_;
   std::vector<OrderFeature> supportedOrderFeatures_;
   LedgerJournal* journal_ = nullptr;  ///< of the change under way
+  std::atomic<bool> isEditedInBackground_ = false;
 
   /// A recording under way.
   struct Recording {

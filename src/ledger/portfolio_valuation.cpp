@@ -20,6 +20,7 @@ const PortfolioSnapshot& newestSnapshot(const Portfolio& portfolio,
 }  // namespace
 
 PortfolioValuation PortfolioManager::valuation(const PortfolioPointer& portfolio) const {
+  requireReadable();
   const PortfolioSnapshot& snapshot = newestSnapshot(*portfolio, *this);
   const Currency& primary = portfolio->primaryCurrency();
   const auto rateOf = [&](const Currency& currency) {
@@ -50,6 +51,7 @@ PortfolioValuation PortfolioManager::valuation(const PortfolioPointer& portfolio
 }
 
 EquitySet PortfolioManager::valuationEquities(const PortfolioPointer& portfolio) const {
+  requireReadable();
   const PortfolioSnapshot& snapshot = newestSnapshot(*portfolio, *this);
   CurrencySet currencies;
   EquitySet equities;

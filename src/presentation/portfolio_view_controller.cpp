@@ -89,7 +89,12 @@ void PortfolioViewController::observe() {
         const auto living = self.lock();
         const auto* refreshed =
             infoOf<std::vector<PortfolioPointer>>(notification, WatchlistManager::portfoliosKey);
-        if (living != nullptr && refreshed != nullptr && living->currentData_.portfolio &&
+        const auto manager =
+            living == nullptr ? nullptr : managerOf(living->currentData_.portfolio);
+        if (manager == nullptr || manager->isEditedInBackground()) {
+          return;  // The news of that edit brings everything.
+        }
+        if (refreshed != nullptr &&
             std::ranges::find(*refreshed, living->currentData_.portfolio) != refreshed->end()) {
           living->refreshHeading();
           living->changeHandler();

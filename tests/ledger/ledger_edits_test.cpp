@@ -249,5 +249,26 @@ TEST(Orders, OtherThanRecordsAreNotSupported) {
   EXPECT_EQ(ledger.rows().size(), 1U);
 }
 
+TEST(BackgroundEdits, KeepTheMainQueueFromReadingUntilTheyAreMadeKnown) {
+  Ledger ledger;
+  ledger.manager->beginBackgroundEdit();
+  EXPECT_THROW((void)ledger.manager->valuation(ledger.portfolio), PortfolioManagerError);
+  EXPECT_THROW((void)ledger.manager->valuationEquities(ledger.portfolio), PortfolioManagerError);
+  std::optional<bool> fetched;
+  ledger.manager->fetchDailySnapshots(ledger.portfolio, {2021, 1, 1}, {2021, 1, 2},
+                                      [&](const auto& result) { fetched = result.has_value(); });
+  EXPECT_EQ(fetched, false);
+
+  bool couldRead = false;
+  const auto observation = NotificationCenter::defaultCenter().addObserver(
+      std::string(PortfolioManager::didChangePortfolio), ledger.manager.get(), [&](const auto&) {
+        couldRead = ledger.manager->valuation(ledger.portfolio).currentValue == dec("1000");
+      });
+  std::thread([&] {
+    ledger.manager->recordTransactions({ledger.deposit("1000")}, ledger.portfolio, nullptr);
+  }).join();
+  EXPECT_TRUE(couldRead) << "whoever hears the news reads the ledger";
+}
+
 }  // namespace
 }  // namespace corvane::testing

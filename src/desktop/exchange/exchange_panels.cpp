@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMainWindow>
 
 #include "desktop/exchange/export_save_accessory.h"
 #include "desktop/exchange/field_setup_dialog.h"
@@ -141,13 +142,23 @@ void ExchangePanels::endFieldSetup() {
 
 void ExchangePanels::beginProgress(
     const std::shared_ptr<ImportExportProgressViewController>& progress) {
+  // What is behind the sheet must not look at rows that the job is changing.
+  setContentUpdates(false);
   progress_ = new ProgressDialog(progress, window_);
   progress_->open();
 }
 
 void ExchangePanels::endProgress() {
+  setContentUpdates(true);
   if (progress_ != nullptr) {
     progress_->done(QDialog::Accepted);
+  }
+}
+
+void ExchangePanels::setContentUpdates(bool areOn) {
+  if (auto* main = qobject_cast<QMainWindow*>(window_.data());
+      main != nullptr && main->centralWidget() != nullptr) {
+    main->centralWidget()->setUpdatesEnabled(areOn);
   }
 }
 

@@ -30,6 +30,8 @@ class ExchangePanels : public ImportExportWindow {
   void presentError(const Error& error, std::move_only_function<void()> dismissed) override;
 
  private:
+  void setContentUpdates(bool areOn);
+
   QPointer<QWidget> window_;
   QPointer<QFileDialog> savePanel_;
   QPointer<QDialog> fieldSetup_;
