@@ -1,5 +1,8 @@
 // The five edits: what each does to the rows, what it announces, and that all of it can be undone.
 
+#include <optional>
+#include <thread>
+
 #include "ledger/ledger_builder.h"
 
 namespace corvane::testing {
