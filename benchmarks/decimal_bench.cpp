@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/decimal.h"
+#include "core/decimal/decimal.h"
 
 namespace corvane {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string>
 
-#include "exchange/csv.h"
+#include "exchange/csv/csv.h"
 
 namespace corvane {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "exchange/export_controller.h"
-#include "exchange/portfolio_transactions_exporter.h"
+#include "exchange/exports/export_controller.h"
+#include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger_world.h"
 #include "platform/system/file_manager.h"
 

@@ -3,7 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
-#include "ledger/ledger_walk.h"
+#include "ledger/accounting/ledger_walk.h"
 #include "ledger_world.h"
 
 namespace corvane {

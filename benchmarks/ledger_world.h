@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/quote_provider.h"
-#include "ledger/portfolio_manager.h"
+#include "core/market/quote_provider.h"
+#include "ledger/manager/portfolio_manager.h"
 
 namespace corvane {
 

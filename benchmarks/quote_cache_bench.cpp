@@ -9,7 +9,7 @@
 #include <memory>
 #include <random>
 
-#include "marketdata/cache_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
 
 namespace corvane {
 namespace {

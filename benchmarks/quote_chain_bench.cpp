@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "core/price_adjuster.h"
-#include "core/price_conversion.h"
+#include "core/market/price_adjuster.h"
+#include "core/market/price_conversion.h"
 #include "ledger_world.h"
-#include "marketdata/cache_quote_provider.h"
-#include "marketdata/switchable_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
+#include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {

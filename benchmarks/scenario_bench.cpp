@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "core/quote_provider.h"
+#include "core/market/quote_provider.h"
 #include "scenario/scenario_analyzer.h"
 
 namespace corvane {

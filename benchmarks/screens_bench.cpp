@@ -4,8 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include "ledger_world.h"
-#include "presentation/portfolio_chart.h"
-#include "presentation/portfolio_transactions_view_controller.h"
+#include "presentation/portfolio/portfolio_chart.h"
+#include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 namespace corvane {
 namespace {

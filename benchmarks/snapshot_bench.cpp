@@ -4,9 +4,9 @@
 
 #include <map>
 
-#include "core/price_adjuster.h"
-#include "ledger/daily_snapshots.h"
-#include "ledger/portfolio_manager.h"
+#include "core/market/price_adjuster.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "ledger/reports/daily_snapshots.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {

@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "ledger_world.h"
-#include "storage/stored_portfolio_manager.h"
+#include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
 namespace {

@@ -5,8 +5,8 @@
 #include <random>
 #include <string>
 
-#include "marketdata/yahoo_chart.h"
-#include "marketdata/yahoo_finance_api.h"
+#include "marketdata/yahoo/wire/yahoo_finance_api.h"
+#include "marketdata/yahoo/yahoo_chart.h"
 #include "platform/data/json_reader.h"
 
 namespace corvane {

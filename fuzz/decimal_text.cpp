@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "core/decimal.h"
+#include "core/decimal/decimal.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "exchange/csv.h"
+#include "exchange/csv/csv.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "exchange/csv.h"
-#include "exchange/import_export_error.h"
-#include "exchange/portfolio_transactions_importer.h"
-#include "ledger/portfolio_manager.h"
+#include "exchange/brokers/import_export_error.h"
+#include "exchange/csv/csv.h"
+#include "exchange/imports/portfolio_transactions_importer.h"
+#include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace {

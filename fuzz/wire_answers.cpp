@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "core/quote_provider.h"
-#include "marketdata/yahoo_chart.h"
-#include "marketdata/yahoo_equity_details.h"
-#include "marketdata/yahoo_finance_api.h"
-#include "marketdata/yahoo_response.h"
+#include "core/market/quote_provider.h"
+#include "marketdata/yahoo/wire/yahoo_finance_api.h"
+#include "marketdata/yahoo/yahoo_chart.h"
+#include "marketdata/yahoo/yahoo_equity_details.h"
+#include "marketdata/yahoo/yahoo_response.h"
 #include "platform/data/json_error.h"
 
 namespace {

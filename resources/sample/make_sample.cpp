@@ -1,7 +1,7 @@
 // Makes the workspace that a first run shows: a few years of somebody who holds well-known shares.
 // Prices, rates and dividends are about those of the time; the person is invented.
 
-#include "ledger/portfolio_manager.h"
+#include "ledger/manager/portfolio_manager.h"
 #include "platform/time/civil_day.h"
 #include "sample/sample_workspace.h"
 

@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "storage/workspace_document.h"
+#include "storage/workspace/workspace_document.h"
 
 namespace corvane::sample {
 namespace {

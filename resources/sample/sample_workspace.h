@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "core/quote_provider.h"
-#include "ledger/basic_transaction.h"
+#include "core/market/quote_provider.h"
+#include "ledger/transaction/basic_transaction.h"
 
 namespace corvane::sample {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "core/currency.h"
+#include "core/money/currency.h"
 #include "samplemarket/prices/noise.h"
 
 namespace corvane::samplemarket {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-#include "core/currency_amount.h"
+#include "core/money/currency_amount.h"
 #include "platform/time/civil_day.h"
 
 namespace corvane::samplemarket {

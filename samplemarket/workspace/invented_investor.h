@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "core/quote_provider.h"
-#include "ledger/basic_transaction.h"
+#include "core/market/quote_provider.h"
+#include "ledger/transaction/basic_transaction.h"
 #include "samplemarket/prices/daily_history.h"
 
 namespace corvane::samplemarket {

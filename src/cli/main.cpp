@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands.h"
+#include "cli/commands/commands.h"
 
 int main(int count, char** values) {
   std::vector<std::string> arguments(values + 1, values + count);

@@ -16,9 +16,9 @@
 #include "desktop/look/system_appearance.h"
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
-#include "marketdata/yahoo_quote_provider.h"
+#include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "samplemarket/sample_market.h"
-#include "storage/watchlist_manager.h"
+#include "storage/application/watchlist_manager.h"
 
 namespace corvane::desktop {
 namespace {

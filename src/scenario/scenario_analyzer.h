@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "core/investment_strategy.h"
-#include "core/quote.h"
+#include "core/market/quote.h"
+#include "core/strategy/investment_strategy.h"
 #include "platform/range.h"
 #include "scenario/scenario_portfolio.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-#include "ledger/portfolio.h"
+#include "ledger/portfolio/portfolio.h"
 
 namespace corvane {
 

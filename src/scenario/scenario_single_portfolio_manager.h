@@ -1,7 +1,7 @@
 // The private ledger of one simulated run.
 #pragma once
 
-#include "ledger/portfolio_manager.h"
+#include "ledger/manager/portfolio_manager.h"
 #include "scenario/scenario_portfolio.h"
 
 namespace corvane {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

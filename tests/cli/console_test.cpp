@@ -9,8 +9,8 @@
 
 #include "cli/console_program.h"
 #include "platform/data/sqlite.h"
-#include "storage/general_properties.h"
-#include "storage/workspace_document.h"
+#include "storage/workspace/general_properties.h"
+#include "storage/workspace/workspace_document.h"
 
 namespace corvane {
 namespace {

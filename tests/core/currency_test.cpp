@@ -1,11 +1,11 @@
-#include "core/currency.h"
+#include "core/money/currency.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 
-#include "core/currency_almanac.h"
+#include "core/money/currency_almanac.h"
 #include "platform/system/resources.h"
 
 namespace corvane {

@@ -1,8 +1,8 @@
-#include "core/decimal_number_formatter.h"
+#include "core/money/decimal_number_formatter.h"
 
 #include <gtest/gtest.h>
 
-#include "core/currency_amount.h"
+#include "core/money/currency_amount.h"
 
 namespace corvane {
 namespace {

@@ -10,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "core/decimal.h"
+#include "core/decimal/decimal.h"
 
 namespace corvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "core/decimal.h"
+#include "core/decimal/decimal.h"
 
 #include <gtest/gtest.h>
 

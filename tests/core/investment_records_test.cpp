@@ -5,10 +5,10 @@
 
 #include <limits>
 
-#include "core/investment_scenario.h"
-#include "core/investment_strategy.h"
-#include "core/json_coding.h"
-#include "core/year_month_day.h"
+#include "core/decimal/json_coding.h"
+#include "core/money/year_month_day.h"
+#include "core/strategy/investment_scenario.h"
+#include "core/strategy/investment_strategy.h"
 
 namespace corvane {
 namespace {

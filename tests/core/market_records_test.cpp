@@ -5,13 +5,13 @@
 
 #include <deque>
 
-#include "core/currency_amount.h"
-#include "core/equity_event.h"
-#include "core/portfolio_asset.h"
-#include "core/quote.h"
-#include "core/quote_fetch_result.h"
-#include "core/quote_provider.h"
-#include "core/year_month_day.h"
+#include "core/market/equity_event.h"
+#include "core/market/portfolio_asset.h"
+#include "core/market/quote.h"
+#include "core/market/quote_fetch_result.h"
+#include "core/market/quote_provider.h"
+#include "core/money/currency_amount.h"
+#include "core/money/year_month_day.h"
 
 namespace corvane {
 namespace {

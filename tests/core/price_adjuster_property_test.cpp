@@ -9,7 +9,7 @@
 #include <random>
 #include <set>
 
-#include "core/price_conversion.h"
+#include "core/market/price_conversion.h"
 #include "random_cases.h"
 
 namespace corvane {

@@ -1,6 +1,6 @@
 // Prices restated for splits and dividends, by one adjuster for each equity.
 
-#include "core/price_adjuster.h"
+#include "core/market/price_adjuster.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -14,8 +14,8 @@
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
 #include "desktop/workspace/workspace_view.h"
-#include "ledger/ledger_builder.h"
-#include "platform/temporary_folder.h"
+#include "support/ledger_builder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

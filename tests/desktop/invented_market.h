@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "core/quote_provider.h"
-#include "core/scripted_quote_provider.h"
+#include "core/market/quote_provider.h"
+#include "support/scripted_quote_provider.h"
 
 namespace corvane::testing {
 

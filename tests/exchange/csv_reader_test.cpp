@@ -6,8 +6,8 @@
 
 #include <random>
 
-#include "exchange/csv.h"
-#include "platform/text/characters.h"
+#include "exchange/csv/csv.h"
+#include "platform/text/unicode/characters.h"
 #include "random_cases.h"
 
 namespace corvane {

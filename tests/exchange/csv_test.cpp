@@ -1,4 +1,4 @@
-#include "exchange/csv.h"
+#include "exchange/csv/csv.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

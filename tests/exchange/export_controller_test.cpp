@@ -1,13 +1,13 @@
 // An export from its panel to the file: what is written, the settings in the panel, cancelling, and
 // a file that cannot be written.
 
-#include "exchange/export_controller.h"
+#include "exchange/exports/export_controller.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "exchange/scripted_window.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "exchange/import_export_broker.h"
-#include "ledger/ledger_builder.h"
+#include "exchange/brokers/import_export_broker.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 

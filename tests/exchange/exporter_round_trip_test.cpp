@@ -3,13 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "exchange/export_controller.h"
 #include "exchange/export_world.h"
-#include "exchange/import_controller.h"
-#include "exchange/portfolio_transactions_exporter.h"
-#include "exchange/portfolio_transactions_importer.h"
+#include "exchange/exports/export_controller.h"
+#include "exchange/exports/portfolio_transactions_exporter.h"
+#include "exchange/imports/import_controller.h"
+#include "exchange/imports/portfolio_transactions_importer.h"
 #include "exchange/scripted_window.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {

@@ -1,7 +1,7 @@
 // An import from its panel to its end: files and layouts, the order of the sheets, the job with its
 // progress, cancelling, and errors.
 
-#include "exchange/import_controller.h"
+#include "exchange/imports/import_controller.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <chrono>
 #include <thread>
 
-#include "exchange/import_export_error.h"
+#include "exchange/brokers/import_export_error.h"
 #include "exchange/scripted_window.h"
 #include "exchange/statement_world.h"
 #include "storage/stored_ledger.h"

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "exchange/import_export_field_setup_view_controller.h"
+#include "exchange/panels/import_export_field_setup_view_controller.h"
 
 namespace corvane {
 namespace {

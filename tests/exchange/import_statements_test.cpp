@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "exchange/portfolio_transactions_importer_accessory_view_controller.h"
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 #include "exchange/statement_world.h"
 
 namespace corvane {

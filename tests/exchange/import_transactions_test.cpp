@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "exchange/date_order_recognition.h"
-#include "exchange/portfolio_transactions_importer_accessory_view_controller.h"
+#include "exchange/imports/date_order_recognition.h"
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 #include "exchange/statement_world.h"
 
 namespace corvane {

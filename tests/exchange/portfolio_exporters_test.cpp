@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "exchange/export_world.h"
-#include "exchange/portfolio_exporter_accessory_view_controller.h"
-#include "exchange/portfolio_gain_loss_exporter.h"
-#include "exchange/portfolio_holdings_exporter.h"
-#include "exchange/portfolio_transactions_exporter.h"
-#include "platform/temporary_folder.h"
+#include "exchange/exports/portfolio_exporter_accessory_view_controller.h"
+#include "exchange/exports/portfolio_gain_loss_exporter.h"
+#include "exchange/exports/portfolio_holdings_exporter.h"
+#include "exchange/exports/portfolio_transactions_exporter.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {

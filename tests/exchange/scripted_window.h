@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "exchange/export_save_accessory_view_controller.h"
-#include "exchange/import_export_controller.h"
+#include "exchange/panels/export_save_accessory_view_controller.h"
+#include "exchange/panels/import_export_controller.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::testing {

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "core/year_month_day.h"
-#include "exchange/import_controller.h"
-#include "exchange/portfolio_transactions_importer.h"
+#include "core/money/year_month_day.h"
+#include "exchange/imports/import_controller.h"
+#include "exchange/imports/portfolio_transactions_importer.h"
 #include "exchange/scripted_window.h"
-#include "ledger/ledger_builder.h"
 #include "platform/overloaded.h"
-#include "platform/temporary_folder.h"
+#include "support/ledger_builder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

@@ -1,7 +1,7 @@
 // What the walk over a ledger derives and refuses.
 
-#include "ledger/adjusted_cost_base.h"
-#include "ledger/ledger_builder.h"
+#include "ledger/transaction/adjusted_cost_base.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

@@ -5,10 +5,10 @@
 
 #include <set>
 
-#include "core/scripted_quote_provider.h"
-#include "ledger/ledger_builder.h"
 #include "ledger/naive_ledger.h"
 #include "random_cases.h"
+#include "support/ledger_builder.h"
+#include "support/scripted_quote_provider.h"
 
 namespace corvane::testing {
 namespace {

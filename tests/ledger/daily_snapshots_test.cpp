@@ -1,9 +1,9 @@
 // The day-by-day series of a portfolio: what is asked, how prices and balances meet, what is told
 // of what could not be had.
 
-#include "core/scripted_quote_provider.h"
-#include "ledger/ledger_builder.h"
 #include "platform/async/dispatch_queue.h"
+#include "support/ledger_builder.h"
+#include "support/scripted_quote_provider.h"
 
 namespace corvane::testing {
 namespace {

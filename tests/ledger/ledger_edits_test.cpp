@@ -3,7 +3,7 @@
 #include <optional>
 #include <thread>
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

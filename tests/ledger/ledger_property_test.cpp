@@ -5,9 +5,9 @@
 
 #include <random>
 
-#include "ledger/ledger_builder.h"
 #include "ledger/naive_ledger.h"
 #include "ledger/random_edits.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

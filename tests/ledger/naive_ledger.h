@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "ledger/portfolio.h"
+#include "ledger/portfolio/portfolio.h"
 
 namespace corvane::testing {
 

@@ -1,8 +1,8 @@
 // Which rows and which assets a choice of days comes to.
 
-#include "ledger/portfolio_data_slice.h"
+#include "ledger/manager/portfolio_data_slice.h"
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

@@ -1,6 +1,6 @@
-#include "ledger/portfolio_property_changer.h"
+#include "ledger/manager/portfolio_property_changer.h"
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

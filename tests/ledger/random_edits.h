@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 

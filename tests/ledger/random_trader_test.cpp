@@ -1,9 +1,9 @@
-#include "ledger/random_trader.h"
+#include "ledger/manager/random_trader.h"
 
 #include <random>
 #include <set>
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "marketdata/cache_world.h"
-#include "storage/failing_vfs.h"
+#include "support/failing_vfs.h"
 
 namespace corvane::testing {
 namespace {

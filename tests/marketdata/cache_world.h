@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "marketdata/cache_quote_provider.h"
-#include "platform/temporary_folder.h"
+#include "marketdata/cache/cache_quote_provider.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

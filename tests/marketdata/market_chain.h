@@ -14,14 +14,14 @@
 #include <utility>
 #include <vector>
 
-#include "core/price_adjuster.h"
-#include "marketdata/cache_quote_provider.h"
-#include "marketdata/switchable_quote_provider.h"
-#include "marketdata/yahoo_quote_provider.h"
+#include "core/market/price_adjuster.h"
+#include "marketdata/cache/cache_quote_provider.h"
+#include "marketdata/chain/switchable_quote_provider.h"
+#include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/async/dispatch_queue.h"
-#include "platform/temporary_folder.h"
 #include "samplemarket/market_client.h"
 #include "samplemarket/sample_market.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

@@ -1,6 +1,6 @@
 // The log of requests, in a program whose diagnostic tools are on.
 
-#include "marketdata/network_activity_monitor.h"
+#include "marketdata/yahoo/network_activity_monitor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <future>
 
+#include "marketdata/yahoo/yahoo_session.h"
 #include "marketdata/yahoo_loopback_service.h"
-#include "marketdata/yahoo_session.h"
 #include "platform/async/notification_center.h"
 #include "platform/system/user_defaults.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

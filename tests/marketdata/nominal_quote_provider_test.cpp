@@ -1,6 +1,6 @@
 // Market data without a market.
 
-#include "marketdata/nominal_quote_provider.h"
+#include "marketdata/chain/nominal_quote_provider.h"
 
 #include <gmock/gmock.h>
 

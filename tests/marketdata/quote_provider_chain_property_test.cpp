@@ -5,11 +5,11 @@
 
 #include <random>
 
-#include "marketdata/cache_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
+#include "marketdata/chain/switchable_quote_provider.h"
 #include "marketdata/quote_provider_chain_world.h"
-#include "marketdata/switchable_quote_provider.h"
-#include "platform/temporary_folder.h"
 #include "random_cases.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {

@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "core/price_adjuster.h"
-#include "core/price_conversion.h"
-#include "core/quote_provider.h"
+#include "core/market/price_adjuster.h"
+#include "core/market/price_conversion.h"
+#include "core/market/quote_provider.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::testing {

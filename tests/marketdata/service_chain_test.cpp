@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "core/price_adjuster.h"
-#include "marketdata/yahoo_provider_error.h"
-#include "marketdata/yahoo_quote_provider.h"
+#include "core/market/price_adjuster.h"
+#include "marketdata/yahoo/yahoo_provider_error.h"
+#include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/net/url_request.h"
 #include "samplemarket/market_client.h"

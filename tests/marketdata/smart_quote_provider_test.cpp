@@ -1,13 +1,13 @@
 // A source and a cache as one provider: what is asked of the source, what is kept, what is
 // answered.
 
-#include "marketdata/smart_quote_provider.h"
+#include "marketdata/chain/smart_quote_provider.h"
 
 #include <gmock/gmock.h>
 
-#include "marketdata/cache_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/quote_provider_chain_world.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {

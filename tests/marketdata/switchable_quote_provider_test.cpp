@@ -1,12 +1,12 @@
 // One provider whose data comes from where a setting says.
 
-#include "marketdata/switchable_quote_provider.h"
+#include "marketdata/chain/switchable_quote_provider.h"
 
 #include <gmock/gmock.h>
 
-#include "marketdata/cache_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/quote_provider_chain_world.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 namespace {

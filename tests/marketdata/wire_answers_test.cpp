@@ -6,8 +6,8 @@
 #include <functional>
 #include <set>
 
+#include "marketdata/yahoo/wire/yahoo_finance_api.h"
 #include "marketdata/yahoo_answers.h"
-#include "marketdata/yahoo_finance_api.h"
 
 namespace corvane {
 namespace {

@@ -1,13 +1,13 @@
 // From raw charts to bars, events and the extent of what is final.
 
-#include "marketdata/yahoo_chart.h"
+#include "marketdata/yahoo/yahoo_chart.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
 
-#include "core/quote_provider.h"
+#include "core/market/quote_provider.h"
 
 namespace corvane {
 namespace {

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "marketdata/yahoo_service.h"
+#include "marketdata/yahoo/wire/yahoo_service.h"
 
 namespace corvane::testing {
 

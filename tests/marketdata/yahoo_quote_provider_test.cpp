@@ -1,6 +1,6 @@
 // The provider against a service on the loopback interface.
 
-#include "marketdata/yahoo_quote_provider.h"
+#include "marketdata/yahoo/yahoo_quote_provider.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <atomic>
 #include <thread>
 
-#include "core/price_adjuster.h"
+#include "core/market/price_adjuster.h"
+#include "marketdata/yahoo/yahoo_provider_error.h"
 #include "marketdata/yahoo_answers.h"
 #include "marketdata/yahoo_loopback_service.h"
-#include "marketdata/yahoo_provider_error.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/data/json_error.h"
 #include "platform/net/url_request.h"

@@ -1,6 +1,6 @@
 // Access to the service: cookies, crumb, refusals, and the requests that wait.
 
-#include "marketdata/yahoo_session.h"
+#include "marketdata/yahoo/yahoo_session.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <atomic>
 #include <future>
 
+#include "marketdata/yahoo/yahoo_provider_error.h"
 #include "marketdata/yahoo_loopback_service.h"
-#include "marketdata/yahoo_provider_error.h"
 #include "platform/system/user_defaults.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/quote_provider.h"
-#include "core/year_month_day.h"
-#include "presentation/quote_chart_view.h"
+#include "core/market/quote_provider.h"
+#include "core/money/year_month_day.h"
+#include "presentation/charts/quote_chart_view.h"
 
 namespace corvane {
 namespace {

@@ -1,10 +1,10 @@
-#include "presentation/edit_portfolio_view_controller.h"
+#include "presentation/portfolio/edit_portfolio_view_controller.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "core/quote_provider.h"
+#include "core/market/quote_provider.h"
 
 namespace corvane {
 namespace {

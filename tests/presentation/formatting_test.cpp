@@ -1,10 +1,10 @@
-#include "presentation/formatting.h"
+#include "presentation/text/formatting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include "core/quote_provider.h"
+#include "core/market/quote_provider.h"
 #include "platform/system/file_manager.h"
 
 namespace corvane {

@@ -1,9 +1,9 @@
 // The source list and the frame around it.
 
-#include "presentation/main_split_view_controller.h"
+#include "presentation/frame/main_split_view_controller.h"
 
 #include "presentation/portfolio_screen_world.h"
-#include "storage/watchlist_manager.h"
+#include "storage/application/watchlist_manager.h"
 
 namespace corvane::testing {
 namespace {

@@ -1,4 +1,4 @@
-#include "presentation/network_activity_view_controller.h"
+#include "presentation/frame/network_activity_view_controller.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

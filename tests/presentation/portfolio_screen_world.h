@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "core/scripted_quote_provider.h"
-#include "ledger/ledger_builder.h"
-#include "platform/temporary_folder.h"
-#include "presentation/screen_surroundings.h"
-#include "presentation/table_model.h"
+#include "presentation/controls/table_model.h"
+#include "presentation/screen/screen_surroundings.h"
+#include "support/ledger_builder.h"
+#include "support/scripted_quote_provider.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

@@ -1,7 +1,7 @@
 // The tables of holdings and gains, and the pie.
 
-#include "presentation/portfolio_gain_loss_view_controller.h"
-#include "presentation/portfolio_holdings_view_controller.h"
+#include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
+#include "presentation/portfolio/portfolio_holdings_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
 
 namespace corvane::testing {

@@ -1,6 +1,6 @@
 // The transactions table: its texts, its selection, and what the user does with rows.
 
-#include "presentation/portfolio_transactions_view_controller.h"
+#include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 #include "presentation/portfolio_screen_world.h"
 

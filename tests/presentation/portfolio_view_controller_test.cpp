@@ -1,10 +1,10 @@
 // The screen of a portfolio: what it fetches when, and what it says of what came.
 
-#include "presentation/portfolio_view_controller.h"
+#include "presentation/portfolio/portfolio_view_controller.h"
 
-#include "presentation/performance_warning.h"
+#include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio_screen_world.h"
-#include "storage/watchlist_manager.h"
+#include "storage/application/watchlist_manager.h"
 
 namespace corvane::testing {
 namespace {

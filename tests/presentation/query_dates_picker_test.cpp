@@ -1,6 +1,6 @@
 // The choice of days and bar lengths.
 
-#include "presentation/query_dates_picker.h"
+#include "presentation/controls/query_dates_picker.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

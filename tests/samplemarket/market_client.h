@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/decimal.h"
+#include "core/decimal/decimal.h"
 #include "platform/data/json.h"
 #include "platform/net/url_components.h"
 #include "platform/net/url_session.h"

@@ -7,7 +7,7 @@
 
 #include <thread>
 
-#include "ledger/portfolio_manager_error.h"
+#include "ledger/portfolio/portfolio_manager_error.h"
 #include "platform/async/notification_center.h"
 #include "scenario/scenario_builder.h"
 #include "scenario/scenario_single_portfolio_manager.h"

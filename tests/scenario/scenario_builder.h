@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/quote_provider.h"
+#include "core/market/quote_provider.h"
 #include "scenario/scenario_analyzer.h"
 
 namespace corvane::testing {

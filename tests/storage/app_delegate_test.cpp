@@ -1,9 +1,9 @@
-#include "storage/app_delegate.h"
+#include "storage/application/app_delegate.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "marketdata/cache_quote_provider.h"
+#include "marketdata/cache/cache_quote_provider.h"
 #include "storage/workspace_world.h"
 
 namespace corvane::testing {

@@ -11,7 +11,7 @@
 
 #include "ledger/random_edits.h"
 #include "storage/stored_ledger.h"
-#include "storage/workspace_document.h"
+#include "storage/workspace/workspace_document.h"
 
 namespace corvane::testing {
 

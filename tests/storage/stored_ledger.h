@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "ledger/ledger_builder.h"
-#include "platform/temporary_folder.h"
-#include "storage/stored_portfolio_manager.h"
+#include "storage/database/stored_portfolio_manager.h"
+#include "support/ledger_builder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

@@ -3,9 +3,9 @@
 
 #include <functional>
 
-#include "ledger/portfolio_property_changer.h"
-#include "storage/failing_vfs.h"
+#include "ledger/manager/portfolio_property_changer.h"
 #include "storage/stored_ledger.h"
+#include "support/failing_vfs.h"
 
 namespace corvane::testing {
 namespace {

@@ -2,7 +2,7 @@
 //
 // CORVANE_TEST_CASES sets the number of ledgers, CORVANE_TEST_SEED the first seed.
 
-#include "ledger/portfolio_property_changer.h"
+#include "ledger/manager/portfolio_property_changer.h"
 #include "ledger/random_edits.h"
 #include "storage/stored_ledger.h"
 

@@ -1,6 +1,6 @@
 // What stands in the file, and what is made of it.
 
-#include "ledger/portfolio_property_changer.h"
+#include "ledger/manager/portfolio_property_changer.h"
 #include "storage/stored_ledger.h"
 
 namespace corvane::testing {

@@ -1,11 +1,11 @@
-#include "storage/watchlist_manager.h"
+#include "storage/application/watchlist_manager.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "ledger/ledger_builder.h"
+#include "support/ledger_builder.h"
 
 namespace corvane::testing {
 namespace {

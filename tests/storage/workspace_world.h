@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/temporary_folder.h"
-#include "storage/document_controller.h"
 #include "storage/stored_ledger.h"
+#include "storage/workspace/document_controller.h"
+#include "support/temporary_folder.h"
 
 namespace corvane::testing {
 

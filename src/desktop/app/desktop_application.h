@@ -9,7 +9,7 @@
 #include "desktop/app/desktop_shell.h"
 #include "desktop/app/document_windows.h"
 #include "desktop/app/main_queue_pump.h"
-#include "storage/app_delegate.h"
+#include "storage/application/app_delegate.h"
 
 class QApplication;
 class QWidget;

@@ -6,7 +6,7 @@
 
 #include "desktop/app/help_window.h"
 #include "desktop/app/network_activity_window.h"
-#include "storage/application_shell.h"
+#include "storage/application/application_shell.h"
 
 namespace corvane::desktop {
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <memory>
 
-#include "storage/document_shell.h"
+#include "storage/workspace/document_shell.h"
 
 class QWidget;
 

@@ -3,7 +3,7 @@
 
 #include <QMainWindow>
 
-#include "presentation/network_activity_view_controller.h"
+#include "presentation/frame/network_activity_view_controller.h"
 
 class QComboBox;
 class QPlainTextEdit;

@@ -1,7 +1,7 @@
 #include "desktop/app/workspace_panels.h"
 
 #include "desktop/look/qt_text.h"
-#include "storage/workspace_document.h"
+#include "storage/workspace/workspace_document.h"
 
 namespace corvane::desktop {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
-#include "exchange/portfolio_exporter_accessory_view_controller.h"
-#include "exchange/portfolio_transactions_importer_accessory_view_controller.h"
+#include "exchange/exports/portfolio_exporter_accessory_view_controller.h"
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 
 namespace corvane::desktop {
 namespace {

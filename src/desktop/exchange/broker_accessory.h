@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "exchange/import_export_broker.h"
+#include "exchange/brokers/import_export_broker.h"
 
 class QWidget;
 

@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <memory>
 
-#include "exchange/import_export_window.h"
+#include "exchange/panels/import_export_window.h"
 
 class QDialog;
 class QFileDialog;

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <memory>
 
-#include "exchange/export_save_accessory_view_controller.h"
+#include "exchange/panels/export_save_accessory_view_controller.h"
 
 class QCheckBox;
 class QRadioButton;

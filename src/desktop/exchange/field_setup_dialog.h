@@ -6,7 +6,7 @@
 #include <QStyledItemDelegate>
 #include <memory>
 
-#include "exchange/import_export_field_setup_view_controller.h"
+#include "exchange/panels/import_export_field_setup_view_controller.h"
 
 class QCheckBox;
 class QPushButton;

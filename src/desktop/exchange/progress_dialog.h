@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <memory>
 
-#include "exchange/import_export_progress_view_controller.h"
+#include "exchange/panels/import_export_progress_view_controller.h"
 
 class QLabel;
 class QProgressBar;

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStyledItemDelegate>
 
-#include "platform/text/attributed_text.h"
+#include "platform/text/styled/attributed_text.h"
 
 namespace corvane::desktop {
 

@@ -4,7 +4,7 @@
 #include <QObject>
 #include <functional>
 
-#include "platform/text/colour.h"
+#include "platform/text/styled/colour.h"
 
 class QDBusVariant;
 

@@ -5,8 +5,8 @@
 #include <QFont>
 #include <QIcon>
 
-#include "platform/text/attributed_text.h"
-#include "platform/text/colour.h"
+#include "platform/text/styled/attributed_text.h"
+#include "platform/text/styled/colour.h"
 
 class QApplication;
 

@@ -3,9 +3,9 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
-#include "desktop/portfolio/table_view.h"
 
 namespace corvane::desktop {
 

@@ -5,10 +5,10 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/charts/pie_chart_widget.h"
+#include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
-#include "desktop/portfolio/pie_chart_widget.h"
-#include "desktop/portfolio/table_view.h"
 
 namespace corvane::desktop {
 namespace {

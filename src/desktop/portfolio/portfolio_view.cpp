@@ -11,15 +11,15 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "desktop/charts/fiscal_chart_widget.h"
+#include "desktop/controls/dates_picker_view.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
-#include "desktop/portfolio/dates_picker_view.h"
-#include "desktop/portfolio/fiscal_chart_widget.h"
+#include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/gains_tab.h"
 #include "desktop/portfolio/holdings_tab.h"
 #include "desktop/portfolio/transactions_tab.h"
-#include "desktop/workspace/edit_portfolio_dialog.h"
 
 namespace corvane::desktop {
 

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <memory>
 
-#include "presentation/portfolio_view_controller.h"
+#include "presentation/portfolio/portfolio_view_controller.h"
 
 class QComboBox;
 class QLabel;

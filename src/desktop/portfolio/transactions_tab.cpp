@@ -5,10 +5,10 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
 #include "desktop/look/theme.h"
-#include "desktop/portfolio/table_view.h"
 
 namespace corvane::desktop {
 

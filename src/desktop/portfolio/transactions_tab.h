@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <memory>
 
-#include "presentation/portfolio_transactions_view_controller.h"
+#include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 class QAction;
 class QLabel;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/async/undo_manager.h"
-#include "storage/workspace_document.h"
+#include "storage/workspace/workspace_document.h"
 
 class QAction;
 class QMenu;

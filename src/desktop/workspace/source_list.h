@@ -6,7 +6,7 @@
 #include <QStyledItemDelegate>
 #include <memory>
 
-#include "presentation/master_source_view_controller.h"
+#include "presentation/frame/master_source_view_controller.h"
 
 namespace corvane::desktop {
 

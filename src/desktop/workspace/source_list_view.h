@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <memory>
 
-#include "presentation/main_split_view_controller.h"
+#include "presentation/frame/main_split_view_controller.h"
 
 class QAction;
 class QPushButton;

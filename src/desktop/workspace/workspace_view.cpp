@@ -13,9 +13,9 @@
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/portfolio/transactions_tab.h"
-#include "desktop/workspace/edit_portfolio_dialog.h"
 #include "desktop/workspace/source_list_view.h"
 
 namespace corvane::desktop {

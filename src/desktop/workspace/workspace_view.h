@@ -5,10 +5,10 @@
 #include <functional>
 #include <memory>
 
-#include "presentation/main_split_view_controller.h"
-#include "presentation/portfolio_export.h"
-#include "presentation/portfolio_import.h"
-#include "storage/workspace_document.h"
+#include "presentation/frame/main_split_view_controller.h"
+#include "presentation/portfolio/portfolio_export.h"
+#include "presentation/portfolio/portfolio_import.h"
+#include "storage/workspace/workspace_document.h"
 
 class QAction;
 class QLabel;

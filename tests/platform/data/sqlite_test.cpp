@@ -7,7 +7,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -13,7 +13,7 @@
 #include "platform/system/file_manager.h"
 #include "platform/system/open_file.h"
 #include "platform/system/replacement_directory.h"
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <thread>
 
-#include "platform/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/text/attributed_text.h"
+#include "platform/text/styled/attributed_text.h"
 
 #include <gtest/gtest.h>
 

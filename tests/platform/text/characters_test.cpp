@@ -1,4 +1,4 @@
-#include "platform/text/characters.h"
+#include "platform/text/unicode/characters.h"
 
 #include <gtest/gtest.h>
 #include <unicode/brkiter.h>

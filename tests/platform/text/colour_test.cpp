@@ -1,4 +1,4 @@
-#include "platform/text/colour.h"
+#include "platform/text/styled/colour.h"
 
 #include <gtest/gtest.h>
 

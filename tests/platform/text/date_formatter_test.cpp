@@ -1,4 +1,4 @@
-#include "platform/text/date_formatter.h"
+#include "platform/text/formats/date_formatter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/duration_formatter.h"
+#include "platform/text/formats/duration_formatter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/locale.h"
+#include "platform/text/unicode/locale.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/text/number_formatter.h"
+#include "platform/text/formats/number_formatter.h"
 
 #include <gtest/gtest.h>
 #include <unicode/locid.h>

@@ -1,4 +1,4 @@
-#include "platform/text/relative_date_formatter.h"
+#include "platform/text/formats/relative_date_formatter.h"
 
 #include <gtest/gtest.h>
 

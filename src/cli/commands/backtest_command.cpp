@@ -1,0 +1,228 @@
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
+
+#include "cli/commands/commands.h"
+#include "cli/console/option_values.h"
+#include "cli/console/price_source.h"
+#include "cli/console/text_table.h"
+#include "core/market/price_adjuster.h"
+#include "core/money/currency_amount.h"
+#include "core/strategy/investment_scenario.h"
+#include "platform/async/dispatch_queue.h"
+#include "scenario/scenario_analyzer.h"
+
+namespace corvane::cli {
+namespace {
+
+using enum TextTable::Alignment;
+
+struct NamedInterval {
+  std::string_view name;
+  QuoteInterval interval;
+};
+constexpr std::array<NamedInterval, 12> namedIntervals = {{
+    {"1m", QuoteInterval::oneMinute},
+    {"2m", QuoteInterval::twoMinutes},
+    {"5m", QuoteInterval::fiveMinutes},
+    {"15m", QuoteInterval::fifteenMinutes},
+    {"30m", QuoteInterval::thirtyMinutes},
+    {"90m", QuoteInterval::ninetyMinutes},
+    {"1h", QuoteInterval::oneHour},
+    {"1d", QuoteInterval::oneDay},
+    {"5d", QuoteInterval::fiveDays},
+    {"1wk", QuoteInterval::oneWeek},
+    {"1mo", QuoteInterval::oneMonth},
+    {"3mo", QuoteInterval::threeMonths},
+}};
+
+QuoteInterval intervalOf(const CommandLine& line) {
+  const std::string name = line.value("--interval").value_or("1d");
+  const auto found = std::ranges::find(namedIntervals, name, &NamedInterval::name);
+  if (found == namedIntervals.end()) {
+    throw UsageError(
+        "--interval is one of 1m, 2m, 5m, 15m, 30m, 90m, 1h, 1d, 5d, 1wk, 1mo, 3mo, "
+        "not “" +
+        name + "”.");
+  }
+  return found->interval;
+}
+
+InvestmentStrategy strategyOf(const CommandLine& line) {
+  InvestmentStrategy strategy = InvestmentStrategy::defaultStrategy();
+  const auto take = [&](std::string_view option, Decimal& field) {
+    field = numberOption(line, option).value_or(field);
+  };
+  take("--buy-spread", strategy.targetBuySpread);
+  take("--buy-max", strategy.targetBuyMax);
+  take("--sell-spread", strategy.targetSellSpread);
+  take("--sell-slice", strategy.targetSellSlice);
+  strategy.isStopLossActive = line.has("--stop-loss");
+  take("--stop-loss-buy-spread", strategy.stopLossBuySpread);
+  take("--stop-loss-buy-max", strategy.stopLossBuyMax);
+  take("--stop-loss-sell-spread", strategy.stopLossSellSpread);
+  take("--stop-loss-sell-slice", strategy.stopLossSellSlice);
+  for (const Decimal& slice : {strategy.targetSellSlice, strategy.stopLossSellSlice}) {
+    if (slice > Decimal(1)) {
+      throw UsageError("A slice is a part of the shares held, and at most 1.");
+    }
+  }
+  return strategy;
+}
+
+InvestmentScenario scenarioOf(const CommandLine& line) {
+  const auto components = [](const YearMonthDay& day) {
+    DateComponents parts;
+    parts.set(CalendarUnit::year, day.year);
+    parts.set(CalendarUnit::month, day.month);
+    parts.set(CalendarUnit::day, day.day);
+    return parts;
+  };
+  return {.fromDateComponents = components(dayOption(line, "--from").value()),
+          .toDateComponents = components(dayOption(line, "--to").value()),
+          .quoteInterval = intervalOf(line),
+          .initialInvestment =
+              numberOption(line, "--invest").value_or(InvestmentStrategy::defaultMaximum())};
+}
+
+/// The bars of the scenario, as adjusted for splits. Throws what the provider fails with.
+std::vector<Quote> fetchBars(const EquityPointer& equity, const InvestmentScenario& scenario,
+                             QuoteProvider& provider, const std::shared_ptr<QuoteProvider>& owner) {
+  const auto range = scenario.dateRange(equity->calendar);
+  if (!range) {
+    throw UsageError("--to is before --from.");
+  }
+  std::optional<Result<QuoteFetchResult>> outcome;
+  provider.fetchQuotes(
+      {equity, *range,
+       QuoteQuery::Quotes{scenario.quoteInterval, PriceAdjustment::adjustedForSplits}},
+      std::make_shared<PriceAdjuster>(owner), [&outcome](Result<QuoteFetchResult> result) {
+        DispatchQueue::main()->async(
+            [&outcome, result = std::move(result)]() mutable { outcome = std::move(result); });
+      });
+  waitFor([&] { return outcome.has_value(); });
+  if (!*outcome) {
+    (*outcome).error()->raise();
+  }
+  return (*outcome)->quotes.value_or(std::vector<Quote>());
+}
+
+std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
+  switch (type) {
+    using enum ScenarioPortfolio::Transaction::EventType;
+    case open:
+      return "Open";
+    case close:
+      return "Close";
+    case buy:
+      return "Buy";
+    case sell:
+      return "Sell";
+    case stopLossBuy:
+      return "Stop-loss buy";
+    case stopLossSell:
+      return "Stop-loss sell";
+  }
+  return "";
+}
+
+void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity,
+               const Console& console) {
+  TextTable table({{"When"},
+                   {"Event"},
+                   {"Shares", right},
+                   {"Cash", right},
+                   {"Held", right},
+                   {"On hand", right},
+                   {"Price", right}});
+  for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
+    const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
+    const Calendar& calendar = equity.calendar;
+    const auto two = [&](CalendarUnit unit) {
+      const std::string text = std::to_string(calendar.component(unit, row.tradeDate()));
+      return (text.size() < 2 ? "0" : "") + text;
+    };
+    std::string shares;
+    std::string cash;
+    if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind)) {
+      shares = trade->sharesAdded.description();
+      cash = (-trade->cashDisposed.amount).description();
+    } else if (const auto* transfer = std::get_if<BasicTransaction::Transfer>(&row.basic.kind)) {
+      cash = transfer->amount.amount.description();
+    }
+    table.add({std::to_string(calendar.component(CalendarUnit::year, row.tradeDate())) + "-" +
+                   two(CalendarUnit::month) + "-" + two(CalendarUnit::day) + " " +
+                   two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute),
+               std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
+               row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",
+               row.mostRecentSharePrice.description()});
+  }
+  table.write(console.out);
+}
+
+std::string percent(const Decimal& rate) {
+  return rate.isNaN() ? "—"
+                      : rounded(rate * Decimal(100), 2, RoundingMode::bankers).description() + "%";
+}
+
+void backtest(const CommandLine& line, const Console& console) {
+  const InvestmentScenario scenario = scenarioOf(line);
+  const InvestmentStrategy strategy = strategyOf(line);
+  const PriceSource prices(line);
+  const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
+  refreshEquities(*prices.provider(), {equity}, console);
+  const std::vector<Quote> quotes =
+      fetchBars(equity, scenario, *prices.provider(), prices.provider());
+  if (quotes.empty()) {
+    console.warn("There are no prices of " + equity->symbol + " in these days.");
+    throw Failed(exitCode::failure);
+  }
+  const ScenarioAnalyzer analyzer(equity, quotes, tradingDayNumbers(quotes, *equity));
+  const auto analysis = analyzer.analyze(std::nullopt, strategy, scenario.initialInvestment);
+  const auto held =
+      analyzer.analyze(std::nullopt, InvestmentStrategy::buyAndHold(), scenario.initialInvestment);
+  writeRows(analysis, *equity, console);
+  const auto money = [&](const Decimal& amount) {
+    return roundedToMinorUnits(amount, equity->currency).description() + " " +
+           std::string(equity->currency.code);
+  };
+  console.out << '\n'
+              << analysis.totalTradesMade << " trades on " << analysis.totalDaysTradedOn << " of "
+              << analysis.totalTradingDays << " trading days, " << quotes.size() << " prices\n"
+              << "Gain:         " << money(analysis.netGain()) << " ("
+              << percent(analysis.rateOfReturn()) << ", " << percent(analysis.annualizedReturn())
+              << " a year)\n"
+              << "Buy and hold: " << money(held.netGain()) << " (" << percent(held.rateOfReturn())
+              << ", " << percent(held.annualizedReturn()) << " a year)\n";
+}
+
+}  // namespace
+
+Command backtestCommand() {
+  std::vector<Option> options = {
+      {"--from", "DAY", "the first day, such as 2024-01-01", true},
+      {"--to", "DAY", "the last day", true},
+      {"--interval", "LENGTH", "how far prices are apart, 1m to 3mo; else 1d"},
+      {"--invest", "MONEY", "what there is to start with; else 1000"},
+      {"--buy-spread", "PART", "how far below the last trade to buy; else 0.05, which is 5%"},
+      {"--buy-max", "MONEY", "the most that one purchase spends; else 1000"},
+      {"--sell-spread", "PART", "how far above the last trade to sell; else 0.05"},
+      {"--sell-slice", "PART", "the part of the shares that one sale gives up; else 1"},
+      {"--stop-loss", "", "uses the four rules below too"},
+      {"--stop-loss-buy-spread", "PART", "how far above the last trade to buy"},
+      {"--stop-loss-buy-max", "MONEY", "the most that one such purchase spends"},
+      {"--stop-loss-sell-spread", "PART", "how far below the last trade to sell"},
+      {"--stop-loss-sell-slice", "PART", "the part of the shares that one such sale gives up"}};
+  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
+  return {.name = "backtest",
+          .summary = "Replays a trading strategy over past prices.",
+          .words = {"SYMBOL"},
+          .options = std::move(options),
+          .explanation =
+              "Shows each trade, and the outcome beside that of buying and holding. "
+              "Prices are restated for\nsplits; money is in the currency of the equity.\n",
+          .run = &backtest};
+}
+
+}  // namespace corvane::cli

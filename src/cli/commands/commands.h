@@ -1,0 +1,27 @@
+// The table of commands, and what the program does with its arguments.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "cli/commands/command.h"
+
+namespace corvane::cli {
+
+[[nodiscard]] std::span<const Command> commands();
+
+/// Runs the command that `arguments` name; the exit code of the program.
+[[nodiscard]] int run(std::span<const std::string> arguments, const Console& console);
+
+[[nodiscard]] Command backtestCommand();
+[[nodiscard]] Command createCommand();
+[[nodiscard]] Command exportCommand();
+[[nodiscard]] Command importCommand();
+[[nodiscard]] Command ledgerCommand();
+[[nodiscard]] Command listCommand();
+[[nodiscard]] Command removeCommand();
+[[nodiscard]] Command valueCommand();
+[[nodiscard]] Command verifyCommand();
+[[nodiscard]] Command watchCommand();
+
+}  // namespace corvane::cli

@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+#include "cli/commands/commands.h"
+#include "cli/console/console_exchange_window.h"
+#include "cli/console/field_names.h"
+#include "cli/console/option_values.h"
+#include "cli/console/price_source.h"
+#include "cli/console/workspace_file.h"
+#include "exchange/exports/export_controller.h"
+#include "exchange/exports/portfolio_gain_loss_exporter.h"
+#include "exchange/exports/portfolio_holdings_exporter.h"
+#include "exchange/exports/portfolio_transactions_exporter.h"
+#include "platform/system/terminal.h"
+
+namespace corvane::cli {
+namespace {
+
+/// The days of the options, from the first row to today where they are absent. Throws UsageError
+/// where they end before they start.
+ClosedRange<YearMonthDay> daysOf(const CommandLine& line, const PortfolioPointer& portfolio,
+                                 const Calendar& calendar) {
+  const YearMonthDay today = YearMonthDay::of(Date::now(), calendar);
+  const auto& rows = portfolio->transactions();
+  const YearMonthDay last = dayOption(line, "--to").value_or(today);
+  const YearMonthDay first =
+      dayOption(line, "--from")
+          .value_or(rows.empty() ? last
+                                 : std::min(last, YearMonthDay::of(rows.front()->settlementDate(),
+                                                                   calendar)));
+  if (last < first) {
+    throw UsageError("--to is before --from.");
+  }
+  return {first, last};
+}
+
+/// Fetches the daily balance sheets of `slice`. What has no price is told as a warning.
+void fetchSnapshots(PortfolioDataSlice& slice, PortfolioManager& manager, const Console& console) {
+  EquitySet equities;
+  for (const TransactionPointer& row : slice.portfolio->transactions()) {
+    if (const EquityPointer* equity = row->basic.equity()) {
+      equities.insert(*equity);
+    }
+  }
+  // Which currency an equity is traded in has to be known before its prices are asked for.
+  refreshEquities(*manager.quoteProvider, {equities.begin(), equities.end()}, console);
+  std::optional<Result<PortfolioManager::FetchDailySnapshotsResult>> outcome;
+  manager.fetchDailySnapshots(slice.portfolio, slice.ymdRange.lower(), slice.ymdRange.upper(),
+                              [&](auto result) { outcome = std::move(result); });
+  waitFor([&] { return outcome.has_value(); });
+  if (!*outcome) {
+    (*outcome).error()->raise();
+  }
+  auto& fetched = **outcome;
+  for (const auto& [equity, error] : fetched.fetchErrorsByEquity) {
+    console.warn("No prices of " + equity->symbol + ". " + error->description().value_or(""));
+  }
+  for (const auto& [currency, error] : fetched.fetchErrorsByCurrency) {
+    console.warn("No rates of " + std::string(currency.code) + ". " +
+                 error->description().value_or(""));
+  }
+  slice.snapshotGroup =
+      std::make_shared<const PortfolioSnapshotGroup>(std::move(fetched.snapshotGroup));
+}
+
+std::shared_ptr<PortfolioExporter> makeExporter(const std::string& what, PortfolioDataSlice slice,
+                                                PortfolioManager& manager, const Console& console) {
+  if (what == "transactions") {
+    return PortfolioTransactionsExporter::make(*slice.portfolio, slice.transactions.value(),
+                                               nullptr);
+  }
+  fetchSnapshots(slice, manager, console);
+  if (what == "holdings") {
+    return PortfolioHoldingsExporter::make(std::move(slice), nullptr);
+  }
+  return PortfolioGainLossExporter::make(std::move(slice), nullptr);
+}
+
+/// Plain figures and days, which programs and spreadsheets everywhere read alike.
+void setUp(PortfolioExporter& exporter, const CommandLine& line) {
+  std::vector<std::string> order = exporter.allFields();
+  if (const auto list = line.value("--fields")) {
+    order = fieldNames(*list, exporter.allFields());
+    if (std::ranges::find(order, "") != order.end()) {
+      throw UsageError("--fields names a column without a field.");
+    }
+  }
+  exporter.changeSettings([&](PortfolioExportConfiguration& settings) {
+    settings.useDateFormatString = true;
+    settings.dateFormatString = line.value("--date-format").value_or("yyyy-MM-dd");
+    settings.includeCurrencySymbol = false;
+    settings.includeThousandsSeparator = false;
+    settings.negativeNumbersAccountingStyle = false;
+    settings.includesHeaderRow = !line.has("--no-header");
+    settings.fieldOrder = std::move(order);
+  });
+}
+
+void exportPortfolio(const CommandLine& line, const Console& console) {
+  const std::string& what = line.word(0);
+  if (what != "transactions" && what != "holdings" && what != "gains") {
+    throw UsageError("“" + what + "” is none of transactions, holdings and gains.");
+  }
+  // Transactions need no prices, and so no network.
+  std::optional<PriceSource> prices;
+  if (what != "transactions") {
+    prices.emplace(line);
+  }
+  const WorkspaceFile workspace(line.word(1), console,
+                                prices ? prices->provider() : makeOfflineProvider());
+  PortfolioDataSlice slice{.portfolio = workspace.portfolio(line.required("--portfolio"))};
+  slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
+  terminal::catchInterrupts();
+  const auto exporter = makeExporter(what, std::move(slice), *workspace.manager(), console);
+  setUp(*exporter, line);
+
+  const auto window = std::make_shared<ConsoleExchangeWindow>(
+      ExchangeAnswers{.file = line.required("--out")}, console);
+  const auto controller = ExportController::make(exporter);
+  std::optional<bool> outcome;
+  controller->beginExport(window, [&outcome](bool succeeded) { outcome = succeeded; });
+  pumpUntil([&] { return outcome.has_value(); }, [&] { window->cancel(); });
+  if (!*outcome) {
+    throw Failed(terminal::wasInterrupted() ? exitCode::interrupted : exitCode::failure);
+  }
+}
+
+}  // namespace
+
+Command exportCommand() {
+  std::vector<Option> options = {
+      {"--portfolio", "NAME", "the portfolio", true},
+      {"--out", "FILE", "the file to write", true},
+      {"--from", "DAY", "the first day, such as 2024-01-01; else that of the first transaction"},
+      {"--to", "DAY", "the last day; else today"},
+      {"--fields", "LIST", "the columns, with commas between; else all"},
+      {"--no-header", "", "leaves out the row of titles"},
+      {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"}};
+  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
+  return {
+      .name = "export",
+      .summary = "Writes transactions, holdings or gains to a file.",
+      .words = {"transactions|holdings|gains", "WORKSPACE"},
+      .options = std::move(options),
+      .explanation =
+          "FILE is text in UTF-8, each cell in quotes, with commas between. A file that is there "
+          "is\nreplaced. Transactions that were written with all columns can be read by "
+          "corvane-cli "
+          "import:\n  --fields tradeDate,settlementDate,type,symbol,numberOfShares,sharesNet,"
+          "cashAmount,,\\\n    cashCurrency,exchangeRate,equivalentAmount,,costBaseAdded,,,note\n"
+          "\nHoldings are those at the end of the last day. Gains are those of what was bought or "
+          "sold in\nthe days.\n",
+      .run = &exportPortfolio};
+}
+
+}  // namespace corvane::cli

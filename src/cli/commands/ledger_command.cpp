@@ -1,0 +1,114 @@
+#include "cli/commands/commands.h"
+#include "cli/console/date_text.h"
+#include "cli/console/text_table.h"
+#include "cli/console/workspace_file.h"
+#include "exchange/exports/portfolio_transactions_exporter.h"
+#include "platform/overloaded.h"
+
+namespace corvane::cli {
+namespace {
+
+/// What the columns between the type and the balances say of a transaction.
+struct Happening {
+  std::string symbol = {};
+  std::string shares = {};
+  std::string cash = {};
+};
+
+std::string text(const std::optional<Decimal>& number) {
+  return number ? number->description() : "";
+}
+
+/// `amount` with all digits of the currency's minor units, and without grouping.
+std::string text(const std::optional<Decimal>& amount, const Currency& currency) {
+  std::string digits = text(amount);
+  if (!amount || currency.minorUnits <= 0) {
+    return digits;
+  }
+  const std::size_t point = digits.find('.');
+  const std::size_t decimals = point == digits.npos ? 0 : digits.size() - point - 1;
+  const auto wanted = static_cast<std::size_t>(currency.minorUnits);
+  digits += point == digits.npos ? "." : "";
+  return digits + std::string(decimals < wanted ? wanted - decimals : 0, '0');
+}
+
+std::string text(const CurrencyAmount& amount) {
+  return text(amount.amount, amount.currency);
+}
+
+Happening happening(const BasicTransaction& transaction) {
+  return std::visit(
+      Overloaded{
+          [](const BasicTransaction::Trade& trade) {
+            return Happening{trade.equity->symbol, text(trade.sharesAdded),
+                             text(-trade.cashDisposed.amount, trade.cashDisposed.currency)};
+          },
+          [](const BasicTransaction::Split& split) {
+            return Happening{split.equity->symbol, text(split.netShares - split.priorShares)};
+          },
+          [](const BasicTransaction::JournaledShares& journaled) {
+            return Happening{journaled.equity->symbol, text(journaled.sharesAdded)};
+          },
+          [](const BasicTransaction::Yield& yield) {
+            return Happening{yield.equity->symbol, "", text(yield.netAmount)};
+          },
+          [](const BasicTransaction::Transfer& transfer) {
+            return Happening{"", "", text(transfer.amount)};
+          },
+          [](const BasicTransaction::CashAdjustment& adjustment) {
+            return Happening{"", "", text(adjustment.amount)};
+          }},
+      transaction.kind);
+}
+
+void writeLedger(const CommandLine& line, const Console& console) {
+  const WorkspaceFile workspace(line.word(0), console);
+  const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
+  const Calendar& calendar = workspace.manager()->calendar;
+  using enum TextTable::Alignment;
+  TextTable table({{"No", right},
+                   {"Trade Date"},
+                   {"Settlement"},
+                   {"Type"},
+                   {"Symbol"},
+                   {"Shares", right},
+                   {"Cash", right},
+                   {"Currency"},
+                   {"Shares Net", right},
+                   {"Cash Net", right},
+                   {"Cost Base", right},
+                   {"Gain", right},
+                   {"Note"}});
+  std::size_t number = 0;
+  for (const auto& row : portfolio->transactions()) {
+    ++number;
+    Happening what = happening(row->basic);
+    const Currency* currency = row->basic.currency();
+    const Currency& primary = portfolio->primaryCurrency();
+    table.add({std::to_string(number), dateText(row->tradeDate(), calendar),
+               dateText(row->settlementDate(), calendar),
+               std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
+               std::move(what.shares), std::move(what.cash),
+               currency == nullptr ? "" : std::string(currency->code), text(row->sharesNet),
+               text(row->cashNet, currency == nullptr ? primary : *currency),
+               text(row->costBaseNet(), primary), text(row->capitalGain(), primary),
+               row->basic.note.value_or("")});
+  }
+  table.write(console.out);
+}
+
+}  // namespace
+
+Command ledgerCommand() {
+  return {.name = "ledger",
+          .summary = "Shows the ledger of a portfolio with its balances.",
+          .words = {"WORKSPACE"},
+          .options = {{"--portfolio", "NAME", "whose ledger", true}},
+          .explanation =
+              "Cost base and gain are in the portfolio's own currency, cash is in that of the "
+              "row.\nCash that came in counts as positive. The numbers in front are what "
+              "corvane-cli remove\ntakes; they change when the ledger does.\n",
+          .run = &writeLedger};
+}
+
+}  // namespace corvane::cli

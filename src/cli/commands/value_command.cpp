@@ -1,0 +1,73 @@
+#include <algorithm>
+
+#include "cli/commands/commands.h"
+#include "cli/console/price_source.h"
+#include "cli/console/text_table.h"
+#include "cli/console/workspace_file.h"
+#include "core/money/currency_amount.h"
+
+namespace corvane::cli {
+namespace {
+
+/// Fetches the latest prices of all that the portfolios hold, and the rates that go with them.
+void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
+                     const Console& console) {
+  // Only a refresh tells in which currency an equity is traded, and with it which rates are needed.
+  EquitySet refreshed;
+  for (bool hasMore = true; hasMore;) {
+    std::vector<EquityPointer> wanted;
+    for (const PortfolioPointer& portfolio : manager.portfolios()) {
+      for (const EquityPointer& equity : manager.valuationEquities(portfolio)) {
+        if (refreshed.insert(equity).second) {
+          wanted.push_back(equity);
+        }
+      }
+    }
+    hasMore = !wanted.empty();
+    refreshEquities(provider, std::move(wanted), console);
+  }
+}
+
+void writeValues(const CommandLine& line, const Console& console) {
+  const PriceSource prices(line);
+  const WorkspaceFile workspace(line.word(0), console, prices.provider());
+  const PortfolioManager& manager = *workspace.manager();
+  refreshHoldings(manager, *prices.provider(), console);
+
+  using enum TextTable::Alignment;
+  TextTable table(
+      {{"Portfolio"}, {"Currency"}, {"Deposited", right}, {"Value", right}, {"Gain", right}});
+  bool isComplete = true;
+  for (const PortfolioPointer& portfolio : manager.portfolios()) {
+    try {
+      const PortfolioValuation worth = manager.valuation(portfolio);
+      const auto money = [&](const Decimal& amount) {
+        return roundedToMinorUnits(amount, worth.currency).description();
+      };
+      table.add({portfolio->name, std::string(worth.currency.code), money(worth.netDeposited),
+                 money(worth.currentValue), money(worth.currentValue - worth.netDeposited)});
+    } catch (const Error& error) {
+      isComplete = false;
+      console.warn(portfolio->name + ": " + error.description().value_or(""));
+    }
+  }
+  table.write(console.out);
+  if (!isComplete) {
+    throw Failed(exitCode::failure);
+  }
+}
+
+}  // namespace
+
+Command valueCommand() {
+  return {.name = "value",
+          .summary = "Shows what each portfolio is worth at the latest prices.",
+          .words = {"WORKSPACE"},
+          .options = priceSourceOptions(),
+          .explanation =
+              "Amounts are in the portfolio's own currency. A portfolio for which a price "
+              "or a rate is\nmissing is left out, and the exit code is then 1.\n",
+          .run = &writeValues};
+}
+
+}  // namespace corvane::cli

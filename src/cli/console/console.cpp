@@ -1,0 +1,43 @@
+#include "cli/console/console.h"
+
+#include <chrono>
+
+#include "platform/system/terminal.h"
+
+namespace corvane::cli {
+namespace {
+
+class OfflineProvider : public QuoteProvider {
+ public:
+  [[nodiscard]] std::string providerName() const override { return "YahooFinance"; }
+};
+
+}  // namespace
+
+void Console::present(const Error& error) const {
+  err << "corvane-cli: " << error.description().value_or("The command has failed.") << '\n';
+  if (const auto suggestion = error.recoverySuggestion()) {
+    err << *suggestion << '\n';
+  }
+}
+
+void Console::warn(const std::string& text) const {
+  err << "corvane-cli: " << text << '\n';
+}
+
+std::shared_ptr<QuoteProvider> makeOfflineProvider() {
+  return std::make_shared<OfflineProvider>();
+}
+
+void pumpUntil(const std::function<bool()>& isDone, const std::function<void()>& interrupted) {
+  constexpr auto betweenLooks = std::chrono::milliseconds(20);
+  bool isTold = false;
+  while (!MainLoop::runUntil(isDone, betweenLooks)) {
+    if (terminal::wasInterrupted() && !isTold) {
+      isTold = true;
+      interrupted();
+    }
+  }
+}
+
+}  // namespace corvane::cli

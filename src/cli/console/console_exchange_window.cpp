@@ -1,0 +1,103 @@
+#include "cli/console/console_exchange_window.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "cli/console/command_line.h"
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
+
+namespace corvane::cli {
+
+void ConsoleExchangeWindow::cancel() {
+  if (progress_ != nullptr) {
+    progress_->cancel();
+  }
+}
+
+void ConsoleExchangeWindow::beginOpenPanel(const OpenPanel& /*panel*/, PanelCompletion completion) {
+  completion(answers_.file);
+}
+
+void ConsoleExchangeWindow::beginSavePanel(const SavePanel& /*panel*/, PanelCompletion completion) {
+  completion(answers_.file);
+}
+
+void ConsoleExchangeWindow::setSavePanelContentTypes(
+    const std::vector<ContentType>& /*contentTypes*/) {}
+
+void ConsoleExchangeWindow::beginFieldSetup(
+    const std::shared_ptr<ImportExportFieldSetupViewController>& setup, SheetParent /*parent*/) {
+  try {
+    setUpColumns(*setup);
+    setUpAccessory(*setup);
+  } catch (const Error& error) {
+    presentError(error, [] {});
+    setup->cancel();
+    return;
+  }
+  setup->submit();
+}
+
+void ConsoleExchangeWindow::setUpColumns(ImportExportFieldSetupViewController& setup) {
+  setup.setIncludesHeaderRow(answers_.includesHeaderRow);
+  if (!answers_.fields) {
+    return;
+  }
+  const auto& fields = *answers_.fields;
+  const std::size_t columns = setup.numberOfRows();
+  if (fields.size() > columns) {
+    throw UsageError("The file has " + std::to_string(columns) + " columns, but --fields names " +
+                     std::to_string(fields.size()) + ".");
+  }
+  for (std::size_t column = 0; column < columns; ++column) {
+    setup.changeField(column, "");
+  }
+  for (std::size_t column = 0; column < fields.size(); ++column) {
+    setup.changeField(column, fields[column]);
+  }
+}
+
+void ConsoleExchangeWindow::setUpAccessory(ImportExportFieldSetupViewController& setup) const {
+  auto* accessory = dynamic_cast<PortfolioTransactionsImporterAccessoryViewController*>(
+      setup.accessoryViewController.get());
+  if (accessory == nullptr) {
+    return;
+  }
+  if (answers_.dateFormat) {
+    accessory->chooseCustomDateFormat();
+    accessory->setDateFormatString(*answers_.dateFormat);
+  }
+  if (answers_.currencyCode) {
+    const auto& items = accessory->defaultCurrencyPopUpButton.items;
+    const auto chosen = std::ranges::find(
+        items, *answers_.currencyCode,
+        &PortfolioTransactionsImporterAccessoryViewController::PopUpItem::representedObject);
+    assert(chosen != items.end() && "the currency has been looked up before");
+    accessory->selectDefaultCurrency(static_cast<std::size_t>(chosen - items.begin()));
+  }
+}
+
+void ConsoleExchangeWindow::beginProgress(
+    const std::shared_ptr<ImportExportProgressViewController>& progress) {
+  progress_ = progress;
+  bar_.emplace(console_.err, progress->statusLabel.text);
+  progress->viewDidUpdate = [this] {
+    const auto& indicator = progress_->progressIndicator;
+    bar_->show(indicator.maximum > 0 ? indicator.value / indicator.maximum : 0);
+  };
+}
+
+void ConsoleExchangeWindow::endProgress() {
+  bar_.reset();
+  progress_->viewDidUpdate = nullptr;
+  progress_ = nullptr;
+}
+
+void ConsoleExchangeWindow::presentError(const Error& error,
+                                         std::move_only_function<void()> dismissed) {
+  hasPresentedError_ = true;
+  console_.present(error);
+  dismissed();
+}
+
+}  // namespace corvane::cli

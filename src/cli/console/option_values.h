@@ -1,0 +1,22 @@
+// Values of options that are more than text.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "cli/console/command_line.h"
+#include "core/decimal/decimal.h"
+#include "core/money/year_month_day.h"
+
+namespace corvane::cli {
+
+/// The day of an option, written as 2024-02-29; none where the option is absent. Throws UsageError
+/// for any other text.
+[[nodiscard]] std::optional<YearMonthDay> dayOption(const CommandLine& line,
+                                                    std::string_view option);
+
+/// The number of an option, which is not below 0; none where the option is absent. Throws
+/// UsageError for any other text.
+[[nodiscard]] std::optional<Decimal> numberOption(const CommandLine& line, std::string_view option);
+
+}  // namespace corvane::cli

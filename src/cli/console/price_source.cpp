@@ -1,0 +1,88 @@
+#include "cli/console/price_source.h"
+
+#include <optional>
+#include <utility>
+
+#include "marketdata/chain/switchable_quote_provider.h"
+#include "marketdata/yahoo/yahoo_quote_provider.h"
+#include "platform/async/dispatch_queue.h"
+#include "platform/system/file_manager.h"
+#include "platform/system/user_defaults.h"
+
+namespace corvane::cli {
+namespace {
+
+/// The cache of the service's client, which the desktop program uses too.
+constexpr std::string_view cacheName = "YahooQuoteProviderCache.sqlite3";
+
+std::shared_ptr<QuoteProvider> clientOf(const SampleMarket& market) {
+  YahooService service;
+  service.scheme = "http";
+  service.apiHost = market.host();
+  service.webHost = market.host();
+  service.port = market.port();
+  return std::make_shared<YahooQuoteProvider>(std::move(service));
+}
+
+}  // namespace
+
+std::vector<Option> priceSourceOptions() {
+  return {{"--offline", "", "takes prices from the cache alone"},
+          {"--sample-market", "", "takes prices from the invented market"}};
+}
+
+PriceSource::PriceSource(const CommandLine& line) {
+  const bool isOffline = line.has("--offline");
+  if (isOffline && line.has("--sample-market")) {
+    throw UsageError("--offline and --sample-market exclude each other.");
+  }
+  std::shared_ptr<SwitchableQuoteProvider> chain;
+  if (line.has("--sample-market")) {
+    market_ = std::make_unique<SampleMarket>();
+    // Invented prices must never get among the real ones.
+    temporaryFolder_ = files::makePrivateDirectory(std::filesystem::temp_directory_path());
+    chain =
+        std::make_shared<SwitchableQuoteProvider>(clientOf(*market_), temporaryFolder_ / cacheName);
+  } else {
+    const auto source =
+        isOffline
+            ? makeOfflineProvider()
+            : std::make_shared<YahooQuoteProvider>(YahooService::named(UserDefaults::standard()));
+    chain = std::make_shared<SwitchableQuoteProvider>(source, files::cachesDirectory() / cacheName);
+    if (isOffline) {
+      chain->dataSource = SwitchableQuoteProvider::DataSource::cacheOnly;
+    }
+  }
+  provider_ = std::move(chain);
+}
+
+PriceSource::~PriceSource() {
+  provider_.reset();
+  if (!temporaryFolder_.empty()) {
+    std::error_code ignored;
+    std::filesystem::remove_all(temporaryFolder_, ignored);
+  }
+}
+
+void refreshEquities(QuoteProvider& provider, std::vector<EquityPointer> equities,
+                     const Console& console) {
+  if (equities.empty()) {
+    return;
+  }
+  // Providers answer on a queue of their choice, and perhaps when nobody waits any more.
+  const auto outcome = std::make_shared<std::optional<ErrorPointer>>();
+  provider.refreshEquities(std::move(equities), [outcome](ErrorPointer error) {
+    DispatchQueue::main()->async([outcome, error = std::move(error)] { *outcome = error; });
+  });
+  waitFor([&] { return outcome->has_value(); });
+  if (**outcome != nullptr) {
+    console.warn("The latest prices could not be fetched. " +
+                 (**outcome)->description().value_or(""));
+  }
+}
+
+void waitFor(const std::function<bool()>& isDone) {
+  pumpUntil(isDone, [] { throw Failed(exitCode::interrupted); });
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,67 @@
+// A workspace that a command works on.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "cli/console/console.h"
+#include "ledger/portfolio/portfolio.h"
+#include "storage/workspace/workspace_document.h"
+
+namespace corvane::cli {
+
+/// A document without a window. Only save() changes the file. Errors are those of the document.
+class WorkspaceFile {
+ public:
+  /// Opens the workspace at `path`, or makes a new one where `isNew`. A name without the extension
+  /// of workspaces gets it, unless something of that name is there.
+  WorkspaceFile(const std::string& path, const Console& console, bool isNew = false)
+      : WorkspaceFile(path, console, makeOfflineProvider(), isNew) {}
+  /// The same with a provider that has prices.
+  WorkspaceFile(const std::string& path, const Console& console,
+                std::shared_ptr<QuoteProvider> provider, bool isNew = false);
+
+  [[nodiscard]] static bool exists(const std::string& path);
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+  [[nodiscard]] const std::shared_ptr<WorkspaceDocument>& document() const { return document_; }
+  [[nodiscard]] const std::shared_ptr<PortfolioManager>& manager() const {
+    return document_->model()->portfolioManagers.front();
+  }
+
+  /// The portfolio called `name`, with its rows read. Throws WorkspaceFileError.
+  [[nodiscard]] PortfolioPointer portfolio(const std::string& name) const;
+  [[nodiscard]] bool hasPortfolio(const std::string& name) const;
+
+  void save();
+
+ private:
+  std::filesystem::path path_;
+  std::shared_ptr<DocumentShell> shell_;
+  std::shared_ptr<WorkspaceDocumentModelHaving> window_;
+  std::shared_ptr<WorkspaceDocument> document_;
+};
+
+/// What a command asks for is not in the workspace, or more than once.
+class WorkspaceFileError : public ErrorValue<WorkspaceFileError> {
+ public:
+  WorkspaceFileError(std::string text, std::optional<std::string> suggestion)
+      : text_(std::move(text)), suggestion_(std::move(suggestion)) {}
+  [[nodiscard]] std::optional<std::string> description() const override { return text_; }
+  [[nodiscard]] std::optional<std::string> recoverySuggestion() const override {
+    return suggestion_;
+  }
+  [[nodiscard]] bool hasSameValues(const WorkspaceFileError& other) const {
+    return text_ == other.text_ && suggestion_ == other.suggestion_;
+  }
+
+ private:
+  std::string text_;
+  std::optional<std::string> suggestion_;
+};
+
+/// Reads the rows of a stored portfolio. Throws what has kept them from being read.
+void requireRows(const PortfolioPointer& portfolio);
+
+}  // namespace corvane::cli

@@ -1,0 +1,121 @@
+#include "desktop/controls/dates_picker_view.h"
+
+#include <QComboBox>
+#include <QDateEdit>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QStandardItemModel>
+
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+
+namespace corvane::desktop {
+namespace {
+
+QDate qtDate(const YearMonthDay& day) {
+  return {day.year, day.month, day.day};
+}
+
+YearMonthDay yearMonthDay(const QDate& date) {
+  return {date.year(), date.month(), date.day()};
+}
+
+QDateEdit* makeDateEdit(const QString& accessibleName) {
+  auto* edit = new QDateEdit;
+  edit->setCalendarPopup(true);
+  // A day is taken when the user is done with it, not after each digit.
+  edit->setKeyboardTracking(false);
+  edit->setAccessibleName(accessibleName);
+  edit->setToolTip(accessibleName);
+  edit->setDisplayFormat(QLocale().dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
+                             ? QLocale().dateFormat(QLocale::ShortFormat)
+                             : QStringLiteral("yyyy-MM-dd"));
+  return edit;
+}
+
+}  // namespace
+
+DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
+    : QWidget(parent),
+      picker_(picker),
+      presets_(new QPushButton),
+      start_(makeDateEdit(QStringLiteral("First day"))),
+      end_(makeDateEdit(QStringLiteral("Last day"))),
+      interval_(new QComboBox) {
+  presets_->setMenu(new QMenu(presets_));
+  connect(presets_->menu(), &QMenu::aboutToShow, this, &DatesPickerView::fillPresetMenu);
+  interval_->setAccessibleName(QStringLiteral("Interval"));
+  for (const auto& [interval, label] : QueryDatesPicker::intervalLabels) {
+    interval_->addItem(qtText(label));
+  }
+
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(spacing::narrow);
+  row->addWidget(presets_);
+  row->addWidget(start_);
+  auto* to = new QLabel(QStringLiteral("–"));
+  row->addWidget(to);
+  row->addWidget(end_);
+  row->addWidget(interval_);
+
+  connect(start_, &QDateEdit::dateChanged, this,
+          [this](const QDate& date) { picker_.chooseStartDate(yearMonthDay(date)); });
+  connect(end_, &QDateEdit::dateChanged, this,
+          [this](const QDate& date) { picker_.chooseEndDate(yearMonthDay(date)); });
+  connect(interval_, &QComboBox::activated, this, [this](int index) {
+    picker_.chooseInterval(QueryDatesPicker::intervalLabels[static_cast<std::size_t>(index)].first);
+  });
+  picker_.changeHandler = [this] { update(); };
+  update();
+}
+
+DatesPickerView::~DatesPickerView() {
+  picker_.changeHandler = [] {};
+}
+
+void DatesPickerView::fillPresetMenu() {
+  QMenu* menu = presets_->menu();
+  menu->clear();
+  const QString shown = qtText(picker_.presetTitle());
+  for (std::size_t i = 0; i < picker_.presets().size(); ++i) {
+    const QueryDatesPicker::Preset& preset = picker_.presets()[i];
+    if (preset.isSeparator()) {
+      menu->addSeparator();
+      continue;
+    }
+    QAction* action = menu->addAction(qtText(preset.label));
+    action->setCheckable(true);
+    action->setChecked(action->text() == shown);
+    connect(action, &QAction::triggered, this, [this, i] { picker_.choosePreset(i); });
+  }
+}
+
+void DatesPickerView::update() {
+  const QSignalBlocker blockStart(start_);
+  const QSignalBlocker blockEnd(end_);
+  const auto startLimits = picker_.startDateLimits();
+  const auto endLimits = picker_.endDateLimits();
+  start_->setDateRange(qtDate(startLimits.lower()), qtDate(startLimits.upper()));
+  end_->setDateRange(qtDate(endLimits.lower()), qtDate(endLimits.upper()));
+  start_->setDate(qtDate(picker_.startDate()));
+  end_->setDate(qtDate(picker_.endDate()));
+
+  presets_->setVisible(!picker_.isPresetMenuHidden());
+  presets_->setText(qtText(picker_.presetTitle()));
+  presets_->setAccessibleName(QStringLiteral("Range: ") + qtText(picker_.presetTitle()));
+
+  interval_->setVisible(picker_.allowsIntervalSelection());
+  auto* items = qobject_cast<QStandardItemModel*>(interval_->model());
+  for (std::size_t i = 0; i < QueryDatesPicker::intervalLabels.size(); ++i) {
+    items->item(static_cast<int>(i))->setEnabled(picker_.isIntervalEnabled(i));
+    if (QueryDatesPicker::intervalLabels[i].first == picker_.selectedInterval()) {
+      interval_->setCurrentIndex(static_cast<int>(i));
+    }
+  }
+}
+
+}  // namespace corvane::desktop

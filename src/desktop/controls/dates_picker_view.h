@@ -1,0 +1,34 @@
+// The control that chooses a range of days.
+#pragma once
+
+#include <QWidget>
+
+#include "presentation/controls/query_dates_picker.h"
+
+class QComboBox;
+class QDateEdit;
+class QPushButton;
+
+namespace corvane::desktop {
+
+/// Shows a QueryDatesPicker: a menu of presets, two days and, where the screen wants it, a menu of
+/// intervals. The picker must outlive this; this takes its changeHandler.
+class DatesPickerView : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit DatesPickerView(QueryDatesPicker& picker, QWidget* parent = nullptr);
+  ~DatesPickerView() override;
+
+ private:
+  void update();
+  void fillPresetMenu();
+
+  QueryDatesPicker& picker_;
+  QPushButton* presets_;
+  QDateEdit* start_;
+  QDateEdit* end_;
+  QComboBox* interval_;
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,219 @@
+#include "desktop/controls/table_view.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyle>
+#include <algorithm>
+
+#include "desktop/look/attributed_text_view.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr std::string_view nameColumn = "name";
+constexpr int mostRowsMeasured = 200;
+constexpr int leastStretchedWidth = 150;
+
+Qt::Alignment alignmentOf(const TableColumn& column, const AttributedText& text) {
+  switch (text.alignment) {
+    case TextAlignment::left:
+      return Qt::AlignLeft | Qt::AlignVCenter;
+    case TextAlignment::centre:
+      return Qt::AlignCenter;
+    case TextAlignment::right:
+      return Qt::AlignRight | Qt::AlignVCenter;
+    case TextAlignment::natural:
+      break;
+  }
+  return (column.isNumeric ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+}
+
+}  // namespace
+
+TableModelAdapter::TableModelAdapter(const TableModel& table, QObject* parent)
+    : QAbstractTableModel(parent), table_(table), rows_(static_cast<int>(table.numberOfRows())) {}
+
+void TableModelAdapter::reload() {
+  beginResetModel();
+  rows_ = static_cast<int>(table_.numberOfRows());
+  endResetModel();
+}
+
+int TableModelAdapter::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_;
+}
+
+int TableModelAdapter::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(table_.columns().size());
+}
+
+QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
+  // Between a change of the rows and the reload that follows, a view may still ask for the old
+  // ones.
+  if (!index.isValid() || static_cast<std::size_t>(index.row()) >= table_.numberOfRows()) {
+    return {};
+  }
+  const auto row = static_cast<std::size_t>(index.row());
+  const auto column = static_cast<std::size_t>(index.column());
+  switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+    case Qt::ToolTipRole:
+      return qtText(table_.cell(row, column).plainText());
+    case AttributedTextDelegate::attributedTextRole:
+      return QVariant::fromValue(table_.cell(row, column));
+    case Qt::TextAlignmentRole:
+      return QVariant::fromValue(alignmentOf(table_.columns()[column], table_.cell(row, column)));
+    case Qt::FontRole:
+      return table_.columns()[column].isNumeric ? QVariant(theme::monospacedFont()) : QVariant();
+    default:
+      return {};
+  }
+}
+
+QVariant TableModelAdapter::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal) {
+    return {};
+  }
+  const TableColumn& column = table_.columns().at(static_cast<std::size_t>(section));
+  if (role == Qt::DisplayRole) {
+    return qtText(column.title);
+  }
+  if (role == Qt::TextAlignmentRole) {
+    return QVariant::fromValue(Qt::Alignment(column.isNumeric ? Qt::AlignRight : Qt::AlignLeft) |
+                               Qt::AlignVCenter);
+  }
+  return {};
+}
+
+TableView::TableView(const QString& accessibleName, QWidget* parent) : QTableView(parent) {
+  setAccessibleName(accessibleName);
+  setFont(theme::font(theme::tableFactor));
+  horizontalHeader()->setFont(theme::font(theme::figureFactor));
+  setItemDelegate(new AttributedTextDelegate(this));
+  setSelectionBehavior(SelectRows);
+  setSelectionMode(ExtendedSelection);
+  setEditTriggers(NoEditTriggers);
+  setAlternatingRowColors(true);
+  setShowGrid(false);
+  setWordWrap(false);
+  setTabKeyNavigation(false);
+  setCornerButtonEnabled(false);
+  setHorizontalScrollMode(ScrollPerPixel);
+  verticalHeader()->hide();
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 11);
+  horizontalHeader()->setHighlightSections(false);
+  horizontalHeader()->setMinimumSectionSize(48);
+}
+
+void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
+  setModel(adapter);
+  const auto found = std::ranges::find(table.columns(), nameColumn, &TableColumn::identifier);
+  stretchedColumn_ =
+      found == table.columns().end() ? 0 : static_cast<int>(found - table.columns().begin());
+  for (std::size_t column = 0; column < table.columns().size(); ++column) {
+    setColumnHidden(static_cast<int>(column), table.columns()[column].isHidden);
+  }
+  connect(adapter, &QAbstractItemModel::modelReset, this, &TableView::fitColumns);
+  fitColumns();
+}
+
+void TableView::fitColumns() {
+  if (model() == nullptr) {
+    return;
+  }
+  const int rows = model()->rowCount();
+  const int step = std::max(1, rows / mostRowsMeasured);
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    if (isColumnHidden(column)) {
+      continue;
+    }
+    int width = horizontalHeader()->sectionSizeHint(column);
+    for (int row = 0; row < rows; row += step) {
+      const QModelIndex index = model()->index(row, column);
+      const QVariant font = index.data(Qt::FontRole);
+      option.font = font.isValid() ? font.value<QFont>() : this->font();
+      width = std::max(width, itemDelegate()->sizeHint(option, index).width());
+    }
+    setColumnWidth(column, width);
+  }
+  stretchedColumnWidth_ = columnWidth(stretchedColumn_);
+  stretch();
+}
+
+void TableView::stretch() {
+  int others = 0;
+  for (int column = 0; column < horizontalHeader()->count(); ++column) {
+    others += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
+  }
+  // Where there is too little room the stretched column gives way first, down to a readable width.
+  const int least = std::min(stretchedColumnWidth_, leastStretchedWidth);
+  setColumnWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
+}
+
+int TableView::neededWidth() const {
+  int width = stretchedColumnWidth_ + 2 * frameWidth() +
+              style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+  for (int column = 0; column < horizontalHeader()->count(); ++column) {
+    width += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
+  }
+  return width;
+}
+
+void TableView::copySelectedRows() const {
+  QStringList lines;
+  QModelIndexList rows = selectionModel()->selectedRows();
+  std::sort(rows.begin(), rows.end());
+  for (const QModelIndex& row : rows) {
+    QStringList cells;
+    for (int column = 0; column < model()->columnCount(); ++column) {
+      if (!isColumnHidden(column)) {
+        cells.append(row.siblingAtColumn(column).data().toString());
+      }
+    }
+    lines.append(cells.join(QLatin1Char('\t')));
+  }
+  if (!lines.isEmpty()) {
+    QGuiApplication::clipboard()->setText(lines.join(QLatin1Char('\n')));
+  }
+}
+
+void TableView::setPlaceholderText(const QString& text) {
+  placeholderText_ = text;
+  viewport()->update();
+}
+
+void TableView::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Copy)) {
+    copySelectedRows();
+    event->accept();
+    return;
+  }
+  QTableView::keyPressEvent(event);
+}
+
+void TableView::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (model() != nullptr && model()->rowCount() == 0 && !placeholderText_.isEmpty()) {
+    QPainter painter(viewport());
+    painter.setPen(theme::colour(Colour::Name::secondaryLabel));
+    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, placeholderText_);
+  }
+}
+
+void TableView::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  if (model() != nullptr) {
+    stretch();
+  }
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,64 @@
+// A table of the program's own, as Qt shows one.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QTableView>
+
+#include "presentation/controls/table_model.h"
+
+namespace corvane::desktop {
+
+/// Hands the rows of a TableModel to a view, which asks only for those that it shows. The model
+/// must outlive this. Main queue only.
+class TableModelAdapter : public QAbstractTableModel {
+ public:
+  explicit TableModelAdapter(const TableModel& table, QObject* parent = nullptr);
+
+  /// To be called after every change of the rows; the number of rows counts as it was until then.
+  void reload();
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+  [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
+                                    int role) const override;
+
+ private:
+  const TableModel& table_;
+  int rows_;
+};
+
+/// A table of whole rows without a grid. Columns are as wide as their content; the one with the
+/// names takes what is left. Copying puts the selected rows on the clipboard, with tabs between the
+/// cells.
+class TableView : public QTableView {
+  Q_OBJECT
+
+ public:
+  explicit TableView(const QString& accessibleName, QWidget* parent = nullptr);
+
+  void setTable(TableModelAdapter* adapter, const TableModel& table);
+  /// Makes each column wide enough for its heading and for its rows, of which it looks at a sample
+  /// where there are many.
+  void fitColumns();
+  void copySelectedRows() const;
+  /// The width at which no column is cut short.
+  [[nodiscard]] int neededWidth() const;
+
+  /// A text in the middle of a table that has no rows.
+  void setPlaceholderText(const QString& text);
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void stretch();
+
+  QString placeholderText_;
+  int stretchedColumn_ = 0;
+  int stretchedColumnWidth_ = 0;  ///< that it needs
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,33 @@
+// The engine that cuts delimited text into rows.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+#include "exchange/csv/csv_delimiter.h"
+#include "exchange/csv/csv_parse_error.h"
+#include "exchange/csv/csv_row.h"
+
+namespace corvane {
+
+/// Is given each row; the row is good until it returns. Whatever it throws ends the walk.
+using CSVRowCallback = std::function<void(const CSVRow&)>;
+
+/// Calls `rowCallback` with the rows of `text` from the row at `startAt` on, at most `rowLimit` of
+/// them; without a limit, or with one below 0, all. Rows before `startAt` are read as well, so a
+/// fault in them shows. Nothing is read beyond the last row asked for.
+///
+/// Works on characters as a reader sees them: a quote or a comma that carries an accent is neither,
+/// and a carriage return with a line feed is one line break. A field in quotes may hold everything;
+/// a quote in it, or in a field without quotes, is written twice. Blanks before a field and after a
+/// closing quote are dropped, others stay. A field whose closing quote is missing reaches to the
+/// end of the text. A text that is no UTF-8 is taken byte for byte.
+///
+/// Throws CSVParseError. Any thread.
+void parseRows(std::string_view text, const CSVDelimiter& delimiter, std::size_t startAt,
+               std::optional<std::int64_t> rowLimit, const CSVRowCallback& rowCallback);
+
+}  // namespace corvane

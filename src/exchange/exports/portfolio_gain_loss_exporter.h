@@ -1,0 +1,66 @@
+// Writes the gains and losses that a portfolio realized in a range of days to a delimited text
+// file.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/market/portfolio_asset.h"
+#include "exchange/exports/portfolio_exporter.h"
+#include "ledger/manager/portfolio_data_slice.h"
+
+namespace corvane {
+
+/// A line for each equity that was bought or sold in a choice of days.
+class PortfolioGainLossExporter final : public PortfolioExporter {
+ public:
+  enum class SchemaField {
+    openingDate,
+    closingDate,
+    symbol,
+    name,
+    sharesBought,
+    sharesSold,
+    sharesNet,
+    costBaseAdded,
+    costBaseDisposed,
+    proceedsOfSale,
+    capitalGain,
+    portfolioCurrency
+  };
+  static constexpr std::string_view userDefaultsKey = "portfolioGainLossExportConfiguration";
+
+  /// `slice` has a portfolio. `defaults` may be null; otherwise it outlives the exporter.
+  [[nodiscard]] static std::shared_ptr<PortfolioGainLossExporter> make(PortfolioDataSlice slice,
+                                                                       UserDefaults* defaults);
+
+  [[nodiscard]] const PortfolioDataSlice& dataSlice() const { return dataSlice_; }
+  [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
+
+ private:
+  /// The figures of a line, taken when the exporter is made: equities belong to the main queue.
+  struct Line {
+    std::string symbol;
+    std::optional<std::string> name;
+    std::optional<PortfolioSnapshotGroup::TradingSummary> summary;
+    Decimal sharesNet;
+    Decimal capitalGain;
+  };
+
+  PortfolioGainLossExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,
+                            UserDefaults* defaults);
+
+  /// None for what is no equity.
+  [[nodiscard]] std::optional<Line> lineOf(const PortfolioAsset& asset) const;
+  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+
+  const PortfolioDataSlice dataSlice_;
+  const std::vector<PortfolioAsset> assetEntries_;
+  const Currency primaryCurrency_;
+  std::vector<std::optional<Line>> lines_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,68 @@
+// Writes the holdings of a portfolio on a day to a delimited text file.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/market/portfolio_asset.h"
+#include "exchange/exports/portfolio_exporter.h"
+#include "ledger/manager/portfolio_data_slice.h"
+
+namespace corvane {
+
+/// A line for each currency and each equity held at the end of a choice of days.
+class PortfolioHoldingsExporter final : public PortfolioExporter {
+ public:
+  enum class SchemaField {
+    date,
+    kind,
+    symbol,
+    name,
+    sharesHeld,
+    marketPrice,
+    marketValue,
+    averagePrice,
+    costBase,
+    marketGain,
+    portfolioCurrency
+  };
+  static constexpr std::string_view userDefaultsKey = "portfolioHoldingsExportConfiguration";
+
+  /// `slice` has a portfolio. `defaults` may be null; otherwise it outlives the exporter.
+  [[nodiscard]] static std::shared_ptr<PortfolioHoldingsExporter> make(PortfolioDataSlice slice,
+                                                                       UserDefaults* defaults);
+
+  [[nodiscard]] const PortfolioDataSlice& dataSlice() const { return dataSlice_; }
+  [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
+
+ private:
+  /// The figures of a line, taken when the exporter is made: equities belong to the main queue.
+  struct Line {
+    bool isCash = false;
+    std::string symbol;
+    std::optional<std::string> name = std::nullopt;
+    Decimal sharesHeld;
+    std::optional<Decimal> marketPrice = std::nullopt;
+    std::optional<Decimal> marketValue = std::nullopt;
+    std::optional<Decimal> averagePrice = std::nullopt;
+    std::optional<Decimal> costBase = std::nullopt;
+    std::optional<Decimal> marketGain = std::nullopt;
+  };
+
+  PortfolioHoldingsExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,
+                            UserDefaults* defaults);
+
+  [[nodiscard]] static Line lineOf(const Currency& cash, const PortfolioSnapshot& snapshot);
+  [[nodiscard]] static Line lineOf(const EquityPointer& equity, const PortfolioSnapshot& snapshot);
+  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+
+  const PortfolioDataSlice dataSlice_;
+  const std::vector<PortfolioAsset> assetEntries_;
+  const Currency primaryCurrency_;
+  std::vector<Line> lines_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,61 @@
+// A file that is to be imported, and the work of importing it.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "exchange/brokers/import_export_broker.h"
+#include "exchange/csv/csv.h"
+#include "platform/async/progress.h"
+
+namespace corvane {
+
+/// A delimited text file that has been read. Any thread, one at a time.
+class ImportSource {
+ public:
+  /// Throws FileError, TextEncodingError, CSVParseError.
+  explicit ImportSource(const std::filesystem::path& file)
+      : filename_(file.filename()), csv_(file) {}
+
+  /// The last component of the path.
+  [[nodiscard]] const std::string& filename() const { return filename_; }
+  [[nodiscard]] std::size_t columnCount() const { return csv_.header().size(); }
+  /// The rows after the first line.
+  [[nodiscard]] const CSVTable& rows() const { return csv_.content().rows(); }
+  [[nodiscard]] bool isTabDelimited() const { return csv_.delimiter() == CSVDelimiter::tab(); }
+
+  /// The text of a cell; the first line is row 0.
+  [[nodiscard]] std::optional<std::string> cell(int row, int column) const;
+
+  /// Throws ImportExportError::InconsistentColumnLayout for the first row from `startAt` on that
+  /// has not `columns` cells. The first line is row 0.
+  void requireColumns(std::size_t startAt, std::size_t columns) const;
+
+  /// The cells of one column, without the first line.
+  [[nodiscard]] std::vector<std::string> column(std::size_t index) const;
+
+  /// Calls `take` with the number of each row from `startAt` on, and the row.
+  template <typename Take>
+  void forEachRow(std::size_t startAt, Take take) const {
+    if (startAt == 0) {
+      take(std::size_t{0}, csv_.header());
+    }
+    for (std::size_t index = 0; index < rows().size(); ++index) {
+      take(index + 1, rows().row(index));
+    }
+  }
+
+ private:
+  std::string filename_;
+  CSV<Enumerated> csv_;
+};
+
+/// Hands the rows of `source` to `broker` and counts them in `progress`, which it looks at before
+/// every row. Off the main queue. Throws UserCancelledError, ImportExportError, and what the broker
+/// throws at its end.
+void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& progress);
+
+}  // namespace corvane

@@ -1,0 +1,227 @@
+#include "exchange/imports/portfolio_transactions_importer.h"
+
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+#include "exchange/brokers/import_export_error.h"
+#include "exchange/imports/date_order_recognition.h"
+#include "exchange/imports/import_row.h"
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "platform/async/dispatch_queue.h"
+
+namespace corvane {
+namespace {
+
+/// Keeps the main queue from looking at ledgers while this thread changes one.
+class BackgroundEdit {
+ public:
+  explicit BackgroundEdit(PortfolioManager& manager) : manager_(manager) {
+    // There, so that nobody is in the middle of looking.
+    if (DispatchQueue::main()->isCurrent()) {
+      manager_.beginBackgroundEdit();
+    } else {
+      DispatchQueue::main()->sync([this] { manager_.beginBackgroundEdit(); });
+    }
+  }
+  BackgroundEdit(const BackgroundEdit&) = delete;
+  BackgroundEdit& operator=(const BackgroundEdit&) = delete;
+  ~BackgroundEdit() { manager_.endBackgroundEdit(); }
+
+ private:
+  PortfolioManager& manager_;
+};
+
+struct Field {
+  std::string_view rawValue;
+  std::string_view title;
+};
+
+/// In the order of the SchemaField.
+constexpr std::array<Field, PortfolioTransactionsImporter::schemaFieldCount> fields = {{
+    {"type", "Transaction Type"},
+    {"tradeDate", "Trade Date"},
+    {"settlementDate", "Settlement Date"},
+    {"symbol", "Symbol/Description"},
+    {"numberOfShares", "Number of Shares"},
+    {"sharesNet", "Shares Net"},
+    {"cashAmount", "Cash Amount"},
+    {"cashCurrency", "Transaction Currency"},
+    {"exchangeRate", "Exchange Rate"},
+    {"equivalentAmount", "Equivalent Amount †"},
+    {"costBaseAdded", "Cost Base Added †"},
+    {"note", "Notes"},
+}};
+
+TransactionsImportConfiguration initialConfiguration(const Portfolio& portfolio) {
+  TransactionsImportConfiguration configuration;
+  configuration.defaultCurrencyCode = std::string(portfolio.primaryCurrency().code);
+  return configuration;
+}
+
+/// Asks the provider of `portfolio` on the main queue, which it lives on; null where the portfolio
+/// has lost its manager.
+EquityPointer equityOnMainQueue(const std::string& symbol, const Portfolio& portfolio) {
+  EquityPointer equity;
+  const auto ask = [&] {
+    if (const auto manager = portfolio.manager.lock()) {
+      equity = manager->quoteProvider->equityWithId(symbol);
+    }
+  };
+  const auto& main = DispatchQueue::main();
+  if (main->isCurrent()) {
+    ask();
+  } else {
+    main->sync(ask);
+  }
+  return equity;
+}
+
+}  // namespace
+
+std::shared_ptr<PortfolioTransactionsImporter> PortfolioTransactionsImporter::make(
+    PortfolioPointer portfolio, UserDefaults* defaults) {
+  return std::shared_ptr<PortfolioTransactionsImporter>(
+      new PortfolioTransactionsImporter(std::move(portfolio), defaults));
+}
+
+PortfolioTransactionsImporter::PortfolioTransactionsImporter(PortfolioPointer portfolio,
+                                                             UserDefaults* defaults)
+    : ConfiguredBroker(defaults, std::string(userDefaultsKey), initialConfiguration(*portfolio)),
+      portfolio_(std::move(portfolio)) {
+  // Reading the rows of a stored portfolio asks the provider for their equities.
+  (void)portfolio_->transactions();
+  numberFormatter_.treatsEmptyStringAsZero = true;
+  dateFormatter_.isLenient = true;
+  applyConfiguration();
+}
+
+void PortfolioTransactionsImporter::applyConfiguration() {
+  const Configuration current = settings();
+  if (current.useDateFormatString) {
+    dateFormatter_.format = current.dateFormatString;
+    lastDates_.clear();
+  }
+}
+
+void PortfolioTransactionsImporter::updateAccessory() {
+  if (accessory_ != nullptr) {
+    accessory_->update(settings());
+  }
+}
+
+std::vector<std::string> PortfolioTransactionsImporter::allFields() const {
+  std::vector<std::string> names;
+  for (const Field& field : fields) {
+    names.emplace_back(field.rawValue);
+  }
+  return names;
+}
+
+std::string PortfolioTransactionsImporter::fieldTitle(std::string_view field) const {
+  const auto* found = std::ranges::find(fields, field, &Field::rawValue);
+  return found == fields.end() ? "" : std::string(found->title);
+}
+
+std::shared_ptr<AccessoryConfigurationViewController>
+PortfolioTransactionsImporter::accessoryConfigurationViewController() {
+  if (accessory_ == nullptr) {
+    accessory_ = std::make_shared<PortfolioTransactionsImporterAccessoryViewController>(
+        std::static_pointer_cast<PortfolioTransactionsImporter>(shared_from_this()));
+  }
+  return accessory_;
+}
+
+std::vector<std::string> PortfolioTransactionsImporter::preflightFields() const {
+  return settings().useDateFormatString ? std::vector<std::string>()
+                                        : std::vector<std::string>{"tradeDate", "settlementDate"};
+}
+
+void PortfolioTransactionsImporter::preflight(const ColumnsByField& columnsByField) {
+  DateOrderRecognition recognition;
+  for (const std::string_view field : {"tradeDate", "settlementDate"}) {
+    if (const auto column = columnsByField.find(field); column != columnsByField.end()) {
+      for (const std::string& cell : column->second) {
+        recognition.add(cell);
+      }
+    }
+  }
+  dateFormatter_.format = recognition.format();
+  lastDates_.clear();
+}
+
+void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField) {
+  auto tradeDate = dateIn(valuesByField, "tradeDate");
+  auto settlementDate = dateIn(valuesByField, "settlementDate");
+  tradeDate = tradeDate ? tradeDate : settlementDate;
+  settlementDate = settlementDate ? settlementDate : tradeDate;
+  if (!tradeDate) {
+    throw ImportError(ImportError::DateMissing());
+  }
+  const auto current = std::static_pointer_cast<const Configuration>(configuration());
+  const ImportSurroundings surroundings = {
+      .primaryCurrency = portfolio_->primaryCurrency(),
+      .defaultCurrencyCode = current->defaultCurrencyCode,
+      .numberFormatter = numberFormatter_,
+      .equityFor = [this](std::string_view symbol) { return equityFor(symbol); }};
+  const ImportRow row(valuesByField, surroundings);
+  BasicTransaction::Kind kind = row.kind();
+  auto note = row.note(kind);
+  transactionsToRecord_.push_back({std::move(kind), *tradeDate, *settlementDate, std::move(note)});
+  std::cout << "Importing transaction: " << transactionsToRecord_.back() << '\n';
+}
+
+std::optional<Date> PortfolioTransactionsImporter::dateIn(const ValuesByField& values,
+                                                          std::string_view field) {
+  const auto cell = values.find(field);
+  if (cell == values.end() || cell->second.empty()) {
+    return std::nullopt;
+  }
+  ReadDate& last = lastDates_[std::string(field)];
+  if (last.text != cell->second) {
+    last = {cell->second, dateFormatter_.date(cell->second)};
+  }
+  return last.date;
+}
+
+EquityPointer PortfolioTransactionsImporter::equityFor(std::string_view symbol) {
+  const auto [entry, isNew] = equities_.try_emplace(std::string(symbol));
+  if (isNew) {
+    entry->second = equityOnMainQueue(entry->first, *portfolio_);
+  }
+  return entry->second;
+}
+
+void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
+  const auto manager = portfolio_->manager.lock();
+  if (transactionsToRecord_.empty()) {
+    return;
+  }
+  if (manager == nullptr) {
+    throw PortfolioManagerError(
+        PortfolioManagerError::InvalidPortfolio{"The portfolio is not open any more."});
+  }
+  std::size_t recordedCount = 0;
+  const BackgroundEdit edit(*manager);
+  try {
+    manager->recordTransactions(transactionsToRecord_, portfolio_, nullptr, [&](std::size_t count) {
+      recordedCount = count;
+      if (progress.isCancelled()) {
+        throw UserCancelledError();
+      }
+    });
+  } catch (const UserCancelledError&) {
+    throw;
+  } catch (const Error& error) {
+    if (recordedCount == transactionsToRecord_.size()) {
+      // All rows were good; the store has refused the whole, so no line is to blame.
+      throw;
+    }
+    const std::size_t line = recordedCount + (settings().includesHeaderRow ? 1 : 0);
+    throw ImportExportError(
+        ImportExportError::BrokerImportError{error.copy(), static_cast<int>(line)});
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,124 @@
+// Reads the transactions of brokers' and banks' statements into a portfolio.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "core/money/decimal_number_formatter.h"
+#include "exchange/brokers/configured_broker.h"
+#include "exchange/brokers/import_export_broker.h"
+#include "exchange/brokers/import_export_configuration.h"
+#include "exchange/imports/transactions_import_error.h"
+#include "ledger/portfolio/portfolio.h"
+#include "platform/system/user_defaults.h"
+#include "platform/text/formats/date_formatter.h"
+
+namespace corvane {
+
+class PortfolioTransactionsImporterAccessoryViewController;
+
+/// What a transactions import is set up with.
+struct TransactionsImportConfiguration
+    : ImportExportConfigurationValue<TransactionsImportConfiguration> {
+  /// Whether dates are read by dateFormatString; otherwise their order is worked out from the file.
+  bool useDateFormatString = false;
+  std::string dateFormatString = "YYYY-MM-dd";
+  /// The currency of rows that name none.
+  std::optional<std::string> defaultCurrencyCode;
+
+  [[nodiscard]] bool hasSameSettings(const TransactionsImportConfiguration& other) const {
+    return useDateFormatString == other.useDateFormatString &&
+           dateFormatString == other.dateFormatString &&
+           defaultCurrencyCode == other.defaultCurrencyCode;
+  }
+  [[nodiscard]] JSONValue json() const;
+  /// A missing currency is that of `defaults`. Throws JSONError where anything else is missing.
+  [[nodiscard]] static TransactionsImportConfiguration fromJSON(
+      const JSONValue& value, const TransactionsImportConfiguration& defaults);
+};
+
+/// Understands rows of delimited text and records them, all in one step after the last row.
+///
+/// One importer serves one import. Made on the main queue, where it asks the portfolio for its
+/// rows, so that a stored one reads them there. The quote provider is asked for equities on the
+/// main queue, to which the job hops once for each symbol; the main queue must be pumped meanwhile.
+class PortfolioTransactionsImporter final
+    : public ConfiguredBroker<ImportBroker, TransactionsImportConfiguration> {
+ public:
+  using Configuration = TransactionsImportConfiguration;
+  using ImportError = TransactionsImportError;
+  enum class SchemaField {
+    type,
+    tradeDate,
+    settlementDate,
+    symbol,
+    numberOfShares,
+    sharesNet,
+    cashAmount,
+    cashCurrency,
+    exchangeRate,
+    equivalentAmount,
+    costBaseAdded,
+    note
+  };
+  static constexpr std::size_t schemaFieldCount = 12;
+  static constexpr std::string_view userDefaultsKey = "portfolioTransactionsImportConfiguration";
+
+  /// `defaults` may be null; otherwise it outlives the importer.
+  [[nodiscard]] static std::shared_ptr<PortfolioTransactionsImporter> make(
+      PortfolioPointer portfolio, UserDefaults* defaults);
+
+  [[nodiscard]] const PortfolioPointer& portfolio() const { return portfolio_; }
+
+  /// The rows understood so far, in the order of the file. After an import, those recorded.
+  [[nodiscard]] const std::vector<BasicTransaction>& transactionsToRecord() const {
+    return transactionsToRecord_;
+  }
+
+  /// How the cells of date columns are read at the moment.
+  [[nodiscard]] const DateFormatter& dateFormatter() const { return dateFormatter_; }
+
+  [[nodiscard]] std::vector<std::string> allFields() const override;
+  [[nodiscard]] std::string fieldTitle(std::string_view field) const override;
+  [[nodiscard]] std::shared_ptr<AccessoryConfigurationViewController>
+  accessoryConfigurationViewController() override;
+
+  [[nodiscard]] std::vector<std::string> preflightFields() const override;
+  void preflight(const ColumnsByField& columnsByField) override;
+  /// Throws TransactionsImportError.
+  void importRow(const ValuesByField& valuesByField) override;
+  /// Throws UserCancelledError; ImportExportError::BrokerImportError with the line that the ledger
+  /// refused; and as it is what kept the whole of a ledger from being stored.
+  void finishImport(const Progress& progress) override;
+
+ private:
+  PortfolioTransactionsImporter(PortfolioPointer portfolio, UserDefaults* defaults);
+
+  void applyConfiguration() override;
+  void updateAccessory() override;
+
+  [[nodiscard]] std::optional<Date> dateIn(const ValuesByField& values, std::string_view field);
+  [[nodiscard]] EquityPointer equityFor(std::string_view symbol);
+
+  const PortfolioPointer portfolio_;
+  std::shared_ptr<PortfolioTransactionsImporterAccessoryViewController> accessory_;
+  DecimalNumberFormatter numberFormatter_;
+  DateFormatter dateFormatter_;
+  std::vector<BasicTransaction> transactionsToRecord_;
+
+  /// The equities of the file so far, which the job must not ask for itself.
+  std::unordered_map<std::string, EquityPointer> equities_;
+  /// The date read last, by field: statements hold many rows of one day.
+  struct ReadDate {
+    std::string text;
+    std::optional<Date> date;
+  };
+  std::unordered_map<std::string, ReadDate> lastDates_;
+};
+
+}  // namespace corvane

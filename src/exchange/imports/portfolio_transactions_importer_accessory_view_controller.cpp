@@ -1,0 +1,69 @@
+#include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/money/currency.h"
+#include "platform/text/unicode/locale.h"
+
+namespace corvane {
+
+using Accessory = PortfolioTransactionsImporterAccessoryViewController;
+
+Accessory::PortfolioTransactionsImporterAccessoryViewController(
+    std::weak_ptr<PortfolioTransactionsImporter> importer)
+    : importer_(std::move(importer)) {
+  const Locale locale = Locale::current();
+  // The table is sorted by code.
+  for (const auto& [code, currency] : Currency::byCode()) {
+    const auto name = locale.localizedCurrencyName(code);
+    defaultCurrencyPopUpButton.items.push_back({name ? code + " · " + *name : code, code});
+  }
+  if (const auto owner = importer_.lock()) {
+    update(owner->settings());
+  }
+}
+
+void Accessory::update(const TransactionsImportConfiguration& configuration) {
+  dateFormatAutomaticButton.isOn = !configuration.useDateFormatString;
+  dateFormatCustomButton.isOn = configuration.useDateFormatString;
+  dateFormatCustomTextField = {.text = configuration.dateFormatString,
+                               .isEnabled = configuration.useDateFormatString};
+  const auto& items = defaultCurrencyPopUpButton.items;
+  const auto selected = std::ranges::find(items, configuration.defaultCurrencyCode.value_or(""),
+                                          &PopUpItem::representedObject);
+  if (selected != items.end()) {
+    defaultCurrencyPopUpButton.selectedIndex = static_cast<std::size_t>(selected - items.begin());
+  }
+  if (viewDidUpdate) {
+    viewDidUpdate();
+  }
+}
+
+void Accessory::chooseAutomaticDateFormat() {
+  if (const auto importer = importer_.lock()) {
+    importer->changeSettings([](auto& settings) { settings.useDateFormatString = false; });
+  }
+}
+
+void Accessory::chooseCustomDateFormat() {
+  if (const auto importer = importer_.lock()) {
+    importer->changeSettings([](auto& settings) { settings.useDateFormatString = true; });
+  }
+}
+
+void Accessory::setDateFormatString(const std::string& format) {
+  if (const auto importer = importer_.lock()) {
+    importer->changeSettings([&](auto& settings) { settings.dateFormatString = format; });
+  }
+}
+
+void Accessory::selectDefaultCurrency(std::size_t index) {
+  if (const auto importer = importer_.lock()) {
+    importer->changeSettings([&](auto& settings) {
+      settings.defaultCurrencyCode = defaultCurrencyPopUpButton.items.at(index).representedObject;
+    });
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,83 @@
+// The walk over a ledger that derives the balances of its rows and refuses what would break them.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <utility>
+
+#include "ledger/portfolio/portfolio.h"
+#include "ledger/portfolio/portfolio_snapshot.h"
+#include "ledger/portfolio/portfolio_transaction.h"
+
+namespace corvane {
+
+/// Throws PortfolioManagerError::LedgerInconsistency where `row` settled before `previous`.
+void requireLedgerOrder(const PortfolioTransaction& previous, const PortfolioTransaction& row);
+
+/// Throws PortfolioManagerError::LedgerInconsistency where `portfolio` keeps no cash accounts, so
+/// that `transfer` has no place in it.
+void requireCashAccounts(const Portfolio& portfolio, const PortfolioTransaction& transfer);
+
+/// Derives the balances of consecutive rows from a running state.
+///
+/// Besides sufficiency, completeness and precision it sees to it that every figure is a number and
+/// that every balance can be kept exactly: a sum that needs more digits than the decimal has is
+/// refused, never rounded. It knows nothing of how the ledger is edited or kept.
+class LedgerWalk {
+ public:
+  /// `portfolio` must outlive the walk.
+  LedgerWalk(const Portfolio& portfolio, PortfolioSnapshot start)
+      : portfolio_(portfolio), state_(std::move(start)) {}
+
+  /// Validates `row` and derives its balances; sets isDirty where one of them changes. Throws
+  /// PortfolioManagerError, after which only restoreRows() may follow.
+  void derive(const TransactionPointer& row);
+
+  /// The state after the last row.
+  [[nodiscard]] const PortfolioSnapshot& state() const { return state_; }
+
+  /// What a row was before this walk derived it.
+  struct Before {
+    /// Gives the row its former balances and transaction.
+    void restore();
+
+    TransactionPointer row;
+    bool wasDirty = false;
+    std::optional<Decimal> cashNet;
+    std::optional<Decimal> sharesNet;
+    std::optional<Decimal> costBasePrior;
+    bool filledNetShares = false;
+  };
+
+  /// The rows that are dirty after their derivation, in ledger order: those whose balances changed,
+  /// and those that were dirty before.
+  [[nodiscard]] const std::deque<Before>& dirtyRows() const { return dirtyRows_; }
+  /// Hands the dirty rows over, at the end of the walk.
+  [[nodiscard]] std::deque<Before> takeDirtyRows() { return std::move(dirtyRows_); }
+
+  /// Gives every row that this walk has touched its former balances and transaction.
+  void restoreRows();
+
+ private:
+  using CurrencySnapshot = PortfolioSnapshot::CurrencySnapshot;
+  using EquitySnapshot = PortfolioSnapshot::EquitySnapshot;
+  struct CashChange {
+    Decimal disposed;
+    Decimal netDeposited;
+  };
+
+  [[nodiscard]] Decimal sharesAfter(const TransactionPointer& row, const Decimal& held);
+  [[nodiscard]] CashChange cashChange(const PortfolioTransaction& row) const;
+  void deriveCash(const TransactionPointer& row);
+  void deriveHolding(PortfolioTransaction& row, const Decimal& newShares, EquitySnapshot& holding);
+  void requireShares(const TransactionPointer& row, const Decimal& held,
+                     const Decimal& sharesAdded) const;
+
+  const Portfolio& portfolio_;
+  PortfolioSnapshot state_;
+  const PortfolioTransaction* previous_ = nullptr;
+  Before current_;
+  std::deque<Before> dirtyRows_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,36 @@
+#include "ledger/edits/ledger_journal.h"
+
+#include <algorithm>
+#include <iterator>
+#include <ranges>
+#include <utility>
+
+namespace corvane {
+
+void LedgerJournal::takeYearsFrom(int firstYear) {
+  // What a former walk of this edit has made is nothing to come back to.
+  years_.erase(years_.lower_bound(std::max(firstYear, firstTakenYear_)), years_.end());
+  while (!years_.empty() && std::prev(years_.end())->first >= firstYear) {
+    formerYears_.insert(years_.extract(std::prev(years_.end())));
+  }
+  firstTakenYear_ = std::min(firstTakenYear_, firstYear);
+}
+
+void LedgerJournal::keep(std::deque<LedgerWalk::Before> rows) {
+  if (rows_.empty()) {
+    rows_ = std::move(rows);
+  } else {
+    std::ranges::move(rows, std::back_inserter(rows_));
+  }
+}
+
+void LedgerJournal::restore() {
+  for (LedgerWalk::Before& before : rows_ | std::views::reverse) {
+    before.restore();
+  }
+  rows_.clear();
+  takeYearsFrom(firstTakenYear_);
+  years_.merge(formerYears_);
+}
+
+}  // namespace corvane

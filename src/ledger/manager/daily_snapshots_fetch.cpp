@@ -1,0 +1,106 @@
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "core/market/price_adjuster.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "ledger/reports/daily_snapshots.h"
+#include "platform/async/dispatch_group.h"
+
+namespace corvane {
+namespace {
+
+/// What one fetch gathers. Its queue is the only place that touches it until all series are in.
+struct Fetch {
+  explicit Fetch(DailySnapshots balances) : snapshots(std::move(balances)) {}
+
+  std::shared_ptr<DispatchQueue> queue =
+      DispatchQueue::serial("ca.orlend.corvane.PortfolioManager.fetchDailySnapshots");
+  DispatchGroup group;
+  DailySnapshots snapshots;
+  PortfolioManager::FetchDailySnapshotsResult result;
+};
+
+/// Asks for the daily bars of `target` and hands them, or the error, to `keep(fetch, bars)`.
+template <typename Keep>
+void request(const std::shared_ptr<Fetch>& fetch, const std::shared_ptr<QuoteProvider>& provider,
+             EquityPointer target, const DateRange& dates, Keep keep) {
+  fetch->group.enter();
+  provider->fetchQuotes(
+      {std::move(target), dates,
+       QuoteQuery::Quotes{QuoteInterval::oneDay, PriceAdjustment::marketNominal}},
+      std::make_shared<PriceAdjuster>(provider),
+      [fetch, keep](const Result<QuoteFetchResult>& answer) {
+        fetch->queue->sync([&] {
+          if (!answer) {
+            keep(*fetch, std::unexpected(answer.error()));
+          } else if (!answer->quotes) {
+            keep(*fetch, failure(QuoteProviderError(QuoteProviderError::QueryNotSatisfied{})));
+          } else {
+            keep(*fetch, &*answer->quotes);
+          }
+        });
+        fetch->group.leave();
+      });
+}
+
+using Bars = Result<const std::vector<Quote>*>;
+
+}  // namespace
+
+void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
+                                           YearMonthDay to,
+                                           FetchDailySnapshotsCompletion completion) {
+  assert(portfolio->manager.lock().get() == this && "a portfolio of this manager");
+  assert(from <= to && "a range must not end before it starts");
+  const DateRange dates(from.startIn(calendar),
+                        YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar));
+  try {
+    requireReadable();
+  } catch (const Error& error) {
+    completion(failure(error));
+    return;
+  }
+  const auto& rows = portfolio->transactions();
+  const auto first = std::ranges::lower_bound(rows, dates.lower(), std::less<>(),
+                                              &PortfolioTransaction::settlementDate);
+  const auto end = std::ranges::lower_bound(first, rows.end(), dates.upper(), std::less<>(),
+                                            &PortfolioTransaction::settlementDate);
+  PortfolioSnapshot seed;
+  try {
+    seed = snapshotBefore(static_cast<std::size_t>(first - rows.begin()), portfolio);
+  } catch (const Error& error) {
+    completion(failure(error));
+    return;
+  }
+
+  const auto seedDay = YearMonthDay::normalised(from.year, from.month, from.day - 1, calendar);
+  const auto fetch = std::make_shared<Fetch>(
+      DailySnapshots(*portfolio, calendar, seedDay, to, std::move(seed), std::span(first, end)));
+  for (const EquityPointer& equity : fetch->snapshots.equities()) {
+    request(fetch, quoteProvider, equity, dates, [equity](Fetch& into, const Bars& bars) {
+      if (bars) {
+        into.snapshots.addPrices(equity, **bars);
+      } else {
+        into.result.fetchErrorsByEquity.emplace(equity, bars.error());
+      }
+    });
+  }
+  for (const Currency& currency : fetch->snapshots.foreignCurrencies()) {
+    request(fetch, quoteProvider,
+            quoteProvider->exchangeRateEquity(currency, portfolio->primaryCurrency()), dates,
+            [currency](Fetch& into, const Bars& bars) {
+              if (bars) {
+                into.snapshots.addRates(currency, **bars);
+              } else {
+                into.result.fetchErrorsByCurrency.emplace(currency, bars.error());
+              }
+            });
+  }
+  fetch->group.notify(DispatchQueue::main(), [fetch, completion = std::move(completion)]() mutable {
+    fetch->result.snapshotGroup = fetch->snapshots.merge();
+    completion(std::move(fetch->result));
+  });
+}
+
+}  // namespace corvane

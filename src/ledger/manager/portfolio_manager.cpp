@@ -1,0 +1,581 @@
+#include "ledger/manager/portfolio_manager.h"
+
+#include <algorithm>
+#include <any>
+#include <cassert>
+#include <iostream>
+#include <limits>
+#include <ranges>
+#include <utility>
+
+#include "ledger/accounting/calendar_years.h"
+#include "ledger/accounting/ledger_replay.h"
+#include "ledger/accounting/ledger_walk.h"
+#include "ledger/edits/ledger_journal.h"
+#include "ledger/edits/ledger_rows_edit.h"
+#include "platform/async/notification_center.h"
+
+namespace corvane {
+namespace {
+
+using Failure = PortfolioManagerError;
+using Transactions = PortfolioManager::Transactions;
+
+[[noreturn]] void failInconsistent(std::string reason) {
+  throw Failure(Failure::LedgerInconsistency{std::move(reason)});
+}
+
+std::size_t requirePosition(const PortfolioTransaction& row, const LedgerRowsEdit::Rows& rows,
+                            std::string_view reason) {
+  const auto position = positionOf(row, rows);
+  if (!position) {
+    throw Failure(Failure::InvalidPortfolio{std::string(reason)});
+  }
+  return *position;
+}
+
+/// The position of `anchor`, or the end of the ledger where there is none.
+std::size_t requireAnchor(const TransactionPointer& anchor, const LedgerRowsEdit::Rows& rows,
+                          std::string_view reason) {
+  return anchor == nullptr ? rows.size() : requirePosition(*anchor, rows, reason);
+}
+
+TransactionPointer rowAt(std::size_t position, const LedgerRowsEdit::Rows& rows) {
+  return position < rows.size() ? rows[position] : nullptr;
+}
+
+template <typename Value>
+std::vector<Value> reversed(const std::vector<Value>& values) {
+  return {values.rbegin(), values.rend()};
+}
+
+/// The set of `subjects`, which are taken out of `rows` where they are in it.
+TransactionSet separate(const Transactions& subjects, TransactionSet& rows) {
+  TransactionSet separated;
+  separated.reserve(subjects.size());
+  for (const auto& subject : subjects) {
+    if (auto node = rows.extract(subject)) {
+      separated.insert(std::move(node));
+    } else {
+      separated.insert(subject);
+    }
+  }
+  return separated;
+}
+
+/// `error` as it is where the user's own entry `subject` is at fault, and as the violation of an
+/// existing transaction where another row is.
+Failure blaming(const BasicTransaction* subject, const Failure& error) {
+  const TransactionPointer row = std::visit(
+      [](const auto& what) -> TransactionPointer {
+        using What = std::decay_t<decltype(what)>;
+        if constexpr (std::is_same_v<What, Failure::InsufficientCash> ||
+                      std::is_same_v<What, Failure::InsufficientShares> ||
+                      std::is_same_v<What, Failure::IncompleteSplit>) {
+          return what.transaction;
+        } else {
+          return nullptr;
+        }
+      },
+      error.which());
+  if (row == nullptr || (subject != nullptr && row->basic == *subject)) {
+    return error;
+  }
+  return Failure(Failure::ViolatesExistingTransaction{row, error.copy()});
+}
+
+/// Gives `variable` a value until the end of a scope.
+template <typename Value>
+class Assignment {
+ public:
+  Assignment(Value& variable, Value value) : variable_(variable), before_(variable) {
+    variable = value;
+  }
+  Assignment(const Assignment&) = delete;
+  Assignment& operator=(const Assignment&) = delete;
+  ~Assignment() { variable_ = before_; }
+
+ private:
+  Value& variable_;
+  const Value before_;
+};
+
+}  // namespace
+
+PortfolioManager::PortfolioManager(std::shared_ptr<QuoteProvider> provider,
+                                   TransactionType recordedTransactions,
+                                   std::vector<OrderFeature> orderFeatures)
+    : calendar(Calendar::current()),
+      quoteProvider(std::move(provider)),
+      presentError([](const Error& error) { std::cout << error << std::endl; }),
+      recordedTransactionType_(recordedTransactions),
+      supportedOrderFeatures_(std::move(orderFeatures)) {}
+
+PortfolioManager::~PortfolioManager() = default;
+
+void PortfolioManager::compactStorage() {}
+
+PortfolioPointer PortfolioManager::createPortfolio(const Currency& primaryCurrency) {
+  portfolios_.push_back(std::make_shared<Portfolio>(weak_from_this(), primaryCurrency));
+  return portfolios_.back();
+}
+
+void PortfolioManager::portfolioPropertiesDidChange(const PortfolioPointer& portfolio) {
+  postPortfolioChange(std::nullopt, portfolio);
+}
+
+void PortfolioManager::removePortfolio(const PortfolioPointer& portfolio) {
+  const auto found = std::ranges::find(portfolios_, portfolio);
+  if (found == portfolios_.end()) {
+    throw Failure(
+        Failure::InvalidPortfolio{"The portfolio is not known to this portfolio manager."});
+  }
+  portfolios_.erase(found);
+}
+
+template <typename Change>
+TransactionSet PortfolioManager::editLedger(const PortfolioPointer& portfolio,
+                                            const BasicTransaction* subject, Change change) {
+  LedgerRowsEdit edit(portfolio->transactions());
+  TransactionSet recalculated;
+  try {
+    changeLedger(portfolio, [&] {
+      EditedRows edited;
+      try {
+        recalculated = change(edit, edited);
+      } catch (const Failure& error) {
+        // Who is to blame is decided while a refused revision still stands in its row.
+        throw blaming(subject, error);
+      }
+      return edited;
+    });
+  } catch (...) {
+    edit.takeBack();
+    throw;
+  }
+  return recalculated;
+}
+
+void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
+                                    const std::function<EditedRows()>& change) {
+  assert(journal_ == nullptr && "one change of a ledger at a time");
+  LedgerJournal journal(portfolio->snapshotsByYear);
+  journal_ = &journal;
+  try {
+    keepEdit(portfolio, change);
+  } catch (...) {
+    journal_ = nullptr;
+    journal.restore();
+    portfolio->lastWalkStart_.reset();
+    throw;
+  }
+  journal_ = nullptr;
+}
+
+Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
+                                                  const PortfolioPointer& portfolio,
+                                                  const UndoManagerPointer& undoManager,
+                                                  const RecordingObserver& observer) {
+  if (basics.empty()) {
+    return {};
+  }
+  Recording recording{observer};
+  const Assignment<const Recording*> current(recording_, &recording);
+  const auto rowRecorded = [&] {
+    ++recording.recordedCount;
+    tellRecordingObserver();
+  };
+  const BasicTransaction first = basics.front();
+  Transactions recorded;
+  recorded.reserve(basics.size());
+  TransactionSet recalculated =
+      editLedger(portfolio, &first, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        TransactionSet changed;
+        // Each row is walked with the ledger as the rows before it have left it. Rows that follow
+        // one another at the end of the ledger are walked together: it comes to the same, in linear
+        // time.
+        std::size_t unwalked = edit.rows().size();
+        const auto walkRest = [&](std::size_t start, const std::function<void()>& rowDerived) {
+          if (start < edit.rows().size()) {
+            TransactionSet rows = walkLedger(start, portfolio, rowDerived);
+            changed.empty() ? changed.swap(rows) : changed.merge(rows);
+          }
+          unwalked = edit.rows().size();
+        };
+        for (BasicTransaction& basic : basics) {
+          const std::size_t position = positionByDate(basic.settlementDate, edit.rows());
+          const bool isLast = position == edit.rows().size();
+          if (!isLast) {
+            walkRest(unwalked, rowRecorded);
+          }
+          recorded.push_back(
+              recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
+          edit.insert(position, recorded.back());
+          if (!isLast) {
+            walkRest(position, nullptr);
+            rowRecorded();
+          }
+        }
+        walkRest(unwalked, rowRecorded);
+        edited.placed = recorded;
+        return changed;
+      });
+
+  TransactionSet inserted = separate(recorded, recalculated);
+  registerUndo(undoManager,
+               [recorded, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+                 manager.deleteTransactions(recorded, portfolio, undo);
+               });
+  postPortfolioChange(
+      TransactionChanges{.inserted = std::move(inserted), .recalculated = std::move(recalculated)},
+      portfolio);
+  return recorded;
+}
+
+void PortfolioManager::reviseTransactions(const Transactions& subjects,
+                                          const std::vector<BasicTransaction>& revisions,
+                                          const std::optional<Anchors>& neighbours,
+                                          const PortfolioPointer& portfolio,
+                                          const UndoManagerPointer& undoManager) {
+  if (subjects.empty() || subjects.size() != revisions.size() ||
+      (neighbours && neighbours->size() != subjects.size())) {
+    failInconsistent("Subject and target transaction counts are mismatched for revision.");
+  }
+  std::vector<BasicTransaction> former;
+  Anchors formerNeighbours;
+  TransactionSet recalculated =
+      editLedger(portfolio, &revisions.front(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        const auto& rows = edit.rows();
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+          const std::size_t index = requirePosition(
+              *subjects[i], rows, "Cannot find existing transaction in the ledger to revise.");
+          formerNeighbours.push_back(rowAt(index + 1, rows));
+          former.push_back(subjects[i]->basic);
+          std::size_t target = index;
+          if (neighbours) {
+            target =
+                requireAnchor((*neighbours)[i], rows,
+                              "Cannot find neighbour transaction in the ledger during revision.");
+          } else if (revisions[i].settlementDate != subjects[i]->settlementDate()) {
+            target = positionByDate(revisions[i].settlementDate, rows);
+          }
+          edit.revise(index, revisions[i]);
+          edit.move(index, index < target ? target - 1 : target);
+        }
+        edited.placed = subjects;
+        return walkFrom(edit, portfolio);
+      });
+
+  registerUndo(undoManager, [subjects = reversed(subjects), former = reversed(former),
+                             formerNeighbours = reversed(formerNeighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.reviseTransactions(subjects, former, formerNeighbours, portfolio, undo);
+  });
+  TransactionSet modified = separate(subjects, recalculated);
+  postPortfolioChange(
+      TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
+      portfolio);
+}
+
+void PortfolioManager::deleteTransactions(const Transactions& subjects,
+                                          const PortfolioPointer& portfolio,
+                                          const UndoManagerPointer& undoManager) {
+  if (subjects.empty()) {
+    return;
+  }
+  constexpr std::string_view unknown = "Cannot find existing transaction in the ledger to delete.";
+  std::vector<std::size_t> positions;
+  positions.reserve(subjects.size());
+  for (const auto& subject : subjects) {
+    positions.push_back(requirePosition(*subject, portfolio->transactions(), unknown));
+  }
+  std::ranges::sort(positions);
+  if (std::ranges::adjacent_find(positions) != positions.end()) {
+    throw Failure(Failure::InvalidPortfolio{std::string(unknown)});
+  }
+
+  Transactions deleted;
+  Anchors neighbours;
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        for (const std::size_t position : positions | std::views::reverse) {
+          deleted.push_back(edit.rows()[position]);
+          edit.remove(position);
+          neighbours.push_back(rowAt(position, edit.rows()));
+        }
+        edited.removed = deleted;
+        return walkFrom(edit, portfolio);
+      });
+
+  registerUndo(undoManager, [subjects = reversed(deleted), neighbours = reversed(neighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.insertTransactions(subjects, neighbours, portfolio, undo);
+  });
+  postPortfolioChange(
+      TransactionChanges{.deleted = TransactionSet(subjects.begin(), subjects.end()),
+                         .modified = std::move(recalculated)},
+      portfolio);
+}
+
+void PortfolioManager::insertTransactions(const Transactions& subjects, const Anchors& anchors,
+                                          const PortfolioPointer& portfolio,
+                                          const UndoManagerPointer& undoManager) {
+  if (subjects.size() != anchors.size()) {
+    failInconsistent("Subject and target transaction counts are mismatched for insertion.");
+  }
+  if (subjects.empty()) {
+    return;
+  }
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+          const std::size_t target = requireAnchor(
+              anchors[i], edit.rows(),
+              "Cannot find existing transaction in portfolio to anchor the insertion.");
+          if (subjects[i]->portfolio.lock() != portfolio || positionOf(*subjects[i], edit.rows())) {
+            throw Failure(
+                Failure::InvalidPortfolio{"Cannot insert a transaction that is in the portfolio "
+                                          "already or belongs to another."});
+          }
+          edit.insert(target, subjects[i]);
+        }
+        edited.placed = subjects;
+        return walkFrom(edit, portfolio);
+      });
+
+  registerUndo(undoManager,
+               [subjects, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+                 manager.deleteTransactions(subjects, portfolio, undo);
+               });
+  TransactionSet inserted = separate(subjects, recalculated);
+  postPortfolioChange(
+      TransactionChanges{.inserted = std::move(inserted), .modified = std::move(recalculated)},
+      portfolio);
+}
+
+void PortfolioManager::moveTransactions(const Transactions& subjects, const Anchors& anchors,
+                                        const PortfolioPointer& portfolio,
+                                        const UndoManagerPointer& undoManager) {
+  if (subjects.size() != anchors.size()) {
+    failInconsistent("Subject and target transaction counts are mismatched for a move.");
+  }
+  if (subjects.empty()) {
+    return;
+  }
+  Anchors neighbours;
+  TransactionSet recalculated =
+      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        const auto& rows = edit.rows();
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+          const std::size_t index = requirePosition(
+              *subjects[i], rows, "Cannot find existing transaction in portfolio to move.");
+          neighbours.push_back(rowAt(index + 1, rows));
+          const std::size_t target =
+              requireAnchor(anchors[i], rows,
+                            "Cannot find existing transaction in portfolio to anchor the move.");
+          edit.move(index, index < target ? target - 1 : target);
+        }
+        edited.placed = subjects;
+        return walkFrom(edit, portfolio);
+      });
+
+  registerUndo(undoManager, [subjects = reversed(subjects), neighbours = reversed(neighbours),
+                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+    manager.moveTransactions(subjects, neighbours, portfolio, undo);
+  });
+  TransactionSet modified = separate(subjects, recalculated);
+  postPortfolioChange(
+      TransactionChanges{.modified = std::move(modified), .recalculated = std::move(recalculated)},
+      portfolio);
+}
+
+TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
+                                                   const PortfolioPointer& portfolio) {
+  if (journal_ != nullptr) {
+    return walkLedger(startIndex, portfolio);
+  }
+  TransactionSet recalculated;
+  changeAsOne(portfolio, [&] { recalculated = walkLedger(startIndex, portfolio); });
+  return recalculated;
+}
+
+void PortfolioManager::changeAsOne(const PortfolioPointer& portfolio,
+                                   const std::function<void()>& change) {
+  changeLedger(portfolio, [&] {
+    change();
+    return EditedRows();
+  });
+}
+
+TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
+                                            const PortfolioPointer& portfolio,
+                                            const std::function<void()>& rowDerived) {
+  const auto& rows = portfolio->transactions();
+  assert(startIndex <= rows.size());
+  portfolio->lastWalkStart_ = {startIndex, walkStart(startIndex, portfolio)};
+  LedgerWalk walk(*portfolio, portfolio->lastWalkStart_->state);
+  CalendarYears years(calendar);
+  auto& snapshots = portfolio->snapshotsByYear;
+  if (startIndex == 0) {
+    journal_->takeYearsFrom(std::numeric_limits<int>::min());
+  } else {
+    const int lastKept = years.yearOf(rows[startIndex - 1]->settlementDate());
+    journal_->takeYearsFrom(lastKept);
+    snapshots.insert_or_assign(lastKept, walk.state());
+  }
+
+  try {
+    for (std::size_t i = startIndex; i < rows.size(); ++i) {
+      walk.derive(rows[i]);
+      const int year = years.yearOf(rows[i]->settlementDate());
+      // Only the last row of a year leaves a snapshot behind, so that no row copies the balances.
+      if (i + 1 == rows.size() || years.yearOf(rows[i + 1]->settlementDate()) != year) {
+        snapshots.insert_or_assign(year, walk.state());
+      }
+      if (rowDerived) {
+        rowDerived();
+      }
+    }
+    for (const LedgerWalk::Before& before : walk.dirtyRows()) {
+      transactionRecalculated(*before.row, *portfolio);
+      before.row->isDirty = false;
+    }
+    ledgerRecalculated(startIndex, *portfolio);
+  } catch (...) {
+    walk.restoreRows();
+    throw;
+  }
+
+  TransactionSet recalculated;
+  recalculated.reserve(walk.dirtyRows().size());
+  for (const LedgerWalk::Before& before : walk.dirtyRows()) {
+    recalculated.insert(before.row);
+  }
+  journal_->keep(walk.takeDirtyRows());
+  return recalculated;
+}
+
+PortfolioSnapshot PortfolioManager::snapshotBefore(std::size_t index,
+                                                   const PortfolioPointer& portfolio) const {
+  const std::size_t count = portfolio->transactions().size();
+  const auto& snapshots = portfolio->snapshotsByYear;
+  if (index >= count && count > 0) {
+    return snapshots.empty() ? PortfolioSnapshot() : snapshots.rbegin()->second;
+  }
+  return replayedBefore(std::min(index, count), portfolio);
+}
+
+PortfolioSnapshot PortfolioManager::replayedBefore(std::size_t index,
+                                                   const PortfolioPointer& portfolio) const {
+  if (index == 0) {
+    return {};
+  }
+  const auto& rows = portfolio->transactions();
+  const auto& snapshots = portfolio->snapshotsByYear;
+  const int year = calendar.component(CalendarUnit::year, rows[index - 1]->settlementDate());
+  const Date yearStart =
+      calendar.date({{CalendarUnit::year, year}, {CalendarUnit::month, 1}, {CalendarUnit::day, 1}})
+          .value_or(Date::distantPast());
+
+  const auto thisYear = snapshots.lower_bound(year);
+  PortfolioSnapshot base =
+      thisYear == snapshots.begin() ? PortfolioSnapshot() : std::prev(thisYear)->second;
+  const auto before = std::span(rows).first(index);
+  const auto first = std::ranges::lower_bound(before, yearStart, std::less<>(),
+                                              &PortfolioTransaction::settlementDate);
+  return replay(std::span(first, before.end()), std::move(base));
+}
+
+PortfolioSnapshot PortfolioManager::walkStart(std::size_t index,
+                                              const PortfolioPointer& portfolio) const {
+  const auto& last = portfolio->lastWalkStart_;
+  if (!last || last->index > index) {
+    return replayedBefore(index, portfolio);
+  }
+  const auto yearOf = [&](const TransactionPointer& row) {
+    return calendar.component(CalendarUnit::year, row->settlementDate());
+  };
+  const auto since = std::span(portfolio->transactions()).subspan(last->index, index - last->index);
+  if (!since.empty() && yearOf(since.front()) != yearOf(since.back())) {
+    return replayedBefore(index, portfolio);
+  }
+  return replay(since, last->state);
+}
+
+PortfolioSnapshot PortfolioManager::replay(std::span<const TransactionPointer> rows,
+                                           PortfolioSnapshot start) {
+  return replayLedger(rows, std::move(start));
+}
+
+void PortfolioManager::placeOrder(const Order& order, const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager) {
+  const auto* record = std::get_if<Order::Record>(&order.kind);
+  if (record == nullptr) {
+    throw Failure(Failure::InvalidOrderType{order});
+  }
+  recordTransactions({record->transaction}, portfolio, undoManager);
+}
+
+void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> changes,
+                                           const PortfolioPointer& portfolio) {
+  // Whoever hears the news reads the ledger.
+  endBackgroundEdit();
+  NotificationCenter::UserInfo userInfo = {{std::string(portfolioManagerKey), shared_from_this()},
+                                           {std::string(portfolioKey), portfolio}};
+  if (changes) {
+    userInfo.emplace(transactionChangesKey, std::move(*changes));
+  }
+  NotificationCenter::defaultCenter().post(std::string(didChangePortfolio), this,
+                                           std::move(userInfo));
+}
+
+void PortfolioManager::requireReadable() const {
+  if (isEditedInBackground_) {
+    throw PortfolioManagerError(
+        PortfolioManagerError::LedgerInconsistency{"The ledger is being changed."});
+  }
+}
+
+void PortfolioManager::keepEdit(const PortfolioPointer& /*portfolio*/,
+                                const std::function<EditedRows()>& edit) {
+  edit();
+}
+
+void PortfolioManager::tellRecordingObserver() const {
+  if (recording_ != nullptr && recording_->observer) {
+    recording_->observer(recording_->recordedCount);
+  }
+}
+
+void PortfolioManager::transactionRecalculated(PortfolioTransaction& /*row*/,
+                                               Portfolio& /*portfolio*/) {}
+
+void PortfolioManager::ledgerRecalculated(std::size_t /*startIndex*/, Portfolio& /*portfolio*/) {}
+
+TransactionSet PortfolioManager::walkFrom(const LedgerRowsEdit& edit,
+                                          const PortfolioPointer& portfolio) {
+  const auto& rows = edit.rows();
+  const std::size_t start = edit.lowest();
+  // The walk compares each row with the one before it, but for its first.
+  if (start > 0 && start < rows.size()) {
+    requireLedgerOrder(*rows[start - 1], *rows[start]);
+  }
+  return recalculateLedger(std::min(start, rows.size()), portfolio);
+}
+
+void PortfolioManager::registerUndo(const UndoManagerPointer& undoManager, UndoStep step) {
+  if (undoManager == nullptr) {
+    return;
+  }
+  undoManager->registerUndo(shared_from_this(),
+                            [step = std::move(step), weakUndoManager = std::weak_ptr(undoManager)](
+                                PortfolioManager& manager) mutable {
+                              try {
+                                step(manager, weakUndoManager.lock());
+                              } catch (const Error& error) {
+                                manager.presentError(error);
+                              }
+                            });
+}
+
+}  // namespace corvane

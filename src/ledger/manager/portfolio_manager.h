@@ -1,0 +1,281 @@
+// The one object through which a ledger changes.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/market/quote_provider.h"
+#include "ledger/portfolio/portfolio.h"
+#include "ledger/portfolio/portfolio_manager_error.h"
+#include "ledger/portfolio/portfolio_snapshot_group.h"
+#include "ledger/reports/portfolio_valuation.h"
+#include "ledger/transaction/order.h"
+#include "platform/async/undo_manager.h"
+#include "platform/time/calendar.h"
+
+namespace corvane {
+
+class LedgerJournal;
+class LedgerRowsEdit;
+
+/// Rows that an edit touched. An absent set means that the edit has no such rows to tell of.
+struct TransactionChanges {
+  std::optional<TransactionSet> inserted = {};
+  std::optional<TransactionSet> deleted = {};
+  std::optional<TransactionSet> modified = {};
+  std::optional<TransactionSet> recalculated = {};
+};
+
+/// Owns portfolios and changes their ledgers by five edits: record, revise, delete, insert, move.
+///
+/// Every edit is all-or-nothing: it changes the rows, lets the engine walk the ledger from the
+/// first row that it touched, and takes everything back when the engine refuses. What succeeds
+/// registers one undo step and posts one notification. Held by shared pointer only. Edits run on
+/// the calling thread, the main thread but for an import's one recordTransactions; nothing is
+/// locked.
+///
+/// A subclass that keeps the ledger elsewhere wraps every change of a ledger through keepEdit, and
+/// is told of each row through transactionRecalculated.
+class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
+ public:
+  using Order = corvane::Order;
+  using OrderFeatures = corvane::OrderFeature;
+  using BulkRevision = corvane::BulkRevision;
+  using TransactionChanges = corvane::TransactionChanges;
+
+  /// Makes a row of the class that a manager records.
+  using TransactionType = TransactionPointer (*)(BasicTransaction transaction,
+                                                 std::weak_ptr<Portfolio> portfolio, bool isDirty);
+  template <typename Row>
+  static TransactionPointer makeTransaction(BasicTransaction transaction,
+                                            std::weak_ptr<Portfolio> portfolio, bool isDirty) {
+    return std::make_shared<Row>(std::move(transaction), std::move(portfolio), isDirty);
+  }
+
+  /// A row for each subject: the row in front of which the subject goes, or null for the end.
+  using Anchors = std::vector<TransactionPointer>;
+  using Transactions = std::vector<TransactionPointer>;
+  using UndoManagerPointer = std::shared_ptr<UndoManager>;
+
+  /// What didChangePortfolio notifications carry under these names: the manager and the portfolio
+  /// as std::shared_ptr, and the changes as TransactionChanges where an edit has made them.
+  static constexpr std::string_view didChangePortfolio =
+      "ca.orlend.corvane.PortfolioManager.didChangePortfolio";
+  static constexpr std::string_view portfolioManagerKey = "portfolioManager";
+  static constexpr std::string_view portfolioKey = "portfolio";
+  static constexpr std::string_view transactionChangesKey = "transactionChanges";
+
+  explicit PortfolioManager(
+      std::shared_ptr<QuoteProvider> provider,
+      TransactionType recordedTransactions = &makeTransaction<PortfolioTransaction>,
+      std::vector<OrderFeature> orderFeatures = {OrderFeature::allowsFractionalShares,
+                                                 OrderFeature::allowsRecordTransaction});
+  PortfolioManager(const PortfolioManager&) = delete;
+  PortfolioManager& operator=(const PortfolioManager&) = delete;
+  virtual ~PortfolioManager();
+
+  /// All year boundaries of the ledgers are taken in it. The user's calendar at creation.
+  Calendar calendar;
+  std::shared_ptr<QuoteProvider> quoteProvider;
+
+  /// Shows an error that an undo or redo met, to which nobody else can answer. Prints it until the
+  /// application sets its own.
+  std::function<void(const Error&)> presentError;
+
+  [[nodiscard]] const std::vector<PortfolioPointer>& portfolios() const { return portfolios_; }
+  [[nodiscard]] const std::vector<OrderFeature>& supportedOrderFeatures() const {
+    return supportedOrderFeatures_;
+  }
+
+  /// Gives back storage that is no longer used.
+  virtual void compactStorage();
+
+  virtual PortfolioPointer createPortfolio(const Currency& primaryCurrency);
+
+  /// To be called after the name or a setting of `portfolio` has changed.
+  virtual void portfolioPropertiesDidChange(const PortfolioPointer& portfolio);
+
+  /// Throws PortfolioManagerError::InvalidPortfolio where the portfolio is not this manager's.
+  virtual void removePortfolio(const PortfolioPointer& portfolio);
+
+  /// Told of a recording under way how many of the transactions stand in the ledger by now: after
+  /// each of them, and again and again while they are stored; on the thread of the edit. What it
+  /// throws ends the recording, which is taken back.
+  using RecordingObserver = std::function<void(std::size_t recordedCount)>;
+
+  /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
+  /// new rows in the order given. Recording nothing changes nothing.
+  virtual Transactions recordTransactions(std::vector<BasicTransaction> basics,
+                                          const PortfolioPointer& portfolio,
+                                          const UndoManagerPointer& undoManager,
+                                          const RecordingObserver& observer = nullptr);
+
+  /// Gives each subject its revision. Without `neighbours` a row whose settlement date stays keeps
+  /// its place, and another goes behind all rows of its new date.
+  virtual void reviseTransactions(const Transactions& subjects,
+                                  const std::vector<BasicTransaction>& revisions,
+                                  const std::optional<Anchors>& neighbours,
+                                  const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Removes rows, which are given in ledger order.
+  virtual void deleteTransactions(const Transactions& subjects, const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Puts row objects back that were deleted.
+  virtual void insertTransactions(const Transactions& subjects, const Anchors& anchors,
+                                  const PortfolioPointer& portfolio,
+                                  const UndoManagerPointer& undoManager);
+
+  /// Changes the order of rows of one settlement date.
+  virtual void moveTransactions(const Transactions& subjects, const Anchors& anchors,
+                                const PortfolioPointer& portfolio,
+                                const UndoManagerPointer& undoManager);
+
+  /// Derives the balances of all rows from `startIndex` on, which may equal the number of rows, and
+  /// the yearly snapshots. Returns the rows whose balances changed and those that were dirty
+  /// before.
+  ///
+  /// Throws PortfolioManagerError, or what the keeper of the rows throws; then everything is as it
+  /// was.
+  TransactionSet recalculateLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
+
+  /// Runs `change`, which may walk the ledger and change the properties of `portfolio`, as one
+  /// change that is kept whole or not at all. The properties in memory are the caller's to take
+  /// back.
+  void changeAsOne(const PortfolioPointer& portfolio, const std::function<void()>& change);
+
+  /// The state just before the row at `index`; that after the last row where there is no such row.
+  /// Reads at most one calendar year of rows. Throws PortfolioManagerError::LedgerInconsistency.
+  [[nodiscard]] PortfolioSnapshot snapshotBefore(std::size_t index,
+                                                 const PortfolioPointer& portfolio) const;
+
+  /// The state after `rows`, a run of consecutive rows, where it was `start` before; verifies the
+  /// balances of every row on the way and writes nothing. The system's self-check. Throws
+  /// PortfolioManagerError::LedgerInconsistency with the first row that disagrees.
+  [[nodiscard]] static PortfolioSnapshot replay(std::span<const TransactionPointer> rows,
+                                                PortfolioSnapshot start);
+
+  /// The balance sheets of a range of days, and what could not be priced.
+  struct FetchDailySnapshotsResult {
+    PortfolioSnapshotGroup snapshotGroup;
+    EquityMap<ErrorPointer> fetchErrorsByEquity;
+    /// Of the exchange rates of currencies to the primary one.
+    std::unordered_map<Currency, ErrorPointer> fetchErrorsByCurrency;
+  };
+  using FetchDailySnapshotsCompletion =
+      std::move_only_function<void(Result<FetchDailySnapshotsResult>)>;
+
+  /// Puts the balances of `portfolio` from the day `from` to the day `to`, both included, together
+  /// with the daily prices and exchange rates that the quote provider has for them. `from` is not
+  /// after `to`.
+  ///
+  /// Main queue only. The ledger is read before this returns, and later edits do not show. One
+  /// series is asked for each asset. One that cannot be had is reported in the result and leaves
+  /// its asset without prices. The completion runs once, on the main queue: with an error before
+  /// this returns where the ledger is inconsistent, otherwise always later.
+  void fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from, YearMonthDay to,
+                           FetchDailySnapshotsCompletion completion);
+
+  /// The worth of `portfolio` at the recent prices of what it holds. Main queue only.
+  ///
+  /// Throws PortfolioManagerError: InvalidPortfolio where the portfolio is not this manager's,
+  /// ForeignExchangeRateMissing, and LedgerInconsistency where an equity has no recent price.
+  [[nodiscard]] PortfolioValuation valuation(const PortfolioPointer& portfolio) const;
+
+  /// The equities and currency pairs whose recent prices a valuation needs, so that they can be
+  /// refreshed before. Throws PortfolioManagerError::InvalidPortfolio as valuation() does.
+  [[nodiscard]] EquitySet valuationEquities(const PortfolioPointer& portfolio) const;
+
+  /// Says that another thread is about to change a ledger. Until that change is made known, or
+  /// endBackgroundEdit() is called, valuation(), valuationEquities() and fetchDailySnapshots() fail
+  /// with PortfolioManagerError::LedgerInconsistency instead of reading what is changing, and views
+  /// do not look at rows. Main queue only.
+  void beginBackgroundEdit() { isEditedInBackground_ = true; }
+  /// For a change that came to nothing. Any thread.
+  void endBackgroundEdit() { isEditedInBackground_ = false; }
+  [[nodiscard]] bool isEditedInBackground() const { return isEditedInBackground_; }
+
+  /// Carries out what a view has asked for. Only Order::Record is taken; others throw
+  /// PortfolioManagerError::InvalidOrderType.
+  void placeOrder(const Order& order, const PortfolioPointer& portfolio,
+                  const UndoManagerPointer& undoManager);
+
+  /// Posts the change of a ledger, or without `changes` that of a portfolio's properties.
+  virtual void postPortfolioChange(std::optional<TransactionChanges> changes,
+                                   const PortfolioPointer& portfolio);
+
+ protected:
+  /// The rows whose place in the ledger an edit has changed.
+  struct EditedRows {
+    Transactions placed = {};   ///< recorded, revised, inserted or moved
+    Transactions removed = {};  ///< deleted
+  };
+
+  /// Runs `edit`, one change of the ledger of `portfolio` with all its walks. A subclass that keeps
+  /// the ledger elsewhere makes sure here that it is kept whole or not at all. What this throws,
+  /// also after `edit` has returned, takes the change back in memory; only what it lets pass
+  /// registers an undo step and is made known.
+  virtual void keepEdit(const PortfolioPointer& portfolio, const std::function<EditedRows()>& edit);
+
+  /// Called for each row whose balances have changed, in ledger order, once a whole walk has
+  /// succeeded; inside keepEdit. May throw.
+  virtual void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio);
+
+  /// Called after a walk and its rows, with the position that it started from. May throw.
+  virtual void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio);
+
+  /// To be called now and then during long work on an edit. Throws what the observer of a recording
+  /// throws.
+  void tellRecordingObserver() const;
+
+  std::vector<PortfolioPointer> portfolios_;
+
+ private:
+  using UndoStep = std::move_only_function<void(PortfolioManager&, const UndoManagerPointer&)>;
+
+  /// Lets `change(edit, editedRows)` edit the rows and walk them. When that throws, takes
+  /// everything back and throws what the user is to be told; `subject` is the entry that he made.
+  template <typename Change>
+  TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
+                            Change change);
+  /// Lets keepEdit run `change`, and takes back what its walks have done when that throws.
+  void changeLedger(const PortfolioPointer& portfolio, const std::function<EditedRows()>& change);
+  /// `rowDerived` is called after each row, once it has its balances; null for nothing.
+  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio,
+                            const std::function<void()>& rowDerived = nullptr);
+  /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
+  /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
+  /// ledger still counts the deleted rows.
+  [[nodiscard]] PortfolioSnapshot replayedBefore(std::size_t index,
+                                                 const PortfolioPointer& portfolio) const;
+  /// As replayedBefore, but from the start of the last walk where that is nearer than the year's:
+  /// most edits follow one another at the end of the ledger.
+  [[nodiscard]] PortfolioSnapshot walkStart(std::size_t index,
+                                            const PortfolioPointer& portfolio) const;
+  TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
+  void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
+
+  /// Throws where a background edit is under way.
+  void requireReadable() const;
+
+  TransactionType recordedTransactionType_;
+  std::vector<OrderFeature> supportedOrderFeatures_;
+  LedgerJournal* journal_ = nullptr;  ///< of the change under way
+  std::atomic<bool> isEditedInBackground_ = false;
+
+  /// A recording under way.
+  struct Recording {
+    const RecordingObserver& observer;
+    std::size_t recordedCount = 0;
+  };
+  const Recording* recording_ = nullptr;
+};
+
+}  // namespace corvane

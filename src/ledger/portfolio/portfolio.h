@@ -1,0 +1,65 @@
+// A portfolio: its settings, its ledger, and the state at the end of each year.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/money/currency.h"
+#include "ledger/portfolio/portfolio_snapshot.h"
+#include "ledger/portfolio/portfolio_transaction.h"
+
+namespace corvane {
+
+class PortfolioManager;
+
+/// A portfolio and its rows. Only its manager changes the ledger; not safe on two threads at once.
+class Portfolio {
+ public:
+  Portfolio(std::weak_ptr<PortfolioManager> owner, Currency primaryCurrency)
+      : manager(std::move(owner)), primaryCurrency_(primaryCurrency) {}
+  Portfolio(const Portfolio&) = delete;
+  Portfolio& operator=(const Portfolio&) = delete;
+  virtual ~Portfolio() = default;
+
+  std::weak_ptr<PortfolioManager> manager;
+  std::string name = "Untitled Portfolio";
+
+  /// Whether cash and shares may go below 0.
+  bool allowsNegativeBalances = false;
+  /// Whether trades take their cash from an account. Without accounts the cash of a trade counts as
+  /// deposited for it, and transfers are not allowed.
+  bool usesCashAccounts = true;
+
+  /// The currency of every cost base and capital gain.
+  [[nodiscard]] const Currency& primaryCurrency() const { return primaryCurrency_; }
+
+  /// The ledger, ascending by settlement date. The order of rows of one date is the user's. A
+  /// subclass may load the rows on first use.
+  [[nodiscard]] virtual std::vector<TransactionPointer>& transactions() { return transactions_; }
+
+  /// The state after the last row of each year that has a row, without prices. A cache of the walk
+  /// over the ledger: it can always be built again.
+  std::map<int, PortfolioSnapshot> snapshotsByYear;
+
+ private:
+  friend class PortfolioManager;
+  /// The state before the row at `index`.
+  struct WalkStart {
+    std::size_t index;
+    PortfolioSnapshot state;
+  };
+
+  /// Where the last walk started, and where most likely the next one does: at the end. Good as long
+  /// as the rows before it stay.
+  std::optional<WalkStart> lastWalkStart_;
+  Currency primaryCurrency_;
+  std::vector<TransactionPointer> transactions_;
+};
+
+using PortfolioPointer = std::shared_ptr<Portfolio>;
+
+}  // namespace corvane

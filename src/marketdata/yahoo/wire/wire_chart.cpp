@@ -1,0 +1,125 @@
+// The fields of a chart answer.
+
+#include "marketdata/yahoo/wire/wire_fields.h"
+#include "marketdata/yahoo/wire/yahoo_finance_api.h"
+
+namespace corvane::wire {
+
+using namespace YahooFinanceAPI;
+
+template <>
+inline constexpr std::tuple fieldsOf<TimePeriod>{
+    field("end", &TimePeriod::end),
+    field("gmtoffset", &TimePeriod::gmtoffset),
+    field("start", &TimePeriod::start),
+    field("timezone", &TimePeriod::timezone),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<CurrentTradingPeriod>{
+    field("post", &CurrentTradingPeriod::post),
+    field("pre", &CurrentTradingPeriod::pre),
+    field("regular", &CurrentTradingPeriod::regular),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<TradingPeriods>{
+    field("post", &TradingPeriods::post),
+    field("pre", &TradingPeriods::pre),
+    field("regular", &TradingPeriods::regular),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Meta>{
+    field("chartPreviousClose", &Meta::chartPreviousClose),
+    field("currency", &Meta::currency),
+    field("currentTradingPeriod", &Meta::currentTradingPeriod),
+    field("dataGranularity", &Meta::dataGranularity),
+    field("exchangeName", &Meta::exchangeName),
+    field("exchangeTimezoneName", &Meta::exchangeTimezoneName),
+    field("firstTradeDate", &Meta::firstTradeDate),
+    field("gmtoffset", &Meta::gmtoffset),
+    field("instrumentType", &Meta::instrumentType),
+    field("previousClose", &Meta::previousClose),
+    field("priceHint", &Meta::priceHint),
+    field("regularMarketPrice", &Meta::regularMarketPrice),
+    field("regularMarketTime", &Meta::regularMarketTime),
+    field("scale", &Meta::scale),
+    field("symbol", &Meta::symbol),
+    field("timezone", &Meta::timezone),
+    field("tradingPeriods", &Meta::tradingPeriods),
+    field("validRanges", &Meta::validRanges),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Events::Split>{
+    field("date", &Events::Split::date),
+    field("denominator", &Events::Split::denominator),
+    field("numerator", &Events::Split::numerator),
+    field("splitRatio", &Events::Split::splitRatio),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Events::Dividend>{
+    field("amount", &Events::Dividend::amount),
+    field("date", &Events::Dividend::date),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Events>{
+    field("splits", &Events::splits),
+    field("dividends", &Events::dividends),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Indicators::Adjclose>{
+    field("adjclose", &Indicators::Adjclose::adjclose),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Indicators::Quote>{
+    field("close", &Indicators::Quote::close),   field("high", &Indicators::Quote::high),
+    field("low", &Indicators::Quote::low),       field("open", &Indicators::Quote::open),
+    field("volume", &Indicators::Quote::volume),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<Indicators>{
+    field("adjclose", &Indicators::adjclose),
+    field("quote", &Indicators::quote),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<ChartResult>{
+    field("indicators", &ChartResult::indicators),
+    field("events", &ChartResult::events),
+    field("meta", &ChartResult::meta),
+    field("timestamp", &ChartResult::timestamp),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<ErrorDescription>{
+    field("code", &ErrorDescription::code),
+    field("description", &ErrorDescription::description),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<ChartContainer>{
+    field("result", &ChartContainer::result),
+    field("error", &ChartContainer::error),
+};
+
+template <>
+inline constexpr std::tuple fieldsOf<ChartResponse>{
+    field("chart", &ChartResponse::chart),
+};
+
+}  // namespace corvane::wire
+
+namespace corvane::YahooFinanceAPI {
+
+ChartResponse ChartResponse::decode(std::string_view json) {
+  return wire::decode<ChartResponse>(json);
+}
+
+}  // namespace corvane::YahooFinanceAPI

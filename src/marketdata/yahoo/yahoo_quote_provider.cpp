@@ -1,0 +1,358 @@
+#include "marketdata/yahoo/yahoo_quote_provider.h"
+
+#include <algorithm>
+#include <cassert>
+#include <limits>
+#include <unordered_map>
+#include <utility>
+
+#include "core/market/price_adjuster.h"
+#include "marketdata/yahoo/wire/yahoo_finance_api.h"
+#include "marketdata/yahoo/yahoo_chart.h"
+#include "marketdata/yahoo/yahoo_equity_details.h"
+#include "marketdata/yahoo/yahoo_provider_error.h"
+#include "marketdata/yahoo/yahoo_response.h"
+#include "marketdata/yahoo/yahoo_session.h"
+#include "platform/async/dispatch_queue.h"
+#include "platform/overloaded.h"
+
+namespace corvane {
+namespace {
+
+using YahooFinanceAPI::ChartResult;
+using YahooFinanceAPI::QuoteResult;
+using YahooFinanceAPI::Search;
+
+constexpr int daysInAChunk = 7;
+
+/// What `work` returns, or the Error that it throws.
+template <typename Work>
+auto resultOf(Work work) -> Result<decltype(work())> {
+  try {
+    return work();
+  } catch (const Error& error) {
+    return failure(error);
+  }
+}
+
+[[noreturn]] void throwIncompleteData() {
+  throw YahooProviderError(YahooProviderError::IncompleteData{});
+}
+
+std::string_view wireText(QuoteInterval interval) {
+  switch (interval) {
+    case QuoteInterval::oneMinute:
+      return "1m";
+    case QuoteInterval::twoMinutes:
+      return "2m";
+    case QuoteInterval::fiveMinutes:
+      return "5m";
+    case QuoteInterval::fifteenMinutes:
+      return "15m";
+    case QuoteInterval::thirtyMinutes:
+      return "30m";
+    case QuoteInterval::ninetyMinutes:
+      return "90m";
+    case QuoteInterval::oneHour:
+      return "1h";
+    case QuoteInterval::oneDay:
+      return "1d";
+    case QuoteInterval::fiveDays:
+      return "5d";
+    case QuoteInterval::oneWeek:
+      return "1wk";
+    case QuoteInterval::oneMonth:
+      return "1mo";
+    case QuoteInterval::threeMonths:
+      return "3mo";
+  }
+  __builtin_unreachable();
+}
+
+/// What of a chart is of use, with the trading periods that it tells.
+struct Chart {
+  ChartResult result;
+  YahooTradingPeriods periods;
+};
+
+Chart readChart(const Result<HTTPResponse>& response) {
+  auto answer = decodeVerified<YahooFinanceAPI::ChartResponse>(verifyResponse(response, "chart"));
+  auto& results = answer.chart.result;
+  if (!results || results->empty() || results->front().indicators.quote.empty()) {
+    throwIncompleteData();
+  }
+  YahooTradingPeriods periods(results->front().meta);
+  return {std::move(results->front()), std::move(periods)};
+}
+
+std::vector<QuoteResult> readDetails(const Result<HTTPResponse>& response) {
+  auto answer = decodeVerified<YahooFinanceAPI::Quote>(verifyResponse(response, "quoteResponse"));
+  if (!answer.quoteResponse.result) {
+    throwIncompleteData();
+  }
+  return *std::move(answer.quoteResponse.result);
+}
+
+/// The symbols of the shares, funds and currency pairs that a search has found.
+std::vector<std::string> readFindings(const Result<HTTPResponse>& response) {
+  if (!response) {
+    response.error()->raise();
+  }
+  if (!isSuccess(response->statusCode)) {
+    throw YahooProviderError(YahooProviderError::HTTPResponse{response->statusCode});
+  }
+  if (response->body.empty()) {
+    throwIncompleteData();
+  }
+  const auto answer = Search::ResponseContainer::decode(response->body);
+  if (!answer.quotes) {
+    throwIncompleteData();
+  }
+  std::vector<std::string> symbols;
+  for (const Search::QuoteSearchResult& found : *answer.quotes) {
+    if (found.quoteType == "EQUITY" || found.quoteType == "ETF" || found.quoteType == "CURRENCY") {
+      symbols.push_back(found.symbol);
+    }
+  }
+  return symbols;
+}
+
+using EquitiesById = std::unordered_map<std::string, EquityPointer>;
+
+ErrorPointer applyDetails(const EquitiesById& equities, const std::vector<QuoteResult>& results) {
+  try {
+    for (const QuoteResult& details : results) {
+      if (const auto found = equities.find(details.symbol); found != equities.end()) {
+        applyQuoteResult(*found->second, details);
+      }
+    }
+    return nullptr;
+  } catch (const Error& error) {
+    return error.copy();
+  }
+}
+
+/// Takes a chart over into its equity, on the main queue, and makes the result elsewhere.
+void deliver(Chart chart, const EquityPointer& equity, std::optional<QuoteInterval> interval,
+             std::optional<DateRange> dates, QuoteProvider::QuoteCompletion completion) {
+  DispatchQueue::main()->async([chart = std::move(chart), equity, interval, dates,
+                                completion = std::move(completion)]() mutable {
+    applyChart(*equity, chart.result.meta, chart.periods);
+    YahooChartRequest request{interval, dates, equity->calendar, equity->currency};
+    DispatchQueue::global()->async(
+        [chart = std::move(chart), request, completion = std::move(completion)]() mutable {
+          completion(resultOf([&] { return fetchResult(chart.result, chart.periods, request); }));
+        });
+  });
+}
+
+/// What a query is asked of the service as.
+struct ChartOrder {
+  std::string_view what;  ///< the word in the activity log
+  std::optional<QuoteInterval> interval;
+  std::optional<DateRange> dates;
+};
+
+ChartOrder orderFor(const QuoteQuery& query) {
+  const DateRange& range = query.dateRange;
+  return std::visit(Overloaded{[&](const QuoteQuery::Quotes& quotes) {
+                                 return ChartOrder{"quotes", quotes.interval, range};
+                               },
+                               [&](const QuoteQuery::CurrentPeriodQuotes&) {
+                                 return ChartOrder{
+                                     "current quotes", QuoteInterval::oneMinute,
+                                     range.isEmpty() ? std::nullopt : std::optional(range)};
+                               },
+                               [&](const QuoteQuery::EventsOnly&) {
+                                 return ChartOrder{"events", std::nullopt, range};
+                               },
+                               [&](QuoteQuery::EventsWithoutAdjustment) {
+                                 return ChartOrder{"events", std::nullopt, range};
+                               }},
+                    query.seeking);
+}
+
+bool isServedInChunks(const QuoteQuery::Subject& subject) {
+  const auto* quotes = std::get_if<QuoteQuery::Quotes>(&subject);
+  return std::holds_alternative<QuoteQuery::CurrentPeriodQuotes>(subject) ||
+         (quotes != nullptr && quotes->interval == QuoteInterval::oneMinute);
+}
+
+}  // namespace
+
+YahooQuoteProvider::YahooQuoteProvider(YahooService service)
+    : session_(std::make_shared<YahooSession>(std::move(service))) {
+  session_->start();
+}
+
+YahooQuoteProvider::~YahooQuoteProvider() = default;
+
+std::string YahooQuoteProvider::providerName() const {
+  return "YahooFinance";
+}
+
+void YahooQuoteProvider::searchEquities(std::string text, EquitiesCompletion completion) {
+  URLRequest request{YahooFinanceAPI::searchURL(session_->service(), text).value_or("")};
+  auto receive = [weakSelf = weak_from_this(),
+                  completion = std::move(completion)](Result<HTTPResponse> response) mutable {
+    auto symbols = resultOf([&] { return readFindings(response); });
+    DispatchQueue::main()->async([weakSelf = std::move(weakSelf), symbols = std::move(symbols),
+                                  completion = std::move(completion)]() mutable {
+      const auto self = weakSelf.lock();
+      if (self == nullptr) {
+        return;
+      }
+      if (!symbols) {
+        completion(std::unexpected(symbols.error()));
+        return;
+      }
+      std::vector<EquityPointer> equities;
+      std::vector<EquityPointer> unknown;
+      for (const std::string& symbol : *symbols) {
+        equities.push_back(self->equityWithId(symbol));
+        if (!equities.back()->isAuthoritative) {
+          unknown.push_back(equities.back());
+        }
+      }
+      if (unknown.empty()) {
+        completion(std::move(equities));
+        return;
+      }
+      auto answer = [equities = std::move(equities),
+                     completion = std::move(completion)](const ErrorPointer&) mutable {
+        std::erase_if(equities, [](const auto& equity) { return !equity->isAuthoritative; });
+        completion(std::move(equities));
+      };
+      self->refreshEquities(std::move(unknown), std::move(answer));
+    });
+  };
+  session_->runRequest("Search for “" + text + "”", std::move(request), false, std::move(receive));
+}
+
+EquityPointer YahooQuoteProvider::exchangeRateEquity(const Currency& from, const Currency& to) {
+  EquityPointer equity =
+      QuoteProvider::equityWithId(std::string(from.code) + std::string(to.code) + "=X");
+  equity->currency = to;
+  return equity;
+}
+
+void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
+                                         RefreshCompletion completion) {
+  if (equities.empty()) {
+    QuoteProvider::refreshEquities({}, std::move(completion));
+    return;
+  }
+  EquitiesById equitiesById;
+  std::vector<std::string> ids;
+  for (const EquityPointer& equity : equities) {
+    equitiesById.emplace(equity->id(), equity);
+    ids.push_back(equity->id());
+  }
+  auto receive = [equitiesById = std::move(equitiesById),
+                  completion = std::move(completion)](Result<HTTPResponse> response) mutable {
+    auto details = resultOf([&] { return readDetails(response); });
+    DispatchQueue::main()->async([equitiesById = std::move(equitiesById),
+                                  details = std::move(details),
+                                  completion = std::move(completion)]() mutable {
+      completion(details ? applyDetails(equitiesById, *details) : details.error());
+    });
+  };
+  URLRequest request{YahooFinanceAPI::quoteURL(session_->service(), ids).value_or("")};
+  session_->runRequest("Fetch " + std::to_string(ids.size()) + " symbol(s)", std::move(request),
+                       true, std::move(receive));
+}
+
+void YahooQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,
+                                     QuoteCompletion completion) {
+  assert(adjuster != nullptr);
+  const ChartOrder order = orderFor(query);
+  const EquityPointer equity = query.equity;
+  auto adjust = [adjuster = std::move(adjuster), query = std::move(query),
+                 completion = std::move(completion)](Result<QuoteFetchResult> result) mutable {
+    if (result) {
+      adjuster->adjust(*std::move(result), std::move(query), std::move(completion));
+    } else {
+      completion(std::move(result));
+    }
+  };
+  fetchChart(equity, order.what, order.interval, order.dates, std::move(adjust));
+}
+
+void YahooQuoteProvider::fetchChart(const EquityPointer& equity, std::string_view what,
+                                    std::optional<QuoteInterval> interval,
+                                    std::optional<DateRange> dates, QuoteCompletion completion) {
+  if (dates && equity->firstTradeDate && *equity->firstTradeDate >= dates->upper()) {
+    QuoteFetchResult nothing{.quotes = std::vector<Quote>(),
+                             .prices = PriceAdjustment::adjustedForSplits,
+                             .events = std::vector<EquityEvent>(),
+                             .durableDateRange = *dates};
+    DispatchQueue::global()->async(
+        [nothing = std::move(nothing), completion = std::move(completion)]() mutable {
+          completion(std::move(nothing));
+        });
+    return;
+  }
+  const auto url = YahooFinanceAPI::chartURL(
+      session_->service(), equity->id(), wireText(interval.value_or(QuoteInterval::threeMonths)),
+      dates ? std::optional(dates->lower()) : std::nullopt,
+      dates ? std::optional(dates->upper()) : std::nullopt);
+  auto receive = [equity, interval, dates,
+                  completion = std::move(completion)](Result<HTTPResponse> response) mutable {
+    auto chart = resultOf([&] { return readChart(response); });
+    if (chart) {
+      deliver(*std::move(chart), equity, interval, dates, std::move(completion));
+    } else {
+      completion(std::unexpected(chart.error()));
+    }
+  };
+  session_->runRequest("Fetch " + std::string(what) + " for " + equity->symbol,
+                       URLRequest{url.value_or("")}, false, std::move(receive));
+}
+
+std::vector<QuoteQuery> YahooQuoteProvider::sourceQueries(const QuoteQuery& query) const {
+  if (!isServedInChunks(query.seeking)) {
+    return {query};
+  }
+  const Date end = query.dateRange.upper();
+  std::vector<QuoteQuery> chunks;
+  Date chunkEnd = query.dateRange.lower();
+  do {
+    const Date start = chunkEnd;
+    const auto later = query.equity->calendar.dateByAdding(CalendarUnit::day, daysInAChunk, start);
+    chunkEnd = std::min(later.value_or(end), end);
+    chunks.push_back({query.equity, DateRange(start, chunkEnd), query.seeking});
+  } while (chunkEnd < end);
+  return chunks;
+}
+
+std::set<QuoteInterval> YahooQuoteProvider::availableIntervals(const EquityPointer& equity,
+                                                               const DateRange& range) const {
+  return intervalsServed(equity->calendar, range.lower(), Date::now());
+}
+
+std::set<QuoteInterval> YahooQuoteProvider::intervalsServed(const Calendar& calendar, Date start,
+                                                            Date now) {
+  // How old bars up to a length may be. Two years of bars of an hour, and so on.
+  struct Limit {
+    int days;
+    QuoteInterval longestWithout;
+  };
+  constexpr Limit limits[] = {{730, QuoteInterval::oneHour},
+                              {60, QuoteInterval::ninetyMinutes},
+                              {30, QuoteInterval::oneMinute}};
+  const auto age = calendar.dateComponents({CalendarUnit::day, CalendarUnit::second}, start, now);
+  // A date that the calendar cannot express is older than everything.
+  const int days = age.valueOr(CalendarUnit::day, std::numeric_limits<int>::max());
+  const int seconds = age.valueOr(CalendarUnit::second, 0);
+
+  std::set<QuoteInterval> intervals(allQuoteIntervals.begin(), allQuoteIntervals.end());
+  for (const auto& [limit, longestWithout] : limits) {
+    if (days > limit || (days == limit && seconds > 0)) {
+      std::erase_if(intervals, [&](QuoteInterval interval) { return interval <= longestWithout; });
+      break;
+    }
+  }
+  return intervals;
+}
+
+}  // namespace corvane

@@ -1,0 +1,101 @@
+// Requests to the market-data service, and the access that some of them need.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "marketdata/yahoo/wire/yahoo_service.h"
+#include "platform/async/dispatch_queue.h"
+#include "platform/net/url_session.h"
+
+namespace corvane {
+
+/// The session with the service: its cookies, its crumb, and the requests that wait for the crumb.
+///
+/// The crumb is a short token that the service hands out to a client that already holds its
+/// cookies. start() asks for both. A refusal is followed by a pause, and then they are asked for
+/// again: after growing pauses, drawn at random within a quarter of their length so that many
+/// clients do not come at one time, and once sooner for each request that needs the crumb, but
+/// never before the end of a wait that the service itself has named with a status of 429. Once
+/// there is a crumb, crumb and cookies are kept for good, in memory only. Any thread.
+class YahooSession : public std::enable_shared_from_this<YahooSession> {
+ public:
+  using Completion = URLSession::Completion;
+
+  explicit YahooSession(YahooService service);
+  YahooSession(const YahooSession&) = delete;
+  YahooSession& operator=(const YahooSession&) = delete;
+  /// Cancels all requests, also those that wait for the crumb.
+  ~YahooSession();
+
+  [[nodiscard]] const YahooService& service() const { return service_; }
+
+  /// Asks for the cookies and the crumb. To be called once.
+  void start();
+
+  /// Sends `request` and logs it as `label` while network activity is logged. With `includeCrumb`
+  /// it starts when there is a crumb, which becomes its first query item, and fails with
+  /// YahooProviderError::BootstrapFailed when it has waited too long for one. `completion` runs
+  /// exactly once, later, on a background queue.
+  void runRequest(std::string label, URLRequest request, bool includeCrumb, Completion completion);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  enum class Access { asked, refused, granted };
+  struct WaitingRequest {
+    std::string label;
+    URLRequest request;
+    Completion completion;
+  };
+
+  void send(std::string label, URLRequest request, Completion completion);
+  void sendWithCrumb(WaitingRequest waiting);
+
+  void askForCookies();
+  void receiveCookies(Result<HTTPResponse> response);
+  void askForCrumb();
+  void receiveCrumb(Result<HTTPResponse> response);
+  void grantAccess(std::string crumb);
+  void refuseAccess(const ErrorPointer& error, double namedPause);
+
+  /// Lets access be asked for again when `pause` seconds have passed, unless that has happened by
+  /// then.
+  void askAgainAfter(double pause, std::uint64_t refusal);
+  /// Seconds after a refusal at which a request may have access asked for again.
+  [[nodiscard]] double pauseForRequests() const;
+  void giveUp(std::uint64_t waitingId);
+
+  const YahooService service_;
+  const std::shared_ptr<DispatchQueue> callbackQueue_;
+  /// Where requests with the crumb start; inactive until there is one. Until then they wait in
+  /// waiting_ and not in the queue itself, so that they can be given up.
+  const std::shared_ptr<DispatchQueue> sessionQueue_;
+
+  std::mutex mutex_;
+  Access access_ = Access::asked;
+  std::string sessionCrumb_;  ///< written once, before sessionQueue_ is activated
+  std::uint64_t refusals_ = 0;
+  Clock::time_point refusedAt_;
+  double namedPause_ = 0;            ///< seconds after refusedAt_ in which nothing may be asked
+  bool hasComeWhileAsking_ = false;  ///< a request that no attempt has been made for since
+  std::string refusalText_;
+  std::uint64_t nextWaitingId_ = 0;
+  std::map<std::uint64_t, WaitingRequest> waiting_;
+
+  URLSession session_;
+};
+
+/// Seconds to wait after so many refusals in a row, of which the service named `namedPause` for the
+/// last one (0 for none). `chance` is from 0 to 1.
+[[nodiscard]] double pauseAfterRefusal(const YahooService::Pauses& pauses, std::uint64_t refusals,
+                                       double namedPause, double chance);
+
+/// The wait that a response of status 429 names in its Retry-After header, as seconds or as an HTTP
+/// date, but not more than a day; 0 for every other one.
+[[nodiscard]] double namedPause(const HTTPResponse& response);
+
+}  // namespace corvane

@@ -1,0 +1,33 @@
+// A table as a screen fills it.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "platform/text/styled/attributed_text.h"
+
+namespace corvane {
+
+/// A column of a table.
+struct TableColumn {
+  std::string_view identifier;  ///< the key of the column, which also a stored layout may use
+  std::string_view title;       ///< its heading
+  bool isNumeric = false;       ///< right-aligned, digits of one width
+  bool isHidden = false;
+};
+
+/// Rows and columns of text, made when they are asked for: a view asks for the cells that it shows,
+/// so that a table opens at once however many rows it has. Main queue only.
+class TableModel {
+ public:
+  virtual ~TableModel() = default;
+
+  /// In the order of display. Their number never changes.
+  [[nodiscard]] virtual const std::vector<TableColumn>& columns() const = 0;
+  [[nodiscard]] virtual std::size_t numberOfRows() const = 0;
+  /// The text of the cell in `row` and columns()[column]; empty where nothing is known.
+  [[nodiscard]] virtual AttributedText cell(std::size_t row, std::size_t column) const = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,151 @@
+#include "presentation/frame/main_split_view_controller.h"
+
+#include <utility>
+#include <variant>
+
+#include "platform/overloaded.h"
+
+namespace corvane {
+
+std::shared_ptr<MainSplitViewController> MainSplitViewController::make(
+    ScreenSurroundings surroundings) {
+  auto made = std::make_shared<MainSplitViewController>(Passkey{}, std::move(surroundings));
+  made->connect();
+  return made;
+}
+
+MainSplitViewController::MainSplitViewController(Passkey /*passkey*/,
+                                                 ScreenSurroundings surroundings)
+    : masterSourceViewController(MasterSourceViewController::make(surroundings)),
+      portfolioViewController(PortfolioViewController::make(surroundings)),
+      surroundings_(std::move(surroundings)) {}
+
+void MainSplitViewController::connect() {
+  masterSourceViewController->sourceObjectChangedHandler =
+      [self = weak_from_this()](const MasterSourceViewController::DetailObject& object) {
+        if (const auto living = self.lock()) {
+          living->showDetail(object);
+        }
+      };
+}
+
+void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
+  documentModel_ = model;
+  if (equityViewController != nullptr) {
+    equityViewController->setDocumentModel(model);
+  }
+  masterSourceViewController->setDocumentModel(model);
+  changeHandler();
+}
+
+std::string MainSplitViewController::emptyStateMessage() const {
+  const auto model = documentModel_.lock();
+  const bool hasAny =
+      model != nullptr && (!model->watchlistEquities.empty() || !model->portfolios().empty());
+  return hasAny ? "No equity or portfolio selected."
+                : "Search for an equity or create a portfolio to get started!";
+}
+
+bool MainSplitViewController::canCreatePortfolio() const {
+  const auto model = documentModel_.lock();
+  return model != nullptr && !model->portfolioManagers.empty();
+}
+
+void MainSplitViewController::createPortfolioAction() {
+  if (canCreatePortfolio()) {
+    performSegue(createPortfolioSegueIdentifier);
+  }
+}
+
+std::unique_ptr<EditPortfolioViewController> MainSplitViewController::makeCreatePortfolioForm(
+    std::function<void()> close, bool offersRandomPopulation) {
+  const auto model = documentModel_.lock();
+  if (model == nullptr || model->portfolioManagers.empty()) {
+    return nullptr;
+  }
+  auto form = std::make_unique<EditPortfolioViewController>();
+  form->behaviour = EditPortfolioViewController::Create{
+      model->portfolioManagers.front(), model->watchlistEquities, offersRandomPopulation};
+  form->presentError = surroundings_.presentError;
+  form->completionHandler = [self = weak_from_this(),
+                             close = std::move(close)](const PortfolioPointer& portfolio) {
+    const auto living = self.lock();
+    if (living != nullptr && portfolio != nullptr) {
+      living->masterSourceViewController->portfoliosDidChange();
+      living->masterSourceViewController->setCurrentDetailObject(portfolio);
+      living->surroundings_.documentDidChange();
+    }
+    close();
+  };
+  return form;
+}
+
+void MainSplitViewController::deletePortfolio(const PortfolioPointer& portfolio) {
+  constexpr std::size_t deleteButton = 0;
+  surroundings_.showAlert(
+      {.messageText = "Are you sure you wish to delete “" + portfolio->name + "”?",
+       .informativeText =
+           "All transaction data will be permanently removed. This action cannot be undone.",
+       .buttons = {"Delete", "Cancel"}},
+      [self = weak_from_this(), portfolio](std::size_t button) {
+        const auto living = self.lock();
+        if (living != nullptr && button == deleteButton) {
+          living->removePortfolio(portfolio);
+        }
+      });
+}
+
+void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio) {
+  const auto manager = portfolio->manager.lock();
+  if (manager == nullptr) {
+    return;
+  }
+  try {
+    manager->removePortfolio(portfolio);
+  } catch (const Error& error) {
+    surroundings_.presentError(error);
+    return;
+  }
+  if (masterSourceViewController->currentDetailObject() ==
+      MasterSourceViewController::DetailObject(portfolio)) {
+    masterSourceViewController->setCurrentDetailObject(std::monostate{});
+  }
+  masterSourceViewController->portfoliosDidChange();
+  surroundings_.documentDidChange();
+}
+
+void MainSplitViewController::showDetail(const MasterSourceViewController::DetailObject& object) {
+  const auto self = weak_from_this();
+  currentDetailTab_ =
+      std::visit(Overloaded{[](std::monostate) { return DetailTab::emptyState; },
+                            [&](const EquityPointer& equity) {
+                              if (equityViewController == nullptr) {
+                                return DetailTab::emptyState;
+                              }
+                              equityViewController->addToWatchlistHandler =
+                                  [self](const EquityPointer& added) {
+                                    if (const auto living = self.lock()) {
+                                      living->masterSourceViewController->addToWatchlist(added);
+                                    }
+                                  };
+                              equityViewController->setCurrentEquity(equity);
+                              return DetailTab::equity;
+                            },
+                            [&](const PortfolioPointer& portfolio) {
+                              portfolioViewController->deletePortfolioHandler =
+                                  [self](const PortfolioPointer& deleted) {
+                                    if (const auto living = self.lock()) {
+                                      living->deletePortfolio(deleted);
+                                    }
+                                  };
+                              portfolioViewController->setPortfolio(portfolio);
+                              return DetailTab::portfolio;
+                            }},
+                 object);
+  if (currentDetailTab_ != DetailTab::portfolio) {
+    portfolioViewController->setPortfolio(nullptr);
+  }
+  changeHandler();
+}
+
+}  // namespace corvane

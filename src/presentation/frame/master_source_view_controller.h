@@ -1,0 +1,138 @@
+// The list at the side of the window: the watchlist and the portfolios.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "platform/async/notification_center.h"
+#include "presentation/charts/quote_chart_view.h"
+#include "presentation/frame/source_rows.h"
+#include "presentation/screen/screen_surroundings.h"
+#include "storage/workspace/workspace_model.h"
+
+namespace corvane {
+
+/// Two tables of which one at most has a selection, and a search box. What is selected is shown in
+/// the detail area. Edits of the watchlist can be undone. Held by shared pointer only. Main queue
+/// only.
+class MasterSourceViewController : public std::enable_shared_from_this<MasterSourceViewController>,
+                                   public WorkspaceDocumentModelHaving {
+  struct Passkey {};
+
+ public:
+  /// What the detail area shows.
+  using DetailObject = std::variant<std::monostate, EquityPointer, PortfolioPointer>;
+
+  /// Rows whose texts or thumbnails have changed, or whole tables.
+  struct Update {
+    bool watchlistRowsChanged = false;  ///< rows came, went or moved
+    bool portfolioRowsChanged = false;
+    std::vector<std::size_t> reloadedWatchlistRows = {};
+    std::vector<std::size_t> reloadedPortfolioRows = {};
+  };
+
+  /// The type under which dragged rows carry their place, a whole number.
+  static constexpr std::string_view watchlistEquityIndexPasteboardType =
+      "ca.orlend.Corvane.WatchlistEquityIndex";
+
+  [[nodiscard]] static std::shared_ptr<MasterSourceViewController> make(
+      ScreenSurroundings surroundings);
+  MasterSourceViewController(Passkey passkey, ScreenSurroundings surroundings);
+  MasterSourceViewController(const MasterSourceViewController&) = delete;
+  MasterSourceViewController& operator=(const MasterSourceViewController&) = delete;
+
+  /// Called when another object is to be shown in the detail area.
+  std::function<void(const DetailObject&)> sourceObjectChangedHandler = [](const DetailObject&) {};
+  /// Called when rows, selections or buttons have changed.
+  std::function<void(const Update&)> changeHandler = [](const Update&) {};
+
+  [[nodiscard]] std::weak_ptr<WorkspaceModel> documentModel() const override {
+    return documentModel_;
+  }
+  void setDocumentModel(std::weak_ptr<WorkspaceModel> model) override;
+
+  [[nodiscard]] const DetailObject& currentDetailObject() const { return currentDetailObject_; }
+  /// Shows `object`, also one that is in neither table, and selects its row where it has one.
+  void setCurrentDetailObject(DetailObject object);
+
+  // The tables.
+
+  [[nodiscard]] std::size_t numberOfWatchlistRows() const;
+  [[nodiscard]] EquitySourceRow watchlistRow(std::size_t index) const;
+  [[nodiscard]] std::size_t numberOfPortfolioRows() const;
+  [[nodiscard]] PortfolioSourceRow portfolioRow(std::size_t index) const;
+
+  [[nodiscard]] const std::vector<std::size_t>& selectedWatchlistRows() const {
+    return selectedWatchlistRows_;
+  }
+  [[nodiscard]] std::optional<std::size_t> selectedPortfolioRow() const {
+    return selectedPortfolioRow_;
+  }
+  /// What the user does. One selected row is shown; an empty selection of portfolios is not taken.
+  void selectWatchlistRows(std::vector<std::size_t> rows);
+  void selectPortfolioRow(std::optional<std::size_t> row);
+
+  // The search box.
+
+  /// Who answers searches; null without a portfolio manager.
+  [[nodiscard]] std::shared_ptr<QuoteProvider> searchProvider() const;
+  /// Shows an equity that was found, without adding it. Null empties the box.
+  void chooseSearchedEquity(const EquityPointer& equity);
+  [[nodiscard]] const EquityPointer& searchedEquity() const { return searchedEquity_; }
+  /// Whether an equity has been found that is not in the watchlist.
+  [[nodiscard]] bool canAddToWatchlist() const;
+  /// Adds the equity that was found.
+  void addToWatchlistAction();
+
+  // Edits of the watchlist.
+
+  /// Whether the watchlist holds an equity with this symbol.
+  [[nodiscard]] bool watches(const EquityInfo& equity) const;
+  void addToWatchlist(const EquityPointer& equity);
+  [[nodiscard]] bool canRemove() const { return !selectedWatchlistRows_.empty(); }
+  void removeSelectedAction();
+  /// Moves rows in front of `row`, or behind the last one where it is their number.
+  void moveWatchlistRows(std::vector<std::size_t> rows, std::size_t row);
+
+  /// To be called after a portfolio has been made or removed.
+  void portfoliosDidChange();
+
+ private:
+  struct Thumbnail {
+    std::shared_ptr<QuoteChartView> chart;
+    std::optional<DateRange> session;  ///< the one last asked for
+  };
+
+  void observe();
+  void reloadEquities(const EquitySet& equities);
+  void portfoliosDidRefresh(const std::vector<PortfolioPointer>& portfolios);
+  [[nodiscard]] std::vector<std::size_t> rowsOf(
+      const std::vector<PortfolioPointer>& portfolios) const;
+  [[nodiscard]] Thumbnail& thumbnailOf(const EquityPointer& equity);
+  void fetchThumbnail(const EquityPointer& equity);
+  void thumbnailFetchDidEnd(const QuoteQuery& query, const Result<QuoteFetchResult>& result);
+  void fetchMissingThumbnails();
+  void replaceWatchlist(std::vector<EquityPointer> equities);
+  void editWatchlist(std::vector<EquityPointer> equities, const std::string& actionName);
+  void setDetailObject(DetailObject object);
+  void selectRowOfDetailObject();
+  [[nodiscard]] std::vector<EquityPointer> watchlist() const;
+  [[nodiscard]] std::vector<PortfolioPointer> portfolios() const;
+
+  ScreenSurroundings surroundings_;
+  std::weak_ptr<WorkspaceModel> documentModel_;
+  DetailObject currentDetailObject_;
+  std::vector<std::size_t> selectedWatchlistRows_;
+  std::optional<std::size_t> selectedPortfolioRow_;
+  EquityPointer searchedEquity_;
+  EquityMap<Thumbnail> thumbnails_;  ///< of the equities of the watchlist
+  std::vector<NotificationCenter::Token> notificationObservers_;
+};
+
+}  // namespace corvane

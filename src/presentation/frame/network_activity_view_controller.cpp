@@ -1,0 +1,161 @@
+#include "presentation/frame/network_activity_view_controller.h"
+
+#include <algorithm>
+#include <any>
+#include <utility>
+
+#include "platform/text/unicode/utf8.h"
+
+namespace corvane {
+namespace {
+
+/// The text under `key`; none where there is none.
+std::optional<std::string> textIn(const Notification& notification, std::string_view key) {
+  const auto found = notification.userInfo.find(key);
+  const auto* text =
+      found == notification.userInfo.end() ? nullptr : std::any_cast<std::string>(&found->second);
+  return text == nullptr ? std::nullopt : std::optional(*text);
+}
+
+}  // namespace
+
+void NetworkActivityViewController::viewDidLoad() {
+  requestTextView.isMonospaced = true;
+  responseTextView.isMonospaced = true;
+  clearActivity();
+  startMonitoring();
+}
+
+void NetworkActivityViewController::viewWillAppear() {
+  startMonitoring();
+}
+
+void NetworkActivityViewController::viewDidDisappear() {
+  stopMonitoring();
+  clearActivity();
+}
+
+void NetworkActivityViewController::startMonitoring() {
+  if (notificationObserver_) {
+    return;
+  }
+  // Both end with this object, and neither runs but on the main queue.
+  notificationObserver_ = NotificationCenter::defaultCenter().addObserver(
+      std::string(NetworkActivityMonitor::notificationName), nullptr,
+      [this](const Notification& notification) { receive(notification); }, DispatchQueue::main());
+  pruningTimer_ = Timer::scheduled(pruningInterval * std::chrono::seconds(1), true,
+                                   [this](Timer&) { prune(); });
+}
+
+void NetworkActivityViewController::stopMonitoring() {
+  notificationObserver_.reset();
+  if (pruningTimer_ != nullptr) {
+    pruningTimer_->invalidate();
+    pruningTimer_.reset();
+  }
+}
+
+void NetworkActivityViewController::clearActivity() {
+  activityEntries_.clear();
+  activityEntryIndexesByUUID_.clear();
+  entryPopUpButton = {.titles = {"No activity."}, .selectedIndex = 0, .isEnabled = false};
+  requestTextView.text.clear();
+  responseTextView.text.clear();
+  tellChange();
+}
+
+void NetworkActivityViewController::selectEntry(std::size_t index) {
+  if (index < activityEntries_.size()) {
+    entryPopUpButton.selectedIndex = index;
+    show(index);
+    tellChange();
+  }
+}
+
+void NetworkActivityViewController::receive(const Notification& notification) {
+  const auto found = notification.userInfo.find(NetworkActivityMonitor::activityKey);
+  const auto* activity = found == notification.userInfo.end()
+                             ? nullptr
+                             : std::any_cast<NetworkActivityMonitor::Activity>(&found->second);
+  if (activity == nullptr) {
+    return;
+  }
+  const auto known = activityEntryIndexesByUUID_.find(activity->uuid);
+  const bool isNew = known == activityEntryIndexesByUUID_.end();
+  ActivityEntry entry = isNew ? ActivityEntry{*activity} : activityEntries_[known->second];
+  if (auto url = textIn(notification, NetworkActivityMonitor::requestURLKey)) {
+    entry.requestURL = std::move(url);
+  }
+  if (auto data = textIn(notification, NetworkActivityMonitor::responseDataKey)) {
+    entry.responseData = std::move(data);
+  }
+  if (isNew) {
+    appendEntry(std::move(entry));
+  } else {
+    activityEntries_[known->second] = std::move(entry);
+    if (entryPopUpButton.selectedIndex == known->second) {
+      show(known->second);
+    }
+  }
+  tellChange();
+}
+
+void NetworkActivityViewController::appendEntry(ActivityEntry entry) {
+  PopUpButton& popUp = entryPopUpButton;
+  if (activityEntries_.empty()) {
+    popUp = {.titles = {}, .selectedIndex = std::nullopt, .isEnabled = false};
+  }
+  const std::size_t index = activityEntries_.size();
+  // The selection follows the newest entry unless the user has gone back to an older one.
+  const bool isNewestSelected = index == 0 || popUp.selectedIndex == index - 1;
+  popUp.titles.push_back(dateFormatter.string(entry.activity.date) + " – " + entry.activity.name);
+  popUp.isEnabled = true;
+  activityEntryIndexesByUUID_.emplace(entry.activity.uuid, index);
+  activityEntries_.push_back(std::move(entry));
+  if (isNewestSelected) {
+    popUp.selectedIndex = index;
+    show(index);
+  }
+}
+
+void NetworkActivityViewController::show(std::size_t index) {
+  const ActivityEntry& entry = activityEntries_[index];
+  requestTextView.text = entry.requestURL.value_or("");
+  const bool isText = entry.responseData && isUTF8(*entry.responseData);
+  responseTextView.text = isText ? *entry.responseData : "";
+}
+
+void NetworkActivityViewController::prune(Date now) {
+  const Date threshold = now - pruningRetention;
+  const auto kept = std::ranges::find_if(
+      activityEntries_, [&](const auto& entry) { return entry.activity.date > threshold; });
+  if (kept == activityEntries_.end()) {
+    clearActivity();
+    return;
+  }
+  const auto removed = kept - activityEntries_.begin();
+  if (removed == 0) {
+    return;
+  }
+  auto& titles = entryPopUpButton.titles;
+  activityEntries_.erase(activityEntries_.begin(), kept);
+  titles.erase(titles.begin(), titles.begin() + removed);
+  activityEntryIndexesByUUID_.clear();
+  for (std::size_t i = 0; i < activityEntries_.size(); ++i) {
+    activityEntryIndexesByUUID_.emplace(activityEntries_[i].activity.uuid, i);
+  }
+  const auto count = static_cast<std::size_t>(removed);
+  const std::size_t selected = entryPopUpButton.selectedIndex.value_or(0);
+  entryPopUpButton.selectedIndex =
+      selected >= count ? selected - count : activityEntries_.size() - 1;
+  show(*entryPopUpButton.selectedIndex);
+  tellChange();
+}
+
+void NetworkActivityViewController::tellChange() const {
+  if (didChange) {
+    didChange();
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,100 @@
+// The form that makes a portfolio and changes the settings of one: its state and what its buttons
+// do.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/market/equity_info.h"
+#include "core/money/currency.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "ledger/manager/random_trader.h"
+#include "ledger/portfolio/portfolio.h"
+#include "platform/async/undo_manager.h"
+#include "platform/error.h"
+
+namespace corvane {
+
+/// The form for a portfolio's name, currency and settings, without any widget: a window shows the
+/// fields, writes what the user enters into them, and calls performAction. Main queue only.
+class EditPortfolioViewController {
+ public:
+  /// Makes a portfolio of `portfolioManager`.
+  struct Create {
+    std::shared_ptr<PortfolioManager> portfolioManager;
+    std::vector<EquityPointer> watchlistEquities;  ///< what a random ledger trades in
+    bool offersRandomPopulation = false;           ///< whether the diagnostic tools are enabled
+  };
+  /// Changes `portfolio`, undoably where there is an undo manager.
+  struct Modify {
+    PortfolioPointer portfolio;
+    std::shared_ptr<UndoManager> undoManager;
+  };
+  using BehaviourMode = std::variant<Create, Modify>;
+
+  struct TextField {
+    std::string text;
+  };
+  struct CheckBox {
+    bool isOn = false;
+    bool isHidden = false;
+  };
+  struct PopUpButton {
+    std::vector<std::string> titles;
+    std::size_t selectedIndex = 0;
+    bool isEnabled = true;
+  };
+  struct Button {
+    std::string title;
+    bool isEnabled = true;
+  };
+  enum class Sender { goButton, cancelButton };
+
+  /// What the form is for; to be set before load().
+  std::optional<BehaviourMode> behaviour;
+
+  /// Called once when the form is done, with the portfolio, or with null where the user cancelled.
+  std::function<void(PortfolioPointer)> completionHandler;
+
+  /// Shows an error on the form's window; the form stays open.
+  std::function<void(const Error&)> presentError;
+
+  /// Fills the fields for the behaviour. Without a behaviour the program stops: the code that opens
+  /// the form has forgotten it.
+  void load();
+
+  /// To be called after every change of the name or the currency.
+  void updateGoButton();
+
+  /// What a click on one of the two buttons does.
+  void performAction(Sender sender);
+
+  std::string title;
+  TextField nameField;
+  PopUpButton currencyPopUpButton;
+  CheckBox allowNegativeBalancesButton;
+  CheckBox trackCashAccountsButton;
+  CheckBox populateRandomlyButton;
+  Button goButton;
+  Button cancelButton{"Cancel"};
+
+  /// All currencies by code, in the order of the pop-up's titles.
+  [[nodiscard]] const std::vector<Currency>& currencies() const { return currencies_; }
+
+  /// How a random ledger is drawn.
+  RandomTrader randomTrader;
+
+ private:
+  void loadCurrencies();
+  void selectCurrency(const Currency& currency);
+  void modify(const Modify& mode);
+  void create(const Create& mode);
+
+  std::vector<Currency> currencies_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,172 @@
+#include "presentation/portfolio/portfolio_chart.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "core/money/decimal_number_formatter.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "platform/text/formats/date_formatter.h"
+#include "presentation/text/formatting.h"
+
+namespace corvane {
+namespace {
+
+constexpr double fillAlpha = 0.5;
+constexpr double netDepositsWidth = 2;
+
+using DailySnapshots = std::vector<PortfolioSnapshotGroup::DailySnapshot>;
+
+/// The values of an asset on top of those that have been stacked before.
+class Stack {
+ public:
+  explicit Stack(const DailySnapshots& snapshots)
+      : snapshots_(snapshots), sums_(snapshots.size()) {}
+
+  template <typename Value>
+  void add(std::string label, Value valueAt) {
+    ChartDataSet series{.label = std::move(label),
+                        .colour = Colour::Name::systemBlue,
+                        .fill = Colour(Colour::Name::systemBlue).withAlpha(fillAlpha)};
+    series.entries.reserve(snapshots_.size());
+    for (std::size_t i = 0; i < snapshots_.size(); ++i) {
+      sums_[i] += valueAt(snapshots_[i].snapshot);
+      series.entries.push_back({static_cast<double>(i), sums_[i].doubleValue()});
+    }
+    series_.push_back(std::move(series));
+  }
+
+  void addCash(const Currency& primary) {
+    add(std::string(primary.code), [&](const PortfolioSnapshot& snapshot) {
+      return snapshot.currencySnapshots.get(primary).cashOnHand;
+    });
+  }
+  void addEquity(const EquityPointer& equity) {
+    add(equity->symbol, [&](const PortfolioSnapshot& snapshot) {
+      return snapshot.marketValue(equity).value_or(0);
+    });
+  }
+
+  [[nodiscard]] StackedSeries take() { return {std::move(series_), std::move(sums_)}; }
+
+ private:
+  const DailySnapshots& snapshots_;
+  std::vector<Decimal> sums_;
+  std::vector<ChartDataSet> series_;
+};
+
+/// Puts the days below the chart, from the first snapshot to the last.
+void addDayLabels(FiscalChartView& chart, const DailySnapshots& snapshots,
+                  const Calendar& calendar) {
+  std::vector<std::pair<double, Date>> points;
+  points.reserve(snapshots.size());
+  for (std::size_t i = 0; i < snapshots.size(); ++i) {
+    points.emplace_back(static_cast<double>(i), snapshots[i].ymd.startIn(calendar));
+  }
+  chart.addDateLabels(points, {points.front().second, points.back().second}, calendar);
+}
+
+std::string longDate(const YearMonthDay& day, const Calendar& calendar) {
+  return DateFormatter{.dateStyle = DateFormatter::Style::longStyle,
+                       .timeZone = calendar.timeZone()}
+      .string(day.startIn(calendar));
+}
+
+std::string moneyText(const Decimal& value, const Currency& currency) {
+  return DecimalNumberFormatter::money(currency).string(value).value_or("");
+}
+
+/// The value of the day, its change since the first one, and the day itself.
+std::function<AttributedText(std::size_t)> tooltips(
+    std::shared_ptr<const PortfolioSnapshotGroup> group, std::vector<Decimal> total,
+    const Currency& currency, const Calendar& calendar) {
+  return
+      [group = std::move(group), total = std::move(total), currency, calendar](std::size_t index) {
+        if (index >= total.size()) {
+          return AttributedText();
+        }
+        AttributedText text(moneyText(total[index], currency));
+        // Of what grew out of nothing there is no percentage.
+        if (!total.front().isZero()) {
+          text.append(" (")
+              .append(Formatting::changeText(currency, total.front(), total[index]))
+              .append(")");
+        }
+        return text.append("\n" + longDate(group->sortedSnapshots.at(index).ymd, calendar));
+      };
+}
+
+std::string accessibleText(const std::vector<Decimal>& total, const DailySnapshots& snapshots,
+                           const Currency& currency, const Calendar& calendar) {
+  return "From " + moneyText(total.front(), currency) + " on " +
+         longDate(snapshots.front().ymd, calendar) + " to " + moneyText(total.back(), currency) +
+         " on " + longDate(snapshots.back().ymd, calendar) + ".";
+}
+
+}  // namespace
+
+StackedSeries stackedSeries(const PortfolioDataSlice& data,
+                            const std::optional<PortfolioAsset>& asset) {
+  Stack stack(data.snapshotGroup->sortedSnapshots);
+  if (!asset || asset->cash() != nullptr) {
+    stack.addCash(data.portfolio->primaryCurrency());
+  }
+  if (!asset) {
+    for (const PortfolioAsset& entry : data.assetEntries({})) {
+      if (entry.equity() != nullptr) {
+        stack.addEquity(entry.equity());
+      }
+    }
+  } else if (asset->equity() != nullptr) {
+    stack.addEquity(asset->equity());
+  }
+  return stack.take();
+}
+
+ChartDataSet netDepositsSeries(const PortfolioSnapshotGroup& group) {
+  ChartDataSet series{
+      .label = "Net Deposits", .colour = Colour::Name::systemGreen, .lineWidth = netDepositsWidth};
+  for (const auto& [day, snapshot] : group.sortedSnapshots) {
+    Decimal deposited;
+    for (const auto& [currency, cash] : snapshot.currencySnapshots) {
+      deposited += cash.netCashDeposited * cash.exchangeRate.value_or(0);
+    }
+    series.entries.push_back({static_cast<double>(series.entries.size()), deposited.doubleValue()});
+  }
+  return series;
+}
+
+void drawPortfolioChart(FiscalChartView& chart, const PortfolioDataSlice& data,
+                        const std::optional<PortfolioAsset>& asset) {
+  chart.clear();
+  const Currency& primary = data.portfolio->primaryCurrency();
+  chart.noDataText.clear();
+  chart.currency = primary;
+  chart.reset();
+  const auto manager = data.portfolio->manager.lock();
+  if (manager == nullptr || data.snapshotGroup == nullptr ||
+      data.snapshotGroup->sortedSnapshots.empty()) {
+    return;
+  }
+  const DailySnapshots& snapshots = data.snapshotGroup->sortedSnapshots;
+  const Calendar& calendar = manager->calendar;
+
+  auto [series, total] = stackedSeries(data, asset);
+  ChartDataSet topLine = std::move(series.back());
+  series.pop_back();
+  if (!asset || asset->cash() != nullptr) {
+    series.push_back(netDepositsSeries(*data.snapshotGroup));
+  }
+  chart.axisMinimum =
+      data.portfolio->allowsNegativeBalances ? std::nullopt : std::optional<double>(0);
+  chart.prescribedOpeningValue = topLine.entries.front().y;
+  chart.prescribedClosingValue = topLine.entries.back().y;
+  chart.accessibleText = accessibleText(total, snapshots, primary, calendar);
+  chart.tooltipProvider = tooltips(data.snapshotGroup, std::move(total), primary, calendar);
+  chart.setNoninteractiveDataSets(std::move(series));
+  chart.interactiveDataSet = std::move(topLine);
+  addDayLabels(chart, snapshots, calendar);
+  chart.changeHandler();
+}
+
+}  // namespace corvane

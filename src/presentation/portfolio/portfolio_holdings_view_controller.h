@@ -1,0 +1,49 @@
+// The tab that shows what a portfolio holds at the end of the chosen days.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "presentation/charts/pie_chart_view.h"
+#include "presentation/controls/table_model.h"
+#include "presentation/screen/current_portfolio_having.h"
+#include "presentation/screen/screen_surroundings.h"
+
+namespace corvane {
+
+/// A table with a row for the cash of each currency and for each equity, a pie of what they are
+/// worth, and a title. Shows what it is given and fetches nothing. Main queue only.
+class PortfolioHoldingsViewController : public CurrentPortfolioHaving, public TableModel {
+ public:
+  explicit PortfolioHoldingsViewController(ScreenSurroundings surroundings);
+
+  /// Called when title, table and pie have changed.
+  std::function<void()> changeHandler = [] {};
+
+  [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
+  void setCurrentData(PortfolioDataSlice data,
+                      const std::optional<TransactionChanges>& changes) override;
+
+  /// What the rows of the table stand for.
+  [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
+  /// "Current holdings", or the day that they are told of.
+  [[nodiscard]] std::string title() const;
+  [[nodiscard]] const PieChartView& pie() const { return pie_; }
+
+  [[nodiscard]] const std::vector<TableColumn>& columns() const override;
+  [[nodiscard]] std::size_t numberOfRows() const override { return assetEntries_.size(); }
+  [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
+
+ private:
+  [[nodiscard]] AttributedText cashCell(const Currency& currency, std::size_t column) const;
+  [[nodiscard]] AttributedText equityCell(const EquityPointer& equity, std::size_t column) const;
+  void fillPie();
+
+  ScreenSurroundings surroundings_;
+  PortfolioDataSlice currentData_;
+  std::vector<PortfolioAsset> assetEntries_;
+  PieChartView pie_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,69 @@
+#include "presentation/portfolio/portfolio_import.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace corvane {
+
+std::shared_ptr<PortfolioImport> PortfolioImport::make(
+    std::weak_ptr<PortfolioViewController> screen, ScreenSurroundings surroundings,
+    std::shared_ptr<ImportExportWindow> window) {
+  return std::make_shared<PortfolioImport>(Passkey{}, std::move(screen), std::move(surroundings),
+                                           std::move(window));
+}
+
+PortfolioImport::PortfolioImport(Passkey /*passkey*/, std::weak_ptr<PortfolioViewController> screen,
+                                 ScreenSurroundings surroundings,
+                                 std::shared_ptr<ImportExportWindow> window)
+    : screen_(std::move(screen)),
+      surroundings_(std::move(surroundings)),
+      window_(std::move(window)) {}
+
+bool PortfolioImport::canImport() const {
+  const auto screen = screen_.lock();
+  return screen != nullptr && screen->canCreateTransaction() && importExportController_ == nullptr;
+}
+
+void PortfolioImport::importAction() {
+  if (!canImport()) {
+    return;
+  }
+  const auto importer = PortfolioTransactionsImporter::make(screen_.lock()->currentData().portfolio,
+                                                            surroundings_.defaults);
+  const auto controller = ImportController::make(importer);
+  importExportController_ = controller;
+  controller->beginImport(window_, [weakSelf = weak_from_this(), importer](bool hasImported) {
+    const auto self = weakSelf.lock();
+    if (self == nullptr) {
+      return;
+    }
+    if (hasImported) {
+      self->importDidEnd(*importer);
+    }
+    self->importExportController_ = nullptr;
+  });
+}
+
+void PortfolioImport::importDidEnd(const PortfolioTransactionsImporter& importer) {
+  const auto& rows = importer.transactionsToRecord();
+  const auto screen = screen_.lock();
+  const auto manager = importer.portfolio()->manager.lock();
+  if (screen != nullptr && manager != nullptr && !rows.empty() &&
+      screen->currentData().portfolio == importer.portfolio()) {
+    // Statements list the newest row first as often as last.
+    const auto [first, last] = std::minmax(rows.front().settlementDate, rows.back().settlementDate);
+    screen->datesPicker.setLimits(QueryDatesPicker::earliestPossibleDay,
+                                  QueryDatesPicker::latestPossibleDay);
+    screen->datesPicker.setDates(YearMonthDay::of(first, manager->calendar),
+                                 YearMonthDay::of(last, manager->calendar));
+    screen->reload(PortfolioViewController::PortfolioChanged{});
+  }
+  surroundings_.presentMessage("Imported " + std::to_string(rows.size()) + " transactions.");
+  if (surroundings_.undoManager != nullptr) {
+    surroundings_.undoManager->removeAllActions();
+  }
+  surroundings_.documentDidChange();
+}
+
+}  // namespace corvane

@@ -1,0 +1,260 @@
+#include "presentation/transactions/portfolio_transactions_view_controller.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "ledger/portfolio/portfolio_manager_error.h"
+#include "presentation/transactions/transaction_text.h"
+
+namespace corvane {
+namespace {
+
+std::string countedTransactions(const char* verb, std::size_t count) {
+  const std::string start = std::string(verb) + " ";
+  return count == 1 ? start + "Transaction" : start + std::to_string(count) + " Transactions";
+}
+
+bool contains(const std::optional<TransactionSet>& set, const TransactionPointer& row) {
+  return set && set->contains(row);
+}
+
+}  // namespace
+
+PortfolioTransactionsViewController::PortfolioTransactionsViewController(
+    ScreenSurroundings surroundings)
+    : surroundings_(std::move(surroundings)), columns_(transactionColumns()) {}
+
+void PortfolioTransactionsViewController::setCurrentData(
+    PortfolioDataSlice data, const std::optional<TransactionChanges>& changes) {
+  const PortfolioDataSlice before = std::exchange(currentData_, std::move(data));
+  static const std::vector<TransactionPointer> none;
+  const auto& formerRows = before.transactions ? *before.transactions : none;
+  Update update{.rowsChanged = formerRows != rows()};
+  update.columnsChanged = showCashColumn();
+
+  const std::vector<std::size_t> formerSelection = selectedRows_;
+  TransactionSet selected;
+  if (!changes) {
+    for (const std::size_t row : selectedRows_) {
+      selected.insert(formerRows[row]);
+    }
+  }
+  if (changes || (update.rowsChanged && !selected.empty())) {
+    selectedRows_.clear();
+    for (std::size_t i = 0; i < rows().size(); ++i) {
+      const TransactionPointer& row = rows()[i];
+      const bool isEdited =
+          changes && (contains(changes->inserted, row) || contains(changes->deleted, row) ||
+                      contains(changes->modified, row));
+      if (isEdited || selected.contains(row)) {
+        selectedRows_.push_back(i);
+      }
+      if (changes && (contains(changes->inserted, row) || contains(changes->modified, row) ||
+                      contains(changes->recalculated, row))) {
+        update.reloadedRows.push_back(i);
+      }
+    }
+  }
+  update.selectionChanged = update.rowsChanged || selectedRows_ != formerSelection;
+  changeHandler(update);
+}
+
+std::string PortfolioTransactionsViewController::title() const {
+  if (currentData_.portfolio == nullptr || !currentData_.transactions) {
+    return "";
+  }
+  const std::string all = std::to_string(currentData_.portfolio->transactions().size());
+  return showsWholeLedger()
+             ? "All " + all + " transactions"
+             : "Showing " + std::to_string(rows().size()) + " of " + all + " transactions";
+}
+
+std::size_t PortfolioTransactionsViewController::numberOfRows() const {
+  return rows().size();
+}
+
+AttributedText PortfolioTransactionsViewController::cell(std::size_t row,
+                                                         std::size_t column) const {
+  const auto keeper = manager();
+  return transactionText(*transaction(row), static_cast<TransactionColumn>(column),
+                         currentData_.portfolio->primaryCurrency(),
+                         keeper == nullptr ? Calendar::current() : keeper->calendar);
+}
+
+const TransactionPointer& PortfolioTransactionsViewController::transaction(std::size_t row) const {
+  return rows().at(row);
+}
+
+void PortfolioTransactionsViewController::setSelectedRows(std::vector<std::size_t> selected) {
+  std::ranges::sort(selected);
+  assert(selected.empty() || selected.back() < rows().size());
+  selectedRows_ = std::move(selected);
+}
+
+std::vector<TransactionPointer> PortfolioTransactionsViewController::selectedTransactions() const {
+  std::vector<TransactionPointer> selected;
+  for (const std::size_t row : selectedRows_) {
+    selected.push_back(transaction(row));
+  }
+  return selected;
+}
+
+std::string PortfolioTransactionsViewController::modifyMenuTitle() const {
+  return selectedRows_.size() > 1 ? "Modify Transactions…" : "Modify Transaction…";
+}
+
+std::string PortfolioTransactionsViewController::deleteMenuTitle() const {
+  return selectedRows_.size() > 1 ? "Delete Transactions" : "Delete Transaction";
+}
+
+void PortfolioTransactionsViewController::modifyTransactionAction() {
+  if (!selectedRows_.empty()) {
+    performSegue(selectedRows_.size() == 1 ? editTransactionSegueIdentifier
+                                           : editBulkTransactionsSegueIdentifier);
+  }
+}
+
+void PortfolioTransactionsViewController::deleteTransactionAction() {
+  const auto keeper = manager();
+  const auto deleted = selectedTransactions();
+  if (keeper == nullptr || deleted.empty()) {
+    return;
+  }
+  // The edit makes the screen hand over new data before it returns.
+  const PortfolioPointer portfolio = currentData_.portfolio;
+  const bool succeeded = perform(countedTransactions("Delete", deleted.size()), [&] {
+    keeper->deleteTransactions(deleted, portfolio, surroundings_.undoManager);
+  });
+  if (succeeded) {
+    surroundings_.presentMessage("Deleted " + std::to_string(deleted.size()) +
+                                 (deleted.size() == 1 ? " transaction." : " transactions."));
+  }
+}
+
+bool PortfolioTransactionsViewController::modify(const TransactionPointer& transaction,
+                                                 const Order& order) {
+  const auto* record = std::get_if<Order::Record>(&order.kind);
+  if (record == nullptr) {
+    surroundings_.presentError(
+        PortfolioManagerError(PortfolioManagerError::InvalidOrderType{order}));
+    return false;
+  }
+  return revise({transaction}, {record->transaction});
+}
+
+bool PortfolioTransactionsViewController::modify(
+    const std::vector<TransactionPointer>& transactions, const BulkRevision& revision) {
+  std::vector<BasicTransaction> revisions;
+  revisions.reserve(transactions.size());
+  for (const TransactionPointer& transaction : transactions) {
+    revisions.push_back(revision.applied(transaction->basic));
+  }
+  return revise(transactions, revisions);
+}
+
+bool PortfolioTransactionsViewController::validateDrop(const std::vector<std::size_t>& draggedRows,
+                                                       std::size_t row) const {
+  if (draggedRows.empty() || row > rows().size()) {
+    return false;
+  }
+  const auto isDraggable = [&](std::size_t dragged) {
+    return dragged < rows().size() && dragged != row && dragged + 1 != row;
+  };
+  if (!std::ranges::all_of(draggedRows, isDraggable)) {
+    return false;
+  }
+  const Date date = transaction(draggedRows.front())->settlementDate();
+  const auto hasDate = [&](std::size_t place) {
+    return transaction(place)->settlementDate() == date;
+  };
+  return std::ranges::all_of(draggedRows, hasDate) &&
+         ((row > 0 && hasDate(row - 1)) || (row < rows().size() && hasDate(row)));
+}
+
+bool PortfolioTransactionsViewController::acceptDrop(std::vector<std::size_t> draggedRows,
+                                                     std::size_t row) {
+  const auto keeper = manager();
+  if (keeper == nullptr || !validateDrop(draggedRows, row)) {
+    return false;
+  }
+  std::ranges::sort(draggedRows);
+  PortfolioManager::Transactions moved;
+  for (const std::size_t dragged : draggedRows) {
+    moved.push_back(transaction(dragged));
+  }
+  const TransactionPointer anchor = row < rows().size() ? transaction(row) : rowBehindLast();
+  const PortfolioPointer portfolio = currentData_.portfolio;
+  return perform("Transaction Order", [&] {
+    keeper->moveTransactions(moved, PortfolioManager::Anchors(moved.size(), anchor), portfolio,
+                             surroundings_.undoManager);
+  });
+}
+
+std::vector<TransactionPointer> PortfolioTransactionsViewController::exportedTransactions() const {
+  return selectedRows_.empty() ? rows() : selectedTransactions();
+}
+
+std::string PortfolioTransactionsViewController::exportTitle() const {
+  const bool hasSelection = !selectedRows_.empty();
+  const std::size_t count = hasSelection ? selectedRows_.size() : rows().size();
+  const bool isAll =
+      currentData_.portfolio != nullptr && count == currentData_.portfolio->transactions().size();
+  return std::string("Exporting") + (isAll ? " all" : "") + " " + std::to_string(count) + " " +
+         (hasSelection ? "selected " : "") + (count == 1 ? "transaction." : "transactions.");
+}
+
+const std::vector<TransactionPointer>& PortfolioTransactionsViewController::rows() const {
+  static const std::vector<TransactionPointer> none;
+  return currentData_.transactions ? *currentData_.transactions : none;
+}
+
+std::shared_ptr<PortfolioManager> PortfolioTransactionsViewController::manager() const {
+  return currentData_.portfolio == nullptr ? nullptr : currentData_.portfolio->manager.lock();
+}
+
+bool PortfolioTransactionsViewController::showsWholeLedger() const {
+  return rows().size() == currentData_.portfolio->transactions().size();
+}
+
+/// The row of the ledger behind the last one shown; null where that is the last of all.
+TransactionPointer PortfolioTransactionsViewController::rowBehindLast() const {
+  const auto& ledger = currentData_.portfolio->transactions();
+  const auto last = std::ranges::find(ledger, rows().back());
+  return last == ledger.end() || last + 1 == ledger.end() ? nullptr : *(last + 1);
+}
+
+/// Shows the column of cash balances for a portfolio with cash accounts; whether that is new.
+bool PortfolioTransactionsViewController::showCashColumn() {
+  TableColumn& column = columns_.at(static_cast<std::size_t>(TransactionColumn::netCash));
+  const bool isHidden =
+      currentData_.portfolio == nullptr || !currentData_.portfolio->usesCashAccounts;
+  return std::exchange(column.isHidden, isHidden) != isHidden;
+}
+
+template <typename Edit>
+bool PortfolioTransactionsViewController::perform(const std::string& actionName, Edit edit) {
+  try {
+    edit();
+  } catch (const Error& error) {
+    surroundings_.presentError(error);
+    return false;
+  }
+  if (surroundings_.undoManager != nullptr) {
+    surroundings_.undoManager->setActionName(actionName);
+  }
+  return true;
+}
+
+bool PortfolioTransactionsViewController::revise(
+    const std::vector<TransactionPointer>& transactions,
+    const std::vector<BasicTransaction>& revisions) {
+  const auto keeper = manager();
+  const PortfolioPointer portfolio = currentData_.portfolio;
+  return keeper != nullptr && perform(countedTransactions("Modify", transactions.size()), [&] {
+           keeper->reviseTransactions(transactions, revisions, std::nullopt, portfolio,
+                                      surroundings_.undoManager);
+         });
+}
+
+}  // namespace corvane

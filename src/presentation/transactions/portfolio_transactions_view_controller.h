@@ -1,0 +1,117 @@
+// The tab that lists the rows of a ledger, and lets the user change, delete and reorder them.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ledger/transaction/order.h"
+#include "presentation/controls/table_model.h"
+#include "presentation/screen/current_portfolio_having.h"
+#include "presentation/screen/screen_surroundings.h"
+
+namespace corvane {
+
+/// The transactions table. Rows are those of the chosen days in ledger order; their texts are made
+/// when they are asked for. Edits go through the portfolio's manager; what it refuses is shown on
+/// the window. Held by shared pointer only. Main queue only.
+class PortfolioTransactionsViewController : public CurrentPortfolioHaving, public TableModel {
+ public:
+  /// What has changed in the table.
+  struct Update {
+    /// Whether rows came, went or moved; their selection then has to be shown anew too.
+    bool rowsChanged = true;
+    /// Rows whose texts have changed, by their place in the table as it is now; the other rows
+    /// that stayed need not be drawn again.
+    std::vector<std::size_t> reloadedRows = {};
+    bool columnsChanged = false;
+    bool selectionChanged = false;
+  };
+
+  static constexpr std::string_view editTransactionSegueIdentifier = "EditTransaction";
+  static constexpr std::string_view editBulkTransactionsSegueIdentifier = "EditBulkTransactions";
+  /// The type under which dragged rows carry their place in the table, a whole number.
+  static constexpr std::string_view transactionIndexPasteboardType =
+      "ca.orlend.Corvane.PortfolioTransactionsViewController.transactionIndex";
+
+  explicit PortfolioTransactionsViewController(ScreenSurroundings surroundings);
+
+  /// Called when there is something new to draw.
+  std::function<void(const Update&)> changeHandler = [](const Update&) {};
+  /// Opens the form for the selected rows that one of the two identifiers names.
+  std::function<void(std::string_view segueIdentifier)> performSegue = [](std::string_view) {};
+
+  [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
+  void setCurrentData(PortfolioDataSlice data,
+                      const std::optional<TransactionChanges>& changes) override;
+
+  /// How many of the ledger's rows are shown; empty without data.
+  [[nodiscard]] std::string title() const;
+
+  [[nodiscard]] const std::vector<TableColumn>& columns() const override { return columns_; }
+  [[nodiscard]] std::size_t numberOfRows() const override;
+  [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] const TransactionPointer& transaction(std::size_t row) const;
+
+  /// Places of the selected rows, ascending.
+  [[nodiscard]] const std::vector<std::size_t>& selectedRows() const { return selectedRows_; }
+  void setSelectedRows(std::vector<std::size_t> rows);
+  [[nodiscard]] std::vector<TransactionPointer> selectedTransactions() const;
+
+  // Commands for the selected rows.
+
+  [[nodiscard]] std::string modifyMenuTitle() const;
+  [[nodiscard]] std::string deleteMenuTitle() const;
+  [[nodiscard]] bool canModifyAndDelete() const { return !selectedRows_.empty(); }
+
+  /// Opens the form for the selected row, or the one for many.
+  void modifyTransactionAction();
+  /// Deletes the selected rows and says how many they were.
+  void deleteTransactionAction();
+
+  /// Carries out what a form has come to; whether it may close. A refusal is shown and keeps it
+  /// open.
+  [[nodiscard]] bool modify(const TransactionPointer& transaction, const Order& order);
+  [[nodiscard]] bool modify(const std::vector<TransactionPointer>& transactions,
+                            const BulkRevision& revision);
+
+  // Reordering by drag.
+
+  /// Whether `draggedRows` may be dropped at `row`, which is the place in front of that row, or
+  /// behind the last row where it is their number: rows of one settlement date, next to a row of
+  /// the same date, and not where they are already. Not for a drop on a row.
+  [[nodiscard]] bool validateDrop(const std::vector<std::size_t>& draggedRows,
+                                  std::size_t row) const;
+  /// Moves the rows there; whether the ledger took it.
+  bool acceptDrop(std::vector<std::size_t> draggedRows, std::size_t row);
+
+  // Export.
+
+  static constexpr std::string_view exportConfigurationKey =
+      "portfolioTransactionsExportConfiguration";
+  /// The selected rows, or all that are shown.
+  [[nodiscard]] std::vector<TransactionPointer> exportedTransactions() const;
+  [[nodiscard]] std::string exportTitle() const;
+
+ private:
+  [[nodiscard]] const std::vector<TransactionPointer>& rows() const;
+  [[nodiscard]] std::shared_ptr<PortfolioManager> manager() const;
+  [[nodiscard]] bool showsWholeLedger() const;
+  [[nodiscard]] TransactionPointer rowBehindLast() const;
+  bool showCashColumn();
+  /// Runs `edit`, names its undo step, and shows what it throws; whether it threw nothing.
+  template <typename Edit>
+  bool perform(const std::string& actionName, Edit edit);
+  [[nodiscard]] bool revise(const std::vector<TransactionPointer>& transactions,
+                            const std::vector<BasicTransaction>& revisions);
+
+  ScreenSurroundings surroundings_;
+  PortfolioDataSlice currentData_;
+  std::vector<TableColumn> columns_;
+  std::vector<std::size_t> selectedRows_;
+};
+
+}  // namespace corvane

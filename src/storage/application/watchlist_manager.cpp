@@ -1,0 +1,198 @@
+#include "storage/application/watchlist_manager.h"
+
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+namespace corvane {
+namespace {
+
+/// In one piece, since lines come from several threads.
+void printLine(const std::string& line) {
+  std::cout << line + "\n" << std::flush;
+}
+
+EquitySet difference(EquitySet equities, const EquitySet& others) {
+  std::erase_if(equities, [&](const EquityPointer& equity) { return others.contains(equity); });
+  return equities;
+}
+
+/// What a valuation of `portfolios` needs; one that cannot be listed needs nothing.
+EquitySet valuationEquities(const std::vector<PortfolioPointer>& portfolios) {
+  EquitySet equities;
+  for (const auto& portfolio : portfolios) {
+    if (const auto manager = portfolio->manager.lock()) {
+      try {
+        equities.merge(manager->valuationEquities(portfolio));
+      } catch (const Error&) {  // It has nothing to be refreshed then.
+      }
+    }
+  }
+  return equities;
+}
+
+}  // namespace
+
+std::shared_ptr<WatchlistManager> WatchlistManager::start(OpenModels openModels,
+                                                          Intervals intervals) {
+  auto manager = std::make_shared<WatchlistManager>(Passkey{}, std::move(openModels), intervals);
+  manager->refreshWatchlist();
+  manager->refreshPortfolios();
+  manager->notificationObserver_ = NotificationCenter::defaultCenter().addObserver(
+      std::string(quoteDataSourceChanged), nullptr,
+      [weakManager = std::weak_ptr(manager)](const Notification&) {
+        if (const auto self = weakManager.lock()) {
+          self->refreshWatchlist();
+          self->refreshPortfolios();
+        }
+      },
+      DispatchQueue::main());
+  return manager;
+}
+
+WatchlistManager::WatchlistManager(Passkey, OpenModels openModels, Intervals intervals)
+    : openModels_(std::move(openModels)), intervals_(intervals) {}
+
+void WatchlistManager::refreshWatchlist() {
+  EquitySet equities;
+  for (const auto& model : openModels_()) {
+    equities.insert(model->watchlistEquities.begin(), model->watchlistEquities.end());
+  }
+  refreshEquitySet(equities, nullptr,
+                   [post = poster(didRefreshWatchlistEquities, equitiesKey, equities)](bool ok) {
+                     if (ok) {
+                       post();
+                     }
+                   });
+  recentlyRefreshedWatchlistEquities_ = std::move(equities);
+
+  if (watchlistRefreshTimer_ != nullptr) {
+    watchlistRefreshTimer_->invalidate();
+  }
+  watchlistRefreshTimer_ = Timer::scheduled(intervals_.watchlistRefreshInterval, false,
+                                            [weakSelf = weak_from_this()](Timer&) {
+                                              if (const auto self = weakSelf.lock()) {
+                                                self->refreshWatchlist();
+                                              }
+                                            });
+}
+
+void WatchlistManager::refreshPortfolios() {
+  std::vector<PortfolioPointer> portfolios;
+  for (const auto& model : openModels_()) {
+    std::ranges::copy(model->portfolios(), std::back_inserter(portfolios));
+  }
+  const DispatchGroup group;
+  refreshEquitySet(
+      difference(valuationEquities(portfolios), recentlyRefreshedWatchlistEquities_),
+      [group] { group.enter(); }, [group](bool) { group.leave(); });
+  group.notify(
+      DispatchQueue::main(), [weakSelf = weak_from_this(),
+                              post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios),
+                              count = portfolios.size()] {
+        printLine("Watchlist finished refreshing " + std::to_string(count) + " portfolios.");
+        post();
+        const auto self = weakSelf.lock();
+        if (self == nullptr) {
+          return;
+        }
+        auto& timers = self->portfolioRefreshTimers_;
+        std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
+        timers.push_back(
+            Timer::scheduled(self->intervals_.portfolioRefreshInterval, false, [weakSelf](Timer&) {
+              if (const auto manager = weakSelf.lock()) {
+                manager->refreshPortfolios();
+              }
+            }));
+      });
+}
+
+void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model) {
+  const std::vector<PortfolioPointer> portfolios = model->portfolios();
+  EquitySet equities(model->watchlistEquities.begin(), model->watchlistEquities.end());
+  for (const auto& portfolio : portfolios) {
+    if (!portfolio->snapshotsByYear.empty()) {
+      for (const auto& [equity, holding] :
+           portfolio->snapshotsByYear.rbegin()->second.equitySnapshots) {
+        equities.insert(equity);
+      }
+    }
+  }
+  const EquitySet known = equities;
+  equities = difference(std::move(equities), recentlyRefreshedWatchlistEquities_);
+  const auto post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios);
+  refreshEquitySet(equities, nullptr, [weakSelf = weak_from_this(), model, known, post](bool ok) {
+    if (!ok) {
+      return;
+    }
+    post();
+    DispatchQueue::main()->async([weakSelf, model, known] {
+      if (const auto self = weakSelf.lock()) {
+        self->refreshRates(*model, known);
+      }
+    });
+  });
+  recentlyRefreshedWatchlistEquities_ = std::move(equities);
+}
+
+void WatchlistManager::refreshRates(const WorkspaceModel& model, const EquitySet& known) {
+  const std::vector<PortfolioPointer> portfolios = model.portfolios();
+  refreshEquitySet(
+      difference(valuationEquities(portfolios), known), nullptr,
+      [post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios)](bool ok) {
+        if (ok) {
+          post();
+        }
+      });
+}
+
+void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<void()>& begins,
+                                        Ended ended) {
+  while (!equities.empty()) {
+    std::uniform_int_distribution<std::size_t> position(0, equities.size() - 1);
+    const auto picked = std::next(equities.begin(), static_cast<std::ptrdiff_t>(position(random_)));
+    const std::shared_ptr<QuoteProvider> provider = (*picked)->quoteProvider.lock();
+    if (provider == nullptr) {
+      equities.erase(picked);
+      continue;
+    }
+    std::vector<EquityPointer> partition;
+    for (auto equity = equities.begin(); equity != equities.end();) {
+      if ((*equity)->quoteProvider.lock() == provider) {
+        partition.push_back(*equity);
+        equity = equities.erase(equity);
+      } else {
+        ++equity;
+      }
+    }
+    if (begins) {
+      begins();
+    }
+    const std::string subject =
+        std::to_string(partition.size()) + " equities in " + provider->providerName();
+    provider->refreshEquities(std::move(partition), [subject, ended](const ErrorPointer& error) {
+      if (error == nullptr) {
+        printLine("Watchlist refreshed " + subject + ".");
+      } else {
+        std::ostringstream line;
+        line << "Watchlist error occurred while refreshing " << subject << ": " << *error;
+        printLine(line.str());
+      }
+      ended(error == nullptr);
+    });
+  }
+}
+
+std::function<void()> WatchlistManager::poster(std::string_view name, std::string_view key,
+                                               std::any value) {
+  return
+      [weakSelf = weak_from_this(), identity = static_cast<const void*>(this),
+       name = std::string(name), info = NotificationCenter::UserInfo{{std::string(key), value}}] {
+        // Not locked: the last reference must not end on another thread.
+        if (!weakSelf.expired()) {
+          NotificationCenter::defaultCenter().post(name, identity, info);
+        }
+      };
+}
+
+}  // namespace corvane

@@ -1,0 +1,90 @@
+// Keeps the recent prices of what the user looks at up to date while the program runs.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <random>
+#include <string_view>
+#include <vector>
+
+#include "core/market/equity_info.h"
+#include "platform/async/dispatch_group.h"
+#include "platform/async/notification_center.h"
+#include "platform/async/timer.h"
+#include "storage/workspace/workspace_model.h"
+
+namespace corvane {
+
+/// Refreshes the equities of all watchlists on a fast timer and those that the portfolios hold on a
+/// slow one, each provider's in one call, and tells of what is in by notification.
+///
+/// A refresh that fails is printed and tried again with the next timer. Main queue only; the two
+/// notifications are posted where the provider's completion runs, or on the main queue.
+class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
+  struct Passkey {};
+
+ public:
+  /// The models of the open workspaces as they are now.
+  using OpenModels = std::function<std::vector<std::shared_ptr<WorkspaceModel>>()>;
+
+  /// Carries the EquitySet of the refresh under equitiesKey.
+  static constexpr std::string_view didRefreshWatchlistEquities =
+      "ca.orlend.corvane.WatchlistManager.didRefreshWatchlistEquities";
+  static constexpr std::string_view equitiesKey = "equities";
+  /// Carries a std::vector<PortfolioPointer> under portfoliosKey.
+  static constexpr std::string_view didRefreshPortfolioEquities =
+      "ca.orlend.corvane.WatchlistManager.didRefreshPortfolioEquities";
+  static constexpr std::string_view portfoliosKey = "portfolios";
+  /// At this news both refreshes run at once.
+  static constexpr std::string_view quoteDataSourceChanged = "AppDelegate.quoteDataSourceChanged";
+
+  struct Intervals {
+    DispatchQueue::Duration watchlistRefreshInterval{30.0};
+    /// From the end of one refresh to the start of the next.
+    DispatchQueue::Duration portfolioRefreshInterval{120.0};
+  };
+
+  /// Starts both refreshes, and with them their timers.
+  [[nodiscard]] static std::shared_ptr<WatchlistManager> start(OpenModels openModels) {
+    return start(std::move(openModels), Intervals{});
+  }
+  [[nodiscard]] static std::shared_ptr<WatchlistManager> start(OpenModels openModels,
+                                                               Intervals intervals);
+
+  WatchlistManager(Passkey passkey, OpenModels openModels, Intervals intervals);
+  WatchlistManager(const WatchlistManager&) = delete;
+  WatchlistManager& operator=(const WatchlistManager&) = delete;
+
+  void refreshWatchlist();
+
+  /// Refreshes what the portfolios need for a valuation and the watchlists do not bring anyway. A
+  /// timer that is pending stays.
+  void refreshPortfolios();
+
+  /// Refreshes the equities of a workspace that has just been opened, and then the exchange rates
+  /// that they turn out to need: only a refresh tells in which currency an equity is traded.
+  void refreshModel(const std::shared_ptr<WorkspaceModel>& model);
+
+ private:
+  using Ended = std::function<void(bool succeeded)>;
+
+  /// Asks each provider for its part of `equities`. `begins` is called before each request, and
+  /// `ended` after it on whatever thread.
+  void refreshEquitySet(EquitySet equities, const std::function<void()>& begins, Ended ended);
+  /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
+  void refreshRates(const WorkspaceModel& model, const EquitySet& known);
+  /// Posts for as long as this manager lives; callable on any thread.
+  [[nodiscard]] std::function<void()> poster(std::string_view name, std::string_view key,
+                                             std::any value);
+
+  const OpenModels openModels_;
+  const Intervals intervals_;
+  std::shared_ptr<Timer> watchlistRefreshTimer_;
+  /// Those of all passes that have not fired: a pass that somebody else started leaves one more.
+  std::vector<std::shared_ptr<Timer>> portfolioRefreshTimers_;
+  EquitySet recentlyRefreshedWatchlistEquities_;
+  std::minstd_rand random_{std::random_device{}()};
+  NotificationCenter::Token notificationObserver_;
+};
+
+}  // namespace corvane

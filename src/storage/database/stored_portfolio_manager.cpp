@@ -1,0 +1,232 @@
+#include "storage/database/stored_portfolio_manager.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "ledger/accounting/calendar_years.h"
+#include "platform/data/sqlite_transaction.h"
+#include "storage/database/ledger_reader.h"
+#include "storage/database/ledger_writer.h"
+#include "storage/database/portfolio_schema.h"
+
+namespace corvane {
+namespace {
+
+using Failure = PortfolioManagerError;
+
+StoredPortfolio& stored(Portfolio& portfolio) {
+  assert(dynamic_cast<StoredPortfolio*>(&portfolio) != nullptr &&
+         "a stored portfolio manager holds stored portfolios only");
+  return static_cast<StoredPortfolio&>(portfolio);
+}
+
+std::string_view textOf(std::span<const std::byte> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+bool isPowerOfTen(const Decimal& value) {
+  return value.sign() == Sign::plus && value.mantissa() == 1 && value.exponent() >= 0;
+}
+
+/// The portfolio of the row that `row` stands on, without its totals.
+std::shared_ptr<StoredPortfolio> portfolioOf(const SQLiteStatement& row,
+                                             const std::weak_ptr<PortfolioManager>& manager) {
+  const StoredNumbers values(row);
+  const auto id = values.whole(row.column("id"));
+  const auto dateCreated = values.date(row.column("dateCreated"));
+  const auto name = values.text(row.column("name"));
+  const auto currency = values.whole(row.column("primaryCurrency"));
+  const auto sharesFactor = values.whole(row.column("sharesFactor"));
+  if (!id || !dateCreated || !name || !currency || !sharesFactor ||
+      !isPowerOfTen(Decimal(*sharesFactor))) {
+    throw Failure(Failure::LedgerInconsistency{"Missing portfolio data."});
+  }
+  auto portfolio = std::make_shared<StoredPortfolio>(manager, currencyWithNumber(*currency), *id);
+  portfolio->name = *name;
+  portfolio->dateCreated = *dateCreated;
+  portfolio->sharesFactor = *sharesFactor;
+  if (const auto json = row.blob("settings")) {
+    const auto settings = PortfolioSettings::fromJSON(textOf(*json));
+    portfolio->allowsNegativeBalances = settings.allowsNegativeBalances;
+    portfolio->usesCashAccounts = settings.usesCashAccounts;
+  }
+  return portfolio;
+}
+
+/// Makes the yearly totals of `portfolio` anew where they are not those of `rows`: in another time
+/// zone than that of the last edit, rows around New Year fall in another year, and no walk could
+/// start from the old totals. A ledger that does not balance is left as it is; every walk over it
+/// says what is wrong.
+void renewYearlyTotals(StoredPortfolio& portfolio, std::span<const TransactionPointer> rows,
+                       const Calendar& calendar) {
+  CalendarYears years(calendar);
+  std::map<int, PortfolioSnapshot> totals;
+  PortfolioSnapshot state;
+  bool areCurrent = true;
+  try {
+    while (!rows.empty()) {
+      const int year = years.yearOf(rows.front()->settlementDate());
+      const auto next = std::ranges::find_if(rows, [&](const TransactionPointer& row) {
+        return years.yearOf(row->settlementDate()) != year;
+      });
+      const auto count = static_cast<std::size_t>(next - rows.begin());
+      state = PortfolioManager::replay(rows.first(count), std::move(state));
+      const auto kept = portfolio.snapshotsByYear.find(year);
+      areCurrent = areCurrent && kept != portfolio.snapshotsByYear.end() && kept->second == state;
+      totals.emplace(year, state);
+      rows = rows.subspan(count);
+    }
+  } catch (const PortfolioManagerError&) {
+    return;
+  }
+  if (!areCurrent) {
+    portfolio.snapshotsByYear = std::move(totals);
+  }
+}
+
+}  // namespace
+
+std::shared_ptr<StoredPortfolioManager> StoredPortfolioManager::open(
+    std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile) {
+  auto manager =
+      std::make_shared<StoredPortfolioManager>(Passkey(), std::move(provider), databaseFile);
+  manager->loadPortfolios();
+  return manager;
+}
+
+StoredPortfolioManager::StoredPortfolioManager(Passkey /*passkey*/,
+                                               std::shared_ptr<QuoteProvider> provider,
+                                               const std::filesystem::path& databaseFile)
+    : PortfolioManager(std::move(provider), &makeTransaction<StoredPortfolioTransaction>),
+      database_(databaseFile, SQLiteDatabase::Mode::create) {
+  database_.executeScript(
+      "PRAGMA locking_mode = EXCLUSIVE;\n"
+      "PRAGMA journal_mode = WAL;\n"
+      "PRAGMA foreign_keys = ON;");
+  migratePortfolioSchema(database_);
+}
+
+StoredPortfolioManager::~StoredPortfolioManager() {
+  try {
+    database_.close();
+  } catch (const SQLiteError& error) {
+    std::cout << "Failed to close portfolio database: " << error.message << std::endl;
+  }
+}
+
+void StoredPortfolioManager::loadPortfolios() {
+  portfolios_.clear();
+  SQLiteStatement row = database_.query("SELECT * FROM portfolios ORDER BY dateCreated ASC;");
+  while (row.step()) {
+    auto portfolio = portfolioOf(row, weak_from_this());
+    readYearlyTotals(database_, *portfolio, *quoteProvider);
+    portfolios_.push_back(std::move(portfolio));
+  }
+}
+
+void StoredPortfolioManager::compactStorage() {
+  database_.executeScript("VACUUM;");
+  SQLiteStatement checkpoint = database_.query("PRAGMA wal_checkpoint(TRUNCATE);");
+  if (checkpoint.step() && checkpoint.integer(0) != 0) {
+    throw SQLiteError(5, "the write-ahead log is in use", "PRAGMA wal_checkpoint(TRUNCATE);");
+  }
+}
+
+PortfolioPointer StoredPortfolioManager::createPortfolio(const Currency& primaryCurrency) {
+  const Date now = Date::now();
+  inTransaction(database_, [&] {
+    database_.execute(
+        "INSERT INTO portfolios\n"
+        "(name, dateCreated, primaryCurrency, sharesFactor)\n"
+        "VALUES (?, ?, ?, ?);",
+        {"", now.timeIntervalSince1970(), std::int64_t{primaryCurrency.number}, std::int64_t{1}});
+  });
+  auto portfolio = std::make_shared<StoredPortfolio>(weak_from_this(), primaryCurrency,
+                                                     database_.lastInsertedRowId());
+  portfolio->dateCreated = now;
+  portfolios_.push_back(portfolio);
+  return portfolio;
+}
+
+void StoredPortfolioManager::portfolioPropertiesDidChange(const PortfolioPointer& portfolio) {
+  PortfolioManager::portfolioPropertiesDidChange(portfolio);
+  const std::string settings =
+      PortfolioSettings{portfolio->allowsNegativeBalances, portfolio->usesCashAccounts}.json();
+  inTransaction(database_, [&] {
+    database_.execute(
+        "UPDATE portfolios SET\n(name, settings)\n= (?, ?)\nWHERE id = ?;",
+        {portfolio->name, std::as_bytes(std::span(settings)), stored(*portfolio).portfolioId});
+  });
+}
+
+void StoredPortfolioManager::removePortfolio(const PortfolioPointer& portfolio) {
+  if (std::ranges::find(portfolios_, portfolio) != portfolios_.end()) {
+    inTransaction(database_, [&] {
+      database_.execute("DELETE FROM portfolios\nWHERE id = ?", {stored(*portfolio).portfolioId});
+    });
+  }
+  PortfolioManager::removePortfolio(portfolio);
+}
+
+void StoredPortfolioManager::deleteTransactions(const Transactions& subjects,
+                                                const PortfolioPointer& portfolio,
+                                                const UndoManagerPointer& undoManager) {
+  for (const TransactionPointer& subject : subjects) {
+    const auto* row = dynamic_cast<const StoredPortfolioTransaction*>(subject.get());
+    assert(row != nullptr && "a stored portfolio holds stored rows only");
+    if (!row->transactionId) {
+      throw Failure(
+          Failure::LedgerInconsistency{"The transaction is not commited in the stored portfolio."});
+    }
+  }
+  PortfolioManager::deleteTransactions(subjects, portfolio, undoManager);
+}
+
+PortfolioManager::Transactions StoredPortfolioManager::loadTransactions(
+    StoredPortfolio& portfolio) {
+  Transactions rows = readTransactions(database_, portfolio.shared_from_this(), *quoteProvider);
+  renewYearlyTotals(portfolio, rows, calendar);
+  return rows;
+}
+
+void StoredPortfolioManager::keepEdit(const PortfolioPointer& portfolio,
+                                      const std::function<EditedRows()>& edit) {
+  stored(*portfolio).requireTransactions();
+  LedgerWriter writer(database_, stored(*portfolio));
+  writer_ = &writer;
+  try {
+    inTransaction(database_, [&] {
+      const EditedRows edited = edit();
+      writer.remove(edited.removed);
+      writer.resequence(edited.placed);
+      writer.flush([this] { tellRecordingObserver(); });
+    });
+  } catch (...) {
+    writer_ = nullptr;
+    writer.restore();
+    throw;
+  }
+  writer_ = nullptr;
+}
+
+void StoredPortfolioManager::transactionRecalculated(PortfolioTransaction& row,
+                                                     Portfolio& /*portfolio*/) {
+  assert(writer_ != nullptr && dynamic_cast<StoredPortfolioTransaction*>(&row) != nullptr);
+  writer_->rowChanged(static_cast<StoredPortfolioTransaction&>(row));
+}
+
+void StoredPortfolioManager::ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio) {
+  assert(writer_ != nullptr);
+  writer_->totalsChanged(
+      startIndex == 0
+          ? 0
+          : calendar.component(CalendarUnit::year,
+                               portfolio.transactions()[startIndex - 1]->settlementDate()));
+}
+
+}  // namespace corvane

@@ -1,0 +1,67 @@
+// The portfolio manager of a workspace: everything that it changes stands in a database file.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "ledger/manager/portfolio_manager.h"
+#include "platform/data/sqlite.h"
+#include "storage/database/stored_portfolio.h"
+
+namespace corvane {
+
+class LedgerWriter;
+
+/// Keeps portfolios, their rows and their yearly totals in one SQLite file, which it alone has
+/// open.
+///
+/// Every edit is one transaction of the database: it stands in memory and in the file, or in
+/// neither. Opening reads the portfolios and their yearly totals; the rows of a portfolio are read
+/// when they are first asked for. Beside what a portfolio manager throws, all operations throw
+/// SQLiteError. One thread at a time.
+class StoredPortfolioManager final : public PortfolioManager {
+  struct Passkey {};
+
+ public:
+  /// Opens the file at `databaseFile`, makes it where it is missing, brings an older one up to date
+  /// and loads the portfolios. Throws SQLiteError, JSONError for settings that cannot be read, and
+  /// PortfolioManagerError for other portfolio data.
+  [[nodiscard]] static std::shared_ptr<StoredPortfolioManager> open(
+      std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile);
+
+  StoredPortfolioManager(Passkey passkey, std::shared_ptr<QuoteProvider> provider,
+                         const std::filesystem::path& databaseFile);
+  /// Closes the file.
+  ~StoredPortfolioManager() override;
+
+  [[nodiscard]] SQLiteDatabase& database() { return database_; }
+
+  /// Shrinks the file to what is in use and brings all of it into the main file, so that this alone
+  /// can be copied.
+  void compactStorage() override;
+
+  PortfolioPointer createPortfolio(const Currency& primaryCurrency) override;
+  void portfolioPropertiesDidChange(const PortfolioPointer& portfolio) override;
+  void removePortfolio(const PortfolioPointer& portfolio) override;
+  void deleteTransactions(const Transactions& subjects, const PortfolioPointer& portfolio,
+                          const UndoManagerPointer& undoManager) override;
+
+  /// The rows of `portfolio` as they stand in the file. Where its yearly totals are not theirs, as
+  /// after a change of the user's time zone, they are made anew in memory.
+  [[nodiscard]] Transactions loadTransactions(StoredPortfolio& portfolio);
+
+ protected:
+  void keepEdit(const PortfolioPointer& portfolio,
+                const std::function<EditedRows()>& edit) override;
+  void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio) override;
+  void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio) override;
+
+ private:
+  void loadPortfolios();
+
+  SQLiteDatabase database_;
+  LedgerWriter* writer_ = nullptr;  ///< of the edit under way
+};
+
+}  // namespace corvane

@@ -1,0 +1,113 @@
+#include "storage/workspace/document.h"
+
+#include "platform/system/replacement_directory.h"
+
+namespace corvane {
+
+namespace fs = std::filesystem;
+
+Document::Document() {
+  undoObservation_ = undoManager_->addObserver([this](UndoManager::Change change) {
+    switch (change) {
+      case UndoManager::Change::registered:
+        // A new edit after undoing past the saved content cuts the way back to that off.
+        isSavedContentReachable_ = isSavedContentReachable_ && savedPosition_ <= position_;
+        ++position_;
+        break;
+      case UndoManager::Change::undone:
+        updateChangeCount(ChangeType::undone);
+        break;
+      case UndoManager::Change::redone:
+        updateChangeCount(ChangeType::redone);
+        break;
+    }
+  });
+}
+
+std::string Document::displayName() const {
+  return fileURL_ ? fileURL_->stem().string() : draftName_;
+}
+
+bool Document::isDocumentEdited() const {
+  return !isSavedContentReachable_ || position_ != savedPosition_;
+}
+
+void Document::updateChangeCount(ChangeType type) {
+  switch (type) {
+    case ChangeType::done:
+      isSavedContentReachable_ = false;
+      break;
+    case ChangeType::undone:
+      --position_;
+      break;
+    case ChangeType::redone:
+      ++position_;
+      break;
+    case ChangeType::cleared:
+      savedPosition_ = position_;
+      isSavedContentReachable_ = true;
+      break;
+  }
+}
+
+fs::path Document::resolved(const fs::path& path) {
+  std::error_code error;
+  fs::path full = fs::weakly_canonical(fs::absolute(path, error), error);
+  if (error) {
+    full = fs::absolute(path, error).lexically_normal();
+  }
+  return full.has_filename() ? full : full.parent_path();
+}
+
+void Document::open(const fs::path& path) {
+  const fs::path url = resolved(path);
+  // Taken first, so that a change while the files are being read is noticed at the next save.
+  const auto found = package::stamp(url);
+  fileURL_ = url;
+  read(url, typeOf(url));
+  stamp_ = found;
+  updateChangeCount(ChangeType::cleared);
+}
+
+void Document::revertToSaved() {
+  if (fileURL_) {
+    undoManager_->removeAllActions();
+    open(*fileURL_);
+  }
+}
+
+void Document::save(const fs::path& path, Replacing replacing) {
+  const fs::path target = resolved(path);
+  requireReplaceable(target, replacing);
+  const ReplacementDirectory beside(target);
+  const fs::path finished = beside.path() / target.filename();
+  write(finished, typeOf(target));
+  if (package::stamp(target)) {
+    package::takeOverPermissions(finished, target);
+  }
+  files::synchronize(finished);
+  const auto written = package::stamp(finished);
+
+  // Once more, since writing takes its time.
+  requireReplaceable(target, replacing);
+  files::replace(target, finished);
+  fileURL_ = target;
+  stamp_ = written;
+  updateChangeCount(ChangeType::cleared);
+  ReplacementDirectory::removeAbandoned(target);
+}
+
+void Document::requireReplaceable(const fs::path& path, Replacing replacing) const {
+  const auto found = package::stamp(path);
+  if (!found || replacing == Replacing::anything) {
+    return;
+  }
+  if (path != fileURL_) {
+    throw DocumentError(DocumentError::AlreadyExists{path});
+  }
+  if (found != stamp_) {
+    throw DocumentError(DocumentError::ChangedElsewhere{path});
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,48 @@
+#include "storage/workspace/document_error.h"
+
+#include "platform/overloaded.h"
+
+namespace corvane {
+namespace {
+
+std::string nameOf(const std::filesystem::path& path) {
+  return "“" + path.filename().string() + "”";
+}
+
+}  // namespace
+
+std::optional<std::string> DocumentError::description() const {
+  return std::visit(
+      Overloaded{
+          [](const UnsupportedType& unsupported) {
+            return unsupported.type.empty()
+                       ? std::string("Only workspaces can be opened and saved.")
+                       : "Documents of the type “" + unsupported.type +
+                             "” can be neither opened nor saved.";
+          },
+          [](const ChangedElsewhere& changed) {
+            return nameOf(changed.path) +
+                   " has been changed by another program since it was opened or saved here.";
+          },
+          [](const AlreadyExists& existing) { return nameOf(existing.path) + " already exists."; },
+          [](const OpenElsewhere& open) { return nameOf(open.path) + " is open itself."; },
+          [](NothingLoaded) {
+            return std::string("The workspace could not be read, so there is nothing to save.");
+          }},
+      case_);
+}
+
+std::optional<std::string> DocumentError::recoverySuggestion() const {
+  if (std::holds_alternative<ChangedElsewhere>(case_)) {
+    return "Saving loses those changes. Save under another name to keep both.";
+  }
+  if (std::holds_alternative<AlreadyExists>(case_)) {
+    return "Saving replaces what is there.";
+  }
+  if (std::holds_alternative<OpenElsewhere>(case_)) {
+    return "Close it first, or save under another name.";
+  }
+  return std::nullopt;
+}
+
+}  // namespace corvane

@@ -1,0 +1,113 @@
+// A workspace: portfolios, a watchlist and scenario settings in one package.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/system/open_file.h"
+#include "storage/workspace/document.h"
+#include "storage/workspace/document_shell.h"
+#include "storage/workspace/general_properties.h"
+#include "storage/workspace/workspace_model.h"
+
+namespace corvane {
+
+/// What a document needs of the program around it.
+struct WorkspaceSurroundings {
+  /// The provider of all documents, asked for when a document opens its store. Never null.
+  std::function<std::shared_ptr<QuoteProvider>()> sharedQuoteProvider;
+
+  /// Set where the program runs under test: makes the provider without data that takes the place of
+  /// the shared one. Each document asks once.
+  std::function<std::shared_ptr<QuoteProvider>()> makeQuoteProviderUnderTest = nullptr;
+
+  /// Called with the model of a document that has been read, whose equities want fresh prices.
+  std::function<void(const std::shared_ptr<WorkspaceModel>&)> refreshModel = nullptr;
+
+  /// Looks for a newer version of the program.
+  std::function<void()> checkForUpdates = nullptr;
+
+  /// The running program.
+  std::string appBundleVersion;
+  std::string appMarketingVersion;
+
+  /// Null where nobody sits in front of the program; its alerts and errors are printed then.
+  std::shared_ptr<DocumentShell> shell = nullptr;
+
+  /// Where working directories are made.
+  std::filesystem::path temporaryDirectory = std::filesystem::temp_directory_path();
+};
+
+/// Works on a private copy of the package, in which the database is open and locked. Only save()
+/// changes the package itself. Main queue only.
+class WorkspaceDocument final : public Document {
+ public:
+  using Model = WorkspaceModel;
+  using GeneralProperties = corvane::GeneralProperties;
+  using Error = WorkspaceDocumentError;
+
+  static constexpr std::string_view workspaceType = "ca.orlend.corvane.workspace";
+  static constexpr std::string_view filenameExtension = ".corvane";
+  static constexpr std::string_view defaultDraftName = "Untitled Workspace";
+  static constexpr bool autosavesInPlace = false;
+  static constexpr bool isEntireFileLoaded = false;
+
+  static constexpr std::string_view databaseName = "LocalPortfolios.sqlite3";
+  static constexpr std::string_view generalPropertiesName = "General.json";
+
+  /// An empty document, without a store until it is opened or makeWindowControllers() is called.
+  explicit WorkspaceDocument(WorkspaceSurroundings surroundings);
+  /// Closes the store and removes the working directory.
+  ~WorkspaceDocument() override;
+
+  [[nodiscard]] const std::shared_ptr<Model>& model() const { return model_; }
+
+  /// A folder in the system's temporary folder that only the user can look into, made on first use
+  /// and kept for the life of the document. Not beside the user's file: that folder may be
+  /// read-only, or be carried elsewhere while the database changes.
+  [[nodiscard]] const std::filesystem::path& workingDirectoryURL();
+
+  /// The provider of a run under test; null otherwise.
+  [[nodiscard]] const std::shared_ptr<QuoteProvider>& nominalQuoteProviderUnderTest();
+
+  /// Gives the document its window, which is handed the model; null for none. A new document gets
+  /// its store, where it has none yet. Throws what the store and FileError what the working
+  /// directory throws: the caller shows it and lets the document go.
+  void makeWindowControllers(const std::shared_ptr<WorkspaceDocumentModelHaving>& window);
+
+  [[nodiscard]] std::string typeOf(const std::filesystem::path& path) const override;
+
+  /// Throws DocumentError::UnsupportedType, WorkspaceDocumentError, FileError, what
+  /// StoredPortfolioManager::open throws, and what GeneralProperties::fromJSON throws. The package
+  /// is never changed.
+  void read(const std::filesystem::path& url, std::string_view type) override;
+
+  /// Throws DocumentError, WorkspaceDocumentError, FileError, SQLiteError and JSONError. The
+  /// document goes on in any case.
+  void write(const std::filesystem::path& url, std::string_view type) override;
+
+ private:
+  static void requireType(std::string_view type);
+  void closeStore();
+  void openStore();
+  void loadGeneralProperties();
+  void writeGeneralProperties();
+  /// Hands the model to the window, and tells the user of a file from a newer program.
+  void finishLoading();
+  void showCompatibilityAlert();
+  void presentError(const corvane::Error& error);
+
+  const WorkspaceSurroundings surroundings_;
+  const std::shared_ptr<Model> model_ = std::make_shared<Model>();
+  std::optional<std::filesystem::path> workingDirectory_;
+  std::optional<std::shared_ptr<QuoteProvider>> providerUnderTest_;
+  std::weak_ptr<WorkspaceDocumentModelHaving> window_;
+  /// Through which the database is copied while it is open; see OpenFile.
+  std::optional<OpenFile> databaseFile_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,47 @@
+// What the rest of the program sees of a workspace document.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/market/equity_info.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "storage/workspace/general_properties.h"
+
+namespace corvane {
+
+/// The watchlist, the portfolios and the scenario settings of a document, which owns this. Views
+/// hold it weakly. Main queue only.
+struct WorkspaceModel {
+  std::vector<EquityPointer> watchlistEquities;  ///< in the order of display
+
+  /// One stored manager while a store is open; none before, and while a file is being read.
+  std::vector<std::shared_ptr<PortfolioManager>> portfolioManagers;
+
+  GeneralProperties::RegressionSettings tradingScenarioSettings;
+
+  /// The build that wrote the file from which this was read.
+  std::optional<std::string> lastSavedAppVersion;
+
+  /// All portfolios as they are now, those of one manager after those of the other.
+  [[nodiscard]] std::vector<PortfolioPointer> portfolios() const {
+    std::vector<PortfolioPointer> all;
+    for (const auto& manager : portfolioManagers) {
+      const auto& ofManager = manager->portfolios();
+      all.insert(all.end(), ofManager.begin(), ofManager.end());
+    }
+    return all;
+  }
+};
+
+/// Whatever shows a model: a document's window, and the screens below it, which pass it on.
+class WorkspaceDocumentModelHaving {
+ public:
+  virtual ~WorkspaceDocumentModelHaving() = default;
+  [[nodiscard]] virtual std::weak_ptr<WorkspaceModel> documentModel() const = 0;
+  virtual void setDocumentModel(std::weak_ptr<WorkspaceModel> model) = 0;
+};
+
+}  // namespace corvane
