@@ -161,11 +161,9 @@ TEST_F(ImportTransactions, FallsBackOnTheDefaultCurrency) {
   world.atSetup = [](ImportExportFieldSetupViewController& setup) {
     auto& accessory = dynamic_cast<PortfolioTransactionsImporterAccessoryViewController&>(
         *setup.accessoryViewController);
-    const auto& items = accessory.defaultCurrencyPopUpButton.items;
-    const auto usd = std::ranges::find(
-        items, "USD",
-        &PortfolioTransactionsImporterAccessoryViewController::PopUpItem::representedObject);
-    accessory.selectDefaultCurrency(static_cast<std::size_t>(usd - items.begin()));
+    auto menu = accessory.defaultCurrencyPopUpButton;
+    ASSERT_TRUE(menu.select("USD"));
+    accessory.selectDefaultCurrency(*menu.selectedIndex);
   };
   EXPECT_EQ(imported(fields, "deposit,,1,"), "transfer 1 USD");
   EXPECT_EQ(imported(fields, "deposit,,1,JPY"), "transfer 1 JPY");

@@ -30,10 +30,7 @@ class EditPortfolioViewControllerTest : public ::testing::Test {
     form.load();
   }
   void select(std::string_view code) {
-    const auto& currencies = form.currencies();
-    const auto found = std::ranges::find(currencies, Currency::byCode().find(code)->second);
-    ASSERT_NE(found, currencies.end());
-    form.currencyPopUpButton.selectedIndex = static_cast<std::size_t>(found - currencies.begin());
+    ASSERT_TRUE(form.currencyPopUpButton.select(Currency::byCode().find(code)->second));
   }
   void record(const PortfolioPointer& portfolio, BasicTransaction::Kind kind) {
     manager->recordTransactions({{std::move(kind), Date(), Date(), std::nullopt}}, portfolio,
@@ -57,9 +54,9 @@ TEST_F(EditPortfolioViewControllerTest, OffersANewPortfolio) {
   EXPECT_FALSE(form.allowNegativeBalancesButton.isOn);
   EXPECT_TRUE(form.trackCashAccountsButton.isOn);
   EXPECT_FALSE(form.populateRandomlyButton.isHidden);
-  EXPECT_TRUE(std::ranges::is_sorted(form.currencyPopUpButton.titles));
+  EXPECT_TRUE(std::ranges::is_sorted(form.currencyPopUpButton.titles()));
   select("CAD");
-  EXPECT_EQ(form.currencyPopUpButton.titles[form.currencyPopUpButton.selectedIndex],
+  EXPECT_EQ(form.currencyPopUpButton.titles()[form.currencyPopUpButton.selectedIndex.value()],
             "CAD · Canadian Dollar");
 }
 
@@ -98,7 +95,7 @@ TEST_F(EditPortfolioViewControllerTest, SavesUndoably) {
   EXPECT_EQ(form.goButton.title, "Save");
   EXPECT_FALSE(form.currencyPopUpButton.isEnabled);
   EXPECT_TRUE(form.populateRandomlyButton.isHidden);
-  EXPECT_EQ(form.currencies()[form.currencyPopUpButton.selectedIndex], Currency::usd());
+  EXPECT_EQ(form.currencies()[form.currencyPopUpButton.selectedIndex.value()], Currency::usd());
   form.nameField.text = " ";
   form.updateGoButton();
   EXPECT_TRUE(form.goButton.isEnabled);

@@ -35,7 +35,7 @@ class NetworkActivityViewTest : public ::testing::Test {
 };
 
 TEST_F(NetworkActivityViewTest, ShowsARequestAndThenItsAnswer) {
-  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre("No activity."));
+  EXPECT_THAT(view.entryPopUpButton.titles(), ElementsAre("No activity."));
   EXPECT_FALSE(view.entryPopUpButton.isEnabled);
   EXPECT_TRUE(view.requestTextView.isMonospaced && view.responseTextView.isMonospaced);
 
@@ -43,7 +43,7 @@ TEST_F(NetworkActivityViewTest, ShowsARequestAndThenItsAnswer) {
   view.didChange = [&] { ++changes; };
   const Activity search = activity("Search for “ABC”");
   post(search, "https://example.com/search?q=ABC", std::nullopt);
-  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre("22:13:20 – Search for “ABC”"));
+  EXPECT_THAT(view.entryPopUpButton.titles(), ElementsAre("22:13:20 – Search for “ABC”"));
   EXPECT_TRUE(view.entryPopUpButton.isEnabled);
   EXPECT_EQ(view.entryPopUpButton.selectedIndex, 0U);
   EXPECT_EQ(view.requestTextView.text, "https://example.com/search?q=ABC");
@@ -89,7 +89,7 @@ TEST_F(NetworkActivityViewTest, PrunesWhatIsOlderThanAnHour) {
 
   view.selectEntry(1);
   view.prune(noon);
-  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre(EndsWith("second"), EndsWith("third")));
+  EXPECT_THAT(view.entryPopUpButton.titles(), ElementsAre(EndsWith("second"), EndsWith("third")));
   EXPECT_EQ(view.entryPopUpButton.selectedIndex, 0U);
   EXPECT_EQ(view.requestTextView.text, "second");
   post(second, std::nullopt, "found by its new place");
@@ -104,7 +104,7 @@ TEST_F(NetworkActivityViewTest, PrunesWhatIsOlderThanAnHour) {
   EXPECT_EQ(view.responseTextView.text, "late");
 
   view.prune(noon + 3600);
-  EXPECT_THAT(view.entryPopUpButton.titles, ElementsAre("No activity."));
+  EXPECT_THAT(view.entryPopUpButton.titles(), ElementsAre("No activity."));
   EXPECT_FALSE(view.entryPopUpButton.isEnabled);
   EXPECT_EQ(view.responseTextView.text, "");
 }

@@ -1,4 +1,3 @@
-#include <algorithm>
 
 #include "cli/commands/commands.h"
 #include "cli/console/workspace_file.h"
@@ -27,9 +26,7 @@ void create(const CommandLine& line, const Console& console) {
   form.completionHandler = [](const PortfolioPointer&) {};
   form.load();
   form.nameField.text = name;
-  const auto& currencies = form.currencies();
-  const auto currency = std::ranges::find(currencies, Currency::byCode().find(code)->second);
-  form.currencyPopUpButton.selectedIndex = static_cast<std::size_t>(currency - currencies.begin());
+  form.currencyPopUpButton.select(Currency::byCode().find(code)->second);
   form.allowNegativeBalancesButton.isOn = line.has("--allow-negative-balances");
   form.trackCashAccountsButton.isOn = !line.has("--no-cash-accounts");
   form.updateGoButton();

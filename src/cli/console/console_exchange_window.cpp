@@ -1,6 +1,5 @@
 #include "cli/console/console_exchange_window.h"
 
-#include <algorithm>
 #include <cassert>
 
 #include "cli/console/command_line.h"
@@ -68,12 +67,10 @@ void ConsoleExchangeWindow::setUpAccessory(ImportExportFieldSetupViewController&
     accessory->setDateFormatString(*answers_.dateFormat);
   }
   if (answers_.currencyCode) {
-    const auto& items = accessory->defaultCurrencyPopUpButton.items;
-    const auto chosen = std::ranges::find(
-        items, *answers_.currencyCode,
-        &PortfolioTransactionsImporterAccessoryViewController::PopUpItem::representedObject);
-    assert(chosen != items.end() && "the currency has been looked up before");
-    accessory->selectDefaultCurrency(static_cast<std::size_t>(chosen - items.begin()));
+    auto menu = accessory->defaultCurrencyPopUpButton;
+    [[maybe_unused]] const bool isKnown = menu.select(*answers_.currencyCode);
+    assert(isKnown && "the currency has been looked up before");
+    accessory->selectDefaultCurrency(*menu.selectedIndex);
   }
 }
 

@@ -21,7 +21,7 @@ QPlainTextEdit* makeText(const QString& accessibleName) {
   return text;
 }
 
-void showText(QPlainTextEdit& view, const NetworkActivityViewController::TextView& text) {
+void showText(QPlainTextEdit& view, const TextView& text) {
   view.setFont(text.isMonospaced ? theme::monospacedFont() : theme::font(1));
   if (const QString now = qtText(text.text); view.toPlainText() != now) {
     view.setPlainText(now);
@@ -75,7 +75,7 @@ void NetworkActivityWindow::closeEvent(QCloseEvent* event) {
 void NetworkActivityWindow::update() {
   const auto& menu = controller_.entryPopUpButton;
   entries_->clear();
-  for (const std::string& title : menu.titles) {
+  for (const std::string& title : menu.titles()) {
     entries_->addItem(qtText(title));
   }
   entries_->setCurrentIndex(menu.selectedIndex ? static_cast<int>(*menu.selectedIndex) : -1);

@@ -31,8 +31,8 @@ class TransactionsAccessory : public QWidget {
     format_->setFont(theme::monospacedFont());
     currency_->setAccessibleName(QStringLiteral("Default currency"));
     currency_->setMaxVisibleItems(16);
-    for (const auto& item : controller_->defaultCurrencyPopUpButton.items) {
-      currency_->addItem(qtText(item.title));
+    for (const std::string& title : controller_->defaultCurrencyPopUpButton.titles()) {
+      currency_->addItem(qtText(title));
     }
     auto* dates = new QHBoxLayout;
     dates->setSpacing(spacing::narrow);
@@ -70,7 +70,7 @@ class TransactionsAccessory : public QWidget {
     }
     format_->setEnabled(controller_->dateFormatCustomTextField.isEnabled);
     currency_->setCurrentIndex(
-        static_cast<int>(controller_->defaultCurrencyPopUpButton.selectedIndex));
+        static_cast<int>(controller_->defaultCurrencyPopUpButton.selectedIndex.value_or(0)));
   }
 
   std::shared_ptr<Controller> controller_;

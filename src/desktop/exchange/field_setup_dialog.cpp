@@ -303,8 +303,7 @@ void FieldSetupDialog::update() {
   header_->setVisible(!header.isHidden);
   header_->setChecked(header.isOn);
   header_->setText(qtText(header.title));
-  const auto show = [](QPushButton* button,
-                       const ImportExportFieldSetupViewController::Button& state) {
+  const auto show = [](QPushButton* button, const Button& state) {
     button->setVisible(!state.isHidden);
     button->setEnabled(state.isEnabled);
   };

@@ -77,7 +77,7 @@ void EditPortfolioDialog::layOut() {
   name_->setAccessibleName(QStringLiteral("Name"));
   name_->setMinimumWidth(320);
   currency_->setAccessibleName(QStringLiteral("Primary currency"));
-  for (const std::string& title : form_->currencyPopUpButton.titles) {
+  for (const std::string& title : form_->currencyPopUpButton.titles()) {
     currency_->addItem(qtText(title));
   }
   currency_->setMaxVisibleItems(16);
@@ -118,7 +118,8 @@ void EditPortfolioDialog::readFields() {
 
 void EditPortfolioDialog::showState() {
   name_->setText(qtText(form_->nameField.text));
-  currency_->setCurrentIndex(static_cast<int>(form_->currencyPopUpButton.selectedIndex));
+  currency_->setCurrentIndex(
+      static_cast<int>(form_->currencyPopUpButton.selectedIndex.value_or(0)));
   currency_->setEnabled(form_->currencyPopUpButton.isEnabled);
   trackCashAccounts_->setChecked(form_->trackCashAccountsButton.isOn);
   allowNegativeBalances_->setChecked(form_->allowNegativeBalancesButton.isOn);

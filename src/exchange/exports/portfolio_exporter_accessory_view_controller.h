@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "core/controls/form_controls.h"
 #include "exchange/brokers/import_export_broker.h"
 #include "exchange/exports/portfolio_exporter.h"
 
@@ -12,22 +13,14 @@ namespace corvane {
 /// State of the controls beside the field setup, and what they do. Main queue only.
 class PortfolioExporterAccessoryViewController final : public AccessoryConfigurationViewController {
  public:
-  struct Button {
-    bool isOn = false;
-  };
-  struct TextField {
-    std::string text;
-    bool isEnabled = true;
-  };
-
   explicit PortfolioExporterAccessoryViewController(std::weak_ptr<PortfolioExporter> exporter);
 
-  Button dateFormatDefaultButton;  ///< one of two radio buttons
-  Button dateFormatCustomButton;
+  RadioButton dateFormatDefaultButton;
+  RadioButton dateFormatCustomButton;
   TextField dateFormatCustomTextField;
-  Button accountingStyleCheckboxButton;
-  Button thousandSeparatorCheckboxButton;
-  Button currencySymbolCheckboxButton;
+  CheckBox accountingStyleCheckboxButton;
+  CheckBox thousandSeparatorCheckboxButton;
+  CheckBox currencySymbolCheckboxButton;
 
   /// Null once the exporter is gone; then the controls do nothing.
   [[nodiscard]] std::shared_ptr<PortfolioExporter> portfolioExporter() const {

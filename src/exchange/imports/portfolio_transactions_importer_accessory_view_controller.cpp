@@ -1,6 +1,5 @@
 #include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "core/money/currency.h"
@@ -19,6 +18,7 @@ Accessory::PortfolioTransactionsImporterAccessoryViewController(
     const auto name = locale.localizedCurrencyName(code);
     defaultCurrencyPopUpButton.items.push_back({name ? code + " · " + *name : code, code});
   }
+  defaultCurrencyPopUpButton.selectedIndex = 0;
   if (const auto owner = importer_.lock()) {
     update(owner->settings());
   }
@@ -29,12 +29,7 @@ void Accessory::update(const TransactionsImportConfiguration& configuration) {
   dateFormatCustomButton.isOn = configuration.useDateFormatString;
   dateFormatCustomTextField = {.text = configuration.dateFormatString,
                                .isEnabled = configuration.useDateFormatString};
-  const auto& items = defaultCurrencyPopUpButton.items;
-  const auto selected = std::ranges::find(items, configuration.defaultCurrencyCode.value_or(""),
-                                          &PopUpItem::representedObject);
-  if (selected != items.end()) {
-    defaultCurrencyPopUpButton.selectedIndex = static_cast<std::size_t>(selected - items.begin());
-  }
+  defaultCurrencyPopUpButton.select(configuration.defaultCurrencyCode.value_or(""));
   if (viewDidUpdate) {
     viewDidUpdate();
   }
@@ -61,7 +56,7 @@ void Accessory::setDateFormatString(const std::string& format) {
 void Accessory::selectDefaultCurrency(std::size_t index) {
   if (const auto importer = importer_.lock()) {
     importer->changeSettings([&](auto& settings) {
-      settings.defaultCurrencyCode = defaultCurrencyPopUpButton.items.at(index).representedObject;
+      settings.defaultCurrencyCode = defaultCurrencyPopUpButton.items.at(index).value;
     });
   }
 }

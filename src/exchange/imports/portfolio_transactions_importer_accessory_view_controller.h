@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "core/controls/form_controls.h"
 #include "exchange/brokers/import_export_broker.h"
 #include "exchange/imports/portfolio_transactions_importer.h"
 
@@ -16,29 +16,14 @@ namespace corvane {
 class PortfolioTransactionsImporterAccessoryViewController final
     : public AccessoryConfigurationViewController {
  public:
-  struct RadioButton {
-    bool isOn = false;
-  };
-  struct TextField {
-    std::string text;
-    bool isEnabled = true;
-  };
-  struct PopUpItem {
-    std::string title;              ///< "CAD · Canadian Dollar"
-    std::string representedObject;  ///< the currency's code
-  };
-  struct PopUpButton {
-    std::vector<PopUpItem> items;  ///< all currencies by code
-    std::size_t selectedIndex = 0;
-  };
-
   explicit PortfolioTransactionsImporterAccessoryViewController(
       std::weak_ptr<PortfolioTransactionsImporter> importer);
 
   RadioButton dateFormatAutomaticButton;
   RadioButton dateFormatCustomButton;
   TextField dateFormatCustomTextField;
-  PopUpButton defaultCurrencyPopUpButton;
+  /// "CAD · Canadian Dollar" and the code, for all currencies by code.
+  PopUpButton<std::string> defaultCurrencyPopUpButton;
 
   /// The user has used a control. Each writes one field of the importer's configuration.
   void chooseAutomaticDateFormat();

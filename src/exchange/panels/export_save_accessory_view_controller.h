@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "core/controls/form_controls.h"
 #include "exchange/brokers/import_export_configuration.h"
 
 namespace corvane {
@@ -10,13 +11,9 @@ namespace corvane {
 /// Delimiter, header row, and the way to the field setup. Main queue only.
 class ExportSaveAccessoryViewController {
  public:
-  struct Button {
-    bool isOn = false;
-  };
-
-  Button delimitByCommasButton;
-  Button delimitByTabsButton;
-  Button headerRowCheckboxButton;
+  RadioButton delimitByCommasButton;
+  RadioButton delimitByTabsButton;
+  CheckBox headerRowCheckboxButton;
 
   /// What the button "Configure Fields…" does.
   std::function<void()> configureFieldsHandler;

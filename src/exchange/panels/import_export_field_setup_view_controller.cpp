@@ -123,27 +123,27 @@ std::string Setup::exampleTitle(int example) const {
   return "Preview (Row " + std::to_string(*sample + (isBelowHeader ? 2 : 1)) + ")";
 }
 
-Setup::CheckBox Setup::importHasHeaderRowCheckboxButton() const {
+CheckBox Setup::importHasHeaderRowCheckboxButton() const {
   const bool hasHeader = configuration_->includesHeaderRow;
   const int dataRows = std::max(0, totalRows_ - (hasHeader ? 1 : 0));
-  return {.isHidden = mode_ != Mode::importing,
-          .isOn = hasHeader,
+  return {.isOn = hasHeader,
           .title = "File includes header row (" + std::to_string(dataRows) + " data rows, " +
-                   std::to_string(numberOfRows()) + " fields)"};
+                   std::to_string(numberOfRows()) + " fields)",
+          .isHidden = mode_ != Mode::importing};
 }
 
-Setup::Button Setup::addButton() const {
-  return {.isHidden = mode_ != Mode::exporting, .isEnabled = numberOfRows() < allFields_.size()};
+Button Setup::addButton() const {
+  return {.isEnabled = numberOfRows() < allFields_.size(), .isHidden = mode_ != Mode::exporting};
 }
 
-Setup::Button Setup::removeButton() const {
-  return {.isHidden = mode_ != Mode::exporting,
-          .isEnabled = !selectedRows_.empty() && selectedRows_.size() < numberOfRows()};
+Button Setup::removeButton() const {
+  return {.isEnabled = !selectedRows_.empty() && selectedRows_.size() < numberOfRows(),
+          .isHidden = mode_ != Mode::exporting};
 }
 
-Setup::Button Setup::resetButton() const {
-  return {.isHidden = mode_ != Mode::exporting,
-          .isEnabled = configuration_->fieldOrder != allFields_};
+Button Setup::resetButton() const {
+  return {.isEnabled = configuration_->fieldOrder != allFields_,
+          .isHidden = mode_ != Mode::exporting};
 }
 
 void Setup::setSelectedRows(std::set<std::size_t> rows) {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/controls/form_controls.h"
 #include "exchange/brokers/import_export_broker.h"
 #include "exchange/brokers/import_export_configuration.h"
 #include "platform/async/undo_manager.h"
@@ -89,15 +90,6 @@ class ImportExportFieldSetupViewController
     std::string text;  ///< in the monospaced system font
     bool isSecondary;  ///< in the colour of secondary labels, since the column is ignored
     friend bool operator==(const ExampleCell&, const ExampleCell&) = default;
-  };
-  struct Button {
-    bool isHidden = false;
-    bool isEnabled = true;
-  };
-  struct CheckBox {
-    bool isHidden = false;
-    bool isOn = false;
-    std::string title;
   };
 
   [[nodiscard]] std::size_t numberOfRows() const { return configuration_->fieldOrder.size(); }

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
 
+#include "core/controls/form_controls.h"
 #include "platform/async/progress.h"
 
 namespace corvane {
@@ -16,24 +16,9 @@ namespace corvane {
 class ImportExportProgressViewController
     : public std::enable_shared_from_this<ImportExportProgressViewController> {
  public:
-  struct Label {
-    std::string text;
-  };
-  struct ProgressIndicator {
-    double minimum = 0;
-    double maximum = 1;
-    double value = 0;
-    bool isIndeterminate = false;
-    bool isAnimated = false;
-  };
-  struct Button {
-    std::string title = "Cancel";
-    bool isEnabled = true;
-  };
-
   Label statusLabel;
   ProgressIndicator progressIndicator;
-  Button cancelButton;
+  Button cancelButton{.title = "Cancel"};
 
   /// What the button does.
   std::function<void()> cancelHandler;

@@ -58,7 +58,7 @@ void NetworkActivityViewController::stopMonitoring() {
 void NetworkActivityViewController::clearActivity() {
   activityEntries_.clear();
   activityEntryIndexesByUUID_.clear();
-  entryPopUpButton = {.titles = {"No activity."}, .selectedIndex = 0, .isEnabled = false};
+  entryPopUpButton = {.items = {{"No activity."}}, .selectedIndex = 0, .isEnabled = false};
   requestTextView.text.clear();
   responseTextView.text.clear();
   tellChange();
@@ -101,14 +101,15 @@ void NetworkActivityViewController::receive(const Notification& notification) {
 }
 
 void NetworkActivityViewController::appendEntry(ActivityEntry entry) {
-  PopUpButton& popUp = entryPopUpButton;
+  auto& popUp = entryPopUpButton;
   if (activityEntries_.empty()) {
-    popUp = {.titles = {}, .selectedIndex = std::nullopt, .isEnabled = false};
+    popUp = {};
   }
   const std::size_t index = activityEntries_.size();
   // The selection follows the newest entry unless the user has gone back to an older one.
   const bool isNewestSelected = index == 0 || popUp.selectedIndex == index - 1;
-  popUp.titles.push_back(dateFormatter.string(entry.activity.date) + " – " + entry.activity.name);
+  popUp.items.push_back({dateFormatter.string(entry.activity.date) + " – " + entry.activity.name,
+                         entry.activity.uuid});
   popUp.isEnabled = true;
   activityEntryIndexesByUUID_.emplace(entry.activity.uuid, index);
   activityEntries_.push_back(std::move(entry));
@@ -137,9 +138,9 @@ void NetworkActivityViewController::prune(Date now) {
   if (removed == 0) {
     return;
   }
-  auto& titles = entryPopUpButton.titles;
+  auto& items = entryPopUpButton.items;
   activityEntries_.erase(activityEntries_.begin(), kept);
-  titles.erase(titles.begin(), titles.begin() + removed);
+  items.erase(items.begin(), items.begin() + removed);
   activityEntryIndexesByUUID_.clear();
   for (std::size_t i = 0; i < activityEntries_.size(); ++i) {
     activityEntryIndexesByUUID_.emplace(activityEntries_[i].activity.uuid, i);

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/controls/form_controls.h"
 #include "marketdata/yahoo/network_activity_monitor.h"
 #include "platform/async/notification_center.h"
 #include "platform/async/timer.h"
@@ -28,17 +29,9 @@ class NetworkActivityViewController {
     std::optional<std::string> requestURL = std::nullopt;
     std::optional<std::string> responseData = std::nullopt;
   };
-  struct PopUpButton {
-    std::vector<std::string> titles;
-    std::optional<std::size_t> selectedIndex;
-    bool isEnabled = false;
-  };
-  struct TextView {
-    std::string text;
-    bool isMonospaced = false;
-  };
 
-  PopUpButton entryPopUpButton;
+  /// In the order of activityEntries(); "No activity." where there are none.
+  PopUpButton<UUID> entryPopUpButton;
   TextView requestTextView;
   TextView responseTextView;
   /// Times in the list.

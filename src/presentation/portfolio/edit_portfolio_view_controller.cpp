@@ -29,7 +29,7 @@ void EditPortfolioViewController::load() {
   std::visit(Overloaded{[this](const Create& mode) {
                           title = "New Portfolio";
                           nameField.text = "Untitled Portfolio";
-                          selectCurrency(currencyOfUser());
+                          currencyPopUpButton.select(currencyOfUser());
                           currencyPopUpButton.isEnabled = true;
                           allowNegativeBalancesButton.isOn = false;
                           trackCashAccountsButton.isOn = true;
@@ -39,7 +39,7 @@ void EditPortfolioViewController::load() {
                         [this](const Modify& mode) {
                           title = "Portfolio Details";
                           nameField.text = mode.portfolio->name;
-                          selectCurrency(mode.portfolio->primaryCurrency());
+                          currencyPopUpButton.select(mode.portfolio->primaryCurrency());
                           currencyPopUpButton.isEnabled = false;
                           allowNegativeBalancesButton.isOn = mode.portfolio->allowsNegativeBalances;
                           trackCashAccountsButton.isOn = mode.portfolio->usesCashAccounts;
@@ -66,7 +66,8 @@ void EditPortfolioViewController::performAction(Sender sender) {
 
 void EditPortfolioViewController::loadCurrencies() {
   currencies_.clear();
-  currencyPopUpButton.titles.clear();
+  currencyPopUpButton.items.clear();
+  currencyPopUpButton.selectedIndex = 0;
   const Locale locale = Locale::current();
   for (const auto& [code, currency] : Currency::byCode()) {
     currencies_.push_back(currency);
@@ -74,15 +75,8 @@ void EditPortfolioViewController::loadCurrencies() {
   std::ranges::sort(currencies_, {},
                     [](const Currency& currency) { return std::string_view(currency.code); });
   for (const Currency& currency : currencies_) {
-    currencyPopUpButton.titles.push_back(std::string(currency.code) + " · " +
-                                         locale.localizedCurrencyName(currency.code).value_or(""));
-  }
-}
-
-void EditPortfolioViewController::selectCurrency(const Currency& currency) {
-  const auto found = std::ranges::find(currencies_, currency);
-  if (found != currencies_.end()) {
-    currencyPopUpButton.selectedIndex = static_cast<std::size_t>(found - currencies_.begin());
+    const std::string name = locale.localizedCurrencyName(currency.code).value_or("");
+    currencyPopUpButton.items.push_back({std::string(currency.code) + " · " + name, currency});
   }
 }
 
@@ -116,8 +110,7 @@ void EditPortfolioViewController::modify(const Modify& mode) {
 void EditPortfolioViewController::create(const Create& mode) {
   PortfolioPointer portfolio;
   try {
-    portfolio =
-        mode.portfolioManager->createPortfolio(currencies_.at(currencyPopUpButton.selectedIndex));
+    portfolio = mode.portfolioManager->createPortfolio(currencyPopUpButton.selectedValue().value());
     portfolio->name = nameField.text;
     portfolio->allowsNegativeBalances = allowNegativeBalancesButton.isOn;
     portfolio->usesCashAccounts = trackCashAccountsButton.isOn;

@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "core/controls/form_controls.h"
 #include "core/market/equity_info.h"
 #include "core/money/currency.h"
 #include "ledger/manager/portfolio_manager.h"
@@ -36,22 +37,6 @@ class EditPortfolioViewController {
   };
   using BehaviourMode = std::variant<Create, Modify>;
 
-  struct TextField {
-    std::string text;
-  };
-  struct CheckBox {
-    bool isOn = false;
-    bool isHidden = false;
-  };
-  struct PopUpButton {
-    std::vector<std::string> titles;
-    std::size_t selectedIndex = 0;
-    bool isEnabled = true;
-  };
-  struct Button {
-    std::string title;
-    bool isEnabled = true;
-  };
   enum class Sender { goButton, cancelButton };
 
   /// What the form is for; to be set before load().
@@ -75,14 +60,14 @@ class EditPortfolioViewController {
 
   std::string title;
   TextField nameField;
-  PopUpButton currencyPopUpButton;
+  PopUpButton<Currency> currencyPopUpButton;
   CheckBox allowNegativeBalancesButton;
   CheckBox trackCashAccountsButton;
   CheckBox populateRandomlyButton;
   Button goButton;
-  Button cancelButton{"Cancel"};
+  Button cancelButton{.title = "Cancel"};
 
-  /// All currencies by code, in the order of the pop-up's titles.
+  /// All currencies by code, in the order of the pop-up's items.
   [[nodiscard]] const std::vector<Currency>& currencies() const { return currencies_; }
 
   /// How a random ledger is drawn.
@@ -90,7 +75,6 @@ class EditPortfolioViewController {
 
  private:
   void loadCurrencies();
-  void selectCurrency(const Currency& currency);
   void modify(const Modify& mode);
   void create(const Create& mode);
 
