@@ -12,6 +12,17 @@ namespace {
 
 constexpr std::size_t noEnd = std::numeric_limits<std::size_t>::max();
 
+/// The line breaks in `text`, a carriage return with a line feed being one.
+std::uint32_t lineBreaksIn(std::string_view text) {
+  std::uint32_t count = 0;
+  for (std::size_t at = text.find_first_of("\r\n"); at != text.npos;
+       at = text.find_first_of("\r\n", at + 1)) {
+    at += text.substr(at).starts_with("\r\n") ? 1U : 0U;
+    ++count;
+  }
+  return count;
+}
+
 /// The state machine, and the row that it is about to fill.
 ///
 /// Only where it may matter to which character a byte belongs does it ask for the borders of
@@ -30,7 +41,8 @@ class Parser {
     }
   }
 
-  void parse() {
+  /// Where a quote was opened that is never closed.
+  std::optional<std::size_t> parse() {
     while (position_ < text_.size() && rowIndex_ < endAt_) {
       step();
     }
@@ -39,10 +51,10 @@ class Parser {
         row_.finishField();
       }
       if (row_.hasUnfinishedRow()) {
-        row_.finishRow();
-        rowCallback_(row_.row(0));
+        deliverRow();
       }
     }
+    return state_ == State::inQuotes ? std::optional(openingQuote_) : std::nullopt;
   }
 
  private:
@@ -82,6 +94,7 @@ class Parser {
     const Character next = nextCharacter();
     switch (next.kind) {
       case Kind::quote:
+        openingQuote_ = position_;
         state_ = State::inQuotes;
         break;
       case Kind::delimiter:
@@ -137,7 +150,9 @@ class Parser {
       quote = text_.find('"', quote + 1);
     }
     const std::size_t end = std::min(quote, text_.size());
-    append(text_.substr(position_, end - position_));
+    const std::string_view quoted = text_.substr(position_, end - position_);
+    append(quoted);
+    linesInRow_ += lineBreaksIn(quoted);
     position_ = end;
     if (end < text_.size()) {
       ++position_;
@@ -193,11 +208,17 @@ class Parser {
   void finishRow() {
     if (rowIndex_ >= startAt_) {
       row_.finishField();
-      row_.finishRow();
-      rowCallback_(row_.row(0));
+      deliverRow();
       row_.clear();
     }
+    line_ += linesInRow_ + 1;
+    linesInRow_ = 0;
     ++rowIndex_;
+  }
+
+  void deliverRow() {
+    row_.finishRow(line_);
+    rowCallback_(row_.row(0));
   }
 
   /// What stands at the position, where a character starts. Of a character that is none of the
@@ -237,6 +258,9 @@ class Parser {
   std::array<bool, 256> endsPlainText_{};
 
   State state_ = State::atStartOfField;
+  std::size_t openingQuote_ = 0;
+  std::uint32_t line_ = 1;  ///< of the text, where the row starts
+  std::uint32_t linesInRow_ = 0;
   std::size_t position_ = 0;
   std::size_t rowIndex_ = 0;
   CSVTable row_;
@@ -244,14 +268,16 @@ class Parser {
 
 }  // namespace
 
-void parseRows(std::string_view text, const CSVDelimiter& delimiter, std::size_t startAt,
-               std::optional<std::int64_t> rowLimit, const CSVRowCallback& rowCallback) {
+std::optional<std::size_t> parseRows(std::string_view text, const CSVDelimiter& delimiter,
+                                     std::size_t startAt, std::optional<std::int64_t> rowLimit,
+                                     const CSVRowCallback& rowCallback) {
   if (text.size() > CSVTable::maximumTextLength) {
     throw CSVParseError(CSVParseError::Generic{"The text is longer than 4 GiB."});
   }
   const bool isLimited = rowLimit && *rowLimit >= 0;
   const std::size_t limit = isLimited ? static_cast<std::size_t>(*rowLimit) : noEnd;
-  Parser(text, delimiter, startAt, limit < noEnd - startAt ? startAt + limit : noEnd, rowCallback)
+  return Parser(text, delimiter, startAt, limit < noEnd - startAt ? startAt + limit : noEnd,
+                rowCallback)
       .parse();
 }
 

@@ -26,8 +26,10 @@ using CSVRowCallback = std::function<void(const CSVRow&)>;
 /// closing quote are dropped, others stay. A field whose closing quote is missing reaches to the
 /// end of the text. A text that is no UTF-8 is taken byte for byte.
 ///
-/// Throws CSVParseError. Any thread.
-void parseRows(std::string_view text, const CSVDelimiter& delimiter, std::size_t startAt,
-               std::optional<std::int64_t> rowLimit, const CSVRowCallback& rowCallback);
+/// Tells where the quote stands, as an offset into `text`, that was opened and never closed; none
+/// where all are, or where the walk ended before. Throws CSVParseError. Any thread.
+std::optional<std::size_t> parseRows(std::string_view text, const CSVDelimiter& delimiter,
+                                     std::size_t startAt, std::optional<std::int64_t> rowLimit,
+                                     const CSVRowCallback& rowCallback);
 
 }  // namespace corvane

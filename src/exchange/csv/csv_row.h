@@ -67,6 +67,9 @@ class CSVRow {
   [[nodiscard]] const_iterator begin() const { return {this, 0}; }
   [[nodiscard]] const_iterator end() const { return {this, size_}; }
 
+  /// The line of the text on which the row starts, from 1; 0 where nobody has told.
+  [[nodiscard]] std::uint32_t line() const { return line_; }
+
   /// The fields as texts of their own.
   [[nodiscard]] std::vector<std::string> strings() const { return {begin(), end()}; }
 
@@ -76,19 +79,25 @@ class CSVRow {
 
  private:
   friend class CSVTable;
-  CSVRow(const char* characters, const std::uint32_t* ends, std::uint32_t start, std::size_t held,
-         std::size_t size)
-      : characters_(characters), ends_(ends), start_(start), held_(held), size_(size) {}
+  CSVRow(const char* characters, const std::uint32_t* ends, std::uint32_t start, std::uint32_t line,
+         std::size_t held, std::size_t size)
+      : characters_(characters),
+        ends_(ends),
+        start_(start),
+        line_(line),
+        held_(held),
+        size_(size) {}
 
   const char* characters_ = nullptr;
   const std::uint32_t* ends_ = nullptr;  ///< where each field ends in characters_
   std::uint32_t start_ = 0;              ///< where the first one starts
-  std::size_t held_ = 0;                 ///< the fields that were read; the others are empty
+  std::uint32_t line_ = 0;
+  std::size_t held_ = 0;  ///< the fields that were read; the others are empty
   std::size_t size_ = 0;
 };
 
-/// Rows of fields: the text of all of them in one piece, and four bytes for each field and row. It
-/// holds less than 4 GiB of text, and is filled field by field.
+/// Rows of fields: the text of all of them in one piece, four bytes for each field and eight for
+/// each row. It holds less than 4 GiB of text, and is filled field by field.
 class CSVTable {
  public:
   /// More text than this cannot be held.
@@ -114,7 +123,7 @@ class CSVTable {
   [[nodiscard]] bool isFieldEmpty() const { return characters_.size() == fieldStart(); }
   void finishField() { fieldEnds_.push_back(static_cast<std::uint32_t>(characters_.size())); }
   [[nodiscard]] bool hasUnfinishedRow() const { return fieldEnds_.size() > rowStart(); }
-  void finishRow();
+  void finishRow(std::uint32_t line = 0);
 
   void append(const CSVRow& row);
   /// Forgets all rows and keeps the room.
@@ -133,6 +142,7 @@ class CSVTable {
   std::string characters_;
   std::vector<std::uint32_t> fieldEnds_;  ///< in characters_
   std::vector<std::uint32_t> rowEnds_;    ///< in fieldEnds_
+  std::vector<std::uint32_t> rowLines_;   ///< where each row starts in the text
   std::size_t width_ = 0;
 };
 

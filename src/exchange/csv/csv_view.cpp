@@ -16,9 +16,9 @@ CSVTable tableOf(const CSVRow& header) {
   return table;
 }
 
-CSVTable readContent(std::string_view text, const CSVDelimiter& delimiter,
-                     std::optional<std::int64_t> rowLimit) {
-  CSVTable rows;
+/// Reads the rows behind the first one into `rows`; where a quote stands that is never closed.
+std::optional<std::size_t> readContent(std::string_view text, const CSVDelimiter& delimiter,
+                                       std::optional<std::int64_t> rowLimit, CSVTable& rows) {
   if (!rowLimit || *rowLimit < 0) {
     // No row ends without a line break and no field without that or a delimiter, but for the last.
     const auto count = [&](char byte) {
@@ -27,8 +27,7 @@ CSVTable readContent(std::string_view text, const CSVDelimiter& delimiter,
     const std::size_t lineBreaks = count('\n') + count('\r') + 1;
     rows.reserve(lineBreaks, lineBreaks + count(delimiter.rawValue().front()), text.size());
   }
-  parseRows(text, delimiter, 1, rowLimit, [&](const CSVRow& row) { rows.append(row); });
-  return rows;
+  return parseRows(text, delimiter, 1, rowLimit, [&](const CSVRow& row) { rows.append(row); });
 }
 
 /// Writes fields one after the other.
@@ -68,7 +67,7 @@ class Serializer {
 Enumerated::Enumerated(const CSVRow& header, std::string_view text, const CSVDelimiter& delimiter,
                        bool loadColumns, std::optional<std::int64_t> rowLimit)
     : header_(tableOf(header)),
-      rows_(readContent(text, delimiter, rowLimit)),
+      unclosedQuote_(readContent(text, delimiter, rowLimit, rows_)),
       hasColumns_(loadColumns) {}
 
 std::string Enumerated::serialized(const CSVRow& header, const CSVDelimiter& delimiter) const {
@@ -83,10 +82,8 @@ std::string Enumerated::serialized(const CSVRow& header, const CSVDelimiter& del
 
 Named::Named(const CSVRow& header, std::string_view text, const CSVDelimiter& delimiter,
              bool loadColumns, std::optional<std::int64_t> rowLimit)
-    : header_(tableOf(header)),
-      rows_(readContent(text, delimiter, rowLimit)),
-      columnsByName_(header.size()),
-      hasColumns_(loadColumns) {
+    : header_(tableOf(header)), columnsByName_(header.size()), hasColumns_(loadColumns) {
+  (void)readContent(text, delimiter, rowLimit, rows_);
   std::iota(columnsByName_.begin(), columnsByName_.end(), 0U);
   std::ranges::sort(columnsByName_, {}, [&](std::uint32_t place) {
     return std::pair<std::string_view, std::uint32_t>(header[place], place);

@@ -67,11 +67,15 @@ class Enumerated {
   }
   [[nodiscard]] std::string serialized(const CSVRow& header, const CSVDelimiter& delimiter) const;
 
+  /// Where in the text a quote stands that is never closed; see parseRows.
+  [[nodiscard]] std::optional<std::size_t> unclosedQuote() const { return unclosedQuote_; }
+
  private:
   [[nodiscard]] CSVRow header() const { return header_.empty() ? CSVRow() : header_[0]; }
 
   CSVTable header_;
   CSVTable rows_;
+  std::optional<std::size_t> unclosedQuote_;
   bool hasColumns_;
 };
 
