@@ -35,8 +35,10 @@ ClosedRange<YearMonthDay> daysOf(const CommandLine& line, const PortfolioPointer
   return {first, last};
 }
 
-/// Fetches the daily balance sheets of `slice`. What has no price is told as a warning.
-void fetchSnapshots(PortfolioDataSlice& slice, PortfolioManager& manager, const Console& console) {
+/// Fetches the daily balance sheets of `slice`. What has no price is told as a warning where the
+/// figures need one.
+void fetchSnapshots(PortfolioDataSlice& slice, bool needsPrices, PortfolioManager& manager,
+                    const Console& console) {
   EquitySet equities;
   for (const TransactionPointer& row : slice.portfolio->transactions()) {
     if (const EquityPointer* equity = row->basic.equity()) {
@@ -53,6 +55,11 @@ void fetchSnapshots(PortfolioDataSlice& slice, PortfolioManager& manager, const 
     (*outcome).error()->raise();
   }
   auto& fetched = **outcome;
+  slice.snapshotGroup =
+      std::make_shared<const PortfolioSnapshotGroup>(std::move(fetched.snapshotGroup));
+  if (!needsPrices) {
+    return;
+  }
   for (const auto& [equity, error] : fetched.fetchErrorsByEquity) {
     console.warn("No prices of " + equity->symbol + ". " + error->description().value_or(""));
   }
@@ -60,8 +67,6 @@ void fetchSnapshots(PortfolioDataSlice& slice, PortfolioManager& manager, const 
     console.warn("No rates of " + std::string(currency.code) + ". " +
                  error->description().value_or(""));
   }
-  slice.snapshotGroup =
-      std::make_shared<const PortfolioSnapshotGroup>(std::move(fetched.snapshotGroup));
 }
 
 std::shared_ptr<PortfolioExporter> makeExporter(const std::string& what, PortfolioDataSlice slice,
@@ -70,7 +75,7 @@ std::shared_ptr<PortfolioExporter> makeExporter(const std::string& what, Portfol
     return PortfolioTransactionsExporter::make(*slice.portfolio, slice.transactions.value(),
                                                nullptr);
   }
-  fetchSnapshots(slice, manager, console);
+  fetchSnapshots(slice, what == "holdings", manager, console);
   if (what == "holdings") {
     return PortfolioHoldingsExporter::make(std::move(slice), nullptr);
   }
@@ -102,10 +107,10 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
   if (what != "transactions" && what != "holdings" && what != "gains") {
     throw UsageError("“" + what + "” is none of transactions, holdings and gains.");
   }
-  // Transactions need no prices, and so no network.
+  // Transactions and gains need no prices, and so no network; gains tell the names of equities.
   std::optional<PriceSource> prices;
   if (what != "transactions") {
-    prices.emplace(line);
+    prices.emplace(line, what == "holdings" ? PriceSource::Need::prices : PriceSource::Need::names);
   }
   const WorkspaceFile workspace(line.word(1), console,
                                 prices ? prices->provider() : makeOfflineProvider());
@@ -113,6 +118,10 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
   slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
   terminal::catchInterrupts();
   const auto exporter = makeExporter(what, std::move(slice), *workspace.manager(), console);
+  if (exporter->exportRowCount() < 1) {
+    console.warn("There are no " + what + " in these days. Nothing has been exported.");
+    throw Failed(exitCode::failure);
+  }
   setUp(*exporter, line);
 
   const auto window = std::make_shared<ConsoleExchangeWindow>(

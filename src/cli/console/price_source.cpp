@@ -31,9 +31,9 @@ std::vector<Option> priceSourceOptions() {
           {"--sample-market", "", "takes prices from the invented market"}};
 }
 
-PriceSource::PriceSource(const CommandLine& line) {
-  const bool isOffline = line.has("--offline");
-  if (isOffline && line.has("--sample-market")) {
+PriceSource::PriceSource(const CommandLine& line, Need need) {
+  const bool isOffline = line.has("--offline") || need == Need::names;
+  if (line.has("--offline") && line.has("--sample-market")) {
     throw UsageError("--offline and --sample-market exclude each other.");
   }
   std::shared_ptr<SwitchableQuoteProvider> chain;

@@ -19,9 +19,15 @@ namespace corvane::cli {
 /// The provider chain of one run. Main thread only.
 class PriceSource {
  public:
+  /// What a command does with prices.
+  enum class Need {
+    prices,
+    names,  ///< of equities alone, for which nobody is kept waiting: the cache has to do
+  };
+
   /// Throws UsageError where both options are there, and SQLiteError or FileError for a cache that
   /// cannot be opened.
-  explicit PriceSource(const CommandLine& line);
+  explicit PriceSource(const CommandLine& line, Need need = Need::prices);
   PriceSource(const PriceSource&) = delete;
   PriceSource& operator=(const PriceSource&) = delete;
   ~PriceSource();
