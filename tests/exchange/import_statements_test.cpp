@@ -150,7 +150,7 @@ TEST_F(SampleStatements, OfCorporateActionsWithCompactDates) {
           "2024-03-28 capital gains dividend CWRLD.TO on 80.25 40.13 CAD = 40.13",
           "2024-04-05/2024-04-09 trade -150 MAPRK.TO for -2118 CAD = -2118 | Rebalancing",
           "2024-04-30 split 750 MAPRK.TO into 150",
-          "2024-05-15 journal -50 MAPRK.TO at 0 | To account 77-2090",
+          "2024-05-15 journal -50 MAPRK.TO | To account 77-2090",
           "2024-12-31 reinvested distribution CWRLD.TO on 80.25 22.87 CAD = 22.87 | Year end"));
   const auto snapshot = world.ledger.finalSnapshot();
   const auto& holdings = snapshot.equitySnapshots;

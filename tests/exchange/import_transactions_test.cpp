@@ -124,7 +124,13 @@ TEST_F(ImportTransactions, TakesEmptyCellsForZeroAndSaysWhatAColumnLacks) {
             "Problem on line 2: The symbol is not specified for a trade transaction.");
   EXPECT_EQ(imported({"symbol"}, "ABC"), "Problem on line 2: Transaction type is not indicated.");
   EXPECT_EQ(imported({"type", "symbol", "numberOfShares", "cashAmount"}, "dividend,ABC,,12.50"),
+            "dividend ABC 12.5 CAD = 12.5")
+      << "an empty cell declares no shares";
+  EXPECT_EQ(imported({"type", "symbol", "numberOfShares", "cashAmount"}, "dividend,ABC,0,12.50"),
             "dividend ABC on 0 12.5 CAD = 12.5");
+  EXPECT_EQ(imported({"type", "symbol", "numberOfShares", "costBaseAdded"}, "journal,ABC,-4,-99"),
+            "journal -4 ABC")
+      << "shares that go take their part of the cost base along";
   EXPECT_EQ(imported({"type", "symbol", "sharesNet", "numberOfShares", "cashAmount"},
                      "dividend,ABC,n/a,10,12.50"),
             "dividend ABC 12.5 CAD = 12.5");
@@ -187,12 +193,57 @@ TEST_F(ImportTransactions, UsesOneDateForBoth) {
   EXPECT_EQ(world.lines().size(), 3U);
 }
 
+TEST_F(ImportTransactions, ReadsNoDayByAPatternThatLeavesAPartOfItOpen) {
+  world.fields = {"tradeDate", "type", "cashAmount"};
+  // Worked out as day, month, day; as three months; and as month, month, year.
+  for (const std::string cell : {"15-Jan-21", "01/02/03", "01/02/2021"}) {
+    EXPECT_FALSE(world.importText("T,Type,Amount\n" + cell + ",deposit,1\n"));
+    EXPECT_EQ(world.error(), "Problem on line 2: Trade and/or settlement dates are missing. / “" +
+                                 cell + "” is not read as a date.");
+  }
+  EXPECT_TRUE(namesOneDay("dd.MM.yyyy'd'") && namesOneDay("YYYY-LLL-d"));
+  EXPECT_FALSE(namesOneDay("dd.MM.'y'") || namesOneDay("d M d") || namesOneDay(""));
+}
+
+TEST_F(ImportTransactions, RefusesAQuoteThatSwallowsRows) {
+  world.fields = {"tradeDate", "type", "cashAmount", "note"};
+  const std::string header = "T,Type,Amount,Note\n2021-03-31,deposit,1,\"a\r\nb\"\n";
+  EXPECT_FALSE(world.importText(header + "2021-03-31,deposit,2,\"oops\n2021-03-31,deposit,3,\n"));
+  EXPECT_EQ(world.error(), "Line 4: the quote that is opened here is never closed.");
+  EXPECT_TRUE(world.importText(header + "2021-03-31,deposit,2,\"oops\n")) << world.error();
+}
+
+TEST_F(ImportTransactions, NeverTakesTheCurrencyChosenForAnotherPortfolio) {
+  const auto choose = [&](const std::string& code) {
+    const auto importer =
+        PortfolioTransactionsImporter::make(world.ledger.portfolio, &world.defaults);
+    importer->changeSettings([&](auto& settings) { settings.defaultCurrencyCode = code; });
+  };
+  const auto chosenFor = [&](const PortfolioPointer& portfolio) {
+    return PortfolioTransactionsImporter::make(portfolio, &world.defaults)
+        ->settings()
+        .defaultCurrencyCode;
+  };
+  const auto other = world.ledger.manager->createPortfolio(Currency::usd());
+  const auto third = world.ledger.manager->createPortfolio(Currency::cad());
+  other->name = "Other";
+  third->name = "Third";
+  choose("CAD");
+  EXPECT_EQ(chosenFor(other), "USD");
+  choose("JPY");
+  EXPECT_EQ(chosenFor(world.ledger.portfolio), "JPY");
+  choose("JPY");
+  EXPECT_EQ(chosenFor(third), "CAD");
+}
+
 TEST_F(ImportTransactions, ReadsDatesByTheFormatThatTheUserGives) {
   world.hasHeader = false;
   world.fields = {"tradeDate", "type", "cashAmount"};
   const std::string text = "010203,deposit,1\n040506,deposit,2\n";
   EXPECT_FALSE(world.importText(text));
-  EXPECT_EQ(world.error(), "Problem on line 1: Trade and/or settlement dates are missing.");
+  EXPECT_EQ(world.error(),
+            "Problem on line 1: Trade and/or settlement dates are missing. / “010203” is not read "
+            "as a date.");
   world.atSetup = [](ImportExportFieldSetupViewController& setup) {
     auto& accessory = dynamic_cast<PortfolioTransactionsImporterAccessoryViewController&>(
         *setup.accessoryViewController);

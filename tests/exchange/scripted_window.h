@@ -72,7 +72,9 @@ class ScriptedWindow : public ImportExportWindow {
     sheet.reset();
   }
   void presentError(const Error& error, std::move_only_function<void()> dismissed) override {
-    heard.push_back("error " + error.description().value_or("(none)"));
+    const auto suggestion = error.recoverySuggestion();
+    heard.push_back("error " + error.description().value_or("(none)") +
+                    (suggestion ? " / " + *suggestion : ""));
     dismissed();
   }
 

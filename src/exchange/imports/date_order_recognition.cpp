@@ -115,6 +115,21 @@ std::optional<std::array<std::string_view, 3>> dateParts(std::string_view cell) 
   }
 }
 
+bool namesOneDay(std::string_view format) {
+  std::array<int, 3> counts{};  // of years, months and days
+  constexpr std::array<std::string_view, 3> letters = {"yYu", "ML", "d"};
+  bool isQuoted = false;
+  char last = '\0';
+  for (const char letter : format) {
+    isQuoted = isQuoted != (letter == '\'');
+    for (std::size_t i = 0; i < letters.size(); ++i) {
+      counts[i] += !isQuoted && letter != last && letters[i].contains(letter) ? 1 : 0;
+    }
+    last = isQuoted ? '\0' : letter;
+  }
+  return std::ranges::all_of(counts, [](int count) { return count == 1; });
+}
+
 void DateOrderRecognition::add(std::string_view cell) {
   // Many rows of one day follow one another.
   if (cell == lastCell_) {

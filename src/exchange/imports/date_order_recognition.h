@@ -30,6 +30,9 @@ class DateOrderRecognition {
   std::string lastCell_;
 };
 
+/// Whether a date format has one year, one month and one day, without which it names no day.
+[[nodiscard]] bool namesOneDay(std::string_view format);
+
 /// The three groups of the first match of ([\d\w]+).+?([\d\w]+).+?([\d\w]+) in `cell`, in linear
 /// time.
 [[nodiscard]] std::optional<std::array<std::string_view, 3>> dateParts(std::string_view cell);

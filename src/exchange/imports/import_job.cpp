@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
+#include "exchange/strict/closed_quotes.h"
 
 namespace corvane {
 namespace {
@@ -28,6 +29,11 @@ void requireNotCancelled(const Progress& progress) {
 }
 
 }  // namespace
+
+ImportSource::ImportSource(const std::filesystem::path& file)
+    : filename_(file.filename()), csv_(file) {
+  requireClosedQuotes(csv_.text(), csv_.content().unclosedQuote());
+}
 
 std::optional<std::string> ImportSource::cell(int row, int column) const {
   const auto index = static_cast<std::size_t>(row);

@@ -16,9 +16,9 @@ namespace corvane {
 /// A delimited text file that has been read. Any thread, one at a time.
 class ImportSource {
  public:
-  /// Throws FileError, TextEncodingError, CSVParseError.
-  explicit ImportSource(const std::filesystem::path& file)
-      : filename_(file.filename()), csv_(file) {}
+  /// Throws FileError, TextEncodingError, CSVParseError. A quote that is never closed is an error
+  /// where it swallows rows, though the reader of delimited text takes it.
+  explicit ImportSource(const std::filesystem::path& file);
 
   /// The last component of the path.
   [[nodiscard]] const std::string& filename() const { return filename_; }

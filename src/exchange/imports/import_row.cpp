@@ -228,7 +228,12 @@ BasicTransaction::Kind ImportRow::yield(YieldType type) const {
   BasicTransaction::Yield yield;
   yield.type = type;
   yield.equity = equity();
-  yield.netShares = number(cell("sharesNet") != nullptr ? "sharesNet" : "numberOfShares");
+  const std::string_view field = cell("sharesNet") != nullptr ? "sharesNet" : "numberOfShares";
+  // An empty cell declares nothing: the ledger knows how many shares are held.
+  const std::string* declared = cell(field);
+  if (declared != nullptr && !firstWord(*declared).empty()) {
+    yield.netShares = number(field);
+  }
   yield.netAmount = cashAmount(SignRule::asInFile);
   yield.equivalentNetAmount = equivalent(yield.netAmount, SignRule::asInFile);
   return yield;
@@ -242,9 +247,12 @@ BasicTransaction::Kind ImportRow::journaledShares() const {
     throw Failure(Failure::SharesMissing());
   }
   journaled.sharesAdded = *shares;
-  journaled.costBaseAdded = number("costBaseAdded");
-  if (!journaled.costBaseAdded && !(*shares < 0)) {
-    throw Failure(Failure::CostBaseAdjustmentMissing());
+  // Shares that go take their part of the cost base along, whatever the file says of it.
+  if (!(*shares < 0)) {
+    journaled.costBaseAdded = number("costBaseAdded");
+    if (!journaled.costBaseAdded) {
+      throw Failure(Failure::CostBaseAdjustmentMissing());
+    }
   }
   return journaled;
 }

@@ -10,6 +10,9 @@
 #include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
+#include "platform/overloaded.h"
+#include "storage/database/stored_portfolio.h"
+#include "storage/database/stored_row.h"
 
 namespace corvane {
 namespace {
@@ -54,9 +57,71 @@ constexpr std::array<Field, PortfolioTransactionsImporter::schemaFieldCount> fie
     {"note", "Notes"},
 }};
 
+/// Whether the store keeps every figure of `basic` with all its digits.
+bool canBeKept(const BasicTransaction& basic, const Currency& primary) {
+  constexpr int mostShareDecimals = 18;
+  const auto keepsShares = [](const Decimal& shares) {
+    return shares.exponent() >= -mostShareDecimals;
+  };
+  const auto keepsMoney = [](const Decimal& amount, const Currency& currency) {
+    try {
+      (void)storedAmount(amount, currency);
+      return true;
+    } catch (const Error&) {
+      return false;
+    }
+  };
+  return std::visit(
+      Overloaded{
+          [&](const BasicTransaction::Trade& trade) {
+            return keepsShares(trade.sharesAdded) &&
+                   keepsMoney(trade.cashDisposed.amount, trade.cashDisposed.currency) &&
+                   keepsMoney(trade.equivalentCashDisposed, primary);
+          },
+          [&](const BasicTransaction::Split& split) {
+            return keepsShares(split.priorShares) && keepsShares(split.netShares);
+          },
+          [&](const BasicTransaction::JournaledShares& journaled) {
+            const Decimal cost = journaled.costBaseAdded.value_or(0);
+            return keepsShares(journaled.sharesAdded) && !(cost < 0) && keepsMoney(cost, primary);
+          },
+          [&](const BasicTransaction::Yield& yield) {
+            return keepsMoney(yield.netAmount.amount, yield.netAmount.currency) &&
+                   keepsMoney(yield.equivalentNetAmount, primary);
+          },
+          [&](const auto& cash) { return keepsMoney(cash.amount.amount, cash.amount.currency); }},
+      basic.kind);
+}
+
+/// The place of the first row that no store could keep; none where all could be kept alone.
+std::optional<std::size_t> firstThatCannotBeKept(const std::vector<BasicTransaction>& rows,
+                                                 const Currency& primary) {
+  const auto refused = std::ranges::find_if_not(
+      rows, [&](const BasicTransaction& row) { return canBeKept(row, primary); });
+  return refused == rows.end() ? std::nullopt
+                               : std::optional(static_cast<std::size_t>(refused - rows.begin()));
+}
+
+/// What stands in the first of the date cells that is not empty.
+std::string textOfDate(const ImportBroker::ValuesByField& values) {
+  for (const std::string_view field : {"tradeDate", "settlementDate"}) {
+    const auto cell = values.find(field);
+    if (cell != values.end() && !cell->second.empty()) {
+      return cell->second;
+    }
+  }
+  return "";
+}
+
 TransactionsImportConfiguration initialConfiguration(const Portfolio& portfolio) {
   TransactionsImportConfiguration configuration;
-  configuration.defaultCurrencyCode = std::string(portfolio.primaryCurrency().code);
+  configuration.portfolioCurrencyCode = std::string(portfolio.primaryCurrency().code);
+  configuration.defaultCurrencyCode = configuration.portfolioCurrencyCode;
+  const auto* stored = dynamic_cast<const StoredPortfolio*>(&portfolio);
+  configuration.portfolioKey =
+      stored == nullptr
+          ? portfolio.name
+          : Decimal::fromDouble(stored->dateCreated.timeIntervalSince1970()).description();
   return configuration;
 }
 
@@ -157,7 +222,7 @@ void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField
   tradeDate = tradeDate ? tradeDate : settlementDate;
   settlementDate = settlementDate ? settlementDate : tradeDate;
   if (!tradeDate) {
-    throw ImportError(ImportError::DateMissing());
+    throw ImportError(ImportError::DateMissing{textOfDate(valuesByField)});
   }
   const auto current = std::static_pointer_cast<const Configuration>(configuration());
   const ImportSurroundings surroundings = {
@@ -180,7 +245,10 @@ std::optional<Date> PortfolioTransactionsImporter::dateIn(const ValuesByField& v
   }
   ReadDate& last = lastDates_[std::string(field)];
   if (last.text != cell->second) {
-    last = {cell->second, dateFormatter_.date(cell->second)};
+    // A pattern that leaves a part of the day open would fill it in with one of its own.
+    last = {cell->second, namesOneDay(dateFormatter_.format.value_or(""))
+                              ? dateFormatter_.date(cell->second)
+                              : std::nullopt};
   }
   return last.date;
 }
@@ -215,8 +283,13 @@ void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
     throw;
   } catch (const Error& error) {
     if (recordedCount == transactionsToRecord_.size()) {
-      // All rows were good; the store has refused the whole, so no line is to blame.
-      throw;
+      // The ledger has taken all rows, and the store has refused one of them.
+      const auto refused =
+          firstThatCannotBeKept(transactionsToRecord_, portfolio_->primaryCurrency());
+      if (!refused) {
+        throw;
+      }
+      recordedCount = *refused;
     }
     const std::size_t line = recordedCount + (settings().includesHeaderRow ? 1 : 0);
     throw ImportExportError(

@@ -31,13 +31,18 @@ struct TransactionsImportConfiguration
   /// The currency of rows that name none.
   std::optional<std::string> defaultCurrencyCode;
 
+  /// The portfolio that this is for: a currency chosen for one is never that of another's rows.
+  std::string portfolioKey;
+  std::string portfolioCurrencyCode;
+
   [[nodiscard]] bool hasSameSettings(const TransactionsImportConfiguration& other) const {
     return useDateFormatString == other.useDateFormatString &&
            dateFormatString == other.dateFormatString &&
            defaultCurrencyCode == other.defaultCurrencyCode;
   }
   [[nodiscard]] JSONValue json() const;
-  /// A missing currency is that of `defaults`. Throws JSONError where anything else is missing.
+  /// A missing currency is that of `defaults`, and so is one that was chosen for another portfolio
+  /// than theirs. Throws JSONError where anything else is missing.
   [[nodiscard]] static TransactionsImportConfiguration fromJSON(
       const JSONValue& value, const TransactionsImportConfiguration& defaults);
 };

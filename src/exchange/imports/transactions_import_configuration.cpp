@@ -1,6 +1,12 @@
 #include "exchange/imports/portfolio_transactions_importer.h"
 
 namespace corvane {
+namespace {
+
+/// Whose the default currency is, where it isn't simply the portfolio's own.
+constexpr std::string_view portfolioField = "defaultCurrencyPortfolio";
+
+}  // namespace
 
 JSONValue TransactionsImportConfiguration::json() const {
   JSONValue object;
@@ -9,6 +15,9 @@ JSONValue TransactionsImportConfiguration::json() const {
   object.set("dateFormatString", dateFormatString);
   if (defaultCurrencyCode) {
     object.set("defaultCurrencyCode", *defaultCurrencyCode);
+    if (*defaultCurrencyCode != portfolioCurrencyCode) {
+      object.set(std::string(portfolioField), portfolioKey);
+    }
   }
   return object;
 }
@@ -21,7 +30,10 @@ TransactionsImportConfiguration TransactionsImportConfiguration::fromJSON(
       value.at("useDateFormatString").boolean("useDateFormatString");
   configuration.dateFormatString = value.at("dateFormatString").string("dateFormatString");
   const JSONValue* code = value.find("defaultCurrencyCode");
-  if (code != nullptr && !code->isNull()) {
+  const JSONValue* owner = value.find(portfolioField);
+  const bool isForThisPortfolio =
+      owner != nullptr && owner->string(portfolioField) == defaults.portfolioKey;
+  if (isForThisPortfolio && code != nullptr && !code->isNull()) {
     configuration.defaultCurrencyCode = code->string("defaultCurrencyCode");
   }
   return configuration;

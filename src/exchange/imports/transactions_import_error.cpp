@@ -14,7 +14,9 @@ std::optional<std::string> TransactionsImportError::description() const {
             return "An exchange rate of " + rate.text + " is not valid.";
           },
           [](TypeMissing) { return std::string("Transaction type is not indicated."); },
-          [](DateMissing) { return std::string("Trade and/or settlement dates are missing."); },
+          [](const DateMissing&) {
+            return std::string("Trade and/or settlement dates are missing.");
+          },
           [](SymbolMissing) {
             return std::string("The symbol is not specified for a trade transaction.");
           },
@@ -30,6 +32,13 @@ std::optional<std::string> TransactionsImportError::description() const {
             return std::string("The cost base adjustment is not specified.");
           }},
       case_);
+}
+
+std::optional<std::string> TransactionsImportError::recoverySuggestion() const {
+  const auto* date = std::get_if<DateMissing>(&case_);
+  return date == nullptr || date->text.empty()
+             ? std::nullopt
+             : std::optional("“" + date->text + "” is not read as a date.");
 }
 
 }  // namespace corvane

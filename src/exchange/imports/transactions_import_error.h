@@ -23,7 +23,8 @@ class TransactionsImportError : public ErrorValue<TransactionsImportError> {
     friend bool operator==(TypeMissing, TypeMissing) = default;
   };
   struct DateMissing {
-    friend bool operator==(DateMissing, DateMissing) = default;
+    std::string text;  ///< what stands where a date should; may be empty
+    friend bool operator==(const DateMissing&, const DateMissing&) = default;
   };
   struct SymbolMissing {
     friend bool operator==(SymbolMissing, SymbolMissing) = default;
@@ -48,6 +49,7 @@ class TransactionsImportError : public ErrorValue<TransactionsImportError> {
 
   [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
+  [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
   [[nodiscard]] bool hasSameValues(const TransactionsImportError& other) const {
     return case_ == other.case_;
   }
