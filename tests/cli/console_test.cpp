@@ -51,6 +51,15 @@ class ConsoleProgramTest : public ::testing::Test {
   }
 };
 
+TEST_F(ConsoleProgramTest, SaysThatThereIsNothingToExport) {
+  makeFamily();
+  // No network is asked, or the test would take minutes where there is none.
+  for (const std::string what : {"transactions", "gains"}) {
+    expectRefused("export " + what + " Family --portfolio Savings --out a.csv --to 2020-01-01", 1,
+                  "There are no " + what + " in these days. Nothing has been exported.\n");
+  }
+}
+
 TEST_F(ConsoleProgramTest, TurnsAStatementIntoALedger) {
   makeFamily();
   EXPECT_EQ(program.output("list Family.corvane"),
