@@ -1,0 +1,195 @@
+// The form for one transaction: its state, and what a person does with it.
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/controls/form_controls.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "presentation/controls/equity_combo_box.h"
+#include "presentation/transactions/date_entry.h"
+#include "presentation/transactions/number_entry.h"
+#include "presentation/transactions/order_error.h"
+#include "presentation/transactions/transaction_mode.h"
+
+namespace corvane {
+
+/// Turns its fields into an order. Amounts are entered as positive numbers; the mode gives the
+/// sign. Every operation leaves the form consistent and calls `changeHandler` once, at its end.
+/// Main queue only.
+///
+/// What is recorded is what the form shows: an equivalent that follows from amount and rate is
+/// exact in the form's arithmetic, and comes into the order with the minor units of the primary
+/// currency. In the primary currency, where no rate is shown, the rate is 1.
+class EditTransactionViewController {
+ public:
+  using TransactionMode = corvane::TransactionMode;
+  using OrderError = corvane::OrderError;
+
+  /// Makes a transaction, filled from `original` where there is one, but of today.
+  struct Create {
+    PortfolioPointer portfolio;
+    std::optional<BasicTransaction> original = {};
+  };
+  /// Changes `row` of the ledger of `portfolio`, or where there is no row a transaction that stands
+  /// in none.
+  struct Modify {
+    BasicTransaction transaction;
+    PortfolioPointer portfolio;
+    TransactionPointer row = nullptr;
+  };
+  using BehaviourMode = std::variant<Create, Modify>;
+
+  struct Placement {
+    Order order;
+    PortfolioPointer portfolio;
+  };
+  enum class Sender { goButton, insertAnotherButton, cancelButton };
+  /// What has changed before a redraw; each level includes those after it.
+  enum class RedrawLevel { mode, equity, currency };
+
+  EditTransactionViewController();
+  EditTransactionViewController(const EditTransactionViewController&) = delete;
+  EditTransactionViewController& operator=(const EditTransactionViewController&) = delete;
+
+  /// What the form is for; to be set before load().
+  std::optional<BehaviourMode> behaviour;
+  /// Called with what the form has come to, or with nothing where the user cancelled or the
+  /// portfolio is gone. The caller closes the form, or keeps it open and calls
+  /// prepareForAnother() where insertsAnother() says so.
+  std::function<void(std::optional<Placement>)> completionHandler = [](auto) {};
+  /// Shows why there is no order; the form stays open.
+  std::function<void(const Error&)> presentError = [](const Error&) {};
+  /// Called when there is something new to draw.
+  std::function<void()> changeHandler = [] {};
+  std::function<Date()> now = &Date::now;
+
+  void load();
+
+  // What is shown.
+
+  std::string title;
+  [[nodiscard]] static std::span<const TransactionModeEntry> transactionModeEntries() {
+    return corvane::transactionModeEntries();
+  }
+  [[nodiscard]] TransactionMode transactionMode() const { return transactionMode_; }
+  [[nodiscard]] const TransactionModeLayout& layout() const { return layoutOf(transactionMode_); }
+
+  DateEntry transactionDatePicker;
+  DateEntry settlementDatePicker;
+  Label detailSectionLabel;
+  EquityComboBox equityComboBox;
+  PopUpButton<EquityPointer> equityPopUpButton;
+  NumberEntry priorNumberOfSharesField;
+  NumberEntry numberOfSharesField;
+  PopUpButton<Currency> currencyPopUpButton;
+  NumberEntry sharePriceField;
+  NumberEntry totalAmountField;
+  Label equivalentSectionLabel;
+  NumberEntry exchangeRateField;
+  NumberEntry equivalentValueField;
+  TextView noteTextView;
+  bool isNoteOpen = false;
+  /// A word on what the form has just done by itself; mostly empty.
+  std::string notice;
+  Button goButton;
+  Button insertAnotherButton{"Insert Another"};
+  Button cancelButton{"Cancel"};
+
+  [[nodiscard]] PortfolioPointer portfolio() const { return portfolio_; }
+  [[nodiscard]] std::shared_ptr<PortfolioManager> portfolioManager() const;
+  /// The equity of the entry; null where none is chosen, or where the mode shows none.
+  [[nodiscard]] const EquityPointer& currentEquity() const { return currentEquity_; }
+  [[nodiscard]] const Currency& currentCurrency() const { return currentCurrency_; }
+  [[nodiscard]] const std::vector<Currency>& availableCurrencies() const {
+    return availableCurrencies_;
+  }
+  [[nodiscard]] const std::vector<EquityPointer>& heldEquities() const { return heldEquities_; }
+  [[nodiscard]] bool isModifying() const;
+
+  // What the user does.
+
+  void chooseMode(TransactionMode mode);
+  /// The search box calls this by itself.
+  void chooseEquity(const EquityPointer& equity);
+  void chooseCurrency(const Currency& currency);
+  /// Types into one of the form's own number fields, and lets the others follow.
+  void typeInto(NumberEntry& field, std::string text);
+  void endEditing(NumberEntry& field);
+  /// For the two dates: `change` alters the field as the user does.
+  void changeTransactionDate(const std::function<void(DateEntry&)>& change);
+  void changeSettlementDate(const std::function<void(DateEntry&)>& change);
+  void setNote(std::string note) { noteTextView.text = std::move(note); }
+  void toggleNote();
+  void performAction(Sender sender);
+
+  /// The order that the fields make, or why they make none.
+  [[nodiscard]] std::expected<Order, OrderError> makeOrder() const;
+
+  /// Whether the form is to stay for the next entry once the one at hand is recorded.
+  [[nodiscard]] bool insertsAnother() const { return insertsAnother_; }
+  /// Empties the fields for the next entry of the same mode, equity, currency and dates.
+  void prepareForAnother();
+
+ private:
+  [[nodiscard]] bool isCreating() const { return !isModifying(); }
+  [[nodiscard]] const Currency& primaryCurrency() const { return portfolio_->primaryCurrency(); }
+  [[nodiscard]] bool supports(OrderFeature feature) const;
+  [[nodiscard]] bool isForeign() const { return currentCurrency_ != primaryCurrency(); }
+  [[nodiscard]] bool hasEquivalent() const;
+
+  void loadHeldEquities();
+  void loadNewTransaction(const Create& mode);
+  void loadTransaction(const BasicTransaction& transaction);
+  void fillFrom(const BasicTransaction& transaction);
+  void fillShares(const std::optional<Decimal>& shares, const std::optional<Decimal>& prior = {});
+  void fillAmounts(const Decimal& total, const std::optional<Decimal>& equivalent);
+
+  void applyMode(TransactionMode mode);
+  void redraw(RedrawLevel level);
+  void redrawMode();
+  void redrawEquity(bool startsHere);
+  void redrawCurrency();
+  void setFormatters();
+  void updateEquityMenu();
+  void updateAvailableCurrencies();
+  void recomputeSettlementDate();
+
+  void computeTotal();
+  void computePrice();
+  void computeEquivalent();
+  void computeRate();
+
+  void didChange();
+  void validate();
+  [[nodiscard]] std::vector<std::string> missing() const;
+  void requireEquity(std::vector<std::string>& missing) const;
+  void requireDates(std::vector<std::string>& missing) const;
+
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeKind() const;
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeTrade() const;
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeYield() const;
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeSplit() const;
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeJournal() const;
+  [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeCashEntry() const;
+  [[nodiscard]] std::expected<Order, OrderError> makePlainOrder() const;
+  [[nodiscard]] std::optional<Decimal> equivalent() const;
+
+  PortfolioPointer portfolio_;
+  TransactionMode transactionMode_ = TransactionMode::buy;
+  EquityPointer currentEquity_;
+  Currency currentCurrency_;
+  std::vector<Currency> availableCurrencies_;
+  std::vector<EquityPointer> heldEquities_;
+  /// The currency of the transaction that the form was filled from.
+  std::optional<Currency> originalCurrency_;
+  bool insertsAnother_ = false;
+};
+
+}  // namespace corvane
