@@ -43,28 +43,28 @@ TEST(MoneyAxis, WritesLargeValuesInUnits) {
         Case{0, 0.5, 0.25, "$0.25", 0.01},
         // The unit is that of the maximum, also where it is the smaller number.
         Case{-50000, -20, -50000, "($50,000.00)", 0.01}, Case{-50000, -2000, 0, "0", 100}}) {
-    chart.leftAxis.computeAxis(axis.minimum, axis.maximum);
-    EXPECT_EQ(chart.leftAxis.label(axis.value), axis.label);
-    EXPECT_DOUBLE_EQ(chart.leftAxis.granularity(), axis.granularity);
+    chart.moneyAxis().computeAxis(axis.minimum, axis.maximum);
+    EXPECT_EQ(chart.moneyAxis().label(axis.value), axis.label);
+    EXPECT_DOUBLE_EQ(chart.moneyAxis().granularity(), axis.granularity);
   }
 }
 
 TEST(PercentageAxis, IsFineForSmallChanges) {
   FiscalChartView chart;
-  EXPECT_EQ(chart.rightAxis.label(5), "+0%") << "without an opening value";
+  EXPECT_EQ(chart.rightAxisRenderer->label(5), "+0%") << "without an opening value";
   chart.prescribedOpeningValue = 100;
-  chart.rightAxis.computeAxis(95, 105);
-  EXPECT_EQ(chart.rightAxis.label(102.5), "+2.5%");
-  EXPECT_EQ(chart.rightAxis.label(95), "-5.0%");
-  chart.rightAxis.computeAxis(80, 120);
-  EXPECT_EQ(chart.rightAxis.label(120), "+20%");
+  chart.rightAxisRenderer->computeAxis(95, 105);
+  EXPECT_EQ(chart.rightAxisRenderer->label(102.5), "+2.5%");
+  EXPECT_EQ(chart.rightAxisRenderer->label(95), "-5.0%");
+  chart.rightAxisRenderer->computeAxis(80, 120);
+  EXPECT_EQ(chart.rightAxisRenderer->label(120), "+20%");
   chart.prescribedOpeningValue = 0;
-  EXPECT_EQ(chart.rightAxis.label(5), "+0%") << "of nothing there is no percentage";
+  EXPECT_EQ(chart.rightAxisRenderer->label(5), "+0%") << "of nothing there is no percentage";
 }
 
 TEST(FiscalChart, MarksTheOpeningValueInTheColourOfTheMovement) {
   FiscalChartView chart;
-  EXPECT_EQ(chart.movementColour(), Colour(Colour::Name::black));
+  EXPECT_EQ(chart.movementColour(), Colour(Colour::Name::label));
   EXPECT_FALSE(chart.openingLine(500));
   chart.interactiveDataSet = line({100, 90, 100});
   const Colour green = chart.movementColour();
@@ -157,7 +157,7 @@ TEST_F(QuoteChartTest, PlacesTheQuotesOfASessionAtTheirMinutes) {
   chart.setQuotes(quotes, QuoteQuery::currentPeriod(equity, true));
   EXPECT_THAT(chart.lineChartDataSet.entries, ElementsAre(ChartEntry{1, 11}, ChartEntry{4, 12}));
   EXPECT_THAT(chart.candleChartDataSet.entries,
-              ElementsAre(CandleEntry{1, 9, 13}, CandleEntry{4, 9, 13}));
+              ElementsAre(ChartEntry{1, 13, 9}, ChartEntry{4, 13, 9}));
   EXPECT_EQ(chart.xAxisMaximum, 390);
   EXPECT_EQ(chart.convertXFromGraphToDataIndex(4), 2U);
   EXPECT_EQ(chart.convertXFromGraphToDataIndex(2), std::nullopt);

@@ -11,7 +11,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "desktop/charts/fiscal_chart_widget.h"
+#include "desktop/charts/chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -35,7 +35,7 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       warning_(new QLabel),
       tabs_(new QTabWidget),
       transactions_(new TransactionsTab(controller_->transactions)) {
-  auto* chart = new FiscalChartWidget(controller_->chart, QStringLiteral("Performance"));
+  auto* chart = new ChartWidget(controller_->chart, QStringLiteral("Performance"));
   warning_->setWordWrap(true);
   warning_->setContentsMargins(0, 0, 0, spacing::narrow);
 

@@ -1,5 +1,6 @@
 #include "presentation/charts/axis_renderers.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -28,21 +29,61 @@ const Scale& scaleFor(double maximum) {
   return plainScale;
 }
 
+constexpr int finestDigits = 8;
+
+/// The round number (1, 2 or 5 times a power of ten) that is at least `least`.
+double roundStep(double least) {
+  const double power = std::pow(10.0, std::floor(std::log10(least)));
+  for (const double factor : {1.0, 2.0, 5.0}) {
+    if (factor * power >= least * (1 - 1e-9)) {
+      return factor * power;
+    }
+  }
+  return 10 * power;
+}
+
+/// The multiples of a round step between `minimum` and `maximum`, about `aim` of them.
+std::vector<double> roundValues(double minimum, double maximum, std::size_t aim, double leastStep) {
+  if (!(minimum < maximum) || !std::isfinite(minimum) || !std::isfinite(maximum)) {
+    return {};
+  }
+  const double wanted = (maximum - minimum) / static_cast<double>(std::max<std::size_t>(aim, 1));
+  const double step = std::max(roundStep(wanted), leastStep);
+  constexpr double tolerance = 1e-9;  // of a step: binary fractions are not quite round
+  std::vector<double> values;
+  const double last = std::floor(maximum / step + tolerance);
+  for (double i = std::ceil(minimum / step - tolerance); i <= last; ++i) {
+    values.push_back(i == 0 ? 0 : i * step);  // never a negative zero
+  }
+  return values;
+}
+
 /// A change of less than this moves the labels so little that they need a digit after the point.
 constexpr double smallChange = 0.1;
 
 }  // namespace
 
+std::vector<double> AxisRenderer::labelledValues(double minimum, double maximum,
+                                                 std::size_t aim) const {
+  return roundValues(minimum, maximum, aim, leastStep());
+}
+
 void MoneyAxisRenderer::setCurrencyFormatter(DecimalNumberFormatter formatter) {
   currencyFormatter_ = std::move(formatter);
 }
 
-void MoneyAxisRenderer::computeAxis(double /*minimum*/, double maximum) {
+void MoneyAxisRenderer::computeAxis(double minimum, double maximum) {
   const Scale& scale = scaleFor(maximum);
-  granularity_ = scale.divisor / std::pow(10.0, scale.fractionDigits);
+  int digits = scale.fractionDigits;
+  granularity_ = scale.divisor / std::pow(10.0, digits);
+  // Rates of some currencies and shares of a thousand dollars move in less than these digits show.
+  while (maximum - minimum > 0 && maximum - minimum < 2 * granularity_ && digits < finestDigits) {
+    ++digits;
+    granularity_ = scale.divisor / std::pow(10.0, digits);
+  }
   currencyFormatter_.powerOfTen = -scale.powerOfTen;
-  currencyFormatter_.minimumFractionDigits = scale.fractionDigits;
-  currencyFormatter_.maximumFractionDigits = scale.fractionDigits;
+  currencyFormatter_.minimumFractionDigits = digits;
+  currencyFormatter_.maximumFractionDigits = digits;
   currencyFormatter_.digitsSuffix = scale.suffix;
 }
 
@@ -67,11 +108,30 @@ void PercentageAxisRenderer::computeAxis(double minimum, double maximum) {
   formatter_.maximumFractionDigits = formatter_.minimumFractionDigits;
 }
 
+std::vector<double> PercentageAxisRenderer::labelledValues(double minimum, double maximum,
+                                                           std::size_t aim) const {
+  const auto opening = openingValue_();
+  if (!opening || *opening == 0) {
+    return {};
+  }
+  const double leastStep = formatter_.maximumFractionDigits > 0 ? 0.001 : 0.01;
+  const auto [low, high] = std::minmax(minimum / *opening - 1, maximum / *opening - 1);
+  std::vector<double> values = roundValues(low, high, aim, leastStep);
+  for (double& value : values) {
+    value = *opening * (1 + value);
+  }
+  std::ranges::sort(values);
+  return values;
+}
+
 std::string PercentageAxisRenderer::label(double value) const {
   const double change = value / openingValue_().value_or(value) - 1;
   // Of nothing at all there is no percentage; 0 / 0 reads as no change.
   const Decimal number = std::isfinite(change) ? Decimal::fromDouble(change) : Decimal(0);
   return formatter_.string(number).value_or(number.description());
 }
+
+TextAxisRenderer::TextAxisRenderer(std::function<std::string(double)> text, double leastStep)
+    : text_(std::move(text)), leastStep_(leastStep) {}
 
 }  // namespace corvane

@@ -10,37 +10,50 @@
 
 namespace corvane {
 
+/// A value, and where a bar, a candle or a filled band below it begins.
 struct ChartEntry {
   double x = 0;
   double y = 0;
+  double base = 0;
   friend bool operator==(const ChartEntry&, const ChartEntry&) = default;
 };
 
-/// A line through points, in ascending x, with nothing drawn on the points.
+/// A series of a chart, in ascending x. Black stands for ink: it is drawn in the colour of labels,
+/// so that it is seen on a dark ground as well.
 struct ChartDataSet {
+  enum class Shape {
+    line,     ///< through the values, with nothing drawn on them
+    candles,  ///< a thin bar from `base` to the value
+    bars,     ///< a bar from `base` to the value, `barWidth` wide
+    circles   ///< a circle of `circleRadius` at each value, without a line
+  };
+
   std::string label;  ///< its name in the legend
   std::vector<ChartEntry> entries = {};
-  Colour colour = Colour::Name::black;
+  Colour colour = Colour::Name::label;
   double lineWidth = 1;
-  /// Of the area between the line and 0; none for a line alone.
+  /// Of the band between the line and the `base` of its entries; none for a line alone.
   std::optional<Colour> fill = std::nullopt;
   /// Whether the pointer highlights its points.
   bool isHighlightEnabled = true;
+  Shape shape = Shape::line;
+  /// The colour of each bar or circle; empty where all have that of the series.
+  std::vector<Colour> entryColours = {};
+  /// A letter or a sign in each circle, so that no colour need be recognised; may be empty.
+  std::vector<std::string> entrySigns = {};
+  double barWidth = 0.85;   ///< on the x axis
+  double circleRadius = 8;  ///< in device-independent pixels
+  bool isDashed = false;    ///< tells a line from another without its colour
 };
 
-/// A vertical bar from `low` to `high`.
-struct CandleEntry {
-  double x = 0;
-  double low = 0;
-  double high = 0;
-  friend bool operator==(const CandleEntry&, const CandleEntry&) = default;
-};
+/// An entry of the legend.
+struct ChartLegendEntry {
+  enum class Mark { line, dashedLine, area, circle };
 
-struct CandleDataSet {
   std::string label;
-  std::vector<CandleEntry> entries = {};
-  Colour colour = Colour::Name::black;
-  bool isHighlightEnabled = true;
+  Colour colour = Colour::Name::label;
+  Mark mark = Mark::line;
+  friend bool operator==(const ChartLegendEntry&, const ChartLegendEntry&) = default;
 };
 
 /// A line across the chart at a value of one axis.

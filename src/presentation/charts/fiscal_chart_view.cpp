@@ -1,6 +1,6 @@
 #include "presentation/charts/fiscal_chart_view.h"
 
-#include <array>
+#include <algorithm>
 
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/text/formatting.h"
@@ -12,6 +12,8 @@ namespace {
 constexpr double narrowWidth = 300;
 /// From this number of days on the label of a day goes without its month.
 constexpr int manyDays = 11;
+/// Digits after the point that a price has at most.
+constexpr int priceDigits = 5;
 
 struct DateLabelling {
   const char* localizedTemplate;
@@ -42,14 +44,15 @@ std::optional<DateLabelling> dateLabelling(const DateRange& displayed, const Cal
 
 }  // namespace
 
-FiscalChartView::FiscalChartView() : rightAxis([this] { return openingValue(); }) {
+FiscalChartView::FiscalChartView() : moneyAxis_(std::make_shared<MoneyAxisRenderer>()) {
+  leftAxisRenderer = moneyAxis_;
+  rightAxisRenderer = std::make_shared<PercentageAxisRenderer>([this] { return openingValue(); });
   reset();
 }
 
 void FiscalChartView::clear() {
   prescribedOpeningValue.reset();
   prescribedClosingValue.reset();
-  xAxisLimitLines.clear();
   BaseChartView::clear();
 }
 
@@ -61,7 +64,17 @@ void FiscalChartView::reset() {
   }
   formatter.zeroSymbol = "0";
   formatter.minimumIntegerDigits = 1;
-  leftAxis.setCurrencyFormatter(std::move(formatter));
+  moneyAxis_->setCurrencyFormatter(std::move(formatter));
+  valueText = [shown = currency](double value) {
+    const Decimal number = Decimal::fromDouble(value);
+    if (!shown) {
+      return number.description();
+    }
+    DecimalNumberFormatter money = DecimalNumberFormatter::money(*shown);
+    money.maximumFractionDigits = std::max(money.minimumFractionDigits, priceDigits);
+    return money.string(rounded(number, priceDigits, RoundingMode::bankers))
+        .value_or(number.description());
+  };
 }
 
 std::optional<double> FiscalChartView::openingValue() const {
@@ -82,7 +95,7 @@ Colour FiscalChartView::movementColour() const {
   const auto opening = openingValue();
   const auto closing = closingValue();
   if (!opening || !closing) {
-    return Colour::Name::black;
+    return Colour::Name::label;
   }
   return Formatting::movementIndicator(*opening <= *closing ? 1 : -1).colour;
 }
@@ -103,6 +116,22 @@ std::optional<LimitLine> FiscalChartView::openingLine(double viewWidth) const {
     line.gap = 1;
   }
   return line;
+}
+
+std::vector<LimitLine> FiscalChartView::leftAxisLimitLines(double viewWidth) const {
+  const auto line = openingLine(viewWidth);
+  return line ? std::vector{*line} : std::vector<LimitLine>();
+}
+
+AttributedText FiscalChartView::changeText(double from, double to) const {
+  // Of what grew out of nothing there is no percentage.
+  if (!currency || from == 0) {
+    return BaseChartView::changeText(from, to);
+  }
+  const auto price = [](double value) {
+    return rounded(Decimal::fromDouble(value), priceDigits, RoundingMode::bankers);
+  };
+  return Formatting::changeText(*currency, price(from), price(to));
 }
 
 void FiscalChartView::addDateLabels(const std::vector<std::pair<double, Date>>& points,

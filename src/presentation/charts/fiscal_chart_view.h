@@ -1,6 +1,7 @@
 // The money chart: values in money and in percent of an opening value, over dates.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -18,8 +19,6 @@ namespace corvane {
 class FiscalChartView : public BaseChartView {
  public:
   FiscalChartView();
-  FiscalChartView(const FiscalChartView&) = delete;
-  FiscalChartView& operator=(const FiscalChartView&) = delete;
 
   /// In place of the first and the last value of the interactive series.
   std::optional<double> prescribedOpeningValue;
@@ -27,16 +26,8 @@ class FiscalChartView : public BaseChartView {
   /// What the money axis is in; takes effect with reset().
   std::optional<Currency> currency;
 
-  /// Where the value axes begin; none leaves it to the values.
-  std::optional<double> axisMinimum;
-  /// The ends of the x axis; none leaves them to the values.
-  std::optional<double> xAxisMinimum;
-  std::optional<double> xAxisMaximum;
-  /// The dates below the chart. The first line is clear: only its label shows.
-  std::vector<LimitLine> xAxisLimitLines;
-
-  MoneyAxisRenderer leftAxis;
-  PercentageAxisRenderer rightAxis;
+  /// The left axis; the right one is a PercentageAxisRenderer of the opening value.
+  [[nodiscard]] MoneyAxisRenderer& moneyAxis() { return *moneyAxis_; }
 
   /// Whether the user is to see dates in his own time zone and not in that of the calendar.
   bool prefersLocalTimeZone = false;
@@ -47,16 +38,24 @@ class FiscalChartView : public BaseChartView {
 
   [[nodiscard]] std::optional<double> openingValue() const;
   [[nodiscard]] std::optional<double> closingValue() const;
-  /// Green where the chart closes at least as high as it opens, red where it closes lower, black
-  /// where it has no values.
+  /// Green where the chart closes at least as high as it opens, red where it closes lower, the
+  /// colour of labels where it has no values.
   [[nodiscard]] Colour movementColour() const;
   /// The line at the opening value in a view of this width; none without an opening value.
   [[nodiscard]] std::optional<LimitLine> openingLine(double viewWidth) const;
+  [[nodiscard]] std::vector<LimitLine> leftAxisLimitLines(double viewWidth) const override;
 
   /// Puts labels below the chart where the year, the month, the day or the hour changes, whichever
   /// suits the length of `displayed`. `points` are x values with their dates, ascending.
   void addDateLabels(const std::vector<std::pair<double, Date>>& points, const DateRange& displayed,
                      const Calendar& calendar);
+
+ protected:
+  /// In percent and in money, coloured.
+  [[nodiscard]] AttributedText changeText(double from, double to) const override;
+
+ private:
+  std::shared_ptr<MoneyAxisRenderer> moneyAxis_;
 };
 
 }  // namespace corvane

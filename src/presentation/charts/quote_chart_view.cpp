@@ -1,7 +1,10 @@
 #include "presentation/charts/quote_chart_view.h"
 
 #include <algorithm>
+#include <utility>
 #include <variant>
+
+#include "presentation/text/formatting.h"
 
 namespace corvane {
 namespace {
@@ -24,6 +27,20 @@ std::optional<double> doubleOf(const std::optional<Decimal>& price) {
 /// In minutes; may have a fraction.
 double minutes(Date from, Date to) {
   return to.timeIntervalSince(from) / 60;
+}
+
+/// When each of `quotes` was traded.
+std::function<std::string(std::size_t)> keyTexts(const std::vector<Quote>& quotes,
+                                                 const EquityPointer& equity) {
+  std::vector<DateRange> ranges;
+  ranges.reserve(quotes.size());
+  for (const Quote& quote : quotes) {
+    ranges.emplace_back(std::min(quote.fromDate, quote.toDate), quote.toDate);
+  }
+  return [ranges = std::move(ranges), equity](std::size_t index) {
+    return index < ranges.size() ? Formatting::dateRangeText(ranges[index], *equity)
+                                 : std::string();
+  };
 }
 
 }  // namespace
@@ -62,19 +79,22 @@ void QuoteChartView::setQuotes(const std::vector<Quote>& quotes, const QuoteQuer
   prescribeValues(quotes, query);
 
   const bool isThumbnail = mode == Mode::thumbnail;
+  drawsAxes = !isThumbnail;
   lineChartDataSet.lineWidth = isThumbnail ? 1 : 2;
   lineChartDataSet.isHighlightEnabled = !isThumbnail;
   candleChartDataSet.isHighlightEnabled = false;
-  if (!isThumbnail) {
-    interactiveDataSet = lineChartDataSet;
-  }
-  lineChartDataSet.colour = movementColour();
-  candleChartDataSet.colour = movementColour().withAlpha(candleAlpha);
+  // Where no values are prescribed, the movement is that of the line.
+  interactiveDataSet = lineChartDataSet;
+  const Colour movement = movementColour();
+  lineChartDataSet.colour = movement;
+  interactiveDataSet->colour = movement;
+  candleChartDataSet.colour = movement.withAlpha(candleAlpha);
+  setNoninteractiveDataSets({candleChartDataSet});
   if (isThumbnail) {
-    setNoninteractiveDataSets({lineChartDataSet});
-  } else {
-    interactiveDataSet = lineChartDataSet;
+    interactiveDataSet.reset();
+    setNoninteractiveDataSets({candleChartDataSet, lineChartDataSet});
   }
+  keyText = keyTexts(quotes, query.equity);
   changeHandler();
 }
 
@@ -101,7 +121,7 @@ void QuoteChartView::addEntries(const std::vector<Quote>& quotes) {
     const auto low = doubleOf(quotes[i].low);
     const auto high = doubleOf(quotes[i].high);
     if (low && high) {
-      candleChartDataSet.entries.push_back({x, *low, *high});
+      candleChartDataSet.entries.push_back({x, *high, *low});
     }
     if (const auto close = doubleOf(quotes[i].close)) {
       lineChartDataSet.entries.push_back({x, *close});

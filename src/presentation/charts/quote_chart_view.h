@@ -20,12 +20,14 @@ class QuoteChartView : public FiscalChartView {
   };
 
   QuoteChartView() = default;
-  explicit QuoteChartView(Mode shownMode) : mode(shownMode) {}
+  explicit QuoteChartView(Mode shownMode) : mode(shownMode) {
+    drawsAxes = shownMode == Mode::presentation;
+  }
 
   /// Without a mode quotes are ignored.
   std::optional<Mode> mode;
 
-  CandleDataSet candleChartDataSet{.label = "High/Low"};
+  ChartDataSet candleChartDataSet{.label = "High/Low", .shape = ChartDataSet::Shape::candles};
   ChartDataSet lineChartDataSet{.label = "Close"};
 
   /// Shows `quotes`, the answer to `query`. Those of a running session stand at their minute of the
@@ -33,7 +35,6 @@ class QuoteChartView : public FiscalChartView {
   void setQuotes(const std::vector<Quote>& quotes, const QuoteQuery& query);
 
   void clear() override;
-  [[nodiscard]] bool isEmpty() const override { return lineChartDataSet.entries.empty(); }
 
  private:
   void placeInSession(const std::vector<Quote>& quotes, const DateRange& session);
