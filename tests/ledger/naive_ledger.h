@@ -76,7 +76,7 @@ class NaiveLedger {
       if (portfolio.usesCashAccounts) {
         cashIn = 0 - cashIn;
       }
-      isSale = sharesIn < 0 && costIn <= 0;
+      isSale = sharesIn < 0;
       proceeds = 0 - costIn;
       if (costIn != rounded(costIn, cents, RoundingMode::down)) {
         return false;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "ledger/accounting/booking.h"
 #include "ledger/accounting/ledger_walk.h"
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
@@ -51,11 +52,12 @@ class Replay {
   void verifyHolding(const PortfolioTransaction& row, const EquityInfo& equity,
                      EquitySnapshot& holding) const {
     const auto& kind = row.basic.kind;
+    const TransactionEffect effect = transactionEffect(kind);
     const auto& primary = portfolio_.primaryCurrency();
     const Decimal shares = expectedShares(kind, holding.sharesHeld);
     requireEqual("share count", shares, row.sharesNet, equity.symbol, row);
-    const Decimal costBase = costBaseNet(kind, shares, holding.costBase, primary).value_or(0);
-    const auto expectedGain = capitalGain(kind, shares, holding.costBase, primary);
+    const Decimal costBase = costBaseNet(effect, shares, holding.costBase, primary).value_or(0);
+    const auto expectedGain = capitalGain(effect, shares, holding.costBase, primary);
     // Cost base and gain of a row follow from its shares, of which the count is right, and its
     // prior cost base: where that is right too they are, and need no second computation.
     if (row.costBasePrior != holding.costBase) {
@@ -121,7 +123,7 @@ class Replay {
                             }
                           },
                           [&](const BasicTransaction::Transfer& transfer) {
-                            requireCashAccounts(portfolio_, row);
+                            requireCashAccounts(portfolio_, row.basic);
                             deposit(transfer.amount.amount);
                             add(transfer.amount.amount);
                           },

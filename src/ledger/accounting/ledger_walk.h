@@ -14,15 +14,8 @@ namespace corvane {
 /// Throws PortfolioManagerError::LedgerInconsistency where `row` settled before `previous`.
 void requireLedgerOrder(const PortfolioTransaction& previous, const PortfolioTransaction& row);
 
-/// Throws PortfolioManagerError::LedgerInconsistency where `portfolio` keeps no cash accounts, so
-/// that `transfer` has no place in it.
-void requireCashAccounts(const Portfolio& portfolio, const PortfolioTransaction& transfer);
-
-/// Derives the balances of consecutive rows from a running state.
-///
-/// Besides sufficiency, completeness and precision it sees to it that every figure is a number and
-/// that every balance can be kept exactly: a sum that needs more digits than the decimal has is
-/// refused, never rounded. It knows nothing of how the ledger is edited or kept.
+/// Derives the balances of consecutive rows from a running state, by booking one after the other.
+/// It knows nothing of how the ledger is edited or kept.
 class LedgerWalk {
  public:
   /// `portfolio` must outlive the walk.
@@ -59,24 +52,9 @@ class LedgerWalk {
   void restoreRows();
 
  private:
-  using CurrencySnapshot = PortfolioSnapshot::CurrencySnapshot;
-  using EquitySnapshot = PortfolioSnapshot::EquitySnapshot;
-  struct CashChange {
-    Decimal disposed;
-    Decimal netDeposited;
-  };
-
-  [[nodiscard]] Decimal sharesAfter(const TransactionPointer& row, const Decimal& held);
-  [[nodiscard]] CashChange cashChange(const PortfolioTransaction& row) const;
-  void deriveCash(const TransactionPointer& row);
-  void deriveHolding(PortfolioTransaction& row, const Decimal& newShares, EquitySnapshot& holding);
-  void requireShares(const TransactionPointer& row, const Decimal& held,
-                     const Decimal& sharesAdded) const;
-
   const Portfolio& portfolio_;
   PortfolioSnapshot state_;
   const PortfolioTransaction* previous_ = nullptr;
-  Before current_;
   std::deque<Before> dirtyRows_;
 };
 

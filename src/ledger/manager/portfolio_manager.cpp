@@ -11,6 +11,7 @@
 #include "ledger/accounting/calendar_years.h"
 #include "ledger/accounting/ledger_replay.h"
 #include "ledger/accounting/ledger_walk.h"
+#include "ledger/edits/blame.h"
 #include "ledger/edits/ledger_journal.h"
 #include "ledger/edits/ledger_rows_edit.h"
 #include "platform/async/notification_center.h"
@@ -63,27 +64,6 @@ TransactionSet separate(const Transactions& subjects, TransactionSet& rows) {
   return separated;
 }
 
-/// `error` as it is where the user's own entry `subject` is at fault, and as the violation of an
-/// existing transaction where another row is.
-Failure blaming(const BasicTransaction* subject, const Failure& error) {
-  const TransactionPointer row = std::visit(
-      [](const auto& what) -> TransactionPointer {
-        using What = std::decay_t<decltype(what)>;
-        if constexpr (std::is_same_v<What, Failure::InsufficientCash> ||
-                      std::is_same_v<What, Failure::InsufficientShares> ||
-                      std::is_same_v<What, Failure::IncompleteSplit>) {
-          return what.transaction;
-        } else {
-          return nullptr;
-        }
-      },
-      error.which());
-  if (row == nullptr || (subject != nullptr && row->basic == *subject)) {
-    return error;
-  }
-  return Failure(Failure::ViolatesExistingTransaction{row, error.copy()});
-}
-
 /// Gives `variable` a value until the end of a scope.
 template <typename Value>
 class Assignment {
@@ -125,12 +105,8 @@ void PortfolioManager::portfolioPropertiesDidChange(const PortfolioPointer& port
 }
 
 void PortfolioManager::removePortfolio(const PortfolioPointer& portfolio) {
-  const auto found = std::ranges::find(portfolios_, portfolio);
-  if (found == portfolios_.end()) {
-    throw Failure(
-        Failure::InvalidPortfolio{"The portfolio is not known to this portfolio manager."});
-  }
-  portfolios_.erase(found);
+  requireOwn(*portfolio);
+  std::erase(portfolios_, portfolio);
 }
 
 template <typename Change>
@@ -533,6 +509,13 @@ void PortfolioManager::requireReadable() const {
   if (isEditedInBackground_) {
     throw PortfolioManagerError(
         PortfolioManagerError::LedgerInconsistency{"The ledger is being changed."});
+  }
+}
+
+void PortfolioManager::requireOwn(const Portfolio& portfolio) const {
+  if (std::ranges::find(portfolios_, &portfolio, &PortfolioPointer::get) == portfolios_.end()) {
+    throw Failure(
+        Failure::InvalidPortfolio{"The portfolio is not known to this portfolio manager."});
   }
 }
 

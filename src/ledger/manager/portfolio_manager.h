@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/market/quote_provider.h"
+#include "ledger/manager/ledger_trial.h"
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
 #include "ledger/portfolio/portfolio_snapshot_group.h"
@@ -207,6 +208,18 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   void placeOrder(const Order& order, const PortfolioPointer& portfolio,
                   const UndoManagerPointer& undoManager);
 
+  /// What recording `transaction` would do, or giving it to the row `revised` without neighbours;
+  /// or the PortfolioManagerError with which the ledger would refuse it. The row of such an error
+  /// is one that nobody keeps where it is the entry itself.
+  ///
+  /// Changes nothing, posts nothing and registers no undo, so that a form may ask on each
+  /// keystroke: it reads the year up to the entry and, behind it, only rows of the same equity or
+  /// currency, up to where their balances are what they are now. What only a keeper of the ledger
+  /// refuses does not show. Main queue only.
+  [[nodiscard]] Result<LedgerTrial> trial(const BasicTransaction& transaction,
+                                          const PortfolioPointer& portfolio,
+                                          const TransactionPointer& revised = nullptr) const;
+
   /// Posts the change of a ledger, or without `changes` that of a portfolio's properties.
   virtual void postPortfolioChange(std::optional<TransactionChanges> changes,
                                    const PortfolioPointer& portfolio);
@@ -264,6 +277,8 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
 
   /// Throws where a background edit is under way.
   void requireReadable() const;
+  /// Throws PortfolioManagerError::InvalidPortfolio where `portfolio` is not one of portfolios().
+  void requireOwn(const Portfolio& portfolio) const;
 
   TransactionType recordedTransactionType_;
   std::vector<OrderFeature> supportedOrderFeatures_;

@@ -10,7 +10,8 @@ std::optional<Decimal> PortfolioTransaction::costBaseNet() const {
   if (owner == nullptr || !sharesNet || !costBasePrior) {
     return std::nullopt;
   }
-  return corvane::costBaseNet(basic.kind, *sharesNet, *costBasePrior, owner->primaryCurrency());
+  return corvane::costBaseNet(transactionEffect(basic.kind), *sharesNet, *costBasePrior,
+                              owner->primaryCurrency());
 }
 
 std::optional<Decimal> PortfolioTransaction::capitalGain() const {
@@ -18,7 +19,8 @@ std::optional<Decimal> PortfolioTransaction::capitalGain() const {
   if (owner == nullptr || !sharesNet || !costBasePrior) {
     return std::nullopt;
   }
-  return corvane::capitalGain(basic.kind, *sharesNet, *costBasePrior, owner->primaryCurrency());
+  return corvane::capitalGain(transactionEffect(basic.kind), *sharesNet, *costBasePrior,
+                              owner->primaryCurrency());
 }
 
 }  // namespace corvane

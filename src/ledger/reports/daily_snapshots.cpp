@@ -4,25 +4,13 @@
 #include <ranges>
 #include <utility>
 
-#include "platform/overloaded.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 namespace {
 
 using CurrencySnapshot = PortfolioSnapshot::CurrencySnapshot;
 using EquitySnapshot = PortfolioSnapshot::EquitySnapshot;
-
-/// What a row with a currency adds to the net deposits. Without cash accounts there are no
-/// transfers, and the money of a trade counts as brought in or taken out for it.
-Decimal depositOf(const BasicTransaction::Kind& kind, bool usesCashAccounts) {
-  return std::visit(
-      Overloaded{[](const BasicTransaction::Transfer& transfer) { return transfer.amount.amount; },
-                 [&](const BasicTransaction::Trade& trade) {
-                   return usesCashAccounts ? Decimal() : trade.cashDisposed.amount;
-                 },
-                 [](const auto&) { return Decimal(); }},
-      kind);
-}
 
 template <typename Value>
 void addDays(const DailySteps<Value>& steps, std::vector<YearMonthDay>& days,
@@ -66,40 +54,38 @@ DailySnapshots::DailySnapshots(const Portfolio& portfolio, Calendar calendar, Ye
 
 void DailySnapshots::take(const PortfolioTransaction& row, YearMonthDay day,
                           bool usesCashAccounts) {
-  const Currency* currency = row.basic.currency();
-  if (currency != nullptr && row.cashNet) {
-    auto& balances = heldCashOf(*currency).balances;
+  const TransactionEffect effect = transactionEffect(row.basic.kind);
+  if (effect.currency != nullptr && row.cashNet) {
+    auto& balances = heldCashOf(*effect.currency).balances;
     CurrencySnapshot cash = balances.last();
     cash.cashOnHand = *row.cashNet;
-    cash.netCashDeposited += depositOf(row.basic.kind, usesCashAccounts);
+    cash.netCashDeposited += effect.deposited(usesCashAccounts);
     balances.set(day, cash);
   }
 
-  const EquityPointer* equity = row.basic.equity();
   const auto costBase = row.costBaseNet();
-  if (equity != nullptr && row.sharesNet && costBase) {
-    auto& balances = holdingOf(*equity).balances;
+  if (effect.equity != nullptr && row.sharesNet && costBase) {
+    auto& balances = holdingOf(*effect.equity).balances;
     EquitySnapshot holding = balances.last();
     holding.sharesHeld = *row.sharesNet;
     holding.costBase = *costBase;
     holding.cumulativeCapitalGain += row.capitalGain().value_or(0);
     balances.set(day, holding);
-    if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind)) {
-      takeTrade(row, *trade);
+    if (effect.type == TransactionType::trade) {
+      takeTrade(row, effect);
     }
   }
 }
 
-void DailySnapshots::takeTrade(const PortfolioTransaction& row,
-                               const BasicTransaction::Trade& trade) {
-  auto& summary = tradingSummaryByEquity_[trade.equity];
+void DailySnapshots::takeTrade(const PortfolioTransaction& row, const TransactionEffect& trade) {
+  auto& summary = tradingSummaryByEquity_[*trade.equity];
   if (trade.sharesAdded > 0) {
     summary.sharesBought += trade.sharesAdded;
-    summary.costBaseAdded += trade.equivalentCashDisposed;
+    summary.costBaseAdded += trade.costAdded;
     return;
   }
   summary.sharesSold -= trade.sharesAdded;
-  summary.proceedsOfSale -= trade.equivalentCashDisposed;
+  summary.proceedsOfSale += trade.equivalentAmount.value_or(0);
   const auto costBaseNet = row.costBaseNet();
   if (row.costBasePrior && costBaseNet) {
     summary.costBaseDisposed += *row.costBasePrior - *costBaseNet;

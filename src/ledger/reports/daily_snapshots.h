@@ -10,6 +10,7 @@
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/portfolio_snapshot_group.h"
 #include "ledger/reports/daily_steps.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 
@@ -59,7 +60,7 @@ class DailySnapshots {
   };
 
   void take(const PortfolioTransaction& row, YearMonthDay day, bool usesCashAccounts);
-  void takeTrade(const PortfolioTransaction& row, const BasicTransaction::Trade& trade);
+  void takeTrade(const PortfolioTransaction& row, const TransactionEffect& trade);
   Cash& cashOf(const Currency& currency);
   Cash& heldCashOf(const Currency& currency);
   Holding& holdingOf(const EquityPointer& equity);

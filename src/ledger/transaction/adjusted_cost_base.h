@@ -9,26 +9,26 @@
 
 #include <optional>
 
-#include "ledger/transaction/basic_transaction.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 
-/// The cost base of the equity after `kind`, where it was `costBasePrior` before and `sharesNet`
-/// shares are held after. None for kinds without an equity.
+/// The cost base of the equity after a transaction, where it was `costBasePrior` before and
+/// `sharesNet` shares are held after. None for kinds without an equity.
 ///
 /// Shares that leave take their part of the cost base with them, whatever the proceeds; all of it
 /// goes where nothing was held before. Nothing clamps the result: a return of capital beyond the
 /// cost base leaves it negative. NaN where the sum of the costs has more digits than can be kept
 /// exactly.
-[[nodiscard]] std::optional<Decimal> costBaseNet(const BasicTransaction::Kind& kind,
+[[nodiscard]] std::optional<Decimal> costBaseNet(const TransactionEffect& effect,
                                                  const Decimal& sharesNet,
                                                  const Decimal& costBasePrior,
                                                  const Currency& primaryCurrency);
 
-/// The gain that `kind` realizes; none where it is no sale. A trade that gives up shares and pays
-/// cash for it (the fees exceed the proceeds) is not a sale in this sense: it lowers the cost base
-/// in proportion and realizes neither gain nor loss. Shares journaled out realize none either.
-[[nodiscard]] std::optional<Decimal> capitalGain(const BasicTransaction::Kind& kind,
+/// The gain that a transaction realizes; none where it is no sale. A trade that gives up shares is
+/// a sale also where it is paid for (the fees exceed the proceeds): giving up shares that have cost
+/// 500 and paying 2 is a loss of 502. Shares journaled out realize nothing.
+[[nodiscard]] std::optional<Decimal> capitalGain(const TransactionEffect& effect,
                                                  const Decimal& sharesNet,
                                                  const Decimal& costBasePrior,
                                                  const Currency& primaryCurrency);
