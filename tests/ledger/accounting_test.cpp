@@ -79,10 +79,11 @@ TEST(Accounting, GoesBelowZeroOnlyWhereThatIsAllowed) {
   EXPECT_EQ(rows[1]->cashNet, dec("-30"));
 }
 
-TEST(Accounting, CountsASaleThatCostsMoneyAsNoSale) {
+TEST(Accounting, CountsWhatASaleCostsAsALoss) {
   Ledger ledger;
-  ledger.record({ledger.deposit("100"), ledger.buy("10", "50"), ledger.buy("-5", "1")});
-  EXPECT_EQ(figures(ledger.rows().back()), "49 5 50 25 -");
+  ledger.record({ledger.deposit("1000"), ledger.buy("20", "1000"), ledger.deposit("2"),
+                 ledger.buy("-10", "2")});
+  EXPECT_EQ(figures(ledger.rows().back()), "0 10 1000 500 -502");
   EXPECT_NO_THROW((void)PortfolioManager::replay(ledger.rows(), {}));
 }
 

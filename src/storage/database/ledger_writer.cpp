@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "ledger/portfolio/portfolio_manager_error.h"
-#include "platform/overloaded.h"
 #include "storage/database/stored_row.h"
 
 namespace corvane {
@@ -73,13 +72,7 @@ int shareExponent(const PortfolioTransaction& row) {
   if (!row.sharesNet) {
     return 0;
   }
-  const Decimal added = std::visit(
-      Overloaded{
-          [](const BasicTransaction::Trade& trade) { return trade.sharesAdded; },
-          [](const BasicTransaction::JournaledShares& journaled) { return journaled.sharesAdded; },
-          [](const BasicTransaction::Split& split) { return split.netShares - split.priorShares; },
-          [](const auto&) { return Decimal(); }},
-      row.basic.kind);
+  const Decimal added = transactionEffect(row.basic.kind).sharesAdded;
   return std::min(added.exponent(), row.sharesNet->exponent());
 }
 

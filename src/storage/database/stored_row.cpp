@@ -3,7 +3,6 @@
 #include <string>
 
 #include "ledger/portfolio/portfolio_manager_error.h"
-#include "platform/overloaded.h"
 
 namespace corvane {
 namespace {
@@ -42,65 +41,27 @@ BasicTransaction::YieldType yieldType(TransactionType type) {
 
 }  // namespace
 
-TransactionType transactionType(const BasicTransaction::Kind& kind) {
-  return std::visit(
-      Overloaded{
-          [](const BasicTransaction::Transfer&) { return TransactionType::transfer; },
-          [](const BasicTransaction::Trade&) { return TransactionType::trade; },
-          [](const BasicTransaction::Split&) { return TransactionType::split; },
-          [](const BasicTransaction::Yield& yield) {
-            return static_cast<TransactionType>(static_cast<int>(TransactionType::dividend) +
-                                                static_cast<int>(yield.type));
-          },
-          [](const BasicTransaction::CashAdjustment&) { return TransactionType::cashAdjustment; },
-          [](const BasicTransaction::JournaledShares&) {
-            return TransactionType::journaledShares;
-          }},
-      kind);
-}
-
 StoredFigures storedFigures(const PortfolioTransaction& row, const Currency& primaryCurrency) {
-  const auto holding = [&](const EquityPointer& equity, const Decimal& sharesAdded,
-                           const Decimal& equivalentCashAdded) {
-    if (!row.sharesNet || !row.costBasePrior) {
-      failInconsistent("Share balance and/or prior cost base is uncalculated.");
-    }
-    return StoredFigures::Holding{equity, sharesAdded, *row.sharesNet, equivalentCashAdded,
-                                  *row.costBasePrior};
-  };
-  StoredFigures figures = {transactionType(row.basic.kind), primaryCurrency, 0,
-                           row.cashNet.value_or(0), std::nullopt};
-  if (const Currency* currency = row.basic.currency()) {
-    figures.currency = *currency;
+  const TransactionEffect effect = transactionEffect(row.basic.kind);
+  StoredFigures figures = {effect.type, primaryCurrency, effect.amount, row.cashNet.value_or(0),
+                           std::nullopt};
+  if (effect.currency != nullptr) {
+    figures.currency = *effect.currency;
   }
-  std::visit(
-      Overloaded{[&](const BasicTransaction::Trade& trade) {
-                   figures.cashAdded = -trade.cashDisposed.amount;
-                   figures.holding =
-                       holding(trade.equity, trade.sharesAdded, -trade.equivalentCashDisposed);
-                 },
-                 [&](const BasicTransaction::Split& split) {
-                   figures.holding = holding(split.equity, split.netShares - split.priorShares, 0);
-                 },
-                 [&](const BasicTransaction::JournaledShares& journaled) {
-                   if (journaled.costBaseAdded && *journaled.costBaseAdded < 0) {
-                     // It would be read back as none, and the ledger would not balance any more.
-                     failInconsistent("A negative cost base of journaled shares cannot be kept.");
-                   }
-                   figures.holding = holding(journaled.equity, journaled.sharesAdded,
-                                             journaled.costBaseAdded.value_or(0));
-                 },
-                 [&](const BasicTransaction::Yield& yield) {
-                   figures.cashAdded = yield.netAmount.amount;
-                   figures.holding = holding(yield.equity, 0, yield.equivalentNetAmount);
-                 },
-                 [&](const BasicTransaction::Transfer& transfer) {
-                   figures.cashAdded = transfer.amount.amount;
-                 },
-                 [&](const BasicTransaction::CashAdjustment& adjustment) {
-                   figures.cashAdded = adjustment.amount.amount;
-                 }},
-      row.basic.kind);
+  if (effect.equity == nullptr) {
+    return figures;
+  }
+  if (!row.sharesNet || !row.costBasePrior) {
+    failInconsistent("Share balance and/or prior cost base is uncalculated.");
+  }
+  const bool isJournaled = effect.type == TransactionType::journaledShares;
+  if (isJournaled && effect.costAdded < 0) {
+    // It would be read back as none, and the ledger would not balance any more.
+    failInconsistent("A negative cost base of journaled shares cannot be kept.");
+  }
+  figures.holding = StoredFigures::Holding{
+      *effect.equity, effect.sharesAdded, *row.sharesNet,
+      isJournaled ? effect.costAdded : effect.equivalentAmount.value_or(0), *row.costBasePrior};
   return figures;
 }
 

@@ -7,24 +7,10 @@
 #include "core/decimal/decimal.h"
 #include "core/money/currency.h"
 #include "ledger/portfolio/portfolio_transaction.h"
+#include "ledger/transaction/transaction_effect.h"
 #include "platform/data/sqlite.h"
 
 namespace corvane {
-
-/// What stands in the column `type`.
-enum class TransactionType {
-  transfer = 1,
-  trade = 2,
-  split = 3,
-  dividend = 4,
-  capitalGainsDividend = 5,
-  reinvestedDistribution = 6,
-  returnOfCapital = 7,
-  cashAdjustment = 8,
-  journaledShares = 9,
-};
-
-[[nodiscard]] TransactionType transactionType(const BasicTransaction::Kind& kind);
 
 /// The figures of a transaction under the names of their columns, before they are scaled: money in
 /// whole units of its currency, shares in shares.
@@ -38,8 +24,8 @@ struct StoredFigures {
     Decimal costBasePrior;        ///< in the primary currency
   };
 
-  TransactionType type;
-  Currency currency;  ///< of the cash; the primary one where there is no cash
+  TransactionType type;  ///< the column `type` has its number
+  Currency currency;     ///< of the cash; the primary one where there is no cash
   Decimal cashAdded;
   Decimal cashNet;
   std::optional<Holding> holding;
