@@ -2,10 +2,19 @@
 
 find_program(CCACHE_PROGRAM ccache)
 
+# Compiling a dozen sources as one unit reads the headers once: two thirds of the time of a clean
+# build. The debug preset compiles each source by itself, so that includes stay honest.
+option(CORVANE_UNITY "Compile the sources of each library in a few large units" OFF)
+
 function(corvane_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_23)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  if(CORVANE_UNITY)
+    # With more to inline, GCC 12 takes the other alternative of a result for an uninitialised one;
+    # and it takes each source of a unit for a header that others may include.
+    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized -Wno-subobject-linkage)
+  endif()
   if(CCACHE_PROGRAM)
     set_target_properties(${target} PROPERTIES CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
   endif()
@@ -17,18 +26,41 @@ function(corvane_library folder)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;USES;USES_PRIVATELY")
   add_library(corvane_${folder} STATIC ${ARG_SOURCES})
   corvane_target_defaults(corvane_${folder})
+  set_target_properties(corvane_${folder} PROPERTIES UNITY_BUILD "${CORVANE_UNITY}"
+                                                     UNITY_BUILD_BATCH_SIZE 12)
   target_include_directories(corvane_${folder} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(corvane_${folder} PUBLIC ${ARG_USES} PRIVATE ${ARG_USES_PRIVATELY})
 endfunction()
 
-# corvane_tests(<folder> SOURCES <files> [USES <targets>])
-# One test program for one folder under tests/, named <folder>_tests; ./test runs every program that
-# it finds in the build folder's tests/.
+# corvane_tests(<folder> SOURCES <files> [USES <targets>] [SHARDS <count>] [ABROAD])
+# One test program for one folder under tests/, named <folder>_tests. CTest runs it in SHARDS parts
+# that may run side by side, and with ABROAD once more in another time zone.
 function(corvane_tests folder)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;USES")
-  add_executable(${folder}_tests ${ARG_SOURCES})
-  corvane_target_defaults(${folder}_tests)
-  target_include_directories(${folder}_tests PRIVATE "${PROJECT_SOURCE_DIR}/tests")
-  target_link_libraries(${folder}_tests PRIVATE ${ARG_USES} GTest::gmock GTest::gtest_main)
-  set_target_properties(${folder}_tests PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "ABROAD" "SHARDS" "SOURCES;USES")
+  set(program ${folder}_tests)
+  add_executable(${program} ${ARG_SOURCES})
+  corvane_target_defaults(${program})
+  target_include_directories(${program} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${program} PRIVATE ${ARG_USES} GTest::gmock GTest::gtest_main)
+  set_target_properties(${program} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+
+  # The texts that most tests expect are those of a machine without a locale of its own.
+  set(home "TZ=America/Toronto;LC_ALL=C.UTF-8")
+  if(NOT ARG_SHARDS)
+    set(ARG_SHARDS 1)
+  endif()
+  math(EXPR last "${ARG_SHARDS} - 1")
+  foreach(shard RANGE ${last})
+    corvane_test_run(${folder}.${shard} ${program}
+                     "${home};GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard}")
+  endforeach()
+  if(ARG_ABROAD)
+    corvane_test_run(${folder}.abroad ${program} "TZ=Asia/Tokyo;LC_ALL=C.UTF-8")
+  endif()
+endfunction()
+
+function(corvane_test_run name program environment)
+  add_test(NAME ${name} COMMAND ${program} --gtest_brief=1)
+  # A program that hangs is ended with a signal that leaves a trace.
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 1200)
 endfunction()

@@ -31,10 +31,6 @@ constexpr std::string_view cashTotalsSql =
     "WHERE cashByYear.portfolioId = ?\n"
     "ORDER BY year ASC;";
 
-[[noreturn]] void failInconsistent(std::string reason) {
-  throw Failure(Failure::LedgerInconsistency{std::move(reason)});
-}
-
 /// The text of a column of any kind, for a message.
 std::string textOf(const SQLiteStatement& row, int column) {
   const StoredNumbers columns(row);

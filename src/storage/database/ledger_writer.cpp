@@ -57,10 +57,6 @@ constexpr LedgerWriter::TotalsTable cashTotals = {
 /// The largest power of ten that fits the column `sharesFactor`.
 constexpr int maximumShareDecimals = 18;
 
-[[noreturn]] void failInconsistent(std::string reason) {
-  throw Failure(Failure::LedgerInconsistency{std::move(reason)});
-}
-
 StoredPortfolioTransaction& stored(const TransactionPointer& row) {
   assert(dynamic_cast<StoredPortfolioTransaction*>(row.get()) != nullptr &&
          "a stored portfolio holds stored rows only");

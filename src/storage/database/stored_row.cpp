@@ -9,10 +9,6 @@ namespace {
 
 using Failure = PortfolioManagerError;
 
-[[noreturn]] void failInconsistent(std::string reason) {
-  throw Failure(Failure::LedgerInconsistency{std::move(reason)});
-}
-
 /// `value` as a whole number of 64 bits; none where it is not one.
 std::optional<std::int64_t> wholeNumber(const Decimal& value) {
   const std::int64_t whole = value.integerValue();
@@ -40,6 +36,10 @@ BasicTransaction::YieldType yieldType(TransactionType type) {
 }
 
 }  // namespace
+
+[[noreturn]] void failInconsistent(std::string reason) {
+  throw Failure(Failure::LedgerInconsistency{std::move(reason)});
+}
 
 StoredFigures storedFigures(const PortfolioTransaction& row, const Currency& primaryCurrency) {
   const TransactionEffect effect = transactionEffect(row.basic.kind);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 #include "core/decimal/decimal.h"
 #include "core/money/currency.h"
@@ -11,6 +12,9 @@
 #include "platform/data/sqlite.h"
 
 namespace corvane {
+
+/// Throws PortfolioManagerError::LedgerInconsistency.
+[[noreturn]] void failInconsistent(std::string reason);
 
 /// The figures of a transaction under the names of their columns, before they are scaled: money in
 /// whole units of its currency, shares in shares.

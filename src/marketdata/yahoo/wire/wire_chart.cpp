@@ -1,5 +1,6 @@
 // The fields of a chart answer.
 
+#include "marketdata/yahoo/wire/wire_error.h"
 #include "marketdata/yahoo/wire/wire_fields.h"
 #include "marketdata/yahoo/wire/yahoo_finance_api.h"
 
@@ -95,12 +96,6 @@ inline constexpr std::tuple fieldsOf<ChartResult>{
     field("events", &ChartResult::events),
     field("meta", &ChartResult::meta),
     field("timestamp", &ChartResult::timestamp),
-};
-
-template <>
-inline constexpr std::tuple fieldsOf<ErrorDescription>{
-    field("code", &ErrorDescription::code),
-    field("description", &ErrorDescription::description),
 };
 
 template <>

@@ -1,17 +1,12 @@
 // The fields of the answer about the details of equities, and of a search.
 
+#include "marketdata/yahoo/wire/wire_error.h"
 #include "marketdata/yahoo/wire/wire_fields.h"
 #include "marketdata/yahoo/wire/yahoo_finance_api.h"
 
 namespace corvane::wire {
 
 using namespace YahooFinanceAPI;
-
-template <>
-inline constexpr std::tuple fieldsOf<ErrorDescription>{
-    field("code", &ErrorDescription::code),
-    field("description", &ErrorDescription::description),
-};
 
 template <>
 inline constexpr std::tuple fieldsOf<QuoteResult>{

@@ -17,20 +17,19 @@
 namespace corvane {
 namespace {
 
-using Style = DateFormatter::Style;
 using Format = std::unique_ptr<icu::SimpleDateFormat>;
 
-icu::DateFormat::EStyle toIcu(Style style) {
+icu::DateFormat::EStyle icuStyle(DateFormatter::Style style) {
   switch (style) {
-    case Style::shortStyle:
+    case DateFormatter::Style::shortStyle:
       return icu::DateFormat::kShort;
-    case Style::mediumStyle:
+    case DateFormatter::Style::mediumStyle:
       return icu::DateFormat::kMedium;
-    case Style::longStyle:
+    case DateFormatter::Style::longStyle:
       return icu::DateFormat::kLong;
-    case Style::fullStyle:
+    case DateFormatter::Style::fullStyle:
       return icu::DateFormat::kFull;
-    case Style::none:
+    case DateFormatter::Style::none:
       break;
   }
   return icu::DateFormat::kNone;
@@ -74,20 +73,20 @@ icu::UnicodeString withPlainYears(const icu::UnicodeString& pattern) {
 icu::UnicodeString patternOf(const DateFormatter& settings, const icu::Locale& locale,
                              UErrorCode& status) {
   if (settings.format) {
-    return withPlainYears(corvane::toIcu(*settings.format));
+    return withPlainYears(toIcu(*settings.format));
   }
   if (settings.localizedTemplate) {
     const std::unique_ptr<icu::DateTimePatternGenerator> generator(
         icu::DateTimePatternGenerator::createInstance(locale, status));
-    return U_SUCCESS(status)
-               ? generator->getBestPattern(corvane::toIcu(*settings.localizedTemplate), status)
-               : icu::UnicodeString();
+    return U_SUCCESS(status) ? generator->getBestPattern(toIcu(*settings.localizedTemplate), status)
+                             : icu::UnicodeString();
   }
-  if (settings.dateStyle == Style::none && settings.timeStyle == Style::none) {
+  if (settings.dateStyle == DateFormatter::Style::none &&
+      settings.timeStyle == DateFormatter::Style::none) {
     return {};
   }
   const std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
-      toIcu(settings.dateStyle), toIcu(settings.timeStyle), locale));
+      icuStyle(settings.dateStyle), icuStyle(settings.timeStyle), locale));
   icu::UnicodeString pattern;
   if (const auto* simple = dynamic_cast<const icu::SimpleDateFormat*>(format.get())) {
     simple->toPattern(pattern);
@@ -98,7 +97,7 @@ icu::UnicodeString patternOf(const DateFormatter& settings, const icu::Locale& l
 /// A Gregorian calendar for all years, as our own is. The caller owns it.
 std::unique_ptr<icu::GregorianCalendar> makeCalendar(const TimeZone& zone, UErrorCode& status) {
   auto calendar = std::make_unique<icu::GregorianCalendar>(
-      icu::TimeZone::createTimeZone(corvane::toIcu(zone.identifier())), status);
+      icu::TimeZone::createTimeZone(toIcu(zone.identifier())), status);
   constexpr double beforeAllDates = -1e17;
   calendar->setGregorianChange(beforeAllDates, status);
   calendar->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
@@ -111,7 +110,7 @@ Format makeFormat(const icu::UnicodeString& pattern, const icu::Locale& locale,
   UErrorCode status = U_ZERO_ERROR;
   auto format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
   format->adoptCalendar(makeCalendar(zone, status).release());
-  format->setContext(corvane::toIcu(context), status);
+  format->setContext(toIcu(context), status);
   return U_SUCCESS(status) ? std::move(format) : nullptr;
 }
 
@@ -171,21 +170,21 @@ struct Reader {
 };
 
 /// What is made for one set of settings.
-struct Formats {
+struct DateFormats {
   Format writer;
   /// The likeliest first.
   std::vector<Reader> readers;
   bool showsTimeZone = false;
 };
 
-Formats makeFormats(const DateFormatter& settings) {
+DateFormats makeDateFormats(const DateFormatter& settings) {
   UErrorCode status = U_ZERO_ERROR;
-  const icu::Locale locale = corvane::toIcu(settings.locale);
+  const icu::Locale locale = toIcu(settings.locale);
   const icu::UnicodeString pattern = patternOf(settings, locale, status);
   if (U_FAILURE(status)) {
     return {};
   }
-  Formats formats;
+  DateFormats formats;
   formats.writer = makeFormat(pattern, locale, settings.timeZone, settings.context);
   formats.showsTimeZone = hasField(pattern, u"zZOvVXx");
 
@@ -216,9 +215,9 @@ Formats makeFormats(const DateFormatter& settings) {
   return formats;
 }
 
-const Formats& formatsFor(const DateFormatter& settings) {
-  thread_local RecentCache<DateFormatter, Formats> formats;
-  return formats.get(settings, makeFormats);
+const DateFormats& formatsFor(const DateFormatter& settings) {
+  thread_local RecentCache<DateFormatter, DateFormats> formats;
+  return formats.get(settings, makeDateFormats);
 }
 
 /// The date that all of `text` describes to `reader`.
@@ -251,7 +250,7 @@ std::optional<Date> sameCivilTime(Date date, const TimeZone& zone) {
 }  // namespace
 
 std::string DateFormatter::string(Date date) const {
-  const Formats& formats = formatsFor(*this);
+  const DateFormats& formats = formatsFor(*this);
   if (formats.writer == nullptr || !std::isfinite(date.timeIntervalSinceReferenceDate())) {
     return {};
   }
@@ -261,8 +260,8 @@ std::string DateFormatter::string(Date date) const {
 }
 
 std::optional<Date> DateFormatter::date(std::string_view text) const {
-  const Formats& formats = formatsFor(*this);
-  const icu::UnicodeString given = corvane::toIcu(text);
+  const DateFormats& formats = formatsFor(*this);
+  const icu::UnicodeString given = toIcu(text);
   const icu::UnicodeString plain = withPlainSeparators(given);
   for (const Reader& reader : formats.readers) {
     const icu::UnicodeString& reading = reader.takesPlainSeparators ? plain : given;

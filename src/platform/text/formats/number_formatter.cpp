@@ -16,7 +16,6 @@ namespace corvane {
 namespace {
 
 using icu::number::LocalizedNumberFormatter;
-using Style = NumberFormatter::Style;
 
 constexpr int mostDigits = 1000;
 /// More fraction digits than any number here has.
@@ -84,8 +83,9 @@ std::optional<DecimalText> readDecimalText(std::string_view text) {
   return result;
 }
 
-bool isCurrency(Style style) {
-  return style == Style::currency || style == Style::currencyAccounting;
+bool isCurrency(NumberFormatter::Style style) {
+  return style == NumberFormatter::Style::currency ||
+         style == NumberFormatter::Style::currencyAccounting;
 }
 
 icu::number::Precision precision(const NumberFormatter& settings) {
@@ -98,7 +98,8 @@ icu::number::Precision precision(const NumberFormatter& settings) {
 }
 
 UNumberSignDisplay signDisplay(const NumberFormatter& settings) {
-  return settings.style == Style::currencyAccounting ? UNUM_SIGN_ACCOUNTING : UNUM_SIGN_AUTO;
+  return settings.style == NumberFormatter::Style::currencyAccounting ? UNUM_SIGN_ACCOUNTING
+                                                                      : UNUM_SIGN_AUTO;
 }
 
 std::optional<icu::CurrencyUnit> currencyUnit(const NumberFormatter& settings) {
@@ -123,9 +124,9 @@ LocalizedNumberFormatter makeFormatter(const NumberFormatter& settings) {
               std::clamp(settings.minimumIntegerDigits, 0, mostFractionDigits)))
           .grouping(settings.usesGroupingSeparator ? UNUM_GROUPING_AUTO : UNUM_GROUPING_OFF)
           .sign(signDisplay(settings))
-          .scale(icu::number::Scale::powerOfTen(settings.powerOfTen +
-                                                (settings.style == Style::percent ? 2 : 0)));
-  if (settings.style == Style::percent) {
+          .scale(icu::number::Scale::powerOfTen(
+              settings.powerOfTen + (settings.style == NumberFormatter::Style::percent ? 2 : 0)));
+  if (settings.style == NumberFormatter::Style::percent) {
     return formatter.unit(icu::NoUnit::percent());
   }
   if (!isCurrency(settings.style)) {
@@ -160,25 +161,26 @@ const Separators& separatorsFor(const Locale& locale, bool isMoney) {
 }
 
 /// What is made for one set of settings.
-struct Formats {
+struct NumberFormats {
   LocalizedNumberFormatter formatter;
   std::optional<NumberLayout> layout;
 };
 
-Formats makeFormats(const NumberFormatter& settings) {
+NumberFormats makeNumberFormats(const NumberFormatter& settings) {
   LocalizedNumberFormatter formatter = makeFormatter(settings);
   auto layout = NumberLayout::learned(formatter, hidesSymbol(settings));
   return {std::move(formatter), std::move(layout)};
 }
 
-const Formats& formatsFor(const NumberFormatter& settings) {
-  thread_local RecentCache<NumberFormatter, Formats> formats;
-  return formats.get(settings, makeFormats);
+const NumberFormats& formatsFor(const NumberFormatter& settings) {
+  thread_local RecentCache<NumberFormatter, NumberFormats> formats;
+  return formats.get(settings, makeNumberFormats);
 }
 
 /// `number` where it can be written as it is, digit by digit.
 std::optional<PlainDigits> plainDigits(const DecimalText& number, const NumberFormatter& settings) {
-  const bool isScaled = settings.style == Style::percent || settings.powerOfTen != 0;
+  const bool isScaled =
+      settings.style == NumberFormatter::Style::percent || settings.powerOfTen != 0;
   const std::string_view integer = number.integer;
   const bool hasLeadingZeros = integer.size() > 1 && integer.front() == '0';
   if (number.hasExponent || isScaled || settings.minimumIntegerDigits != 1 || integer.empty() ||
@@ -211,7 +213,7 @@ std::optional<std::string> NumberFormatter::string(std::string_view decimalText)
   const bool replacesSign = isNegative && (negativePrefix || negativeSuffix);
   const bool dropsSign = replacesSign || (number->isZero && number->isNegative);
 
-  const Formats& formats = formatsFor(*this);
+  const NumberFormats& formats = formatsFor(*this);
   std::string text;
   auto digits = formats.layout ? plainDigits(*number, *this) : std::nullopt;
   if (digits) {
