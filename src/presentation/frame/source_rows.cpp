@@ -10,9 +10,6 @@
 namespace corvane {
 namespace {
 
-/// A price of a share may be finer than the money that is paid.
-constexpr int maximumPriceDigits = 5;
-
 std::string joinedParts(std::initializer_list<std::string> parts) {
   std::string text;
   for (const std::string& part : parts) {

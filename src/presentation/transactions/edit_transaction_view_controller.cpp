@@ -8,6 +8,7 @@
 #include "core/market/portfolio_asset.h"
 #include "platform/overloaded.h"
 #include "platform/text/unicode/locale.h"
+#include "presentation/text/formatting.h"
 
 namespace corvane {
 namespace {
@@ -16,8 +17,6 @@ using Mode = TransactionMode;
 using Kind = BasicTransaction::Kind;
 using KindResult = std::expected<Kind, OrderError>;
 
-/// A price of a share may be finer than the money that is paid.
-constexpr int maximumPriceDigits = 5;
 /// More digits of a computed rate help nobody; all of them count.
 constexpr int maximumRateDigits = 10;
 /// A trade settles so many weekdays later.

@@ -22,9 +22,6 @@ using YieldType = BasicTransaction::YieldType;
 using Transfer = BasicTransaction::Transfer;
 using CashAdjustment = BasicTransaction::CashAdjustment;
 
-/// A price of a share may be finer than the money that is paid.
-constexpr int maximumPriceDigits = 5;
-
 std::string dateText(Date date, const Calendar& calendar) {
   return DateFormatter{.dateStyle = DateFormatter::Style::mediumStyle,
                        .timeZone = calendar.timeZone()}
