@@ -264,7 +264,7 @@ TEST(BackgroundEdits, KeepTheMainQueueFromReadingUntilTheyAreMadeKnown) {
 
   bool couldRead = false;
   const auto observation = NotificationCenter::defaultCenter().addObserver(
-      std::string(PortfolioManager::didChangePortfolio), ledger.manager.get(), [&](const auto&) {
+      PortfolioManager::didChangePortfolio, ledger.manager.get(), [&](const auto&) {
         couldRead = ledger.manager->valuation(ledger.portfolio).currentValue == dec("1000");
       });
   std::thread([&] {

@@ -35,28 +35,13 @@ const auto* const diagnosticTools =
     ::testing::AddGlobalTestEnvironment(std::make_unique<DiagnosticTools>().release());
 
 TEST(NetworkActivityMonitor, TellsOfARequestWhenItStartsAndWhenItHasEnded) {
-  struct Seen {
-    UUID uuid;
-    std::string name;
-    std::optional<std::string> url;
-    std::optional<std::string> data;
-  };
   ASSERT_TRUE(NetworkActivityMonitor::isOn());
   std::mutex mutex;
-  std::vector<Seen> seen;
+  std::vector<NetworkActivityMonitor::News> seen;
   const auto token = NotificationCenter::defaultCenter().addObserver(
-      "ca.corvane.networkActivity", nullptr, [&](const Notification& notification) {
-        const auto textAt = [&](const char* key) -> std::optional<std::string> {
-          const auto found = notification.userInfo.find(key);
-          return found == notification.userInfo.end()
-                     ? std::nullopt
-                     : std::optional(std::any_cast<std::string>(found->second));
-        };
-        const auto activity = std::any_cast<NetworkActivityMonitor::Activity>(
-            notification.userInfo.find("activity")->second);
+      NetworkActivityMonitor::notificationName, nullptr, [&](const auto& news) {
         const std::lock_guard lock(mutex);
-        seen.push_back(
-            {activity.uuid, activity.name, textAt("requestURL"), textAt("responseData")});
+        seen.push_back(news);
       });
 
   Service server;
@@ -71,15 +56,15 @@ TEST(NetworkActivityMonitor, TellsOfARequestWhenItStartsAndWhenItHasEnded) {
   }
   const std::lock_guard lock(mutex);
   ASSERT_EQ(seen.size(), 4U);
-  EXPECT_EQ(seen[0].name, "first");
-  EXPECT_EQ(seen[0].url, url);
-  EXPECT_EQ(seen[0].data, std::nullopt);
-  EXPECT_EQ(seen[1].uuid, seen[0].uuid);
-  EXPECT_EQ(seen[1].url, std::nullopt);
-  EXPECT_EQ(seen[1].data, "{}");
-  EXPECT_NE(seen[2].uuid, seen[0].uuid);
-  EXPECT_EQ(seen[3].uuid, seen[2].uuid);
-  EXPECT_EQ(seen[3].data, std::nullopt) << "a request without an answer has none";
+  EXPECT_EQ(seen[0].activity.name, "first");
+  EXPECT_EQ(seen[0].requestURL, url);
+  EXPECT_EQ(seen[0].responseData, std::nullopt);
+  EXPECT_EQ(seen[1].activity.uuid, seen[0].activity.uuid);
+  EXPECT_EQ(seen[1].requestURL, std::nullopt);
+  EXPECT_EQ(seen[1].responseData, "{}");
+  EXPECT_NE(seen[2].activity.uuid, seen[0].activity.uuid);
+  EXPECT_EQ(seen[3].activity.uuid, seen[2].activity.uuid);
+  EXPECT_EQ(seen[3].responseData, std::nullopt) << "a request without an answer has none";
 }
 
 }  // namespace

@@ -49,9 +49,9 @@ class MainSplitViewControllerTest : public PortfolioScreenWorld {
     }
     return text;
   }
-  static void post(std::string_view name, std::string_view key, std::any value) {
-    NotificationCenter::defaultCenter().post(std::string(name), nullptr,
-                                             {{std::string(key), std::move(value)}});
+  template <typename Payload>
+  static void post(const Topic<Payload>& topic, std::type_identity_t<Payload> payload) {
+    NotificationCenter::defaultCenter().post(topic, nullptr, std::move(payload));
     MainLoop::drain();
   }
   /// Gives an equity a price and the session that it was paid in.
@@ -80,8 +80,7 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
   EXPECT_THAT(prices->queries, IsEmpty()) << "no currency is known yet";
 
   quote(first);
-  post(WatchlistManager::didRefreshWatchlistEquities, WatchlistManager::equitiesKey,
-       EquitySet{first, abc});
+  post(WatchlistManager::didRefreshWatchlistEquities, {first, abc});
   EXPECT_THAT(updates.back().reloadedWatchlistRows, ElementsAre(0U));
   waitUntil([&] { return !list.watchlistRow(0).thumbnail->isEmpty(); });
   EXPECT_EQ(prices->queries.back(), QuoteQuery::currentPeriod(first, true));
@@ -91,14 +90,12 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
 
   // The refresh of a newly opened workspace tells of its portfolios alone.
   quote(model->watchlistEquities[1]);
-  post(WatchlistManager::didRefreshPortfolioEquities, WatchlistManager::portfoliosKey,
-       std::vector{portfolio});
+  post(WatchlistManager::didRefreshPortfolioEquities, {portfolio});
   waitUntil([&] { return !list.watchlistRow(1).thumbnail->isEmpty(); });
   EXPECT_THAT(prices->queries, SizeIs(2)) << "the first session has been fetched already";
 
   prices->script = [](const QuoteQuery&) { return ScriptedQuoteProvider::refusal(); };
-  post(WatchlistManager::didRefreshWatchlistEquities, WatchlistManager::equitiesKey,
-       EquitySet{first});
+  post(WatchlistManager::didRefreshWatchlistEquities, {first});
   waitUntil([&] { return list.watchlistRow(0).thumbnail->isEmpty(); });
   EXPECT_THAT(errors, IsEmpty()) << "one message a row would help nobody";
 }
@@ -114,8 +111,7 @@ TEST_F(MainSplitViewControllerTest, ShowsWhatPortfoliosAreWorth) {
   EXPECT_EQ(list.portfolioRow(0).accessibleText(),
             "Savings, Current portfolio value is indeterminate");
   abc->recentPrice = 9;
-  post(WatchlistManager::didRefreshPortfolioEquities, WatchlistManager::portfoliosKey,
-       std::vector{portfolio});
+  post(WatchlistManager::didRefreshPortfolioEquities, {portfolio});
   EXPECT_THAT(updates.back().reloadedPortfolioRows, ElementsAre(0U));
   EXPECT_EQ(list.portfolioRow(0).accessibleText(), "Savings, CA$990.00, ▼ -CA$10.00");
 }

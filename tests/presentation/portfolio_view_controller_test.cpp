@@ -113,9 +113,8 @@ TEST_F(PortfolioViewControllerTest, HeadsWithTheValueAtTheStalestPrice) {
   EXPECT_THAT(screen->heading().summary.plainText(), ::testing::EndsWith("."));
 
   xyz->recentPrice.reset();
-  NotificationCenter::defaultCenter().post(
-      std::string(WatchlistManager::didRefreshPortfolioEquities), nullptr,
-      {{std::string(WatchlistManager::portfoliosKey), std::vector{portfolio}}});
+  NotificationCenter::defaultCenter().post(WatchlistManager::didRefreshPortfolioEquities, nullptr,
+                                           {portfolio});
   const std::size_t asked = prices->queries.size();
   MainLoop::drain();
   EXPECT_EQ(screen->heading().value, "⚠️");

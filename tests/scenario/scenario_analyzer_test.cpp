@@ -191,8 +191,8 @@ TEST(ScenarioAnalyzer, ServesSeveralThreadsAndDisturbsNobody) {
     market.quote(price, price, price);
   }
   const auto token = NotificationCenter::defaultCenter().addObserver(
-      std::string(PortfolioManager::didChangePortfolio), nullptr,
-      [](const Notification&) { ADD_FAILURE() << "a simulated ledger was announced"; });
+      PortfolioManager::didChangePortfolio, nullptr,
+      [](const auto&) { ADD_FAILURE() << "a simulated ledger was announced"; });
   const ScenarioAnalyzer analyzer = market.analyzer();
   const auto alone = rowsOf(analyzer.analyze(std::nullopt, strategy(), 1000));
   EXPECT_GT(alone.size(), 50U);

@@ -115,7 +115,7 @@ TEST_F(AppDelegateTest, ThePriceAdjustmentIsRememberedAndTheDataSourceIsNot) {
     EXPECT_EQ(shell->menus.back().checkedPriceAdjustment, PriceAdjustment::adjustedForSplits);
     int news = 0;
     const auto observation = NotificationCenter::defaultCenter().addObserver(
-        "AppDelegate.quoteDataSourceChanged", app.get(), [&](const auto&) { ++news; });
+        AppDelegate::quoteDataSourceChanged, app.get(), [&](const auto&) { ++news; });
     app->choosePriceAdjustment(PriceAdjustment::marketNominal);
     app->chooseDataSource(DataSource::cacheOnly);
     EXPECT_EQ(news, 2);

@@ -56,21 +56,18 @@ class WatchlistManagerTest : public ::testing::Test {
     model->watchlistEquities = {equity("BOTH"), equity("WATCHED")};
     auto& center = NotificationCenter::defaultCenter();
     watchlistObserver = center.addObserver(
-        std::string(WatchlistManager::didRefreshWatchlistEquities), nullptr,
-        [this](const Notification& news) {
+        WatchlistManager::didRefreshWatchlistEquities, nullptr,
+        [this](const EquitySet& equities) {
           WatchedIds ids;
-          for (const auto& each : std::any_cast<EquitySet>(news.userInfo.at("equities"))) {
+          for (const auto& each : equities) {
             ids.insert(each->id());
           }
           watchlistNews.push_back(ids);
         },
         DispatchQueue::main());
     portfolioObserver = center.addObserver(
-        std::string(WatchlistManager::didRefreshPortfolioEquities), nullptr,
-        [this](const Notification& news) {
-          portfolioNews.push_back(
-              std::any_cast<std::vector<PortfolioPointer>>(news.userInfo.at("portfolios")));
-        },
+        WatchlistManager::didRefreshPortfolioEquities, nullptr,
+        [this](const auto& portfolios) { portfolioNews.push_back(portfolios); },
         DispatchQueue::main());
   }
 
@@ -103,8 +100,8 @@ class WatchlistManagerTest : public ::testing::Test {
   PortfolioPointer portfolio;
   std::vector<WatchedIds> watchlistNews;
   std::vector<std::vector<PortfolioPointer>> portfolioNews;
-  NotificationCenter::Token watchlistObserver;
-  NotificationCenter::Token portfolioObserver;
+  Subscription watchlistObserver;
+  Subscription portfolioObserver;
 };
 
 TEST_F(WatchlistManagerTest, WhatIsWatchedIsNotRefreshedAgainForThePortfolios) {
@@ -153,7 +150,7 @@ TEST_F(WatchlistManagerTest, EachProviderIsAskedOnceAndToldOfOnSuccess) {
 TEST_F(WatchlistManagerTest, AChangeOfTheDataSourceAndANewDocumentRefreshAtOnce) {
   const auto manager = start();
   waitFor([&] { return !watchlistNews.empty() && !portfolioNews.empty(); });
-  NotificationCenter::defaultCenter().post("AppDelegate.quoteDataSourceChanged", nullptr);
+  NotificationCenter::defaultCenter().post(WatchlistManager::quoteDataSourceChanged, nullptr);
   waitFor([&] { return watchlistNews.size() == 2 && portfolioNews.size() == 2; });
 
   provider->refreshes.clear();
@@ -188,7 +185,7 @@ TEST_F(WatchlistManagerTest, NothingIsPostedOnceTheManagerIsGone) {
   for (auto& answer : provider->answers) {
     answer();
   }
-  NotificationCenter::defaultCenter().post("AppDelegate.quoteDataSourceChanged", nullptr);
+  NotificationCenter::defaultCenter().post(WatchlistManager::quoteDataSourceChanged, nullptr);
   MainLoop::drain();
   EXPECT_EQ(provider->refreshes.size(), 2U);
   EXPECT_THAT(watchlistNews, IsEmpty());

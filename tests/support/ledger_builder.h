@@ -160,22 +160,16 @@ class LastChanges {
  public:
   LastChanges()
       : token_(NotificationCenter::defaultCenter().addObserver(
-            std::string(PortfolioManager::didChangePortfolio), nullptr,
-            [this](const Notification& notification) {
+            PortfolioManager::didChangePortfolio, nullptr, [this](const auto& change) {
               ++count;
-              changes.reset();
-              const auto found =
-                  notification.userInfo.find(std::string(PortfolioManager::transactionChangesKey));
-              if (found != notification.userInfo.end()) {
-                changes = std::any_cast<TransactionChanges>(found->second);
-              }
+              changes = change.transactionChanges;
             })) {}
 
   int count = 0;
   std::optional<TransactionChanges> changes;
 
  private:
-  NotificationCenter::Token token_;
+  Subscription token_;
 };
 
 }  // namespace corvane::testing

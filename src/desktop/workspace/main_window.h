@@ -64,7 +64,7 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
   QAction* networkActivity_ = nullptr;
   std::vector<QAction*> priceAdjustments_;
   std::vector<QAction*> dataSourceActions_;
-  UndoManager::Token undoObservation_;
+  Subscription undoObservation_;
 };
 
 }  // namespace corvane::desktop

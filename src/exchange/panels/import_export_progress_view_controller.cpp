@@ -17,7 +17,7 @@ void ImportExportProgressViewController::observe(const std::shared_ptr<Progress>
           updateIsWaiting->store(false);
           const auto self = weakSelf.lock();
           const auto observed = weakProgress.lock();
-          if (self != nullptr && observed != nullptr && self->observations_ != nullptr) {
+          if (self != nullptr && observed != nullptr && self->observations_) {
             self->show(*observed);
           }
         });

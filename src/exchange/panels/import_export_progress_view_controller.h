@@ -36,7 +36,7 @@ class ImportExportProgressViewController
  private:
   void show(const Progress& progress);
 
-  Progress::Token observations_;
+  Subscription observations_;
 };
 
 }  // namespace corvane

@@ -496,13 +496,8 @@ void PortfolioManager::postPortfolioChange(std::optional<TransactionChanges> cha
                                            const PortfolioPointer& portfolio) {
   // Whoever hears the news reads the ledger.
   endBackgroundEdit();
-  NotificationCenter::UserInfo userInfo = {{std::string(portfolioManagerKey), shared_from_this()},
-                                           {std::string(portfolioKey), portfolio}};
-  if (changes) {
-    userInfo.emplace(transactionChangesKey, std::move(*changes));
-  }
-  NotificationCenter::defaultCenter().post(std::string(didChangePortfolio), this,
-                                           std::move(userInfo));
+  NotificationCenter::defaultCenter().post(didChangePortfolio, this,
+                                           {shared_from_this(), portfolio, std::move(changes)});
 }
 
 void PortfolioManager::requireReadable() const {

@@ -7,7 +7,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "core/market/quote_provider.h"
@@ -17,6 +16,7 @@
 #include "ledger/portfolio/portfolio_snapshot_group.h"
 #include "ledger/reports/portfolio_valuation.h"
 #include "ledger/transaction/order.h"
+#include "platform/async/notification_center.h"
 #include "platform/async/undo_manager.h"
 #include "platform/time/calendar.h"
 
@@ -64,13 +64,14 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   using Transactions = std::vector<TransactionPointer>;
   using UndoManagerPointer = std::shared_ptr<UndoManager>;
 
-  /// What didChangePortfolio notifications carry under these names: the manager and the portfolio
-  /// as std::shared_ptr, and the changes as TransactionChanges where an edit has made them.
-  static constexpr std::string_view didChangePortfolio =
-      "ca.orlend.corvane.PortfolioManager.didChangePortfolio";
-  static constexpr std::string_view portfolioManagerKey = "portfolioManager";
-  static constexpr std::string_view portfolioKey = "portfolio";
-  static constexpr std::string_view transactionChangesKey = "transactionChanges";
+  struct PortfolioChange {
+    std::shared_ptr<PortfolioManager> portfolioManager;
+    PortfolioPointer portfolio;
+    std::optional<TransactionChanges> transactionChanges;  ///< where an edit has made them
+  };
+  /// Posted by the manager, inline, after a change of a portfolio or of its rows.
+  static constexpr Topic<PortfolioChange> didChangePortfolio{
+      "ca.orlend.corvane.PortfolioManager.didChangePortfolio"};
 
   explicit PortfolioManager(
       std::shared_ptr<QuoteProvider> provider,

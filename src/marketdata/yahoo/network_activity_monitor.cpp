@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/async/notification_center.h"
 #include "platform/system/user_defaults.h"
 
 namespace corvane {
@@ -15,15 +14,8 @@ bool NetworkActivityMonitor::isOn() {
 
 void NetworkActivityMonitor::post(const Activity& activity, std::optional<std::string> requestURL,
                                   std::optional<std::string> responseData) {
-  NotificationCenter::UserInfo info;
-  info.emplace(activityKey, activity);
-  if (requestURL) {
-    info.emplace(requestURLKey, *std::move(requestURL));
-  }
-  if (responseData) {
-    info.emplace(responseDataKey, *std::move(responseData));
-  }
-  NotificationCenter::defaultCenter().post(std::string(notificationName), nullptr, std::move(info));
+  NotificationCenter::defaultCenter().post(
+      notificationName, nullptr, {activity, std::move(requestURL), std::move(responseData)});
 }
 
 }  // namespace corvane

@@ -3,8 +3,8 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
+#include "platform/async/notification_center.h"
 #include "platform/system/uuid.h"
 #include "platform/time/date.h"
 
@@ -25,11 +25,13 @@ class NetworkActivityMonitor {
     friend bool operator==(const Activity&, const Activity&) = default;
   };
 
-  static constexpr std::string_view notificationName = "ca.corvane.networkActivity";
-  /// The keys of the notification: an Activity, always; a std::string each, where there is one.
-  static constexpr std::string_view activityKey = "activity";
-  static constexpr std::string_view requestURLKey = "requestURL";
-  static constexpr std::string_view responseDataKey = "responseData";
+  /// What is told of a request: where it goes when it starts, what was answered when it has ended.
+  struct News {
+    Activity activity;
+    std::optional<std::string> requestURL = std::nullopt;
+    std::optional<std::string> responseData = std::nullopt;
+  };
+  static constexpr Topic<News> notificationName{"ca.corvane.networkActivity"};
 
   /// Whether the setting "diagnosticToolsEnabled" was on when this was first asked.
   [[nodiscard]] static bool isOn();

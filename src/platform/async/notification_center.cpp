@@ -1,11 +1,11 @@
 #include "platform/async/notification_center.h"
 
-#include <utility>
+#include <cassert>
 
 namespace corvane {
 
 struct NotificationCenter::Observation {
-  std::string name;
+  Subject subject;
   const void* object;
   Handler handler;
   std::shared_ptr<DispatchQueue> queue;
@@ -16,38 +16,37 @@ NotificationCenter& NotificationCenter::defaultCenter() {
   return center;
 }
 
-NotificationCenter::Token NotificationCenter::addObserver(std::string name, const void* object,
-                                                          Handler handler,
-                                                          std::shared_ptr<DispatchQueue> queue) {
+Subscription NotificationCenter::add(Subject subject, const void* object, Handler handler,
+                                     std::shared_ptr<DispatchQueue> queue) {
   auto observation = std::make_shared<Observation>(
-      Observation{std::move(name), object, std::move(handler), std::move(queue)});
+      Observation{subject, object, std::move(handler), std::move(queue)});
   const std::lock_guard lock(mutex_);
   std::erase_if(observations_, [](const auto& known) { return known.expired(); });
   observations_.push_back(observation);
-  return Token(std::move(observation));
+  return Subscription(std::move(observation));
 }
 
-void NotificationCenter::post(std::string name, const void* object, UserInfo userInfo) {
+void NotificationCenter::tell(Subject subject, const void* object,
+                              const std::shared_ptr<const void>& payload) {
   std::vector<std::weak_ptr<Observation>> observations;
   {
     const std::lock_guard lock(mutex_);
     observations = observations_;
   }
-  const auto notification = std::make_shared<const Notification>(
-      Notification{std::move(name), object, std::move(userInfo)});
   for (const auto& weakObservation : observations) {
     const auto observation = weakObservation.lock();
-    if (observation == nullptr || observation->name != notification->name ||
+    if (observation == nullptr || observation->subject.topic != subject.topic ||
         (observation->object != nullptr && observation->object != object)) {
       continue;
     }
+    assert(observation->subject.payload == subject.payload && "two topics have one name");
     if (observation->queue == nullptr) {
-      observation->handler(*notification);
+      observation->handler(payload.get());
       continue;
     }
-    observation->queue->async([weakObservation, notification] {
+    observation->queue->async([weakObservation, payload] {
       if (const auto living = weakObservation.lock()) {
-        living->handler(*notification);
+        living->handler(payload.get());
       }
     });
   }

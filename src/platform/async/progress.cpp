@@ -57,11 +57,11 @@ bool Progress::isCancelled() const {
   return isCancelled_;
 }
 
-Progress::Token Progress::addObserver(Observer observer) {
-  auto token = std::make_shared<const Observer>(std::move(observer));
+Subscription Progress::addObserver(Observer observer) {
+  auto kept = std::make_shared<const Observer>(std::move(observer));
   const std::lock_guard lock(mutex_);
-  observers_.push_back(token);
-  return token;
+  observers_.push_back(kept);
+  return Subscription(std::move(kept));
 }
 
 template <typename Change>

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <string>
 
+#include "platform/async/subscription.h"
+
 namespace corvane {
 
 /// Shared by the work, which counts its units, and the screen, which shows them and may cancel. Any
@@ -15,8 +17,6 @@ namespace corvane {
 class Progress {
  public:
   using Observer = std::function<void(const Progress&)>;
-  /// Ends an observation with its scope.
-  using Token = std::shared_ptr<const void>;
 
   /// Without a total, or with one of 0, nobody knows how long it will take.
   explicit Progress(std::int64_t totalUnitCount = 0) : totalUnitCount_(totalUnitCount) {}
@@ -42,7 +42,7 @@ class Progress {
   [[nodiscard]] bool isCancelled() const;
 
   /// Calls `observer` after every change.
-  [[nodiscard]] Token addObserver(Observer observer);
+  [[nodiscard]] Subscription addObserver(Observer observer);
 
  private:
   template <typename Change>

@@ -8,12 +8,6 @@
 
 namespace corvane {
 
-UndoManager::Token::~Token() {
-  if (const auto observers = observers_.lock()) {
-    observers->erase(position_);
-  }
-}
-
 bool UndoManager::undo() {
   return perform(undoSteps_, Mode::undoing);
 }
@@ -133,16 +127,20 @@ void UndoManager::limit(std::vector<Step>& steps) const {
   }
 }
 
-UndoManager::Token UndoManager::addObserver(Observer observer) {
-  observers_->push_back(std::move(observer));
-  return {observers_, std::prev(observers_->end())};
+Subscription UndoManager::addObserver(Observer observer) {
+  auto kept = std::make_shared<const Observer>(std::move(observer));
+  std::erase_if(observers_, [](const auto& known) { return known.expired(); });
+  observers_.push_back(kept);
+  return Subscription(std::move(kept));
 }
 
 void UndoManager::tell(Change change) {
   // An observer may end itself or begin another while it is told.
-  const std::vector<Observer> told(observers_->begin(), observers_->end());
-  for (const Observer& observer : told) {
-    observer(change);
+  const auto told = observers_;
+  for (const auto& weakObserver : told) {
+    if (const auto observer = weakObserver.lock()) {
+      (*observer)(change);
+    }
   }
 }
 

@@ -3,10 +3,11 @@
 
 #include <cstddef>
 #include <functional>
-#include <list>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/async/subscription.h"
 
 namespace corvane {
 
@@ -20,27 +21,6 @@ class UndoManager {
  public:
   enum class Change { registered, undone, redone };
   using Observer = std::function<void(Change)>;
-
-  /// Ends an observation with its scope.
-  class Token {
-   public:
-    Token() = default;
-    Token(Token&& other) noexcept = default;
-    Token& operator=(Token&& other) noexcept {
-      std::swap(observers_, other.observers_);
-      std::swap(position_, other.position_);
-      return *this;
-    }
-    ~Token();
-
-   private:
-    friend class UndoManager;
-    using Observers = std::list<Observer>;
-    Token(std::weak_ptr<Observers> observers, Observers::iterator position)
-        : observers_(std::move(observers)), position_(position) {}
-    std::weak_ptr<Observers> observers_;
-    Observers::iterator position_;
-  };
 
   UndoManager() = default;
   UndoManager(const UndoManager&) = delete;
@@ -89,7 +69,7 @@ class UndoManager {
   void setLevelsOfUndo(std::size_t levels);
 
   /// Tells of every step that is added, undone or redone, after it has happened.
-  [[nodiscard]] Token addObserver(Observer observer);
+  [[nodiscard]] Subscription addObserver(Observer observer);
 
  private:
   enum class Mode { idle, undoing, redoing };
@@ -114,7 +94,7 @@ class UndoManager {
   int groupingLevel_ = 0;
   Mode mode_ = Mode::idle;
   std::size_t levelsOfUndo_ = 0;
-  std::shared_ptr<std::list<Observer>> observers_ = std::make_shared<std::list<Observer>>();
+  std::vector<std::weak_ptr<const Observer>> observers_;
 };
 
 }  // namespace corvane

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "core/market/price_adjuster.h"
-#include "presentation/screen/notification_info.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane {
@@ -47,37 +46,26 @@ MasterSourceViewController::MasterSourceViewController(Passkey /*passkey*/,
     : surroundings_(std::move(surroundings)) {}
 
 void MasterSourceViewController::observe() {
-  const auto self = weak_from_this();
-  const auto add = [&](std::string_view name, auto handler) {
-    notificationObservers_.push_back(NotificationCenter::defaultCenter().addObserver(
-        std::string(name), nullptr,
-        [self, handler](const Notification& notification) {
-          if (const auto living = self.lock()) {
-            handler(*living, notification);
-          }
-        },
-        DispatchQueue::main()));
-  };
   using Self = MasterSourceViewController;
-  add(WatchlistManager::didRefreshWatchlistEquities,
-      [](Self& living, const Notification& notification) {
-        if (const auto* equities = infoOf<EquitySet>(notification, WatchlistManager::equitiesKey)) {
-          living.reloadEquities(*equities);
-        }
-      });
-  add(WatchlistManager::didRefreshPortfolioEquities,
-      [](Self& living, const Notification& notification) {
-        if (const auto* refreshed = infoOf<std::vector<PortfolioPointer>>(
-                notification, WatchlistManager::portfoliosKey)) {
-          living.portfoliosDidRefresh(*refreshed);
-        }
-      });
-  add(PortfolioManager::didChangePortfolio, [](Self& living, const Notification& notification) {
-    if (const auto* portfolio =
-            infoOf<PortfolioPointer>(notification, PortfolioManager::portfolioKey)) {
-      living.changeHandler({.reloadedPortfolioRows = living.rowsOf({*portfolio})});
-    }
+  observe(WatchlistManager::didRefreshWatchlistEquities,
+          [](Self& living, const EquitySet& equities) { living.reloadEquities(equities); });
+  observe(WatchlistManager::didRefreshPortfolioEquities,
+          [](Self& living, const auto& portfolios) { living.portfoliosDidRefresh(portfolios); });
+  observe(PortfolioManager::didChangePortfolio, [](Self& living, const auto& change) {
+    living.changeHandler({.reloadedPortfolioRows = living.rowsOf({change.portfolio})});
   });
+}
+
+template <typename Payload, typename Handler>
+void MasterSourceViewController::observe(const Topic<Payload>& topic, Handler handler) {
+  observations_.push_back(NotificationCenter::defaultCenter().addObserver(
+      topic, nullptr,
+      [self = weak_from_this(), handler](const Payload& payload) {
+        if (const auto living = self.lock()) {
+          handler(*living, payload);
+        }
+      },
+      DispatchQueue::main()));
 }
 
 void MasterSourceViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {

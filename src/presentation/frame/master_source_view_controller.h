@@ -110,6 +110,8 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   };
 
   void observe();
+  template <typename Payload, typename Handler>
+  void observe(const Topic<Payload>& topic, Handler handler);
   void reloadEquities(const EquitySet& equities);
   void portfoliosDidRefresh(const std::vector<PortfolioPointer>& portfolios);
   [[nodiscard]] std::vector<std::size_t> rowsOf(
@@ -132,7 +134,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   std::optional<std::size_t> selectedPortfolioRow_;
   EquityPointer searchedEquity_;
   EquityMap<Thumbnail> thumbnails_;  ///< of the equities of the watchlist
-  std::vector<NotificationCenter::Token> notificationObservers_;
+  std::vector<Subscription> observations_;
 };
 
 }  // namespace corvane

@@ -1,23 +1,11 @@
 #include "presentation/frame/network_activity_view_controller.h"
 
 #include <algorithm>
-#include <any>
 #include <utility>
 
 #include "platform/text/unicode/utf8.h"
 
 namespace corvane {
-namespace {
-
-/// The text under `key`; none where there is none.
-std::optional<std::string> textIn(const Notification& notification, std::string_view key) {
-  const auto found = notification.userInfo.find(key);
-  const auto* text =
-      found == notification.userInfo.end() ? nullptr : std::any_cast<std::string>(&found->second);
-  return text == nullptr ? std::nullopt : std::optional(*text);
-}
-
-}  // namespace
 
 void NetworkActivityViewController::viewDidLoad() {
   requestTextView.isMonospaced = true;
@@ -36,19 +24,19 @@ void NetworkActivityViewController::viewDidDisappear() {
 }
 
 void NetworkActivityViewController::startMonitoring() {
-  if (notificationObserver_) {
+  if (activityObservation_) {
     return;
   }
   // Both end with this object, and neither runs but on the main queue.
-  notificationObserver_ = NotificationCenter::defaultCenter().addObserver(
-      std::string(NetworkActivityMonitor::notificationName), nullptr,
-      [this](const Notification& notification) { receive(notification); }, DispatchQueue::main());
+  activityObservation_ = NotificationCenter::defaultCenter().addObserver(
+      NetworkActivityMonitor::notificationName, nullptr,
+      [this](const NetworkActivityMonitor::News& news) { receive(news); }, DispatchQueue::main());
   pruningTimer_ = Timer::scheduled(pruningInterval * std::chrono::seconds(1), true,
                                    [this](Timer&) { prune(); });
 }
 
 void NetworkActivityViewController::stopMonitoring() {
-  notificationObserver_.reset();
+  activityObservation_.reset();
   if (pruningTimer_ != nullptr) {
     pruningTimer_->invalidate();
     pruningTimer_.reset();
@@ -72,22 +60,15 @@ void NetworkActivityViewController::selectEntry(std::size_t index) {
   }
 }
 
-void NetworkActivityViewController::receive(const Notification& notification) {
-  const auto found = notification.userInfo.find(NetworkActivityMonitor::activityKey);
-  const auto* activity = found == notification.userInfo.end()
-                             ? nullptr
-                             : std::any_cast<NetworkActivityMonitor::Activity>(&found->second);
-  if (activity == nullptr) {
-    return;
-  }
-  const auto known = activityEntryIndexesByUUID_.find(activity->uuid);
+void NetworkActivityViewController::receive(const NetworkActivityMonitor::News& news) {
+  const auto known = activityEntryIndexesByUUID_.find(news.activity.uuid);
   const bool isNew = known == activityEntryIndexesByUUID_.end();
-  ActivityEntry entry = isNew ? ActivityEntry{*activity} : activityEntries_[known->second];
-  if (auto url = textIn(notification, NetworkActivityMonitor::requestURLKey)) {
-    entry.requestURL = std::move(url);
+  ActivityEntry entry = isNew ? ActivityEntry{news.activity} : activityEntries_[known->second];
+  if (news.requestURL) {
+    entry.requestURL = news.requestURL;
   }
-  if (auto data = textIn(notification, NetworkActivityMonitor::responseDataKey)) {
-    entry.responseData = std::move(data);
+  if (news.responseData) {
+    entry.responseData = news.responseData;
   }
   if (isNew) {
     appendEntry(std::move(entry));

@@ -24,11 +24,7 @@ class NetworkActivityViewController {
   static constexpr double pruningInterval = 120;    ///< seconds between two sweeps of old entries
   static constexpr double pruningRetention = 3600;  ///< seconds for which an entry is kept
 
-  struct ActivityEntry {
-    NetworkActivityMonitor::Activity activity;
-    std::optional<std::string> requestURL = std::nullopt;
-    std::optional<std::string> responseData = std::nullopt;
-  };
+  using ActivityEntry = NetworkActivityMonitor::News;
 
   /// In the order of activityEntries(); "No activity." where there are none.
   PopUpButton<UUID> entryPopUpButton;
@@ -62,14 +58,14 @@ class NetworkActivityViewController {
  private:
   void startMonitoring();
   void stopMonitoring();
-  void receive(const Notification& notification);
+  void receive(const NetworkActivityMonitor::News& news);
   void appendEntry(ActivityEntry entry);
   void show(std::size_t index);
   void tellChange() const;
 
   std::vector<ActivityEntry> activityEntries_;
   std::unordered_map<UUID, std::size_t> activityEntryIndexesByUUID_;
-  std::optional<NotificationCenter::Token> notificationObserver_;
+  Subscription activityObservation_;
   std::shared_ptr<Timer> pruningTimer_;
 };
 

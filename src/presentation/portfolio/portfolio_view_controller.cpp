@@ -9,7 +9,6 @@
 #include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio/portfolio_chart.h"
 #include "presentation/portfolio/portfolio_date_presets.h"
-#include "presentation/screen/notification_info.h"
 #include "presentation/text/formatting.h"
 #include "storage/application/watchlist_manager.h"
 
@@ -67,35 +66,26 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
 void PortfolioViewController::observe() {
   auto& center = NotificationCenter::defaultCenter();
   const auto self = weak_from_this();
-  notificationObservers_.push_back(center.addObserver(
-      std::string(PortfolioManager::didChangePortfolio), nullptr,
-      [self](const Notification& notification) {
+  observations_.push_back(center.addObserver(
+      PortfolioManager::didChangePortfolio, nullptr,
+      [self](const PortfolioManager::PortfolioChange& change) {
         const auto living = self.lock();
-        const auto* changed =
-            infoOf<PortfolioPointer>(notification, PortfolioManager::portfolioKey);
-        if (living == nullptr || changed == nullptr || *changed == nullptr ||
-            *changed != living->currentData_.portfolio) {
-          return;
+        if (living != nullptr && change.portfolio != nullptr &&
+            change.portfolio == living->currentData_.portfolio) {
+          living->reload(PortfolioChanged{change.transactionChanges});
         }
-        const auto* changes =
-            infoOf<TransactionChanges>(notification, PortfolioManager::transactionChangesKey);
-        living->reload(
-            PortfolioChanged{changes == nullptr ? std::nullopt : std::optional(*changes)});
       },
       DispatchQueue::main()));
-  notificationObservers_.push_back(center.addObserver(
-      std::string(WatchlistManager::didRefreshPortfolioEquities), nullptr,
-      [self](const Notification& notification) {
+  observations_.push_back(center.addObserver(
+      WatchlistManager::didRefreshPortfolioEquities, nullptr,
+      [self](const std::vector<PortfolioPointer>& refreshed) {
         const auto living = self.lock();
-        const auto* refreshed =
-            infoOf<std::vector<PortfolioPointer>>(notification, WatchlistManager::portfoliosKey);
         const auto manager =
             living == nullptr ? nullptr : managerOf(living->currentData_.portfolio);
         if (manager == nullptr || manager->isEditedInBackground()) {
           return;  // The news of that edit brings everything.
         }
-        if (refreshed != nullptr &&
-            std::ranges::find(*refreshed, living->currentData_.portfolio) != refreshed->end()) {
+        if (std::ranges::find(refreshed, living->currentData_.portfolio) != refreshed.end()) {
           living->refreshHeading();
           living->changeHandler();
           living->fetchWhatWasMissing();

@@ -144,7 +144,7 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   CurrencySet incompleteCurrencies_;
   std::string warning_;
   int fetchesUnderWay_ = 0;
-  std::vector<NotificationCenter::Token> notificationObservers_;
+  std::vector<Subscription> observations_;
 };
 
 }  // namespace corvane

@@ -138,7 +138,7 @@ void AppDelegate::emptyCache() {
 
 void AppDelegate::announceQuoteDataSourceChange() {
   surroundings_.shell->clearActivity();
-  NotificationCenter::defaultCenter().post(std::string(quoteDataSourceChanged), this);
+  NotificationCenter::defaultCenter().post(quoteDataSourceChanged, this);
   surroundings_.shell->applyMenuState(menuState());
 }
 

@@ -70,7 +70,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
 
   enum class HelpDocument { userGuide, releaseNotes, welcome, legal };
 
-  static constexpr std::string_view quoteDataSourceChanged =
+  static constexpr Topic<NoPayload> quoteDataSourceChanged =
       WatchlistManager::quoteDataSourceChanged;
   static constexpr std::string_view priceAdjustmentUserDefaultsKey = "quotePriceAdjustment";
   /// The price adjustments of the menu and the numbers under which the settings keep them.

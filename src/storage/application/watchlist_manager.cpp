@@ -38,9 +38,9 @@ std::shared_ptr<WatchlistManager> WatchlistManager::start(OpenModels openModels,
   auto manager = std::make_shared<WatchlistManager>(Passkey{}, std::move(openModels), intervals);
   manager->refreshWatchlist();
   manager->refreshPortfolios();
-  manager->notificationObserver_ = NotificationCenter::defaultCenter().addObserver(
-      std::string(quoteDataSourceChanged), nullptr,
-      [weakManager = std::weak_ptr(manager)](const Notification&) {
+  manager->dataSourceObservation_ = NotificationCenter::defaultCenter().addObserver(
+      quoteDataSourceChanged, nullptr,
+      [weakManager = std::weak_ptr(manager)](const NoPayload&) {
         if (const auto self = weakManager.lock()) {
           self->refreshWatchlist();
           self->refreshPortfolios();
@@ -53,13 +53,24 @@ std::shared_ptr<WatchlistManager> WatchlistManager::start(OpenModels openModels,
 WatchlistManager::WatchlistManager(Passkey, OpenModels openModels, Intervals intervals)
     : openModels_(std::move(openModels)), intervals_(intervals) {}
 
+template <typename Payload>
+std::function<void()> WatchlistManager::poster(const Topic<Payload>& topic, Payload payload) {
+  return [weakSelf = weak_from_this(), identity = static_cast<const void*>(this), topic,
+          payload = std::move(payload)] {
+    // Not locked: the last reference must not end on another thread.
+    if (!weakSelf.expired()) {
+      NotificationCenter::defaultCenter().post(topic, identity, payload);
+    }
+  };
+}
+
 void WatchlistManager::refreshWatchlist() {
   EquitySet equities;
   for (const auto& model : openModels_()) {
     equities.insert(model->watchlistEquities.begin(), model->watchlistEquities.end());
   }
   refreshEquitySet(equities, nullptr,
-                   [post = poster(didRefreshWatchlistEquities, equitiesKey, equities)](bool ok) {
+                   [post = poster(didRefreshWatchlistEquities, equities)](bool ok) {
                      if (ok) {
                        post();
                      }
@@ -86,25 +97,24 @@ void WatchlistManager::refreshPortfolios() {
   refreshEquitySet(
       difference(valuationEquities(portfolios), recentlyRefreshedWatchlistEquities_),
       [group] { group.enter(); }, [group](bool) { group.leave(); });
-  group.notify(
-      DispatchQueue::main(), [weakSelf = weak_from_this(),
-                              post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios),
-                              count = portfolios.size()] {
-        printLine("Watchlist finished refreshing " + std::to_string(count) + " portfolios.");
-        post();
-        const auto self = weakSelf.lock();
-        if (self == nullptr) {
-          return;
-        }
-        auto& timers = self->portfolioRefreshTimers_;
-        std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
-        timers.push_back(
-            Timer::scheduled(self->intervals_.portfolioRefreshInterval, false, [weakSelf](Timer&) {
-              if (const auto manager = weakSelf.lock()) {
-                manager->refreshPortfolios();
-              }
-            }));
-      });
+  group.notify(DispatchQueue::main(), [weakSelf = weak_from_this(),
+                                       post = poster(didRefreshPortfolioEquities, portfolios),
+                                       count = portfolios.size()] {
+    printLine("Watchlist finished refreshing " + std::to_string(count) + " portfolios.");
+    post();
+    const auto self = weakSelf.lock();
+    if (self == nullptr) {
+      return;
+    }
+    auto& timers = self->portfolioRefreshTimers_;
+    std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
+    timers.push_back(
+        Timer::scheduled(self->intervals_.portfolioRefreshInterval, false, [weakSelf](Timer&) {
+          if (const auto manager = weakSelf.lock()) {
+            manager->refreshPortfolios();
+          }
+        }));
+  });
 }
 
 void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model) {
@@ -120,7 +130,7 @@ void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model
   }
   const EquitySet known = equities;
   equities = difference(std::move(equities), recentlyRefreshedWatchlistEquities_);
-  const auto post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios);
+  const auto post = poster(didRefreshPortfolioEquities, portfolios);
   refreshEquitySet(equities, nullptr, [weakSelf = weak_from_this(), model, known, post](bool ok) {
     if (!ok) {
       return;
@@ -137,13 +147,12 @@ void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model
 
 void WatchlistManager::refreshRates(const WorkspaceModel& model, const EquitySet& known) {
   const std::vector<PortfolioPointer> portfolios = model.portfolios();
-  refreshEquitySet(
-      difference(valuationEquities(portfolios), known), nullptr,
-      [post = poster(didRefreshPortfolioEquities, portfoliosKey, portfolios)](bool ok) {
-        if (ok) {
-          post();
-        }
-      });
+  refreshEquitySet(difference(valuationEquities(portfolios), known), nullptr,
+                   [post = poster(didRefreshPortfolioEquities, portfolios)](bool ok) {
+                     if (ok) {
+                       post();
+                     }
+                   });
 }
 
 void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<void()>& begins,
@@ -181,18 +190,6 @@ void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<
       ended(error == nullptr);
     });
   }
-}
-
-std::function<void()> WatchlistManager::poster(std::string_view name, std::string_view key,
-                                               std::any value) {
-  return
-      [weakSelf = weak_from_this(), identity = static_cast<const void*>(this),
-       name = std::string(name), info = NotificationCenter::UserInfo{{std::string(key), value}}] {
-        // Not locked: the last reference must not end on another thread.
-        if (!weakSelf.expired()) {
-          NotificationCenter::defaultCenter().post(name, identity, info);
-        }
-      };
 }
 
 }  // namespace corvane

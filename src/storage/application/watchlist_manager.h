@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <random>
-#include <string_view>
 #include <vector>
 
 #include "core/market/equity_info.h"
@@ -27,16 +26,14 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   /// The models of the open workspaces as they are now.
   using OpenModels = std::function<std::vector<std::shared_ptr<WorkspaceModel>>()>;
 
-  /// Carries the EquitySet of the refresh under equitiesKey.
-  static constexpr std::string_view didRefreshWatchlistEquities =
-      "ca.orlend.corvane.WatchlistManager.didRefreshWatchlistEquities";
-  static constexpr std::string_view equitiesKey = "equities";
-  /// Carries a std::vector<PortfolioPointer> under portfoliosKey.
-  static constexpr std::string_view didRefreshPortfolioEquities =
-      "ca.orlend.corvane.WatchlistManager.didRefreshPortfolioEquities";
-  static constexpr std::string_view portfoliosKey = "portfolios";
+  /// Carries the equities of the refresh.
+  static constexpr Topic<EquitySet> didRefreshWatchlistEquities{
+      "ca.orlend.corvane.WatchlistManager.didRefreshWatchlistEquities"};
+  /// Carries the portfolios whose equities have been refreshed.
+  static constexpr Topic<std::vector<PortfolioPointer>> didRefreshPortfolioEquities{
+      "ca.orlend.corvane.WatchlistManager.didRefreshPortfolioEquities"};
   /// At this news both refreshes run at once.
-  static constexpr std::string_view quoteDataSourceChanged = "AppDelegate.quoteDataSourceChanged";
+  static constexpr Topic<NoPayload> quoteDataSourceChanged{"AppDelegate.quoteDataSourceChanged"};
 
   struct Intervals {
     DispatchQueue::Duration watchlistRefreshInterval{30.0};
@@ -74,8 +71,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
   void refreshRates(const WorkspaceModel& model, const EquitySet& known);
   /// Posts for as long as this manager lives; callable on any thread.
-  [[nodiscard]] std::function<void()> poster(std::string_view name, std::string_view key,
-                                             std::any value);
+  template <typename Payload>
+  [[nodiscard]] std::function<void()> poster(const Topic<Payload>& topic, Payload payload);
 
   const OpenModels openModels_;
   const Intervals intervals_;
@@ -84,7 +81,7 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   std::vector<std::shared_ptr<Timer>> portfolioRefreshTimers_;
   EquitySet recentlyRefreshedWatchlistEquities_;
   std::minstd_rand random_{std::random_device{}()};
-  NotificationCenter::Token notificationObserver_;
+  Subscription dataSourceObservation_;
 };
 
 }  // namespace corvane

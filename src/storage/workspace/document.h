@@ -83,7 +83,7 @@ class Document : public std::enable_shared_from_this<Document> {
   long position_ = 0;
   long savedPosition_ = 0;
   bool isSavedContentReachable_ = true;
-  UndoManager::Token undoObservation_;
+  Subscription undoObservation_;
 };
 
 }  // namespace corvane
