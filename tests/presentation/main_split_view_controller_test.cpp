@@ -3,6 +3,7 @@
 #include "presentation/frame/main_split_view_controller.h"
 
 #include "presentation/portfolio_screen_world.h"
+#include "presentation/screen/segue.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane::testing {
@@ -196,7 +197,7 @@ TEST_F(MainSplitViewControllerTest, CreatesAPortfolioAndShowsIt) {
   EXPECT_EQ(frame->makeCreatePortfolioForm([] {}, false), nullptr);
   open();
   std::vector<std::string> segues;
-  frame->performSegue = [&](std::string_view segue) { segues.emplace_back(segue); };
+  frame->performSegue = [&](const auto& segue) { segues.emplace_back(segueIdentifier(segue)); };
   frame->createPortfolioAction();
   EXPECT_THAT(segues, ElementsAre("CreatePortfolio"));
   int closed = 0;

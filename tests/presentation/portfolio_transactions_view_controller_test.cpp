@@ -3,6 +3,7 @@
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 #include "presentation/portfolio_screen_world.h"
+#include "presentation/screen/segue.h"
 
 namespace corvane::testing {
 namespace {
@@ -18,7 +19,7 @@ class TransactionsTableTest : public PortfolioScreenWorld {
  protected:
   TransactionsTableTest() {
     table.changeHandler = [this](const auto& update) { updates.push_back(update); };
-    table.performSegue = [this](std::string_view segue) { segues.emplace_back(segue); };
+    table.performSegue = [this](const auto& segue) { segues.emplace_back(segueIdentifier(segue)); };
     slice.portfolio = portfolio;
   }
 

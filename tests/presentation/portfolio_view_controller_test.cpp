@@ -4,6 +4,7 @@
 
 #include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio_screen_world.h"
+#include "presentation/screen/segue.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane::testing {
@@ -291,7 +292,7 @@ TEST_F(PortfolioViewControllerTest, RemembersTheTabAndOpensForms) {
   EXPECT_EQ(screen->selectedTabIndex(), 0U);
 
   std::vector<std::string> opened;
-  screen->performSegue = [&](std::string_view segue) { opened.emplace_back(segue); };
+  screen->performSegue = [&](const auto& segue) { opened.emplace_back(segueIdentifier(segue)); };
   screen->createTransactionAction();
   EXPECT_THAT(opened, IsEmpty());
   EXPECT_EQ(screen->makeEditPortfolioForm(), nullptr);

@@ -78,15 +78,15 @@ void ConsoleExchangeWindow::beginProgress(
     const std::shared_ptr<ImportExportProgressViewController>& progress) {
   progress_ = progress;
   bar_.emplace(console_.err, progress->statusLabel.text);
-  progress->viewDidUpdate = [this] {
+  progressChanges_ = subscribe(progress->viewDidUpdate, [this] {
     const auto& indicator = progress_->progressIndicator;
     bar_->show(indicator.maximum > 0 ? indicator.value / indicator.maximum : 0);
-  };
+  });
 }
 
 void ConsoleExchangeWindow::endProgress() {
+  progressChanges_.reset();
   bar_.reset();
-  progress_->viewDidUpdate = nullptr;
   progress_ = nullptr;
 }
 

@@ -56,6 +56,7 @@ class ConsoleExchangeWindow : public ImportExportWindow {
   const Console& console_;
   bool hasPresentedError_ = false;
   std::shared_ptr<ImportExportProgressViewController> progress_;
+  Subscription progressChanges_;
   std::optional<ProgressBar> bar_;
 };
 

@@ -162,15 +162,12 @@ ChartWidget::ChartWidget(BaseChartView& chart, const QString& accessibleName, QW
   pages->addWidget(plot_);
   pages->addWidget(noData_);
   addActions();
-  chart_.changeHandler = [this] { redraw(); };
-  chart_.highlightChangeHandler = [this] { updateOverlay(); };
+  changes_ = subscribe(chart_.changeHandler, [this] { redraw(); });
+  highlightChanges_ = subscribe(chart_.highlightChangeHandler, [this] { updateOverlay(); });
   redraw();
 }
 
-ChartWidget::~ChartWidget() {
-  chart_.changeHandler = [] {};
-  chart_.highlightChangeHandler = [] {};
-}
+ChartWidget::~ChartWidget() = default;
 
 const QWidget& ChartWidget::tooltip() const {
   return *tooltip_;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "platform/async/subscription.h"
 #include "presentation/charts/base_chart_view.h"
 #include "presentation/charts/chart_layout.h"
 
@@ -83,6 +84,8 @@ class ChartWidget : public QFrame {
   std::optional<QPointF> pointer_;         ///< none where keys move the cursor
   std::optional<QPointF> pressed_;         ///< where the button went down
   std::optional<double> selectionAnchor_;  ///< the end of the selection that stays
+  Subscription changes_;
+  Subscription highlightChanges_;
 };
 
 }  // namespace corvane::desktop

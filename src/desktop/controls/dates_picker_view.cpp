@@ -69,12 +69,8 @@ DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
   connect(interval_, &QComboBox::activated, this, [this](int index) {
     picker_.chooseInterval(QueryDatesPicker::intervalLabels[static_cast<std::size_t>(index)].first);
   });
-  picker_.changeHandler = [this] { update(); };
+  changes_ = subscribe(picker_.changeHandler, [this] { update(); });
   update();
-}
-
-DatesPickerView::~DatesPickerView() {
-  picker_.changeHandler = [] {};
 }
 
 void DatesPickerView::fillPresetMenu() {

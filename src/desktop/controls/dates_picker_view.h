@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+#include "platform/async/subscription.h"
 #include "presentation/controls/query_dates_picker.h"
 
 class QComboBox;
@@ -18,7 +19,6 @@ class DatesPickerView : public QWidget {
 
  public:
   explicit DatesPickerView(QueryDatesPicker& picker, QWidget* parent = nullptr);
-  ~DatesPickerView() override;
 
  private:
   void update();
@@ -29,6 +29,7 @@ class DatesPickerView : public QWidget {
   QDateEdit* start_;
   QDateEdit* end_;
   QComboBox* interval_;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

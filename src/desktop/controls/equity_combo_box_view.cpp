@@ -179,12 +179,8 @@ EquityComboBoxView::EquityComboBoxView(EquityComboBox& box, const QString& acces
     field_->setFocus();
     box_.togglePopup();
   });
-  box_.changeHandler = [this] { update(); };
+  changes_ = subscribe(box_.changeHandler, [this] { update(); });
   update();
-}
-
-EquityComboBoxView::~EquityComboBoxView() {
-  box_.changeHandler = [] {};
 }
 
 void EquityComboBoxView::startEditing() {

@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+#include "platform/async/subscription.h"
 #include "presentation/controls/equity_combo_box.h"
 
 class QLineEdit;
@@ -22,7 +23,6 @@ class EquityComboBoxView : public QWidget {
 
  public:
   EquityComboBoxView(EquityComboBox& box, const QString& accessibleName, QWidget* parent = nullptr);
-  ~EquityComboBoxView() override;
 
   /// The field, for labels and the order of tabs.
   [[nodiscard]] QLineEdit& field() { return *field_; }
@@ -43,6 +43,7 @@ class EquityComboBoxView : public QWidget {
   QToolButton* arrow_;
   EquityPopup* popup_;
   bool isShowing_ = false;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

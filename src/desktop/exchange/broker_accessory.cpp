@@ -54,11 +54,9 @@ class TransactionsAccessory : public QWidget {
     connect(currency_, &QComboBox::activated, this, [this](int index) {
       controller_->selectDefaultCurrency(static_cast<std::size_t>(index));
     });
-    controller_->viewDidUpdate = [this] { update(); };
+    changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
     update();
   }
-
-  ~TransactionsAccessory() override { controller_->viewDidUpdate = nullptr; }
 
  private:
   void update() {
@@ -78,6 +76,7 @@ class TransactionsAccessory : public QWidget {
   QRadioButton* custom_;
   QLineEdit* format_;
   QComboBox* currency_;
+  Subscription changes_;
 };
 
 /// How dates and amounts are written.
@@ -124,11 +123,9 @@ class ExporterAccessory : public QWidget {
             [this](bool isOn) { controller_->setThousandSeparator(isOn); });
     connect(symbol_, &QCheckBox::clicked, this,
             [this](bool isOn) { controller_->setCurrencySymbol(isOn); });
-    controller_->viewDidUpdate = [this] { update(); };
+    changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
     update();
   }
-
-  ~ExporterAccessory() override { controller_->viewDidUpdate = nullptr; }
 
  private:
   void update() {
@@ -151,6 +148,7 @@ class ExporterAccessory : public QWidget {
   QCheckBox* accounting_;
   QCheckBox* thousands_;
   QCheckBox* symbol_;
+  Subscription changes_;
 };
 
 }  // namespace

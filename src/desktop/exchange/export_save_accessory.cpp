@@ -35,12 +35,8 @@ ExportSaveAccessory::ExportSaveAccessory(
   connect(header_, &QCheckBox::clicked, this,
           [this](bool isOn) { controller_->setIncludesHeaderRow(isOn); });
   connect(fields, &QPushButton::clicked, this, [this] { controller_->configureFields(); });
-  controller_->viewDidUpdate = [this] { update(); };
+  changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
   update();
-}
-
-ExportSaveAccessory::~ExportSaveAccessory() {
-  controller_->viewDidUpdate = nullptr;
 }
 
 void ExportSaveAccessory::update() {

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "exchange/panels/export_save_accessory_view_controller.h"
+#include "platform/async/subscription.h"
 
 class QCheckBox;
 class QRadioButton;
@@ -16,7 +17,6 @@ class ExportSaveAccessory : public QWidget {
  public:
   explicit ExportSaveAccessory(std::shared_ptr<ExportSaveAccessoryViewController> controller,
                                QWidget* parent = nullptr);
-  ~ExportSaveAccessory() override;
 
  private:
   void update();
@@ -25,6 +25,7 @@ class ExportSaveAccessory : public QWidget {
   QRadioButton* commas_;
   QRadioButton* tabs_;
   QCheckBox* header_;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

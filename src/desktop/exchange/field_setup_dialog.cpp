@@ -191,12 +191,8 @@ FieldSetupDialog::FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewCon
   connect(add_, &QPushButton::clicked, this, [this] { setup_->addField(); });
   connect(remove_, &QPushButton::clicked, this, [this] { setup_->removeSelectedFields(); });
   connect(reset_, &QPushButton::clicked, this, [this] { setup_->resetFields(); });
-  setup_->viewDidUpdate = [this] { update(); };
+  changes_ = subscribe(setup_->viewDidUpdate, [this] { update(); });
   update();
-}
-
-FieldSetupDialog::~FieldSetupDialog() {
-  setup_->viewDidUpdate = nullptr;
 }
 
 void FieldSetupDialog::reject() {

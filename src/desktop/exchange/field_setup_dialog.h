@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "exchange/panels/import_export_field_setup_view_controller.h"
+#include "platform/async/subscription.h"
 
 class QCheckBox;
 class QPushButton;
@@ -63,7 +64,6 @@ class FieldSetupDialog : public QDialog {
 
  public:
   FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewController> setup, QWidget* parent);
-  ~FieldSetupDialog() override;
 
   void reject() override;
 
@@ -81,6 +81,7 @@ class FieldSetupDialog : public QDialog {
   QPushButton* remove_;
   QPushButton* reset_;
   bool isUpdating_ = false;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -41,12 +41,8 @@ ProgressDialog::ProgressDialog(std::shared_ptr<ImportExportProgressViewControlle
   column->addWidget(status_);
   column->addLayout(row);
   connect(cancel_, &QPushButton::clicked, this, [this] { controller_->cancel(); });
-  controller_->viewDidUpdate = [this] { update(); };
+  changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
   update();
-}
-
-ProgressDialog::~ProgressDialog() {
-  controller_->viewDidUpdate = nullptr;
 }
 
 void ProgressDialog::update() {

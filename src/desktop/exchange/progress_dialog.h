@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "exchange/panels/import_export_progress_view_controller.h"
+#include "platform/async/subscription.h"
 
 class QLabel;
 class QProgressBar;
@@ -19,7 +20,6 @@ class ProgressDialog : public QDialog {
 
  public:
   ProgressDialog(std::shared_ptr<ImportExportProgressViewController> controller, QWidget* parent);
-  ~ProgressDialog() override;
 
   void reject() override { controller_->cancel(); }
 
@@ -30,6 +30,7 @@ class ProgressDialog : public QDialog {
   QLabel* status_;
   QProgressBar* bar_;
   QPushButton* cancel_;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -25,12 +25,8 @@ GainsTab::GainsTab(std::shared_ptr<PortfolioGainLossViewController> controller, 
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
   column->addWidget(table_, 1);
-  controller_->changeHandler = [this] { showState(); };
+  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
   showState();
-}
-
-GainsTab::~GainsTab() {
-  controller_->changeHandler = [] {};
 }
 
 void GainsTab::showState() {

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
 
 class QLabel;
@@ -18,7 +19,6 @@ class GainsTab : public QWidget {
  public:
   explicit GainsTab(std::shared_ptr<PortfolioGainLossViewController> controller,
                     QWidget* parent = nullptr);
-  ~GainsTab() override;
 
  private:
   void showState();
@@ -27,6 +27,7 @@ class GainsTab : public QWidget {
   QLabel* title_;
   TableModelAdapter* adapter_;
   TableView* table_;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -39,12 +39,8 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
   column->addLayout(row, 1);
-  controller_->changeHandler = [this] { showState(); };
+  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
   showState();
-}
-
-HoldingsTab::~HoldingsTab() {
-  controller_->changeHandler = [] {};
 }
 
 void HoldingsTab::showState() {

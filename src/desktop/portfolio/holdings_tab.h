@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/portfolio/portfolio_holdings_view_controller.h"
 
 class QLabel;
@@ -19,7 +20,6 @@ class HoldingsTab : public QWidget {
  public:
   explicit HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> controller,
                        QWidget* parent = nullptr);
-  ~HoldingsTab() override;
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
@@ -34,6 +34,7 @@ class HoldingsTab : public QWidget {
   TableModelAdapter* adapter_;
   TableView* table_;
   PieChartWidget* pie_;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -20,6 +20,7 @@
 #include "desktop/portfolio/gains_tab.h"
 #include "desktop/portfolio/holdings_tab.h"
 #include "desktop/portfolio/transactions_tab.h"
+#include "platform/overloaded.h"
 
 namespace corvane::desktop {
 
@@ -73,14 +74,9 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   connect(details_, &QPushButton::clicked, this, [this] { controller_->editPortfolioAction(); });
   connect(asset_, &QComboBox::activated, this,
           [this](int index) { controller_->chooseAsset(static_cast<std::size_t>(index)); });
-  controller_->changeHandler = [this] { update(); };
-  controller_->performSegue = [this](std::string_view segue) { perform(segue); };
+  changes_ = subscribe(controller_->changeHandler, [this] { update(); });
+  segues_ = subscribe(controller_->performSegue, [this](const auto& segue) { perform(segue); });
   update();
-}
-
-PortfolioView::~PortfolioView() {
-  controller_->changeHandler = [] {};
-  controller_->performSegue = [](std::string_view) {};
 }
 
 QWidget* PortfolioView::makeHeading() {
@@ -165,10 +161,14 @@ void PortfolioView::updateAssets() {
   asset_->setCurrentIndex(static_cast<int>(controller_->selectedAssetIndex()));
 }
 
-void PortfolioView::perform(std::string_view segue) {
-  if (segue == PortfolioViewController::editPortfolioSegueIdentifier) {
-    EditPortfolioDialog::open(this, controller_->makeEditPortfolioForm());
-  }
+void PortfolioView::perform(const PortfolioViewController::Segue& segue) {
+  std::visit(Overloaded{[this](const PortfolioViewController::EditPortfolio&) {
+                          EditPortfolioDialog::open(this, controller_->makeEditPortfolioForm());
+                        },
+                        [](const PortfolioViewController::CreateTransaction&) {
+                          // Nothing that can be pressed here asks for it.
+                        }},
+             segue);
 }
 
 }  // namespace corvane::desktop

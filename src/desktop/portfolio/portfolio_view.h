@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
 
 class QComboBox;
@@ -25,7 +26,6 @@ class PortfolioView : public QWidget {
  public:
   explicit PortfolioView(std::shared_ptr<PortfolioViewController> controller,
                          QWidget* parent = nullptr);
-  ~PortfolioView() override;
 
   [[nodiscard]] TransactionsTab& transactionsTab() { return *transactions_; }
   [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
@@ -35,7 +35,7 @@ class PortfolioView : public QWidget {
   QWidget* makeSelectors();
   void update();
   void updateAssets();
-  void perform(std::string_view segue);
+  void perform(const PortfolioViewController::Segue& segue);
 
   std::shared_ptr<PortfolioViewController> controller_;
   QLabel* name_;
@@ -47,6 +47,8 @@ class PortfolioView : public QWidget {
   QLabel* warning_;
   QTabWidget* tabs_;
   TransactionsTab* transactions_;
+  Subscription changes_;
+  Subscription segues_;
 };
 
 }  // namespace corvane::desktop

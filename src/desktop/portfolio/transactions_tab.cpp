@@ -93,12 +93,8 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
   column->addWidget(table_, 1);
-  controller_->changeHandler = [this](const auto& change) { update(change); };
+  changes_ = subscribe(controller_->changeHandler, [this](const auto& change) { update(change); });
   update({.columnsChanged = true, .selectionChanged = true});
-}
-
-TransactionsTab::~TransactionsTab() {
-  controller_->changeHandler = [](const PortfolioTransactionsViewController::Update&) {};
 }
 
 void TransactionsTab::update(const PortfolioTransactionsViewController::Update& update) {

@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 class QAction;
@@ -19,7 +20,6 @@ class TransactionsTab : public QWidget {
  public:
   explicit TransactionsTab(std::shared_ptr<PortfolioTransactionsViewController> controller,
                            QWidget* parent = nullptr);
-  ~TransactionsTab() override;
 
   /// The commands for the selected rows, for the menu of the window as well.
   [[nodiscard]] QAction* deleteAction() const { return delete_; }
@@ -35,6 +35,7 @@ class TransactionsTab : public QWidget {
   TableView* table_;
   QAction* delete_;
   bool isShowingSelection_ = false;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -96,12 +96,8 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       showSelection();
     }
   });
-  controller_.changeHandler = [this](const auto& change) { update(change); };
+  changes_ = subscribe(controller_.changeHandler, [this](const auto& change) { update(change); });
   update({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
-}
-
-SourceView::~SourceView() {
-  controller_.changeHandler = [](const MasterSourceViewController::Update&) {};
 }
 
 void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* button) {

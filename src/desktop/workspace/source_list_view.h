@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/frame/main_split_view_controller.h"
 
 class QAction;
@@ -23,7 +24,6 @@ class SourceView : public QWidget {
 
  public:
   explicit SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* parent = nullptr);
-  ~SourceView() override;
 
   [[nodiscard]] QAction* removeAction() const { return remove_; }
   [[nodiscard]] QSize sizeHint() const override { return {260, 600}; }
@@ -46,6 +46,7 @@ class SourceView : public QWidget {
   QPushButton* newPortfolio_;
   QAction* remove_;
   bool isShowingSelection_ = false;
+  Subscription changes_;
 };
 
 }  // namespace corvane::desktop

@@ -17,6 +17,7 @@
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/portfolio/transactions_tab.h"
 #include "desktop/workspace/source_list_view.h"
+#include "platform/overloaded.h"
 
 namespace corvane::desktop {
 
@@ -55,14 +56,9 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(split_);
 
-  frame_->changeHandler = [this] { showDetail(); };
-  frame_->performSegue = [this](std::string_view segue) { perform(segue); };
+  changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
+  segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
-}
-
-WorkspaceView::~WorkspaceView() {
-  frame_->changeHandler = [] {};
-  frame_->performSegue = [](std::string_view) {};
 }
 
 ScreenSurroundings WorkspaceView::surroundings() {
@@ -118,10 +114,11 @@ void WorkspaceView::showDetail() {
   updateActions();
 }
 
-void WorkspaceView::perform(std::string_view segue) {
-  if (segue == MainSplitViewController::createPortfolioSegueIdentifier) {
-    EditPortfolioDialog::open(this, frame_->makeCreatePortfolioForm([] {}, false));
-  }
+void WorkspaceView::perform(const MainSplitViewController::Segue& segue) {
+  std::visit(Overloaded{[this](const MainSplitViewController::CreatePortfolio&) {
+               EditPortfolioDialog::open(this, frame_->makeCreatePortfolioForm([] {}, false));
+             }},
+             segue);
 }
 
 void WorkspaceView::addExchangeActions(QMenu* menu) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "platform/async/subscription.h"
 #include "presentation/frame/main_split_view_controller.h"
 #include "presentation/portfolio/portfolio_export.h"
 #include "presentation/portfolio/portfolio_import.h"
@@ -28,7 +29,6 @@ class WorkspaceView : public QWidget {
  public:
   /// Both outlive this.
   WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults, QWidget* parent = nullptr);
-  ~WorkspaceView() override;
 
   void setDocumentModel(const std::weak_ptr<WorkspaceModel>& model);
   [[nodiscard]] MainSplitViewController& controller() { return *frame_; }
@@ -50,7 +50,7 @@ class WorkspaceView : public QWidget {
  private:
   [[nodiscard]] ScreenSurroundings surroundings();
   void showDetail();
-  void perform(std::string_view segue);
+  void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
 
   WorkspaceDocument& document_;
@@ -69,6 +69,8 @@ class WorkspaceView : public QWidget {
   QAction* newPortfolio_ = nullptr;
   QAction* editPortfolio_ = nullptr;
   QAction* deletePortfolio_ = nullptr;
+  Subscription changes_;
+  Subscription segues_;
 };
 
 }  // namespace corvane::desktop

@@ -53,7 +53,7 @@ bool MainSplitViewController::canCreatePortfolio() const {
 
 void MainSplitViewController::createPortfolioAction() {
   if (canCreatePortfolio()) {
-    performSegue(createPortfolioSegueIdentifier);
+    performSegue(CreatePortfolio{});
   }
 }
 

@@ -4,6 +4,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <variant>
 
 #include "presentation/frame/master_source_view_controller.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
@@ -37,7 +39,12 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
  public:
   enum class DetailTab { emptyState, equity, portfolio };
 
-  static constexpr std::string_view createPortfolioSegueIdentifier = "CreatePortfolio";
+  /// The form for a new portfolio; see makeCreatePortfolioForm().
+  struct CreatePortfolio {
+    static constexpr std::string_view identifier = "CreatePortfolio";
+  };
+  /// What this screen asks its window to open.
+  using Segue = std::variant<CreatePortfolio>;
 
   [[nodiscard]] static std::shared_ptr<MainSplitViewController> make(
       ScreenSurroundings surroundings);
@@ -52,8 +59,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
 
   /// Called when another screen is to be shown, or the text of the empty one has changed.
   std::function<void()> changeHandler = [] {};
-  /// Opens the form that the identifier names.
-  std::function<void(std::string_view segueIdentifier)> performSegue = [](std::string_view) {};
+  std::function<void(const Segue&)> performSegue = [](const Segue&) {};
 
   [[nodiscard]] std::weak_ptr<WorkspaceModel> documentModel() const override {
     return documentModel_;

@@ -344,13 +344,13 @@ void PortfolioViewController::selectTab(std::size_t index) {
 
 void PortfolioViewController::createTransactionAction() {
   if (canCreateTransaction()) {
-    performSegue(createTransactionSegueIdentifier);
+    performSegue(CreateTransaction{currentData_.portfolio});
   }
 }
 
 void PortfolioViewController::editPortfolioAction() {
   if (canEditPortfolio()) {
-    performSegue(editPortfolioSegueIdentifier);
+    performSegue(EditPortfolio{currentData_.portfolio});
   }
 }
 

@@ -53,8 +53,19 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   };
 
   static constexpr std::string_view tabIndexUserDefaultsKey = "portfolioDetail.lastTabIndex";
-  static constexpr std::string_view createTransactionSegueIdentifier = "CreateTransaction";
-  static constexpr std::string_view editPortfolioSegueIdentifier = "EditPortfolio";
+
+  /// The form for a new transaction.
+  struct CreateTransaction {
+    static constexpr std::string_view identifier = "CreateTransaction";
+    PortfolioPointer portfolio;
+  };
+  /// The form of the portfolio's settings; see makeEditPortfolioForm().
+  struct EditPortfolio {
+    static constexpr std::string_view identifier = "EditPortfolio";
+    PortfolioPointer portfolio;
+  };
+  /// What this screen asks its window to open.
+  using Segue = std::variant<CreateTransaction, EditPortfolio>;
 
   [[nodiscard]] static std::shared_ptr<PortfolioViewController> make(
       ScreenSurroundings surroundings);
@@ -65,8 +76,7 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   /// Called when heading, selector, warning, buttons or progress have changed; the chart, the
   /// picker and the tabs have handlers of their own.
   std::function<void()> changeHandler = [] {};
-  /// Opens the form that the identifier names.
-  std::function<void(std::string_view segueIdentifier)> performSegue = [](std::string_view) {};
+  std::function<void(const Segue&)> performSegue = [](const Segue&) {};
   /// Asks the user whether to delete the portfolio, and does so.
   std::function<void(const PortfolioPointer&)> deletePortfolioHandler;
 

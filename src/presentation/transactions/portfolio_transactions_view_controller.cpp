@@ -109,9 +109,10 @@ std::string PortfolioTransactionsViewController::deleteMenuTitle() const {
 }
 
 void PortfolioTransactionsViewController::modifyTransactionAction() {
-  if (!selectedRows_.empty()) {
-    performSegue(selectedRows_.size() == 1 ? editTransactionSegueIdentifier
-                                           : editBulkTransactionsSegueIdentifier);
+  if (selectedRows_.size() == 1) {
+    performSegue(EditTransaction{transaction(selectedRows_.front())});
+  } else if (selectedRows_.size() > 1) {
+    performSegue(EditBulkTransactions{selectedTransactions()});
   }
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "ledger/transaction/order.h"
@@ -31,8 +32,19 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
     bool selectionChanged = false;
   };
 
-  static constexpr std::string_view editTransactionSegueIdentifier = "EditTransaction";
-  static constexpr std::string_view editBulkTransactionsSegueIdentifier = "EditBulkTransactions";
+  /// The form for one row.
+  struct EditTransaction {
+    static constexpr std::string_view identifier = "EditTransaction";
+    TransactionPointer transaction;
+  };
+  /// The form for several rows.
+  struct EditBulkTransactions {
+    static constexpr std::string_view identifier = "EditBulkTransactions";
+    std::vector<TransactionPointer> transactions;
+  };
+  /// What this screen asks its window to open.
+  using Segue = std::variant<EditTransaction, EditBulkTransactions>;
+
   /// The type under which dragged rows carry their place in the table, a whole number.
   static constexpr std::string_view transactionIndexPasteboardType =
       "ca.orlend.Corvane.PortfolioTransactionsViewController.transactionIndex";
@@ -41,8 +53,7 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
 
   /// Called when there is something new to draw.
   std::function<void(const Update&)> changeHandler = [](const Update&) {};
-  /// Opens the form for the selected rows that one of the two identifiers names.
-  std::function<void(std::string_view segueIdentifier)> performSegue = [](std::string_view) {};
+  std::function<void(const Segue&)> performSegue = [](const Segue&) {};
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
