@@ -30,6 +30,7 @@ ScenarioSinglePortfolioManager::ScenarioSinglePortfolioManager(EquityPointer tra
 const std::shared_ptr<ScenarioPortfolio>& ScenarioSinglePortfolioManager::singlePortfolio() {
   if (singlePortfolio_ == nullptr) {
     singlePortfolio_ = std::make_shared<ScenarioPortfolio>(weak_from_this(), equity);
+    portfolios_.push_back(singlePortfolio_);
   }
   return singlePortfolio_;
 }

@@ -79,6 +79,12 @@ TEST(Accounting, GoesBelowZeroOnlyWhereThatIsAllowed) {
   EXPECT_EQ(rows[1]->cashNet, dec("-30"));
 }
 
+TEST(Accounting, MultipliesBeforeItDivides) {
+  Ledger ledger;
+  ledger.record({ledger.deposit("1"), ledger.buy("9", "0.03"), ledger.sell("4.5", "1")});
+  EXPECT_EQ(figures(ledger.rows().back()), "1.97 4.5 0.03 0.02 0.98");
+}
+
 TEST(Accounting, CountsWhatASaleCostsAsALoss) {
   Ledger ledger;
   ledger.record({ledger.deposit("1000"), ledger.buy("20", "1000"), ledger.deposit("2"),

@@ -270,5 +270,25 @@ TEST_F(DailySnapshotsTest, ValueThePortfolioAtRecentPrices) {
   EXPECT_EQ(other.manager->valuation(other.portfolio), (PortfolioValuation{Currency::cad(), 0, 0}));
 }
 
+TEST_F(DailySnapshotsTest, ValueWhatIsHeldAndAskForNoOtherPrices) {
+  on(day(2021, 2, 1));
+  const auto usd = [&](int amount) { return CurrencyAmount{Currency::usd(), Decimal(amount)}; };
+  record({deposit("100"), buy("2", "20"), sell("2", "30"),
+          make(BasicTransaction::Transfer{usd(500)}),
+          make(BasicTransaction::CashAdjustment{usd(-500)})});
+  const EquityPointer rate = prices->exchangeRateEquity(Currency::usd(), Currency::cad());
+  EXPECT_THAT(manager->valuationEquities(portfolio), UnorderedElementsAre(rate));
+  rate->recentPrice = dec("1.5");
+  EXPECT_EQ(manager->valuation(portfolio),
+            (PortfolioValuation{Currency::cad(), dec("850"), dec("110")}));
+
+  portfolio->allowsNegativeBalances = true;
+  record({make(BasicTransaction::CashAdjustment{usd(-10)}), sell("3", "40")});
+  EXPECT_THAT(manager->valuationEquities(portfolio), UnorderedElementsAre(abc, rate));
+  abc->recentPrice = 20;
+  EXPECT_EQ(manager->valuation(portfolio),
+            (PortfolioValuation{Currency::cad(), dec("850"), dec("75")}));
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -3,6 +3,7 @@
 #include <optional>
 #include <thread>
 
+#include "ledger/manager/portfolio_property_changer.h"
 #include "support/ledger_builder.h"
 
 namespace corvane::testing {
@@ -185,6 +186,66 @@ TEST(LedgerEdits, RefuseRowsThatTheyDoNotKnow) {
     EXPECT_EQ(reasonOf(errorOf(edit)), reason);
     EXPECT_EQ(ledger.state(), before);
   }
+}
+
+TEST(LedgerEdits, OfAPortfolioThatIsNotTheManagersAreRefused) {
+  const PortfolioManagerError stranger(PortfolioManagerError::InvalidPortfolio{
+      "The portfolio is not known to this portfolio manager."});
+  Ledger ledger;
+  PortfolioManager& manager = *ledger.manager;
+  const auto rows = ledger.record({ledger.deposit("10"), ledger.deposit("20")});
+  manager.deleteTransactions({rows[1]}, ledger.portfolio, ledger.undo);
+  const PortfolioPointer removed = ledger.portfolio;
+  manager.removePortfolio(removed);
+  ledger.portfolio = manager.createPortfolio(Currency::cad());
+  const LedgerState before = LedgerState::of(removed);
+  const BasicTransaction basic = ledger.deposit("5");
+  const std::vector<std::function<void()>> edits = {
+      [&] { manager.recordTransactions({basic}, removed, nullptr); },
+      [&] { manager.reviseTransactions({rows[0]}, {basic}, std::nullopt, removed, nullptr); },
+      [&] { manager.deleteTransactions({rows[0]}, removed, nullptr); },
+      [&] { manager.insertTransactions({rows[1]}, {nullptr}, removed, nullptr); },
+      [&] { manager.moveTransactions({rows[0]}, {nullptr}, removed, nullptr); },
+      [&] { manager.recalculateLedger(0, removed); },
+      [&] { manager.portfolioPropertiesDidChange(removed); },
+      [&] { manager.removePortfolio(removed); },
+      [&] {
+        PortfolioPropertyChanger().changeProperties(removed, {"Name", true, true}, nullptr);
+      }};
+  for (const auto& edit : edits) {
+    EXPECT_EQ(errorOf(edit), stranger);
+    EXPECT_EQ(LedgerState::of(removed), before);
+  }
+  EXPECT_EQ(removed->name, "Untitled Portfolio");
+
+  int presented = 0;
+  manager.presentError = [&](const Error&) { ++presented; };
+  ledger.undo->undo();
+  EXPECT_EQ(presented, 1);
+  EXPECT_TRUE(ledger.rows().empty());
+}
+
+TEST(LedgerEdits, BlameALaterSplitForItsShares) {
+  Ledger ledger;
+  const auto rows = ledger.record({ledger.journal("10"), ledger.split("10", "20")});
+  const auto error =
+      errorOf([&] { ledger.on(rows[0]->settlementDate()).record({ledger.journal("1")}); });
+  const auto* violation = error->as<PortfolioManagerError::ViolatesExistingTransaction>();
+  ASSERT_NE(violation, nullptr);
+  EXPECT_EQ(violation->existing, rows[1]);
+  EXPECT_EQ(violation->because->description(),
+            "Expecting to split 10\u00A0shares of ABC but 11 are held.");
+}
+
+TEST(LedgerEdits, ReviseInBulkWhatTheFormSays) {
+  Ledger ledger;
+  const BasicTransaction trade = ledger.buy("1", "2");
+  const Date other = day(2020, 1, 1);
+  EXPECT_EQ(BulkRevision{.tradeDate = other}.applied(trade),
+            (BasicTransaction{trade.kind, other, trade.settlementDate, std::nullopt}));
+  EXPECT_EQ(*BulkRevision{.equity = ledger.xyz}.applied(trade).equity(), ledger.xyz);
+  const BasicTransaction deposit = ledger.deposit("1");
+  EXPECT_EQ(BulkRevision{.equity = ledger.xyz}.applied(deposit), deposit);
 }
 
 TEST(LedgerEdits, ThatTakeNothingChangeNothing) {

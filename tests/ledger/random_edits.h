@@ -48,18 +48,19 @@ class RandomEdits {
       case 6:
         return {Kind::undo};
       case 5:
-        return {Kind::remove, {}, pickRows(3)};
+        return {Kind::remove, {}, pickRows(most())};
       case 3:
       case 4: {
-        RandomEdit edit = {Kind::revise, {}, pickRows(2)};
+        RandomEdit edit = {Kind::revise, {}, pickRows(most())};
+        const BulkRevision bulk = bulkRevision();
+        const bool isOfMany = edit.subjects.size() > 3;
         for (const auto& row : edit.subjects) {
-          edit.basics.push_back(chance(2) ? transaction()
-                                          : BulkRevision{.note = "n"}.applied(row->basic));
+          edit.basics.push_back(chance(2) && !isOfMany ? transaction() : bulk.applied(row->basic));
         }
         return edit;
       }
       case 2: {
-        RandomEdit edit = {Kind::move, {}, pickRows(2)};
+        RandomEdit edit = {Kind::move, {}, pickRows(most())};
         for (std::size_t i = 0; i < edit.subjects.size(); ++i) {
           edit.anchors.push_back(chance(5) ? nullptr : rows()[below(rows().size())]);
         }
@@ -67,7 +68,8 @@ class RandomEdits {
       }
       default: {
         RandomEdit edit;
-        for (std::uint64_t i = 0; i <= below(4); ++i) {
+        const std::uint64_t count = 1 + below(most());
+        for (std::uint64_t i = 0; i < count; ++i) {
           edit.basics.push_back(transaction());
         }
         return edit;
@@ -111,6 +113,22 @@ class RandomEdits {
  private:
   [[nodiscard]] const std::vector<TransactionPointer>& rows() const {
     return portfolio_->transactions();
+  }
+
+  /// How many rows an edit is about at most; now and then many.
+  std::size_t most() { return chance(6) ? 30 : 3; }
+
+  BulkRevision bulkRevision() {
+    switch (below(4)) {
+      case 0:
+        return {.note = "n"};
+      case 1:
+        return {.equity = equities_[below(equities_.size())]};
+      case 2:
+        return {.tradeDate = day(2018, 1, 1)};
+      default:
+        return {.settlementDate = day(2024, 1, 1 + static_cast<int>(below(3)))};
+    }
   }
 
   Decimal number(int largest, int scale) {
@@ -162,10 +180,10 @@ class RandomEdits {
     }
   }
 
-  std::vector<TransactionPointer> pickRows(std::size_t most) {
+  std::vector<TransactionPointer> pickRows(std::size_t atMost) {
     std::vector<TransactionPointer> picked;
     for (const auto& row : rows()) {
-      if (picked.size() < most && below(rows().size()) < most) {
+      if (picked.size() < atMost && below(rows().size()) < atMost) {
         picked.push_back(row);
       }
     }

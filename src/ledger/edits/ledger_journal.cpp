@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <ranges>
 #include <utility>
 
 namespace corvane {
@@ -19,16 +18,27 @@ void LedgerJournal::takeYearsFrom(int firstYear) {
 void LedgerJournal::keep(std::deque<LedgerWalk::Before> rows) {
   if (rows_.empty()) {
     rows_ = std::move(rows);
-  } else {
-    std::ranges::move(rows, std::back_inserter(rows_));
+    return;
+  }
+  if (kept_.empty()) {
+    for (const LedgerWalk::Before& before : rows_) {
+      kept_.insert(before.row.get());
+    }
+  }
+  // What a former walk of this edit has made of a row is nothing to come back to.
+  for (LedgerWalk::Before& before : rows) {
+    if (kept_.insert(before.row.get()).second) {
+      rows_.push_back(std::move(before));
+    }
   }
 }
 
 void LedgerJournal::restore() {
-  for (LedgerWalk::Before& before : rows_ | std::views::reverse) {
+  for (LedgerWalk::Before& before : rows_) {
     before.restore();
   }
   rows_.clear();
+  kept_.clear();
   takeYearsFrom(firstTakenYear_);
   years_.merge(formerYears_);
 }

@@ -4,6 +4,7 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <unordered_set>
 
 #include "ledger/accounting/ledger_walk.h"
 #include "ledger/portfolio/portfolio_snapshot.h"
@@ -12,7 +13,8 @@ namespace corvane {
 
 /// The balances of rows and the yearly snapshots as they were before the walks of one edit. With
 /// LedgerRowsEdit, which keeps the rows themselves, it makes an edit all-or-nothing. What it keeps
-/// grows with what the edit changes.
+/// grows with the rows that the edit changes,
+/// not with the number of its walks.
 class LedgerJournal {
  public:
   using Years = std::map<int, PortfolioSnapshot>;
@@ -34,7 +36,8 @@ class LedgerJournal {
   Years& years_;
   Years formerYears_;
   int firstTakenYear_ = std::numeric_limits<int>::max();
-  std::deque<LedgerWalk::Before> rows_;
+  std::deque<LedgerWalk::Before> rows_;                   ///< each row once
+  std::unordered_set<const PortfolioTransaction*> kept_;  ///< those of rows_, after a second walk
 };
 
 }  // namespace corvane

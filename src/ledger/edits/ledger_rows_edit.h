@@ -7,31 +7,42 @@
 #include <utility>
 #include <vector>
 
+#include "ledger/edits/linked_rows.h"
 #include "ledger/portfolio/portfolio_transaction.h"
 
 namespace corvane {
 
-/// Inserts, removes and revises rows of `rows` and knows how to undo it. What it keeps grows with
-/// the number of changes, not with that of the rows.
+/// Inserts, removes, moves and revises rows and knows how to undo it. An edit of few rows works on
+/// the rows themselves, and what it keeps grows with the number of changes; one of many works on a
+/// list that apply() makes into rows, in time for each row of the ledger but not for each pair.
+///
+/// Rows that are named stand in the ledger, which has() tells; those to be inserted do not.
 class LedgerRowsEdit {
  public:
   using Rows = std::vector<TransactionPointer>;
 
-  /// `rows` must outlive the edit.
-  explicit LedgerRowsEdit(Rows& rows) : rows_(rows), lowest_(rows.size()) {}
+  /// For about `changeCount` changes of `rows`, which must outlive the edit.
+  LedgerRowsEdit(Rows& rows, std::size_t changeCount);
 
-  [[nodiscard]] const Rows& rows() const { return rows_; }
+  [[nodiscard]] bool has(const PortfolioTransaction& row) const;
+  /// The row behind `row`, or null at the end.
+  [[nodiscard]] TransactionPointer rowAfter(const PortfolioTransaction& row) const;
 
-  void insert(std::size_t position, TransactionPointer row);
-  void remove(std::size_t position);
-  /// Takes the row at `from` out and inserts it so that it ends up at `to`.
-  void move(std::size_t from, std::size_t to);
-  /// Gives the row at `position` another transaction and marks it dirty, so that its keeper is told
+  /// In front of `anchor`, or at the end where that is null.
+  void insert(const TransactionPointer& row, const TransactionPointer& anchor);
+  /// Behind all rows of its settlement date.
+  void insertByDate(const TransactionPointer& row);
+  void remove(const TransactionPointer& row);
+  void move(const TransactionPointer& row, const TransactionPointer& anchor);
+  /// Gives `row` another transaction at its place and marks it dirty, so that its keeper is told
   /// even where no balance changes.
-  void revise(std::size_t position, BasicTransaction transaction);
+  void revise(const TransactionPointer& row, BasicTransaction transaction);
+  /// As revise(), and puts the row behind all rows of its new settlement date.
+  void reviseByDate(const TransactionPointer& row, BasicTransaction transaction);
 
-  /// The first position that was changed; the number of rows at the start where none was.
-  [[nodiscard]] std::size_t lowest() const { return lowest_; }
+  /// Brings the changes into the rows. Returns the first position that differs from what was there
+  /// at the last time; the number of rows where none does.
+  [[nodiscard]] std::size_t apply();
 
   /// Brings rows and transactions back to what they were at the start.
   void takeBack();
@@ -45,12 +56,19 @@ class LedgerRowsEdit {
     bool wasDirty = false;                                ///< of a revised row
   };
 
+  void insertAt(std::size_t position, const TransactionPointer& row);
+  void removeAt(std::size_t position);
+  [[nodiscard]] std::size_t placeOf(const PortfolioTransaction& row) const;
+  [[nodiscard]] std::size_t applyList();
+
   Rows& rows_;
   std::size_t lowest_;
   std::vector<Change> changes_;
+  std::optional<LinkedRows> list_;  ///< of an edit of many rows, until it is applied
+  std::optional<Rows> formerRows_;  ///< after a list has been applied
 };
 
-/// The position of `row` itself in `rows`; fast where they are in ledger order.
+/// The position of `row` itself in `rows`, which are in ledger order.
 [[nodiscard]] std::optional<std::size_t> positionOf(const PortfolioTransaction& row,
                                                     const std::vector<TransactionPointer>& rows);
 

@@ -14,6 +14,7 @@
 #include "ledger/edits/blame.h"
 #include "ledger/edits/ledger_journal.h"
 #include "ledger/edits/ledger_rows_edit.h"
+#include "ledger/edits/recording_check.h"
 #include "platform/async/notification_center.h"
 
 namespace corvane {
@@ -26,28 +27,50 @@ using Transactions = PortfolioManager::Transactions;
   throw Failure(Failure::LedgerInconsistency{std::move(reason)});
 }
 
-std::size_t requirePosition(const PortfolioTransaction& row, const LedgerRowsEdit::Rows& rows,
-                            std::string_view reason) {
-  const auto position = positionOf(row, rows);
-  if (!position) {
+void requireRow(const TransactionPointer& row, const LedgerRowsEdit& edit,
+                std::string_view reason) {
+  if (!edit.has(*row)) {
     throw Failure(Failure::InvalidPortfolio{std::string(reason)});
   }
-  return *position;
 }
 
-/// The position of `anchor`, or the end of the ledger where there is none.
-std::size_t requireAnchor(const TransactionPointer& anchor, const LedgerRowsEdit::Rows& rows,
-                          std::string_view reason) {
-  return anchor == nullptr ? rows.size() : requirePosition(*anchor, rows, reason);
-}
-
-TransactionPointer rowAt(std::size_t position, const LedgerRowsEdit::Rows& rows) {
-  return position < rows.size() ? rows[position] : nullptr;
+/// As requireRow, for the row in front of which another goes; null for the end of the ledger.
+void requireAnchor(const TransactionPointer& anchor, const LedgerRowsEdit& edit,
+                   std::string_view reason) {
+  if (anchor != nullptr) {
+    requireRow(anchor, edit, reason);
+  }
 }
 
 template <typename Value>
 std::vector<Value> reversed(const std::vector<Value>& values) {
   return {values.rbegin(), values.rend()};
+}
+
+/// `subjects` in the order of `rows`. Throws where one of them is not there or is named twice.
+Transactions inLedgerOrder(const Transactions& subjects, const Transactions& rows) {
+  constexpr std::string_view unknown = "Cannot find existing transaction in the ledger to delete.";
+  TransactionSet named(subjects.begin(), subjects.end());
+  Transactions ordered;
+  ordered.reserve(subjects.size());
+  if (subjects.size() == 1) {
+    if (positionOf(*subjects.front(), rows)) {
+      ordered = subjects;
+    }
+  } else {
+    std::ranges::copy_if(rows, std::back_inserter(ordered),
+                         [&](const TransactionPointer& row) { return named.contains(row); });
+  }
+  if (ordered.size() != subjects.size()) {
+    throw Failure(Failure::InvalidPortfolio{std::string(unknown)});
+  }
+  return ordered;
+}
+
+/// Whether `basics`, one after the other, are recorded behind all `rows`.
+bool goToTheEnd(const std::vector<BasicTransaction>& basics, const Transactions& rows) {
+  return positionByDate(basics.front().settlementDate, rows) == rows.size() &&
+         std::ranges::is_sorted(basics, std::less<>(), &BasicTransaction::settlementDate);
 }
 
 /// The set of `subjects`, which are taken out of `rows` where they are in it.
@@ -101,6 +124,7 @@ PortfolioPointer PortfolioManager::createPortfolio(const Currency& primaryCurren
 }
 
 void PortfolioManager::portfolioPropertiesDidChange(const PortfolioPointer& portfolio) {
+  requireOwn(*portfolio);
   postPortfolioChange(std::nullopt, portfolio);
 }
 
@@ -111,8 +135,9 @@ void PortfolioManager::removePortfolio(const PortfolioPointer& portfolio) {
 
 template <typename Change>
 TransactionSet PortfolioManager::editLedger(const PortfolioPointer& portfolio,
-                                            const BasicTransaction* subject, Change change) {
-  LedgerRowsEdit edit(portfolio->transactions());
+                                            const BasicTransaction* subject,
+                                            std::size_t changeCount, Change change) {
+  LedgerRowsEdit edit(portfolio->transactions(), changeCount);
   TransactionSet recalculated;
   try {
     changeLedger(portfolio, [&] {
@@ -134,6 +159,7 @@ TransactionSet PortfolioManager::editLedger(const PortfolioPointer& portfolio,
 
 void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
                                     const std::function<EditedRows()>& change) {
+  requireOwn(*portfolio);
   assert(journal_ == nullptr && "one change of a ledger at a time");
   LedgerJournal journal(portfolio->snapshotsByYear);
   journal_ = &journal;
@@ -148,51 +174,49 @@ void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
   journal_ = nullptr;
 }
 
+std::size_t PortfolioManager::countRecordedAtOnce(const std::vector<BasicTransaction>& basics,
+                                                  const PortfolioPointer& portfolio) const {
+  const auto& rows = portfolio->transactions();
+  if (basics.size() == 1 || goToTheEnd(basics, rows)) {
+    return basics.size();
+  }
+  const Date earliest =
+      std::ranges::min(basics, std::less<>(), &BasicTransaction::settlementDate).settlementDate;
+  const std::size_t first = positionByDate(earliest, rows);
+  return countOfSureRecordings(basics, std::span(rows).subspan(first), *portfolio,
+                               walkStart(first, portfolio));
+}
+
 Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
                                                   const PortfolioPointer& portfolio,
                                                   const UndoManagerPointer& undoManager,
                                                   const RecordingObserver& observer) {
+  requireOwn(*portfolio);
   if (basics.empty()) {
     return {};
   }
   Recording recording{observer};
-  const Assignment<const Recording*> current(recording_, &recording);
-  const auto rowRecorded = [&] {
-    ++recording.recordedCount;
-    tellRecordingObserver();
-  };
+  const Assignment<Recording*> current(recording_, &recording);
   const BasicTransaction first = basics.front();
+  const std::size_t atOnce = countRecordedAtOnce(basics, portfolio);
+  const std::size_t between = goToTheEnd(basics, portfolio->transactions()) ? 0 : atOnce;
   Transactions recorded;
   recorded.reserve(basics.size());
   TransactionSet recalculated =
-      editLedger(portfolio, &first, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+      editLedger(portfolio, &first, between, [&](LedgerRowsEdit& edit, EditedRows& edited) {
         TransactionSet changed;
-        // Each row is walked with the ledger as the rows before it have left it. Rows that follow
-        // one another at the end of the ledger are walked together: it comes to the same, in linear
-        // time.
-        std::size_t unwalked = edit.rows().size();
-        const auto walkRest = [&](std::size_t start, const std::function<void()>& rowDerived) {
-          if (start < edit.rows().size()) {
-            TransactionSet rows = walkLedger(start, portfolio, rowDerived);
-            changed.empty() ? changed.swap(rows) : changed.merge(rows);
-          }
-          unwalked = edit.rows().size();
+        const auto walk = [&] {
+          TransactionSet rows = walkFrom(edit, portfolio);
+          changed.empty() ? changed.swap(rows) : changed.merge(rows);
         };
         for (BasicTransaction& basic : basics) {
-          const std::size_t position = positionByDate(basic.settlementDate, edit.rows());
-          const bool isLast = position == edit.rows().size();
-          if (!isLast) {
-            walkRest(unwalked, rowRecorded);
-          }
           recorded.push_back(
               recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
-          edit.insert(position, recorded.back());
-          if (!isLast) {
-            walkRest(position, nullptr);
-            rowRecorded();
+          edit.insertByDate(recorded.back());
+          if (recorded.size() >= atOnce) {
+            walk();
           }
         }
-        walkRest(unwalked, rowRecorded);
         edited.placed = recorded;
         return changed;
       });
@@ -213,30 +237,31 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
                                           const std::optional<Anchors>& neighbours,
                                           const PortfolioPointer& portfolio,
                                           const UndoManagerPointer& undoManager) {
+  requireOwn(*portfolio);
   if (subjects.empty() || subjects.size() != revisions.size() ||
       (neighbours && neighbours->size() != subjects.size())) {
     failInconsistent("Subject and target transaction counts are mismatched for revision.");
   }
   std::vector<BasicTransaction> former;
   Anchors formerNeighbours;
-  TransactionSet recalculated =
-      editLedger(portfolio, &revisions.front(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        const auto& rows = edit.rows();
+  TransactionSet recalculated = editLedger(
+      portfolio, &revisions.front(), subjects.size(),
+      [&](LedgerRowsEdit& edit, EditedRows& edited) {
         for (std::size_t i = 0; i < subjects.size(); ++i) {
-          const std::size_t index = requirePosition(
-              *subjects[i], rows, "Cannot find existing transaction in the ledger to revise.");
-          formerNeighbours.push_back(rowAt(index + 1, rows));
-          former.push_back(subjects[i]->basic);
-          std::size_t target = index;
+          const TransactionPointer& subject = subjects[i];
+          requireRow(subject, edit, "Cannot find existing transaction in the ledger to revise.");
+          formerNeighbours.push_back(edit.rowAfter(*subject));
+          former.push_back(subject->basic);
           if (neighbours) {
-            target =
-                requireAnchor((*neighbours)[i], rows,
-                              "Cannot find neighbour transaction in the ledger during revision.");
-          } else if (revisions[i].settlementDate != subjects[i]->settlementDate()) {
-            target = positionByDate(revisions[i].settlementDate, rows);
+            requireAnchor((*neighbours)[i], edit,
+                          "Cannot find neighbour transaction in the ledger during revision.");
+            edit.revise(subject, revisions[i]);
+            edit.move(subject, (*neighbours)[i]);
+          } else if (revisions[i].settlementDate != subject->settlementDate()) {
+            edit.reviseByDate(subject, revisions[i]);
+          } else {
+            edit.revise(subject, revisions[i]);
           }
-          edit.revise(index, revisions[i]);
-          edit.move(index, index < target ? target - 1 : target);
         }
         edited.placed = subjects;
         return walkFrom(edit, portfolio);
@@ -256,35 +281,24 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
 void PortfolioManager::deleteTransactions(const Transactions& subjects,
                                           const PortfolioPointer& portfolio,
                                           const UndoManagerPointer& undoManager) {
+  requireOwn(*portfolio);
   if (subjects.empty()) {
     return;
   }
-  constexpr std::string_view unknown = "Cannot find existing transaction in the ledger to delete.";
-  std::vector<std::size_t> positions;
-  positions.reserve(subjects.size());
-  for (const auto& subject : subjects) {
-    positions.push_back(requirePosition(*subject, portfolio->transactions(), unknown));
-  }
-  std::ranges::sort(positions);
-  if (std::ranges::adjacent_find(positions) != positions.end()) {
-    throw Failure(Failure::InvalidPortfolio{std::string(unknown)});
-  }
-
-  Transactions deleted;
+  const Transactions deleted = inLedgerOrder(subjects, portfolio->transactions());
   Anchors neighbours;
-  TransactionSet recalculated =
-      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        for (const std::size_t position : positions | std::views::reverse) {
-          deleted.push_back(edit.rows()[position]);
-          edit.remove(position);
-          neighbours.push_back(rowAt(position, edit.rows()));
+  TransactionSet recalculated = editLedger(
+      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
+        for (const TransactionPointer& row : deleted | std::views::reverse) {
+          neighbours.push_back(edit.rowAfter(*row));
+          edit.remove(row);
         }
         edited.removed = deleted;
         return walkFrom(edit, portfolio);
       });
 
-  registerUndo(undoManager, [subjects = reversed(deleted), neighbours = reversed(neighbours),
-                             portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
+  registerUndo(undoManager, [subjects = deleted, neighbours = reversed(neighbours), portfolio](
+                                PortfolioManager& manager, const UndoManagerPointer& undo) {
     manager.insertTransactions(subjects, neighbours, portfolio, undo);
   });
   postPortfolioChange(
@@ -296,24 +310,24 @@ void PortfolioManager::deleteTransactions(const Transactions& subjects,
 void PortfolioManager::insertTransactions(const Transactions& subjects, const Anchors& anchors,
                                           const PortfolioPointer& portfolio,
                                           const UndoManagerPointer& undoManager) {
+  requireOwn(*portfolio);
   if (subjects.size() != anchors.size()) {
     failInconsistent("Subject and target transaction counts are mismatched for insertion.");
   }
   if (subjects.empty()) {
     return;
   }
-  TransactionSet recalculated =
-      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
+  TransactionSet recalculated = editLedger(
+      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
         for (std::size_t i = 0; i < subjects.size(); ++i) {
-          const std::size_t target = requireAnchor(
-              anchors[i], edit.rows(),
-              "Cannot find existing transaction in portfolio to anchor the insertion.");
-          if (subjects[i]->portfolio.lock() != portfolio || positionOf(*subjects[i], edit.rows())) {
+          requireAnchor(anchors[i], edit,
+                        "Cannot find existing transaction in portfolio to anchor the insertion.");
+          if (subjects[i]->portfolio.lock() != portfolio || edit.has(*subjects[i])) {
             throw Failure(
                 Failure::InvalidPortfolio{"Cannot insert a transaction that is in the portfolio "
                                           "already or belongs to another."});
           }
-          edit.insert(target, subjects[i]);
+          edit.insert(subjects[i], anchors[i]);
         }
         edited.placed = subjects;
         return walkFrom(edit, portfolio);
@@ -332,6 +346,7 @@ void PortfolioManager::insertTransactions(const Transactions& subjects, const An
 void PortfolioManager::moveTransactions(const Transactions& subjects, const Anchors& anchors,
                                         const PortfolioPointer& portfolio,
                                         const UndoManagerPointer& undoManager) {
+  requireOwn(*portfolio);
   if (subjects.size() != anchors.size()) {
     failInconsistent("Subject and target transaction counts are mismatched for a move.");
   }
@@ -339,17 +354,14 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
     return;
   }
   Anchors neighbours;
-  TransactionSet recalculated =
-      editLedger(portfolio, nullptr, [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        const auto& rows = edit.rows();
+  TransactionSet recalculated = editLedger(
+      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
         for (std::size_t i = 0; i < subjects.size(); ++i) {
-          const std::size_t index = requirePosition(
-              *subjects[i], rows, "Cannot find existing transaction in portfolio to move.");
-          neighbours.push_back(rowAt(index + 1, rows));
-          const std::size_t target =
-              requireAnchor(anchors[i], rows,
-                            "Cannot find existing transaction in portfolio to anchor the move.");
-          edit.move(index, index < target ? target - 1 : target);
+          requireRow(subjects[i], edit, "Cannot find existing transaction in portfolio to move.");
+          neighbours.push_back(edit.rowAfter(*subjects[i]));
+          requireAnchor(anchors[i], edit,
+                        "Cannot find existing transaction in portfolio to anchor the move.");
+          edit.move(subjects[i], anchors[i]);
         }
         edited.placed = subjects;
         return walkFrom(edit, portfolio);
@@ -384,8 +396,7 @@ void PortfolioManager::changeAsOne(const PortfolioPointer& portfolio,
 }
 
 TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
-                                            const PortfolioPointer& portfolio,
-                                            const std::function<void()>& rowDerived) {
+                                            const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
   assert(startIndex <= rows.size());
   portfolio->lastWalkStart_ = {startIndex, walkStart(startIndex, portfolio)};
@@ -402,14 +413,16 @@ TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
 
   try {
     for (std::size_t i = startIndex; i < rows.size(); ++i) {
+      const bool isNew = !rows[i]->cashNet && !rows[i]->sharesNet;
       walk.derive(rows[i]);
       const int year = years.yearOf(rows[i]->settlementDate());
       // Only the last row of a year leaves a snapshot behind, so that no row copies the balances.
       if (i + 1 == rows.size() || years.yearOf(rows[i + 1]->settlementDate()) != year) {
         snapshots.insert_or_assign(year, walk.state());
       }
-      if (rowDerived) {
-        rowDerived();
+      if (isNew && recording_ != nullptr) {
+        ++recording_->recordedCount;
+        tellRecordingObserver();
       }
     }
     for (const LedgerWalk::Before& before : walk.dirtyRows()) {
@@ -483,6 +496,25 @@ PortfolioSnapshot PortfolioManager::replay(std::span<const TransactionPointer> r
   return replayLedger(rows, std::move(start));
 }
 
+PortfolioValuation PortfolioManager::valuation(const PortfolioPointer& portfolio) const {
+  return valuationOf(newestSnapshot(*portfolio), portfolio->primaryCurrency(), *quoteProvider);
+}
+
+EquitySet PortfolioManager::valuationEquities(const PortfolioPointer& portfolio) const {
+  return equitiesOfValuation(newestSnapshot(*portfolio), portfolio->primaryCurrency(),
+                             *quoteProvider);
+}
+
+const PortfolioSnapshot& PortfolioManager::newestSnapshot(const Portfolio& portfolio) const {
+  requireReadable();
+  if (portfolio.manager.lock().get() != this) {
+    throw Failure(Failure::InvalidPortfolio{"Portfolio is unmanaged or has the wrong manager!"});
+  }
+  static const PortfolioSnapshot empty;
+  const auto& years = portfolio.snapshotsByYear;
+  return years.empty() ? empty : years.rbegin()->second;
+}
+
 void PortfolioManager::placeOrder(const Order& order, const PortfolioPointer& portfolio,
                                   const UndoManagerPointer& undoManager) {
   const auto* record = std::get_if<Order::Record>(&order.kind);
@@ -530,15 +562,14 @@ void PortfolioManager::transactionRecalculated(PortfolioTransaction& /*row*/,
 
 void PortfolioManager::ledgerRecalculated(std::size_t /*startIndex*/, Portfolio& /*portfolio*/) {}
 
-TransactionSet PortfolioManager::walkFrom(const LedgerRowsEdit& edit,
-                                          const PortfolioPointer& portfolio) {
-  const auto& rows = edit.rows();
-  const std::size_t start = edit.lowest();
+TransactionSet PortfolioManager::walkFrom(LedgerRowsEdit& edit, const PortfolioPointer& portfolio) {
+  const std::size_t start = edit.apply();
+  const auto& rows = portfolio->transactions();
   // The walk compares each row with the one before it, but for its first.
   if (start > 0 && start < rows.size()) {
     requireLedgerOrder(*rows[start - 1], *rows[start]);
   }
-  return recalculateLedger(std::min(start, rows.size()), portfolio);
+  return recalculateLedger(start, portfolio);
 }
 
 void PortfolioManager::registerUndo(const UndoManagerPointer& undoManager, UndoStep step) {

@@ -188,7 +188,8 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// The worth of `portfolio` at the recent prices of what it holds. Main queue only.
   ///
   /// Throws PortfolioManagerError: InvalidPortfolio where the portfolio is not this manager's,
-  /// ForeignExchangeRateMissing, and LedgerInconsistency where an equity has no recent price.
+  /// ForeignExchangeRateMissing, and LedgerInconsistency where an equity that is held has no recent
+  /// price.
   [[nodiscard]] PortfolioValuation valuation(const PortfolioPointer& portfolio) const;
 
   /// The equities and currency pairs whose recent prices a valuation needs, so that they can be
@@ -258,12 +259,13 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// everything back and throws what the user is to be told; `subject` is the entry that he made.
   template <typename Change>
   TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
-                            Change change);
+                            std::size_t changeCount, Change change);
   /// Lets keepEdit run `change`, and takes back what its walks have done when that throws.
   void changeLedger(const PortfolioPointer& portfolio, const std::function<EditedRows()>& change);
-  /// `rowDerived` is called after each row, once it has its balances; null for nothing.
-  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio,
-                            const std::function<void()>& rowDerived = nullptr);
+  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
+  /// How many of `basics` can be recorded with one walk, which comes to the same as one for each.
+  [[nodiscard]] std::size_t countRecordedAtOnce(const std::vector<BasicTransaction>& basics,
+                                                const PortfolioPointer& portfolio) const;
   /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
   /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
   /// ledger still counts the deleted rows.
@@ -273,11 +275,13 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// most edits follow one another at the end of the ledger.
   [[nodiscard]] PortfolioSnapshot walkStart(std::size_t index,
                                             const PortfolioPointer& portfolio) const;
-  TransactionSet walkFrom(const LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
+  TransactionSet walkFrom(LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
   void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
 
   /// Throws where a background edit is under way.
   void requireReadable() const;
+  /// The state at the end of the ledger, without a walk. Throws as valuation() does.
+  [[nodiscard]] const PortfolioSnapshot& newestSnapshot(const Portfolio& portfolio) const;
   /// Throws PortfolioManagerError::InvalidPortfolio where `portfolio` is not one of portfolios().
   void requireOwn(const Portfolio& portfolio) const;
 
@@ -291,7 +295,7 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
     const RecordingObserver& observer;
     std::size_t recordedCount = 0;
   };
-  const Recording* recording_ = nullptr;
+  Recording* recording_ = nullptr;
 };
 
 }  // namespace corvane

@@ -1,72 +1,63 @@
 #include "ledger/reports/portfolio_valuation.h"
 
-#include "ledger/manager/portfolio_manager.h"
+#include "ledger/portfolio/portfolio_manager_error.h"
 
 namespace corvane {
 namespace {
 
 using Failure = PortfolioManagerError;
 
-const PortfolioSnapshot& newestSnapshot(const Portfolio& portfolio,
-                                        const PortfolioManager& manager) {
-  if (portfolio.manager.lock().get() != &manager) {
-    throw Failure(Failure::InvalidPortfolio{"Portfolio is unmanaged or has the wrong manager!"});
+Decimal recentRate(const Currency& currency, const Currency& primary, QuoteProvider& quotes) {
+  if (currency == primary) {
+    return 1;
   }
-  static const PortfolioSnapshot empty;
-  const auto& years = portfolio.snapshotsByYear;
-  return years.empty() ? empty : years.rbegin()->second;
+  const auto rate = quotes.exchangeRateEquity(currency, primary)->recentPrice;
+  if (!rate) {
+    throw Failure(Failure::ForeignExchangeRateMissing{currency});
+  }
+  return *rate;
 }
 
 }  // namespace
 
-PortfolioValuation PortfolioManager::valuation(const PortfolioPointer& portfolio) const {
-  requireReadable();
-  const PortfolioSnapshot& snapshot = newestSnapshot(*portfolio, *this);
-  const Currency& primary = portfolio->primaryCurrency();
-  const auto rateOf = [&](const Currency& currency) {
-    if (currency == primary) {
-      return Decimal(1);
-    }
-    const auto rate = quoteProvider->exchangeRateEquity(currency, primary)->recentPrice;
-    if (!rate) {
-      throw Failure(Failure::ForeignExchangeRateMissing{currency});
-    }
-    return *rate;
-  };
-
+PortfolioValuation valuationOf(const PortfolioSnapshot& snapshot, const Currency& primary,
+                               QuoteProvider& quotes) {
   PortfolioValuation valuation{primary, 0, 0};
   for (const auto& [currency, cash] : snapshot.currencySnapshots) {
-    const Decimal rate = rateOf(currency);
+    const Decimal rate = recentRate(currency, primary, quotes);
     valuation.netDeposited += cash.netCashDeposited * rate;
     valuation.currentValue += cash.cashOnHand * rate;
   }
   for (const auto& [equity, holding] : snapshot.equitySnapshots) {
+    if (holding.sharesHeld.isZero()) {
+      continue;
+    }
     if (!equity->recentPrice) {
       throw Failure(
           Failure::LedgerInconsistency{"No recent share price for " + equity->symbol + "."});
     }
-    valuation.currentValue += holding.sharesHeld * *equity->recentPrice * rateOf(equity->currency);
+    valuation.currentValue +=
+        holding.sharesHeld * *equity->recentPrice * recentRate(equity->currency, primary, quotes);
   }
   return valuation;
 }
 
-EquitySet PortfolioManager::valuationEquities(const PortfolioPointer& portfolio) const {
-  requireReadable();
-  const PortfolioSnapshot& snapshot = newestSnapshot(*portfolio, *this);
-  CurrencySet currencies;
+EquitySet equitiesOfValuation(const PortfolioSnapshot& snapshot, const Currency& primary,
+                              QuoteProvider& quotes) {
   EquitySet equities;
-  for (const auto& [equity, holding] : snapshot.equitySnapshots) {
-    equities.insert(equity);
-    currencies.insert(equity->currency);
-  }
-  for (const auto& [currency, cash] : snapshot.currencySnapshots) {
-    if (cash.cashOnHand > 0) {
-      currencies.insert(currency);
+  const auto addRate = [&](const Currency& currency) {
+    if (currency != primary) {
+      equities.insert(quotes.exchangeRateEquity(currency, primary));
     }
+  };
+  for (const auto& [currency, cash] : snapshot.currencySnapshots) {
+    addRate(currency);
   }
-  currencies.erase(portfolio->primaryCurrency());
-  for (const Currency& currency : currencies) {
-    equities.insert(quoteProvider->exchangeRateEquity(currency, portfolio->primaryCurrency()));
+  for (const auto& [equity, holding] : snapshot.equitySnapshots) {
+    if (!holding.sharesHeld.isZero()) {
+      equities.insert(equity);
+      addRate(equity->currency);
+    }
   }
   return equities;
 }

@@ -106,6 +106,10 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
     surroundings_.presentError(error);
     return;
   }
+  // A deletion cannot be undone, and no step from before it may find the ledger that it was about.
+  if (surroundings_.undoManager != nullptr) {
+    surroundings_.undoManager->removeAllActions();
+  }
   if (masterSourceViewController->currentDetailObject() ==
       MasterSourceViewController::DetailObject(portfolio)) {
     masterSourceViewController->setCurrentDetailObject(std::monostate{});
