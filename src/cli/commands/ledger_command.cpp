@@ -3,7 +3,7 @@
 #include "cli/console/text_table.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
-#include "platform/overloaded.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane::cli {
 namespace {
@@ -32,33 +32,17 @@ std::string text(const std::optional<Decimal>& amount, const Currency& currency)
   return digits + std::string(decimals < wanted ? wanted - decimals : 0, '0');
 }
 
-std::string text(const CurrencyAmount& amount) {
-  return text(amount.amount, amount.currency);
-}
-
 Happening happening(const BasicTransaction& transaction) {
-  return std::visit(
-      Overloaded{
-          [](const BasicTransaction::Trade& trade) {
-            return Happening{trade.equity->symbol, text(trade.sharesAdded),
-                             text(-trade.cashDisposed.amount, trade.cashDisposed.currency)};
-          },
-          [](const BasicTransaction::Split& split) {
-            return Happening{split.equity->symbol, text(split.netShares - split.priorShares)};
-          },
-          [](const BasicTransaction::JournaledShares& journaled) {
-            return Happening{journaled.equity->symbol, text(journaled.sharesAdded)};
-          },
-          [](const BasicTransaction::Yield& yield) {
-            return Happening{yield.equity->symbol, "", text(yield.netAmount)};
-          },
-          [](const BasicTransaction::Transfer& transfer) {
-            return Happening{"", "", text(transfer.amount)};
-          },
-          [](const BasicTransaction::CashAdjustment& adjustment) {
-            return Happening{"", "", text(adjustment.amount)};
-          }},
-      transaction.kind);
+  const TransactionEffect effect = transactionEffect(transaction.kind);
+  Happening what;
+  if (effect.equity != nullptr) {
+    what.symbol = (*effect.equity)->symbol;
+    what.shares = effect.isYield() ? "" : text(effect.sharesAdded);
+  }
+  if (effect.currency != nullptr) {
+    what.cash = text(effect.amount, *effect.currency);
+  }
+  return what;
 }
 
 void writeLedger(const CommandLine& line, const Console& console) {

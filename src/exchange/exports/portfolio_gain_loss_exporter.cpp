@@ -56,18 +56,7 @@ std::optional<PortfolioGainLossExporter::Line> PortfolioGainLossExporter::lineOf
   if (equity == nullptr) {
     return std::nullopt;
   }
-  const auto opening = dataSlice_.firstSnapshot().equitySnapshots.get(equity);
-  const auto closing = dataSlice_.lastSnapshot().equitySnapshots.get(equity);
-  Line line{.symbol = equity->symbol,
-            .name = equity->name,
-            .summary = std::nullopt,
-            .sharesNet = closing.sharesHeld,
-            .capitalGain = closing.cumulativeCapitalGain - opening.cumulativeCapitalGain};
-  const auto& summaries = dataSlice_.snapshotGroup->tradingSummaryByEquity;
-  if (const auto found = summaries.find(equity); found != summaries.end()) {
-    line.summary = found->second;
-  }
-  return line;
+  return Line{equity->symbol, equity->name, gainLine(*dataSlice_.snapshotGroup, equity)};
 }
 
 std::optional<std::string> PortfolioGainLossExporter::cellText(std::size_t row, std::size_t field) {
@@ -77,7 +66,8 @@ std::optional<std::string> PortfolioGainLossExporter::cellText(std::size_t row, 
   }
   const Line& line = *lines_[row];
   const auto traded = [&](Decimal Summary::*figure) {
-    return line.summary ? std::optional((*line.summary).*figure) : std::nullopt;
+    const auto& trades = line.figures.trades;
+    return trades ? std::optional((*trades).*figure) : std::nullopt;
   };
   switch (static_cast<SchemaField>(field)) {
     case SchemaField::openingDate:
@@ -93,7 +83,7 @@ std::optional<std::string> PortfolioGainLossExporter::cellText(std::size_t row, 
     case SchemaField::sharesSold:
       return shareText(traded(&Summary::sharesSold));
     case SchemaField::sharesNet:
-      return shareText(line.sharesNet);
+      return shareText(line.figures.sharesNet);
     case SchemaField::costBaseAdded:
       return moneyText(traded(&Summary::costBaseAdded), primaryCurrency_);
     case SchemaField::costBaseDisposed:
@@ -101,7 +91,7 @@ std::optional<std::string> PortfolioGainLossExporter::cellText(std::size_t row, 
     case SchemaField::proceedsOfSale:
       return moneyText(traded(&Summary::proceedsOfSale), primaryCurrency_);
     case SchemaField::capitalGain:
-      return moneyText(line.capitalGain, primaryCurrency_);
+      return moneyText(line.figures.capitalGain, primaryCurrency_);
     case SchemaField::portfolioCurrency:
       return std::string(std::string_view(primaryCurrency_.code));
   }

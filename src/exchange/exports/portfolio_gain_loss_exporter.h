@@ -11,6 +11,7 @@
 #include "core/market/portfolio_asset.h"
 #include "exchange/exports/portfolio_exporter.h"
 #include "ledger/manager/portfolio_data_slice.h"
+#include "ledger/reports/asset_lines.h"
 
 namespace corvane {
 
@@ -45,9 +46,7 @@ class PortfolioGainLossExporter final : public PortfolioExporter {
   struct Line {
     std::string symbol;
     std::optional<std::string> name;
-    std::optional<PortfolioSnapshotGroup::TradingSummary> summary;
-    Decimal sharesNet;
-    Decimal capitalGain;
+    GainLine figures;
   };
 
   PortfolioGainLossExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,

@@ -54,37 +54,19 @@ PortfolioHoldingsExporter::PortfolioHoldingsExporter(PortfolioDataSlice slice,
 
 PortfolioHoldingsExporter::Line PortfolioHoldingsExporter::lineOf(
     const Currency& cash, const PortfolioSnapshot& snapshot) {
-  const auto balance = snapshot.currencySnapshots.get(cash);
   const std::string code(std::string_view(cash.code));
-  Line line{.isCash = true,
-            .symbol = code,
-            .name = Locale::current().localizedCurrencyName(code).value_or(code),
-            .sharesHeld = balance.cashOnHand};
-  if (balance.exchangeRate) {
-    line.marketValue = balance.cashOnHand * *balance.exchangeRate;
-  }
-  return line;
+  return {.isCash = true,
+          .symbol = code,
+          .name = Locale::current().localizedCurrencyName(code).value_or(code),
+          .figures = holdingLine(snapshot, cash)};
 }
 
 PortfolioHoldingsExporter::Line PortfolioHoldingsExporter::lineOf(
     const EquityPointer& equity, const PortfolioSnapshot& snapshot) {
-  const auto holding = snapshot.equitySnapshots.get(equity);
-  const auto rate = snapshot.currencySnapshots.get(equity->currency).exchangeRate;
-  Line line{.symbol = equity->symbol,
-            .name = equity->name,
-            .sharesHeld = holding.sharesHeld,
-            .marketValue = snapshot.marketValue(equity),
-            .costBase = holding.costBase};
-  if (holding.sharePrice && rate) {
-    line.marketPrice = *holding.sharePrice * *rate;
-  }
-  if (holding.sharesHeld > 0) {
-    line.averagePrice = holding.costBase / holding.sharesHeld;
-  }
-  if (line.marketValue) {
-    line.marketGain = *line.marketValue - holding.costBase;
-  }
-  return line;
+  return {.isCash = false,
+          .symbol = equity->symbol,
+          .name = equity->name,
+          .figures = holdingLine(snapshot, equity)};
 }
 
 std::optional<std::string> PortfolioHoldingsExporter::cellText(std::size_t row, std::size_t field) {
@@ -99,17 +81,17 @@ std::optional<std::string> PortfolioHoldingsExporter::cellText(std::size_t row, 
     case SchemaField::name:
       return line.name;
     case SchemaField::sharesHeld:
-      return shareText(line.sharesHeld);
+      return shareText(line.figures.held);
     case SchemaField::marketPrice:
-      return moneyText(line.marketPrice, primaryCurrency_);
+      return moneyText(line.figures.marketPrice, primaryCurrency_);
     case SchemaField::marketValue:
-      return moneyText(line.marketValue, primaryCurrency_);
+      return moneyText(line.figures.marketValue, primaryCurrency_);
     case SchemaField::averagePrice:
-      return moneyText(line.averagePrice, primaryCurrency_);
+      return moneyText(line.figures.averagePrice, primaryCurrency_);
     case SchemaField::costBase:
-      return moneyText(line.costBase, primaryCurrency_);
+      return moneyText(line.figures.costBase, primaryCurrency_);
     case SchemaField::marketGain:
-      return moneyText(line.marketGain, primaryCurrency_);
+      return moneyText(line.figures.marketGain, primaryCurrency_);
     case SchemaField::portfolioCurrency:
       return line.isCash ? std::nullopt
                          : std::optional<std::string>(std::string_view(primaryCurrency_.code));

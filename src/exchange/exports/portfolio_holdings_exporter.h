@@ -10,6 +10,7 @@
 #include "core/market/portfolio_asset.h"
 #include "exchange/exports/portfolio_exporter.h"
 #include "ledger/manager/portfolio_data_slice.h"
+#include "ledger/reports/asset_lines.h"
 
 namespace corvane {
 
@@ -41,15 +42,10 @@ class PortfolioHoldingsExporter final : public PortfolioExporter {
  private:
   /// The figures of a line, taken when the exporter is made: equities belong to the main queue.
   struct Line {
-    bool isCash = false;
+    bool isCash;
     std::string symbol;
-    std::optional<std::string> name = std::nullopt;
-    Decimal sharesHeld;
-    std::optional<Decimal> marketPrice = std::nullopt;
-    std::optional<Decimal> marketValue = std::nullopt;
-    std::optional<Decimal> averagePrice = std::nullopt;
-    std::optional<Decimal> costBase = std::nullopt;
-    std::optional<Decimal> marketGain = std::nullopt;
+    std::optional<std::string> name;
+    HoldingLine figures;
   };
 
   PortfolioHoldingsExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,

@@ -3,83 +3,21 @@
 #include <array>
 #include <utility>
 
-#include "platform/overloaded.h"
+#include "ledger/reports/asset_lines.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 namespace {
 
-using Trade = BasicTransaction::Trade;
-using Split = BasicTransaction::Split;
-using JournaledShares = BasicTransaction::JournaledShares;
-using Yield = BasicTransaction::Yield;
-using Transfer = BasicTransaction::Transfer;
-using CashAdjustment = BasicTransaction::CashAdjustment;
-using Kind = BasicTransaction::Kind;
-
-std::string_view exportedWord(BasicTransaction::YieldType type) {
-  switch (type) {
-    case BasicTransaction::YieldType::dividend:
-      return "Dividend";
-    case BasicTransaction::YieldType::capitalGainsDividend:
-      return "Cap. Gains Dividend";
-    case BasicTransaction::YieldType::reinvestedDistribution:
-      return "Reinvested Distribution";
-    case BasicTransaction::YieldType::returnOfCapital:
-      break;
-  }
-  return "Return of Capital";
-}
-
-std::optional<Decimal> numberOfShares(const Kind& kind) {
-  using Count = std::optional<Decimal>;
-  return std::visit(
-      Overloaded{[](const Trade& trade) { return Count(trade.sharesAdded); },
-                 [](const Split& split) { return Count(split.priorShares); },
-                 [](const JournaledShares& journaled) { return Count(journaled.sharesAdded); },
-                 [](const Yield& yield) { return yield.netShares; },
-                 [](const Transfer&) { return Count(); },
-                 [](const CashAdjustment&) { return Count(); }},
-      kind);
-}
-
-/// What the transaction adds to the cash on hand, in its own currency.
-std::optional<Decimal> cashAdded(const Kind& kind) {
-  using Amount = std::optional<Decimal>;
-  return std::visit(
-      Overloaded{[](const Trade& trade) { return Amount(0 - trade.cashDisposed.amount); },
-                 [](const Yield& yield) { return Amount(yield.netAmount.amount); },
-                 [](const Transfer& transfer) { return Amount(transfer.amount.amount); },
-                 [](const CashAdjustment& adjustment) { return Amount(adjustment.amount.amount); },
-                 [](const Split&) { return Amount(); },
-                 [](const JournaledShares&) { return Amount(); }},
-      kind);
-}
-
-/// The same in the primary currency, for what comes with such an amount.
-std::optional<Decimal> equivalentAmount(const Kind& kind) {
-  if (const auto* trade = std::get_if<Trade>(&kind)) {
-    return 0 - trade->equivalentCashDisposed;
-  }
-  if (const auto* yield = std::get_if<Yield>(&kind)) {
-    return yield->equivalentNetAmount;
-  }
-  return std::nullopt;
+/// The shares that it moves, or else those that it applies to.
+std::optional<Decimal> numberOfShares(const TransactionEffect& effect) {
+  return effect.movesShares() ? effect.sharesAdded : effect.declaredShares;
 }
 
 /// Units of the primary currency for one of the transaction's.
-std::optional<Decimal> exchangeRate(const Kind& kind) {
-  if (const auto* trade = std::get_if<Trade>(&kind)) {
-    return trade->equivalentCashDisposed / trade->cashDisposed.amount;
-  }
-  if (const auto* yield = std::get_if<Yield>(&kind)) {
-    return yield->equivalentNetAmount / yield->netAmount.amount;
-  }
-  return std::nullopt;
-}
-
-std::optional<Decimal> costBaseAdded(const PortfolioTransaction& row) {
-  const auto net = row.costBaseNet();
-  return net && row.costBasePrior ? std::optional(*net - *row.costBasePrior) : std::nullopt;
+std::optional<Decimal> exchangeRate(const TransactionEffect& effect) {
+  return effect.equivalentAmount ? std::optional(*effect.equivalentAmount / effect.amount)
+                                 : std::nullopt;
 }
 
 std::optional<std::string> codeText(const std::optional<Currency>& currency) {
@@ -89,22 +27,28 @@ std::optional<std::string> codeText(const std::optional<Currency>& currency) {
 }  // namespace
 
 std::string_view exportedWord(const BasicTransaction::Kind& kind) {
-  return std::visit(
-      Overloaded{[](const Trade& trade) {
-                   return std::string_view(trade.sharesAdded > 0 ? "Buy" : "Sell");
-                 },
-                 [](const Split& split) {
-                   return std::string_view(split.priorShares < split.netShares ? "Split"
-                                                                               : "Consolidation");
-                 },
-                 [](const JournaledShares&) { return std::string_view("Journal"); },
-                 [](const Yield& yield) { return exportedWord(yield.type); },
-                 [](const Transfer& transfer) {
-                   return std::string_view(transfer.amount.amount > 0 ? "Transfer In"
-                                                                      : "Transfer Out");
-                 },
-                 [](const CashAdjustment&) { return std::string_view("Cash Adjustment"); }},
-      kind);
+  const TransactionEffect effect = transactionEffect(kind);
+  switch (effect.type) {
+    case TransactionType::trade:
+      return effect.sharesAdded > 0 ? "Buy" : "Sell";
+    case TransactionType::split:
+      return *effect.declaredShares < *effect.splitInto ? "Split" : "Consolidation";
+    case TransactionType::journaledShares:
+      return "Journal";
+    case TransactionType::dividend:
+      return "Dividend";
+    case TransactionType::capitalGainsDividend:
+      return "Cap. Gains Dividend";
+    case TransactionType::reinvestedDistribution:
+      return "Reinvested Distribution";
+    case TransactionType::returnOfCapital:
+      return "Return of Capital";
+    case TransactionType::transfer:
+      return effect.amount > 0 ? "Transfer In" : "Transfer Out";
+    case TransactionType::cashAdjustment:
+      return "Cash Adjustment";
+  }
+  return "";
 }
 
 std::shared_ptr<PortfolioTransactionsExporter> PortfolioTransactionsExporter::make(
@@ -154,7 +98,7 @@ PortfolioTransactionsExporter::PortfolioTransactionsExporter(
 std::optional<std::string> PortfolioTransactionsExporter::cellText(std::size_t rowIndex,
                                                                    std::size_t field) {
   const PortfolioTransaction& row = *transactions_[rowIndex];
-  const Kind& kind = row.basic.kind;
+  const TransactionEffect effect = transactionEffect(row.basic.kind);
   const auto primary = [&] {
     const auto portfolio = row.portfolio.lock();
     return portfolio ? std::optional(portfolio->primaryCurrency()) : std::nullopt;
@@ -169,29 +113,29 @@ std::optional<std::string> PortfolioTransactionsExporter::cellText(std::size_t r
     case SchemaField::settlementDate:
       return dateText(row.settlementDate());
     case SchemaField::type:
-      return std::string(exportedWord(kind));
+      return std::string(exportedWord(row.basic.kind));
     case SchemaField::symbol: {
       const EquityPointer* equity = row.basic.equity();
       return equity != nullptr ? std::optional(symbols_.at(*equity)) : std::nullopt;
     }
     case SchemaField::numberOfShares:
-      return shareText(numberOfShares(kind));
+      return shareText(numberOfShares(effect));
     case SchemaField::sharesNet:
       return shareText(row.sharesNet);
     case SchemaField::cashAdded:
-      return moneyText(cashAdded(kind), own());
+      return effect.currency == nullptr ? std::nullopt : moneyText(effect.amount, own());
     case SchemaField::cashNet:
       return moneyText(row.cashNet, own());
     case SchemaField::cashCurrency:
       return codeText(own());
     case SchemaField::exchangeRate:
-      return rateText(exchangeRate(kind), primary());
+      return rateText(exchangeRate(effect), primary());
     case SchemaField::equivalentAmount:
-      return moneyText(equivalentAmount(kind), primary());
+      return moneyText(effect.equivalentAmount, primary());
     case SchemaField::equivalentCurrency:
       return row.basic.equity() != nullptr ? codeText(primary()) : std::nullopt;
     case SchemaField::costBaseAdded:
-      return moneyText(costBaseAdded(row), primary());
+      return moneyText(costBaseAddedBy(row), primary());
     case SchemaField::costBaseNet:
       return moneyText(row.costBaseNet(), primary());
     case SchemaField::capitalGain:

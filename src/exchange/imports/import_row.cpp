@@ -6,6 +6,7 @@
 
 #include "core/money/currency_amount.h"
 #include "exchange/imports/transactions_import_error.h"
+#include "ledger/transaction/transaction_effect.h"
 #include "platform/text/unicode/letter_case.h"
 #include "platform/text/unicode/letters.h"
 
@@ -145,8 +146,7 @@ std::optional<std::string> ImportRow::note(const Kind& kind) const {
     const std::string* text = cell(field);
     return text == nullptr || text->empty() ? std::nullopt : std::optional(*text);
   };
-  const bool isOfCashAlone = std::holds_alternative<BasicTransaction::Transfer>(kind) ||
-                             std::holds_alternative<BasicTransaction::CashAdjustment>(kind);
+  const bool isOfCashAlone = transactionEffect(kind).equity == nullptr;
   auto note = textIn("note");
   return !note && isOfCashAlone ? textIn("symbol") : note;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "ledger/reports/asset_lines.h"
 #include "platform/text/formats/duration_formatter.h"
 #include "presentation/text/day_text.h"
 #include "presentation/text/formatting.h"
@@ -76,42 +77,35 @@ const std::vector<TableColumn>& PortfolioGainLossViewController::columns() const
 AttributedText PortfolioGainLossViewController::cell(std::size_t row, std::size_t column) const {
   const PortfolioAsset& asset = assetEntries_.at(row);
   const EquityPointer equity = asset.equity();
-  const auto& summaries = currentData_.snapshotGroup->tradingSummaryByEquity;
-  const auto found = summaries.find(equity);
-  const auto* summary = found == summaries.end() ? nullptr : &found->second;
+  const GainLine line = gainLine(*currentData_.snapshotGroup, equity);
   const Currency& primary = currentData_.portfolio->primaryCurrency();
   const auto money = [&](const Decimal& amount) {
     return Formatting::moneyCell(amount, primary, false);
-  };
-  const auto held = [&](const PortfolioSnapshot& snapshot) {
-    return snapshot.equitySnapshots.get(equity);
   };
   switch (column) {
     case name:
       return asset.title();
     case sharesNet:
-      return sharesCell(held(currentData_.lastSnapshot()).sharesHeld);
+      return sharesCell(line.sharesNet);
     case capitalGain:
-      return Formatting::moneyCell(held(currentData_.lastSnapshot()).cumulativeCapitalGain -
-                                       held(currentData_.firstSnapshot()).cumulativeCapitalGain,
-                                   primary, true);
+      return Formatting::moneyCell(line.capitalGain, primary, true);
     default:
       break;
   }
-  if (summary == nullptr) {
+  if (!line.trades) {
     return {};
   }
   switch (column) {
     case sharesBought:
-      return sharesCell(summary->sharesBought);
+      return sharesCell(line.trades->sharesBought);
     case sharesSold:
-      return sharesCell(summary->sharesSold);
+      return sharesCell(line.trades->sharesSold);
     case proceedsOfSale:
-      return money(summary->proceedsOfSale);
+      return money(line.trades->proceedsOfSale);
     case costBaseAdded:
-      return money(summary->costBaseAdded);
+      return money(line.trades->costBaseAdded);
     case costBaseDisposed:
-      return money(summary->costBaseDisposed);
+      return money(line.trades->costBaseDisposed);
     default:
       return {};
   }

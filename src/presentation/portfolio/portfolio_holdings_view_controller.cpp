@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
+#include "ledger/reports/asset_lines.h"
 #include "presentation/text/day_text.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
@@ -16,12 +17,6 @@ enum Column { name, sharesHeld, averagePrice, marketPrice, costBase, marketValue
 constexpr double firstHue = 1.0 / 9;
 constexpr double lastHue = 5.0 / 12;
 constexpr double sliceBrightness = 0.6;
-
-/// What the cash on hand is worth in the primary currency; none where the rate is not known.
-std::optional<Decimal> cashValue(const PortfolioSnapshot& snapshot, const Currency& currency) {
-  const auto cash = snapshot.currencySnapshots.get(currency);
-  return cash.exchangeRate ? std::optional(cash.cashOnHand * *cash.exchangeRate) : std::nullopt;
-}
 
 std::string percentText(const Decimal& percentage) {
   DecimalNumberFormatter formatter;
@@ -83,13 +78,12 @@ AttributedText PortfolioHoldingsViewController::cell(std::size_t row, std::size_
 
 AttributedText PortfolioHoldingsViewController::cashCell(const Currency& currency,
                                                          std::size_t column) const {
-  const PortfolioSnapshot& snapshot = currentData_.lastSnapshot();
+  const HoldingLine line = holdingLine(currentData_.lastSnapshot(), currency);
   switch (column) {
     case sharesHeld:
-      return moneyTextCell(snapshot.currencySnapshots.get(currency).cashOnHand, currency);
+      return moneyTextCell(line.held, currency);
     case marketValue:
-      return moneyTextCell(cashValue(snapshot, currency),
-                           currentData_.portfolio->primaryCurrency());
+      return moneyTextCell(line.marketValue, currentData_.portfolio->primaryCurrency());
     default:
       return {};
   }
@@ -97,29 +91,22 @@ AttributedText PortfolioHoldingsViewController::cashCell(const Currency& currenc
 
 AttributedText PortfolioHoldingsViewController::equityCell(const EquityPointer& equity,
                                                            std::size_t column) const {
-  const PortfolioSnapshot& snapshot = currentData_.lastSnapshot();
-  const PortfolioSnapshot::EquitySnapshot holding = snapshot.equitySnapshots.get(equity);
+  const HoldingLine line = holdingLine(currentData_.lastSnapshot(), equity);
   const Currency& primary = currentData_.portfolio->primaryCurrency();
   switch (column) {
     case sharesHeld:
-      return sharesCell(holding.sharesHeld);
+      return sharesCell(line.held);
     case averagePrice:
-      return holding.sharesHeld > 0 ? moneyTextCell(holding.costBase / holding.sharesHeld, primary)
-                                    : AttributedText();
-    case marketPrice: {
-      const auto rate = snapshot.currencySnapshots.get(equity->currency).exchangeRate;
-      return holding.sharePrice && rate ? moneyTextCell(*holding.sharePrice * *rate, primary)
-                                        : AttributedText();
-    }
+      return line.averagePrice ? moneyTextCell(line.averagePrice, primary) : AttributedText();
+    case marketPrice:
+      return line.marketPrice ? moneyTextCell(line.marketPrice, primary) : AttributedText();
     case costBase:
-      return Formatting::moneyCell(holding.costBase, primary, false);
+      return Formatting::moneyCell(line.costBase.value_or(0), primary, false);
     case marketValue:
-      return moneyTextCell(snapshot.marketValue(equity), primary);
-    case marketGain: {
-      const auto value = snapshot.marketValue(equity);
-      return value ? Formatting::moneyCell(*value - holding.costBase, primary, true)
-                   : AttributedText();
-    }
+      return moneyTextCell(line.marketValue, primary);
+    case marketGain:
+      return line.marketGain ? Formatting::moneyCell(*line.marketGain, primary, true)
+                             : AttributedText();
     default:
       return {};
   }
@@ -135,8 +122,8 @@ void PortfolioHoldingsViewController::fillPie() {
   Decimal whole;
   for (const PortfolioAsset& asset : assetEntries_) {
     if (const Currency* cash = asset.cash()) {
-      entries.push_back(
-          {"Cash (" + std::string(cash->code) + ")", cashValue(snapshot, *cash).value_or(0)});
+      entries.push_back({"Cash (" + std::string(cash->code) + ")",
+                         holdingLine(snapshot, *cash).marketValue.value_or(0)});
     } else {
       entries.push_back({asset.equity()->symbol, snapshot.marketValue(asset.equity()).value_or(0)});
     }

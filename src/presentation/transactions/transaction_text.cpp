@@ -2,25 +2,17 @@
 
 #include <optional>
 #include <string>
-#include <variant>
 
 #include "core/market/portfolio_asset.h"
 #include "core/money/decimal_number_formatter.h"
-#include "platform/overloaded.h"
+#include "ledger/reports/asset_lines.h"
+#include "ledger/transaction/transaction_effect.h"
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
 
 namespace corvane {
 namespace {
-
-using Trade = BasicTransaction::Trade;
-using Split = BasicTransaction::Split;
-using JournaledShares = BasicTransaction::JournaledShares;
-using Yield = BasicTransaction::Yield;
-using YieldType = BasicTransaction::YieldType;
-using Transfer = BasicTransaction::Transfer;
-using CashAdjustment = BasicTransaction::CashAdjustment;
 
 std::string dateText(Date date, const Calendar& calendar) {
   return DateFormatter{.dateStyle = DateFormatter::Style::mediumStyle,
@@ -42,9 +34,9 @@ Decimal greatestCommonDivisor(Decimal left, Decimal right) {
 }
 
 /// "3-for-1"
-std::string ratioText(const Split& split) {
-  const Decimal after = wholePart(split.netShares);
-  const Decimal before = wholePart(split.priorShares);
+std::string ratioText(const Decimal& netShares, const Decimal& priorShares) {
+  const Decimal after = wholePart(netShares);
+  const Decimal before = wholePart(priorShares);
   const Decimal divisor = greatestCommonDivisor(after, before);
   if (divisor.isZero() || divisor.isNaN()) {
     return after.description() + "-for-" + before.description();
@@ -52,34 +44,29 @@ std::string ratioText(const Split& split) {
   return (after / divisor).description() + "-for-" + (before / divisor).description();
 }
 
-std::string yieldText(YieldType type) {
-  switch (type) {
-    case YieldType::dividend:
+std::string descriptionText(const BasicTransaction::Kind& kind) {
+  const TransactionEffect effect = transactionEffect(kind);
+  switch (effect.type) {
+    case TransactionType::trade:
+      return effect.isSale() ? "Sell" : "Buy";
+    case TransactionType::split:
+      return "Split (" + ratioText(*effect.splitInto, *effect.declaredShares) + ")";
+    case TransactionType::journaledShares:
+      return "Journal";
+    case TransactionType::dividend:
       return "Dividend";
-    case YieldType::capitalGainsDividend:
+    case TransactionType::capitalGainsDividend:
       return "Cap. Gains Dividend";
-    case YieldType::reinvestedDistribution:
+    case TransactionType::reinvestedDistribution:
       return "Reinvested Cap. Gains Dist.";
-    case YieldType::returnOfCapital:
+    case TransactionType::returnOfCapital:
       return "Return of Capital";
+    case TransactionType::transfer:
+      return effect.amount < 0 ? "Transfer Out" : "Transfer In";
+    case TransactionType::cashAdjustment:
+      return effect.amount < 0 ? "Cash Expense" : "Cash Credit";
   }
   return "";
-}
-
-std::string descriptionText(const BasicTransaction::Kind& kind) {
-  return std::visit(
-      Overloaded{
-          [](const Trade& trade) { return std::string(trade.sharesAdded < 0 ? "Sell" : "Buy"); },
-          [](const Split& split) { return "Split (" + ratioText(split) + ")"; },
-          [](const JournaledShares&) { return std::string("Journal"); },
-          [](const Yield& yield) { return yieldText(yield.type); },
-          [](const Transfer& transfer) {
-            return std::string(transfer.amount.amount < 0 ? "Transfer Out" : "Transfer In");
-          },
-          [](const CashAdjustment& adjustment) {
-            return std::string(adjustment.amount.amount < 0 ? "Cash Expense" : "Cash Credit");
-          }},
-      kind);
 }
 
 AttributedText nameText(const BasicTransaction& basic) {
@@ -91,56 +78,34 @@ AttributedText nameText(const BasicTransaction& basic) {
 }
 
 std::optional<Decimal> sharesAdded(const BasicTransaction::Kind& kind) {
-  if (const auto* trade = std::get_if<Trade>(&kind)) {
-    return trade->sharesAdded;
-  }
-  if (const auto* journaled = std::get_if<JournaledShares>(&kind)) {
-    return journaled->sharesAdded;
-  }
-  return std::nullopt;
+  const TransactionEffect effect = transactionEffect(kind);
+  return effect.movesShares() ? std::optional(effect.sharesAdded) : std::nullopt;
 }
 
 AttributedText sharePriceCell(const BasicTransaction::Kind& kind) {
-  if (const auto* trade = std::get_if<Trade>(&kind)) {
-    const Decimal price = trade->cashDisposed.amount / trade->sharesAdded;
-    return moneyTextCell(price, trade->cashDisposed.currency);
+  const TransactionEffect effect = transactionEffect(kind);
+  if (effect.type == TransactionType::trade) {
+    return moneyTextCell(-effect.amount / effect.sharesAdded, *effect.currency);
   }
-  const auto* yield = std::get_if<Yield>(&kind);
-  if (yield == nullptr || yield->netShares.value_or(0) <= 0) {
+  if (!effect.isYield() || effect.declaredShares.value_or(0) <= 0) {
     return {};
   }
-  auto formatter = DecimalNumberFormatter::money(yield->netAmount.currency);
+  auto formatter = DecimalNumberFormatter::money(*effect.currency);
   formatter.maximumFractionDigits = maximumPriceDigits;
-  return numericCell(formatter.string(yield->netAmount.amount / *yield->netShares).value_or(""));
+  return numericCell(formatter.string(effect.amount / *effect.declaredShares).value_or(""));
 }
 
 AttributedText totalValueCell(const BasicTransaction::Kind& kind) {
-  return std::visit(
-      Overloaded{[](const Trade& trade) {
-                   return moneyTextCell(0 - trade.cashDisposed.amount, trade.cashDisposed.currency);
-                 },
-                 [](const Split&) { return AttributedText(); },
-                 [](const JournaledShares&) { return AttributedText(); },
-                 [](const Yield& yield) {
-                   return Formatting::moneyCell(yield.netAmount.amount, yield.netAmount.currency,
-                                                false);
-                 },
-                 [](const Transfer& transfer) {
-                   return moneyTextCell(transfer.amount.amount, transfer.amount.currency);
-                 },
-                 [](const CashAdjustment& adjustment) {
-                   return moneyTextCell(adjustment.amount.amount, adjustment.amount.currency);
-                 }},
-      kind);
+  const TransactionEffect effect = transactionEffect(kind);
+  if (effect.currency == nullptr) {
+    return {};
+  }
+  return effect.isYield() ? Formatting::moneyCell(effect.amount, *effect.currency, false)
+                          : moneyTextCell(effect.amount, *effect.currency);
 }
 
 AttributedText gainCell(const std::optional<Decimal>& amount, const Currency& primary) {
   return amount ? Formatting::moneyCell(*amount, primary, false) : AttributedText();
-}
-
-std::optional<Decimal> costBaseAdded(const PortfolioTransaction& row) {
-  const auto net = row.costBaseNet();
-  return net && row.costBasePrior ? std::optional(*net - *row.costBasePrior) : std::nullopt;
 }
 
 }  // namespace
@@ -185,7 +150,7 @@ AttributedText transactionText(const PortfolioTransaction& row, TransactionColum
     case TransactionColumn::sharesHeld:
       return sharesCell(row.sharesNet);
     case TransactionColumn::costBaseAdded:
-      return gainCell(costBaseAdded(row), primary);
+      return gainCell(costBaseAddedBy(row), primary);
     case TransactionColumn::costBaseNet:
       return gainCell(row.costBaseNet(), primary);
     case TransactionColumn::capitalGain:
