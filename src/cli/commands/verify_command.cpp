@@ -3,6 +3,7 @@
 
 #include "cli/commands/commands.h"
 #include "cli/console/workspace_file.h"
+#include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane::cli {
@@ -28,21 +29,13 @@ std::optional<std::string> missingPart(const std::filesystem::path& path) {
   return std::nullopt;
 }
 
-/// Throws WorkspaceFileError with what the engine finds wrong; looks further than a save does, into
-/// the indexes.
-void requireSoundDatabase(StoredPortfolioManager& manager) {
-  SQLiteStatement check = manager.database().query("PRAGMA integrity_check(1);");
-  if (check.step() && check.text(0).value_or("") != "ok") {
-    throw WorkspaceFileError(
-        "The database is damaged: " + std::string(check.text(0).value_or("unknown")),
-        "Go back to a copy of the workspace.");
-  }
-}
-
 void verify(const CommandLine& line, const Console& console) {
   const WorkspaceFile workspace(line.word(0), console);
   auto& manager = dynamic_cast<StoredPortfolioManager&>(*workspace.manager());
-  requireSoundDatabase(manager);
+  if (const auto damage = anyDamage(manager.database())) {
+    throw WorkspaceFileError("The database is damaged: " + *damage,
+                             "Go back to a copy of the workspace.");
+  }
   bool isAllWell = true;
   if (const auto missing = missingPart(workspace.path())) {
     console.warn(*missing);

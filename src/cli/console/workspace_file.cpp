@@ -7,6 +7,7 @@
 #include "platform/system/replacement_directory.h"
 #include "platform/system/resources.h"
 #include "storage/application/info_dictionary.h"
+#include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane::cli {
@@ -149,7 +150,7 @@ PortfolioPointer WorkspaceFile::portfolio(const std::string& name) const {
 
 void WorkspaceFile::requireSound() const {
   auto& stored = dynamic_cast<StoredPortfolioManager&>(*manager());
-  if (const auto damage = stored.storageDamage()) {
+  if (const auto damage = anyDamage(stored.database())) {
     failDamaged(path_, "", *damage);
   }
   for (const auto& portfolio : stored.portfolios()) {

@@ -53,11 +53,9 @@ class LedgerProgress {
       "The totals of " + std::to_string(year) + " are not those of the transactions."});
 }
 
-}  // namespace
-
-std::optional<std::string> structuralDamage(SQLiteDatabase& database) {
+std::optional<std::string> damageFoundBy(std::string_view sql, SQLiteDatabase& database) {
   try {
-    SQLiteStatement check = database.query("PRAGMA quick_check(1);");
+    SQLiteStatement check = database.query(sql);
     if (check.step() && check.text(0) != "ok") {
       return std::string(check.text(0).value_or("unknown damage"));
     }
@@ -65,6 +63,16 @@ std::optional<std::string> structuralDamage(SQLiteDatabase& database) {
   } catch (const SQLiteError& error) {
     return error.message;
   }
+}
+
+}  // namespace
+
+std::optional<std::string> structuralDamage(SQLiteDatabase& database) {
+  return damageFoundBy("PRAGMA quick_check(1);", database);
+}
+
+std::optional<std::string> anyDamage(SQLiteDatabase& database) {
+  return damageFoundBy("PRAGMA integrity_check(1);", database);
 }
 
 std::optional<std::string> structuralDamage(const std::filesystem::path& path) {
