@@ -6,8 +6,11 @@
 #include <vector>
 
 #include "cli/commands/commands.h"
+#include "platform/system/terminal.h"
 
 int main(int count, char** values) {
+  // Whatever a command has made for itself goes with it, also where the user stops it.
+  corvane::terminal::catchInterrupts();
   std::vector<std::string> arguments(values + 1, values + count);
   const bool isVerbose = std::erase(arguments, "--verbose") > 0;
   // The program's parts tell on the standard output what they do. Here that belongs to the results.

@@ -17,6 +17,8 @@
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo/yahoo_quote_provider.h"
+#include "platform/system/file_manager.h"
+#include "platform/system/user_defaults.h"
 #include "samplemarket/sample_market.h"
 #include "storage/application/watchlist_manager.h"
 
@@ -30,7 +32,8 @@ class Prices {
   explicit Prices(bool areInvented) {
     if (areInvented) {
       market_ = std::make_unique<SampleMarket>();
-      cacheFolder_ = std::make_unique<QTemporaryDir>();
+      cacheFolder_ = std::make_unique<QTemporaryDir>(
+          qtPath(files::temporaryDirectory() / "corvane-prices-XXXXXX"));
     }
   }
 
@@ -80,6 +83,20 @@ std::shared_ptr<WatchlistManager> refresh(const std::shared_ptr<WorkspaceModel>&
   return manager;
 }
 
+/// What of the user's folders cannot be used.
+std::vector<ErrorPointer> problemsOfFolders() {
+  std::vector<ErrorPointer> problems;
+  if (auto settings = UserDefaults::standard().problem()) {
+    problems.push_back(std::move(settings));
+  }
+  std::optional<FileError> temporary;
+  (void)files::temporaryDirectory(&temporary);
+  if (temporary) {
+    problems.push_back(temporary->copy());
+  }
+  return problems;
+}
+
 int render(DesktopApplication& program, const CommandLine& line) {
   try {
     const auto document = program.documentController().openDocument(
@@ -118,6 +135,11 @@ int run(int argumentCount, char** arguments) {
   const SystemAppearance system([&](Appearance now) { theme::apply(application, now); });
   theme::apply(application, system.appearance());
 
+  if (line.usesSampleMarket) {
+    // A look at the invented market changes nothing of the real thing, which opens what it had
+    // open.
+    UserDefaults::nameStandard("sample-market.json");
+  }
   const Prices prices(line.usesSampleMarket);
   DesktopApplication program({.makeSourceProvider = [&] { return prices.makeProvider(); },
                               .cacheURL = prices.cacheURL(),
@@ -129,11 +151,15 @@ int run(int argumentCount, char** arguments) {
   if (line.quitsAfterFirstPaint) {
     firstPaint.emplace(application, [&] { program.quit(); });
   }
+  if (!line.quitsAfterFirstPaint) {
+    program.offerRecovery();
+  }
   if (line.usesSampleMarket && !line.workspace) {
     program.startWithSample();
   } else {
     program.start(line.workspace);
   }
+  program.showProblems(problemsOfFolders());
   return QApplication::exec();
 }
 

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -21,18 +22,22 @@ struct ProgramResult {
 class ConsoleProgram {
  public:
   ConsoleProgram() {
+    std::filesystem::create_directory(temporary);
     setenv("LC_ALL", "en_CA.UTF-8", 1);
     setenv("TZ", "America/Toronto", 1);
   }
 
   TemporaryFolder folder;
+  /// Where the program keeps what goes with it.
+  const std::filesystem::path temporary = folder / "temporary";
 
   /// Runs it in the folder with `arguments`, which the shell reads.
   [[nodiscard]] ProgramResult run(const std::string& arguments) const {
     const auto out = folder / "out.txt";
     const auto err = folder / "err.txt";
-    const std::string command = "cd '" + folder.path().string() + "' && '" CORVANE_CLI "' " +
-                                arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
+    const std::string command = "cd '" + folder.path().string() + "' && TMPDIR='" +
+                                temporary.string() + "' '" CORVANE_CLI "' " + arguments + " >'" +
+                                out.string() + "' 2>'" + err.string() + "'";
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(out), readText(err)};
   }

@@ -13,10 +13,12 @@ deadline=${CORVANE_DEADLINE:-90}  # seconds until a step counts as failed; a loa
 
 work=$(mktemp -d)
 screens=${CORVANE_SCREENS:-$work/screens}
-mkdir -p "$screens" "$work/home/Documents" "$work/run"
+mkdir -p "$screens" "$work/home/Documents" "$work/run" "$work/temporary"
 chmod 700 "$work/run"
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share
 export XDG_CACHE_HOME=$work/home/.cache XDG_STATE_HOME=$work/home/.local/state
+# What killed programs have left elsewhere must not be offered here.
+export TMPDIR=$work/temporary
 export XDG_RUNTIME_DIR=$work/run LC_ALL=C.UTF-8 TZ=UTC QT_QPA_PLATFORM=xcb
 # The keyboard library hands strndup a text without an end, which is right and which the address
 # sanitizer's strict checks refuse; the bus library keeps what it has allocated.

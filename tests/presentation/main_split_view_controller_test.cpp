@@ -236,5 +236,35 @@ TEST_F(MainSplitViewControllerTest, DeletesAPortfolioOnlyWhenTheUserAgrees) {
   EXPECT_EQ(documentChanges, 1);
 }
 
+TEST_F(MainSplitViewControllerTest, DropsTheUndoStepsWithAPortfolio) {
+  open();
+  const auto rows = record({deposit("1000"), deposit("500")});
+  manager->deleteTransactions({rows.back()}, portfolio, undo);
+  list.selectPortfolioRow(0);
+  pressedButton = 0;
+  frame->portfolioViewController->deletePortfolioAction();
+  const auto other = manager->createPortfolio(Currency::cad());
+  EXPECT_FALSE(undo->undo());
+  EXPECT_FALSE(undo->canRedo());
+  EXPECT_THAT(other->transactions(), IsEmpty());
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsAPortfolioWhoseRandomLedgerWasRefused) {
+  open();
+  for (const EquityPointer& equity : model->watchlistEquities) {
+    equity->quoteProvider = manager->quoteProvider;
+  }
+  const auto form = frame->makeCreatePortfolioForm([] {}, true);
+  form->load();
+  form->trackCashAccountsButton.isOn = false;
+  form->populateRandomlyButton.isOn = true;
+  form->performAction(EditPortfolioViewController::Sender::goButton);
+  EXPECT_THAT(errors, SizeIs(1));
+  EXPECT_THAT(manager->portfolios(), SizeIs(2));
+  EXPECT_FALSE(updates.empty());
+  EXPECT_TRUE(updates.back().portfolioRowsChanged);
+  EXPECT_EQ(documentChanges, 1);
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -181,9 +181,10 @@ class KilledWorkspace {
     }
     const auto directories = namesIn(world_.surroundings.temporaryDirectory);
     ASSERT_EQ(directories.size(), 1U);
-    const auto manager = StoredPortfolioManager::open(
-        std::make_shared<QuoteProvider>(),
-        world_.surroundings.temporaryDirectory / directories.front() / "LocalPortfolios.sqlite3");
+    const auto manager =
+        StoredPortfolioManager::open(std::make_shared<QuoteProvider>(),
+                                     world_.surroundings.temporaryDirectory / directories.front() /
+                                         "files" / "LocalPortfolios.sqlite3");
     checkDatabase(*manager);
     const std::string found = digest(*manager);
     if (found != expected.ledger) {

@@ -127,7 +127,13 @@ TEST(WorkspaceDocument, RefusesDamagedPackagesAndLeavesThemAlone) {
        withGeneral(R"({"lastTradingScenarioSettings":{"detailScenario":{"fromDateComponents":{},)"
                    R"("toDateComponents":{},"quoteInterval":{"day":2},"initialInvestment":1}}})"),
        "The length of a price bar is none of those that can be had."},
-      {"unknown currency", withSQL("UPDATE portfolios SET primaryCurrency = 12345;"), "12345"},
+      {"unknown currency",
+       withSQL("UPDATE portfolios SET name = 'Savings', primaryCurrency = 12345678901;"),
+       "“Family.corvane” cannot be opened: portfolio “Savings”: Currency number \"12345678901\" "
+       "is not recognized."},
+      {"settings of a portfolio cut off",
+       withSQL("UPDATE portfolios SET name = 'Savings', settings = '{';"),
+       "“Family.corvane” cannot be opened: portfolio “Savings”: "},
       {"portfolio without a date", withSQL("UPDATE portfolios SET dateCreated = 'never';"),
        "Missing portfolio data."},
       {"link in place of the database",
@@ -216,8 +222,10 @@ TEST(WorkspaceDocument, WarnsOfFilesFromANewerProgram) {
     std::string running;
     bool warns;
   };
-  const Case cases[] = {{"100", "100", false}, {"101", "100", true},  {"99", "100", true},
-                        {"100", "99", false},  {"1000", "100", true}, {std::nullopt, "100", false},
+  const Case cases[] = {{"100", "100", false}, {"101", "100", true},   {"99", "100", false},
+                        {"100", "99", true},   {"0.10", "0.9", true},  {"0.9", "0.10", false},
+                        {"1.12", "1.2", true}, {"1.2", "1.12", false}, {"1.2.1", "1.2", true},
+                        {"007", "7", false},   {"12b", "12a", true},   {std::nullopt, "100", false},
                         {"é", "z", true}};
   for (const auto& [saved, running, warns] : cases) {
     SCOPED_TRACE(saved.value_or("no version") + " opened by " + running);
@@ -255,7 +263,7 @@ TEST(WorkspaceDocument, WarnsOfFilesFromANewerProgram) {
   }
 }
 
-TEST(WorkspaceDocument, GoesBackToItsFileAndNeverSavesWhatItCouldNotRead) {
+TEST(WorkspaceDocument, GoesBackToItsFileOrStaysAsItIs) {
   WorkspaceWorld world;
   const auto document = world.open(world.savedWorkspace());
   world.deposit(*document, "5");
@@ -266,7 +274,32 @@ TEST(WorkspaceDocument, GoesBackToItsFileAndNeverSavesWhatItCouldNotRead) {
 
   writeText(world.file / "General.json", "{");
   const auto before = contentsOf(world.files);
-  EXPECT_THROW(document->revertToSaved(), JSONError);
+  world.deposit(*document, "7");
+  const auto portfolio = document->model()->portfolios().front();
+  EXPECT_THROW(document->revertToSaved(), DocumentError);
+  EXPECT_EQ(contentsOf(world.files), before);
+  EXPECT_EQ(document->model()->portfolios().front(), portfolio) << "views go on with it";
+  EXPECT_EQ(portfolio->transactions().size(), 2U);
+  EXPECT_TRUE(document->isDocumentEdited());
+  document->undoManager()->undo();
+  EXPECT_EQ(portfolio->transactions().size(), 1U);
+  document->undoManager()->redo();
+  document->save(world.files / "Other.corvane");
+  EXPECT_EQ(world.open(world.files / "Other.corvane")
+                ->model()
+                ->portfolios()
+                .front()
+                ->transactions()
+                .size(),
+            2U);
+}
+
+TEST(WorkspaceDocument, NeverSavesWhatItCouldNotRead) {
+  WorkspaceWorld world;
+  writeText(world.savedWorkspace() / "General.json", "{");
+  const auto before = contentsOf(world.files);
+  const auto document = std::make_shared<WorkspaceDocument>(world.surroundings);
+  EXPECT_THROW(document->open(world.file), DocumentError);
   EXPECT_EQ(
       errorOf<DocumentError>([&] { document->save(world.file, Document::Replacing::anything); }),
       DocumentError(DocumentError::NothingLoaded()));

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 
+#include "ledger/random_edits.h"
 #include "storage/workspace_world.h"
 
 namespace corvane::testing {
@@ -150,6 +152,120 @@ TEST(WorkspaceSaving, FollowsLinksAndKeepsPermissions) {
   EXPECT_EQ(fs::status(world.file / "LocalPortfolios.sqlite3").permissions(),
             fs::perms::owner_read);
   EXPECT_EQ(world.open(world.file)->model()->portfolios().front()->transactions().size(), 2U);
+}
+
+TEST(WorkspaceSaving, NeverPutsADamagedDatabaseInThePlaceOfASoundOne) {
+  WorkspaceWorld world;
+  {
+    const auto document = world.newDocument();
+    const auto portfolio = world.deposit(*document, "1000");
+    const std::vector<BasicTransaction> many(3'000, world.make.deposit("1"));
+    document->model()->portfolioManagers.front()->recordTransactions(many, portfolio, nullptr);
+    document->save(world.file);
+  }
+  const auto before = contentsOf(world.files);
+  const auto document = world.open(world.file);
+  document->model()->portfolioManagers.front()->createPortfolio(Currency::usd());
+  {
+    // A page in the middle, which has not been read yet.
+    std::fstream file(document->workingDirectoryURL() / WorkspaceDocument::databaseName,
+                      std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(40 * 4096);
+    file << std::string(4096, '\x5a');
+  }
+  for (const fs::path& place : {world.file, world.files / "Other.corvane"}) {
+    const auto error = errorOf<DocumentError>([&] { document->save(place); });
+    ASSERT_TRUE(error);
+    const auto* damaged = std::get_if<DocumentError::Damaged>(&error->which());
+    ASSERT_NE(damaged, nullptr) << *error;
+    EXPECT_EQ(damaged->path, world.file);
+    EXPECT_THAT(*error->description(), ::testing::StartsWith("“Family.corvane” is damaged: "));
+    EXPECT_FALSE(error->isAboutReplacing());
+  }
+  EXPECT_EQ(contentsOf(world.files), before);
+}
+
+TEST(WorkspaceSaving, PutsBackWhatAKilledProgramLeftAside) {
+  WorkspaceWorld world;
+  world.savedWorkspace();
+  const auto document = world.open(world.file);
+  // On a volume without an exchange of names the former package steps aside first.
+  const fs::path beside = world.files / ".Family.corvane.123";
+  fs::create_directory(beside);
+  fs::rename(world.file, beside / "Family.corvane.old");
+  fs::create_directory(beside / "Family.corvane");
+  const auto again = world.open(world.file);
+  EXPECT_EQ(again->model()->portfolios().front()->transactions().size(), 1U);
+  EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
+  // It is the file that the other one knows.
+  world.deposit(*document, "5");
+  document->save(world.file);
+
+  // Killed in the very last step, it has left what has been replaced.
+  fs::create_directories(beside / "Family.corvane.old");
+  world.deposit(*document, "6");
+  document->save(world.file);
+  EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
+}
+
+/// One of several programs that deposit and save until they have done so `count` times; how often
+/// another one was faster.
+int depositAgainAndAgain(WorkspaceWorld& world, int count) {
+  int refusals = 0;
+  while (count > 0) {
+    const auto document = world.open(world.file);
+    world.deposit(*document, "1");
+    try {
+      document->save(world.file);
+      --count;
+    } catch (const DocumentError& error) {
+      if (!error.isAboutReplacing()) {
+        throw;
+      }
+      ++refusals;
+    } catch (const FileError& error) {
+      // Read while another one put a new package in its place.
+      if (error.number != ENOENT) {
+        throw;
+      }
+    }
+  }
+  return refusals;
+}
+
+// CORVANE_TEST_CASES sets how often each program saves.
+TEST(WorkspaceSaving, LosesNothingWhenManyProgramsSaveAtOnce) {
+  constexpr std::size_t programs = 6;
+  const auto rounds = static_cast<int>(setting("CORVANE_TEST_CASES", 5));
+  WorkspaceWorld world;
+  world.savedWorkspace();
+  std::vector<pid_t> children;
+  for (std::size_t i = 0; i < programs; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      try {
+        _exit(depositAgainAndAgain(world, rounds) > 0 ? 1 : 0);
+      } catch (const Error& error) {
+        std::cerr << error << std::endl;
+        _exit(2);
+      }
+    }
+    children.push_back(child);
+  }
+  int refused = 0;
+  for (const pid_t child : children) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_LT(WEXITSTATUS(status), 2);
+    refused += WEXITSTATUS(status);
+  }
+  const auto document = world.open(world.file);
+  EXPECT_EQ(document->model()->portfolios().front()->transactions().size(),
+            1 + programs * static_cast<std::size_t>(rounds))
+      << "what was reported as saved is in the file";
+  EXPECT_GT(refused, 0) << "they have never met";
+  EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
 }
 
 TEST(WorkspaceSaving, KeepsOthersOutOfTheWorkingDatabase) {

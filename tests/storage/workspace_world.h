@@ -56,6 +56,7 @@ class ScriptedShell : public DocumentShell {
   ChangesAnswer changes = ChangesAnswer::cancel;
   std::optional<fs::path> location;
   bool replaces = false;
+  RecoveryAnswer recovery = RecoveryAnswer::later;
 
   /// What was asked and shown, in order.
   std::vector<std::string> heard;
@@ -85,6 +86,14 @@ class ScriptedShell : public DocumentShell {
   bool askToReplace(WorkspaceDocument& document, const DocumentError& problem) override {
     heard.push_back("replace for " + document.displayName() + ": " + *problem.description());
     return replaces;
+  }
+  RecoveryAnswer askToRecover(const std::vector<std::string>& names) override {
+    std::string question = "recover";
+    for (const std::string& name : names) {
+      question += " " + name;
+    }
+    heard.push_back(question);
+    return recovery;
   }
   void showAlert(WorkspaceDocument&, const DocumentAlert& alert,
                  std::function<void(std::size_t)> onPressed) override {

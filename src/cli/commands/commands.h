@@ -19,6 +19,7 @@ namespace corvane::cli {
 [[nodiscard]] Command importCommand();
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();
+[[nodiscard]] Command recoverCommand();
 [[nodiscard]] Command removeCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();

@@ -14,6 +14,7 @@ void create(const CommandLine& line, const Console& console) {
   }
   const std::string& path = line.word(0);
   WorkspaceFile workspace(path, console, /*isNew=*/!WorkspaceFile::exists(path));
+  workspace.requireSound();
   if (workspace.hasPortfolio(name)) {
     throw WorkspaceFileError("There is a portfolio “" + name + "” in “" +
                                  workspace.path().filename().string() + "” already.",

@@ -116,7 +116,6 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
                                 prices ? prices->provider() : makeOfflineProvider());
   PortfolioDataSlice slice{.portfolio = workspace.portfolio(line.required("--portfolio"))};
   slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
-  terminal::catchInterrupts();
   const auto exporter = makeExporter(what, std::move(slice), *workspace.manager(), console);
   if (exporter->exportRowCount() < 1) {
     console.warn("There are no " + what + " in these days. Nothing has been exported.");

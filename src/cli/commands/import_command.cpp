@@ -29,13 +29,13 @@ ExchangeAnswers answersIn(const CommandLine& line, const ImportBroker& broker) {
 
 void importStatement(const CommandLine& line, const Console& console) {
   WorkspaceFile workspace(line.required("--into"), console);
+  workspace.requireSound();
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   // The settings of the desktop's last import are not used: a command means the same each time.
   const auto importer = PortfolioTransactionsImporter::make(portfolio, nullptr);
   const auto window = std::make_shared<ConsoleExchangeWindow>(answersIn(line, *importer), console);
   const auto controller = ImportController::make(importer);
 
-  terminal::catchInterrupts();
   std::optional<bool> outcome;
   controller->beginImport(window, [&outcome](bool succeeded) { outcome = succeeded; });
   pumpUntil([&] { return outcome.has_value(); }, [&] { window->cancel(); });

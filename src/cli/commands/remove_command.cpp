@@ -28,6 +28,7 @@ void remove(const CommandLine& line, const Console& console) {
     throw UsageError("Say what is to go: “--transaction N” or “--whole-portfolio”.");
   }
   WorkspaceFile workspace(line.word(0), console);
+  workspace.requireSound();
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   if (transaction) {
     workspace.manager()->deleteTransactions({rowNumbered(*transaction, portfolio)}, portfolio,

@@ -1,41 +1,50 @@
+#include <filesystem>
+#include <optional>
+
 #include "cli/commands/commands.h"
 #include "cli/console/workspace_file.h"
+#include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane::cli {
 namespace {
 
-/// Throws SQLiteError, or WorkspaceFileError with what the database itself finds.
-void checkDatabase(const WorkspaceFile& workspace) {
-  auto& manager = dynamic_cast<StoredPortfolioManager&>(*workspace.manager());
-  SQLiteStatement check = manager.database().query("PRAGMA integrity_check(1);");
-  if (check.step() && check.text(0).value_or("") != "ok") {
-    throw WorkspaceFileError(
-        "The database is damaged: " + std::string(check.text(0).value_or("unknown")),
-        "Go back to a copy of the workspace.");
+/// What of the package at `path` is missing; none where it is complete.
+std::optional<std::string> missingPart(const std::filesystem::path& path) {
+  const auto holds = [&](std::string_view name) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path / name, error);
+    return !error && size > 0;
+  };
+  const bool hasDatabase = holds(WorkspaceDocument::databaseName);
+  const bool hasProperties = holds(WorkspaceDocument::generalPropertiesName);
+  if (hasDatabase && !hasProperties) {
+    return "There is no “General.json” beside the database: the watchlist and the settings of the "
+           "scenarios are missing.";
   }
-}
-
-/// Throws what is wrong with the ledger.
-void checkLedger(PortfolioManager& manager, const PortfolioPointer& portfolio) {
-  requireRows(portfolio);
-  const auto& rows = portfolio->transactions();
-  (void)PortfolioManager::replay(rows, {});
-  // What a replay takes for granted, such as that there were shares enough, a walk asks for. It
-  // changes nothing that is ever saved.
-  if (!manager.recalculateLedger(0, portfolio).empty()) {
-    throw PortfolioManagerError(
-        PortfolioManagerError::LedgerInconsistency{"Balances are not those of the transactions."});
+  if (hasProperties && !hasDatabase) {
+    return "There is no database “LocalPortfolios.sqlite3” beside “General.json”: the portfolios "
+           "are missing.";
   }
+  return std::nullopt;
 }
 
 void verify(const CommandLine& line, const Console& console) {
   const WorkspaceFile workspace(line.word(0), console);
-  checkDatabase(workspace);
+  auto& manager = dynamic_cast<StoredPortfolioManager&>(*workspace.manager());
+  if (const auto damage = anyDamage(manager.database())) {
+    throw WorkspaceFileError("The database is damaged: " + *damage,
+                             "Go back to a copy of the workspace.");
+  }
   bool isAllWell = true;
-  for (const auto& portfolio : workspace.manager()->portfolios()) {
+  if (const auto missing = missingPart(workspace.path())) {
+    console.warn(*missing);
+    isAllWell = false;
+  }
+  for (const auto& portfolio : manager.portfolios()) {
+    endIfInterrupted();
     try {
-      checkLedger(*workspace.manager(), portfolio);
+      manager.verify(portfolio);
       console.out << portfolio->name << ": " << portfolio->transactions().size()
                   << " transactions, all balances are right.\n";
     } catch (const Error& error) {
@@ -53,12 +62,15 @@ void verify(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command verifyCommand() {
-  return {.name = "verify",
-          .summary = "Replays every ledger of a workspace and checks all balances.",
-          .words = {"WORKSPACE"},
-          .options = {},
-          .explanation = "Nothing is changed. The exit code is 0 when everything is right.\n",
-          .run = &verify};
+  return {
+      .name = "verify",
+      .summary = "Replays every ledger of a workspace and checks all balances.",
+      .words = {"WORKSPACE"},
+      .options = {},
+      .explanation =
+          "Balances are compared with a walk over the transactions, and so are the yearly totals "
+          "in the\nfile. Nothing is changed. The exit code is 0 when everything is right.\n",
+      .run = &verify};
 }
 
 }  // namespace corvane::cli

@@ -8,6 +8,7 @@ namespace {
 
 void watch(const CommandLine& line, const Console& console) {
   WorkspaceFile workspace(line.word(0), console);
+  workspace.requireSound();
   auto& watched = workspace.document()->model()->watchlistEquities;
   const EquityPointer equity = workspace.manager()->quoteProvider->equityWithId(line.word(1));
   const auto isIt = [&](const EquityPointer& other) { return *other == *equity; };

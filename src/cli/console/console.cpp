@@ -29,6 +29,12 @@ std::shared_ptr<QuoteProvider> makeOfflineProvider() {
   return std::make_shared<OfflineProvider>();
 }
 
+void endIfInterrupted() {
+  if (terminal::wasInterrupted()) {
+    throw Failed(exitCode::interrupted);
+  }
+}
+
 void pumpUntil(const std::function<bool()>& isDone, const std::function<void()>& interrupted) {
   constexpr auto betweenLooks = std::chrono::milliseconds(20);
   bool isTold = false;

@@ -43,6 +43,10 @@ struct Console {
 /// the service, since a workspace keeps that name with the equities of its watchlist.
 [[nodiscard]] std::shared_ptr<QuoteProvider> makeOfflineProvider();
 
+/// Throws Failed where the user has interrupted the program. What takes its time calls this where
+/// it can end without leaving anything half done.
+void endIfInterrupted();
+
 /// Pumps the main queue until `isDone()`. When the user interrupts the program `interrupted` is
 /// called, once.
 void pumpUntil(const std::function<bool()>& isDone, const std::function<void()>& interrupted);

@@ -40,7 +40,7 @@ PriceSource::PriceSource(const CommandLine& line, Need need) {
   if (line.has("--sample-market")) {
     market_ = std::make_unique<SampleMarket>();
     // Invented prices must never get among the real ones.
-    temporaryFolder_ = files::makePrivateDirectory(std::filesystem::temp_directory_path());
+    temporaryFolder_ = files::makePrivateDirectory(files::temporaryDirectory());
     chain =
         std::make_shared<SwitchableQuoteProvider>(clientOf(*market_), temporaryFolder_ / cacheName);
   } else {

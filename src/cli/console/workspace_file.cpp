@@ -4,9 +4,11 @@
 #include <utility>
 
 #include "platform/async/dispatch_queue.h"
+#include "platform/system/replacement_directory.h"
 #include "platform/system/resources.h"
 #include "storage/application/info_dictionary.h"
-#include "storage/database/stored_portfolio.h"
+#include "storage/database/storage_verification.h"
+#include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane::cli {
 namespace {
@@ -30,6 +32,9 @@ class ConsoleDocumentShell : public DocumentShell {
   }
   bool askToReplace(WorkspaceDocument& /*document*/, const DocumentError& /*problem*/) override {
     return false;
+  }
+  RecoveryAnswer askToRecover(const std::vector<std::string>& /*names*/) override {
+    return RecoveryAnswer::later;
   }
   void showAlert(WorkspaceDocument& /*document*/, const DocumentAlert& alert,
                  std::function<void(std::size_t)> /*pressed*/) override {
@@ -56,7 +61,26 @@ fs::path packagePath(const std::string& path) {
       !fs::exists(package, ignored)) {
     package += WorkspaceDocument::filenameExtension;
   }
+  ReplacementDirectory::putBackInterrupted(Document::resolved(package));
   return package;
+}
+
+void tellOfUnsavedWork(const fs::path& temporaryDirectory, const Console& console) {
+  std::string names;
+  for (const auto& copy : WorkingCopy::findAbandoned(temporaryDirectory)) {
+    names += (names.empty() ? "“" : ", “") + copy->unsaved()->name + "”";
+  }
+  if (!names.empty()) {
+    console.warn("A program that was ended has left unsaved changes of " + names +
+                 ". “corvane-cli recover FOLDER” saves them to workspaces of their own.");
+  }
+}
+
+/// Throws what is told of a workspace at `package` in which `what` is wrong at `where`.
+[[noreturn]] void failDamaged(const fs::path& package, const std::string& where,
+                              const std::string& what) {
+  throw WorkspaceFileError("“" + package.filename().string() + "” is damaged: " + where + what,
+                           "Nothing has been changed. Go back to a copy of the workspace.");
 }
 
 }  // namespace
@@ -72,17 +96,21 @@ WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console,
       shell_(std::make_shared<ConsoleDocumentShell>(console)),
       window_(std::make_shared<NoWindow>()) {
   const auto info = InfoDictionary::fromFile(resourcePath(InfoDictionary::fileName));
-  document_ = std::make_shared<WorkspaceDocument>(WorkspaceSurroundings{
+  WorkspaceSurroundings surroundings = {
       .sharedQuoteProvider = [provider = std::move(provider)] { return provider; },
       .appBundleVersion = info.bundleVersion(),
       .appMarketingVersion = info.shortVersion(),
-      .shell = shell_});
+      .shell = shell_,
+      .temporaryDirectory = temporaryDirectory(console)};
+  tellOfUnsavedWork(surroundings.temporaryDirectory, console);
+  document_ = std::make_shared<WorkspaceDocument>(std::move(surroundings));
   if (!isNew) {
     document_->open(path_);
   }
   document_->makeWindowControllers(window_);
   // A warning about a file of a newer program comes by way of the main queue.
   MainLoop::drain();
+  endIfInterrupted();
 }
 
 bool WorkspaceFile::hasPortfolio(const std::string& name) const {
@@ -110,11 +138,44 @@ PortfolioPointer WorkspaceFile::portfolio(const std::string& name) const {
         "There is no portfolio “" + name + "” in “" + path_.filename().string() + "”.",
         names.empty() ? "It holds no portfolio at all." : "It holds " + names + ".");
   }
-  requireRows(found);
+  try {
+    requireRows(found);
+  } catch (const Error& error) {
+    throw WorkspaceFileError("The ledger of “" + name + "” in “" + path_.filename().string() +
+                                 "” cannot be read: " + error.description().value_or(""),
+                             error.recoverySuggestion());
+  }
   return found;
 }
 
+void WorkspaceFile::requireSound() const {
+  auto& stored = dynamic_cast<StoredPortfolioManager&>(*manager());
+  if (const auto damage = anyDamage(stored.database())) {
+    failDamaged(path_, "", *damage);
+  }
+  for (const auto& portfolio : stored.portfolios()) {
+    endIfInterrupted();
+    try {
+      stored.verify(portfolio);
+    } catch (const Error& error) {
+      failDamaged(path_, "portfolio “" + portfolio->name + "”: ",
+                  error.description().value_or("the ledger is inconsistent."));
+    }
+  }
+}
+
+fs::path temporaryDirectory(const Console& console) {
+  std::optional<FileError> problem;
+  fs::path directory = files::temporaryDirectory(&problem);
+  if (problem) {
+    console.warn(problem->description().value_or("") + " “" + directory.string() +
+                 "” is used instead.");
+  }
+  return directory;
+}
+
 void WorkspaceFile::save() {
+  endIfInterrupted();
   document_->save(path_);
 }
 

@@ -12,6 +12,8 @@
 namespace corvane::cli {
 
 /// A document without a window. Only save() changes the file. Errors are those of the document.
+/// What killed programs have left is cleared away first; where they left unsaved work, a line on
+/// the standard error says how it is recovered.
 class WorkspaceFile {
  public:
   /// Opens the workspace at `path`, or makes a new one where `isNew`. A name without the extension
@@ -34,6 +36,11 @@ class WorkspaceFile {
   [[nodiscard]] PortfolioPointer portfolio(const std::string& name) const;
   [[nodiscard]] bool hasPortfolio(const std::string& name) const;
 
+  /// To be called before the workspace is changed: throws WorkspaceFileError where its database or
+  /// one of its ledgers is damaged, since a save would put that into the place of the file.
+  void requireSound() const;
+
+  /// Throws Failed, and saves nothing, where the user has interrupted the program.
   void save();
 
  private:
@@ -60,6 +67,9 @@ class WorkspaceFileError : public ErrorValue<WorkspaceFileError> {
   std::string text_;
   std::optional<std::string> suggestion_;
 };
+
+/// The folder for what goes with a command. Warns where it is not the one that the user has named.
+[[nodiscard]] std::filesystem::path temporaryDirectory(const Console& console);
 
 /// Reads the rows of a stored portfolio. Throws what has kept them from being read.
 void requireRows(const PortfolioPointer& portfolio);

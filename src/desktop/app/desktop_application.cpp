@@ -5,6 +5,7 @@
 
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/qt_text.h"
 #include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo/network_activity_monitor.h"
 #include "platform/async/dispatch_queue.h"
@@ -52,6 +53,26 @@ DesktopApplication::~DesktopApplication() {
 
 std::filesystem::path DesktopApplication::sampleWorkspace() const {
   return resourcePath(surroundings_.sampleWorkspace);
+}
+
+void DesktopApplication::offerRecovery() {
+  documentController().offerRecovery();
+}
+
+void DesktopApplication::showProblems(const std::vector<ErrorPointer>& problems) {
+  if (problems.empty()) {
+    return;
+  }
+  QStringList lines;
+  for (const ErrorPointer& problem : problems) {
+    lines.append(qtText(problem->description().value_or("")));
+  }
+  showAlert(QApplication::activeWindow(), AlertKind::warning,
+            QStringLiteral("Some of your folders cannot be used."),
+            lines.join(QStringLiteral("\n")) +
+                QStringLiteral("\nSettings that cannot be kept hold for this run, and another "
+                               "temporary folder is taken where there is one."),
+            {QStringLiteral("OK")});
 }
 
 void DesktopApplication::startWithSample() {

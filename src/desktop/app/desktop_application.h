@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "desktop/app/desktop_shell.h"
 #include "desktop/app/document_windows.h"
@@ -41,6 +42,14 @@ class DesktopApplication {
   [[nodiscard]] const ApplicationMenuState& menuState() const { return shell_->menuState(); }
   [[nodiscard]] DocumentWindows& windows() { return *windows_; }
   [[nodiscard]] UserDefaults& defaults() { return *surroundings_.defaults; }
+
+  /// Asks about unsaved work that programs which were ended have left; what is recovered is open
+  /// then. To be called before the run begins.
+  void offerRecovery();
+
+  /// Tells the user of what does not work in this run: folders that cannot be used. The program
+  /// runs on without.
+  void showProblems(const std::vector<ErrorPointer>& problems);
 
   /// Begins the run. Opens `workspace`; without one, what was used last, or else a new workspace.
   void start(const std::optional<std::filesystem::path>& workspace);

@@ -101,6 +101,26 @@ bool DocumentWindows::askToReplace(WorkspaceDocument& document, const DocumentEr
              {QStringLiteral("Replace"), QStringLiteral("Cancel")}) == 0;
 }
 
+DocumentShell::RecoveryAnswer DocumentWindows::askToRecover(const std::vector<std::string>& names) {
+  QStringList quoted;
+  for (const std::string& name : names) {
+    quoted.append(QStringLiteral("“%1”").arg(qtText(name)));
+  }
+  const QString message = QStringLiteral("Corvane has found unsaved changes of %1.")
+                              .arg(quoted.join(QStringLiteral(", ")));
+  switch (ask(nullptr, AlertKind::warning, message,
+              QStringLiteral("The program was ended before they were saved. They can be opened as "
+                             "new workspaces; the files themselves stay as they are."),
+              {QStringLiteral("Recover"), QStringLiteral("Discard"), QStringLiteral("Later")})) {
+    case 0:
+      return RecoveryAnswer::recover;
+    case 1:
+      return RecoveryAnswer::discard;
+    default:
+      return RecoveryAnswer::later;
+  }
+}
+
 void DocumentWindows::showAlert(WorkspaceDocument& document, const DocumentAlert& alert,
                                 std::function<void(std::size_t)> pressed) {
   QStringList buttons;

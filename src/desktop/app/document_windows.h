@@ -37,6 +37,7 @@ class DocumentWindows : public DocumentShell {
   ChangesAnswer askToSaveChanges(WorkspaceDocument& document) override;
   std::optional<std::filesystem::path> askForLocation(WorkspaceDocument& document) override;
   bool askToReplace(WorkspaceDocument& document, const DocumentError& problem) override;
+  RecoveryAnswer askToRecover(const std::vector<std::string>& names) override;
   void showAlert(WorkspaceDocument& document, const DocumentAlert& alert,
                  std::function<void(std::size_t)> pressed) override;
   void presentError(WorkspaceDocument& document, const Error& error) override;

@@ -52,7 +52,10 @@ MainWindow::MainWindow(DesktopApplication& application, std::shared_ptr<Workspac
   makeViewMenu();
   makeMarketMenu();
   makeHelpMenu();
-  view_->setDocumentChangedHandler([this] { updateTitle(); });
+  view_->setDocumentChangedHandler([this] {
+    updateUndoActions();
+    updateTitle();
+  });
   // Names are given to steps after they are registered, so the menu is brought in line later.
   undoObservation_ = document_->undoManager()->addObserver([this](UndoManager::Change) {
     DispatchQueue::main()->async([weakDocument = std::weak_ptr(document_), this] {

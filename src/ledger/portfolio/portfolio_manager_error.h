@@ -1,6 +1,7 @@
 // Why a ledger refused an edit.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -70,7 +71,7 @@ class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
     friend bool operator==(const InvalidOrderType&, const InvalidOrderType&) = default;
   };
   struct UnknownCurrency {
-    int number;
+    std::int64_t number;  ///< as it was read
     friend bool operator==(const UnknownCurrency&, const UnknownCurrency&) = default;
   };
   /// An edit elsewhere in the ledger would break a row that is already there.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "platform/overloaded.h"
@@ -171,12 +172,34 @@ void SQLiteStatement::failType(int column, std::string_view expected) const {
                     prepared_->sql);
 }
 
+namespace {
+
+/// The name of the file at `path` for the engine, with the promise that nobody changes it.
+std::string immutableName(const std::filesystem::path& path) {
+  constexpr std::string_view hexDigits = "0123456789abcdef";
+  std::string name = "file:";
+  for (const char c : path.string()) {
+    if (c == '?' || c == '#' || c == '%') {
+      const auto code = static_cast<unsigned char>(c);
+      name += {'%', hexDigits[code >> 4], hexDigits[code & 15]};
+    } else {
+      name += c;
+    }
+  }
+  return name + "?immutable=1";
+}
+
+}  // namespace
+
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path, Mode mode,
                                int busyTimeoutMilliseconds) {
   int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
   switch (mode) {
     case Mode::readOnly:
       flags |= SQLITE_OPEN_READONLY;
+      break;
+    case Mode::immutable:
+      flags |= SQLITE_OPEN_READONLY | SQLITE_OPEN_URI;
       break;
     case Mode::readWrite:
       flags |= SQLITE_OPEN_READWRITE;
@@ -185,7 +208,8 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path, Mode mode,
       flags |= SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
       break;
   }
-  if (sqlite3_open_v2(path.c_str(), &handle_, flags, nullptr) != SQLITE_OK) {
+  const std::string name = mode == Mode::immutable ? immutableName(path) : path.string();
+  if (sqlite3_open_v2(name.c_str(), &handle_, flags, nullptr) != SQLITE_OK) {
     const SQLiteError reason = error("");
     sqlite3_close(std::exchange(handle_, nullptr));
     throw reason;

@@ -107,7 +107,13 @@ class SQLiteStatement {
 /// An open database file. One thread at a time; nothing is locked. Every failure is a SQLiteError.
 class SQLiteDatabase {
  public:
-  enum class Mode { readOnly, readWrite, create };
+  enum class Mode {
+    readOnly,
+    /// Reads a file that nobody changes: without locks, and without a file beside it.
+    immutable,
+    readWrite,
+    create
+  };
   enum class TransactionKind { deferred, immediate, exclusive };
 
   /// Opens the file at `path`, or makes it where the mode is `create`. Another program's lock is

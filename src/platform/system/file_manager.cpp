@@ -10,6 +10,8 @@
 #include <random>
 #include <system_error>
 
+#include "platform/system/directory_lock.h"
+
 namespace corvane {
 
 std::optional<std::string> FileError::description() const {
@@ -104,6 +106,15 @@ int makeBeside(const fs::path& path, fs::path& made, Make make) {
   return result;
 }
 
+/// Why files cannot be made in `directory`: the system's error number; 0 where they can.
+int whyUnusable(const fs::path& directory) {
+  std::error_code error;
+  if (!fs::is_directory(directory, error)) {
+    return error ? error.value() : ENOTDIR;
+  }
+  return ::access(directory.c_str(), W_OK | X_OK) == 0 ? 0 : errno;
+}
+
 /// Lets the names of two existing files or folders change places in one step; false where the
 /// system has no such step.
 bool exchangeNames(const fs::path& first, const fs::path& second) {
@@ -117,6 +128,31 @@ bool exchangeNames(const fs::path& first, const fs::path& second) {
 #endif
 }
 
+/// Gives `from` the name `to` where nothing has it; false with EEXIST where something has.
+bool renameToFreeName(const fs::path& from, const fs::path& to) {
+#if defined(__linux__)
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+    return true;
+  }
+#elif defined(__APPLE__)
+  if (::renamex_np(from.c_str(), to.c_str(), RENAME_EXCL) == 0) {
+    return true;
+  }
+#else
+  errno = ENOSYS;
+#endif
+  if (errno != EINVAL && errno != ENOSYS) {
+    return false;
+  }
+  // A volume without that step.
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(to, error))) {
+    errno = EEXIST;
+    return false;
+  }
+  return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
 }  // namespace
 
 fs::path cachesDirectory() {
@@ -125,6 +161,26 @@ fs::path cachesDirectory() {
 
 fs::path configDirectory() {
   return programDirectory("XDG_CONFIG_HOME", ".config");
+}
+
+fs::path temporaryDirectory(std::optional<FileError>* problem) {
+  const char* named = std::getenv("TMPDIR");
+  const fs::path wanted = named != nullptr && *named != '\0' ? named : "/tmp";
+  const int reason = whyUnusable(wanted);
+  if (reason == 0) {
+    return wanted;
+  }
+  if (problem != nullptr) {
+    problem->emplace("use the temporary folder", wanted, reason);
+  }
+  if (whyUnusable("/tmp") == 0) {
+    return "/tmp";
+  }
+  try {
+    return cachesDirectory();
+  } catch (const FileError&) {
+    return wanted;
+  }
 }
 
 std::string read(const fs::path& path) {
@@ -178,8 +234,8 @@ fs::path makeReplacementDirectory(const fs::path& path) {
   return directory;
 }
 
-fs::path makePrivateDirectory(const fs::path& parent) {
-  std::string pattern = parent / "corvane-XXXXXX";
+fs::path makePrivateDirectory(const fs::path& parent, std::string_view name) {
+  std::string pattern = parent / (std::string(name) + "XXXXXX");
   require(::mkdtemp(pattern.data()) != nullptr, "create a folder in", parent);
   return pattern;
 }
@@ -211,24 +267,45 @@ void synchronize(const fs::path& path) {
   synchronizeOne(path);
 }
 
-void replace(const fs::path& path, const fs::path& replacement) {
-  std::error_code error;
-  const bool isThere = fs::exists(fs::symlink_status(path, error));
-  if (!isThere) {
-    require(::rename(replacement.c_str(), path.c_str()) == 0, "replace", path);
-  } else if (!exchangeNames(replacement, path)) {
-    require(errno == EINVAL || errno == ENOSYS, "replace", path);
-    // A volume without the exchange: the old one steps aside, and comes back if the new one fails.
-    const fs::path aside = replacement.string() + ".old";
-    require(::rename(path.c_str(), aside.c_str()) == 0, "replace", path);
-    if (::rename(replacement.c_str(), path.c_str()) != 0) {
-      const int reason = errno;
-      ::rename(aside.c_str(), path.c_str());
-      throw FileError("replace", path, reason);
-    }
-    require(::rename(aside.c_str(), replacement.c_str()) == 0, "replace", path);
+fs::path asideOf(const fs::path& replacement) {
+  return replacement.string() + std::string(asideExtension);
+}
+
+bool replace(const fs::path& path, const fs::path& replacement,
+             const std::function<bool(const fs::path& former)>& isExpected) {
+  // Two programs that change back what they did not expect could lose what a third has put there
+  // in between.
+  const auto turn = DirectoryLock::waitFor(parentOf(path));
+  const auto isRefused = [&](const fs::path& former) { return isExpected && !isExpected(former); };
+  if (renameToFreeName(replacement, path)) {
+    synchronizeOne(parentOf(path));
+    return true;
   }
+  require(errno == EEXIST, "replace", path);
+  if (exchangeNames(replacement, path)) {
+    if (isRefused(replacement)) {
+      require(exchangeNames(replacement, path), "replace", path);
+      return false;
+    }
+    synchronizeOne(parentOf(path));
+    return true;
+  }
+  require(errno == EINVAL || errno == ENOSYS, "replace", path);
+  // A volume without the exchange: the old one steps aside, and comes back if the new one fails.
+  const fs::path aside = asideOf(replacement);
+  require(::rename(path.c_str(), aside.c_str()) == 0, "replace", path);
+  if (isRefused(aside)) {
+    require(::rename(aside.c_str(), path.c_str()) == 0, "replace", path);
+    return false;
+  }
+  if (::rename(replacement.c_str(), path.c_str()) != 0) {
+    const int reason = errno;
+    ::rename(aside.c_str(), path.c_str());
+    throw FileError("replace", path, reason);
+  }
+  require(::rename(aside.c_str(), replacement.c_str()) == 0, "replace", path);
   synchronizeOne(parentOf(path));
+  return true;
 }
 
 void copy(const fs::path& from, const fs::path& to) {

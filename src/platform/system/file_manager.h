@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,6 +48,11 @@ namespace files {
 [[nodiscard]] std::filesystem::path cachesDirectory();
 [[nodiscard]] std::filesystem::path configDirectory();
 
+/// Where programs keep what goes with them: $TMPDIR, or /tmp without one. Where that cannot be used
+/// `problem` is told why, and another folder that can be is returned, if there is any. Throws
+/// nothing.
+[[nodiscard]] std::filesystem::path temporaryDirectory(std::optional<FileError>* problem = nullptr);
+
 [[nodiscard]] std::string read(const std::filesystem::path& path);
 
 /// Writes `content` beside `path`, has the disk confirm it, and puts it in place with one rename:
@@ -58,8 +64,10 @@ void writeAtomically(const std::filesystem::path& path, std::string_view content
 /// take the place of `path`. The caller removes it.
 [[nodiscard]] std::filesystem::path makeReplacementDirectory(const std::filesystem::path& path);
 
-/// A new, empty folder in `parent` that only the user can look into. The caller removes it.
-[[nodiscard]] std::filesystem::path makePrivateDirectory(const std::filesystem::path& parent);
+/// A new, empty folder in `parent` that only the user can look into; its name starts with `name`.
+/// The caller removes it.
+[[nodiscard]] std::filesystem::path makePrivateDirectory(const std::filesystem::path& parent,
+                                                         std::string_view name = "corvane-");
 
 /// The stamp of a file, or of a link itself.
 [[nodiscard]] FileStamp stamp(const std::filesystem::path& path);
@@ -69,8 +77,17 @@ void synchronize(const std::filesystem::path& path);
 
 /// Puts the finished file or folder `replacement` into the place of `path`, on the same volume.
 /// Where something stands at `path` the two change places in one step, and what was there is left
-/// at `replacement`.
-void replace(const std::filesystem::path& path, const std::filesystem::path& replacement);
+/// at `replacement`. A volume without that step takes two, with what was there at
+/// asideOf(replacement) in between.
+///
+/// What was there is shown to `isExpected` afterwards; where that says no, the two change back and
+/// the answer is false. Programs that replace files in one folder do so one after the other.
+bool replace(const std::filesystem::path& path, const std::filesystem::path& replacement,
+             const std::function<bool(const std::filesystem::path& former)>& isExpected = nullptr);
+
+/// Where what is replaced by `replacement` steps aside to.
+inline constexpr std::string_view asideExtension = ".old";
+[[nodiscard]] std::filesystem::path asideOf(const std::filesystem::path& replacement);
 
 /// Copies a file, or a folder with all that is in it, to `to`, where nothing may stand; where that
 /// fails nothing is left there.

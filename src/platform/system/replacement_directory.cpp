@@ -1,12 +1,9 @@
 #include "platform/system/replacement_directory.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <iostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "platform/system/file_manager.h"
@@ -16,16 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A lock on the folder at `path`, which ends with the program; -1 where another has it.
-int lockOn(const fs::path& path) {
-  const int directory = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (directory >= 0 && ::flock(directory, LOCK_EX | LOCK_NB) != 0) {
-    ::close(directory);
-    return -1;
-  }
-  return directory;
-}
-
 /// Whether `name` is one that files::makeReplacementDirectory gives beside a file called `target`.
 bool isReplacementName(const std::string& name, const std::string& target) {
   const std::string start = "." + target + ".";
@@ -34,35 +21,8 @@ bool isReplacementName(const std::string& name, const std::string& target) {
                      [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// Whether a replacement in two steps was cut short, so that the former file stands here.
-bool mayHoldFormerFile(const fs::path& directory) {
-  std::error_code error;
-  for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (entry->path().extension() == ".old") {
-      return true;
-    }
-  }
-  return bool(error);
-}
-
-}  // namespace
-
-ReplacementDirectory::ReplacementDirectory(const fs::path& target)
-    : path_(files::makeReplacementDirectory(target)), lock_(lockOn(path_)) {}
-
-ReplacementDirectory::~ReplacementDirectory() {
-  try {
-    files::remove(path_);
-  } catch (const FileError& error) {
-    std::cout << error << std::endl;
-  }
-  if (lock_ >= 0) {
-    ::close(lock_);
-  }
-}
-
-void ReplacementDirectory::removeAbandoned(const fs::path& target) {
+/// The folders beside `target` that are called as replacement folders are.
+std::vector<fs::path> replacementDirectoriesOf(const fs::path& target) {
   const fs::path parent = target.has_parent_path() ? target.parent_path() : fs::path(".");
   std::error_code error;
   std::vector<fs::path> found;
@@ -72,15 +32,66 @@ void ReplacementDirectory::removeAbandoned(const fs::path& target) {
       found.push_back(entry->path());
     }
   }
-  for (const fs::path& directory : found) {
-    const int lock = lockOn(directory);
-    if (lock < 0) {
-      continue;
+  return found;
+}
+
+bool stands(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
+}
+
+/// Whether a replacement in two steps was cut short, so that the former file stands in `directory`
+/// and nothing else tells that the new one has taken its place.
+bool mayHoldFormerFile(const fs::path& directory, const fs::path& target) {
+  std::error_code error;
+  bool holdsFormer = false;
+  for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+       entry.increment(error)) {
+    holdsFormer = holdsFormer || entry->path().extension() == files::asideExtension;
+  }
+  const bool isReplaced = stands(target) && !stands(directory / target.filename());
+  return error || (holdsFormer && !isReplaced);
+}
+
+}  // namespace
+
+ReplacementDirectory::ReplacementDirectory(const fs::path& target) {
+  std::tie(path_, lock_) =
+      DirectoryLock::onNewDirectory([&] { return files::makeReplacementDirectory(target); });
+}
+
+ReplacementDirectory::~ReplacementDirectory() {
+  try {
+    files::remove(path_);
+  } catch (const FileError& error) {
+    std::cout << error << std::endl;
+  }
+}
+
+void ReplacementDirectory::removeAbandoned(const fs::path& target) {
+  for (const fs::path& directory : replacementDirectoriesOf(target)) {
+    const auto lock = DirectoryLock::tryLock(directory);
+    if (lock.isHeld() && !mayHoldFormerFile(directory, target)) {
+      std::error_code ignored;
+      fs::remove_all(directory, ignored);
     }
-    if (!mayHoldFormerFile(directory)) {
-      fs::remove_all(directory, error);
+  }
+}
+
+void ReplacementDirectory::putBackInterrupted(const fs::path& target) {
+  if (stands(target)) {
+    return;
+  }
+  for (const fs::path& directory : replacementDirectoriesOf(target)) {
+    const auto lock = DirectoryLock::tryLock(directory);
+    const fs::path aside = files::asideOf(directory / target.filename());
+    if (lock.isHeld() && stands(aside) && !stands(target)) {
+      std::error_code error;
+      fs::rename(aside, target, error);
+      if (!error) {
+        fs::remove_all(directory, error);
+      }
     }
-    ::close(lock);
   }
 }
 

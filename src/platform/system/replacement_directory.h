@@ -3,10 +3,12 @@
 
 #include <filesystem>
 
+#include "platform/system/directory_lock.h"
+
 namespace corvane {
 
 /// A hidden folder beside a file, on the same volume. It goes with this object, together with
-/// whatever is in it then. Any thread.
+/// whatever is in it then. It is locked, so that others see that it is in use. Any thread.
 class ReplacementDirectory {
  public:
   /// Makes the folder beside `target`. Throws FileError.
@@ -23,9 +25,13 @@ class ReplacementDirectory {
   /// What cannot be removed is left.
   static void removeAbandoned(const std::filesystem::path& target);
 
+  /// Where nothing stands at `target`, and a program was killed while it replaced it on a volume
+  /// that takes two steps for that: puts what had stepped aside back.
+  static void putBackInterrupted(const std::filesystem::path& target);
+
  private:
   std::filesystem::path path_;
-  int lock_;  ///< held on the folder, so that others see that it is in use; -1 for none
+  DirectoryLock lock_;
 };
 
 }  // namespace corvane

@@ -10,9 +10,13 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void noteInterrupt(int signal) {
+constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+void noteInterrupt(int /*signal*/) {
   interrupted = 1;
-  std::signal(signal, SIG_DFL);
+  for (const int signal : endingSignals) {
+    std::signal(signal, SIG_DFL);
+  }
 }
 
 }  // namespace
@@ -28,7 +32,13 @@ std::size_t width() {
 }
 
 void catchInterrupts() {
-  std::signal(SIGINT, noteInterrupt);
+  for (const int signal : endingSignals) {
+    // What whoever started the program has asked to be ignored, as nohup does, stays so.
+    if (std::signal(signal, noteInterrupt) == SIG_IGN) {
+      std::signal(signal, SIG_IGN);
+    }
+  }
+  std::signal(SIGPIPE, SIG_IGN);
 }
 
 bool wasInterrupted() {

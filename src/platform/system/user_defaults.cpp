@@ -69,6 +69,11 @@ class FolderLock {
   const int folder_;
 };
 
+std::string& standardFileName() {
+  static std::string name = "settings.json";
+  return name;
+}
+
 /// A name beside `file` that nothing has yet.
 std::filesystem::path nameAside(const std::filesystem::path& file) {
   std::filesystem::path aside = file.string() + ".damaged";
@@ -86,9 +91,33 @@ UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) 
   readAgain();
 }
 
+UserDefaults::UserDefaults(const Error& problem) {
+  giveUpFile(problem);
+}
+
 UserDefaults& UserDefaults::standard() {
-  static UserDefaults defaults(files::configDirectory() / "settings.json");
-  return defaults;
+  static const std::unique_ptr<UserDefaults> defaults = [] {
+    try {
+      return std::make_unique<UserDefaults>(files::configDirectory() / standardFileName());
+    } catch (const FileError& error) {
+      return std::unique_ptr<UserDefaults>(new UserDefaults(error));
+    }
+  }();
+  return *defaults;
+}
+
+void UserDefaults::nameStandard(std::string fileName) {
+  standardFileName() = std::move(fileName);
+}
+
+ErrorPointer UserDefaults::problem() const {
+  const std::lock_guard lock(mutex_);
+  return problem_;
+}
+
+void UserDefaults::giveUpFile(const Error& problem) {
+  problem_ = problem.copy();
+  std::cout << problem << " Settings hold for this run only." << std::endl;
 }
 
 void UserDefaults::readAgain() {
@@ -97,9 +126,8 @@ void UserDefaults::readAgain() {
     (void)read.object();
     settings_ = std::move(read);
   } catch (const FileError& error) {
-    isFileUsable_ = error.number == ENOENT;
-    if (!isFileUsable_) {
-      std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+    if (error.number != ENOENT) {
+      giveUpFile(error);
     }
   } catch (const JSONError& error) {
     const auto aside = nameAside(file_);
@@ -116,18 +144,17 @@ template <typename Change>
 void UserDefaults::apply(Change change) {
   const std::lock_guard lock(mutex_);
   const FolderLock folderLock(file_);
-  if (isFileUsable_) {
+  if (problem_ == nullptr) {
     readAgain();
   }
   change(settings_);
-  if (!isFileUsable_) {
+  if (problem_ != nullptr) {
     return;
   }
   try {
     files::writeAtomically(file_, settings_.prettyText() + "\n");
   } catch (const FileError& error) {
-    isFileUsable_ = false;
-    std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+    giveUpFile(error);
   }
 }
 

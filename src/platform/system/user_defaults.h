@@ -30,8 +30,14 @@ class UserDefaults {
   UserDefaults(const UserDefaults&) = delete;
   UserDefaults& operator=(const UserDefaults&) = delete;
 
-  /// The program's own: settings.json in its configuration folder.
+  /// The program's own: settings.json in its configuration folder, or a file of another name that
+  /// nameStandard() was called with. Where there can be no such folder they hold for this run.
   [[nodiscard]] static UserDefaults& standard();
+  /// To be called before standard() is used for the first time.
+  static void nameStandard(std::string fileName);
+
+  /// Why settings hold for this run only; none where they are kept.
+  [[nodiscard]] ErrorPointer problem() const;
 
   [[nodiscard]] std::optional<bool> boolean(std::string_view key) const;
   [[nodiscard]] std::optional<std::int64_t> integer(std::string_view key) const;
@@ -47,14 +53,17 @@ class UserDefaults {
   void remove(std::string_view key);
 
  private:
+  /// Settings without a file.
+  explicit UserDefaults(const Error& problem);
   void readAgain();
+  void giveUpFile(const Error& problem);
   template <typename Change>
   void apply(Change change);
 
   const std::filesystem::path file_;
   mutable std::mutex mutex_;
   JSONValue settings_{JSONValue::Object()};
-  bool isFileUsable_ = true;
+  ErrorPointer problem_;
 };
 
 }  // namespace corvane

@@ -67,6 +67,13 @@ std::unique_ptr<EditPortfolioViewController> MainSplitViewController::makeCreate
   form->behaviour = EditPortfolioViewController::Create{
       model->portfolioManagers.front(), model->watchlistEquities, offersRandomPopulation};
   form->presentError = surroundings_.presentError;
+  // A portfolio stays although its random ledger was refused: it shows, and it is to be saved.
+  form->createdHandler = [self = weak_from_this()](const PortfolioPointer&) {
+    if (const auto living = self.lock()) {
+      living->masterSourceViewController->portfoliosDidChange();
+      living->surroundings_.documentDidChange();
+    }
+  };
   form->completionHandler = [self = weak_from_this(),
                              close = std::move(close)](const PortfolioPointer& portfolio) {
     const auto living = self.lock();
@@ -115,6 +122,11 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
     masterSourceViewController->setCurrentDetailObject(std::monostate{});
   }
   masterSourceViewController->portfoliosDidChange();
+  // A deletion cannot be undone, and what came before it can no longer be: its steps are about rows
+  // that are gone.
+  if (surroundings_.undoManager != nullptr) {
+    surroundings_.undoManager->removeAllActions();
+  }
   surroundings_.documentDidChange();
 }
 

@@ -119,6 +119,9 @@ void EditPortfolioViewController::create(const Create& mode) {
       randomTrader.populateRandomly(portfolio, mode.watchlistEquities);
     }
   } catch (const Error& error) {
+    if (portfolio != nullptr) {
+      createdHandler(portfolio);
+    }
     presentError(error);
     return;
   }

@@ -45,6 +45,10 @@ class EditPortfolioViewController {
   /// Called once when the form is done, with the portfolio, or with null where the user cancelled.
   std::function<void(PortfolioPointer)> completionHandler;
 
+  /// Called with a portfolio that was made, although the form stays open since the rest was
+  /// refused.
+  std::function<void(PortfolioPointer)> createdHandler = [](const PortfolioPointer&) {};
+
   /// Shows an error on the form's window; the form stays open.
   std::function<void(const Error&)> presentError;
 

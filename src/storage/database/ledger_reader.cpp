@@ -245,8 +245,7 @@ const Currency& currencyWithNumber(std::int64_t number) {
       return found->second;
     }
   }
-  throw Failure(Failure::UnknownCurrency{
-      std::in_range<int>(number) ? static_cast<int>(number) : std::numeric_limits<int>::max()});
+  throw Failure(Failure::UnknownCurrency{number});
 }
 
 std::vector<TransactionPointer> readTransactions(SQLiteDatabase& database,

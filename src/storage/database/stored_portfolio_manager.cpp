@@ -13,6 +13,7 @@
 #include "storage/database/ledger_reader.h"
 #include "storage/database/ledger_writer.h"
 #include "storage/database/portfolio_schema.h"
+#include "storage/database/storage_verification.h"
 
 namespace corvane {
 namespace {
@@ -92,10 +93,12 @@ void renewYearlyTotals(StoredPortfolio& portfolio, std::span<const TransactionPo
 }  // namespace
 
 std::shared_ptr<StoredPortfolioManager> StoredPortfolioManager::open(
-    std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile) {
+    std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile,
+    std::string* portfolioUnderWay) {
   auto manager =
       std::make_shared<StoredPortfolioManager>(Passkey(), std::move(provider), databaseFile);
-  manager->loadPortfolios();
+  std::string ignored;
+  manager->loadPortfolios(portfolioUnderWay != nullptr ? *portfolioUnderWay : ignored);
   return manager;
 }
 
@@ -119,13 +122,34 @@ StoredPortfolioManager::~StoredPortfolioManager() {
   }
 }
 
-void StoredPortfolioManager::loadPortfolios() {
+void StoredPortfolioManager::loadPortfolios(std::string& portfolioUnderWay) {
   portfolios_.clear();
   SQLiteStatement row = database_.query("SELECT * FROM portfolios ORDER BY dateCreated ASC;");
   while (row.step()) {
+    portfolioUnderWay = StoredNumbers(row).text(row.column("name")).value_or("");
     auto portfolio = portfolioOf(row, weak_from_this());
     readYearlyTotals(database_, *portfolio, *quoteProvider);
     portfolios_.push_back(std::move(portfolio));
+    portfolioUnderWay.clear();
+  }
+}
+
+std::optional<std::string> StoredPortfolioManager::storageDamage() {
+  return structuralDamage(database_);
+}
+
+void StoredPortfolioManager::verify(const PortfolioPointer& portfolio) {
+  StoredPortfolio& subject = stored(*portfolio);
+  subject.requireTransactions();
+  const auto& rows = subject.transactions();
+  (void)PortfolioManager::replay(rows, {});
+  StoredPortfolio inFile(weak_from_this(), subject.primaryCurrency(), subject.portfolioId);
+  inFile.sharesFactor = subject.sharesFactor;
+  readYearlyTotals(database_, inFile, *quoteProvider);
+  requireTotalsOf(rows, inFile.snapshotsByYear, calendar);
+  // What a replay takes for granted, such as that there were shares enough, a walk asks for.
+  if (!recalculateLedger(0, portfolio).empty()) {
+    throw Failure(Failure::LedgerInconsistency{"Balances are not those of the transactions."});
   }
 }
 

@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "ledger/manager/portfolio_manager.h"
@@ -26,9 +28,11 @@ class StoredPortfolioManager final : public PortfolioManager {
  public:
   /// Opens the file at `databaseFile`, makes it where it is missing, brings an older one up to date
   /// and loads the portfolios. Throws SQLiteError, JSONError for settings that cannot be read, and
-  /// PortfolioManagerError for other portfolio data.
+  /// PortfolioManagerError for other portfolio data. `portfolioUnderWay` is told the name of the
+  /// portfolio that is being read, and is empty while it is none.
   [[nodiscard]] static std::shared_ptr<StoredPortfolioManager> open(
-      std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile);
+      std::shared_ptr<QuoteProvider> provider, const std::filesystem::path& databaseFile,
+      std::string* portfolioUnderWay = nullptr);
 
   StoredPortfolioManager(Passkey passkey, std::shared_ptr<QuoteProvider> provider,
                          const std::filesystem::path& databaseFile);
@@ -47,6 +51,15 @@ class StoredPortfolioManager final : public PortfolioManager {
   void deleteTransactions(const Transactions& subjects, const PortfolioPointer& portfolio,
                           const UndoManagerPointer& undoManager) override;
 
+  /// What the engine finds wrong with the structure of the file; none where it is sound. Reads the
+  /// whole file, a good 10 milliseconds for 20,000 rows.
+  [[nodiscard]] std::optional<std::string> storageDamage();
+
+  /// Throws what is wrong with the ledger of `portfolio`: rows that cannot be read, balances that
+  /// are not those of the transactions, or yearly totals in the file that are not. What a walk over
+  /// the ledger mends in passing is told as well.
+  void verify(const PortfolioPointer& portfolio);
+
   /// The rows of `portfolio` as they stand in the file. Where its yearly totals are not theirs, as
   /// after a change of the user's time zone, they are made anew in memory.
   [[nodiscard]] Transactions loadTransactions(StoredPortfolio& portfolio);
@@ -58,7 +71,7 @@ class StoredPortfolioManager final : public PortfolioManager {
   void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio) override;
 
  private:
-  void loadPortfolios();
+  void loadPortfolios(std::string& portfolioUnderWay);
 
   SQLiteDatabase database_;
   LedgerWriter* writer_ = nullptr;  ///< of the edit under way

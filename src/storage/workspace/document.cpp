@@ -13,6 +13,7 @@ Document::Document() {
         // A new edit after undoing past the saved content cuts the way back to that off.
         isSavedContentReachable_ = isSavedContentReachable_ && savedPosition_ <= position_;
         ++position_;
+        changeCountDidChange();
         break;
       case UndoManager::Change::undone:
         updateChangeCount(ChangeType::undone);
@@ -48,6 +49,7 @@ void Document::updateChangeCount(ChangeType type) {
       isSavedContentReachable_ = true;
       break;
   }
+  changeCountDidChange();
 }
 
 fs::path Document::resolved(const fs::path& path) {
@@ -61,6 +63,7 @@ fs::path Document::resolved(const fs::path& path) {
 
 void Document::open(const fs::path& path) {
   const fs::path url = resolved(path);
+  ReplacementDirectory::putBackInterrupted(url);
   // Taken first, so that a change while the files are being read is noticed at the next save.
   const auto found = package::stamp(url);
   fileURL_ = url;
@@ -71,13 +74,14 @@ void Document::open(const fs::path& path) {
 
 void Document::revertToSaved() {
   if (fileURL_) {
-    undoManager_->removeAllActions();
     open(*fileURL_);
+    undoManager_->removeAllActions();
   }
 }
 
 void Document::save(const fs::path& path, Replacing replacing) {
   const fs::path target = resolved(path);
+  ReplacementDirectory::putBackInterrupted(target);
   requireReplaceable(target, replacing);
   const ReplacementDirectory beside(target);
   const fs::path finished = beside.path() / target.filename();
@@ -88,26 +92,43 @@ void Document::save(const fs::path& path, Replacing replacing) {
   files::synchronize(finished);
   const auto written = package::stamp(finished);
 
-  // Once more, since writing takes its time.
+  // Once more, since writing takes its time, and then on what has come out.
   requireReplaceable(target, replacing);
-  files::replace(target, finished);
+  if (!files::replace(target, finished, [&](const fs::path& former) {
+        return isReplaceable(former, target, replacing);
+      })) {
+    failReplacing(target);
+  }
   fileURL_ = target;
   stamp_ = written;
   updateChangeCount(ChangeType::cleared);
   ReplacementDirectory::removeAbandoned(target);
 }
 
+bool Document::isReplaceable(const fs::path& found, const fs::path& path,
+                             Replacing replacing) const {
+  if (replacing == Replacing::anything) {
+    return true;
+  }
+  try {
+    return path == fileURL_ && package::stamp(found) == stamp_;
+  } catch (const Error&) {
+    // Somebody changes it at this moment.
+    return false;
+  }
+}
+
 void Document::requireReplaceable(const fs::path& path, Replacing replacing) const {
-  const auto found = package::stamp(path);
-  if (!found || replacing == Replacing::anything) {
-    return;
+  if (package::stamp(path) && !isReplaceable(path, path, replacing)) {
+    failReplacing(path);
   }
-  if (path != fileURL_) {
-    throw DocumentError(DocumentError::AlreadyExists{path});
-  }
-  if (found != stamp_) {
+}
+
+void Document::failReplacing(const fs::path& path) const {
+  if (path == fileURL_) {
     throw DocumentError(DocumentError::ChangedElsewhere{path});
   }
+  throw DocumentError(DocumentError::AlreadyExists{path});
 }
 
 }  // namespace corvane

@@ -48,17 +48,20 @@ class Document : public std::enable_shared_from_this<Document> {
   /// (`cleared`). The undo manager's steps count by themselves.
   void updateChangeCount(ChangeType type);
 
-  /// Reads the document from `path`. Throws what read() throws; a document that fails to open is of
-  /// no more use.
+  /// Reads the document from `path`. Where a save there was cut short in a way that left nothing,
+  /// what it was about to replace is put back first. Throws what read() throws; a document that
+  /// fails to open is of no more use.
   void open(const std::filesystem::path& path);
 
-  /// Reads the file again; all changes and undo steps are gone. Throws what read() throws.
+  /// Reads the file again; all changes and undo steps are gone. Throws what read() throws; then the
+  /// document is as it was.
   void revertToSaved();
 
   /// Writes the document to `path`, which becomes its file.
   ///
   /// Throws DocumentError::ChangedElsewhere or AlreadyExists where something stands there that
-  /// `replacing` does not allow to replace, FileError, and what write() throws.
+  /// `replacing` does not allow to replace, also where another program has put it there at the very
+  /// last moment; FileError, and what write() throws.
   void save(const std::filesystem::path& path, Replacing replacing = Replacing::ownFile);
 
   /// `path` as fileURL() of a document there would be.
@@ -66,13 +69,20 @@ class Document : public std::enable_shared_from_this<Document> {
 
   /// The type of a document at `path`, by its name; empty where it is none that is known.
   [[nodiscard]] virtual std::string typeOf(const std::filesystem::path& path) const = 0;
-  /// Reads the content from an existing file.
+  /// Reads the content from an existing file. What it throws leaves content that there was.
   virtual void read(const std::filesystem::path& url, std::string_view type) = 0;
   /// Writes the content to `url`, where nothing stands yet.
   virtual void write(const std::filesystem::path& url, std::string_view type) = 0;
 
+ protected:
+  /// Called after every change of the content, and when it was opened or saved.
+  virtual void changeCountDidChange() {}
+
  private:
+  [[nodiscard]] bool isReplaceable(const std::filesystem::path& found,
+                                   const std::filesystem::path& path, Replacing replacing) const;
   void requireReplaceable(const std::filesystem::path& path, Replacing replacing) const;
+  [[noreturn]] void failReplacing(const std::filesystem::path& path) const;
 
   std::optional<std::filesystem::path> fileURL_;
   std::optional<package::Stamp> stamp_;  ///< of the file when it was opened or saved

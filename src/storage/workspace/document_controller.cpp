@@ -4,6 +4,8 @@
 #include <cassert>
 #include <utility>
 
+#include "platform/system/replacement_directory.h"
+
 namespace corvane {
 namespace {
 
@@ -38,9 +40,47 @@ std::shared_ptr<WorkspaceDocument> DocumentController::openDocument(const fs::pa
     document->open(url);
     documents_.push_back(document);
     showWindow(document);
+    document->checkFileInBackground();
   }
   noteRecentDocument(url);
   return document;
+}
+
+void DocumentController::offerRecovery() {
+  auto copies = WorkingCopy::findAbandoned(surroundings_.temporaryDirectory);
+  if (copies.empty()) {
+    return;
+  }
+  std::vector<std::string> names;
+  for (const auto& copy : copies) {
+    names.push_back(copy->unsaved()->name);
+  }
+  switch (surroundings_.shell->askToRecover(names)) {
+    case DocumentShell::RecoveryAnswer::recover:
+      for (auto& copy : copies) {
+        recover(std::move(copy));
+      }
+      break;
+    case DocumentShell::RecoveryAnswer::later:
+      break;
+    case DocumentShell::RecoveryAnswer::discard:
+      for (auto& copy : copies) {
+        copy->setKept(false);
+      }
+      break;
+  }
+}
+
+void DocumentController::recover(std::unique_ptr<WorkingCopy> copy) {
+  auto document = std::make_shared<WorkspaceDocument>(surroundings_);
+  try {
+    document->recover(std::move(copy));
+  } catch (const Error& error) {
+    surroundings_.shell->presentError(*document, error);
+    return;
+  }
+  documents_.push_back(document);
+  showWindow(document);
 }
 
 std::shared_ptr<WorkspaceDocument> DocumentController::documentAt(const fs::path& url) const {
@@ -140,6 +180,7 @@ std::vector<fs::path> DocumentController::recentDocuments() const {
   for (const auto& path :
        defaults_.stringList(recentDocumentsKey).value_or(std::vector<std::string>())) {
     std::error_code error;
+    ReplacementDirectory::putBackInterrupted(path);
     if (fs::exists(path, error)) {
       recent.emplace_back(path);
     }

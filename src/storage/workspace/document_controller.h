@@ -35,6 +35,11 @@ class DocumentController {
   /// WorkspaceDocument::read throws; then nothing has been opened.
   std::shared_ptr<WorkspaceDocument> openDocument(const std::filesystem::path& path);
 
+  /// Clears away what programs that run no more have left. Where that is unsaved work, asks once
+  /// what is to become of it; what the user wants is opened as drafts called “Recovered …”, beside
+  /// whatever their files hold by now. To be called at a start.
+  void offerRecovery();
+
   /// Saves a document where it was opened or saved last, or else where the user says. False where
   /// the user thinks better of it, or it fails, which the shell has been told then.
   bool saveDocument(const std::shared_ptr<WorkspaceDocument>& document);
@@ -57,6 +62,7 @@ class DocumentController {
   [[nodiscard]] std::shared_ptr<WorkspaceDocument> documentAt(
       const std::filesystem::path& url) const;
   [[nodiscard]] std::string unusedDraftName() const;
+  void recover(std::unique_ptr<WorkingCopy> copy);
   void showWindow(const std::shared_ptr<WorkspaceDocument>& document);
   bool save(const std::shared_ptr<WorkspaceDocument>& document, const std::filesystem::path& path,
             Document::Replacing replacing);

@@ -26,6 +26,12 @@ std::optional<std::string> DocumentError::description() const {
           },
           [](const AlreadyExists& existing) { return nameOf(existing.path) + " already exists."; },
           [](const OpenElsewhere& open) { return nameOf(open.path) + " is open itself."; },
+          [](const Unreadable& unreadable) {
+            return nameOf(unreadable.path) + " cannot be opened: " + unreadable.reason;
+          },
+          [](const Damaged& damaged) {
+            return nameOf(damaged.path) + " is damaged: " + damaged.reason;
+          },
           [](NothingLoaded) {
             return std::string("The workspace could not be read, so there is nothing to save.");
           }},
@@ -38,6 +44,12 @@ std::optional<std::string> DocumentError::recoverySuggestion() const {
   }
   if (std::holds_alternative<AlreadyExists>(case_)) {
     return "Saving replaces what is there.";
+  }
+  if (std::holds_alternative<Unreadable>(case_)) {
+    return "The file has been left as it is.";
+  }
+  if (std::holds_alternative<Damaged>(case_)) {
+    return "The file has been left as it is. Go back to a copy of the workspace.";
   }
   if (std::holds_alternative<OpenElsewhere>(case_)) {
     return "Close it first, or save under another name.";

@@ -35,12 +35,25 @@ class DocumentError : public ErrorValue<DocumentError> {
     std::filesystem::path path;
     friend bool operator==(const OpenElsewhere&, const OpenElsewhere&) = default;
   };
+  /// The files of a workspace hold what cannot be read.
+  struct Unreadable {
+    std::filesystem::path path;
+    /// Where in it and why: "portfolio “Savings”: unknown currency 12345".
+    std::string reason;
+    friend bool operator==(const Unreadable&, const Unreadable&) = default;
+  };
+  /// What a document works with has been damaged since, or was when it was opened.
+  struct Damaged {
+    std::filesystem::path path;
+    std::string reason;
+    friend bool operator==(const Damaged&, const Damaged&) = default;
+  };
   /// Reading the document has failed, so there is nothing that could be saved.
   struct NothingLoaded {
     friend bool operator==(NothingLoaded, NothingLoaded) = default;
   };
-  using Case =
-      std::variant<UnsupportedType, ChangedElsewhere, AlreadyExists, OpenElsewhere, NothingLoaded>;
+  using Case = std::variant<UnsupportedType, ChangedElsewhere, AlreadyExists, OpenElsewhere,
+                            Unreadable, Damaged, NothingLoaded>;
 
   explicit DocumentError(Case what) : case_(std::move(what)) {}
 

@@ -29,6 +29,7 @@ struct DocumentAlert {
 class DocumentShell {
  public:
   enum class ChangesAnswer { save, discard, cancel };
+  enum class RecoveryAnswer { recover, later, discard };
 
   virtual ~DocumentShell() = default;
 
@@ -46,6 +47,10 @@ class DocumentShell {
 
   /// Whether to save in spite of `problem`, which is a ChangedElsewhere or an AlreadyExists.
   virtual bool askToReplace(WorkspaceDocument& document, const DocumentError& problem) = 0;
+
+  /// What is to become of unsaved work that programs which run no more have left, in documents of
+  /// these names; there is at least one.
+  virtual RecoveryAnswer askToRecover(const std::vector<std::string>& names) = 0;
 
   /// Shows `alert` and returns; `pressed` is told the position of the button, at most once.
   virtual void showAlert(WorkspaceDocument& document, const DocumentAlert& alert,

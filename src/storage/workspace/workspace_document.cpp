@@ -1,16 +1,56 @@
 #include "storage/workspace/workspace_document.h"
 
+#include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <iostream>
 #include <map>
 #include <utility>
 
 #include "platform/async/dispatch_queue.h"
+#include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
+namespace {
 
 namespace fs = std::filesystem;
+
+/// The number that `text` starts with, without leading zeros; empty where it starts with none.
+std::string_view leadingNumber(std::string_view text) {
+  const auto end = text.find_first_not_of("0123456789");
+  const std::string_view digits = text.substr(0, end);
+  const auto first = digits.find_first_not_of('0');
+  return digits.empty() ? digits : digits.substr(std::min(first, digits.size() - 1));
+}
+
+/// Whether the build `one` came before `other`. Their parts between the points are compared as
+/// numbers, so that 0.10 comes after 0.9, and parts that are no numbers as texts. A build that
+/// another one only adds parts to came before it.
+bool isEarlierBuild(std::string_view one, std::string_view other) {
+  while (!one.empty() && !other.empty()) {
+    const auto take = [](std::string_view& text) {
+      const auto point = text.find('.');
+      const std::string_view part = text.substr(0, point);
+      text.remove_prefix(point == text.npos ? text.size() : point + 1);
+      return part;
+    };
+    const std::string_view left = take(one);
+    const std::string_view right = take(other);
+    const std::string_view leftNumber = leadingNumber(left);
+    const std::string_view rightNumber = leadingNumber(right);
+    if (!leftNumber.empty() && !rightNumber.empty() && leftNumber != rightNumber) {
+      return leftNumber.size() != rightNumber.size() ? leftNumber.size() < rightNumber.size()
+                                                     : leftNumber < rightNumber;
+    }
+    if (left != right) {
+      return left < right;
+    }
+  }
+  return one.empty() && !other.empty();
+}
+
+}  // namespace
 
 WorkspaceDocument::WorkspaceDocument(WorkspaceSurroundings surroundings)
     : surroundings_(std::move(surroundings)) {
@@ -19,22 +59,80 @@ WorkspaceDocument::WorkspaceDocument(WorkspaceSurroundings surroundings)
 
 WorkspaceDocument::~WorkspaceDocument() {
   closeStore();
-  if (!workingDirectory_) {
-    return;
-  }
-  try {
-    files::remove(*workingDirectory_);
-  } catch (const FileError& error) {
-    std::cout << "Failed to clean up document working temp directory "
-              << workingDirectory_->string() << ": " << error << std::endl;
-  }
 }
 
 const fs::path& WorkspaceDocument::workingDirectoryURL() {
-  if (!workingDirectory_) {
-    workingDirectory_ = files::makePrivateDirectory(surroundings_.temporaryDirectory);
+  if (workingCopy_ == nullptr) {
+    workingCopy_ = std::make_unique<WorkingCopy>(surroundings_.temporaryDirectory);
   }
-  return *workingDirectory_;
+  return workingCopy_->files();
+}
+
+std::string WorkspaceDocument::recoveredName(const WorkingCopy::Unsaved& unsaved) {
+  const std::string start = "Recovered ";
+  return unsaved.name.starts_with(start) ? unsaved.name : start + unsaved.name;
+}
+
+void WorkspaceDocument::recover(std::unique_ptr<WorkingCopy> copy) {
+  assert(copy != nullptr && copy->unsaved() && workingCopy_ == nullptr && !fileURL());
+  setDraftName(recoveredName(*copy->unsaved()));
+  workingCopy_ = std::move(copy);
+  openStore();
+  try {
+    loadGeneralProperties();
+  } catch (const corvane::Error&) {
+    closeStore();
+    throw;
+  }
+  workingCopy_->setKept(false);
+  updateChangeCount(ChangeType::done);
+  if (surroundings_.refreshModel) {
+    surroundings_.refreshModel(model_);
+  }
+}
+
+void WorkspaceDocument::keepUnsavedWork() {
+  if (workingCopy_ != nullptr) {
+    workingCopy_->setKept(workingCopy_->unsaved().has_value());
+  }
+}
+
+void WorkspaceDocument::changeCountDidChange() {
+  if (workingCopy_ == nullptr || model_->portfolioManagers.empty()) {
+    return;
+  }
+  try {
+    if (isDocumentEdited()) {
+      writeGeneralProperties();
+      workingCopy_->setUnsaved(WorkingCopy::Unsaved{displayName(), fileURL()});
+    } else {
+      workingCopy_->setUnsaved(std::nullopt);
+    }
+  } catch (const corvane::Error& error) {
+    // The document is as good as before; only a later start would not find it.
+    std::cout << error << std::endl;
+  }
+}
+
+void WorkspaceDocument::checkFileInBackground() {
+  if (!fileURL() || surroundings_.shell == nullptr) {
+    return;
+  }
+  DispatchQueue::global()->async([weakSelf = weak_from_this(), package = *fileURL()] {
+    const fs::path database = package / databaseName;
+    std::error_code error;
+    const auto size = fs::file_size(database, error);
+    const auto damage = error || size == 0 ? std::nullopt : structuralDamage(database);
+    if (!damage) {
+      return;
+    }
+    DispatchQueue::main()->async([weakSelf, package, reason = *damage] {
+      if (const auto self = weakSelf.lock()) {
+        static_cast<WorkspaceDocument&>(*self).presentError(
+            DocumentError(DocumentError::Damaged{package, reason}));
+      }
+    });
+  });
 }
 
 const std::shared_ptr<QuoteProvider>& WorkspaceDocument::nominalQuoteProviderUnderTest() {
@@ -67,6 +165,9 @@ void WorkspaceDocument::requireType(std::string_view type) {
 
 void WorkspaceDocument::read(const fs::path& url, std::string_view type) {
   requireType(type);
+  if (!model_->portfolioManagers.empty()) {
+    requireReadable(url);
+  }
   closeStore();
   const fs::path& workingDirectory = workingDirectoryURL();
   package::removeFiles(workingDirectory);
@@ -91,7 +192,19 @@ void WorkspaceDocument::read(const fs::path& url, std::string_view type) {
   finishLoading();
 }
 
+/// Reads the package once beforehand, in a document of its own, so that nothing is lost of this one
+/// where that fails.
+void WorkspaceDocument::requireReadable(const fs::path& package) {
+  WorkspaceSurroundings alone = surroundings_;
+  alone.sharedQuoteProvider = [] { return std::make_shared<QuoteProvider>(); };
+  alone.makeQuoteProviderUnderTest = nullptr;
+  alone.refreshModel = nullptr;
+  alone.shell = nullptr;
+  std::make_shared<WorkspaceDocument>(std::move(alone))->open(package);
+}
+
 void WorkspaceDocument::closeStore() {
+  writtenGeneralProperties_.clear();
   model_->portfolioManagers.clear();
   databaseFile_.reset();
 }
@@ -102,7 +215,16 @@ void WorkspaceDocument::openStore() {
     provider = surroundings_.sharedQuoteProvider();
   }
   const fs::path database = workingDirectoryURL() / databaseName;
-  auto manager = StoredPortfolioManager::open(std::move(provider), database);
+  std::shared_ptr<StoredPortfolioManager> manager;
+  std::string portfolio;
+  try {
+    manager = StoredPortfolioManager::open(std::move(provider), database, &portfolio);
+  } catch (const corvane::Error& error) {
+    const std::string where =
+        portfolio.empty() ? std::string(databaseName) : "portfolio “" + portfolio + "”";
+    throw DocumentError(DocumentError::Unreadable{fileForMessages(),
+                                                  where + ": " + error.description().value_or("")});
+  }
   databaseFile_.emplace(database);
   manager->presentError = [weakSelf = weak_from_this()](const corvane::Error& error) {
     if (const auto self = weakSelf.lock()) {
@@ -125,11 +247,12 @@ void WorkspaceDocument::loadGeneralProperties() {
   GeneralProperties properties;
   try {
     properties = GeneralProperties::fromJSON(text);
-  } catch (const JSONError& error) {
-    throw JSONError(
-        std::string(generalPropertiesName) + (error.path.empty() ? "" : ": ") + error.path,
-        error.reason);
+  } catch (const corvane::Error& error) {
+    throw DocumentError(DocumentError::Unreadable{
+        fileForMessages(),
+        std::string(generalPropertiesName) + ": " + error.description().value_or("")});
   }
+  writtenGeneralProperties_ = std::move(text);
 
   std::map<std::string, std::shared_ptr<QuoteProvider>> providers;
   for (const auto& manager : model_->portfolioManagers) {
@@ -157,6 +280,7 @@ void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
   if (model_->portfolioManagers.empty()) {
     throw DocumentError(DocumentError::NothingLoaded());
   }
+  requireSoundStorage();
   writeGeneralProperties();
   for (const auto& manager : model_->portfolioManagers) {
     manager->compactStorage();
@@ -169,7 +293,20 @@ void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
                      package::HeldFile{std::string(databaseName), &*databaseFile_});
 }
 
-void WorkspaceDocument::writeGeneralProperties() {
+void WorkspaceDocument::requireSoundStorage() {
+  for (const auto& manager : model_->portfolioManagers) {
+    const auto stored = std::dynamic_pointer_cast<StoredPortfolioManager>(manager);
+    if (const auto damage = stored ? stored->storageDamage() : std::nullopt) {
+      throw DocumentError(DocumentError::Damaged{fileForMessages(), *damage});
+    }
+  }
+}
+
+fs::path WorkspaceDocument::fileForMessages() const {
+  return fileURL().value_or(displayName());
+}
+
+std::string WorkspaceDocument::generalPropertiesText() const {
   GeneralProperties properties = {
       .appBundleVersion = surroundings_.appBundleVersion,
       .appMarketingVersion = surroundings_.appMarketingVersion,
@@ -181,7 +318,15 @@ void WorkspaceDocument::writeGeneralProperties() {
     properties.watchlistSymbols->push_back(
         {provider ? provider->providerName() : "?", equity->id()});
   }
-  files::writeAtomically(workingDirectoryURL() / generalPropertiesName, properties.json());
+  return properties.json();
+}
+
+void WorkspaceDocument::writeGeneralProperties() {
+  std::string text = generalPropertiesText();
+  if (text != writtenGeneralProperties_) {
+    files::writeAtomically(workingDirectoryURL() / generalPropertiesName, text);
+    writtenGeneralProperties_ = std::move(text);
+  }
 }
 
 void WorkspaceDocument::finishLoading() {
@@ -191,8 +336,7 @@ void WorkspaceDocument::finishLoading() {
   }
   window->setDocumentModel(model_);
   const auto& saved = model_->lastSavedAppVersion;
-  // Build numbers are compared as texts, so that "99" counts as newer than "100".
-  if (!fileURL() || !saved || surroundings_.appBundleVersion >= *saved) {
+  if (!fileURL() || !saved || !isEarlierBuild(surroundings_.appBundleVersion, *saved)) {
     return;
   }
   std::cout << "Compatibility warning when opening " << fileURL()->string()

@@ -12,6 +12,7 @@
 #include "storage/workspace/document.h"
 #include "storage/workspace/document_shell.h"
 #include "storage/workspace/general_properties.h"
+#include "storage/workspace/working_copy.h"
 #include "storage/workspace/workspace_model.h"
 
 namespace corvane {
@@ -39,11 +40,12 @@ struct WorkspaceSurroundings {
   std::shared_ptr<DocumentShell> shell = nullptr;
 
   /// Where working directories are made.
-  std::filesystem::path temporaryDirectory = std::filesystem::temp_directory_path();
+  std::filesystem::path temporaryDirectory = files::temporaryDirectory();
 };
 
 /// Works on a private copy of the package, in which the database is open and locked. Only save()
-/// changes the package itself. Main queue only.
+/// changes the package itself. While there are unsaved changes the copy says so, and holds them,
+/// watchlist and all, so that they are found again when the program is killed. Main queue only.
 class WorkspaceDocument final : public Document {
  public:
   using Model = WorkspaceModel;
@@ -64,6 +66,20 @@ class WorkspaceDocument final : public Document {
   /// Closes the store and removes the working directory.
   ~WorkspaceDocument() override;
 
+  /// Makes this empty document one of the unsaved work in `copy`: a draft that is called after what
+  /// it was, since the file of that name may have gone on without it. Throws what read() throws;
+  /// then the copy stays where it is for another attempt.
+  void recover(std::unique_ptr<WorkingCopy> copy);
+  /// What a document recovered from `unsaved` is called.
+  [[nodiscard]] static std::string recoveredName(const WorkingCopy::Unsaved& unsaved);
+
+  /// Leaves the unsaved work, if there is any, for a later start to find when this document goes.
+  void keepUnsavedWork();
+
+  /// Looks, on a background queue, whether the database in the package is sound, and tells the user
+  /// where it is not. For a document that has just been opened.
+  void checkFileInBackground();
+
   [[nodiscard]] const std::shared_ptr<Model>& model() const { return model_; }
 
   /// A folder in the system's temporary folder that only the user can look into, made on first use
@@ -81,21 +97,29 @@ class WorkspaceDocument final : public Document {
 
   [[nodiscard]] std::string typeOf(const std::filesystem::path& path) const override;
 
-  /// Throws DocumentError::UnsupportedType, WorkspaceDocumentError, FileError, what
-  /// StoredPortfolioManager::open throws, and what GeneralProperties::fromJSON throws. The package
-  /// is never changed.
+  /// Throws DocumentError::UnsupportedType, WorkspaceDocumentError, FileError, and
+  /// DocumentError::Unreadable with what StoredPortfolioManager::open and
+  /// GeneralProperties::fromJSON have to say. The package is never changed. A document that has
+  /// content keeps it where this fails.
   void read(const std::filesystem::path& url, std::string_view type) override;
 
-  /// Throws DocumentError, WorkspaceDocumentError, FileError, SQLiteError and JSONError. The
-  /// document goes on in any case.
+  /// Throws DocumentError, WorkspaceDocumentError, FileError, SQLiteError and JSONError. A database
+  /// that is damaged is never written: then it is DocumentError::Damaged. The document goes on in
+  /// any case.
   void write(const std::filesystem::path& url, std::string_view type) override;
 
  private:
   static void requireType(std::string_view type);
+  void changeCountDidChange() override;
   void closeStore();
   void openStore();
   void loadGeneralProperties();
+  void requireReadable(const std::filesystem::path& package);
+  void requireSoundStorage();
+  [[nodiscard]] std::string generalPropertiesText() const;
   void writeGeneralProperties();
+  /// How messages call the file.
+  [[nodiscard]] std::filesystem::path fileForMessages() const;
   /// Hands the model to the window, and tells the user of a file from a newer program.
   void finishLoading();
   void showCompatibilityAlert();
@@ -103,7 +127,9 @@ class WorkspaceDocument final : public Document {
 
   const WorkspaceSurroundings surroundings_;
   const std::shared_ptr<Model> model_ = std::make_shared<Model>();
-  std::optional<std::filesystem::path> workingDirectory_;
+  std::unique_ptr<WorkingCopy> workingCopy_;
+  /// What stands in the general properties of the working copy.
+  std::string writtenGeneralProperties_;
   std::optional<std::shared_ptr<QuoteProvider>> providerUnderTest_;
   std::weak_ptr<WorkspaceDocumentModelHaving> window_;
   /// Through which the database is copied while it is open; see OpenFile.

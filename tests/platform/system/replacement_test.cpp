@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <set>
 
+#include "platform/system/directory_lock.h"
 #include "platform/system/file_manager.h"
 #include "platform/system/open_file.h"
 #include "platform/system/replacement_directory.h"
@@ -107,6 +108,40 @@ TEST(ReplacementDirectory, GoesWithItsScopeOrAfterItsProgram) {
   ReplacementDirectory::removeAbandoned(target);
   EXPECT_THAT(hidden(), ::testing::UnorderedElementsAre(".Family.6", ".Family.", ".Family.7a",
                                                         ".Other.123", "Family.8"));
+}
+
+TEST(ReplacementDirectory, IsMadeAgainWhereAnotherProgramSweepsItAway) {
+  const testing::TemporaryFolder folder;
+  int made = 0;
+  const auto [path, lock] = DirectoryLock::onNewDirectory([&] {
+    const fs::path directory = folder / ("made " + std::to_string(++made));
+    fs::create_directory(directory);
+    if (made == 1) {
+      fs::remove(directory);
+    }
+    return directory;
+  });
+  EXPECT_EQ(path, folder / "made 2");
+  EXPECT_TRUE(lock.isHeld());
+  EXPECT_FALSE(DirectoryLock::tryLock(path).isHeld());
+}
+
+TEST(Replace, ChangesBackWhatWasNotExpected) {
+  const testing::TemporaryFolder folder;
+  writeText(folder / "file", "of somebody else");
+  writeText(folder / "new", "ours");
+  std::string shown;
+  EXPECT_FALSE(files::replace(folder / "file", folder / "new", [&](const fs::path& former) {
+    shown = readText(former);
+    EXPECT_FALSE(DirectoryLock::tryLock(folder.path()).isHeld()) << "one after the other";
+    return false;
+  }));
+  EXPECT_EQ(shown, "of somebody else");
+  EXPECT_EQ(readText(folder / "file"), "of somebody else");
+  EXPECT_EQ(readText(folder / "new"), "ours");
+  EXPECT_TRUE(
+      files::replace(folder / "file", folder / "new", [](const fs::path&) { return true; }));
+  EXPECT_EQ(readText(folder / "file"), "ours");
 }
 
 TEST(FileStamp, ChangesWithTheFileAndWithItsContent) {
