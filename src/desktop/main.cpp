@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "desktop/app/command_line.h"
@@ -17,6 +18,7 @@
 #include "desktop/look/theme.h"
 #include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo/yahoo_quote_provider.h"
+#include "platform/system/log.h"
 #include "samplemarket/sample_market.h"
 #include "storage/application/watchlist_manager.h"
 
@@ -97,6 +99,7 @@ int render(DesktopApplication& program, const CommandLine& line) {
 }
 
 int run(int argumentCount, char** arguments) {
+  const auto log = Log::listen([](std::string_view line) { std::cout << line << std::endl; });
   QStringList texts;
   for (int i = 1; i < argumentCount; ++i) {
     texts.append(QString::fromLocal8Bit(arguments[i]));

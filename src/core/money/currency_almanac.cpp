@@ -1,10 +1,9 @@
 #include "core/money/currency_almanac.h"
 
 #include <charconv>
-#include <cstdio>
-#include <cstdlib>
-#include <iostream>
 
+#include "platform/fatal_error.h"
+#include "platform/system/log.h"
 #include "platform/system/resources.h"
 
 namespace corvane {
@@ -40,9 +39,8 @@ const Currency::CodeTable& CurrencyAlmanac::allCurrenciesByCode() {
     try {
       parseXMLFile(path, almanac);
     } catch (const XMLError& error) {
-      std::fprintf(stderr, "The list of currencies %s is unusable: %s\n", path.c_str(),
-                   error.description()->c_str());
-      std::abort();
+      fatalError("The list of currencies " + path.string() +
+                 " is unusable: " + *error.description());
     }
     return std::move(almanac.currenciesByCode_);
   }();
@@ -60,7 +58,7 @@ void CurrencyAlmanac::startElement(std::string_view name, const Attributes& /*at
   if (isEntry) {
     profile_ = {};
   } else if (!isAllowed(name)) {
-    std::cout << "Inconsistency in expected ISO 4217 XML format; aborting." << std::endl;
+    Log::write("Inconsistency in expected ISO 4217 XML format; aborting.");
     abortParsing();
     return;
   }
@@ -99,8 +97,7 @@ void CurrencyAlmanac::characters(std::string_view text) {
   } else if (tag == "CcyMnrUnts") {
     profile_.minorUnits = minorUnits(value);
   } else {
-    std::cout << "Unknown currency entry tag \"" << tag << "\" (value \"" << value << "\")"
-              << std::endl;
+    Log::write("Unknown currency entry tag \"", tag, "\" (value \"", value, "\")");
   }
 }
 
@@ -111,7 +108,7 @@ void CurrencyAlmanac::endElement(std::string_view name) {
           *profile_.code,
           Currency{std::string_view(*profile_.code), *profile_.number, *profile_.minorUnits});
     } else {
-      std::cout << "The currency code \"" << *profile_.code << "\" is too long." << std::endl;
+      Log::write("The currency code \"", *profile_.code, "\" is too long.");
     }
   }
   tagStack_.pop_back();

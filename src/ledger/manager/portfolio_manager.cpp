@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <any>
 #include <cassert>
-#include <iostream>
 #include <limits>
 #include <ranges>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "ledger/edits/ledger_journal.h"
 #include "ledger/edits/ledger_rows_edit.h"
 #include "platform/async/notification_center.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -87,7 +87,7 @@ PortfolioManager::PortfolioManager(std::shared_ptr<QuoteProvider> provider,
                                    std::vector<OrderFeature> orderFeatures)
     : calendar(Calendar::current()),
       quoteProvider(std::move(provider)),
-      presentError([](const Error& error) { std::cout << error << std::endl; }),
+      presentError([](const Error& error) { Log::write(error); }),
       recordedTransactionType_(recordedTransactions),
       supportedOrderFeatures_(std::move(orderFeatures)) {}
 

@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 #include <string>
 #include <vector>
 
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -55,7 +55,7 @@ ReplacementDirectory::~ReplacementDirectory() {
   try {
     files::remove(path_);
   } catch (const FileError& error) {
-    std::cout << error << std::endl;
+    Log::write(error);
   }
   if (lock_ >= 0) {
     ::close(lock_);

@@ -6,11 +6,11 @@
 
 #include <cerrno>
 #include <charconv>
-#include <iostream>
 #include <iterator>
 #include <utility>
 
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -99,16 +99,14 @@ void UserDefaults::readAgain() {
   } catch (const FileError& error) {
     isFileUsable_ = error.number == ENOENT;
     if (!isFileUsable_) {
-      std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+      Log::write(*error.description(), " Settings hold for this run only.");
     }
   } catch (const JSONError& error) {
     const auto aside = nameAside(file_);
     std::error_code failed;
     std::filesystem::rename(file_, aside, failed);
-    std::cout << "The settings in “" << file_.string() << "” are damaged (" << *error.description()
-              << "); "
-              << (failed ? "they are overwritten" : "they are kept as “" + aside.string() + "”")
-              << "." << std::endl;
+    Log::write("The settings in “", file_.string(), "” are damaged (", *error.description(), "); ",
+               failed ? "they are overwritten" : "they are kept as “" + aside.string() + "”", ".");
   }
 }
 
@@ -127,7 +125,7 @@ void UserDefaults::apply(Change change) {
     files::writeAtomically(file_, settings_.prettyText() + "\n");
   } catch (const FileError& error) {
     isFileUsable_ = false;
-    std::cout << *error.description() << " Settings hold for this run only." << std::endl;
+    Log::write(*error.description(), " Settings hold for this run only.");
   }
 }
 

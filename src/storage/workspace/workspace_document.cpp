@@ -1,11 +1,11 @@
 #include "storage/workspace/workspace_document.h"
 
 #include <cerrno>
-#include <iostream>
 #include <map>
 #include <utility>
 
 #include "platform/async/dispatch_queue.h"
+#include "platform/system/log.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
@@ -25,8 +25,8 @@ WorkspaceDocument::~WorkspaceDocument() {
   try {
     files::remove(*workingDirectory_);
   } catch (const FileError& error) {
-    std::cout << "Failed to clean up document working temp directory "
-              << workingDirectory_->string() << ": " << error << std::endl;
+    Log::write("Failed to clean up document working temp directory ", workingDirectory_->string(),
+               ": ", error);
   }
 }
 
@@ -195,8 +195,8 @@ void WorkspaceDocument::finishLoading() {
   if (!fileURL() || !saved || surroundings_.appBundleVersion >= *saved) {
     return;
   }
-  std::cout << "Compatibility warning when opening " << fileURL()->string()
-            << ": saved with version " << *saved << "." << std::endl;
+  Log::write("Compatibility warning when opening ", fileURL()->string(), ": saved with version ",
+             *saved, ".");
   DispatchQueue::main()->async([weakSelf = weak_from_this()] {
     if (const auto self = weakSelf.lock()) {
       static_cast<WorkspaceDocument&>(*self).showCompatibilityAlert();
@@ -228,7 +228,7 @@ void WorkspaceDocument::presentError(const corvane::Error& error) {
   if (surroundings_.shell) {
     surroundings_.shell->presentError(*this, error);
   } else {
-    std::cout << error << std::endl;
+    Log::write(error);
   }
 }
 
