@@ -16,7 +16,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/system_appearance.h"
 #include "desktop/look/theme.h"
-#include "desktop/workspace/main_window.h"
+#include "desktop/app/main_window.h"
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/system/log.h"
 #include "samplemarket/sample_market.h"

@@ -12,7 +12,7 @@
 #include "desktop/app/desktop_application.h"
 #include "desktop/invented_market.h"
 #include "desktop/look/theme.h"
-#include "desktop/workspace/main_window.h"
+#include "desktop/app/main_window.h"
 #include "desktop/workspace/workspace_view.h"
 #include "support/ledger_builder.h"
 #include "support/temporary_folder.h"

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "platform/fatal_error.h"
+#include "platform/system/file_manager.h"
 #include "platform/system/log.h"
 #include "platform/system/resources.h"
 
@@ -37,8 +38,8 @@ const Currency::CodeTable& CurrencyAlmanac::allCurrenciesByCode() {
     const auto path = resourcePath(xmlFilename);
     CurrencyAlmanac almanac;
     try {
-      parseXMLFile(path, almanac);
-    } catch (const XMLError& error) {
+      parseXML(files::read(path), almanac);
+    } catch (const Error& error) {
       fatalError("The list of currencies " + path.string() +
                  " is unusable: " + *error.description());
     }
