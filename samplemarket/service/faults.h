@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "samplemarket/prices/noise.h"
-#include "samplemarket/sample_market.h"
 #include "samplemarket/service/answer.h"
+#include "samplemarket/service/fault_rule.h"
 
 namespace corvane::samplemarket {
 

@@ -6,18 +6,20 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "desktop/app/command_line.h"
 #include "desktop/app/desktop_application.h"
 #include "desktop/app/first_paint.h"
+#include "desktop/app/main_window.h"
 #include "desktop/app/screen_renderer.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/system_appearance.h"
 #include "desktop/look/theme.h"
-#include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 #include "platform/system/user_defaults.h"
 #include "samplemarket/sample_market.h"
 #include "storage/application/watchlist_manager.h"
@@ -114,6 +116,7 @@ int render(DesktopApplication& program, const CommandLine& line) {
 }
 
 int run(int argumentCount, char** arguments) {
+  const auto log = Log::listen([](std::string_view line) { std::cout << line << std::endl; });
   QStringList texts;
   for (int i = 1; i < argumentCount; ++i) {
     texts.append(QString::fromLocal8Bit(arguments[i]));

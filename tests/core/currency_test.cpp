@@ -7,6 +7,7 @@
 
 #include "core/money/currency_almanac.h"
 #include "platform/system/resources.h"
+#include "support/log_capture.h"
 
 namespace corvane {
 namespace {
@@ -59,12 +60,12 @@ TEST(CurrencyAlmanac, LetsTheLastEntryOfACodeWin) {
 TEST(CurrencyAlmanac, SaysWhatItDoesNotUnderstandAndKeepsWhatItHas) {
   const std::string entry =
       "<CcyNtry><Ccy>CAD</Ccy><CcyNbr>124</CcyNbr><CcyMnrUnts>2</CcyMnrUnts></CcyNtry>";
-  ::testing::internal::CaptureStdout();
+  const testing::LogCapture log;
   EXPECT_EQ(read("<CcyNtry><Odd>7</Odd></CcyNtry>" + entry + "<Odd/>" +
                  "<CcyNtry><Ccy>USD</Ccy><CcyNbr>840</CcyNbr><CcyMnrUnts>2</CcyMnrUnts></CcyNtry>")
                 .size(),
             1U);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+  EXPECT_EQ(log.text(),
             "Unknown currency entry tag \"Odd\" (value \"7\")\n"
             "Inconsistency in expected ISO 4217 XML format; aborting.\n");
   EXPECT_TRUE(CurrencyAlmanac::currenciesIn("<other/>").empty());

@@ -10,9 +10,9 @@
 #include <memory>
 
 #include "desktop/app/desktop_application.h"
+#include "desktop/app/main_window.h"
 #include "desktop/invented_market.h"
 #include "desktop/look/theme.h"
-#include "desktop/workspace/main_window.h"
 #include "desktop/workspace/workspace_view.h"
 #include "support/ledger_builder.h"
 #include "support/temporary_folder.h"

@@ -11,6 +11,7 @@
 #include "marketdata/yahoo/yahoo_provider_error.h"
 #include "marketdata/yahoo_loopback_service.h"
 #include "platform/system/user_defaults.h"
+#include "support/log_capture.h"
 #include "support/temporary_folder.h"
 
 namespace corvane {
@@ -97,10 +98,10 @@ TEST_F(YahooSessionTest, AsksAgainAfterEveryKindOfRefusal) {
                                      {.body = "half an answer", .dropsConnection = true},
                                      {.body = "good"},
                                      {.body = "later"}});
-  ::testing::internal::CaptureStdout();
+  const testing::LogCapture log;
   open();
   EXPECT_TRUE(get(send(Service::quotePath, true)));
-  const std::string printed = ::testing::internal::GetCapturedStdout();
+  const std::string printed = log.text();
   for (const char* line :
        {"Yahoo bootstrapping failed: No cookies acquired.\n", "Received 1 cookies from Yahoo.\n",
         "Yahoo bootstrapping failed: Crumb response: Too Many Requests\n",

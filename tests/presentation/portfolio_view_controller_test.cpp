@@ -6,6 +6,7 @@
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/screen/segue.h"
 #include "storage/application/watchlist_manager.h"
+#include "support/log_capture.h"
 
 namespace corvane::testing {
 namespace {
@@ -231,9 +232,9 @@ TEST_F(PortfolioViewControllerTest, WarnsOfWhatCouldNotBePriced) {
   buySomeOfEach();
   closes.erase("XYZ");
   closes.erase(prices->exchangeRateEquity(Currency::usd(), Currency::cad())->id());
-  ::testing::internal::CaptureStdout();
+  const LogCapture capture;
   show();
-  const std::string log = ::testing::internal::GetCapturedStdout();
+  const std::string log = capture.text();
   EXPECT_THAT(log, HasSubstr("Failed to fetch past performance for XYZ: "));
   EXPECT_THAT(log, HasSubstr("Failed to fetch exchange rates for USD: "));
   EXPECT_EQ(screen->warning(),

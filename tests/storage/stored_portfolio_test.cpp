@@ -2,6 +2,7 @@
 
 #include "ledger/manager/portfolio_property_changer.h"
 #include "storage/stored_ledger.h"
+#include "support/log_capture.h"
 
 namespace corvane::testing {
 namespace {
@@ -324,11 +325,10 @@ TEST(StoredLedgers, WithADamagedRowStayEmptyAndRefuseEdits) {
     ledger.record({ledger.make.deposit("100"), ledger.make.buy("10", "60")});
     ledger.reopen();
     ledger.manager->database().executeScript(damage.sql);
-    ::testing::internal::CaptureStdout();
+    const LogCapture log;
     EXPECT_TRUE(ledger.rows().empty());
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-              "Stored portfolio failed to load transactions: " +
-                  damage.error.description().value_or("") + "\n");
+    EXPECT_EQ(log.text(), "Stored portfolio failed to load transactions: " +
+                              damage.error.description().value_or("") + "\n");
     EXPECT_EQ(*errorOf([&] { ledger.record({ledger.make.deposit("1")}); }), damage.error);
     EXPECT_EQ(ledger.query("SELECT count(*) FROM transactions"), "2\n");
   }

@@ -1,9 +1,9 @@
 #include "core/money/currency.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <string>
 
 #include "core/money/currency_almanac.h"
+#include "platform/fatal_error.h"
 
 namespace corvane {
 namespace {
@@ -30,8 +30,7 @@ Currency::NumberTable currenciesByNumber(const Currency::CodeTable& currencies) 
   Currency::NumberTable table;
   for (const auto& [code, currency] : currencies) {
     if (!table.emplace(currency.number, currency).second) {
-      std::fprintf(stderr, "Duplicate values for key: '%d'\n", currency.number);
-      std::abort();
+      fatalError("Duplicate values for key: '" + std::to_string(currency.number) + "'");
     }
   }
   return table;

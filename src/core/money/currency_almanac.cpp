@@ -1,10 +1,10 @@
 #include "core/money/currency_almanac.h"
 
 #include <charconv>
-#include <cstdio>
-#include <cstdlib>
-#include <iostream>
 
+#include "platform/fatal_error.h"
+#include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 #include "platform/system/resources.h"
 
 namespace corvane {
@@ -38,11 +38,10 @@ const Currency::CodeTable& CurrencyAlmanac::allCurrenciesByCode() {
     const auto path = resourcePath(xmlFilename);
     CurrencyAlmanac almanac;
     try {
-      parseXMLFile(path, almanac);
-    } catch (const XMLError& error) {
-      std::fprintf(stderr, "The list of currencies %s is unusable: %s\n", path.c_str(),
-                   error.description()->c_str());
-      std::abort();
+      parseXML(files::read(path), almanac);
+    } catch (const Error& error) {
+      fatalError("The list of currencies " + path.string() +
+                 " is unusable: " + *error.description());
     }
     return std::move(almanac.currenciesByCode_);
   }();
@@ -60,7 +59,7 @@ void CurrencyAlmanac::startElement(std::string_view name, const Attributes& /*at
   if (isEntry) {
     profile_ = {};
   } else if (!isAllowed(name)) {
-    std::cout << "Inconsistency in expected ISO 4217 XML format; aborting." << std::endl;
+    Log::write("Inconsistency in expected ISO 4217 XML format; aborting.");
     abortParsing();
     return;
   }
@@ -99,8 +98,7 @@ void CurrencyAlmanac::characters(std::string_view text) {
   } else if (tag == "CcyMnrUnts") {
     profile_.minorUnits = minorUnits(value);
   } else {
-    std::cout << "Unknown currency entry tag \"" << tag << "\" (value \"" << value << "\")"
-              << std::endl;
+    Log::write("Unknown currency entry tag \"", tag, "\" (value \"", value, "\")");
   }
 }
 
@@ -111,7 +109,7 @@ void CurrencyAlmanac::endElement(std::string_view name) {
           *profile_.code,
           Currency{std::string_view(*profile_.code), *profile_.number, *profile_.minorUnits});
     } else {
-      std::cout << "The currency code \"" << *profile_.code << "\" is too long." << std::endl;
+      Log::write("The currency code \"", *profile_.code, "\" is too long.");
     }
   }
   tagStack_.pop_back();

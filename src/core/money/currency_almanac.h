@@ -12,7 +12,7 @@
 namespace corvane {
 
 /// Gathers currencies from list one of ISO 4217, as the maintenance agency publishes it in XML. A
-/// format fault prints a line on the standard output and costs the entry that it stands in; a fault
+/// format fault writes a line to the log and costs the entry that it stands in; a fault
 /// in the nesting ends the reading, with the entries finished by then.
 class CurrencyAlmanac : public XMLHandler {
  public:

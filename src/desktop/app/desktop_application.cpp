@@ -3,10 +3,10 @@
 #include <QApplication>
 #include <QSessionManager>
 
+#include "desktop/app/main_window.h"
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
-#include "desktop/workspace/main_window.h"
 #include "marketdata/yahoo/network_activity_monitor.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/resources.h"

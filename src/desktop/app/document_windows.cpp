@@ -3,11 +3,11 @@
 #include <QFileInfo>
 #include <algorithm>
 
+#include "desktop/app/main_window.h"
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
-#include "desktop/workspace/main_window.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::desktop {

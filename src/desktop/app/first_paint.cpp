@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <utility>
 
-#include "desktop/workspace/main_window.h"
+#include "desktop/app/main_window.h"
 
 namespace corvane::desktop {
 

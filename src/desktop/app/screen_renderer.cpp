@@ -10,10 +10,10 @@
 #include <QTimer>
 #include <cerrno>
 
+#include "desktop/app/main_window.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
-#include "desktop/workspace/main_window.h"
 #include "desktop/workspace/workspace_view.h"
 #include "platform/system/file_manager.h"
 

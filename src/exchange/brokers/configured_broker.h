@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cassert>
-#include <iostream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,6 +10,7 @@
 #include "exchange/brokers/import_export_broker.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/data/json.h"
+#include "platform/system/log.h"
 #include "platform/system/user_defaults.h"
 
 namespace corvane {
@@ -80,7 +80,7 @@ class ConfiguredBroker
     try {
       userDefaults_->set(key_, configuration_->json().text());
     } catch (const Error& error) {
-      std::cout << "Erorr while persisting configuration: " << error << std::endl;
+      Log::write("Erorr while persisting configuration: ", error);
     }
   }
 

@@ -1,7 +1,6 @@
 #include "exchange/imports/portfolio_transactions_importer.h"
 
 #include <algorithm>
-#include <iostream>
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
@@ -234,7 +233,6 @@ void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField
   BasicTransaction::Kind kind = row.kind();
   auto note = row.note(kind);
   transactionsToRecord_.push_back({std::move(kind), *tradeDate, *settlementDate, std::move(note)});
-  std::cout << "Importing transaction: " << transactionsToRecord_.back() << '\n';
 }
 
 std::optional<Date> PortfolioTransactionsImporter::dateIn(const ValuesByField& values,

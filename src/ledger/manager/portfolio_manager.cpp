@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <any>
 #include <cassert>
-#include <iostream>
 #include <limits>
 #include <ranges>
 #include <utility>
@@ -16,6 +15,7 @@
 #include "ledger/edits/ledger_rows_edit.h"
 #include "ledger/edits/recording_check.h"
 #include "platform/async/notification_center.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -110,7 +110,7 @@ PortfolioManager::PortfolioManager(std::shared_ptr<QuoteProvider> provider,
                                    std::vector<OrderFeature> orderFeatures)
     : calendar(Calendar::current()),
       quoteProvider(std::move(provider)),
-      presentError([](const Error& error) { std::cout << error << std::endl; }),
+      presentError([](const Error& error) { Log::write(error); }),
       recordedTransactionType_(recordedTransactions),
       supportedOrderFeatures_(std::move(orderFeatures)) {}
 

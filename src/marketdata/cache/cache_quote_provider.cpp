@@ -1,7 +1,6 @@
 #include "marketdata/cache/cache_quote_provider.h"
 
 #include <cassert>
-#include <iostream>
 #include <typeinfo>
 #include <utility>
 
@@ -10,6 +9,7 @@
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/class_name.h"
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -38,7 +38,7 @@ CacheQuoteProvider::~CacheQuoteProvider() {
   try {
     database_.close();
   } catch (const SQLiteError& error) {
-    std::cout << "Failed to close cache database: " << error.message << std::endl;
+    Log::write("Failed to close cache database: ", error.message);
   }
 }
 
@@ -63,8 +63,7 @@ EquityPointer CacheQuoteProvider::equityWithId(std::string_view id) {
       loadEquityRow(*equity, row);
     }
   } catch (const Error& error) {
-    std::cout << "Error while fetching or updating equity " << id << " from cache: " << error
-              << std::endl;
+    Log::write("Error while fetching or updating equity ", id, " from cache: ", error);
   }
   return equity;
 }

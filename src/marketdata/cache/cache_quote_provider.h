@@ -41,7 +41,7 @@ class CacheQuoteProvider : public QuoteProvider {
   [[nodiscard]] static std::filesystem::path defaultLocation(const QuoteProvider& source);
 
   /// As the base, with the fields of the equity's row where the equity is not authoritative yet.
-  /// What fails is printed.
+  /// What fails goes to the log.
   [[nodiscard]] EquityPointer equityWithId(std::string_view id) override;
   /// Finds the equity whose id is `text`, if its row is there.
   void searchEquities(std::string text, EquitiesCompletion completion) override;

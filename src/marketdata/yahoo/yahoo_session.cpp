@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <iostream>
 #include <random>
 #include <utility>
 
@@ -12,6 +11,7 @@
 #include "marketdata/yahoo/yahoo_provider_error.h"
 #include "marketdata/yahoo/yahoo_response.h"
 #include "platform/net/url_components.h"
+#include "platform/system/log.h"
 #include "platform/text/formats/date_formatter.h"
 #include "platform/text/unicode/utf8.h"
 
@@ -27,11 +27,6 @@ ErrorPointer bootstrapFailed(std::string text) {
 /// A request that fails as a bad URL where there is none.
 URLRequest requestFor(const std::optional<std::string>& url, HTTPHeaders headers) {
   return {.url = url.value_or(""), .headers = std::move(headers)};
-}
-
-/// One line on the standard output, whole also where several threads print.
-void print(const std::string& line) {
-  std::cout << line + "\n" << std::flush;
 }
 
 std::string withCrumb(const std::string& url, const std::string& crumb) {
@@ -149,7 +144,7 @@ void YahooSession::receiveCookies(Result<HTTPResponse> response) {
     refuseAccess(bootstrapFailed("No cookies acquired."), namedPause(*response));
     return;
   }
-  print("Received " + std::to_string(count) + " cookies from Yahoo.");
+  Log::write("Received ", count, " cookies from Yahoo.");
   askForCrumb();
 }
 
@@ -180,7 +175,7 @@ void YahooSession::receiveCrumb(Result<HTTPResponse> response) {
     refuseAccess(YahooProviderError(YahooProviderError::HTTPResponse{response->statusCode}).copy(),
                  pause);
   } else {
-    print("Received crumb \"" + crumb + "\" from Yahoo.");
+    Log::write("Received crumb \"", crumb, "\" from Yahoo.");
     grantAccess(crumb);
   }
 }
@@ -201,7 +196,7 @@ void YahooSession::grantAccess(std::string crumb) {
 
 void YahooSession::refuseAccess(const ErrorPointer& error, double namedPause) {
   const std::string text = error->description().value_or("unknown reason");
-  print("Yahoo bootstrapping failed: " + text);
+  Log::write("Yahoo bootstrapping failed: ", text);
   std::random_device random;
   const double chance = std::uniform_real_distribution<double>(0, 1)(random);
   const std::lock_guard lock(mutex_);

@@ -3,8 +3,6 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -14,6 +12,7 @@
 
 #include "platform/async/clamped_duration.h"
 #include "platform/async/thread_pool.h"
+#include "platform/fatal_error.h"
 
 namespace corvane {
 namespace {
@@ -80,9 +79,7 @@ class AnyQueue : public DispatchQueue {
     const bool isMainThread = std::this_thread::get_id() == mainThread.load();
     const Frame* caller = currentFrame == nullptr && isMainThread ? &mainFrame : currentFrame;
     if (wouldDeadlock(*this, caller)) {
-      std::fprintf(stderr, "Deadlock: sync onto the queue \"%s\", which waits for its caller.\n",
-                   label_.c_str());
-      std::abort();
+      fatalError("Deadlock: sync onto the queue \"" + label_ + "\", which waits for its caller.");
     }
     // Shared, since the block may still be in release() when the caller has gone on.
     const auto done = std::make_shared<std::binary_semaphore>(0);

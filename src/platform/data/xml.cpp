@@ -5,8 +5,6 @@
 #include <exception>
 #include <memory>
 
-#include "platform/system/file_manager.h"
-
 namespace corvane {
 namespace {
 
@@ -121,23 +119,12 @@ class Parse {
 }  // namespace
 
 std::optional<std::string> XMLError::description() const {
-  return line == 0 ? reason
-                   : "Line " + std::to_string(line) + ", column " + std::to_string(column) + ": " +
-                         reason + ".";
+  return "Line " + std::to_string(line) + ", column " + std::to_string(column) + ": " + reason +
+         ".";
 }
 
 void parseXML(std::string_view document, XMLHandler& handler) {
   Parse(handler).run(document);
-}
-
-void parseXMLFile(const std::filesystem::path& path, XMLHandler& handler) {
-  std::string document;
-  try {
-    document = files::read(path);
-  } catch (const FileError& error) {
-    throw XMLError(*error.description(), 0, 0);
-  }
-  parseXML(document, handler);
 }
 
 }  // namespace corvane

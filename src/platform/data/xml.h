@@ -1,7 +1,6 @@
 // Reading XML as a series of events.
 #pragma once
 
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,7 +17,7 @@ class XMLError : public ErrorValue<XMLError> {
       : reason(std::move(what)), line(atLine), column(atColumn) {}
 
   std::string reason;
-  std::size_t line;    ///< from 1; 0 where the file itself could not be read
+  std::size_t line;    ///< from 1
   std::size_t column;  ///< in bytes, from 1
 
   [[nodiscard]] std::optional<std::string> description() const override;
@@ -53,8 +52,5 @@ class XMLHandler {
 /// Events up to the fault have been told by then. An exception of the handler ends the parse and
 /// goes on to the caller. Any thread.
 void parseXML(std::string_view document, XMLHandler& handler);
-
-/// As parseXML, of the file at `path`.
-void parseXMLFile(const std::filesystem::path& path, XMLHandler& handler);
 
 }  // namespace corvane

@@ -1,12 +1,12 @@
 #include "platform/system/replacement_directory.h"
 
 #include <algorithm>
-#include <iostream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -64,7 +64,7 @@ ReplacementDirectory::~ReplacementDirectory() {
   try {
     files::remove(path_);
   } catch (const FileError& error) {
-    std::cout << error << std::endl;
+    Log::write(error);
   }
 }
 

@@ -15,7 +15,7 @@ class ReplacementDirectory {
   explicit ReplacementDirectory(const std::filesystem::path& target);
   ReplacementDirectory(const ReplacementDirectory&) = delete;
   ReplacementDirectory& operator=(const ReplacementDirectory&) = delete;
-  /// Removes the folder; where that fails, one line on the standard output tells.
+  /// Removes the folder; where that fails, one line of the log tells.
   ~ReplacementDirectory();
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }

@@ -6,11 +6,11 @@
 
 #include <cerrno>
 #include <charconv>
-#include <iostream>
 #include <iterator>
 #include <utility>
 
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -117,7 +117,7 @@ ErrorPointer UserDefaults::problem() const {
 
 void UserDefaults::giveUpFile(const Error& problem) {
   problem_ = problem.copy();
-  std::cout << problem << " Settings hold for this run only." << std::endl;
+  Log::write(problem, " Settings hold for this run only.");
 }
 
 void UserDefaults::readAgain() {
@@ -133,10 +133,8 @@ void UserDefaults::readAgain() {
     const auto aside = nameAside(file_);
     std::error_code failed;
     std::filesystem::rename(file_, aside, failed);
-    std::cout << "The settings in “" << file_.string() << "” are damaged (" << *error.description()
-              << "); "
-              << (failed ? "they are overwritten" : "they are kept as “" + aside.string() + "”")
-              << "." << std::endl;
+    Log::write("The settings in “", file_.string(), "” are damaged (", *error.description(), "); ",
+               failed ? "they are overwritten" : "they are kept as “" + aside.string() + "”", ".");
   }
 }
 

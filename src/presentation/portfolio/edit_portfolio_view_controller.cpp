@@ -1,10 +1,9 @@
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 #include "ledger/manager/portfolio_property_changer.h"
+#include "platform/fatal_error.h"
 #include "platform/overloaded.h"
 #include "platform/text/unicode/locale.h"
 
@@ -22,8 +21,7 @@ Currency currencyOfUser() {
 
 void EditPortfolioViewController::load() {
   if (!behaviour) {
-    std::fputs("The behaviour mode must be set prior to loading the view.\n", stderr);
-    std::abort();
+    fatalError("The behaviour mode must be set prior to loading the view.");
   }
   loadCurrencies();
   std::visit(Overloaded{[this](const Create& mode) {

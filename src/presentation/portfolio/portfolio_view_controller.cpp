@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <iostream>
 #include <utility>
 
 #include "platform/overloaded.h"
+#include "platform/system/log.h"
 #include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio/portfolio_chart.h"
 #include "presentation/portfolio/portfolio_date_presets.h"
@@ -248,14 +248,12 @@ void PortfolioViewController::take(PortfolioManager::FetchDailySnapshotsResult r
       std::make_shared<const PortfolioSnapshotGroup>(std::move(result.snapshotGroup));
   incompleteEquities_.clear();
   for (const auto& [equity, error] : result.fetchErrorsByEquity) {
-    std::cout << "Failed to fetch past performance for " << equity->id() << ": " << *error
-              << std::endl;
+    Log::write("Failed to fetch past performance for ", equity->id(), ": ", *error);
     incompleteEquities_.insert(equity);
   }
   incompleteCurrencies_.clear();
   for (const auto& [currency, error] : result.fetchErrorsByCurrency) {
-    std::cout << "Failed to fetch exchange rates for " << currency.code << ": " << *error
-              << std::endl;
+    Log::write("Failed to fetch exchange rates for ", currency.code, ": ", *error);
     incompleteCurrencies_.insert(currency);
   }
 }

@@ -1,9 +1,8 @@
 #include "storage/application/info_dictionary.h"
 
-#include <cstdlib>
-#include <iostream>
-
+#include "platform/fatal_error.h"
 #include "platform/system/file_manager.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 
@@ -11,7 +10,7 @@ InfoDictionary InfoDictionary::fromFile(const std::filesystem::path& file) {
   try {
     return InfoDictionary(JSONValue::parse(files::read(file)));
   } catch (const Error& error) {
-    std::cout << "The program's description cannot be read: " << error << std::endl;
+    Log::write("The program's description cannot be read: ", error);
     return InfoDictionary(JSONValue::Object());
   }
 }
@@ -33,9 +32,8 @@ std::optional<std::string> InfoDictionary::find(std::string_view key) const {
 std::string InfoDictionary::required(std::string_view key) const {
   const auto value = find(key);
   if (!value) {
-    std::cerr << "The program is not packaged as it should be: " << fileName << " has no " << key
-              << "." << std::endl;
-    std::abort();
+    fatalError("The program is not packaged as it should be: " + std::string(fileName) +
+               " has no " + std::string(key) + ".");
   }
   return *value;
 }

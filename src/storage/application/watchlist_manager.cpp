@@ -1,16 +1,11 @@
 #include "storage/application/watchlist_manager.h"
 
-#include <iostream>
 #include <iterator>
-#include <sstream>
+
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
-
-/// In one piece, since lines come from several threads.
-void printLine(const std::string& line) {
-  std::cout << line + "\n" << std::flush;
-}
 
 EquitySet difference(EquitySet equities, const EquitySet& others) {
   std::erase_if(equities, [&](const EquityPointer& equity) { return others.contains(equity); });
@@ -97,24 +92,24 @@ void WatchlistManager::refreshPortfolios() {
   refreshEquitySet(
       difference(valuationEquities(portfolios), recentlyRefreshedWatchlistEquities_),
       [group] { group.enter(); }, [group](bool) { group.leave(); });
-  group.notify(DispatchQueue::main(), [weakSelf = weak_from_this(),
-                                       post = poster(didRefreshPortfolioEquities, portfolios),
-                                       count = portfolios.size()] {
-    printLine("Watchlist finished refreshing " + std::to_string(count) + " portfolios.");
-    post();
-    const auto self = weakSelf.lock();
-    if (self == nullptr) {
-      return;
-    }
-    auto& timers = self->portfolioRefreshTimers_;
-    std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
-    timers.push_back(
-        Timer::scheduled(self->intervals_.portfolioRefreshInterval, false, [weakSelf](Timer&) {
-          if (const auto manager = weakSelf.lock()) {
-            manager->refreshPortfolios();
-          }
-        }));
-  });
+  group.notify(DispatchQueue::main(),
+               [weakSelf = weak_from_this(), post = poster(didRefreshPortfolioEquities, portfolios),
+                count = portfolios.size()] {
+                 Log::write("Watchlist finished refreshing ", count, " portfolios.");
+                 post();
+                 const auto self = weakSelf.lock();
+                 if (self == nullptr) {
+                   return;
+                 }
+                 auto& timers = self->portfolioRefreshTimers_;
+                 std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
+                 timers.push_back(Timer::scheduled(self->intervals_.portfolioRefreshInterval, false,
+                                                   [weakSelf](Timer&) {
+                                                     if (const auto manager = weakSelf.lock()) {
+                                                       manager->refreshPortfolios();
+                                                     }
+                                                   }));
+               });
 }
 
 void WatchlistManager::refreshModel(const std::shared_ptr<WorkspaceModel>& model) {
@@ -181,11 +176,9 @@ void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<
         std::to_string(partition.size()) + " equities in " + provider->providerName();
     provider->refreshEquities(std::move(partition), [subject, ended](const ErrorPointer& error) {
       if (error == nullptr) {
-        printLine("Watchlist refreshed " + subject + ".");
+        Log::write("Watchlist refreshed ", subject, ".");
       } else {
-        std::ostringstream line;
-        line << "Watchlist error occurred while refreshing " << subject << ": " << *error;
-        printLine(line.str());
+        Log::write("Watchlist error occurred while refreshing ", subject, ": ", *error);
       }
       ended(error == nullptr);
     });

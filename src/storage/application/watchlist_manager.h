@@ -17,8 +17,8 @@ namespace corvane {
 /// Refreshes the equities of all watchlists on a fast timer and those that the portfolios hold on a
 /// slow one, each provider's in one call, and tells of what is in by notification.
 ///
-/// A refresh that fails is printed and tried again with the next timer. Main queue only; the two
-/// notifications are posted where the provider's completion runs, or on the main queue.
+/// A refresh that fails is told in the log and tried again with the next timer. Main queue only;
+/// the two notifications are posted where the provider's completion runs, or on the main queue.
 class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   struct Passkey {};
 

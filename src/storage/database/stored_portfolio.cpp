@@ -1,9 +1,9 @@
 #include "storage/database/stored_portfolio.h"
 
-#include <iostream>
 #include <utility>
 
 #include "platform/data/json.h"
+#include "platform/system/log.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
@@ -39,7 +39,7 @@ std::vector<TransactionPointer>& StoredPortfolio::storedTransactions() {
     loadFailure_ = nullptr;
   } catch (const Error& error) {
     loadFailure_ = error.copy();
-    std::cout << "Stored portfolio failed to load transactions: " << error << std::endl;
+    Log::write("Stored portfolio failed to load transactions: ", error);
   }
   return storedTransactions_;
 }

@@ -41,7 +41,7 @@ struct PortfolioSettings {
 };
 
 /// A portfolio whose rows are read from the database when they are first asked for. Rows that
-/// cannot be read leave the ledger empty, say so on the standard output, and keep it from being
+/// cannot be read leave the ledger empty, say so in the log, and keep it from being
 /// changed.
 class StoredPortfolio : public Portfolio, public std::enable_shared_from_this<StoredPortfolio> {
  public:

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <iostream>
 #include <map>
 #include <span>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "ledger/accounting/calendar_years.h"
 #include "platform/data/sqlite_transaction.h"
+#include "platform/system/log.h"
 #include "storage/database/ledger_reader.h"
 #include "storage/database/ledger_writer.h"
 #include "storage/database/portfolio_schema.h"
@@ -118,7 +118,7 @@ StoredPortfolioManager::~StoredPortfolioManager() {
   try {
     database_.close();
   } catch (const SQLiteError& error) {
-    std::cout << "Failed to close portfolio database: " << error.message << std::endl;
+    Log::write("Failed to close portfolio database: ", error.message);
   }
 }
 

@@ -3,11 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <iostream>
 #include <tuple>
 #include <utility>
 
 #include "platform/data/json.h"
+#include "platform/system/log.h"
 
 namespace corvane {
 namespace {
@@ -84,8 +84,8 @@ WorkingCopy::~WorkingCopy() {
     corvane::files::remove(folder_ / noteName);
     corvane::files::remove(folder_);
   } catch (const FileError& error) {
-    std::cout << "Failed to clean up document working temp directory " << folder_.string() << ": "
-              << error << std::endl;
+    Log::write("Failed to clean up document working temp directory ", folder_.string(), ": ",
+               error);
   }
 }
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
-#include <iostream>
 #include <map>
 #include <utility>
 
 #include "platform/async/dispatch_queue.h"
+#include "platform/system/log.h"
 #include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
@@ -110,7 +110,7 @@ void WorkspaceDocument::changeCountDidChange() {
     }
   } catch (const corvane::Error& error) {
     // The document is as good as before; only a later start would not find it.
-    std::cout << error << std::endl;
+    Log::write(error);
   }
 }
 
@@ -339,8 +339,8 @@ void WorkspaceDocument::finishLoading() {
   if (!fileURL() || !saved || !isEarlierBuild(surroundings_.appBundleVersion, *saved)) {
     return;
   }
-  std::cout << "Compatibility warning when opening " << fileURL()->string()
-            << ": saved with version " << *saved << "." << std::endl;
+  Log::write("Compatibility warning when opening ", fileURL()->string(), ": saved with version ",
+             *saved, ".");
   DispatchQueue::main()->async([weakSelf = weak_from_this()] {
     if (const auto self = weakSelf.lock()) {
       static_cast<WorkspaceDocument&>(*self).showCompatibilityAlert();
@@ -372,7 +372,7 @@ void WorkspaceDocument::presentError(const corvane::Error& error) {
   if (surroundings_.shell) {
     surroundings_.shell->presentError(*this, error);
   } else {
-    std::cout << error << std::endl;
+    Log::write(error);
   }
 }
 

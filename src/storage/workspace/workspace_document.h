@@ -36,7 +36,7 @@ struct WorkspaceSurroundings {
   std::string appBundleVersion;
   std::string appMarketingVersion;
 
-  /// Null where nobody sits in front of the program; its alerts and errors are printed then.
+  /// Null where nobody sits in front of the program; its errors go to the log then.
   std::shared_ptr<DocumentShell> shell = nullptr;
 
   /// Where working directories are made.

@@ -94,17 +94,5 @@ TEST(XML, StopsWhenTheHandlerAsksForItOrThrows) {
   EXPECT_EQ(throwing.events, "<a><b>");
 }
 
-TEST(XML, NamesAFileThatCannotBeRead) {
-  Recorder recorder;
-  try {
-    parseXMLFile("/nonexistent/file.xml", recorder);
-    FAIL();
-  } catch (const XMLError& error) {
-    EXPECT_EQ(error.description(),
-              "Cannot read “/nonexistent/file.xml”: No such file or directory.");
-  }
-  EXPECT_THROW(parseXMLFile("/", recorder), XMLError);
-}
-
 }  // namespace
 }  // namespace corvane

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <thread>
 
+#include "support/log_capture.h"
 #include "support/temporary_folder.h"
 
 namespace corvane {
@@ -61,10 +62,10 @@ TEST_F(UserDefaultsTest, PutsADamagedFileAsideAndSaysSoOnce) {
   writeText(folder / "settings.json.damaged", "an earlier one");
   for (const std::string content : {"{\"a\":", "[1]", "\xFF", ""}) {
     writeText(file, content);
-    ::testing::internal::CaptureStdout();
+    const testing::LogCapture log;
     UserDefaults defaults(file);
     defaults.set("b", true);
-    const std::string said = ::testing::internal::GetCapturedStdout();
+    const std::string said = log.text();
     EXPECT_THAT(said, HasSubstr("are damaged"));
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
     EXPECT_EQ(defaults.boolean("b"), true);
@@ -130,11 +131,11 @@ TEST_F(UserDefaultsTest, LosesNothingToATextThatIsNotUTF8) {
 TEST_F(UserDefaultsTest, HoldsASettingThatCannotBeWritten) {
   std::filesystem::create_directory(folder / "folder");
   for (const auto& unusable : {folder / "absent/settings.json", folder / "folder"}) {
-    ::testing::internal::CaptureStdout();
+    const testing::LogCapture log;
     UserDefaults defaults(unusable);
     defaults.set("b", true);
     defaults.set("c", true);
-    const std::string said = ::testing::internal::GetCapturedStdout();
+    const std::string said = log.text();
     EXPECT_THAT(said, HasSubstr("Settings hold for this run only."));
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
     EXPECT_EQ(defaults.boolean("b"), true);

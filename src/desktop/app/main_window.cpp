@@ -1,4 +1,4 @@
-#include "desktop/workspace/main_window.h"
+#include "desktop/app/main_window.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,0 +1,13 @@
+#include "platform/fatal_error.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace corvane {
+
+void fatalError(std::string_view message) {
+  std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
+  std::abort();
+}
+
+}  // namespace corvane

@@ -1,0 +1,128 @@
+// House rules that can be read off the text of the sources: small rooms, short functions, no
+// printing in libraries, nothing that nobody uses, assertions in every build.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The text of all sources under the named folders, by their path from the root.
+std::map<std::string, std::string> sourcesIn(const std::vector<std::string>& folders) {
+  const fs::path root = CORVANE_SOURCE_ROOT;
+  std::map<std::string, std::string> sources;
+  for (const std::string& folder : folders) {
+    for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
+      if (entry.path().extension() == ".h" || entry.path().extension() == ".cpp") {
+        std::ostringstream text;
+        text << std::ifstream(entry.path()).rdbuf();
+        sources.emplace(entry.path().lexically_relative(root).generic_string(), text.str());
+      }
+    }
+  }
+  return sources;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+/// The functions of `text` with more than 70 lines, by their first line. A function begins with a
+/// line that opens a brace at most one level deep, and ends with the brace in the same column.
+std::vector<std::string> longFunctions(const std::string& text) {
+  static const std::regex opening(R"(^( {0,2})[^ }].*\).*\{$)");
+  static const std::regex noFunction(R"(^ *(class|struct|enum|namespace) .*|.*= \{$)");
+  constexpr std::size_t mostLines = 70;
+  std::vector<std::string> found;
+  std::string first;
+  std::string ending;
+  std::size_t begin = 0;
+  const std::vector<std::string> lines = linesOf(text);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    std::smatch match;
+    if (!first.empty()) {
+      if (lines[i].starts_with(ending)) {
+        if (i - begin + 1 > mostLines) {
+          found.push_back(first + " (" + std::to_string(i - begin + 1) + " lines)");
+        }
+        first.clear();
+      }
+    } else if (std::regex_match(lines[i], match, opening) &&
+               !std::regex_match(lines[i], noFunction)) {
+      first = lines[i];
+      ending = match[1].str() + "}";
+      begin = i;
+    }
+  }
+  return found;
+}
+
+TEST(Tidiness, RoomsHaveADozenTypesAtMost) {
+  std::map<std::string, int> headers;
+  for (const auto& [path, text] : sourcesIn({"src", "samplemarket"})) {
+    if (path.ends_with(".h")) {
+      ++headers[path.substr(0, path.rfind('/'))];
+    }
+  }
+  EXPECT_GT(headers.size(), 30U);
+  for (const auto& [room, count] : headers) {
+    EXPECT_LE(count, 12) << room << " wants to be two rooms";
+  }
+}
+
+TEST(Tidiness, FunctionsFitOnAPage) {
+  for (const auto& [path, text] : sourcesIn({"src"})) {
+    EXPECT_THAT(longFunctions(text), ::testing::IsEmpty()) << path;
+  }
+}
+
+TEST(Tidiness, CountsTheLinesOfFunctions) {
+  std::string body;
+  for (int i = 0; i < 68; ++i) {
+    body += "    x();\n";
+  }
+  EXPECT_THAT(longFunctions("void f() {\n" + body + "}\n"), ::testing::IsEmpty());
+  EXPECT_THAT(longFunctions("void f() {\n" + body + "  y();\n}\n"), ::testing::SizeIs(1));
+  EXPECT_THAT(longFunctions("class A {\n  void f() const {\n" + body + "    y();\n  }\n};\n"),
+              ::testing::SizeIs(1));
+  EXPECT_THAT(longFunctions("class A {\n" + body + body + "};\n"), ::testing::IsEmpty());
+}
+
+TEST(Tidiness, OnlyTheShellsPrint) {
+  static const std::regex printing(
+      R"((std::(cout|cerr|clog)|\b(printf|fprintf|puts|fputs)\(|<iostream>))");
+  const std::set<std::string> exceptions = {
+      "src/platform/fatal_error.cpp",  // the last words of the program
+  };
+  for (const auto& [path, text] : sourcesIn({"src"})) {
+    const bool isShell = path.starts_with("src/desktop/") || path.starts_with("src/cli/");
+    if (!isShell && !exceptions.contains(path)) {
+      EXPECT_FALSE(std::regex_search(text, printing)) << path << " prints; is it for the Log?";
+    }
+  }
+}
+
+TEST(Tidiness, AssertionsAreOnInThisBuild) {
+#ifdef NDEBUG
+  FAIL() << "NDEBUG is defined: assertions are off";
+#endif
+}
+
+}  // namespace
+}  // namespace corvane
