@@ -4,8 +4,9 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPixmap>
-#include <QTest>
 #include <cmath>
 #include <memory>
 
@@ -99,7 +100,10 @@ void hover(benchmark::State& state) {
   int x = 0;
   for (auto _ : state) {
     x = (x + 37) % 1200;
-    QTest::mouseMove(plot, QPoint(120 + x, 300));
+    const QPointF point(120 + x, 300);
+    QMouseEvent move(QEvent::MouseMove, point, plot->mapToGlobal(point), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(plot, &move);
     ShownChart::paint();
   }
 }

@@ -44,6 +44,7 @@ class ChartWidgetTest : public ::testing::Test {
     for (int i = 0; i < 100; ++i) {
       chart.interactiveDataSet->entries.push_back({double(i), 100.0 + i});
     }
+    chart.changeHandler();
     chart.keyText = [](std::size_t index) { return "day " + std::to_string(index); };
     chart.tooltipProvider = [](std::size_t index) {
       return AttributedText("tip " + std::to_string(index));

@@ -161,11 +161,10 @@ void PieChartWidget::place() {
     list_->setGeometry(area.left() + besideSide + spacing::medium, area.center().y() - height / 2,
                        area.width() - besideSide - spacing::medium, height);
   } else {
-    // The list takes what it needs for all slices, as long as the ring stays the larger part.
+    // The list takes what it needs for all slices, as long as it leaves the ring two fifths.
     const int wanted = rowHeight * rows + spacing::tight;
-    const int side =
-        std::clamp(area.height() - wanted - spacing::narrow, std::min(area.height() / 2, belowSide),
-                   std::max(std::min(area.height() / 2, belowSide), belowSide));
+    const int least = std::min(area.height() * 2 / 5, belowSide);
+    const int side = std::clamp(area.height() - wanted - spacing::narrow, least, belowSide);
     ring_->setGeometry(area.center().x() - side / 2, area.top(), side, side);
     list_->setGeometry(area.left(), area.top() + side + spacing::narrow, area.width(),
                        area.height() - side - spacing::narrow);

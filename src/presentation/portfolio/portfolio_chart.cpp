@@ -16,8 +16,8 @@ namespace {
 constexpr double fillAlpha = 0.5;
 /// How far bands fade into the background: every other one starts further on its way, so that no
 /// two neighbours look alike.
-constexpr double mostFading = 0.3;
-constexpr double fadingOfEveryOther = 0.45;
+constexpr double mostFading = 0.2;
+constexpr double fadingOfEveryOther = 0.4;
 constexpr double netDepositsWidth = 2;
 constexpr std::string_view netDepositsLabel = "Net Deposits";
 
