@@ -140,12 +140,31 @@ class BarReading {
     // A running bar of a day or more bears the time of the last trade instead of its start.
     const bool isRunning =
         timestamp == chart_.meta.regularMarketTime && *request_.interval >= QuoteInterval::oneDay;
-    const Date from = isRunning ? periods_.recent().lower() : timestamp;
+    const Date from = isRunning ? startOfSessionAt(timestamp) : timestamp;
     Date to = request_.calendar.dateByAdding(span_, from).value_or(from);
     if (const DateRange* period = periods_.containing(from)) {
       to = std::min(to, period->upper());
     }
     return {from, to};
+  }
+
+  /// The start of the session in which the last trade was made. After a close the service soon
+  /// tells the next session only; the trade then belongs to its own day, whose session began at the
+  /// same time of day.
+  [[nodiscard]] Date startOfSessionAt(Date lastTrade) const {
+    const Date recent = periods_.recent().lower();
+    if (recent <= lastTrade) {
+      return recent;
+    }
+    const auto day = request_.calendar.dateComponents(
+        {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}, lastTrade);
+    auto opening = request_.calendar.dateComponents(
+        {CalendarUnit::hour, CalendarUnit::minute, CalendarUnit::second}, recent);
+    for (const CalendarUnit unit : {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}) {
+      opening.set(unit, day.get(unit));
+    }
+    const Date start = request_.calendar.date(opening).value_or(lastTrade);
+    return start <= lastTrade ? start : lastTrade;
   }
 
   const ChartResult& chart_;
@@ -206,6 +225,9 @@ bool YahooTradingPeriods::endAt(Date date) const {
 }
 
 void applyChart(EquityInfo& equity, const Meta& meta, const YahooTradingPeriods& periods) {
+  if (!equity.firstTradeDate) {
+    equity.firstTradeDate = meta.firstTradeDate;
+  }
   equity.recentTradingPeriod = periods.recent();
   setRecentPrice(equity, meta.regularMarketPrice, meta.regularMarketTime);
 }
@@ -223,6 +245,11 @@ QuoteFetchResult fetchResult(const ChartResult& chart, const YahooTradingPeriods
   }
   std::vector<Quote> bars = BarReading(chart, periods, request, reach).bars();
   const DateRange durable = durableRange(bars, *request.interval, reach);
+  if (request.dates) {
+    // The service adds the running bar to charts of any past, and the whole first week or month to
+    // ranges that begin within it.
+    std::erase_if(bars, [&](const Quote& bar) { return !request.dates->contains(bar.fromDate); });
+  }
   return {.quotes = std::move(bars),
           .prices = PriceAdjustment::adjustedForSplits,
           .events = std::move(events),
