@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/market/quote_provider.h"
+#include "marketdata/yahoo/price_unit.h"
 #include "marketdata/yahoo/yahoo_equity_details.h"
 
 namespace corvane {
@@ -37,7 +38,13 @@ Fraction ratioOf(const Events::Split& split) {
   return {whole(split.numerator), whole(split.denominator)};
 }
 
-std::vector<EquityEvent> eventsOf(const std::optional<Events>& events) {
+/// What the figures of a chart are told in. A chart that names no known currency may still tell
+/// events, whose figures are then taken as they are.
+PriceUnit unitOf(const Meta& meta) {
+  return PriceUnit::withCode(meta.currency).value_or(PriceUnit{Currency::noCurrency()});
+}
+
+std::vector<EquityEvent> eventsOf(const std::optional<Events>& events, const PriceUnit& unit) {
   std::vector<EquityEvent> list;
   if (events && events->splits) {
     for (const auto& [key, split] : *events->splits) {
@@ -47,7 +54,7 @@ std::vector<EquityEvent> eventsOf(const std::optional<Events>& events) {
   }
   if (events && events->dividends) {
     for (const auto& [key, dividend] : *events->dividends) {
-      list.push_back({dividend.date, EquityEvent::Dividend{dividend.amount},
+      list.push_back({dividend.date, EquityEvent::Dividend{unit.amount(dividend.amount)},
                       PriceAdjustment::adjustedForSplits});
     }
   }
@@ -115,10 +122,10 @@ class BarReading {
       }
       bars.push_back({.fromDate = dates.lower(),
                       .toDate = dates.upper(),
-                      .open = (*open)[i],
-                      .close = (*close)[i],
-                      .low = (*low)[i],
-                      .high = (*high)[i],
+                      .open = unit_.amount((*open)[i]),
+                      .close = unit_.amount((*close)[i]),
+                      .low = unit_.amount((*low)[i]),
+                      .high = unit_.amount((*high)[i]),
                       .volume = (*volume)[i],
                       .isPartial = dates.lower() < reach_.lower() || dates.upper() > reach_.upper(),
                       .isCached = false});
@@ -129,7 +136,7 @@ class BarReading {
  private:
   void requireCurrency() const {
     const std::string_view expected = request_.currency.code;
-    if (chart_.meta.currency != expected) {
+    if (std::string_view(unit_.currency.code) != expected) {
       throw QuoteProviderError(
           QuoteProviderError::CurrencyMismatch{std::string(expected), chart_.meta.currency});
     }
@@ -171,6 +178,7 @@ class BarReading {
   const YahooTradingPeriods& periods_;
   const YahooChartRequest& request_;
   const DateRange reach_;
+  const PriceUnit unit_ = unitOf(chart_.meta);
   const DateComponents span_ = dateComponents(*request_.interval);
 };
 
@@ -229,14 +237,14 @@ void applyChart(EquityInfo& equity, const Meta& meta, const YahooTradingPeriods&
     equity.firstTradeDate = meta.firstTradeDate;
   }
   equity.recentTradingPeriod = periods.recent();
-  setRecentPrice(equity, meta.regularMarketPrice, meta.regularMarketTime);
+  setRecentPrice(equity, unitOf(meta).amount(meta.regularMarketPrice), meta.regularMarketTime);
 }
 
 QuoteFetchResult fetchResult(const ChartResult& chart, const YahooTradingPeriods& periods,
                              const YahooChartRequest& request) {
   assert(!chart.indicators.quote.empty());
   const DateRange reach = reachOf(chart.meta, request.dates.value_or(periods.recent()));
-  std::vector<EquityEvent> events = eventsOf(chart.events);
+  std::vector<EquityEvent> events = eventsOf(chart.events, unitOf(chart.meta));
   if (!request.interval) {
     return {.quotes = std::nullopt,
             .prices = std::nullopt,

@@ -128,11 +128,21 @@ std::vector<std::string> readFindings(const Result<HTTPResponse>& response) {
 
 using EquitiesById = std::unordered_map<std::string, EquityPointer>;
 
+/// The equity that an element of an answer is about, or null. The service calls the pair of the US
+/// dollar with another currency by the other's code at times: "CAD=X" for "USDCAD=X".
+EquityPointer equityFor(const std::string& symbol, const EquitiesById& equities) {
+  auto found = equities.find(symbol);
+  if (found == equities.end() && symbol.size() == 5 && symbol.ends_with("=X")) {
+    found = equities.find("USD" + symbol);
+  }
+  return found == equities.end() ? nullptr : found->second;
+}
+
 ErrorPointer applyDetails(const EquitiesById& equities, const std::vector<QuoteResult>& results) {
   try {
     for (const QuoteResult& details : results) {
-      if (const auto found = equities.find(details.symbol); found != equities.end()) {
-        applyQuoteResult(*found->second, details);
+      if (const EquityPointer equity = equityFor(details.symbol, equities)) {
+        applyQuoteResult(*equity, details);
       }
     }
     return nullptr;
@@ -198,6 +208,13 @@ void deliver(Chart chart, const EquityPointer& equity, const ChartOrder& order,
       [chart = std::move(chart), request, completion = std::move(completion)]() mutable {
         completion(resultOf([&] { return fetchResult(chart.result, chart.periods, request); }));
       });
+}
+
+/// Whether this is the id of a pair with the neutral currency, which nobody trades.
+bool isNoPair(std::string_view id) {
+  const std::string_view none = Currency::noCurrency().code;
+  return id.size() == 8 && id.ends_with("=X") &&
+         (id.starts_with(none) || id.substr(3).starts_with(none));
 }
 
 bool isServedInChunks(const QuoteQuery::Subject& subject) {
@@ -276,6 +293,7 @@ EquityPointer YahooQuoteProvider::exchangeRateEquity(const Currency& from, const
 
 void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
                                          RefreshCompletion completion) {
+  std::erase_if(equities, [](const EquityPointer& equity) { return isNoPair(equity->id()); });
   if (equities.empty()) {
     QuoteProvider::refreshEquities({}, std::move(completion));
     return;
@@ -303,6 +321,10 @@ void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
 void YahooQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,
                                      QuoteCompletion completion) {
   assert(adjuster != nullptr);
+  if (isNoPair(query.equity->id())) {
+    QuoteProvider::fetchQuotes(std::move(query), std::move(adjuster), std::move(completion));
+    return;
+  }
   const ChartOrder order = orderFor(query);
   const EquityPointer equity = query.equity;
   auto adjust = [adjuster = std::move(adjuster), query = std::move(query),

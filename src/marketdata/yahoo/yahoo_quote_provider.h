@@ -45,6 +45,8 @@ class YahooQuoteProvider : public QuoteProvider {
   /// As the base, with the first trade that charts of this run have told.
   [[nodiscard]] EquityPointer equityWithId(std::string_view id) override;
 
+  /// A pair with the neutral currency is none: nothing of it is asked for, and a fetch answers
+  /// QuoteProviderError::NotAvailable.
   [[nodiscard]] EquityPointer exchangeRateEquity(const Currency& from, const Currency& to) override;
 
   /// Reads the details of all `equities`, whose ids are distinct, with one request. The first
