@@ -81,6 +81,20 @@ TEST(CachedEquity, OfARowThatAnotherProgramRemovedIsWrittenAnew) {
   EXPECT_EQ(world.rows("SELECT fromDate, toDate FROM coverage"), "20|30");
 }
 
+/// Another program empties the file, and its equity gets the id that this one's had.
+TEST(CachedEquity, DoesNotTakeTheBarsOfAnother) {
+  const CacheWorld world;
+  world.cover(daily(marketNominal), range(0, 10));
+  world.tamper("PRAGMA foreign_keys = ON; DELETE FROM equities;");
+  {
+    CacheQuoteProvider other(world.file);
+    other.storeFetchResult(answer(range(0, 20), {{bar(0, 10)}}),
+                           {other.equityWithId("XYZ"), range(0, 20), daily(marketNominal)});
+  }
+  EXPECT_EQ(world.plan(range(0, 10), daily(marketNominal)).missingQueries.size(), 1U);
+  EXPECT_THAT(*world.read(range(0, 10), daily(marketNominal)).quotes, IsEmpty());
+}
+
 TEST(CachedEquity, HasNoPeriodThatEndsBeforeItStarts) {
   const CacheWorld world;
   fill(*world.equity);
@@ -131,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadRow{"UPDATE equities SET timeZoneName = NULL;",
                inconsistency("We should always have complete rows in the equities table.")},
         BadRow{"UPDATE equities SET identifier = 'XYZ';",
-               inconsistency("Identifier for ABC.TO has changed!")},
+               QuoteProviderError(QuoteProviderError::NotAvailable{})},
         BadRow{"UPDATE equities SET timeZoneName = 'Mars/Olympus', symbol = 'changed';",
                QuoteProviderError(QuoteProviderError::UnrecognizedTimeZone{"Mars/Olympus"})},
         BadRow{"UPDATE equities SET currencyCode = 'ZZZZZZZZZ', symbol = 'changed';",

@@ -86,7 +86,10 @@ class MarketChain {
                      .webHost = market.host(),
                      .port = market.port(),
                      .userAgent = "Test/1",
-                     .pauses = {.first = 0.02, .longest = 0.1, .untilRequestsEndThem = 0.05}});
+                     .pauses = {.first = 0.02,
+                                .longest = 0.1,
+                                .untilRequestsEndThem = 0.05,
+                                .requestLimit = secondsForAccess}});
   }
   CacheQuoteProvider& cache() const { return *provider->smartQuoteProvider->cacheProvider; }
 
@@ -168,6 +171,8 @@ class MarketChain {
     return ranges;
   }
 
+  /// How long providers that are opened from here on wait for access.
+  double secondsForAccess = 60;
   TemporaryFolder folder;
   std::filesystem::path file = folder / "Cache.sqlite3";
   SampleMarket market;

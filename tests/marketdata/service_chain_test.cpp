@@ -134,7 +134,7 @@ TEST_F(ServiceChainTest, FindsSharesFundsAndPairs) {
   EXPECT_THAT(search("thrale"), ElementsAre("THRAL.L Thrale & Mossop plc"));
   EXPECT_THAT(search("eur/cad"), ElementsAre("EURCAD=X EUR → CAD"));
   EXPECT_THAT(search("new york hundred"), SizeIs(0)) << "an index cannot be held";
-  EXPECT_THAT(search("dunvale"), SizeIs(0)) << "pence are no currency";
+  EXPECT_THAT(search("dunvale"), ElementsAre("DUNVL.L Dunvale Stores plc"));
 }
 
 TEST_F(ServiceChainTest, ReadsTheDetailsOfEquities) {
@@ -146,13 +146,16 @@ TEST_F(ServiceChainTest, ReadsTheDetailsOfEquities) {
   EXPECT_EQ(tokyo->recentDate, at("Asia/Tokyo", 2026, 3, 10, 15, 30));
   EXPECT_GT(tokyo->recentPrice, tokyo->previousClosePrice.value() / 2);
 
-  const auto pence = provider->equityWithId("HARKS.L");
   const auto unknown = provider->equityWithId("NONE");
-  const auto error = refresh({unknown, pence});
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(*error, QuoteProviderError(QuoteProviderError::UnsupportedCurrency{"GBp"}));
-  EXPECT_FALSE(pence->isAuthoritative);
+  EXPECT_EQ(refresh({unknown}), nullptr);
   EXPECT_FALSE(unknown->isAuthoritative);
+
+  // Prices in pence are read in pounds, those of charts too.
+  const auto pence = refreshed("HARKS.L");
+  EXPECT_EQ(pence->currency.code, "GBP");
+  const auto told = fetch(pence, now - 9 * day, now, QuoteInterval::oneDay).value();
+  EXPECT_EQ(told.quotes->back().close, pence->recentPrice);
+  EXPECT_LT(pence->recentPrice, Decimal(100));
 }
 
 TEST_F(ServiceChainTest, FetchesBarsOfEveryLength) {

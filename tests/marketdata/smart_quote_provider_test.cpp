@@ -256,9 +256,12 @@ TEST_F(SmartQuoteProviderTest, RefusesAnAnswerWithoutTheListSought) {
 }
 
 TEST_F(SmartQuoteProviderTest, FailsWithWhatTheCacheRefusesToKeep) {
-  const auto result = fetch(dailyQuotes(abc, {onDay(1), onDay(2) + 0.5}, adjustedForSplits));
-  EXPECT_EQ(*result.error(),
-            *anError("Date range does not represent an integral number of seconds."));
+  source->events["ABC"] = {split(3, 2, 1), dividend(5, Decimal(1))};
+  source->events["ABC"].back().priceAdjustment = marketNominal;
+  const auto result = fetch(dailyQuotes(abc, days(1, 8), adjustedForSplits));
+  ASSERT_FALSE(result);
+  EXPECT_EQ(*result.error(), *anError("Events have heterogeneous price adjustments and/or do not "
+                                      "match the query."));
 }
 
 TEST_F(SmartQuoteProviderTest, AnswersWithNothingWhereTheSourceHasNothingToAsk) {

@@ -149,7 +149,7 @@ TEST_F(YahooQuoteProviderTest, EndsARefreshAtTheFirstEquityThatItCannotRead) {
   const std::vector<Case> cases = {
       {"exchangeTimezoneName", "Mars/Olympus",
        QuoteProviderError::UnrecognizedTimeZone{"Mars/Olympus"}},
-      {"currency", "GBp", QuoteProviderError::UnsupportedCurrency{"GBp"}},
+      {"currency", "GBq", QuoteProviderError::UnsupportedCurrency{"GBq"}},
       {"shortName", "A long name/CAD", QuoteProviderError::UnsupportedCurrency{"A long name"}}};
   for (const Case& wrong : cases) {
     const auto first = provider->equityWithId("FIRST");
@@ -283,11 +283,11 @@ TEST_F(YahooQuoteProviderTest, KnowsThatNothingWasBeforeTheFirstTrade) {
 TEST_F(YahooQuoteProviderTest, LeavesTheEquityUpdatedWhenTheBarsCannotBeUsed) {
   const auto abc = equity();
   server.script(Service::chartPath,
-                {{.body = chartAnswerWith("chart.result.0.meta.currency", "GBp")}});
+                {{.body = chartAnswerWith("chart.result.0.meta.currency", "EUR")}});
   const auto result = fetch(minutes(abc));
   ASSERT_FALSE(result);
   EXPECT_EQ(*result.error(),
-            QuoteProviderError(QuoteProviderError::CurrencyMismatch{"USD", "GBp"}));
+            QuoteProviderError(QuoteProviderError::CurrencyMismatch{"USD", "EUR"}));
   EXPECT_EQ(abc->recentPrice, Decimal::fromString("10.23"));
 }
 

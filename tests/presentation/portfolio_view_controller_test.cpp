@@ -94,11 +94,23 @@ TEST_F(PortfolioViewControllerTest, ShowsAnEmptyPortfolio) {
   show();
   EXPECT_EQ(screen->heading().value, "Empty portfolio");
   EXPECT_TRUE(screen->heading().summary.isEmpty());
+  EXPECT_TRUE(screen->chart.isEmpty());
+  EXPECT_EQ(screen->chart.noDataText, "Nothing was held on these days.");
   EXPECT_EQ(screen->datesPicker.startDate(), (YearMonthDay{2021, 1, 1}));
   EXPECT_EQ(screen->datesPicker.endDate(), (YearMonthDay{2021, 12, 31}));
   EXPECT_TRUE(screen->datesPicker.isPresetMenuHidden());
   EXPECT_EQ(screen->warning(), "");
   EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST_F(PortfolioViewControllerTest, SaysInWordsWhatNoChartCanShow) {
+  buySomeOfEach();
+  show();
+  screen->datesPicker.chooseStartDate({2021, 3, 2});
+  screen->datesPicker.chooseEndDate({2021, 3, 2});
+  settle();
+  EXPECT_TRUE(screen->chart.isEmpty());
+  EXPECT_THAT(screen->chart.noDataText, StartsWith("CA$1,000.00 on March 2, 2021."));
 }
 
 TEST_F(PortfolioViewControllerTest, HeadsWithTheValueAtTheStalestPrice) {
@@ -168,8 +180,19 @@ TEST_F(PortfolioViewControllerTest, StacksTheSeriesUpToTheTotal) {
   const ChartDataSet& top = *screen->chart.interactiveDataSet;
   EXPECT_THAT(top.entries, SizeIs(11)) << "the days to today, and the one before";
   EXPECT_EQ(top.entries.back().x, 10);
-  EXPECT_EQ(top.fill, Colour(Colour::Name::systemBlue).withAlpha(0.5));
-  EXPECT_FALSE(screen->chart.noninteractiveDataSets()[2].fill);
+  const auto& others = screen->chart.noninteractiveDataSets();
+  EXPECT_EQ(others[0].fill, Colour(Colour::Name::systemBlue).withAlpha(0.5));
+  EXPECT_NE(others[1].fill, others[0].fill) << "neighbours differ in their tone";
+  EXPECT_NE(top.fill, others[1].fill);
+  EXPECT_FALSE(others[2].fill);
+  EXPECT_EQ(top.entries.back().base, 1020) << "a band stands on the one below";
+  std::vector<std::string> legend;
+  for (const ChartLegendEntry& entry : screen->chart.legend()) {
+    legend.push_back(entry.label);
+  }
+  EXPECT_THAT(legend, ElementsAre("XYZ", "ABC", "CAD", "Net Deposits"));
+  ASSERT_THAT(screen->chart.xAxisLimitLines, SizeIs(10)) << "one for each of the chosen days";
+  EXPECT_EQ(screen->chart.xAxisLimitLines.front().label, "Mar 01");
   EXPECT_EQ(screen->chart.accessibleText,
             "From CA$0.00 on February 28, 2021 to CA$1,220.00 on March 10, 2021.");
   screen->chart.pointerMovedTo(3);

@@ -1,5 +1,7 @@
 #include "core/market/equity_info.h"
 
+#include <algorithm>
+
 namespace corvane {
 
 EquityInfo::EquityInfo(std::string id, std::weak_ptr<QuoteProvider> provider)
@@ -10,7 +12,9 @@ EquityInfo::EquityInfo(std::string id, std::weak_ptr<QuoteProvider> provider)
       id_(std::move(id)) {}
 
 DateRange EquityInfo::fullDateRange() const {
-  return {firstTradeDate.value_or(Date::distantPast()), recentDate.value_or(Date::distantFuture())};
+  const Date end = recentDate.value_or(Date::distantFuture());
+  // A service may tell a first trade after the last one.
+  return {std::min(firstTradeDate.value_or(Date::distantPast()), end), end};
 }
 
 std::string EquityInfo::description() const {
@@ -22,9 +26,12 @@ bool operator==(const EquityInfo& left, const EquityInfo& right) {
   if (&left == &right) {
     return true;
   }
+  // Ids never change, so that most comparisons on other threads touch nothing that a refresh sets.
+  if (left.id_ != right.id_) {
+    return false;
+  }
   const auto leftProvider = left.quoteProvider.lock();
-  return leftProvider != nullptr && leftProvider == right.quoteProvider.lock() &&
-         left.id_ == right.id_;
+  return leftProvider != nullptr && leftProvider == right.quoteProvider.lock();
 }
 
 std::ostream& operator<<(std::ostream& out, const EquityInfo& equity) {

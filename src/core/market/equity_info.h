@@ -47,6 +47,8 @@ class EquityInfo {
   std::optional<Decimal> recentPrice;
   std::optional<Decimal> previousClosePrice;  ///< close of the session before the latest
   std::optional<Date> recentDate;             ///< when recentPrice was paid
+  /// Why the latest refresh brought no price of this equity, in words for the user.
+  std::optional<std::string> refreshProblem;
 
   /// From the first trade to the latest price; the distant past or future where one is not known.
   [[nodiscard]] DateRange fullDateRange() const;

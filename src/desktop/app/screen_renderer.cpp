@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPixmap>
 #include <QTabWidget>
@@ -11,6 +12,7 @@
 #include <cerrno>
 
 #include "desktop/app/main_window.h"
+#include "desktop/charts/chart_widget.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
@@ -97,6 +99,30 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
     write(name + QLatin1Char('-') + slug(tabs.tabText(tab)));
   }
   tabs.setCurrentIndex(shownBefore);
+  renderCursor(name);
+}
+
+/// The first chart with its cursor on a value, and with a span selected.
+void ScreenRenderer::renderCursor(const QString& name) {
+  for (ChartWidget* chart : window_.findChildren<ChartWidget*>()) {
+    if (!chart->isVisible() || chart->chart().isEmpty()) {
+      continue;
+    }
+    const auto press = [&](int key, Qt::KeyboardModifiers modifiers) {
+      QKeyEvent event(QEvent::KeyPress, key, modifiers);
+      QApplication::sendEvent(chart, &event);
+    };
+    press(Qt::Key_Home, Qt::NoModifier);
+    for (int i = 0; i < 5; ++i) {
+      press(Qt::Key_Right, Qt::ControlModifier);
+    }
+    write(name + QStringLiteral("-chart-cursor"));
+    press(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
+    press(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
+    write(name + QStringLiteral("-chart-selection"));
+    press(Qt::Key_Escape, Qt::NoModifier);
+    return;
+  }
 }
 
 void ScreenRenderer::renderForms() {
@@ -134,6 +160,13 @@ void ScreenRenderer::write(const QString& name) {
     painter.drawPixmap(corner, front);
     painter.setPen(theme::colour(Colour::Name::separator));
     painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
+  }
+  // A tooltip is a window of its own, which the picture of this one lacks.
+  for (const ChartWidget* chart : window_.findChildren<ChartWidget*>()) {
+    if (chart->tooltip().isVisible()) {
+      QPainter painter(&picture);
+      painter.drawPixmap(window_.mapFromGlobal(chart->tooltip().pos()), chart->tooltip().grab());
+    }
   }
   const std::filesystem::path file =
       folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));

@@ -33,6 +33,7 @@ class ScreenRenderer {
  private:
   void renderScreens();
   void renderPortfolio(std::size_t index);
+  void renderCursor(const QString& name);
   void renderForms();
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);

@@ -152,9 +152,10 @@ void addSeries(QCustomPlot& plot, const ChartDataSet& dataSet, const ChartLayout
       addBars(plot, dataSet, entries, layout.firstShownEntry(dataSet));
       break;
     case ChartDataSet::Shape::circles:
-      new PaintedItem(plot, QStringLiteral("main"), true, [&dataSet, &layout](QCPPainter& painter) {
-        paintCircles(painter, dataSet, layout);
-      });
+      // Those at the edges are shown as a whole.
+      new PaintedItem(
+          plot, QStringLiteral("main"), false,
+          [&dataSet, &layout](QCPPainter& painter) { paintCircles(painter, dataSet, layout); });
       break;
   }
 }

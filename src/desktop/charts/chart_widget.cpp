@@ -150,7 +150,6 @@ ChartWidget::ChartWidget(BaseChartView& chart, const QString& accessibleName, QW
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
   plot_->setNoAntialiasingOnDrag(false);
-  plot_->addLayer(overlayName, plot_->layer(QStringLiteral("legend")), QCustomPlot::limAbove);
   // So that a move of the pointer paints nothing but what follows it.
   overlay_ = plot_->layer(overlayName);
   overlay_->setMode(QCPLayer::lmBuffered);
@@ -169,7 +168,7 @@ ChartWidget::ChartWidget(BaseChartView& chart, const QString& accessibleName, QW
 
 ChartWidget::~ChartWidget() = default;
 
-const QWidget& ChartWidget::tooltip() const {
+QWidget& ChartWidget::tooltip() const {
   return *tooltip_;
 }
 
@@ -342,6 +341,9 @@ bool ChartWidget::eventFilter(QObject* watched, QEvent* event) {
         chart_.doubleClicked(*x);
       }
       break;
+    case QEvent::Resize:
+      redraw();
+      return false;
     case QEvent::Wheel: {
       const auto* wheel = static_cast<QWheelEvent*>(event);
       if (layout_ != nullptr && wheel->modifiers().testFlag(Qt::ControlModifier)) {
@@ -533,11 +535,6 @@ void ChartWidget::changeEvent(QEvent* event) {
   if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
     redraw();
   }
-}
-
-void ChartWidget::resizeEvent(QResizeEvent* event) {
-  QFrame::resizeEvent(event);
-  redraw();
 }
 
 void ChartWidget::hideEvent(QHideEvent* event) {

@@ -43,12 +43,11 @@ class ChartWidget : public QFrame {
   [[nodiscard]] bool writeData(const QString& path) const;
 
   /// The panel beside the pointer, a window of its own.
-  [[nodiscard]] const QWidget& tooltip() const;
+  [[nodiscard]] QWidget& tooltip() const;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void changeEvent(QEvent* event) override;
-  void resizeEvent(QResizeEvent* event) override;
   void hideEvent(QHideEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;

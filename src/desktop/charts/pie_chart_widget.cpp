@@ -1,11 +1,15 @@
 #include "desktop/charts/pie_chart_widget.h"
 
+#include <QHeaderView>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QToolTip>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
+#include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -15,128 +19,163 @@ namespace {
 constexpr double holeShare = 0.58;         // of the ring's radius
 constexpr double leastLabelledAngle = 30;  // degrees; a narrower slice has no room for a text
 constexpr double degreesAtTop = 90;
+constexpr int leastListWidth = 180;
+constexpr int fewestRows = 3;
 
 }  // namespace
 
-PieChartWidget::PieChartWidget(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
-  setAccessibleName(accessibleName);
-  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
-}
+/// The ring alone, which says by a tooltip what is under the pointer.
+class PieRing : public QWidget {
+ public:
+  PieRing(const PieChartView& pie, QWidget* parent) : QWidget(parent), pie_(pie) {}
 
-void PieChartWidget::setPie(const PieChartView& pie) {
-  pie_ = pie;
-  setAccessibleDescription(qtText(pie.accessibleText()));
-  update();
-}
+  void setSelectedRow(int row) {
+    selectedRow_ = row;
+    update();
+  }
 
-void PieChartWidget::paintEvent(QPaintEvent* /*event*/) {
-  QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  const QRectF area =
-      QRectF(rect()).adjusted(spacing::medium, spacing::narrow, -spacing::medium, -spacing::medium);
-  if (pie_.slices.empty()) {
-    painter.setPen(theme::colour(Colour::Name::secondaryLabel));
-    painter.drawText(area, Qt::AlignCenter | Qt::TextWordWrap, qtText(pie_.noDataText));
-    return;
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::ToolTip) {
+      return QWidget::event(event);
+    }
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const double radius = std::min(width(), height()) / 2.0;
+    const double x = (help->pos().x() - width() / 2.0) / radius;
+    const double y = (help->pos().y() - height() / 2.0) / radius;
+    const PieSlice* slice = std::hypot(x, y) >= holeShare ? pie_.sliceAt(x, y) : nullptr;
+    QToolTip::showText(
+        help->globalPos(),
+        slice != nullptr ? qtText(slice->label + " " + slice->percentText) : QString(), this);
+    return true;
   }
-  const double rowHeight = fontMetrics().height() + 2.0;
-  const double listHeight = rowHeight * static_cast<double>(pie_.slices.size());
-  const double besideSide = std::min(area.height(), area.width() * 0.55);
-  const double belowSide =
-      std::min(area.width(),
-               area.height() - spacing::narrow - std::min(listHeight + 1, area.height() * 0.55));
-  if (belowSide > besideSide) {
-    const QRectF ring(area.center().x() - belowSide / 2, area.top(), belowSide, belowSide);
-    drawRing(painter, ring);
-    drawList(painter, QRectF(area.left(), ring.bottom() + spacing::narrow, area.width(),
-                             area.bottom() - ring.bottom() - spacing::narrow));
-  } else {
-    const QRectF ring(area.left(), area.center().y() - besideSide / 2, besideSide, besideSide);
-    drawRing(painter, ring);
-    drawList(painter, QRectF(ring.right() + spacing::wide, area.top(),
-                             area.right() - ring.right() - spacing::wide, area.height()));
-  }
-}
 
-void PieChartWidget::drawRing(QPainter& painter, const QRectF& area) const {
-  double whole = 0;
-  for (const PieSlice& slice : pie_.slices) {
-    whole += std::max(0.0, slice.value);
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double radius = std::min(width(), height()) / 2.0 - 2;
+    const QPointF centre(width() / 2.0, height() / 2.0);
+    double whole = 0;
+    for (const PieSlice& slice : pie_.slices) {
+      whole += slice.value;
+    }
+    if (whole <= 0) {
+      painter.setPen(QPen(theme::colour(Colour::Name::separator), 1));
+      painter.drawEllipse(centre, radius, radius);
+      painter.drawEllipse(centre, radius * holeShare, radius * holeShare);
+      return;
+    }
+    painter.setFont(theme::font(0.85, QFont::DemiBold));
+    double angle = degreesAtTop;
+    for (std::size_t i = 0; i < pie_.slices.size(); ++i) {
+      const double span = 360 * pie_.slices[i].value / whole;
+      const bool isSelected = static_cast<int>(pie_.slices.size() - 1 - i) == selectedRow_;
+      paintSlice(painter, pie_.slices[i], centre, radius, angle, span, isSelected);
+      angle -= span;
+    }
   }
-  const QPointF centre = area.center();
-  const double outer = area.width() / 2 - 1;
-  const double inner = outer * holeShare;
-  const QRectF outerBox(centre.x() - outer, centre.y() - outer, 2 * outer, 2 * outer);
-  const QRectF innerBox(centre.x() - inner, centre.y() - inner, 2 * inner, 2 * inner);
-  if (whole <= 0) {
-    painter.setPen(QPen(theme::colour(Colour::Name::separator), 1));
-    painter.drawEllipse(outerBox);
-    painter.drawEllipse(innerBox);
-    return;
-  }
-  double angle = degreesAtTop;
-  painter.setFont(theme::font(0.85, QFont::DemiBold));
-  for (const PieSlice& slice : pie_.slices) {
-    const double span = 360 * std::max(0.0, slice.value) / whole;
+
+ private:
+  void paintSlice(QPainter& painter, const PieSlice& slice, const QPointF& centre, double outer,
+                  double angle, double span, bool isSelected) const {
+    const double inner = outer * (isSelected ? holeShare * 0.9 : holeShare);
+    const QRectF outerBox(centre.x() - outer, centre.y() - outer, 2 * outer, 2 * outer);
+    const QRectF innerBox(centre.x() - inner, centre.y() - inner, 2 * inner, 2 * inner);
     QPainterPath path;
     path.arcMoveTo(outerBox, angle);
     path.arcTo(outerBox, angle, -span);
     path.arcTo(innerBox, angle - span, span);
     path.closeSubpath();
     const QColor colour = theme::colour(slice.colour);
-    painter.setPen(QPen(palette().color(QPalette::Window), 1.5));
+    const QColor edge =
+        isSelected ? theme::colour(Colour::Name::label) : palette().color(QPalette::Window);
+    painter.setPen(QPen(edge, isSelected ? 2 : 1.5));
     painter.setBrush(colour);
     painter.drawPath(path);
-    const double textWidth =
-        QFontMetricsF(painter.font()).horizontalAdvance(qtText(slice.percentText));
-    if (span >= leastLabelledAngle && textWidth + spacing::tight < outer - inner) {
-      const double middle = (angle - span / 2) * std::numbers::pi / 180;
-      const double radius = (outer + inner) / 2;
-      const QPointF point(centre.x() + radius * std::cos(middle),
-                          centre.y() - radius * std::sin(middle));
-      painter.setPen(colour.lightnessF() > 0.5F ? Qt::black : Qt::white);
-      painter.drawText(QRectF(point.x() - 40, point.y() - 10, 80, 20), Qt::AlignCenter,
-                       qtText(slice.percentText));
+    const QString text = qtText(slice.percentText);
+    const double textWidth = QFontMetricsF(painter.font()).horizontalAdvance(text);
+    if (span < leastLabelledAngle || textWidth + spacing::tight >= outer - inner) {
+      return;
     }
-    angle -= span;
+    const double middle = (angle - span / 2) * std::numbers::pi / 180;
+    const double radius = (outer + inner) / 2;
+    const QPointF point(centre.x() + radius * std::cos(middle),
+                        centre.y() - radius * std::sin(middle));
+    painter.setPen(colour.lightnessF() > 0.5F ? Qt::black : Qt::white);
+    painter.drawText(QRectF(point.x() - 40, point.y() - 10, 80, 20), Qt::AlignCenter, text);
+  }
+
+  const PieChartView& pie_;
+  int selectedRow_ = -1;
+};
+
+PieChartWidget::PieChartWidget(const QString& accessibleName, QWidget* parent)
+    : QWidget(parent),
+      ring_(new PieRing(pie_, this)),
+      adapter_(new TableModelAdapter(pie_, this)),
+      list_(new TableView(accessibleName + QStringLiteral(", shares"), this)) {
+  setAccessibleName(accessibleName);
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+  list_->setTable(adapter_, pie_);
+  list_->horizontalHeader()->hide();
+  list_->setSelectionMode(QAbstractItemView::SingleSelection);
+  list_->setAlternatingRowColors(false);
+  list_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
+  QPalette colours = list_->palette();
+  colours.setBrush(QPalette::Base, Qt::transparent);
+  list_->setPalette(colours);
+  connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+          [this](const QModelIndex& current) { ring_->setSelectedRow(current.row()); });
+}
+
+PieChartWidget::~PieChartWidget() = default;
+
+void PieChartWidget::setPie(const PieChartView& pie) {
+  pie_ = pie;
+  setAccessibleDescription(qtText(pie.accessibleText()));
+  ring_->setSelectedRow(-1);
+  adapter_->reload();
+  place();
+  update();
+}
+
+void PieChartWidget::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  place();
+}
+
+void PieChartWidget::place() {
+  const bool hasSlices = !pie_.slices.empty();
+  ring_->setVisible(hasSlices);
+  list_->setVisible(hasSlices);
+  const QRect area =
+      rect().adjusted(spacing::medium, spacing::narrow, -spacing::medium, -spacing::narrow);
+  const int rowHeight = list_->verticalHeader()->defaultSectionSize();
+  const int rows = static_cast<int>(pie_.slices.size());
+  const int leastListHeight = rowHeight * std::min(rows, fewestRows) + spacing::tight;
+  const int besideSide = std::min(area.height(), area.width() - leastListWidth - spacing::medium);
+  const int belowSide = std::min(area.width(), area.height() - leastListHeight - spacing::narrow);
+  if (besideSide >= belowSide) {
+    ring_->setGeometry(area.left(), area.center().y() - besideSide / 2, besideSide, besideSide);
+    const int height = std::min(area.height(), rowHeight * rows + spacing::tight);
+    list_->setGeometry(area.left() + besideSide + spacing::medium, area.center().y() - height / 2,
+                       area.width() - besideSide - spacing::medium, height);
+  } else {
+    // The list takes what it needs for all slices, as long as it leaves the ring two fifths.
+    const int wanted = rowHeight * rows + spacing::tight;
+    const int least = std::min(area.height() * 2 / 5, belowSide);
+    const int side = std::clamp(area.height() - wanted - spacing::narrow, least, belowSide);
+    ring_->setGeometry(area.center().x() - side / 2, area.top(), side, side);
+    list_->setGeometry(area.left(), area.top() + side + spacing::narrow, area.width(),
+                       area.height() - side - spacing::narrow);
   }
 }
 
-void PieChartWidget::drawList(QPainter& painter, const QRectF& area) const {
-  painter.setFont(font());
-  const QFontMetricsF metrics(font());
-  const double rowHeight = metrics.height() + 2;
-  const auto fitting = static_cast<std::size_t>(std::max(0.0, area.height() / rowHeight));
-  const std::size_t count = pie_.slices.size();
-  // The largest first; the smallest are told of together where there is no room for them.
-  const std::size_t shown = count <= fitting ? count : (fitting > 0 ? fitting - 1 : 0);
-  double y =
-      area.top() +
-      std::max(0.0,
-               (area.height() - rowHeight * static_cast<double>(std::min(count, fitting))) / 2);
-  const double swatch = metrics.height() * 0.6;
-  for (std::size_t i = 0; i < shown; ++i) {
-    const PieSlice& slice = pie_.slices[count - 1 - i];
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme::colour(slice.colour));
-    painter.drawRoundedRect(QRectF(area.left(), y + (rowHeight - swatch) / 2, swatch, swatch), 2,
-                            2);
-    painter.setPen(theme::colour(Colour::Name::label));
-    const QString percent = qtText(slice.percentText);
-    const double percentWidth = metrics.horizontalAdvance(percent);
-    const QRectF row(area.left() + swatch + spacing::narrow, y,
-                     area.width() - swatch - spacing::narrow, rowHeight);
-    painter.drawText(row, Qt::AlignRight | Qt::AlignVCenter, percent);
-    painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter,
-                     metrics.elidedText(qtText(slice.label), Qt::ElideRight,
-                                        row.width() - percentWidth - spacing::narrow));
-    y += rowHeight;
-  }
-  if (shown < count && fitting > 0) {
+void PieChartWidget::paintEvent(QPaintEvent* /*event*/) {
+  if (pie_.slices.empty()) {
+    QPainter painter(this);
     painter.setPen(theme::colour(Colour::Name::secondaryLabel));
-    painter.drawText(QRectF(area.left() + swatch + spacing::narrow, y, area.width(), rowHeight),
-                     Qt::AlignLeft | Qt::AlignVCenter,
-                     QStringLiteral("%1 more").arg(count - shown));
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, qtText(pie_.noDataText));
   }
 }
 

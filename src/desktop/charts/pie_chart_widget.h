@@ -7,12 +7,17 @@
 
 namespace corvane::desktop {
 
-/// A ring with its labels in a list beside it, or below it where that leaves the ring more room.
-/// The list names the slices in the order in which they go round, so that no colour need be
-/// recognised.
+class PieRing;
+class TableModelAdapter;
+class TableView;
+
+/// A ring, and its slices with their shares in a list beside it, or below it where that leaves the
+/// ring more room. The list scrolls, so that every slice can be read, and names them from the
+/// largest to the smallest; the slice of its selected row is drawn bold.
 class PieChartWidget : public QWidget {
  public:
   explicit PieChartWidget(const QString& accessibleName, QWidget* parent = nullptr);
+  ~PieChartWidget() override;
 
   void setPie(const PieChartView& pie);
 
@@ -20,13 +25,16 @@ class PieChartWidget : public QWidget {
   [[nodiscard]] QSize minimumSizeHint() const override { return {180, 120}; }
 
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  void drawRing(QPainter& painter, const QRectF& area) const;
-  void drawList(QPainter& painter, const QRectF& area) const;
+  void place();
 
   PieChartView pie_;
+  PieRing* ring_;
+  TableModelAdapter* adapter_;
+  TableView* list_;
 };
 
 }  // namespace corvane::desktop

@@ -17,6 +17,9 @@ namespace {
 /// How long another running program may keep the file locked: it writes one answer at a time.
 constexpr int busyTimeoutMilliseconds = 1000;
 
+/// The id of a row that is gone; another equity's may have its old one by now.
+constexpr std::int64_t noRow = -1;
+
 /// Runs `completion(outcome)` later, on a background queue.
 template <typename Completion, typename Outcome>
 void completeLater(Completion completion, Outcome outcome) {
@@ -31,7 +34,11 @@ void completeLater(Completion completion, Outcome outcome) {
 CacheQuoteProvider::CacheQuoteProvider(const std::filesystem::path& location)
     : database_(location, SQLiteDatabase::Mode::create, busyTimeoutMilliseconds) {
   database_.executeScript("PRAGMA journal_mode = WAL;\nPRAGMA foreign_keys = ON;");
+  // A commit does not wait for the disk: a cache may lose its last second, but the file stays
+  // sound.
+  database_.executeScript("PRAGMA synchronous = NORMAL;");
   migrateQuoteCacheSchema(database_);
+  dataVersion_ = dataVersion();
 }
 
 CacheQuoteProvider::~CacheQuoteProvider() {
@@ -126,7 +133,24 @@ std::set<QuoteInterval> CacheQuoteProvider::availableIntervals(const EquityPoint
   return available;
 }
 
+std::int64_t CacheQuoteProvider::dataVersion() const {
+  SQLiteStatement version = database().query("PRAGMA data_version");
+  return version.step() ? version.integer(0).value_or(0) : 0;
+}
+
+void CacheQuoteProvider::findRowsAgain() const {
+  for (auto& [identifier, rowId] : equityRowIdsById_) {
+    SQLiteStatement row = database().query("SELECT id FROM equities WHERE identifier = ? LIMIT 1;",
+                                           {std::string_view(identifier)});
+    rowId = row.step() ? row.integer("id").value() : noRow;
+  }
+}
+
 std::optional<std::int64_t> CacheQuoteProvider::rowIdOf(const EquityInfo& equity) const {
+  if (const std::int64_t version = dataVersion(); version != dataVersion_) {
+    dataVersion_ = version;
+    findRowsAgain();
+  }
   const auto found = equityRowIdsById_.find(equity.id());
   return found == equityRowIdsById_.end() ? std::nullopt : std::optional(found->second);
 }

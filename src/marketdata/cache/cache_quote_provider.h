@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -95,6 +96,9 @@ class CacheQuoteProvider : public QuoteProvider {
   /// fetched anew.
   virtual void clearCachedData(const EquityPointer& equity);
 
+  /// Runs `work` with one commit at its end, or none where it throws.
+  void atOnce(const std::function<void()>& work);
+
   /// Forgets everything, all equities and their events too.
   void empty();
 
@@ -102,12 +106,17 @@ class CacheQuoteProvider : public QuoteProvider {
   /// The file, for the thread that made this object.
   [[nodiscard]] SQLiteDatabase& database() const;
   [[nodiscard]] std::optional<std::int64_t> rowIdOf(const EquityInfo& equity) const;
+  /// Changes when another program has written to the file.
+  [[nodiscard]] std::int64_t dataVersion() const;
+  /// Another program may have emptied the file, and rows have other ids then.
+  void findRowsAgain() const;
 
   /// Reading changes the handle only.
   mutable SQLiteDatabase database_;
   const std::thread::id thread_ = std::this_thread::get_id();
   /// Rows of the table of equities that have been read or written. Others may be there.
-  std::map<std::string, std::int64_t, std::less<>> equityRowIdsById_;
+  mutable std::map<std::string, std::int64_t, std::less<>> equityRowIdsById_;
+  mutable std::int64_t dataVersion_ = 0;
 };
 
 }  // namespace corvane

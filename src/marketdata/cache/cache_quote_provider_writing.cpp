@@ -265,6 +265,10 @@ void CacheQuoteProvider::clearCachedData(const EquityPointer& equity) {
   });
 }
 
+void CacheQuoteProvider::atOnce(const std::function<void()>& work) {
+  inTransaction(database(), work);
+}
+
 void CacheQuoteProvider::empty() {
   inTransaction(database(), [&] {
     database().executeScript(

@@ -80,11 +80,15 @@ std::uint32_t versionOf(SQLiteDatabase& database) {
 }  // namespace
 
 void migrateQuoteCacheSchema(SQLiteDatabase& database) {
-  const std::uint32_t version = versionOf(database);
-  if (version >= quoteCacheSchemaVersion) {
+  if (versionOf(database) >= quoteCacheSchemaVersion) {
     return;
   }
   inTransaction(database, [&] {
+    // Another program may have made the tables in the meantime.
+    const std::uint32_t version = versionOf(database);
+    if (version >= quoteCacheSchemaVersion) {
+      return;
+    }
     if (version > 0) {
       database.executeScript(removalScript);
     }

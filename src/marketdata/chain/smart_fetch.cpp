@@ -1,12 +1,12 @@
 #include "marketdata/chain/smart_fetch.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "core/market/price_adjuster.h"
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/chain/smart_quote_provider.h"
+#include "marketdata/chain/storable_range.h"
 #include "platform/overloaded.h"
 
 namespace corvane {
@@ -29,12 +29,12 @@ std::optional<PriceAdjustment> targetPrices(const QuoteQuery::Subject& subject) 
       subject);
 }
 
-/// The largest part of `range` between whole seconds, which is all that the cache takes; a query's
-/// own bounds may lie anywhere.
-DateRange wholeSeconds(const DateRange& range) {
-  const double lower = std::ceil(range.lower().timeIntervalSince1970());
-  const double upper = std::floor(range.upper().timeIntervalSince1970());
-  return {Date::since1970(lower), Date::since1970(std::max(lower, upper))};
+/// `missing` with the length of one bar more at its end.
+QuoteQuery withOneBarMore(QuoteQuery missing, QuoteInterval interval) {
+  const DateRange& range = missing.dateRange;
+  const auto end = missing.equity->calendar.dateByAdding(dateComponents(interval), range.upper());
+  missing.dateRange = {range.lower(), std::max(range.upper(), end.value_or(range.upper()))};
+  return missing;
 }
 
 template <typename Element, typename Dates>
@@ -72,15 +72,18 @@ void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
     const auto plan = cache.coveragePlan(withAllKnownEvents(query_));
     timesCleared_ = provider_->timesCleared(query_.equity);
     for (const QuoteQuery& exact : plan.exactQueries) {
-      readExact(exact);
+      widen(exact.dateRange);
+      gather(read(exact));
     }
+    std::vector<QuoteFetchResult> convertible;
     for (const QuoteQuery& cached : plan.convertibleQueries) {
-      convert(cached, *adjuster);
+      convertible.push_back(read(cached));
+    }
+    for (std::size_t i = 0; i < convertible.size(); ++i) {
+      convert(plan.convertibleQueries[i], std::move(convertible[i]), *adjuster);
     }
     for (const QuoteQuery& missing : plan.missingQueries) {
-      for (QuoteQuery& chunk : provider_->sourceProvider->sourceQueries(missing)) {
-        request(std::move(chunk), adjuster);
-      }
+      requestMissing(missing, adjuster);
     }
   } catch (const Error& error) {
     // What is under way already ends in lists that nobody looks at any more.
@@ -104,51 +107,84 @@ QuoteQuery SmartFetch::withAllKnownEvents(QuoteQuery query) const {
   return query;
 }
 
-void SmartFetch::readExact(const QuoteQuery& query) {
-  widen(query.dateRange);
-  gather(provider_->cacheProvider->readQuery(query));
+/// What the cache has of `cached`. Remembers its start unless a bar starts right there.
+QuoteFetchResult SmartFetch::read(const QuoteQuery& cached) {
+  QuoteFetchResult result = provider_->cacheProvider->readQuery(cached);
+  const Date start = cached.dateRange.lower();
+  if (result.quotes && (result.quotes->empty() || result.quotes->front().fromDate != start)) {
+    seams_.push_back(start);
+  }
+  return result;
 }
 
-void SmartFetch::convert(const QuoteQuery& cached, PriceAdjuster& adjuster) {
-  QuoteQuery target{cached.equity, cached.dateRange, query_.seeking};
-  QuoteFetchResult result = provider_->cacheProvider->readQuery(cached);
+bool SmartFetch::isSeam(Date date) const {
+  return std::ranges::find(seams_, date) != seams_.end();
+}
+
+void SmartFetch::convert(const QuoteQuery& cached, QuoteFetchResult result,
+                         PriceAdjuster& adjuster) {
+  const QuoteQuery target{cached.equity, cached.dateRange, query_.seeking};
+  if (result.quotes && !result.quotes->empty() && isSeam(cached.dateRange.upper())) {
+    // The last bar reaches into what is covered next, where no other begins before its end.
+    const Date end = std::max(cached.dateRange.upper(), result.quotes->back().toDate);
+    result.durableDateRange = {cached.dateRange.lower(), end};
+  }
   group_.enter();
   adjuster.adjust(std::move(result), target,
                   [self = shared_from_this(), target](Result<QuoteFetchResult> adjusted) {
-                    self->end(std::move(adjusted), [&](QuoteFetchResult& piece) {
-                      self->widen(target.dateRange);
-                      piece.durableDateRange = wholeSeconds(piece.durableDateRange);
-                      return target;
-                    });
+                    self->end(std::move(adjusted), target, target.dateRange, target.dateRange);
                   });
 }
 
-void SmartFetch::request(QuoteQuery missing, const std::shared_ptr<PriceAdjuster>& adjuster) {
+/// A range without the start of a bar can be covered before the bar that reaches into it is
+/// finished. What is missing before it is then asked for beyond its end, or the service would cut
+/// that bar off for ever.
+void SmartFetch::requestMissing(const QuoteQuery& missing,
+                                const std::shared_ptr<PriceAdjuster>& adjuster) {
+  const DateRange& wanted = missing.dateRange;
+  const auto* quotes = std::get_if<QuoteQuery::Quotes>(&query_.seeking);
+  const QuoteQuery asked = quotes != nullptr && isSeam(wanted.upper())
+                               ? withOneBarMore(missing, quotes->interval)
+                               : missing;
+  for (const QuoteQuery& chunk : provider_->sourceProvider->sourceQueries(asked)) {
+    request(chunk, wanted, adjuster);
+  }
+}
+
+/// Of the answer only what begins in `wanted` is part of this fetch's own.
+void SmartFetch::request(const QuoteQuery& asked, const DateRange& wanted,
+                         const std::shared_ptr<PriceAdjuster>& adjuster) {
   group_.enter();
   provider_->sourceProvider->fetchQuotes(
-      missing, adjuster, [self = shared_from_this(), missing](Result<QuoteFetchResult> fetched) {
-        self->end(std::move(fetched), [&](const QuoteFetchResult& piece) {
-          self->widen(piece.durableDateRange);
-          return missing;
-        });
+      asked, adjuster,
+      [self = shared_from_this(), asked, wanted](Result<QuoteFetchResult> fetched) {
+        self->end(std::move(fetched), asked, wanted, std::nullopt);
       });
 }
 
-template <typename Take>
-void SmartFetch::end(Result<QuoteFetchResult> answer, Take take) {
+void SmartFetch::end(Result<QuoteFetchResult> answer, const QuoteQuery& asked,
+                     const DateRange& wanted, std::optional<DateRange> finalRange) {
   queue_->sync([&] {
     if (!answer) {
       error_ = answer.error();
       return;
     }
-    QuoteQuery query = take(*answer);
+    QuoteFetchResult piece = *answer;
+    if (asked.dateRange.upper() > wanted.upper()) {
+      piece.durableDateRange = piece.durableDateRange.clamped(wanted);
+      if (piece.quotes) {
+        std::erase_if(*piece.quotes,
+                      [&](const Quote& bar) { return bar.fromDate >= wanted.upper(); });
+      }
+    }
+    widen(finalRange.value_or(piece.durableDateRange));
     try {
-      gather(*answer);
+      gather(std::move(piece));
     } catch (const Error& error) {
       error_ = error.copy();
       return;
     }
-    writes_.push_back({*std::move(answer), std::move(query)});
+    writes_.push_back({*std::move(answer), asked});
   });
   group_.leave();
 }
@@ -216,7 +252,8 @@ SmartFetch::Settlement SmartFetch::settle() {
   if (hasSeenNewerEvent_ || isOvertaken) {
     return restarts_ < mostRestarts ? Settlement::outdated : Settlement::stored;
   }
-  for (const Write& write : writes_) {
+  for (Write& write : writes_) {
+    write.result.durableDateRange = storableRange(write.result, write.query);
     provider_->cacheProvider->storeFetchResult(write.result, write.query);
   }
   return Settlement::stored;

@@ -36,13 +36,17 @@ class SmartFetch : public std::enable_shared_from_this<SmartFetch> {
 
   // On the main queue, before anything is under way or beside it.
   [[nodiscard]] QuoteQuery withAllKnownEvents(QuoteQuery query) const;
-  void readExact(const QuoteQuery& query);
-  void convert(const QuoteQuery& cached, PriceAdjuster& adjuster);
-  void request(QuoteQuery missing, const std::shared_ptr<PriceAdjuster>& adjuster);
+  [[nodiscard]] QuoteFetchResult read(const QuoteQuery& cached);
+  [[nodiscard]] bool isSeam(Date date) const;
+  void convert(const QuoteQuery& cached, QuoteFetchResult result, PriceAdjuster& adjuster);
+  void requestMissing(const QuoteQuery& missing, const std::shared_ptr<PriceAdjuster>& adjuster);
+  void request(const QuoteQuery& asked, const DateRange& wanted,
+               const std::shared_ptr<PriceAdjuster>& adjuster);
 
-  /// A piece that was under way has ended. Any thread but one that runs `queue_`.
-  template <typename Take>
-  void end(Result<QuoteFetchResult> answer, Take take);
+  /// A piece that was under way has ended, and counts as final in `finalRange`, or where it says so
+  /// itself. Any thread but one that runs `queue_`.
+  void end(Result<QuoteFetchResult> answer, const QuoteQuery& asked, const DateRange& wanted,
+           std::optional<DateRange> finalRange);
 
   // On `queue_`, or before anything is under way.
   void gather(QuoteFetchResult piece);
@@ -63,6 +67,9 @@ class SmartFetch : public std::enable_shared_from_this<SmartFetch> {
   // Read from the cache at the start.
   std::optional<Date> latestEventDate_;
   std::uint64_t timesCleared_ = 0;
+  /// Where something covered begins in the middle of what may be a bar: a bar that starts before
+  /// such a point may end after it.
+  std::vector<Date> seams_;
 
   DispatchGroup group_;
   const std::shared_ptr<DispatchQueue> queue_;

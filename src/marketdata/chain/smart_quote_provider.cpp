@@ -1,5 +1,6 @@
 #include "marketdata/chain/smart_quote_provider.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "marketdata/cache/cache_quote_provider.h"
@@ -101,25 +102,29 @@ EquityPointer SmartQuoteProvider::exchangeRateEquity(const Currency& from, const
 
 void SmartQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
                                          RefreshCompletion completion) {
-  sourceProvider->refreshEquities(
-      equities, [weakSelf = weak_from_this(), equities,
-                 completion = std::move(completion)](ErrorPointer error) mutable {
-        if (error == nullptr) {
-          const auto store = [&] {
-            if (const auto self = std::static_pointer_cast<SmartQuoteProvider>(weakSelf.lock())) {
-              error = forEach(equities, [&](const EquityPointer& equity) {
-                storeRefreshed(*self->cacheProvider, equity);
-              });
-            }
-          };
-          if (DispatchQueue::main()->isCurrent()) {
-            store();
-          } else {
-            DispatchQueue::main()->sync(store);
-          }
-        }
-        completion(std::move(error));
-      });
+  refreshAroundFaults(sourceProvider, std::move(equities), refreshFaults_,
+                      [weakSelf = weak_from_this(), completion = std::move(completion)](
+                          ErrorPointer error, const std::vector<EquityPointer>& refreshed) mutable {
+                        const auto self =
+                            std::static_pointer_cast<SmartQuoteProvider>(weakSelf.lock());
+                        if (self != nullptr && !refreshed.empty()) {
+                          if (ErrorPointer failure = self->storeAll(refreshed)) {
+                            error = std::move(failure);
+                          }
+                        }
+                        completion(std::move(error));
+                      });
+}
+
+/// Commits once for all, and where one cannot be kept, once for each up to that one.
+ErrorPointer SmartQuoteProvider::storeAll(const std::vector<EquityPointer>& equities) {
+  const auto store = [&](const EquityPointer& equity) { storeRefreshed(*cacheProvider, equity); };
+  try {
+    cacheProvider->atOnce([&] { std::ranges::for_each(equities, store); });
+    return nullptr;
+  } catch (const Error&) {
+    return forEach(equities, store);
+  }
 }
 
 void SmartQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,

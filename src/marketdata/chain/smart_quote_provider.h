@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "core/market/quote_provider.h"
+#include "marketdata/chain/refresh_faults.h"
 
 namespace corvane {
 
@@ -43,7 +44,8 @@ class SmartQuoteProvider : public QuoteProvider {
   [[nodiscard]] EquityPointer exchangeRateEquity(const Currency& from, const Currency& to) override;
 
   /// Refreshes at the source and keeps the equities and their recent prices in the cache. A trading
-  /// period that ended before the latest price is dropped, and the price is then not kept.
+  /// period that ended before the latest price is dropped, and the price is then not kept. An
+  /// equity that spoils the answer for the others is found and left out; see refreshAroundFaults().
   void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override;
 
   /// The durable range of the answer spans from the first to the last final point of its pieces,
@@ -67,7 +69,11 @@ class SmartQuoteProvider : public QuoteProvider {
  private:
   std::shared_ptr<SmartQuoteProvider> shared();
 
+  /// What the cache fails with, or null.
+  ErrorPointer storeAll(const std::vector<EquityPointer>& equities);
+
   std::unordered_map<std::string, std::uint64_t> timesCleared_;
+  const std::shared_ptr<RefreshFaults> refreshFaults_ = std::make_shared<RefreshFaults>();
 };
 
 }  // namespace corvane

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/market/quote_provider.h"
+#include "marketdata/yahoo/price_unit.h"
 #include "marketdata/yahoo/yahoo_equity_details.h"
 
 namespace corvane {
@@ -37,7 +38,13 @@ Fraction ratioOf(const Events::Split& split) {
   return {whole(split.numerator), whole(split.denominator)};
 }
 
-std::vector<EquityEvent> eventsOf(const std::optional<Events>& events) {
+/// What the figures of a chart are told in. A chart that names no known currency may still tell
+/// events, whose figures are then taken as they are.
+PriceUnit unitOf(const Meta& meta) {
+  return PriceUnit::withCode(meta.currency).value_or(PriceUnit{Currency::noCurrency()});
+}
+
+std::vector<EquityEvent> eventsOf(const std::optional<Events>& events, const PriceUnit& unit) {
   std::vector<EquityEvent> list;
   if (events && events->splits) {
     for (const auto& [key, split] : *events->splits) {
@@ -47,7 +54,7 @@ std::vector<EquityEvent> eventsOf(const std::optional<Events>& events) {
   }
   if (events && events->dividends) {
     for (const auto& [key, dividend] : *events->dividends) {
-      list.push_back({dividend.date, EquityEvent::Dividend{dividend.amount},
+      list.push_back({dividend.date, EquityEvent::Dividend{unit.amount(dividend.amount)},
                       PriceAdjustment::adjustedForSplits});
     }
   }
@@ -115,10 +122,10 @@ class BarReading {
       }
       bars.push_back({.fromDate = dates.lower(),
                       .toDate = dates.upper(),
-                      .open = (*open)[i],
-                      .close = (*close)[i],
-                      .low = (*low)[i],
-                      .high = (*high)[i],
+                      .open = unit_.amount((*open)[i]),
+                      .close = unit_.amount((*close)[i]),
+                      .low = unit_.amount((*low)[i]),
+                      .high = unit_.amount((*high)[i]),
                       .volume = (*volume)[i],
                       .isPartial = dates.lower() < reach_.lower() || dates.upper() > reach_.upper(),
                       .isCached = false});
@@ -129,7 +136,7 @@ class BarReading {
  private:
   void requireCurrency() const {
     const std::string_view expected = request_.currency.code;
-    if (chart_.meta.currency != expected) {
+    if (std::string_view(unit_.currency.code) != expected) {
       throw QuoteProviderError(
           QuoteProviderError::CurrencyMismatch{std::string(expected), chart_.meta.currency});
     }
@@ -140,7 +147,7 @@ class BarReading {
     // A running bar of a day or more bears the time of the last trade instead of its start.
     const bool isRunning =
         timestamp == chart_.meta.regularMarketTime && *request_.interval >= QuoteInterval::oneDay;
-    const Date from = isRunning ? periods_.recent().lower() : timestamp;
+    const Date from = isRunning ? startOfSessionAt(timestamp) : timestamp;
     Date to = request_.calendar.dateByAdding(span_, from).value_or(from);
     if (const DateRange* period = periods_.containing(from)) {
       to = std::min(to, period->upper());
@@ -148,10 +155,30 @@ class BarReading {
     return {from, to};
   }
 
+  /// The start of the session in which the last trade was made. After a close the service soon
+  /// tells the next session only; the trade then belongs to its own day, whose session began at the
+  /// same time of day.
+  [[nodiscard]] Date startOfSessionAt(Date lastTrade) const {
+    const Date recent = periods_.recent().lower();
+    if (recent <= lastTrade) {
+      return recent;
+    }
+    const auto day = request_.calendar.dateComponents(
+        {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}, lastTrade);
+    auto opening = request_.calendar.dateComponents(
+        {CalendarUnit::hour, CalendarUnit::minute, CalendarUnit::second}, recent);
+    for (const CalendarUnit unit : {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}) {
+      opening.set(unit, day.get(unit));
+    }
+    const Date start = request_.calendar.date(opening).value_or(lastTrade);
+    return start <= lastTrade ? start : lastTrade;
+  }
+
   const ChartResult& chart_;
   const YahooTradingPeriods& periods_;
   const YahooChartRequest& request_;
   const DateRange reach_;
+  const PriceUnit unit_ = unitOf(chart_.meta);
   const DateComponents span_ = dateComponents(*request_.interval);
 };
 
@@ -206,15 +233,18 @@ bool YahooTradingPeriods::endAt(Date date) const {
 }
 
 void applyChart(EquityInfo& equity, const Meta& meta, const YahooTradingPeriods& periods) {
+  if (!equity.firstTradeDate) {
+    equity.firstTradeDate = meta.firstTradeDate;
+  }
   equity.recentTradingPeriod = periods.recent();
-  setRecentPrice(equity, meta.regularMarketPrice, meta.regularMarketTime);
+  setRecentPrice(equity, unitOf(meta).amount(meta.regularMarketPrice), meta.regularMarketTime);
 }
 
 QuoteFetchResult fetchResult(const ChartResult& chart, const YahooTradingPeriods& periods,
                              const YahooChartRequest& request) {
   assert(!chart.indicators.quote.empty());
   const DateRange reach = reachOf(chart.meta, request.dates.value_or(periods.recent()));
-  std::vector<EquityEvent> events = eventsOf(chart.events);
+  std::vector<EquityEvent> events = eventsOf(chart.events, unitOf(chart.meta));
   if (!request.interval) {
     return {.quotes = std::nullopt,
             .prices = std::nullopt,
@@ -223,6 +253,11 @@ QuoteFetchResult fetchResult(const ChartResult& chart, const YahooTradingPeriods
   }
   std::vector<Quote> bars = BarReading(chart, periods, request, reach).bars();
   const DateRange durable = durableRange(bars, *request.interval, reach);
+  if (request.dates) {
+    // The service adds the running bar to charts of any past, and the whole first week or month to
+    // ranges that begin within it.
+    std::erase_if(bars, [&](const Quote& bar) { return !request.dates->contains(bar.fromDate); });
+  }
   return {.quotes = std::move(bars),
           .prices = PriceAdjustment::adjustedForSplits,
           .events = std::move(events),

@@ -5,6 +5,7 @@
 
 #include "core/market/quote_provider.h"
 #include "core/money/currency_almanac.h"
+#include "marketdata/yahoo/price_unit.h"
 #include "platform/data/xml_entities.h"
 
 namespace corvane {
@@ -35,11 +36,14 @@ void applyQuoteResult(EquityInfo& equity, const YahooFinanceAPI::QuoteResult& de
     throw QuoteProviderError(
         QuoteProviderError::UnrecognizedTimeZone{details.exchangeTimezoneName});
   }
-  const Currency& currency = currencyWithCode(details.currency);
-  std::string name = nameOf(details, currency);
+  const auto unit = PriceUnit::withCode(details.currency);
+  if (!unit) {
+    throw QuoteProviderError(QuoteProviderError::UnsupportedCurrency{details.currency});
+  }
+  std::string name = nameOf(details, unit->currency);
 
   equity.calendar = Calendar(*timeZone);
-  equity.currency = currency;
+  equity.currency = unit->currency;
   equity.symbol = details.symbol;
   equity.exchange = details.exchange;
   equity.name = std::move(name);
@@ -47,8 +51,8 @@ void applyQuoteResult(EquityInfo& equity, const YahooFinanceAPI::QuoteResult& de
     equity.firstTradeDate =
         Date::since1970(static_cast<double>(*details.firstTradeDateMilliseconds / 1000));
   }
-  equity.previousClosePrice = details.regularMarketPreviousClose;
-  setRecentPrice(equity, details.regularMarketPrice, details.regularMarketTime);
+  equity.previousClosePrice = unit->amount(details.regularMarketPreviousClose);
+  setRecentPrice(equity, unit->amount(details.regularMarketPrice), details.regularMarketTime);
   equity.isAuthoritative = true;
 }
 

@@ -6,9 +6,9 @@
 
 namespace corvane {
 
-/// Brings `equity` up to date and makes it authoritative. Throws
-/// QuoteProviderError::UnrecognizedTimeZone and UnsupportedCurrency, also for the codes of minor
-/// units such as "GBp"; the equity is then as it was. Main queue only.
+/// Brings `equity` up to date and makes it authoritative. Prices in pence and the like are taken
+/// over in the currency itself; see PriceUnit. Throws QuoteProviderError::UnrecognizedTimeZone and
+/// UnsupportedCurrency; the equity is then as it was. Main queue only.
 void applyQuoteResult(EquityInfo& equity, const YahooFinanceAPI::QuoteResult& details);
 
 /// Sets the recent price and its date. A price means that trading had begun: a first trade after it

@@ -17,8 +17,17 @@
 #include "platform/overloaded.h"
 
 namespace corvane {
+
+/// What a query is asked of the service as.
+struct YahooQuoteProvider::ChartOrder {
+  std::string_view what;  ///< the word in the activity log
+  std::optional<QuoteInterval> interval;
+  std::optional<DateRange> dates;
+};
+
 namespace {
 
+using ChartOrder = YahooQuoteProvider::ChartOrder;
 using YahooFinanceAPI::ChartResult;
 using YahooFinanceAPI::QuoteResult;
 using YahooFinanceAPI::Search;
@@ -119,11 +128,21 @@ std::vector<std::string> readFindings(const Result<HTTPResponse>& response) {
 
 using EquitiesById = std::unordered_map<std::string, EquityPointer>;
 
+/// The equity that an element of an answer is about, or null. The service calls the pair of the US
+/// dollar with another currency by the other's code at times: "CAD=X" for "USDCAD=X".
+EquityPointer equityFor(const std::string& symbol, const EquitiesById& equities) {
+  auto found = equities.find(symbol);
+  if (found == equities.end() && symbol.size() == 5 && symbol.ends_with("=X")) {
+    found = equities.find("USD" + symbol);
+  }
+  return found == equities.end() ? nullptr : found->second;
+}
+
 ErrorPointer applyDetails(const EquitiesById& equities, const std::vector<QuoteResult>& results) {
   try {
     for (const QuoteResult& details : results) {
-      if (const auto found = equities.find(details.symbol); found != equities.end()) {
-        applyQuoteResult(*found->second, details);
+      if (const EquityPointer equity = equityFor(details.symbol, equities)) {
+        applyQuoteResult(*equity, details);
       }
     }
     return nullptr;
@@ -132,26 +151,30 @@ ErrorPointer applyDetails(const EquitiesById& equities, const std::vector<QuoteR
   }
 }
 
-/// Takes a chart over into its equity, on the main queue, and makes the result elsewhere.
-void deliver(Chart chart, const EquityPointer& equity, std::optional<QuoteInterval> interval,
-             std::optional<DateRange> dates, QuoteProvider::QuoteCompletion completion) {
-  DispatchQueue::main()->async([chart = std::move(chart), equity, interval, dates,
-                                completion = std::move(completion)]() mutable {
-    applyChart(*equity, chart.result.meta, chart.periods);
-    YahooChartRequest request{interval, dates, equity->calendar, equity->currency};
-    DispatchQueue::global()->async(
-        [chart = std::move(chart), request, completion = std::move(completion)]() mutable {
-          completion(resultOf([&] { return fetchResult(chart.result, chart.periods, request); }));
-        });
-  });
+/// Long before every exchange that the service knows, and far enough from where dates go wrong.
+const Date earliestDate = Date::since1970(-2208988800);  // 1900
+
+QuoteFetchResult nothingIn(const DateRange& dates) {
+  return {.quotes = std::vector<Quote>(),
+          .prices = PriceAdjustment::adjustedForSplits,
+          .events = std::vector<EquityEvent>(),
+          .durableDateRange = dates};
 }
 
-/// What a query is asked of the service as.
-struct ChartOrder {
-  std::string_view what;  ///< the word in the activity log
-  std::optional<QuoteInterval> interval;
-  std::optional<DateRange> dates;
-};
+/// Whether `error` says that the service has nothing of the range that was asked for.
+bool saysThatThereIsNothing(const Error& error) {
+  const auto* refusal = dynamic_cast<const YahooProviderError*>(&error);
+  const auto* told =
+      refusal == nullptr ? nullptr : std::get_if<YahooProviderError::APIError>(&refusal->which());
+  return told != nullptr && told->code == "Bad Request" &&
+         told->description.starts_with("Data doesn't exist for startDate");
+}
+
+/// The part of `dates` that is past for `equity`. Main queue only.
+DateRange pastOf(const EquityInfo& equity, const DateRange& dates) {
+  const Date end = std::min(dates.upper(), equity.recentDate.value_or(Date::now()));
+  return {dates.lower(), std::max(dates.lower(), end)};
+}
 
 ChartOrder orderFor(const QuoteQuery& query) {
   const DateRange& range = query.dateRange;
@@ -170,6 +193,28 @@ ChartOrder orderFor(const QuoteQuery& query) {
                                  return ChartOrder{"events", std::nullopt, range};
                                }},
                     query.seeking);
+}
+
+/// Takes a chart over into its equity, on the main queue, and makes the result elsewhere.
+void deliver(Chart chart, const EquityPointer& equity, const ChartOrder& order,
+             std::unordered_map<std::string, Date>& firstTrades,
+             QuoteProvider::QuoteCompletion completion) {
+  applyChart(*equity, chart.result.meta, chart.periods);
+  if (equity->firstTradeDate) {
+    firstTrades.insert_or_assign(equity->id(), *equity->firstTradeDate);
+  }
+  YahooChartRequest request{order.interval, order.dates, equity->calendar, equity->currency};
+  DispatchQueue::global()->async(
+      [chart = std::move(chart), request, completion = std::move(completion)]() mutable {
+        completion(resultOf([&] { return fetchResult(chart.result, chart.periods, request); }));
+      });
+}
+
+/// Whether this is the id of a pair with the neutral currency, which nobody trades.
+bool isNoPair(std::string_view id) {
+  const std::string_view none = Currency::noCurrency().code;
+  return id.size() == 8 && id.ends_with("=X") &&
+         (id.starts_with(none) || id.substr(3).starts_with(none));
 }
 
 bool isServedInChunks(const QuoteQuery::Subject& subject) {
@@ -229,15 +274,26 @@ void YahooQuoteProvider::searchEquities(std::string text, EquitiesCompletion com
   session_->runRequest("Search for “" + text + "”", std::move(request), false, std::move(receive));
 }
 
+EquityPointer YahooQuoteProvider::equityWithId(std::string_view id) {
+  EquityPointer equity = QuoteProvider::equityWithId(id);
+  if (!equity->firstTradeDate) {
+    const auto learned = firstTrades_->find(equity->id());
+    if (learned != firstTrades_->end()) {
+      equity->firstTradeDate = learned->second;
+    }
+  }
+  return equity;
+}
+
 EquityPointer YahooQuoteProvider::exchangeRateEquity(const Currency& from, const Currency& to) {
-  EquityPointer equity =
-      QuoteProvider::equityWithId(std::string(from.code) + std::string(to.code) + "=X");
+  EquityPointer equity = equityWithId(std::string(from.code) + std::string(to.code) + "=X");
   equity->currency = to;
   return equity;
 }
 
 void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
                                          RefreshCompletion completion) {
+  std::erase_if(equities, [](const EquityPointer& equity) { return isNoPair(equity->id()); });
   if (equities.empty()) {
     QuoteProvider::refreshEquities({}, std::move(completion));
     return;
@@ -265,6 +321,10 @@ void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
 void YahooQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,
                                      QuoteCompletion completion) {
   assert(adjuster != nullptr);
+  if (isNoPair(query.equity->id())) {
+    QuoteProvider::fetchQuotes(std::move(query), std::move(adjuster), std::move(completion));
+    return;
+  }
   const ChartOrder order = orderFor(query);
   const EquityPointer equity = query.equity;
   auto adjust = [adjuster = std::move(adjuster), query = std::move(query),
@@ -275,37 +335,48 @@ void YahooQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdju
       completion(std::move(result));
     }
   };
-  fetchChart(equity, order.what, order.interval, order.dates, std::move(adjust));
+  fetchChart(equity, order, std::move(adjust));
 }
 
-void YahooQuoteProvider::fetchChart(const EquityPointer& equity, std::string_view what,
-                                    std::optional<QuoteInterval> interval,
-                                    std::optional<DateRange> dates, QuoteCompletion completion) {
-  if (dates && equity->firstTradeDate && *equity->firstTradeDate >= dates->upper()) {
-    QuoteFetchResult nothing{.quotes = std::vector<Quote>(),
-                             .prices = PriceAdjustment::adjustedForSplits,
-                             .events = std::vector<EquityEvent>(),
-                             .durableDateRange = *dates};
+void YahooQuoteProvider::fetchChart(const EquityPointer& equity, const ChartOrder& order,
+                                    QuoteCompletion completion) {
+  const auto& dates = order.dates;
+  const bool isBeforeAllTrades =
+      dates && (dates->upper() <= earliestDate ||
+                (equity->firstTradeDate && *equity->firstTradeDate >= dates->upper()));
+  if (isBeforeAllTrades) {
     DispatchQueue::global()->async(
-        [nothing = std::move(nothing), completion = std::move(completion)]() mutable {
+        [nothing = nothingIn(*dates), completion = std::move(completion)]() mutable {
           completion(std::move(nothing));
         });
     return;
   }
-  const auto url = YahooFinanceAPI::chartURL(
-      session_->service(), equity->id(), wireText(interval.value_or(QuoteInterval::threeMonths)),
-      dates ? std::optional(dates->lower()) : std::nullopt,
-      dates ? std::optional(dates->upper()) : std::nullopt);
-  auto receive = [equity, interval, dates,
+  const auto bound = [](Date date) { return std::max(date, earliestDate); };
+  const auto url =
+      YahooFinanceAPI::chartURL(session_->service(), equity->id(),
+                                wireText(order.interval.value_or(QuoteInterval::threeMonths)),
+                                dates ? std::optional(bound(dates->lower())) : std::nullopt,
+                                dates ? std::optional(bound(dates->upper())) : std::nullopt);
+  auto receive = [equity, order, firstTrades = firstTrades_,
                   completion = std::move(completion)](Result<HTTPResponse> response) mutable {
     auto chart = resultOf([&] { return readChart(response); });
-    if (chart) {
-      deliver(*std::move(chart), equity, interval, dates, std::move(completion));
-    } else {
-      completion(std::unexpected(chart.error()));
-    }
+    DispatchQueue::main()->async([chart = std::move(chart), equity, order, firstTrades,
+                                  completion = std::move(completion)]() mutable {
+      if (chart) {
+        deliver(*std::move(chart), equity, order, *firstTrades, std::move(completion));
+        return;
+      }
+      Result<QuoteFetchResult> answer = std::unexpected(chart.error());
+      if (order.dates && saysThatThereIsNothing(*chart.error())) {
+        answer = nothingIn(pastOf(*equity, *order.dates));
+      }
+      DispatchQueue::global()->async(
+          [answer = std::move(answer), completion = std::move(completion)]() mutable {
+            completion(std::move(answer));
+          });
+    });
   };
-  session_->runRequest("Fetch " + std::string(what) + " for " + equity->symbol,
+  session_->runRequest("Fetch " + std::string(order.what) + " for " + equity->symbol,
                        URLRequest{url.value_or("")}, false, std::move(receive));
 }
 

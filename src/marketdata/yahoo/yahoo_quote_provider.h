@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "core/market/quote_provider.h"
@@ -41,6 +42,11 @@ class YahooQuoteProvider : public QuoteProvider {
   /// out.
   void searchEquities(std::string text, EquitiesCompletion completion) override;
 
+  /// As the base, with the first trade that charts of this run have told.
+  [[nodiscard]] EquityPointer equityWithId(std::string_view id) override;
+
+  /// A pair with the neutral currency is none: nothing of it is asked for, and a fetch answers
+  /// QuoteProviderError::NotAvailable.
   [[nodiscard]] EquityPointer exchangeRateEquity(const Currency& from, const Currency& to) override;
 
   /// Reads the details of all `equities`, whose ids are distinct, with one request. The first
@@ -48,6 +54,8 @@ class YahooQuoteProvider : public QuoteProvider {
   /// not. Equities that the service does not know stay as they are.
   void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override;
 
+  /// Where the service says that it has nothing of a range, as of one before the first trade, that
+  /// is an answer: nothing happened in it as far as it is past. Nothing before 1900 is asked for.
   void fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,
                    QuoteCompletion completion) override;
 
@@ -62,12 +70,19 @@ class YahooQuoteProvider : public QuoteProvider {
   [[nodiscard]] static std::set<QuoteInterval> intervalsServed(const Calendar& calendar, Date start,
                                                                Date now);
 
+ public:
+  struct ChartOrder;
+
  private:
-  void fetchChart(const EquityPointer& equity, std::string_view what,
-                  std::optional<QuoteInterval> interval, std::optional<DateRange> dates,
-                  QuoteCompletion completion);
+  void fetchChart(const EquityPointer& equity, const ChartOrder& order, QuoteCompletion completion);
+
+  /// By id; main queue only.
+  using FirstTrades = std::unordered_map<std::string, Date>;
 
   std::shared_ptr<YahooSession> session_;
+  /// An equity that the cache has filled lacks its first trade. It lasts for the run, also where
+  /// the equity is let go in between.
+  std::shared_ptr<FirstTrades> firstTrades_ = std::make_shared<FirstTrades>();
 };
 
 }  // namespace corvane

@@ -31,15 +31,11 @@ const Scale& scaleFor(double maximum) {
 
 constexpr int finestDigits = 8;
 
-/// The round number (1, 2 or 5 times a power of ten) that is at least `least`.
-double roundStep(double least) {
-  const double power = std::pow(10.0, std::floor(std::log10(least)));
-  for (const double factor : {1.0, 2.0, 5.0}) {
-    if (factor * power >= least * (1 - 1e-9)) {
-      return factor * power;
-    }
-  }
-  return 10 * power;
+/// The round number (1, 2 or 5 times a power of ten) that is nearest to `wanted`.
+double roundStep(double wanted) {
+  const double power = std::pow(10.0, std::floor(std::log10(wanted)));
+  const double lead = wanted / power;
+  return power * (lead < 1.5 ? 1 : lead < 3.5 ? 2 : lead < 7.5 ? 5 : 10);
 }
 
 /// The multiples of a round step between `minimum` and `maximum`, about `aim` of them.

@@ -166,7 +166,7 @@ std::optional<AttributedText> BaseChartView::selectionText() const {
   }
   AttributedText text = changeText(from->y, to->y);
   if (keyText) {
-    text.append("\n" + keyTextAt(from->x) + " → " + keyTextAt(to->x));
+    text.append("\nfrom " + keyTextAt(from->x) + "\nto " + keyTextAt(to->x));
   }
   return text;
 }

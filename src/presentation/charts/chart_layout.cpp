@@ -210,16 +210,27 @@ void ChartLayout::chooseTicks(const Surface& surface) {
 }
 
 void ChartLayout::placeDates(const Surface& surface) {
+  const auto& lines = chart_.xAxisLimitLines;
   double free = -std::numeric_limits<double>::infinity();
-  for (const LimitLine& line : chart_.xAxisLimitLines) {
-    const double x = xPixel(line.value);
-    const double width = surface.textWidth(line.label);
-    if (line.label.empty() || x < plotArea_.left - 1 || x < free ||
-        x + width > surface.width - narrowGap) {
+  bool isOnlyFirstPlaced = false;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const double x = xPixel(lines[i].value);
+    const double width = surface.textWidth(lines[i].label);
+    if (lines[i].label.empty() || x < plotArea_.left - 1 || x + width > surface.width - narrowGap) {
       continue;
     }
+    if (x < free) {
+      // The first one may name what only a few values at the edge belong to; then the second one,
+      // if it has all the room that it needs, says more.
+      const double end = i + 1 < lines.size() ? xPixel(lines[i + 1].value) : plotArea_.right;
+      if (!isOnlyFirstPlaced || x + width + gap > end) {
+        continue;
+      }
+      dateLabels_.clear();
+    }
+    isOnlyFirstPlaced = i == 0;
     free = x + width + gap;
-    dateLabels_.push_back({line.label, x, plotArea_.bottom + narrowGap, width});
+    dateLabels_.push_back({lines[i].label, x, plotArea_.bottom + narrowGap, width});
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
@@ -13,7 +14,12 @@ namespace corvane {
 namespace {
 
 constexpr double fillAlpha = 0.5;
+/// How far bands fade into the background: every other one starts further on its way, so that no
+/// two neighbours look alike.
+constexpr double mostFading = 0.2;
+constexpr double fadingOfEveryOther = 0.4;
 constexpr double netDepositsWidth = 2;
+constexpr std::string_view netDepositsLabel = "Net Deposits";
 
 using DailySnapshots = std::vector<PortfolioSnapshotGroup::DailySnapshot>;
 
@@ -27,11 +33,12 @@ class Stack {
   void add(std::string label, Value valueAt) {
     ChartDataSet series{.label = std::move(label),
                         .colour = Colour::Name::systemBlue,
-                        .fill = Colour(Colour::Name::systemBlue).withAlpha(fillAlpha)};
+                        .fill = Colour::Name::systemBlue};
     series.entries.reserve(snapshots_.size());
     for (std::size_t i = 0; i < snapshots_.size(); ++i) {
+      const double base = sums_[i].doubleValue();
       sums_[i] += valueAt(snapshots_[i].snapshot);
-      series.entries.push_back({static_cast<double>(i), sums_[i].doubleValue()});
+      series.entries.push_back({static_cast<double>(i), sums_[i].doubleValue(), base});
     }
     series_.push_back(std::move(series));
   }
@@ -47,23 +54,42 @@ class Stack {
     });
   }
 
-  [[nodiscard]] StackedSeries take() { return {std::move(series_), std::move(sums_)}; }
+  [[nodiscard]] StackedSeries take() {
+    for (std::size_t i = 0; i < series_.size(); ++i) {
+      series_[i].fill = tone(i).withAlpha(fillAlpha);
+    }
+    return {std::move(series_), std::move(sums_)};
+  }
 
  private:
+  [[nodiscard]] Colour tone(std::size_t band) const {
+    const Colour blue = Colour::Name::systemBlue;
+    const double fading =
+        mostFading * static_cast<double>(band) / static_cast<double>(series_.size()) +
+        (band % 2 == 0 ? 0 : fadingOfEveryOther);
+    return fading == 0 ? blue : blue.blended(fading, Colour::Name::controlBackground);
+  }
+
   const DailySnapshots& snapshots_;
   std::vector<Decimal> sums_;
   std::vector<ChartDataSet> series_;
 };
 
-/// Puts the days below the chart, from the first snapshot to the last.
-void addDayLabels(FiscalChartView& chart, const DailySnapshots& snapshots,
+/// Puts the chosen days below the chart. The snapshot before them only says what there was at
+/// their start, and must not have a label of its own.
+void addDayLabels(FiscalChartView& chart, const PortfolioDataSlice& data,
                   const Calendar& calendar) {
+  const DailySnapshots& snapshots = data.snapshotGroup->sortedSnapshots;
   std::vector<std::pair<double, Date>> points;
   points.reserve(snapshots.size());
   for (std::size_t i = 0; i < snapshots.size(); ++i) {
-    points.emplace_back(static_cast<double>(i), snapshots[i].ymd.startIn(calendar));
+    if (data.ymdRange.contains(snapshots[i].ymd)) {
+      points.emplace_back(static_cast<double>(i), snapshots[i].ymd.startIn(calendar));
+    }
   }
-  chart.addDateLabels(points, {points.front().second, points.back().second}, calendar);
+  if (!points.empty()) {
+    chart.addDateLabels(points, {points.front().second, points.back().second}, calendar);
+  }
 }
 
 std::string longDate(const YearMonthDay& day, const Calendar& calendar) {
@@ -103,6 +129,36 @@ std::string accessibleText(const std::vector<Decimal>& total, const DailySnapsho
          " on " + longDate(snapshots.back().ymd, calendar) + ".";
 }
 
+/// The bands from the top down, as the eye meets them, and then what is a line.
+std::vector<ChartLegendEntry> legendOf(const std::vector<ChartDataSet>& bands, bool hasDeposits) {
+  std::vector<ChartLegendEntry> entries;
+  for (auto band = bands.rbegin(); band != bands.rend(); ++band) {
+    entries.push_back({band->label, *band->fill, ChartLegendEntry::Mark::area});
+  }
+  if (hasDeposits) {
+    entries.push_back(
+        {std::string(netDepositsLabel), Colour::Name::systemGreen, ChartLegendEntry::Mark::line});
+  }
+  return entries;
+}
+
+/// Why there is nothing to draw; empty where there is something.
+std::string whyNothingIsDrawn(const PortfolioDataSlice& data, const std::vector<Decimal>& total,
+                              const std::optional<ChartDataSet>& deposits,
+                              const Calendar& calendar) {
+  const auto isZero = [](const auto& value) { return value.isZero(); };
+  const auto isFlat = [](const ChartEntry& entry) { return entry.y == 0; };
+  if (std::ranges::all_of(total, isZero) &&
+      (!deposits || std::ranges::all_of(deposits->entries, isFlat))) {
+    return "Nothing was held on these days.";
+  }
+  if (data.ymdRange.lower() == data.ymdRange.upper()) {
+    return moneyText(total.back(), data.portfolio->primaryCurrency()) + " on " +
+           longDate(data.ymdRange.upper(), calendar) + ".\nMore than one day makes a chart.";
+  }
+  return "";
+}
+
 }  // namespace
 
 StackedSeries stackedSeries(const PortfolioDataSlice& data,
@@ -124,8 +180,9 @@ StackedSeries stackedSeries(const PortfolioDataSlice& data,
 }
 
 ChartDataSet netDepositsSeries(const PortfolioSnapshotGroup& group) {
-  ChartDataSet series{
-      .label = "Net Deposits", .colour = Colour::Name::systemGreen, .lineWidth = netDepositsWidth};
+  ChartDataSet series{.label = std::string(netDepositsLabel),
+                      .colour = Colour::Name::systemGreen,
+                      .lineWidth = netDepositsWidth};
   for (const auto& [day, snapshot] : group.sortedSnapshots) {
     Decimal deposited;
     for (const auto& [currency, cash] : snapshot.currencySnapshots) {
@@ -152,20 +209,35 @@ void drawPortfolioChart(FiscalChartView& chart, const PortfolioDataSlice& data,
   const Calendar& calendar = manager->calendar;
 
   auto [series, total] = stackedSeries(data, asset);
+  std::optional<ChartDataSet> deposits;
+  if (!asset || asset->cash() != nullptr) {
+    deposits = netDepositsSeries(*data.snapshotGroup);
+  }
+  chart.noDataText = whyNothingIsDrawn(data, total, deposits, calendar);
+  if (!chart.noDataText.empty()) {
+    chart.changeHandler();
+    return;
+  }
+  chart.legendEntries = legendOf(series, deposits.has_value());
   ChartDataSet topLine = std::move(series.back());
   series.pop_back();
-  if (!asset || asset->cash() != nullptr) {
-    series.push_back(netDepositsSeries(*data.snapshotGroup));
+  if (deposits) {
+    series.push_back(std::move(*deposits));
   }
   chart.axisMinimum =
       data.portfolio->allowsNegativeBalances ? std::nullopt : std::optional<double>(0);
   chart.prescribedOpeningValue = topLine.entries.front().y;
   chart.prescribedClosingValue = topLine.entries.back().y;
   chart.accessibleText = accessibleText(total, snapshots, primary, calendar);
+  chart.keyText = [group = data.snapshotGroup, calendar](std::size_t index) {
+    return index < group->sortedSnapshots.size()
+               ? longDate(group->sortedSnapshots[index].ymd, calendar)
+               : std::string();
+  };
   chart.tooltipProvider = tooltips(data.snapshotGroup, std::move(total), primary, calendar);
   chart.setNoninteractiveDataSets(std::move(series));
   chart.interactiveDataSet = std::move(topLine);
-  addDayLabels(chart, snapshots, calendar);
+  addDayLabels(chart, data, calendar);
   chart.changeHandler();
 }
 
