@@ -125,7 +125,10 @@ class MarketRates {
       if ((**outcome)->quotes) {
         for (const Quote& bar : *(**outcome)->quotes) {
           if (bar.close && *bar.close > 0) {
-            closes_[code].insert_or_assign(YearMonthDay::of(bar.fromDate, calendar), *bar.close);
+            // A day of currencies starts at midnight of another place: its middle tells which it
+            // is.
+            const Date middle = bar.fromDate + bar.toDate.timeIntervalSince(bar.fromDate) / 2;
+            closes_[code].insert_or_assign(YearMonthDay::of(middle, calendar), *bar.close);
           }
         }
       }
