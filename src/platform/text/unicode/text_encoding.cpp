@@ -20,6 +20,8 @@ std::string_view nameOf(TextEncoding encoding) {
       return "UTF-8";
     case TextEncoding::utf16:
       return "UTF-16";
+    case TextEncoding::latin9:
+      return "ISO-8859-15";
     case TextEncoding::windowsLatin1:
       break;
   }

@@ -13,7 +13,8 @@ namespace corvane {
 enum class TextEncoding {
   utf8,
   utf16,  ///< the order of the bytes is that of the mark at the start, else the high byte is first
-  windowsLatin1  ///< code page 1252, which covers ISO 8859-1
+  windowsLatin1,  ///< code page 1252, which covers ISO 8859-1
+  latin9          ///< ISO 8859-15, which has the euro where the others have other signs
 };
 
 /// Bytes that are no text of an encoding, or text that an encoding cannot write.
