@@ -2,6 +2,7 @@
 // rows. The controllers do everything else.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -12,6 +13,7 @@
 
 #include "exchange/brokers/import_export_configuration.h"
 #include "platform/async/progress.h"
+#include "platform/error.h"
 
 namespace corvane {
 
@@ -53,6 +55,21 @@ class ImportOrExportBroker {
   }
 };
 
+/// The cells of the file that an import reads, for a second look at them. Rows count from the first
+/// one that is no header.
+class ImportedCells {
+ public:
+  virtual ~ImportedCells() = default;
+  [[nodiscard]] virtual std::size_t rowCount() const = 0;
+  /// The line of the file on which a row starts, from 1.
+  [[nodiscard]] virtual std::uint32_t line(std::size_t row) const = 0;
+  /// None where the file has no column with the field.
+  [[nodiscard]] virtual std::optional<std::string_view> cell(std::size_t row,
+                                                             std::string_view field) const = 0;
+  /// What the header calls the field's column; empty without a header.
+  [[nodiscard]] virtual std::string columnTitle(std::string_view field) const = 0;
+};
+
 /// Turns rows of text into records. All operations below are called by one job, one at a time, off
 /// the main queue, while the main queue is pumped. They throw values of type Error.
 class ImportBroker : public ImportOrExportBroker {
@@ -67,6 +84,17 @@ class ImportBroker : public ImportOrExportBroker {
 
   /// Takes one row: the texts of the columns that are not ignored.
   virtual void importRow(const ValuesByField& valuesByField) = 0;
+
+  /// Whether review() may do better than to give up.
+  [[nodiscard]] virtual bool canReview() const { return false; }
+  /// Called before finishImport, after the last row or with what kept the rows from being taken.
+  /// The broker may look at the cells once more and take them in another way. Throws what the
+  /// import is to end with: the refusal itself where there is no other way.
+  virtual void review(const ImportedCells& /*cells*/, const Error* refusal) {
+    if (refusal != nullptr) {
+      refusal->raise();
+    }
+  }
 
   /// Called after the last row. Long work throws UserCancelledError, with nothing done, soon after
   /// `progress` has been cancelled.

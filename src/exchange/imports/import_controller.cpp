@@ -86,17 +86,30 @@ void ImportController::loadAndSetUp(const fs::path& url, const WindowPointer& wi
 }
 
 std::shared_ptr<const ImportSource> ImportController::loadFile(const fs::path& url) {
-  auto source = std::make_shared<const ImportSource>(url);
-  if (source->columnCount() == 0) {
-    return nullptr;
+  try {
+    auto source = std::make_shared<const ImportSource>(url);
+    return source->columnCount() == 0 ? nullptr : (fitTo(*source), source);
+  } catch (const FileError&) {
+    throw;
+  } catch (const Error& refusal) {
+    if (!importBroker_->canReview()) {
+      throw;
+    }
+    auto source = std::make_shared<const ImportSource>(url, refusal);
+    fitTo(*source);
+    return source;
   }
+}
+
+void ImportController::fitTo(const ImportSource& source) {
   setConfiguration(changed(*configuration(), [&](ImportExportConfiguration& layout) {
     layout.fieldOrder =
-        fitted(std::move(layout.fieldOrder), source->columnCount(), importBroker_->allFields());
+        fitted(std::move(layout.fieldOrder), source.columnCount(), importBroker_->allFields());
   }));
-  const ConfigurationPointer layout = configuration();
-  source->requireColumns(layout->includesHeaderRow ? 1 : 0, layout->fieldOrder.size());
-  return source;
+  if (source.refusal() == nullptr) {
+    const ConfigurationPointer layout = configuration();
+    source.requireColumns(layout->includesHeaderRow ? 1 : 0, layout->fieldOrder.size());
+  }
 }
 
 void ImportController::runImport(std::shared_ptr<const ImportSource> source,

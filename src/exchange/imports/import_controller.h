@@ -27,6 +27,7 @@ class ImportController : public ImportExportController {
   /// Reads the file and fits the field order to it; null for a file without a line. Throws
   /// FileError, TextEncodingError, CSVParseError, ImportExportError::InconsistentColumnLayout.
   std::shared_ptr<const ImportSource> loadFile(const std::filesystem::path& url);
+  void fitTo(const ImportSource& source);
   void runImport(std::shared_ptr<const ImportSource> source, const WindowPointer& window,
                  Completion completion);
 

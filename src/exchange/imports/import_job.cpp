@@ -1,10 +1,13 @@
 #include "exchange/imports/import_job.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
+#include "exchange/strict/cell_text.h"
 #include "exchange/strict/closed_quotes.h"
+#include "exchange/strict/statement_text.h"
 
 namespace corvane {
 namespace {
@@ -22,6 +25,62 @@ ImportBroker::ColumnsByField preflightColumns(const ImportSource& source,
   return columns;
 }
 
+/// Whoever shows the progress is woken so many times at most.
+constexpr std::int64_t mostUpdates = 500;
+
+/// The text of a file of whatever encoding.
+CSV<Enumerated> readableText(const std::filesystem::path& file) {
+  StatementText text = readStatementText(file);
+  CSVDelimiter delimiter = CSVDelimiter::guessed(text.text);
+  return {std::move(text.text), std::move(delimiter)};
+}
+
+/// The cells of a source under the names of their fields.
+class SourceCells final : public ImportedCells {
+ public:
+  SourceCells(const ImportSource& source, const ImportExportConfiguration& layout)
+      : source_(source), hasHeader_(layout.includesHeaderRow) {
+    for (std::size_t column = 0; column < layout.fieldOrder.size(); ++column) {
+      if (!layout.fieldOrder[column].empty()) {
+        columns_.emplace(layout.fieldOrder[column], column);
+      }
+    }
+  }
+
+  [[nodiscard]] std::size_t rowCount() const override {
+    return source_.rows().size() + (hasHeader_ ? 0 : 1);
+  }
+  [[nodiscard]] std::uint32_t line(std::size_t row) const override { return cellsOf(row).line(); }
+  [[nodiscard]] std::optional<std::string_view> cell(std::size_t row,
+                                                     std::string_view field) const override {
+    const auto column = columns_.find(field);
+    if (column == columns_.end()) {
+      return std::nullopt;
+    }
+    const CSVRow cells = cellsOf(row);
+    return column->second < cells.size() ? cells[column->second] : std::string_view();
+  }
+  [[nodiscard]] std::string columnTitle(std::string_view field) const override {
+    const auto column = columns_.find(field);
+    if (!hasHeader_ || column == columns_.end() || column->second >= source_.header().size()) {
+      return "";
+    }
+    return std::string(trimmedCell(source_.header()[column->second]));
+  }
+
+ private:
+  [[nodiscard]] CSVRow cellsOf(std::size_t row) const {
+    if (!hasHeader_ && row == 0) {
+      return source_.header();
+    }
+    return source_.rows().row(hasHeader_ ? row : row - 1);
+  }
+
+  const ImportSource& source_;
+  bool hasHeader_;
+  std::map<std::string, std::size_t, std::less<>> columns_;
+};
+
 void requireNotCancelled(const Progress& progress) {
   if (progress.isCancelled()) {
     throw UserCancelledError();
@@ -33,6 +92,19 @@ void requireNotCancelled(const Progress& progress) {
 ImportSource::ImportSource(const std::filesystem::path& file)
     : filename_(file.filename()), csv_(file) {
   requireClosedQuotes(csv_.text(), csv_.content().unclosedQuote());
+}
+
+ImportSource::ImportSource(const std::filesystem::path& file, const Error& refusal)
+    : filename_(file.filename()), csv_(readableText(file)) {
+  requireClosedQuotes(csv_.text(), csv_.content().unclosedQuote());
+  for (const CSVRow& row : rows()) {
+    for (std::size_t column = columnCount(); column < row.size(); ++column) {
+      if (!trimmedCell(row[column]).empty()) {
+        refusal.raise();
+      }
+    }
+  }
+  refusal_ = refusal.copy();
 }
 
 std::optional<std::string> ImportSource::cell(int row, int column) const {
@@ -63,6 +135,54 @@ std::vector<std::string> ImportSource::column(std::size_t index) const {
   return cells;
 }
 
+namespace {
+
+/// Hands all rows to `broker`; what has kept them from being taken, null for nothing.
+ErrorPointer takeRows(const ImportSource& source, const ImportExportConfiguration& configuration,
+                      ImportBroker& broker, Progress& progress, std::int64_t completed) {
+  if (source.refusal() != nullptr) {
+    return source.refusal()->copy();
+  }
+  // One map for all rows: its texts keep their room from one row to the next.
+  ImportBroker::ValuesByField values;
+  std::vector<std::string*> places;
+  for (const std::string& field : configuration.fieldOrder) {
+    const auto [entry, isNew] = values.try_emplace(field);
+    places.push_back(isNew && !field.empty() ? &entry->second : nullptr);
+  }
+  values.erase("");
+  const std::int64_t rowsPerUpdate =
+      1 + static_cast<std::int64_t>(source.rows().size()) / mostUpdates;
+  std::size_t current = 0;
+  try {
+    source.forEachRow(configuration.includesHeaderRow ? 1 : 0,
+                      [&](std::size_t number, const CSVRow& row) {
+                        requireNotCancelled(progress);
+                        current = number;
+                        for (std::size_t column = 0; column < row.size(); ++column) {
+                          if (places[column] != nullptr) {
+                            places[column]->assign(row[column]);
+                          }
+                        }
+                        broker.importRow(values);
+                        ++completed;
+                        if (completed % rowsPerUpdate == 0) {
+                          progress.setCompletedUnitCount(completed);
+                        }
+                      });
+    progress.setCompletedUnitCount(completed);
+  } catch (const UserCancelledError&) {
+    throw;
+  } catch (const Error& error) {
+    return ImportExportError(
+               ImportExportError::BrokerImportError{error.copy(), static_cast<int>(current)})
+        .copy();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
 void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& progress) {
   const ConfigurationPointer configuration = broker.configuration();
   const auto& order = configuration->fieldOrder;
@@ -79,30 +199,15 @@ void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& pr
     progress.setCompletedUnitCount(completed);
   }
 
-  const std::size_t first = configuration->includesHeaderRow ? 1 : 0;
-  source.forEachRow(first, [&](std::size_t number, const CSVRow& row) {
-    requireNotCancelled(progress);
-    ImportBroker::ValuesByField values;
-    for (std::size_t column = 0; column < row.size(); ++column) {
-      if (!order[column].empty()) {
-        values.emplace(order[column], row[column]);
-      }
-    }
-    try {
-      broker.importRow(values);
-    } catch (const Error& error) {
-      throw ImportExportError(
-          ImportExportError::BrokerImportError{error.copy(), static_cast<int>(number)});
-    }
-    ++completed;
-    progress.setCompletedUnitCount(completed);
-  });
+  const SourceCells cells(source, *configuration);
+  const ErrorPointer refusal = takeRows(source, *configuration, broker, progress, completed);
 
   broker.setConfiguration(changed(*configuration, [&](ImportExportConfiguration& layout) {
     layout.fieldDelimiter = source.isTabDelimited() ? ImportExportFieldDelimiter::tab
                                                     : ImportExportFieldDelimiter::comma;
   }));
   requireNotCancelled(progress);
+  broker.review(cells, refusal.get());
   broker.finishImport(progress);
   progress.setCompletedUnitCount(progress.totalUnitCount());
 }

@@ -20,9 +20,19 @@ class ImportSource {
   /// where it swallows rows, though the reader of delimited text takes it.
   explicit ImportSource(const std::filesystem::path& file);
 
+  /// Reads a file that the rules refuse with `refusal`, as far as it can be done without a guess
+  /// that nobody sees: in the encoding that its bytes tell, and with rows that are too short or
+  /// whose last cells are empty. Throws where that does not help either.
+  ImportSource(const std::filesystem::path& file, const Error& refusal);
+
+  /// Why the rules refuse the file; null where they do not.
+  [[nodiscard]] const Error* refusal() const { return refusal_.get(); }
+
   /// The last component of the path.
   [[nodiscard]] const std::string& filename() const { return filename_; }
   [[nodiscard]] std::size_t columnCount() const { return csv_.header().size(); }
+  /// The first line.
+  [[nodiscard]] CSVRow header() const { return csv_.header(); }
   /// The rows after the first line.
   [[nodiscard]] const CSVTable& rows() const { return csv_.content().rows(); }
   [[nodiscard]] bool isTabDelimited() const { return csv_.delimiter() == CSVDelimiter::tab(); }
@@ -50,6 +60,7 @@ class ImportSource {
 
  private:
   std::string filename_;
+  ErrorPointer refusal_;
   CSV<Enumerated> csv_;
 };
 

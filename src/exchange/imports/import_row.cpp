@@ -41,23 +41,6 @@ bool namesCapitalGainsDividend(std::string_view text) {
   return behindGain && behindBlankAnd("div", *behindGain);
 }
 
-/// The first of the words in `text`; empty where there is none.
-std::string_view firstWord(std::string_view text) {
-  std::string_view rest = text;
-  const char* begin = nullptr;
-  while (!rest.empty()) {
-    const char* position = rest.data();
-    const bool isBlank = isWhitespace(takeCharacter(rest));
-    if (isBlank && begin != nullptr) {
-      return {begin, position};
-    }
-    if (!isBlank && begin == nullptr) {
-      begin = position;
-    }
-  }
-  return begin == nullptr ? std::string_view() : std::string_view(begin, rest.data());
-}
-
 std::optional<Currency> currencyWithCode(std::string_view code) {
   const auto& known = Currency::byCode();
   const auto found = known.find(code);
@@ -78,6 +61,22 @@ Decimal withSign(const Decimal& amount, ImportRow::SignRule rule) {
 
 }  // namespace
 
+std::string_view firstWord(std::string_view text) {
+  std::string_view rest = text;
+  const char* begin = nullptr;
+  while (!rest.empty()) {
+    const char* position = rest.data();
+    const bool isBlank = isWhitespace(takeCharacter(rest));
+    if (isBlank && begin != nullptr) {
+      return {begin, position};
+    }
+    if (!isBlank && begin == nullptr) {
+      begin = position;
+    }
+  }
+  return begin == nullptr ? std::string_view() : std::string_view(begin, rest.data());
+}
+
 const std::string* ImportRow::cell(std::string_view field) const {
   const auto found = values_.find(field);
   return found == values_.end() ? nullptr : &found->second;
@@ -85,7 +84,11 @@ const std::string* ImportRow::cell(std::string_view field) const {
 
 std::optional<Decimal> ImportRow::number(std::string_view field) const {
   const std::string* text = cell(field);
-  return text == nullptr ? std::nullopt : surroundings_.numberFormatter.decimalFromString(*text);
+  if (text == nullptr) {
+    return std::nullopt;
+  }
+  return surroundings_.strictNumber ? surroundings_.strictNumber(field, *text)
+                                    : surroundings_.numberFormatter.decimalFromString(*text);
 }
 
 BasicTransaction::Kind ImportRow::kind() const {
@@ -163,7 +166,11 @@ EquityPointer ImportRow::equity() const {
 
 std::optional<Currency> ImportRow::namedCurrency() const {
   const std::string* code = cell("cashCurrency");
-  if (code != nullptr) {
+  if (code != nullptr && surroundings_.strictCurrency) {
+    if (auto currency = surroundings_.strictCurrency(*code)) {
+      return currency;
+    }
+  } else if (code != nullptr) {
     // A blank behind the code is no reason to take the amount for one of another currency.
     if (auto currency = currencyWithCode(firstWord(*code))) {
       return currency;

@@ -19,9 +19,18 @@ struct ImportSurroundings {
   /// The code of rows that name no currency that is known.
   std::optional<std::string> defaultCurrencyCode;
   const DecimalNumberFormatter& numberFormatter;
+  /// Reads a number or a currency in place of the forgiving rules; null for those. Whatever they
+  /// throw ends the row.
+  std::function<std::optional<Decimal>(std::string_view field, const std::string& text)>
+      strictNumber = nullptr;
+  std::function<std::optional<Currency>(const std::string& text)> strictCurrency = nullptr;
   /// The equity with a symbol, which is not empty; null where nobody can tell.
   std::function<EquityPointer(std::string_view symbol)> equityFor;
 };
+
+/// The first of the words in `text`; empty where there is none. A cell of a symbol and a name gives
+/// the symbol.
+[[nodiscard]] std::string_view firstWord(std::string_view text);
 
 /// Builds what the cells of a row tell, but for its dates.
 class ImportRow {

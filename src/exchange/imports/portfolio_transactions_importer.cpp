@@ -1,6 +1,7 @@
 #include "exchange/imports/portfolio_transactions_importer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iostream>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "exchange/imports/date_order_recognition.h"
 #include "exchange/imports/import_row.h"
 #include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
+#include "exchange/strict/statement_error.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/overloaded.h"
@@ -234,7 +236,9 @@ void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField
   BasicTransaction::Kind kind = row.kind();
   auto note = row.note(kind);
   transactionsToRecord_.push_back({std::move(kind), *tradeDate, *settlementDate, std::move(note)});
-  std::cout << "Importing transaction: " << transactionsToRecord_.back() << '\n';
+  if (std::cout) {  // making the line takes longer than understanding the row
+    std::cout << "Importing transaction: " << transactionsToRecord_.back() << '\n';
+  }
 }
 
 std::optional<Date> PortfolioTransactionsImporter::dateIn(const ValuesByField& values,
@@ -261,6 +265,127 @@ EquityPointer PortfolioTransactionsImporter::equityFor(std::string_view symbol) 
   return entry->second;
 }
 
+Calendar PortfolioTransactionsImporter::calendar() const {
+  // That of the rules, so that one day is one date in both readings.
+  return Calendar(dateFormatter_.timeZone);
+}
+
+StrictImport PortfolioTransactionsImporter::fileReading(const ImportedCells& cells) {
+  const auto current = std::static_pointer_cast<const Configuration>(configuration());
+  const ImportSurroundings rows = {
+      .primaryCurrency = portfolio_->primaryCurrency(),
+      .defaultCurrencyCode = current->defaultCurrencyCode,
+      .numberFormatter = numberFormatter_,
+      .equityFor = [this](std::string_view symbol) { return equityFor(symbol); }};
+  StrictImportSurroundings surroundings = {
+      .rows = rows, .calendar = calendar(), .options = strictOptions};
+  surroundings.options.isOwnExport = hasOwnHeadings(cells);
+  if (current->useDateFormatString && !strictOptions.days) {
+    surroundings.dateIn = [this](std::string_view cell) {
+      return dateFormatter_.date(std::string(cell));
+    };
+  }
+  return readStrictly(cells, surroundings);
+}
+
+void PortfolioTransactionsImporter::take(const StrictImport& reading) {
+  transactionsToRecord_ = reading.rows;
+  lines_ = reading.lines;
+}
+
+void PortfolioTransactionsImporter::review(const ImportedCells& cells, const Error* refusal) {
+  if (prefersFileReading) {
+    take(fileReading(cells));
+  } else if (reviewHandler && refusal != nullptr) {
+    offerForRefusal(cells, *refusal);
+  } else if (refusal != nullptr) {
+    refusal->raise();
+  } else if (reviewHandler) {
+    reviewDifferences(cells);
+  }
+}
+
+void PortfolioTransactionsImporter::offerForRefusal(const ImportedCells& cells,
+                                                    const Error& refusal) {
+  StrictImport reading;
+  try {
+    reading = fileReading(cells);
+  } catch (const Error&) {
+    refusal.raise();
+  }
+  if (hasOwnHeadings(cells)) {
+    take(reading);
+    return;
+  }
+  ReadingQuestion question = {.problem = refusal.description().value_or(""),
+                              .fileReading = readingLines(reading.rows, 0, calendar())};
+  if (const auto suggestion = refusal.recoverySuggestion()) {
+    question.problem += " " + *suggestion;
+  }
+  if (question.fileReading.empty()) {
+    refusal.raise();
+  }
+  if (reviewHandler(question) != ReadingAnswer::file) {
+    throw UserCancelledError();
+  }
+  take(reading);
+}
+
+void PortfolioTransactionsImporter::reviewDifferences(const ImportedCells& cells) {
+  ReadingQuestion question;
+  try {
+    fileReading_ = fileReading(cells);
+  } catch (const StatementError& error) {
+    question.problem = error.description().value_or("");
+  }
+  if (fileReading_) {
+    const auto difference =
+        firstDifference(cells, transactionsToRecord_, *fileReading_, calendar());
+    if (difference && hasOwnHeadings(cells)) {
+      take(*fileReading_);
+      return;
+    }
+    question.problem = difference.value_or("");
+    if (difference) {
+      question.fileReading = readingLines(fileReading_->rows, 0, calendar());
+    } else {
+      question.problem = firstSharedSymbol(cells, transactionsToRecord_).value_or("");
+    }
+  }
+  if (question.problem.empty()) {
+    return;
+  }
+  question.standardReading = readingLines(transactionsToRecord_, 0, calendar());
+  switch (reviewHandler(question)) {
+    case ReadingAnswer::file:
+      assert(fileReading_ && "a reading that was not offered cannot be chosen");
+      return take(*fileReading_);
+    case ReadingAnswer::standard:
+      return;
+    case ReadingAnswer::cancel:
+      throw UserCancelledError();
+  }
+}
+
+bool PortfolioTransactionsImporter::takesOtherReading(const Error& refusal) {
+  if (!reviewHandler || !fileReading_) {
+    return false;
+  }
+  for (const StrictImport& reading : {*fileReading_, fileReading_->inOrderOfTime()}) {
+    if (reading.rows == transactionsToRecord_ || !wouldBeTaken(reading.rows, *portfolio_)) {
+      continue;
+    }
+    ReadingQuestion question = {.problem = refusal.description().value_or(""),
+                                .fileReading = readingLines(reading.rows, 0, calendar())};
+    if (reviewHandler(question) != ReadingAnswer::file) {
+      throw UserCancelledError();
+    }
+    take(reading);
+    return true;
+  }
+  return false;
+}
+
 void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
   const auto manager = portfolio_->manager.lock();
   if (transactionsToRecord_.empty()) {
@@ -270,10 +395,24 @@ void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
     throw PortfolioManagerError(
         PortfolioManagerError::InvalidPortfolio{"The portfolio is not open any more."});
   }
-  std::size_t recordedCount = 0;
-  const BackgroundEdit edit(*manager);
   try {
-    manager->recordTransactions(transactionsToRecord_, portfolio_, nullptr, [&](std::size_t count) {
+    record(*manager, progress);
+  } catch (const UserCancelledError&) {
+    throw;
+  } catch (const Error& refusal) {
+    if (!takesOtherReading(refusal)) {
+      throw;
+    }
+    record(*manager, progress);
+  }
+  fileReading_.reset();
+}
+
+void PortfolioTransactionsImporter::record(PortfolioManager& manager, const Progress& progress) {
+  std::size_t recordedCount = 0;
+  const BackgroundEdit edit(manager);
+  try {
+    manager.recordTransactions(transactionsToRecord_, portfolio_, nullptr, [&](std::size_t count) {
       recordedCount = count;
       if (progress.isCancelled()) {
         throw UserCancelledError();
@@ -291,7 +430,8 @@ void PortfolioTransactionsImporter::finishImport(const Progress& progress) {
       }
       recordedCount = *refused;
     }
-    const std::size_t line = recordedCount + (settings().includesHeaderRow ? 1 : 0);
+    const std::size_t line = lines_.empty() ? recordedCount + (settings().includesHeaderRow ? 1 : 0)
+                                            : lines_[recordedCount] - 1;
     throw ImportExportError(
         ImportExportError::BrokerImportError{error.copy(), static_cast<int>(line)});
   }

@@ -13,6 +13,8 @@
 #include "exchange/brokers/configured_broker.h"
 #include "exchange/brokers/import_export_broker.h"
 #include "exchange/brokers/import_export_configuration.h"
+#include "exchange/imports/import_review.h"
+#include "exchange/imports/strict_import.h"
 #include "exchange/imports/transactions_import_error.h"
 #include "ledger/portfolio/portfolio.h"
 #include "platform/system/user_defaults.h"
@@ -85,6 +87,15 @@ class PortfolioTransactionsImporter final
     return transactionsToRecord_;
   }
 
+  /// Asked, off the main queue, where the rules would record something else than the cells mean by
+  /// themselves, and where they refuse a file that can be understood. None unless a shell sets it:
+  /// then only the rules count.
+  ReviewHandler reviewHandler;
+  /// What the user has said beforehand for the reading of the cells by themselves.
+  StrictImportOptions strictOptions;
+  /// Whether that reading is taken without a question.
+  bool prefersFileReading = false;
+
   /// How the cells of date columns are read at the moment.
   [[nodiscard]] const DateFormatter& dateFormatter() const { return dateFormatter_; }
 
@@ -97,6 +108,12 @@ class PortfolioTransactionsImporter final
   void preflight(const ColumnsByField& columnsByField) override;
   /// Throws TransactionsImportError.
   void importRow(const ValuesByField& valuesByField) override;
+  [[nodiscard]] bool canReview() const override {
+    return reviewHandler != nullptr || prefersFileReading;
+  }
+  /// Throws UserCancelledError where the user wants neither reading, StatementError where he wants
+  /// the cells' own and they have none, and otherwise the refusal.
+  void review(const ImportedCells& cells, const Error* refusal) override;
   /// Throws UserCancelledError; ImportExportError::BrokerImportError with the line that the ledger
   /// refused; and as it is what kept the whole of a ledger from being stored.
   void finishImport(const Progress& progress) override;
@@ -107,6 +124,15 @@ class PortfolioTransactionsImporter final
   void applyConfiguration() override;
   void updateAccessory() override;
 
+  [[nodiscard]] StrictImport fileReading(const ImportedCells& cells);
+  void reviewDifferences(const ImportedCells& cells);
+  void offerForRefusal(const ImportedCells& cells, const Error& refusal);
+  void take(const StrictImport& reading);
+  [[nodiscard]] Calendar calendar() const;
+  void record(PortfolioManager& manager, const Progress& progress);
+  /// Whether the user takes another order or reading of the rows than the one that was refused.
+  [[nodiscard]] bool takesOtherReading(const Error& refusal);
+
   [[nodiscard]] std::optional<Date> dateIn(const ValuesByField& values, std::string_view field);
   [[nodiscard]] EquityPointer equityFor(std::string_view symbol);
 
@@ -115,6 +141,10 @@ class PortfolioTransactionsImporter final
   DecimalNumberFormatter numberFormatter_;
   DateFormatter dateFormatter_;
   std::vector<BasicTransaction> transactionsToRecord_;
+  /// The line of each of them, from 1; empty where one stands on each line below the header.
+  std::vector<std::uint32_t> lines_;
+  /// The reading of the cells by themselves, as long as it may still be wanted.
+  std::optional<StrictImport> fileReading_;
 
   /// The equities of the file so far, which the job must not ask for itself.
   std::unordered_map<std::string, EquityPointer> equities_;

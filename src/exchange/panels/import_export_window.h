@@ -17,6 +17,20 @@ class ExportSaveAccessoryViewController;
 class ImportExportFieldSetupViewController;
 class ImportExportProgressViewController;
 
+/// A statement that would be recorded otherwise than its cells say, or not at all.
+struct ReadingQuestion {
+  std::string problem;  ///< the first cell that is read in two ways, or why the file was refused
+  /// The first transactions that come out different; empty for a reading that cannot be used.
+  std::vector<std::string> fileReading = {};
+  std::vector<std::string> standardReading = {};
+};
+
+enum class ReadingAnswer {
+  file,      ///< "Use the File's Reading": what each cell means by itself
+  standard,  ///< "Use the Standard Reading": the forgiving rules
+  cancel
+};
+
 /// What a shell implements. Every begin… returns at once or after the user has answered, as the
 /// shell likes; a completion is called exactly once. The shell holds what it shows, and lets go of
 /// it when the panel or sheet has ended. Main queue only.
@@ -62,6 +76,13 @@ class ImportExportWindow {
   virtual void beginProgress(
       const std::shared_ptr<ImportExportProgressViewController>& progress) = 0;
   virtual void endProgress() = 0;
+
+  /// Asks which reading is meant. A shell that asks nobody takes the standard one where it can be
+  /// used.
+  virtual void askForReading(const ReadingQuestion& question,
+                             std::move_only_function<void(ReadingAnswer)> answered) {
+    answered(question.standardReading.empty() ? ReadingAnswer::cancel : ReadingAnswer::standard);
+  }
 
   /// Shows an error as an alert on the window; `dismissed` is called at its end.
   virtual void presentError(const Error& error, std::move_only_function<void()> dismissed) = 0;

@@ -32,7 +32,7 @@ constexpr int firstShortYear = 50;
 constexpr std::size_t daysThatTell = 6;
 constexpr std::int64_t longestSettlement = 10;
 
-bool isDigit(char byte) {
+bool isDecimalDigit(char byte) {
   return byte >= '0' && byte <= '9';
 }
 
@@ -88,7 +88,7 @@ bool isZone(std::string_view text) {
   text.remove_prefix(letters);
   return text.empty() || ((text.front() == '+' || text.front() == '-') && text.size() >= 2 &&
                           text.size() <= 6 && std::ranges::all_of(text.substr(1), [](char byte) {
-                            return isDigit(byte) || byte == ':';
+                            return isDecimalDigit(byte) || byte == ':';
                           }));
 }
 
@@ -148,7 +148,7 @@ std::optional<DayCell> DayCell::read(std::string_view text) {
 }
 
 bool DayCell::readDay(std::string_view text) {
-  if (text.size() == 8 && std::ranges::all_of(text, isDigit)) {
+  if (text.size() == 8 && std::ranges::all_of(text, isDecimalDigit)) {
     eightDigits_ = text;
     return true;
   }
@@ -160,7 +160,7 @@ bool DayCell::readDay(std::string_view text) {
       return false;
     }
     Part& part = parts_[count];
-    if (isDigit(text.front())) {
+    if (isDecimalDigit(text.front())) {
       const std::size_t before = text.size();
       const auto number = takeNumber(text, 4);
       if (!number) {
@@ -176,7 +176,7 @@ bool DayCell::readDay(std::string_view text) {
       while (!rest.empty()) {
         const std::string_view before = rest;
         const char32_t character = takeCharacter(rest);
-        if (!isWordCharacter(character) || isDigit(before.front())) {
+        if (!isWordCharacter(character) || isDecimalDigit(before.front())) {
           rest = before;
           break;
         }
@@ -205,7 +205,7 @@ bool DayCell::readDay(std::string_view text) {
 bool DayCell::readTime(std::string_view text) {
   std::array<int, 3> fields = {0, 0, 0};
   std::int64_t fraction = 0;
-  if (text.size() >= 6 && std::ranges::all_of(text.substr(0, 6), isDigit)) {
+  if (text.size() >= 6 && std::ranges::all_of(text.substr(0, 6), isDecimalDigit)) {
     for (int& field : fields) {
       std::string_view two = text.substr(0, 2);
       field = takeNumber(two, 2).value_or(0);
@@ -232,10 +232,10 @@ bool DayCell::readTime(std::string_view text) {
   if (text.starts_with('.') || text.starts_with(',')) {
     text.remove_prefix(1);
     std::int64_t unit = 100'000'000;
-    if (text.empty() || !isDigit(text.front())) {
+    if (text.empty() || !isDecimalDigit(text.front())) {
       return false;
     }
-    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1), unit /= 10) {
+    for (; !text.empty() && isDecimalDigit(text.front()); text.remove_prefix(1), unit /= 10) {
       fraction += (text.front() - '0') * unit;
     }
   }

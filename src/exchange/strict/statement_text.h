@@ -1,0 +1,30 @@
+// The text of a statement, whatever encoding its bank has written it in.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/text/unicode/text_encoding.h"
+
+namespace corvane {
+
+/// A text in UTF-8 without a mark at its start, and how its bytes were read.
+struct StatementText {
+  std::string text;
+  TextEncoding encoding = TextEncoding::utf8;
+};
+
+/// Bytes with the mark of an encoding are of that one, bytes that are UTF-8 are that, bytes with
+/// a zero in every other place are UTF-16, and others of `otherwise`. Throws TextEncodingError.
+[[nodiscard]] StatementText decodedStatement(std::string bytes,
+                                             TextEncoding otherwise = TextEncoding::windowsLatin1);
+
+/// The text of a file. Throws FileError and TextEncodingError.
+[[nodiscard]] StatementText readStatementText(const std::filesystem::path& file,
+                                              TextEncoding otherwise = TextEncoding::windowsLatin1);
+
+/// "UTF-8", "UTF-16", "windows-1252", "ISO 8859-15", for messages.
+[[nodiscard]] std::string_view displayName(TextEncoding encoding);
+
+}  // namespace corvane
