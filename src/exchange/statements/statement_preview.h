@@ -1,0 +1,36 @@
+// A statement held against a ledger before anything is recorded.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "exchange/statements/statement_reader.h"
+#include "ledger/portfolio/portfolio.h"
+
+namespace corvane {
+
+/// What an import of a statement would do. Nothing else is recorded than what is new in it.
+struct StatementPreview {
+  std::string profileName;
+  std::string encodingName;
+  StatementReading reading;
+
+  /// Whether no row asks, is refused, or would be refused by the ledger.
+  [[nodiscard]] bool isReady() const;
+  /// The transactions of the new rows, in the order in which they are to be recorded.
+  [[nodiscard]] std::vector<BasicTransaction> transactions() const;
+  [[nodiscard]] std::size_t newRowCount() const;
+};
+
+/// Reads the file `bytes` by one of `profiles` for `portfolio`. Finds what its ledger has already:
+/// of equal rows as many as the ledger holds are there, and the others are new. Tries the new ones
+/// on a copy of the ledger, so that its refusals stand at their rows. `rateOf` may be null.
+///
+/// Main queue only. Throws StatementError, TextEncodingError, CSVParseError.
+[[nodiscard]] StatementPreview previewStatement(
+    const std::string& bytes, const std::vector<StatementProfile>& profiles,
+    const PortfolioPointer& portfolio, const StatementOptions& options,
+    std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)>
+        rateOf = nullptr);
+
+}  // namespace corvane
