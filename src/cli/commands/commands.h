@@ -20,6 +20,7 @@ namespace corvane::cli {
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();
 [[nodiscard]] Command removeCommand();
+[[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
 [[nodiscard]] Command watchCommand();

@@ -1,8 +1,12 @@
+#include <array>
+#include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/statement_import.h"
 #include "cli/console/console_exchange_window.h"
 #include "cli/console/field_names.h"
+#include "cli/console/price_source.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/imports/import_controller.h"
 #include "exchange/imports/portfolio_transactions_importer.h"
@@ -27,12 +31,58 @@ ExchangeAnswers answersIn(const CommandLine& line, const ImportBroker& broker) {
   return answers;
 }
 
+/// What the options say of how cells are read. Throws UsageError.
+void setUpReading(PortfolioTransactionsImporter& importer, const CommandLine& line,
+                  const std::shared_ptr<ImportExportWindow>& window) {
+  if (const auto days = line.value("--days")) {
+    importer.strictOptions.days = dayOrderWithRawValue(*days);
+    if (!importer.strictOptions.days) {
+      throw UsageError("“" + *days + "” is none of dmy, mdy and ymd.");
+    }
+  }
+  if (const auto mark = line.value("--decimal")) {
+    if (*mark != "." && *mark != ",") {
+      throw UsageError("“" + *mark + "” is neither a point nor a comma.");
+    }
+    importer.strictOptions.decimal = *mark == "." ? DecimalMark::point : DecimalMark::comma;
+  }
+  importer.prefersFileReading =
+      line.has("--file-reading") || line.has("--days") || line.has("--decimal");
+  if (importer.prefersFileReading && line.has("--standard-reading")) {
+    throw UsageError("--standard-reading excludes --file-reading, --days and --decimal.");
+  }
+  if (!line.has("--standard-reading")) {
+    importer.reviewHandler = reviewIn(window);
+  }
+}
+
+/// Options that say how columns are read which --fields has placed, and those for layouts.
+constexpr std::array forFields = {"--no-header", "--date-format", "--file-reading",
+                                  "--standard-reading"};
+constexpr std::array forLayouts = {"--preview", "--profile", "--leave-out",    "--symbol",
+                                   "--rates",   "--offline", "--sample-market"};
+
 void importStatement(const CommandLine& line, const Console& console) {
+  const bool hasFields = line.has("--fields");
+  const auto requireNone = [&](const auto& options, const std::string& reason) {
+    for (const char* option : options) {
+      if (line.has(option)) {
+        throw UsageError("“" + std::string(option) + "” " + reason);
+      }
+    }
+  };
+  if (!hasFields) {
+    requireNone(forFields, "needs --fields.");
+    importStatementByLayout(line, console);
+    return;
+  }
+  requireNone(forLayouts, "excludes --fields.");
   WorkspaceFile workspace(line.required("--into"), console);
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   // The settings of the desktop's last import are not used: a command means the same each time.
   const auto importer = PortfolioTransactionsImporter::make(portfolio, nullptr);
   const auto window = std::make_shared<ConsoleExchangeWindow>(answersIn(line, *importer), console);
+  setUpReading(*importer, line, window);
   const auto controller = ImportController::make(importer);
 
   terminal::catchInterrupts();
@@ -58,26 +108,40 @@ void importStatement(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command importCommand() {
+  std::vector<Option> options = {
+      {"--into", "WORKSPACE", "the workspace", true},
+      {"--portfolio", "NAME", "the portfolio in it", true},
+      {"--preview", "", "tells what would become of each line, and saves nothing"},
+      {"--profile", "LAYOUT", "the layout of the file, where several fit; see statements"},
+      {"--leave-out", "LINES", "lines that are not imported, with commas between"},
+      {"--symbol", "TEXT=SYMBOL", "the symbol of what the file calls TEXT; may be repeated", false,
+       true},
+      {"--rates", "market", "takes missing exchange rates from the market's daily closes"},
+      {"--days", "ORDER", "dmy, mdy or ymd: how days are written"},
+      {"--decimal", "MARK", "what stands before decimals, . or ,"},
+      {"--currency", "CODE", "the currency of rows that name none"},
+      {"--fields", "LIST", "places the columns by hand, see below"},
+      {"--no-header", "", "with --fields: the first line is a transaction and no header"},
+      {"--date-format", "FORMAT", "with --fields: how dates are written, such as dd.MM.yyyy"},
+      {"--file-reading", "", "with --fields: takes each cell for what it means by itself"},
+      {"--standard-reading", "", "with --fields: takes cells by the forgiving rules"},
+      {"--dry-run", "", "imports without saving, to see whether the file is understood"}};
+  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {
       .name = "import",
       .summary = "Reads a statement into a portfolio.",
       .words = {"FILE"},
-      .options = {{"--into", "WORKSPACE", "the workspace", true},
-                  {"--portfolio", "NAME", "the portfolio in it", true},
-                  {"--fields", "LIST", "what stands in which column, see below"},
-                  {"--no-header", "", "the first line is a transaction and no header"},
-                  {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"},
-                  {"--currency", "CODE",
-                   "the currency of rows that name none; else the portfolio's"},
-                  {"--dry-run", "",
-                   "imports without saving, to see whether the file is understood"}},
+      .options = std::move(options),
       .explanation =
-          "FILE is text in UTF-8 whose columns are separated by commas, semicolons or tabs.\n"
+          "FILE is a statement as a broker or bank writes it. The program knows the layouts that\n"
+          "“corvane-cli statements” lists, and finds the one that fits. What the file leaves open\n"
+          "is told with the option that answers it; --preview shows all lines. Rows that the\n"
+          "ledger has already are not imported again.\n"
           "\n"
-          "LIST names the field of each column from left to right, with commas between. Nothing\n"
-          "between two commas ignores a column, as do columns behind the last name:\n"
+          "Other files are read by --fields. LIST names the field of each column from left to\n"
+          "right, with commas between. Nothing between two commas ignores a column, as do columns\n"
+          "behind the last name. The columns are separated by commas, semicolons or tabs:\n"
           "  --fields tradeDate,type,,symbol,numberOfShares,cashAmount\n"
-          "Without --fields the columns are taken in the order of this table.\n"
           "\n"
           "  type              what happened: Buy, Sell, Deposit, Withdrawal, Transfer, Dividend,\n"
           "                    Distribution, Cap. Gains Dividend, Reinvested…, Return of Capital,\n"
@@ -98,6 +162,12 @@ Command importCommand() {
           "Signs are made right for the kind of transaction, brackets count as a minus. Numbers\n"
           "are read as your locale writes them: LC_ALL=de_DE.UTF-8 for 1.234,56. Without a\n"
           "--date-format the order of day, month and year is worked out from the file.\n"
+          "\n"
+          "These rules forgive much. Where a cell by itself means something else than they would\n"
+          "record, nothing is imported, and the first such cell is told. --standard-reading then\n"
+          "imports by the rules, --file-reading what the cells mean; --days and --decimal say "
+          "what\n"
+          "the cells leave open.\n"
           "\n"
           "Either all rows are recorded or none. An error names the line of the file.\n",
       .run = &importStatement};

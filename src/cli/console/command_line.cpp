@@ -44,8 +44,11 @@ CommandLine::CommandLine(std::span<const std::string> arguments,
     } else {
       throw UsageError("“" + name + "” needs a value: " + std::string(option.value) + ".");
     }
-    if (!values_.emplace(name, std::move(value)).second) {
-      throw UsageError("“" + name + "” is given twice.");
+    if (const auto [entry, isNew] = values_.emplace(name, value); !isNew) {
+      if (!option.mayRepeat) {
+        throw UsageError("“" + name + "” is given twice.");
+      }
+      entry->second += "\n" + value;
     }
   }
   if (words_.size() < words.size()) {

@@ -18,6 +18,7 @@ struct Option {
   std::string_view value;  ///< what its value is called in the help, "NAME"; empty for a switch
   std::string_view help;
   bool isRequired = false;
+  bool mayRepeat = false;  ///< several values are one text with a line for each
 };
 
 /// Something was typed that the command does not take; the text says what.

@@ -90,6 +90,24 @@ void ConsoleExchangeWindow::endProgress() {
   progress_ = nullptr;
 }
 
+void ConsoleExchangeWindow::askForReading(const ReadingQuestion& question,
+                                          std::move_only_function<void(ReadingAnswer)> answered) {
+  hasPresentedError_ = true;
+  console_.warn(question.problem);
+  const auto offer = [&](std::string_view option, const std::vector<std::string>& lines) {
+    if (!lines.empty()) {
+      console_.err << option << " would record:\n";
+      for (const std::string& line : lines) {
+        console_.err << "  " << line << '\n';
+      }
+    }
+  };
+  offer("--file-reading, what the cells mean by themselves,", question.fileReading);
+  offer("--standard-reading", question.standardReading);
+  console_.err << "Nothing has been imported.\n";
+  answered(ReadingAnswer::cancel);
+}
+
 void ConsoleExchangeWindow::presentError(const Error& error,
                                          std::move_only_function<void()> dismissed) {
   hasPresentedError_ = true;

@@ -1,0 +1,41 @@
+#include "cli/commands/commands.h"
+#include "cli/console/text_table.h"
+#include "exchange/profiles/profile_shelf.h"
+
+namespace corvane::cli {
+namespace {
+
+void listProfiles(const CommandLine& line, const Console& console) {
+  if (const auto file = line.value("--check")) {
+    const StatementProfile profile = readProfile(*file);
+    console.out << "“" << profile.name << "” can be used.\n";
+    return;
+  }
+  const ProfileShelf shelf = ProfileShelf::standard();
+  TextTable table({{"Layout"}, {"Statements"}});
+  for (const StatementProfile& profile : shelf.profiles) {
+    table.add({profile.id, profile.name});
+  }
+  table.write(console.out);
+  for (const ErrorPointer& problem : shelf.problems) {
+    console.warn(problem->description().value_or(""));
+  }
+  if (!shelf.problems.empty()) {
+    throw Failed(exitCode::failure);
+  }
+}
+
+}  // namespace
+
+Command statementsCommand() {
+  return {.name = "statements",
+          .summary = "Lists the layouts of statements that import knows.",
+          .words = {},
+          .options = {{"--check", "FILE", "reads one layout and tells what is wrong with it"}},
+          .explanation =
+              "A layout is a TOML file. Your own go into ~/.config/corvane/statements; one with "
+              "the\nname of a layout that comes with the program replaces it.\n",
+          .run = &listProfiles};
+}
+
+}  // namespace corvane::cli
