@@ -87,6 +87,27 @@ TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
   EXPECT_EQ(program.run("value Family --offline --sample-market").exitCode, 2);
 }
 
+TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSaysSo) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(
+      program.folder / "a.csv",
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n"
+      "2024-03-05,2024-03-05,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,USD,,,,1000\n"
+      "2024-03-09,2024-03-11,A1,TFSA,Trade,BUY,,CASTR,Castrelle,USD,4,25,0,-100\n");
+  const std::string import = "import a.csv --into Family --portfolio Savings";
+  const ProgramResult asks = program.run(import);
+  EXPECT_EQ(asks.exitCode, 1);
+  EXPECT_EQ(asks.err,
+            "corvane-cli: Line 3: no exchange rate for USD on 9 March 2024. Say --rates market to "
+            "look it up.\nNothing has been imported.\n");
+  // A Saturday, so the rate is that of the day before.
+  EXPECT_THAT(program.output(import + " --rates market --sample-market --preview"),
+              HasSubstr("market close of 8 March 2024"));
+  EXPECT_EQ(program.output(import + " --rates market --sample-market"),
+            "Imported 2 transactions.\n");
+}
+
 TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
   const std::string days = "--from 2022-01-01 --to 2023-12-31 --sample-market";
   const std::string text = program.output("backtest CASTR " + days);

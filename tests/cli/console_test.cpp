@@ -60,6 +60,52 @@ TEST_F(ConsoleProgramTest, SaysThatThereIsNothingToExport) {
   }
 }
 
+TEST_F(ConsoleProgramTest, ReadsAStatementByItsLayout) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  const std::string heading =
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n";
+  testing::writeText(
+      program.folder / "a.csv",
+      heading +
+          "2025-01-06,2025-01-06,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,1000\n"
+          "2025-01-07,2025-01-08,A1,TFSA,Trade,BUY,,,Boreal Rail,CAD,10,20.5,0,-205\n");
+  const std::string import = "import a.csv --into Family.corvane --portfolio Savings";
+  expectRefused(import, 1,
+                "Line 3: “Boreal Rail” has no symbol yet. Say --symbol \"Boreal Rail=…\".\n");
+  EXPECT_EQ(program.run(import + " --preview").exitCode, 1);
+  const std::string answered = import + " --symbol 'Boreal Rail=BOREA.TO'";
+  EXPECT_EQ(program.output(answered + " --preview"),
+            "“Wealthsimple, activities”, UTF-8.\n"
+            "Days are year, month, day, as was said.\n"
+            "Line  Verdict  Day         Kind     Symbol    Shares  Amount  Currency  Rate  Reason\n"
+            "   2  new      2025-01-06  deposit                      1000  CAD\n"
+            "   3  new      2025-01-07  buy      BOREA.TO      10    -205  CAD\n");
+  EXPECT_EQ(program.output("list Family.corvane"),
+            "Portfolio  Currency  Transactions  From  To\nSavings    CAD                  0\n");
+  EXPECT_EQ(program.output(answered), "Imported 2 transactions.\n");
+  // The answer is remembered, and nothing is recorded twice.
+  EXPECT_EQ(program.output(import),
+            "Nothing is new: all 2 rows of “a.csv” are in the ledger already.\n");
+  EXPECT_THAT(program.output("statements"), HasSubstr("wealthsimple-activities"));
+}
+
+TEST_F(ConsoleProgramTest, RefusesWhatACellDoesNotMean) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(program.folder / "a.csv", "Day,What,How much\n2025-01-14,deposit,\"7,36\"\n");
+  const std::string import =
+      "import a.csv --into Family.corvane --portfolio Savings --fields tradeDate,type,cashAmount";
+  expectRefused(import, 1,
+                "Line 2, column “How much”: “7,36” would be recorded as 736.\n"
+                "--file-reading, what the cells mean by themselves, would record:\n"
+                "  14 January 2025: transfer of 7.36 CAD\n"
+                "--standard-reading would record:\n"
+                "  14 January 2025: transfer of 736 CAD\n"
+                "Nothing has been imported.\n");
+  EXPECT_EQ(program.output(import + " --standard-reading"), "Imported 1 transactions.\n");
+  EXPECT_EQ(program.output(import + " --decimal ,"), "Imported 1 transactions.\n");
+}
+
 TEST_F(ConsoleProgramTest, TurnsAStatementIntoALedger) {
   makeFamily();
   EXPECT_EQ(program.output("list Family.corvane"),
@@ -141,7 +187,8 @@ TEST_F(ConsoleProgramTest, RefusesWhatItCannotDoInTheSystemsWords) {
   testing::writeText(program.folder / "bad.csv", "a,b\n1,2\n3\n");
   testing::writeText(program.folder / "type.csv", "a,b,c\n2024-01-31,Gift,3\n");
   testing::writeText(program.folder / "empty.csv", "");
-  expectRefused("import bad.csv" + into, 1, "Row 3 has 1 columns but 2 were expected.\n");
+  expectRefused("import bad.csv" + into + " --fields tradeDate,type", 1,
+                "Row 3 has 1 columns but 2 were expected.\n");
   expectRefused("import type.csv" + into + " --fields tradeDate,type,cashAmount", 1,
                 "Problem on line 2: Transaction type “gift” is not understood.\n");
   expectRefused("import type.csv" + into + " --fields type,,,tradeDate", 1,
@@ -152,6 +199,9 @@ TEST_F(ConsoleProgramTest, RefusesWhatItCannotDoInTheSystemsWords) {
                 "The field “type” stands in two columns.\n");
   expectRefused("import type.csv" + into + " --currency Euro", 2, "“Euro” is not the code of");
   expectRefused("import empty.csv" + into, 1, "“empty.csv” is empty.");
+  expectRefused("import empty.csv" + into + " --fields type", 1, "“empty.csv” is empty.");
+  expectRefused("import type.csv" + into, 1, "No known layout fits this file.");
+  expectRefused("import type.csv" + into + " --no-header", 2, "“--no-header” needs --fields.");
   expectRefused("import none.csv" + into, 1, "Cannot read “none.csv”: No such file");
   expectRefused("import type.csv --into Family --portfolio Other", 1,
                 "There is no portfolio “Other” in “Family.corvane”.\nIt holds “Savings”.\n");

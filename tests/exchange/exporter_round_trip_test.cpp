@@ -93,8 +93,46 @@ TEST_P(ExporterRoundTrip, GivesTheSameFile) {
   }
 }
 
+TEST_P(ExporterRoundTrip, GivesTheSameFileInTheShortDatesOfTheLocale) {
+  record(everyKind());
+  // With days up to 20 March, and with the first few alone, which might be months as well.
+  for (const std::size_t count : {std::size_t{20}, std::size_t{7}}) {
+    const auto first = rows().begin();
+    const auto exporter = PortfolioTransactionsExporter::make(
+        *portfolio, {first, first + static_cast<std::ptrdiff_t>(count)}, nullptr);
+    window->file = folder / "first.csv";
+    const auto controller = ExportController::make(exporter);
+    ASSERT_TRUE(completes(
+        [&](auto completion) { controller->beginExport(window, std::move(completion)); }));
+
+    const auto target = manager->createPortfolio(Currency::cad());
+    const auto importer = PortfolioTransactionsImporter::make(target, &defaults);
+    importer->reviewHandler = [](const ReadingQuestion& question) {
+      ADD_FAILURE() << question.problem;
+      return ReadingAnswer::cancel;
+    };
+    importer->changeSettings([](auto& settings) {
+      settings.useDateFormatString = false;
+      settings.fieldOrder = importedColumns;
+    });
+    const auto importing = ImportController::make(importer);
+    ASSERT_TRUE(completes([&](auto completion) {
+      importing->beginImport(window, std::move(completion));
+    })) << ::testing::PrintToString(window->heard);
+
+    const auto again =
+        PortfolioTransactionsExporter::make(*target, target->transactions(), nullptr);
+    window->file = folder / "second.csv";
+    const auto exporting = ExportController::make(again);
+    ASSERT_TRUE(
+        completes([&](auto completion) { exporting->beginExport(window, std::move(completion)); }));
+    EXPECT_EQ(readText(folder / "second.csv"), readText(folder / "first.csv"));
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Locales, ExporterRoundTrip,
-                         ::testing::Values("en_US.UTF-8", "fr_CA.UTF-8", "de_CH.UTF-8"),
+                         ::testing::Values("en_US.UTF-8", "fr_CA.UTF-8", "de_CH.UTF-8",
+                                           "en_GB.UTF-8"),
                          [](const auto& locale) { return std::string(locale.param, 5); });
 
 }  // namespace

@@ -36,6 +36,9 @@ class SampleStatements : public ::testing::Test {
  protected:
   StatementWorld world;
 
+  // The guard is on, and a question would end the import.
+  SampleStatements() { world.isGuarded = true; }
+
   /// The ledger that a sample file gives in an empty portfolio that refuses what it cannot afford.
   std::vector<std::string> ledgerOf(const std::string& name, const std::string& currency,
                                     std::vector<std::string> fields) {

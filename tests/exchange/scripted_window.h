@@ -71,6 +71,15 @@ class ScriptedWindow : public ImportExportWindow {
     heard.push_back("end progress");
     sheet.reset();
   }
+  void askForReading(const ReadingQuestion& question,
+                     std::move_only_function<void(ReadingAnswer)> answered) override {
+    heard.push_back("asked " + question.problem);
+    lastQuestion = question;
+    answered(reading);
+  }
+  /// The answer to a question about two readings.
+  ReadingAnswer reading = ReadingAnswer::cancel;
+  std::optional<ReadingQuestion> lastQuestion;
   void presentError(const Error& error, std::move_only_function<void()> dismissed) override {
     const auto suggestion = error.recoverySuggestion();
     heard.push_back("error " + error.description().value_or("(none)") +

@@ -92,11 +92,20 @@ class StatementWorld {
   std::vector<std::string> fields;
   bool hasHeader = true;
   std::function<void(ImportExportFieldSetupViewController&)> atSetup;
+  /// Whether the window is asked where the rules and the cells differ.
+  bool isGuarded = false;
+  std::function<void(PortfolioTransactionsImporter&)> atStart;
 
   /// Imports `file`; whether it succeeded. What went wrong is in window->heard.
   bool importFile(const std::filesystem::path& file) {
     window->file = file;
     importer = PortfolioTransactionsImporter::make(ledger.portfolio, &defaults);
+    if (isGuarded) {
+      importer->reviewHandler = reviewIn(window);
+    }
+    if (atStart) {
+      atStart(*importer);
+    }
     const auto controller = ImportController::make(importer);
     return completes([&](auto completion) { controller->beginImport(window, completion); });
   }
@@ -109,6 +118,16 @@ class StatementWorld {
   [[nodiscard]] std::string error() const {
     for (auto line = window->heard.rbegin(); line != window->heard.rend(); ++line) {
       if (line->starts_with("error ")) {
+        return line->substr(6);
+      }
+    }
+    return "";
+  }
+
+  /// What was asked last about two readings, empty for nothing.
+  [[nodiscard]] std::string question() const {
+    for (auto line = window->heard.rbegin(); line != window->heard.rend(); ++line) {
+      if (line->starts_with("asked ")) {
         return line->substr(6);
       }
     }
