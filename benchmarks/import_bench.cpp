@@ -1,0 +1,135 @@
+// Reading statements of 100,000 rows: by the rules with columns that were placed, with the guard
+// that reads all cells a second time, and by a layout up to the preview; next to the reader of
+// delimited text alone.
+
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "exchange/imports/import_job.h"
+#include "exchange/imports/portfolio_transactions_importer.h"
+#include "exchange/profiles/profile_shelf.h"
+#include "exchange/statements/statement_preview.h"
+#include "ledger/manager/portfolio_manager.h"
+#include "platform/async/dispatch_queue.h"
+#include "platform/system/file_manager.h"
+
+namespace corvane {
+namespace {
+
+constexpr int rowCount = 100'000;
+
+/// Deposits, purchases and dividends in the order of time, three or four rows a day.
+std::string statement() {
+  std::string text =
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n";
+  const Calendar calendar;
+  for (int row = 0; row < rowCount; ++row) {
+    const auto day = YearMonthDay::normalised(1950, 1, 1 + row / 4, calendar);
+    const auto two = [](int number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+    const std::string date = std::to_string(day.year) + "-" + two(day.month) + "-" + two(day.day);
+    text += date + "," + date + ",A1,TFSA,";
+    switch (row % 4) {
+      case 0:
+        text += "MoneyMovement,deposit,,,,CAD,,,,1000.25\n";
+        break;
+      case 1:
+        text += "Trade,BUY,,ABC,Acme,CAD,10,20.5,0,-205.00\n";
+        break;
+      case 2:
+        text += "Dividend,Dividend,,ABC,Acme,CAD,,,,4.21\n";
+        break;
+      default:
+        text += "Trade,SELL,,ABC,Acme,CAD,9,20.5,0,184.50\n";
+        break;
+    }
+  }
+  return text;
+}
+
+class Statement {
+ public:
+  Statement() {
+    files::writeAtomically(file(), statement());
+    std::cout.rdbuf(nullptr);
+  }
+  ~Statement() { files::remove(folder_); }
+  [[nodiscard]] std::filesystem::path file() const { return folder_ / "statement.csv"; }
+
+ private:
+  std::filesystem::path folder_ =
+      files::makePrivateDirectory(std::filesystem::temp_directory_path());
+};
+
+const Statement& prepared() {
+  static const Statement prepared;
+  return prepared;
+}
+
+struct World {
+  std::shared_ptr<PortfolioManager> manager =
+      std::make_shared<PortfolioManager>(std::make_shared<QuoteProvider>());
+  PortfolioPointer portfolio = manager->createPortfolio(Currency::cad());
+};
+
+void Import_floorRows(benchmark::State& state) {
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(ImportSource(prepared().file()).rows().size());
+  }
+}
+BENCHMARK(Import_floorRows)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// The job of an import as a shell runs it, without the sheet, on the main queue.
+void Import_rows(benchmark::State& state) {
+  const bool isGuarded = state.range(0) != 0;
+  for (auto _ : state) {
+    World world;
+    const auto importer = PortfolioTransactionsImporter::make(world.portfolio, nullptr);
+    importer->changeSettings([](auto& settings) {
+      settings.fieldOrder = {
+          "tradeDate",    "settlementDate", "", "note", "",          "type", "", "symbol", "",
+          "cashCurrency", "numberOfShares", "", "",     "cashAmount"};
+    });
+    if (isGuarded) {
+      importer->reviewHandler = [](const ReadingQuestion&) { return ReadingAnswer::cancel; };
+    }
+    MainLoop::drain();
+    const ImportSource source(prepared().file());
+    Progress progress;
+    DispatchQueue::main()->async([&] {
+      try {
+        runImportJob(source, *importer, progress);
+      } catch (const Error& error) {
+        state.SkipWithError(error.description().value_or("").c_str());
+      }
+    });
+    MainLoop::drain();
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
+}
+BENCHMARK(Import_rows)
+    ->ArgName("guard")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+void Statement_preview(benchmark::State& state) {
+  const ProfileShelf shelf = ProfileShelf::standard();
+  const std::string bytes = files::read(prepared().file());
+  for (auto _ : state) {
+    World world;
+    const auto preview = previewStatement(bytes, shelf.profiles, world.portfolio, {});
+    if (preview.newRowCount() != rowCount) {
+      state.SkipWithError("not all rows are new");
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
+}
+BENCHMARK(Statement_preview)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+}  // namespace corvane
