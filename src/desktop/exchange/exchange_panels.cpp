@@ -162,6 +162,40 @@ void ExchangePanels::setContentUpdates(bool areOn) {
   }
 }
 
+void ExchangePanels::askForReading(const ReadingQuestion& question,
+                                   std::move_only_function<void(ReadingAnswer)> answered) {
+  std::vector<ReadingAnswer> answers;
+  QStringList buttons;
+  QString informative;
+  const auto offer = [&](ReadingAnswer answer, const QString& button, const QString& heading,
+                         const std::vector<std::string>& lines) {
+    if (lines.empty()) {
+      return;
+    }
+    answers.push_back(answer);
+    buttons.append(button);
+    informative += (informative.isEmpty() ? QString() : QStringLiteral("\n\n")) + heading;
+    for (const std::string& line : lines) {
+      informative += QStringLiteral("\n• ") + qtText(line);
+    }
+  };
+  offer(ReadingAnswer::file, QStringLiteral("Use the File's Reading"),
+        QStringLiteral("What the file says, each cell by itself:"), question.fileReading);
+  offer(ReadingAnswer::standard, QStringLiteral("Use the Standard Reading"),
+        QStringLiteral("What the standard rules make of it:"), question.standardReading);
+  answers.push_back(ReadingAnswer::cancel);
+  buttons.append(QStringLiteral("Cancel"));
+  auto shared = std::make_shared<std::move_only_function<void(ReadingAnswer)>>(std::move(answered));
+  showAlert(progress_ != nullptr ? static_cast<QWidget*>(progress_) : window_.data(),
+            AlertKind::warning, qtText(question.problem), informative, buttons,
+            [shared, answers](std::size_t button) {
+              if (*shared) {
+                std::exchange(*shared, nullptr)(button < answers.size() ? answers[button]
+                                                                        : ReadingAnswer::cancel);
+              }
+            });
+}
+
 void ExchangePanels::presentError(const Error& error, std::move_only_function<void()> dismissed) {
   auto shared = std::make_shared<std::move_only_function<void()>>(std::move(dismissed));
   showError(window_, error, [shared] {

@@ -27,6 +27,8 @@ class ExchangePanels : public ImportExportWindow {
   void endFieldSetup() override;
   void beginProgress(const std::shared_ptr<ImportExportProgressViewController>& progress) override;
   void endProgress() override;
+  void askForReading(const ReadingQuestion& question,
+                     std::move_only_function<void(ReadingAnswer)> answered) override;
   void presentError(const Error& error, std::move_only_function<void()> dismissed) override;
 
  private:

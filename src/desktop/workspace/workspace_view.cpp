@@ -1,6 +1,7 @@
 #include "desktop/workspace/workspace_view.h"
 
 #include <QAction>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QPointer>
@@ -10,7 +11,9 @@
 #include <QVBoxLayout>
 
 #include "desktop/exchange/exchange_panels.h"
+#include "desktop/exchange/statement_dialog.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/edit_portfolio_dialog.h"
@@ -18,6 +21,7 @@
 #include "desktop/portfolio/transactions_tab.h"
 #include "desktop/workspace/source_list_view.h"
 #include "platform/overloaded.h"
+#include "presentation/portfolio/statement_preview_controller.h"
 
 namespace corvane::desktop {
 
@@ -125,10 +129,38 @@ void WorkspaceView::addExchangeActions(QMenu* menu) {
   importAction_ = menu->addAction(QStringLiteral("&Import Transactions…"));
   importAction_->setShortcut(Qt::CTRL | Qt::Key_I);
   connect(importAction_, &QAction::triggered, this, [this] { import_->importAction(); });
+  statementAction_ = menu->addAction(QStringLiteral("Import &Statement…"));
+  statementAction_->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_I);
+  connect(statementAction_, &QAction::triggered, this, &WorkspaceView::importStatement);
   exportAction_ = menu->addAction(QStringLiteral("&Export…"));
   exportAction_->setShortcut(Qt::CTRL | Qt::Key_E);
   connect(exportAction_, &QAction::triggered, this, [this] { export_->exportAction(); });
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
+}
+
+void WorkspaceView::importStatement() {
+  const PortfolioPointer portfolio = frame_->portfolioViewController->currentData().portfolio;
+  if (portfolio == nullptr || !import_->canImport()) {
+    return;
+  }
+  const QString file =
+      QFileDialog::getOpenFileName(this, QStringLiteral("Import Statement"), documentsFolder());
+  if (file.isEmpty()) {
+    return;
+  }
+  try {
+    auto preview = std::make_unique<StatementPreviewController>(filePath(file), portfolio,
+                                                                document_.workingDirectoryURL());
+    auto* dialog = new StatementDialog(
+        std::move(preview),
+        [import = import_, portfolio](const std::vector<BasicTransaction>& rows) {
+          import->importDidEnd(rows, portfolio);
+        },
+        this);
+    dialog->open();
+  } catch (const Error& error) {
+    showError(this, error);
+  }
 }
 
 void WorkspaceView::addPortfolioActions(QMenu* menu) {
@@ -180,6 +212,7 @@ void WorkspaceView::updateActions() {
   deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+  statementAction_->setEnabled(importAction_->isEnabled());
   exportAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
 }
 

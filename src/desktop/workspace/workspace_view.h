@@ -52,6 +52,7 @@ class WorkspaceView : public QWidget {
   void showDetail();
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
+  void importStatement();
 
   WorkspaceDocument& document_;
   UserDefaults& defaults_;
@@ -65,6 +66,7 @@ class WorkspaceView : public QWidget {
   std::shared_ptr<PortfolioImport> import_;
   std::shared_ptr<PortfolioExport> export_;
   QAction* importAction_ = nullptr;
+  QAction* statementAction_ = nullptr;
   QAction* exportAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* editPortfolio_ = nullptr;

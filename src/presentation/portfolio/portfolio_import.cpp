@@ -31,6 +31,7 @@ void PortfolioImport::importAction() {
   }
   const auto importer = PortfolioTransactionsImporter::make(screen_.lock()->currentData().portfolio,
                                                             surroundings_.defaults);
+  importer->reviewHandler = reviewIn(window_);
   const auto controller = ImportController::make(importer);
   importExportController_ = controller;
   controller->beginImport(window_, [weakSelf = weak_from_this(), importer](bool hasImported) {
@@ -39,18 +40,18 @@ void PortfolioImport::importAction() {
       return;
     }
     if (hasImported) {
-      self->importDidEnd(*importer);
+      self->importDidEnd(importer->transactionsToRecord(), importer->portfolio());
     }
     self->importExportController_ = nullptr;
   });
 }
 
-void PortfolioImport::importDidEnd(const PortfolioTransactionsImporter& importer) {
-  const auto& rows = importer.transactionsToRecord();
+void PortfolioImport::importDidEnd(const std::vector<BasicTransaction>& rows,
+                                   const PortfolioPointer& portfolio) {
   const auto screen = screen_.lock();
-  const auto manager = importer.portfolio()->manager.lock();
+  const auto manager = portfolio->manager.lock();
   if (screen != nullptr && manager != nullptr && !rows.empty() &&
-      screen->currentData().portfolio == importer.portfolio()) {
+      screen->currentData().portfolio == portfolio) {
     // Statements list the newest row first as often as last.
     const auto [first, last] = std::minmax(rows.front().settlementDate, rows.back().settlementDate);
     screen->datesPicker.setLimits(QueryDatesPicker::earliestPossibleDay,

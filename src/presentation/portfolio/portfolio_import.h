@@ -33,9 +33,10 @@ class PortfolioImport : public std::enable_shared_from_this<PortfolioImport> {
   /// the steps before it would no longer fit the ledger.
   void importAction();
 
- private:
-  void importDidEnd(const PortfolioTransactionsImporter& importer);
+  /// Does what follows an import, for rows that were recorded in `portfolio` by other means.
+  void importDidEnd(const std::vector<BasicTransaction>& rows, const PortfolioPointer& portfolio);
 
+ private:
   std::weak_ptr<PortfolioViewController> screen_;
   ScreenSurroundings surroundings_;
   std::shared_ptr<ImportExportWindow> window_;

@@ -1,0 +1,226 @@
+#include "desktop/exchange/statement_dialog.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSortFilterProxyModel>
+#include <QTableView>
+#include <QVBoxLayout>
+#include <array>
+
+#include "desktop/controls/table_view.h"
+#include "desktop/look/alert_box.h"
+#include "desktop/look/qt_text.h"
+#include "presentation/portfolio/statement_preview_controller.h"
+
+namespace corvane::desktop {
+
+/// The rows with a tick in their first column.
+class StatementRowsModel : public TableModelAdapter {
+ public:
+  StatementRowsModel(StatementPreviewController& preview, QObject* parent)
+      : TableModelAdapter(preview, parent), preview_(preview) {}
+
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override {
+    const auto row = static_cast<std::size_t>(index.row());
+    if (role == Qt::CheckStateRole && index.column() == 0 && row < preview_.numberOfRows()) {
+      return preview_.mayBeTicked(row)
+                 ? QVariant(preview_.isTicked(row) ? Qt::Checked : Qt::Unchecked)
+                 : QVariant();
+    }
+    if (role == Qt::ToolTipRole) {
+      return TableModelAdapter::data(index, Qt::DisplayRole);
+    }
+    return TableModelAdapter::data(index, role);
+  }
+  bool setData(const QModelIndex& index, const QVariant& value, int role) override {
+    if (role != Qt::CheckStateRole || index.column() != 0) {
+      return false;
+    }
+    preview_.setTicked(static_cast<std::size_t>(index.row()), value.toInt() == Qt::Checked);
+    return true;
+  }
+  [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override {
+    const bool isTick = index.column() == 0 &&
+                        static_cast<std::size_t>(index.row()) < preview_.numberOfRows() &&
+                        preview_.mayBeTicked(static_cast<std::size_t>(index.row()));
+    return TableModelAdapter::flags(index) | (isTick ? Qt::ItemIsUserCheckable : Qt::NoItemFlags);
+  }
+
+ private:
+  StatementPreviewController& preview_;
+};
+
+/// The rows of one verdict.
+class StatementRowsFilter : public QSortFilterProxyModel {
+ public:
+  using QSortFilterProxyModel::QSortFilterProxyModel;
+};
+
+namespace {
+
+constexpr int verdictColumn = 1;
+
+QLabel* labelOf(const QString& text, QWidget* buddy) {
+  auto* label = new QLabel(text);
+  label->setBuddy(buddy);
+  return label;
+}
+
+}  // namespace
+
+StatementDialog::StatementDialog(std::unique_ptr<StatementPreviewController> preview,
+                                 std::function<void(const std::vector<BasicTransaction>&)> imported,
+                                 QWidget* parent)
+    : QDialog(parent),
+      preview_(std::move(preview)),
+      imported_(std::move(imported)),
+      summary_(new QLabel),
+      questions_(new QFormLayout),
+      questionBox_(new QWidget),
+      answer_(new QPushButton(QStringLiteral("&Use Answers"))),
+      filter_(new QComboBox),
+      days_(new QComboBox),
+      decimal_(new QComboBox),
+      table_(new QTableView),
+      rows_(new StatementRowsModel(*preview_, this)),
+      filtered_(new StatementRowsFilter(this)),
+      import_(new QPushButton) {
+  setWindowTitle(QStringLiteral("Import Statement"));
+  setWindowModality(Qt::WindowModal);
+  setAttribute(Qt::WA_DeleteOnClose);
+  layOut();
+  preview_->changeHandler = [this] {
+    // Not in the middle of a click on a tick, whose row is about to change.
+    QMetaObject::invokeMethod(
+        this, [this] { showState(); }, Qt::QueuedConnection);
+  };
+  showState();
+}
+
+StatementDialog::~StatementDialog() {
+  preview_->changeHandler = nullptr;
+}
+
+void StatementDialog::layOut() {
+  summary_->setWordWrap(true);
+  summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  questions_->addRow(answer_);
+  questionBox_->setLayout(questions_);
+  connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
+
+  filter_->addItem(QStringLiteral("All lines"), QString());
+  for (const RowVerdict verdict :
+       {RowVerdict::isNew, RowVerdict::present, RowVerdict::leftOut, RowVerdict::belongs,
+        RowVerdict::asks, RowVerdict::refused, RowVerdict::ledgerRefuses}) {
+    const QString name = qtText(displayName(verdict));
+    filter_->addItem(name, name);
+  }
+  filtered_->setSourceModel(rows_);
+  filtered_->setFilterKeyColumn(verdictColumn);
+  connect(filter_, &QComboBox::currentIndexChanged, this, [this] {
+    const QString verdict = filter_->currentData().toString();
+    filtered_->setFilterRegularExpression(
+        verdict.isEmpty() ? QString() : QStringLiteral("^") + verdict + QStringLiteral("$"));
+  });
+  for (const auto& [title, order] : {std::pair(QStringLiteral("Worked out"), -1),
+                                     {QStringLiteral("Year, month, day"), 0},
+                                     {QStringLiteral("Day, month, year"), 1},
+                                     {QStringLiteral("Month, day, year"), 2}}) {
+    days_->addItem(title, order);
+  }
+  connect(days_, &QComboBox::activated, this, [this] {
+    const int order = days_->currentData().toInt();
+    preview_->setDays(order < 0 ? std::nullopt : std::optional(static_cast<DayOrder>(order)));
+  });
+  for (const auto& [title, mark] : {std::pair(QStringLiteral("Worked out"), -1),
+                                    {QStringLiteral("Point"), 0},
+                                    {QStringLiteral("Comma"), 1}}) {
+    decimal_->addItem(title, mark);
+  }
+  connect(decimal_, &QComboBox::activated, this, [this] {
+    const int mark = decimal_->currentData().toInt();
+    preview_->setDecimal(mark < 0 ? std::nullopt : std::optional(static_cast<DecimalMark>(mark)));
+  });
+  auto* choices = new QHBoxLayout;
+  choices->addWidget(labelOf(QStringLiteral("&Show:"), filter_));
+  choices->addWidget(filter_);
+  choices->addStretch();
+  choices->addWidget(labelOf(QStringLiteral("&Days:"), days_));
+  choices->addWidget(days_);
+  choices->addWidget(labelOf(QStringLiteral("De&cimals:"), decimal_));
+  choices->addWidget(decimal_);
+
+  table_->setModel(filtered_);
+  table_->setAccessibleName(QStringLiteral("Lines of the statement"));
+  table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+  table_->setShowGrid(false);
+  table_->verticalHeader()->hide();
+  table_->horizontalHeader()->setStretchLastSection(true);
+  table_->setTabKeyNavigation(false);
+  table_->setWordWrap(false);
+
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+  buttons->addButton(import_, QDialogButtonBox::AcceptRole);
+  connect(import_, &QPushButton::clicked, this, &StatementDialog::importRows);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(summary_);
+  column->addWidget(questionBox_);
+  column->addLayout(choices);
+  column->addWidget(table_, 1);
+  column->addWidget(buttons);
+  constexpr int width = 960;
+  constexpr int height = 600;
+  resize(width, height);
+}
+
+void StatementDialog::showState() {
+  summary_->setText(qtText(preview_->summary()));
+  showQuestions();
+  rows_->reload();
+  table_->resizeColumnsToContents();
+  import_->setText(qtText(preview_->importTitle()));
+  import_->setEnabled(preview_->canImport());
+}
+
+void StatementDialog::showQuestions() {
+  while (questions_->rowCount() > 1) {
+    questions_->removeRow(0);
+  }
+  answers_.clear();
+  for (const auto& question : preview_->questions()) {
+    auto* field = new QLineEdit(qtText(question.answer));
+    field->setAccessibleName(qtText(question.text));
+    connect(field, &QLineEdit::returnPressed, this, &StatementDialog::giveAnswers);
+    questions_->insertRow(static_cast<int>(answers_.size()), qtText(question.text), field);
+    answers_.push_back(field);
+  }
+  questionBox_->setVisible(!answers_.empty());
+}
+
+void StatementDialog::giveAnswers() {
+  std::vector<std::string> answers;
+  for (const QLineEdit* field : answers_) {
+    answers.push_back(utf8Text(field->text()));
+  }
+  preview_->answer(answers);
+}
+
+void StatementDialog::importRows() {
+  try {
+    imported_(preview_->import());
+  } catch (const Error& error) {
+    showError(this, error);
+    return;
+  }
+  accept();
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,61 @@
+// The window in which a statement is looked at before its rows are recorded.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "ledger/transaction/basic_transaction.h"
+
+class QComboBox;
+class QFormLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTableView;
+
+namespace corvane {
+class StatementPreviewController;
+}
+
+namespace corvane::desktop {
+
+class StatementRowsModel;
+class StatementRowsFilter;
+
+/// Shows a StatementPreviewController.
+class StatementDialog : public QDialog {
+  Q_OBJECT
+
+ public:
+  /// `imported` is told what has been recorded.
+  StatementDialog(std::unique_ptr<StatementPreviewController> preview,
+                  std::function<void(const std::vector<BasicTransaction>&)> imported,
+                  QWidget* parent);
+  ~StatementDialog() override;
+
+ private:
+  void layOut();
+  void showState();
+  void showQuestions();
+  void giveAnswers();
+  void importRows();
+
+  std::unique_ptr<StatementPreviewController> preview_;
+  std::function<void(const std::vector<BasicTransaction>&)> imported_;
+  QLabel* summary_;
+  QFormLayout* questions_;
+  QWidget* questionBox_;
+  std::vector<QLineEdit*> answers_;
+  QPushButton* answer_;
+  QComboBox* filter_;
+  QComboBox* days_;
+  QComboBox* decimal_;
+  QTableView* table_;
+  StatementRowsModel* rows_;
+  StatementRowsFilter* filtered_;
+  QPushButton* import_;
+};
+
+}  // namespace corvane::desktop
