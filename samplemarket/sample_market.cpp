@@ -189,7 +189,7 @@ struct SampleMarket::Service {
         return samplemarket::errorAnswer(401, "finance", "Unauthorized", "A cookie is needed");
       }
       if (request.get_param_value("crumb") != access.crumb()) {
-        return samplemarket::errorAnswer(401, "finance", "Unauthorized", "The crumb is not valid");
+        return samplemarket::errorAnswer(401, "finance", "Unauthorized", "Invalid Crumb");
       }
       return samplemarket::quoteAnswer(market, symbols, now());
     }

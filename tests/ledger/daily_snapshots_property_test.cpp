@@ -157,6 +157,13 @@ class RandomDays {
     return figures;
   }
 
+  /// By whose clocks the bars of an equity or a pair count.
+  Calendar calendarOf(const std::string& id) {
+    return id.starts_with("E") && id.size() == 2
+               ? provider_->equityWithId(id)->calendar
+               : Calendar(*TimeZone::withIdentifier("Europe/London"));
+  }
+
   /// The price on `day`: the close of the latest bar up to then, else where the first bar opened.
   std::optional<Decimal> priceOn(YearMonthDay day, const std::string& id) {
     std::optional<Decimal> price;
@@ -164,7 +171,7 @@ class RandomDays {
     if (bars && !bars->empty()) {
       price = bars->front().open;
       for (const Quote& bar : *bars) {
-        if (bar.close && YearMonthDay::of(bar.fromDate, calendar()) <= day) {
+        if (bar.close && YearMonthDay::of(bar.fromDate, calendarOf(id)) <= day) {
           price = bar.close;
         }
       }
@@ -225,7 +232,7 @@ class RandomDays {
     for (const auto& [id, bars] : bars_) {
       for (const Quote& bar : bars.value_or(std::vector<Quote>())) {
         if (bar.close) {
-          days.insert(YearMonthDay::of(bar.fromDate, calendar()));
+          days.insert(YearMonthDay::of(bar.fromDate, calendarOf(id)));
         }
       }
     }

@@ -313,6 +313,29 @@ TEST_F(ServiceChainTest, SaysWhatWentWrong) {
   EXPECT_EQ(tooOld.error()->description(), "Bars of 1m reach back 30 days only");
 }
 
+TEST_F(ServiceChainTest, PausesWhenItIsAskedTo) {
+  const auto equity = refreshed("CASTR");
+  const auto fetchDays = [&](int days) {
+    return fetch(equity, now - days * day, now, QuoteInterval::oneDay);
+  };
+  market.addFault({.fault = Fault::tooManyRequests, .pathPrefix = "/v8/"});
+  EXPECT_EQ(*fetchDays(30).error(), httpResponse(429));
+  const auto asked = std::chrono::steady_clock::now();
+  EXPECT_EQ(refresh({equity}), nullptr) << "other requests wait too";
+  EXPECT_GT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(500));
+
+  market.addFault(
+      {.fault = Fault::tooManyRequests, .pathPrefix = "/v8/", .retryAfterSeconds = 600});
+  EXPECT_EQ(*fetchDays(31).error(), httpResponse(429));
+  const int before = market.requestCount();
+  EXPECT_EQ(*fetchDays(32).error(), httpResponse(429));
+  EXPECT_EQ(*refresh({equity}), httpResponse(429));
+  EXPECT_EQ(market.requestCount(), before) << "nobody waits for long";
+  const double pause = provider->nextRequestDate().value().timeIntervalSince(Date::now());
+  EXPECT_GT(pause, 590);
+  EXPECT_LE(pause, 600);
+}
+
 TEST_F(ServiceChainTest, SaysWhyASearchFailed) {
   for (const auto& [fault, status] :
        {std::pair{Fault::tooManyRequests, 429}, {Fault::serverError, 500}}) {
@@ -357,8 +380,17 @@ TEST_F(ServiceChainTest, ChartsDoNotWaitForAccess) {
   EXPECT_EQ(awaited(refreshing), nullptr);
 }
 
-TEST_F(ServiceChainTest, AStaleCrumbFailsTheRefresh) {
+TEST_F(ServiceChainTest, AsksForAnotherCrumbOnceInAWhile) {
   const auto equity = refreshed("SKERR.L");
+  const auto other = refreshed("THRAL.L");
+  market.expireCrumb();
+  const int before = market.requestCount("/v1/test/getcrumb");
+  auto together = expecting<ErrorPointer>();
+  provider->refreshEquities({other}, together.completion());
+  EXPECT_EQ(refresh({equity}), nullptr);
+  EXPECT_EQ(awaited(together), nullptr);
+  EXPECT_EQ(market.requestCount("/v1/test/getcrumb"), before + 1);
+
   market.expireCrumb();
   equity->isAuthoritative = false;
   const auto error = refresh({equity});

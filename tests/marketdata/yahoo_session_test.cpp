@@ -114,13 +114,16 @@ TEST_F(YahooSessionTest, AsksAgainAfterEveryKindOfRefusal) {
   EXPECT_THAT(server.requests(Service::quotePath).front().target, HasSubstr("crumb=good"));
 }
 
-TEST_F(YahooSessionTest, KeepsTheCrumbForGoodAlsoWhenItHasGoneStale) {
-  server.script(Service::quotePath, {{.body = "Invalid Crumb", .status = 401}, {.body = "fine"}});
+TEST_F(YahooSessionTest, RenewsARefusedCrumbOnceInAWhile) {
+  const Service::Answer refusal{.body = "Invalid Crumb", .status = 401};
+  server.script(Service::quotePath, {refusal, {.body = "fine"}, refusal, {.body = "fine"}});
   open();
-  EXPECT_EQ(get(send(Service::quotePath, true))->statusCode, 401);
+  EXPECT_EQ(get(send(Service::quotePath, true))->body, "fine") << "repeated with a new crumb";
+  EXPECT_THAT(server.requests(Service::crumbPath), SizeIs(2));
+  EXPECT_EQ(get(send(Service::quotePath, true))->statusCode, 401) << "too soon for another";
   EXPECT_EQ(get(send(Service::quotePath, true))->body, "fine");
-  EXPECT_THAT(server.requests(Service::crumbPath), SizeIs(1));
-  EXPECT_THAT(server.requests(Service::cookiesPath), SizeIs(1));
+  EXPECT_THAT(server.requests(Service::crumbPath), SizeIs(2));
+  EXPECT_THAT(server.requests(Service::cookiesPath), SizeIs(2));
 }
 
 TEST_F(YahooSessionTest, GivesUpRequestsThatHaveWaitedTooLong) {

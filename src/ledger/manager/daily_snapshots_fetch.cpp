@@ -21,7 +21,20 @@ struct Fetch {
   PortfolioManager::FetchDailySnapshotsResult result;
 };
 
-/// Asks for the daily bars of `target` and hands them, or the error, to `keep(fetch, bars)`.
+/// The days of a fetch, both included.
+struct Days {
+  YearMonthDay from;
+  YearMonthDay to;
+
+  [[nodiscard]] DateRange datesIn(const Calendar& calendar) const {
+    return {from.startIn(calendar), YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar)};
+  }
+};
+
+/// Asks for the daily bars of `target` on the days of its own exchange and hands them, or the
+/// error, to `keep(fetch, bars)`. By the user's days the close of a market east of the user would
+/// count a day too early. Bars of a day are stamped by the exchange's clocks, those of a pair by
+/// London's.
 template <typename Keep>
 void request(const std::shared_ptr<Fetch>& fetch, const std::shared_ptr<QuoteProvider>& provider,
              EquityPointer target, const DateRange& dates, Keep keep) {
@@ -44,6 +57,12 @@ void request(const std::shared_ptr<Fetch>& fetch, const std::shared_ptr<QuotePro
       });
 }
 
+/// Where the days of exchange rates begin.
+const Calendar& london() {
+  static const Calendar calendar(TimeZone::withIdentifier("Europe/London").value());
+  return calendar;
+}
+
 using Bars = Result<const std::vector<Quote>*>;
 
 }  // namespace
@@ -53,8 +72,8 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
                                            FetchDailySnapshotsCompletion completion) {
   assert(portfolio->manager.lock().get() == this && "a portfolio of this manager");
   assert(from <= to && "a range must not end before it starts");
-  const DateRange dates(from.startIn(calendar),
-                        YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar));
+  const Days days{from, to};
+  const DateRange dates = days.datesIn(calendar);
   try {
     requireReadable();
   } catch (const Error& error) {
@@ -77,21 +96,26 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
   const auto seedDay = YearMonthDay::normalised(from.year, from.month, from.day - 1, calendar);
   const auto fetch = std::make_shared<Fetch>(
       DailySnapshots(*portfolio, calendar, seedDay, to, std::move(seed), std::span(first, end)));
+  // Prices count for the days of their own exchange, rates for those of London, as their bars are
+  // stamped. By the user's days the close of a market east of the user would stand a day too early,
+  // on a day that may have other shares than it was paid for.
   for (const EquityPointer& equity : fetch->snapshots.equities()) {
-    request(fetch, quoteProvider, equity, dates, [equity](Fetch& into, const Bars& bars) {
-      if (bars) {
-        into.snapshots.addPrices(equity, **bars);
-      } else {
-        into.result.fetchErrorsByEquity.emplace(equity, bars.error());
-      }
-    });
+    request(fetch, quoteProvider, equity, days.datesIn(equity->calendar),
+            [equity, exchange = equity->calendar](Fetch& into, const Bars& bars) {
+              if (bars) {
+                into.snapshots.addPrices(equity, **bars, exchange);
+              } else {
+                into.result.fetchErrorsByEquity.emplace(equity, bars.error());
+              }
+            });
   }
   for (const Currency& currency : fetch->snapshots.foreignCurrencies()) {
-    request(fetch, quoteProvider,
-            quoteProvider->exchangeRateEquity(currency, portfolio->primaryCurrency()), dates,
+    const EquityPointer pair =
+        quoteProvider->exchangeRateEquity(currency, portfolio->primaryCurrency());
+    request(fetch, quoteProvider, pair, days.datesIn(london()),
             [currency](Fetch& into, const Bars& bars) {
               if (bars) {
-                into.snapshots.addRates(currency, **bars);
+                into.snapshots.addRates(currency, **bars, london());
               } else {
                 into.result.fetchErrorsByCurrency.emplace(currency, bars.error());
               }

@@ -141,19 +141,21 @@ std::vector<Currency> DailySnapshots::foreignCurrencies() const {
   return currencies;
 }
 
-void DailySnapshots::addPrices(const EquityPointer& equity, const std::vector<Quote>& quotes) {
-  addSeries(holdings_[holdingPositions_.at(equity)].prices, quotes);
+void DailySnapshots::addPrices(const EquityPointer& equity, const std::vector<Quote>& quotes,
+                               const Calendar& exchange) {
+  addSeries(holdings_[holdingPositions_.at(equity)].prices, quotes, exchange);
 }
 
-void DailySnapshots::addRates(const Currency& currency, const std::vector<Quote>& quotes) {
-  addSeries(cash_[cashPositions_.at(currency)].rates, quotes);
+void DailySnapshots::addRates(const Currency& currency, const std::vector<Quote>& quotes,
+                              const Calendar& exchange) {
+  addSeries(cash_[cashPositions_.at(currency)].rates, quotes, exchange);
 }
 
-void DailySnapshots::addSeries(DailySteps<Decimal>& series,
-                               const std::vector<Quote>& quotes) const {
+void DailySnapshots::addSeries(DailySteps<Decimal>& series, const std::vector<Quote>& quotes,
+                               const Calendar& exchange) const {
   bool isFirst = true;
   for (const Quote& quote : quotes) {
-    const YearMonthDay day = YearMonthDay::of(quote.fromDate, calendar_);
+    const YearMonthDay day = YearMonthDay::of(quote.fromDate, exchange);
     if (day < seedDay_ || lastDay_ < day) {
       continue;
     }

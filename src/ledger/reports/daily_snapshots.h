@@ -37,12 +37,15 @@ class DailySnapshots {
   /// Takes the daily bars of one of equities(), or of the exchange rate of one of
   /// foreignCurrencies().
   ///
-  /// The close of a bar is the price of the day on which it starts. The day before the range is
+  /// The close of a bar is the price of the day on which it starts by the clocks of `exchange`: a
+  /// session in Tokyo belongs to Tokyo's day, wherever the user is. The day before the range is
   /// priced at the open of the first bar, so that a change over the range starts from where the
   /// range opened. Bars that start outside the range and the day before it have no balances to go
   /// with and are left out.
-  void addPrices(const EquityPointer& equity, const std::vector<Quote>& quotes);
-  void addRates(const Currency& currency, const std::vector<Quote>& quotes);
+  void addPrices(const EquityPointer& equity, const std::vector<Quote>& quotes,
+                 const Calendar& exchange);
+  void addRates(const Currency& currency, const std::vector<Quote>& quotes,
+                const Calendar& exchange);
 
   /// The balance sheets with all that has been added. To be called once.
   [[nodiscard]] PortfolioSnapshotGroup merge();
@@ -64,7 +67,8 @@ class DailySnapshots {
   Cash& cashOf(const Currency& currency);
   Cash& heldCashOf(const Currency& currency);
   Holding& holdingOf(const EquityPointer& equity);
-  void addSeries(DailySteps<Decimal>& series, const std::vector<Quote>& quotes) const;
+  void addSeries(DailySteps<Decimal>& series, const std::vector<Quote>& quotes,
+                 const Calendar& exchange) const;
   [[nodiscard]] std::vector<YearMonthDay> daysWithValues() const;
 
   Currency primary_;

@@ -401,6 +401,10 @@ std::set<QuoteInterval> YahooQuoteProvider::availableIntervals(const EquityPoint
   return intervalsServed(equity->calendar, range.lower(), Date::now());
 }
 
+std::optional<Date> YahooQuoteProvider::nextRequestDate() const {
+  return session_->pauseEnd();
+}
+
 std::set<QuoteInterval> YahooQuoteProvider::intervalsServed(const Calendar& calendar, Date start,
                                                             Date now) {
   // How old bars up to a length may be. Two years of bars of an hour, and so on.

@@ -65,6 +65,9 @@ class YahooQuoteProvider : public QuoteProvider {
   [[nodiscard]] std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                            const DateRange& range) const override;
 
+  /// When the service may be asked again, where it has asked for a pause; none otherwise.
+  [[nodiscard]] std::optional<Date> nextRequestDate() const;
+
   /// The bar lengths that the service has at `now` for a range that starts at `start`: the older
   /// the start, the fewer of the short ones.
   [[nodiscard]] static std::set<QuoteInterval> intervalsServed(const Calendar& calendar, Date start,

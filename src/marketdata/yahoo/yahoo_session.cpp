@@ -19,6 +19,19 @@ namespace corvane {
 namespace {
 
 constexpr double longestNamedPause = 24 * 3600;
+constexpr std::chrono::minutes betweenRenewals{10};
+constexpr int tooManyRequests = 429;
+
+bool refusesCrumb(const Result<HTTPResponse>& response) {
+  return response && response->statusCode == 401 &&
+         (response->body.find("Invalid Crumb") != std::string::npos ||
+          response->body.find("Invalid Cookie") != std::string::npos);
+}
+
+double chanceFromZeroToOne() {
+  std::random_device random;
+  return std::uniform_real_distribution<double>(0, 1)(random);
+}
 
 ErrorPointer bootstrapFailed(std::string text) {
   return YahooProviderError(YahooProviderError::BootstrapFailed{std::move(text)}).copy();
@@ -78,14 +91,7 @@ void YahooSession::runRequest(std::string label, URLRequest request, bool includ
     sendWithCrumb(std::move(waiting));
     return;
   }
-  const std::uint64_t id = nextWaitingId_++;
-  waiting_.emplace(id, std::move(waiting));
-  DispatchQueue::global()->asyncAfter(DispatchQueue::Duration(service_.pauses.requestLimit),
-                                      [weakSelf = weak_from_this(), id] {
-                                        if (const auto self = weakSelf.lock()) {
-                                          self->giveUp(id);
-                                        }
-                                      });
+  putInWait(std::move(waiting));
   if (access_ == Access::asked) {
     hasComeWhileAsking_ = true;
   } else {
@@ -94,44 +100,160 @@ void YahooSession::runRequest(std::string label, URLRequest request, bool includ
   }
 }
 
+void YahooSession::putInWait(WaitingRequest waiting) {
+  const std::uint64_t id = nextWaitingId_++;
+  waiting_.emplace(id, std::move(waiting));
+  DispatchQueue::global()->asyncAfter(DispatchQueue::Duration(service_.pauses.requestLimit),
+                                      [weakSelf = weak_from_this(), id] {
+                                        if (const auto self = weakSelf.lock()) {
+                                          self->giveUp(id);
+                                        }
+                                      });
+}
+
 double YahooSession::pauseForRequests() const {
   return std::max(service_.pauses.untilRequestsEndThem, namedPause_);
 }
 
-void YahooSession::send(std::string label, URLRequest request, Completion completion) {
+void YahooSession::send(std::string label, URLRequest request, Completion completion,
+                        Purpose purpose) {
+  const double pause = secondsOfPause();
+  if (pause <= 0) {
+    transmit(std::move(label), std::move(request), std::move(completion), purpose);
+    return;
+  }
+  if (pause > service_.pauses.requestLimit) {
+    callbackQueue_->async([completion = std::move(completion)]() mutable {
+      HTTPResponse refusal;
+      refusal.statusCode = tooManyRequests;
+      completion(std::move(refusal));
+    });
+    return;
+  }
+  DispatchQueue::global()->asyncAfter(
+      DispatchQueue::Duration(pause),
+      [weakSelf = weak_from_this(), label = std::move(label), request = std::move(request),
+       completion = std::move(completion), purpose]() mutable {
+        if (const auto self = weakSelf.lock()) {
+          self->send(std::move(label), std::move(request), std::move(completion), purpose);
+        } else {
+          completion(
+              failure(URLError(URLError::Code::cancelled, request.url, "the session has ended")));
+        }
+      });
+}
+
+void YahooSession::transmit(std::string label, URLRequest request, Completion completion,
+                            Purpose purpose) {
   std::optional<NetworkActivityMonitor::Activity> activity;
   if (NetworkActivityMonitor::isOn()) {
     activity.emplace().name = std::move(label);
     NetworkActivityMonitor::post(*activity, request.url, std::nullopt);
   }
-  session_.send(
-      std::move(request), [activity = std::move(activity), completion = std::move(completion)](
-                              Result<HTTPResponse> response) mutable {
-        if (activity) {
-          NetworkActivityMonitor::post(*activity, std::nullopt,
-                                       response ? std::optional(response->body) : std::nullopt);
-        }
-        completion(std::move(response));
-      });
+  session_.send(std::move(request),
+                [weakSelf = weak_from_this(), purpose, activity = std::move(activity),
+                 completion = std::move(completion)](Result<HTTPResponse> response) mutable {
+                  if (activity) {
+                    NetworkActivityMonitor::post(
+                        *activity, std::nullopt,
+                        response ? std::optional(response->body) : std::nullopt);
+                  }
+                  const auto self = weakSelf.lock();
+                  // Refusals of access are followed by pauses of their own.
+                  if (self != nullptr && response && purpose == Purpose::data) {
+                    self->notePauses(*response);
+                  }
+                  completion(std::move(response));
+                });
+}
+
+/// Of several requests that are refused together the first counts.
+void YahooSession::notePauses(const HTTPResponse& response) {
+  const std::lock_guard lock(mutex_);
+  if (response.statusCode != tooManyRequests) {
+    pausesAskedFor_ = isSuccess(response.statusCode) ? 0 : pausesAskedFor_;
+    return;
+  }
+  const auto now = Clock::now();
+  if (now < pauseEnd_) {
+    return;
+  }
+  const double pause = pauseAfterRefusal(service_.pauses, ++pausesAskedFor_, namedPause(response),
+                                         chanceFromZeroToOne());
+  pauseEnd_ =
+      now + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(pause));
+}
+
+double YahooSession::secondsOfPause() const {
+  const std::lock_guard lock(mutex_);
+  return std::chrono::duration<double>(pauseEnd_ - Clock::now()).count();
+}
+
+std::optional<Date> YahooSession::pauseEnd() const {
+  const double pause = secondsOfPause();
+  return pause > 0 ? std::optional(Date::now() + pause) : std::nullopt;
 }
 
 void YahooSession::sendWithCrumb(WaitingRequest waiting) {
   sessionQueue_->async([self = shared_from_this(), waiting = std::move(waiting)]() mutable {
-    waiting.request.url = withCrumb(waiting.request.url, self->sessionCrumb_);
-    self->send(std::move(waiting.label), std::move(waiting.request), std::move(waiting.completion));
+    std::string crumb;
+    {
+      const std::lock_guard lock(self->mutex_);
+      crumb = self->sessionCrumb_;
+    }
+    URLRequest request = waiting.request;
+    request.url = withCrumb(request.url, crumb);
+    std::string label = waiting.label;
+    self->send(std::move(label), std::move(request),
+               [weakSelf = self->weak_from_this(), crumb,
+                waiting = std::move(waiting)](Result<HTTPResponse> response) mutable {
+                 const auto living = weakSelf.lock();
+                 if (living == nullptr || !refusesCrumb(response) ||
+                     !living->repeatWithNewCrumb(crumb, waiting)) {
+                   waiting.completion(std::move(response));
+                 }
+               });
   });
+}
+
+bool YahooSession::repeatWithNewCrumb(const std::string& refused, WaitingRequest& waiting) {
+  if (waiting.isRepeated) {
+    return false;
+  }
+  std::unique_lock lock(mutex_);
+  const bool isTheLatest = access_ == Access::granted && sessionCrumb_ == refused;
+  const auto now = Clock::now();
+  if (isTheLatest && crumbRenewedAt_ && now - *crumbRenewedAt_ < betweenRenewals) {
+    return false;
+  }
+  waiting.isRepeated = true;
+  if (access_ == Access::granted && !isTheLatest) {
+    lock.unlock();
+    sendWithCrumb(std::move(waiting));
+    return true;
+  }
+  putInWait(std::move(waiting));
+  if (isTheLatest) {
+    crumbRenewedAt_ = now;
+    access_ = Access::asked;
+    lock.unlock();
+    askForCookies();
+  }
+  return true;
 }
 
 void YahooSession::askForCookies() {
   URLRequest request =
       requestFor(YahooFinanceAPI::cookiesURL(service_),
                  {{"Accept", "text/html,application/xhtml+xml,application/xml;q=0.9,*/*;q=0.8"}});
-  send("Fetch Yahoo cookies", std::move(request),
-       [weakSelf = weak_from_this()](Result<HTTPResponse> response) {
-         if (const auto self = weakSelf.lock()) {
-           self->receiveCookies(std::move(response));
-         }
-       });
+  send(
+      "Fetch Yahoo cookies", std::move(request),
+      [weakSelf = weak_from_this()](Result<HTTPResponse> response) {
+        if (const auto self = weakSelf.lock()) {
+          self->receiveCookies(std::move(response));
+        }
+      },
+      Purpose::access);
 }
 
 void YahooSession::receiveCookies(Result<HTTPResponse> response) {
@@ -151,12 +273,14 @@ void YahooSession::receiveCookies(Result<HTTPResponse> response) {
 void YahooSession::askForCrumb() {
   URLRequest request =
       requestFor(YahooFinanceAPI::crumbURL(service_), {{"User-Agent", "Mozilla/5.0 (Macintosh)"}});
-  send("Fetch Yahoo crumb", std::move(request),
-       [weakSelf = weak_from_this()](Result<HTTPResponse> response) {
-         if (const auto self = weakSelf.lock()) {
-           self->receiveCrumb(std::move(response));
-         }
-       });
+  send(
+      "Fetch Yahoo crumb", std::move(request),
+      [weakSelf = weak_from_this()](Result<HTTPResponse> response) {
+        if (const auto self = weakSelf.lock()) {
+          self->receiveCrumb(std::move(response));
+        }
+      },
+      Purpose::access);
 }
 
 void YahooSession::receiveCrumb(Result<HTTPResponse> response) {
@@ -197,8 +321,7 @@ void YahooSession::grantAccess(std::string crumb) {
 void YahooSession::refuseAccess(const ErrorPointer& error, double namedPause) {
   const std::string text = error->description().value_or("unknown reason");
   Log::write("Yahoo bootstrapping failed: ", text);
-  std::random_device random;
-  const double chance = std::uniform_real_distribution<double>(0, 1)(random);
+  const double chance = chanceFromZeroToOne();
   const std::lock_guard lock(mutex_);
   access_ = Access::refused;
   ++refusals_;

@@ -6,11 +6,13 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "marketdata/yahoo/wire/yahoo_service.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/net/url_session.h"
+#include "platform/time/date.h"
 
 namespace corvane {
 
@@ -20,8 +22,14 @@ namespace corvane {
 /// cookies. start() asks for both. A refusal is followed by a pause, and then they are asked for
 /// again: after growing pauses, drawn at random within a quarter of their length so that many
 /// clients do not come at one time, and once sooner for each request that needs the crumb, but
-/// never before the end of a wait that the service itself has named with a status of 429. Once
-/// there is a crumb, crumb and cookies are kept for good, in memory only. Any thread.
+/// never before the end of a wait that the service itself has named with a status of 429. Crumb and
+/// cookies are kept in memory only. A program may run for longer than they are good for: when the
+/// service refuses the crumb they are asked for anew, at most once in ten minutes, and the request
+/// that was refused is repeated once.
+///
+/// An answer of 429 to any request pauses all of them: for as long as the service says, or for a
+/// time that doubles with every further such answer. Requests wait for the end of a short pause; in
+/// a long one they fail with a status of 429. Any thread.
 class YahooSession : public std::enable_shared_from_this<YahooSession> {
  public:
   using Completion = URLSession::Completion;
@@ -31,6 +39,9 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   YahooSession& operator=(const YahooSession&) = delete;
   /// Cancels all requests, also those that wait for the crumb.
   ~YahooSession();
+
+  /// When the service may be asked again; none where that is now.
+  [[nodiscard]] std::optional<Date> pauseEnd() const;
 
   [[nodiscard]] const YahooService& service() const { return service_; }
 
@@ -50,9 +61,20 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
     std::string label;
     URLRequest request;
     Completion completion;
+    bool isRepeated = false;
   };
+  enum class Purpose { access, data };
 
-  void send(std::string label, URLRequest request, Completion completion);
+  void send(std::string label, URLRequest request, Completion completion,
+            Purpose purpose = Purpose::data);
+  /// Sends at once.
+  void transmit(std::string label, URLRequest request, Completion completion, Purpose purpose);
+  void notePauses(const HTTPResponse& response);
+  [[nodiscard]] double secondsOfPause() const;
+  /// To be called with the lock held.
+  void putInWait(WaitingRequest waiting);
+  /// Whether `waiting`, whose crumb was refused, is taken over to be sent once more.
+  bool repeatWithNewCrumb(const std::string& refused, WaitingRequest& waiting);
   void sendWithCrumb(WaitingRequest waiting);
 
   void askForCookies();
@@ -75,9 +97,12 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   /// waiting_ and not in the queue itself, so that they can be given up.
   const std::shared_ptr<DispatchQueue> sessionQueue_;
 
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   Access access_ = Access::asked;
-  std::string sessionCrumb_;  ///< written once, before sessionQueue_ is activated
+  std::string sessionCrumb_;  ///< written before sessionQueue_ is activated, and when renewed
+  std::optional<Clock::time_point> crumbRenewedAt_;
+  std::uint64_t pausesAskedFor_ = 0;  ///< since the last success
+  Clock::time_point pauseEnd_;
   std::uint64_t refusals_ = 0;
   Clock::time_point refusedAt_;
   double namedPause_ = 0;            ///< seconds after refusedAt_ in which nothing may be asked

@@ -38,8 +38,10 @@ EquitySourceRow equitySourceRow(const EquityPointer& equity,
     auto formatter = DecimalNumberFormatter::money(equity->currency);
     formatter.maximumFractionDigits = maximumPriceDigits;
     row.price = formatter.string(*equity->recentPrice).value_or("");
-    row.change =
-        Formatting::changeText(equity->currency, equity->previousClosePrice, equity->recentPrice);
+    if (equity->previousClosePrice) {
+      row.change =
+          Formatting::changeText(equity->currency, equity->previousClosePrice, equity->recentPrice);
+    }
   }
   return row;
 }

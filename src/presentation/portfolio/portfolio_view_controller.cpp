@@ -77,6 +77,14 @@ void PortfolioViewController::observe() {
       },
       DispatchQueue::main()));
   observations_.push_back(center.addObserver(
+      WatchlistManager::quoteDataSourceChanged, nullptr,
+      [self](const NoPayload&) {
+        if (const auto living = self.lock()) {
+          living->quoteDataSourceDidChange();
+        }
+      },
+      DispatchQueue::main()));
+  observations_.push_back(center.addObserver(
       WatchlistManager::didRefreshPortfolioEquities, nullptr,
       [self](const std::vector<PortfolioPointer>& refreshed) {
         const auto living = self.lock();
@@ -92,6 +100,14 @@ void PortfolioViewController::observe() {
         }
       },
       DispatchQueue::main()));
+}
+
+void PortfolioViewController::quoteDataSourceDidChange() {
+  const auto manager = managerOf(currentData_.portfolio);
+  if (manager != nullptr && !manager->isEditedInBackground()) {
+    fetch(manager);
+    changeHandler();
+  }
 }
 
 void PortfolioViewController::setPortfolio(const PortfolioPointer& portfolio) {

@@ -133,6 +133,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   using FetchResult = Result<PortfolioManager::FetchDailySnapshotsResult>;
 
   void observe();
+  /// Other prices may be had now: those of another source, or none that were kept.
+  void quoteDataSourceDidChange();
   void refreshHeading();
   void rebuildDatePresets(const PortfolioManager& manager);
   void fetch(const std::shared_ptr<PortfolioManager>& manager);
