@@ -147,9 +147,9 @@ std::optional<Decimal> costBaseAdded(const PortfolioTransaction& row) {
 
 std::vector<TableColumn> transactionColumns() {
   return {{"tradeDate", "Trade Date"},
-          {"settlementDate", "Settlement Date"},
-          {"description", "Description"},
           {"name", "Name"},
+          {"description", "Description"},
+          {"settlementDate", "Settlement Date"},
           {"sharesAdded", "Shares Added", true},
           {"sharePrice", "Share Price", true},
           {"totalValue", "Total Value", true},
