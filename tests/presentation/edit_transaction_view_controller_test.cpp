@@ -582,6 +582,60 @@ TEST_F(TransactionFormTest, StaysForTheNextEntry) {
   EXPECT_FALSE(form.goButton.isEnabled);
 }
 
+using Figure = TransactionPreview::Figure;
+
+TEST_F(TransactionFormTest, ShowsWhatAnEntryWouldDo) {
+  buySomething();
+  const LedgerState before = state();
+  create(Mode::sell);
+  choose(abc);
+  EXPECT_EQ(form.preview(), TransactionPreview());
+  shares("40");
+  total("500");
+  EXPECT_THAT(form.preview().figures,
+              ElementsAre(Figure{"Shares held", "100", "60"},
+                          Figure{"Cost base", "CA$1,000.00", "CA$600.00"},
+                          Figure{"Cash in CAD", "CA$4,000.00", "CA$4,500.00"},
+                          Figure{"Capital gain", "", "CA$100.00"}));
+  form.chooseMode(Mode::deposit);
+  total("1");
+  tradeOn({2021, 3, 1});
+  EXPECT_THAT(form.preview().figures,
+              ElementsAre(Figure{"Cash in CAD", "CA$0.00", "CA$1.00"},
+                          Figure{"CAD at the end", "CA$4,000.00", "CA$4,001.00"}));
+  EXPECT_EQ(state(), before);
+}
+
+TEST_F(TransactionFormTest, SaysBeforehandWhatTheLedgerWouldRefuse) {
+  buySomething();
+  create(Mode::sell);
+  choose(abc);
+  shares("101");
+  total("1");
+  EXPECT_THAT(form.preview().refusal, HasSubstr("but 100 are held"));
+  EXPECT_TRUE(form.goButton.isEnabled) << "the ledger itself has the last word";
+  shares("1");
+  total("1.234");
+  EXPECT_THAT(form.preview().refusal, HasSubstr("(Round to (CA$1.23)?)"));
+  form.chooseMode(Mode::withdraw);
+  total("4500");
+  tradeOn({2021, 3, 2});
+  EXPECT_THAT(form.preview().refusal, HasSubstr("would violate a transaction settled on"));
+  EXPECT_THAT(form.preview().reason, HasSubstr("Insufficient cash."));
+}
+
+TEST_F(TransactionFormTest, TriesAModificationInPlaceOfTheRow) {
+  buySomething();
+  form.behaviour = Form::Modify{rows()[2]->basic, portfolio, rows()[2]};
+  form.load();
+  shares("90");
+  total("900");
+  EXPECT_THAT(
+      form.preview().figures,
+      ElementsAre(Figure{"Shares held", "0", "90"}, Figure{"Cost base", "CA$0.00", "CA$900.00"},
+                  Figure{"Cash in CAD", "CA$5,000.00", "CA$4,100.00"}));
+}
+
 TEST_F(TransactionFormTest, EndsWithoutAnOrder) {
   create();
   form.performAction(Sender::cancelButton);

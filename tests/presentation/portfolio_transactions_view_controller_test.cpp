@@ -222,6 +222,77 @@ TEST_F(TransactionsTableTest, MovesRowsToTheEndOfWhatIsShown) {
   EXPECT_THAT(rows(), ElementsAre(before[1], before[0], before[2]));
 }
 
+TEST_F(TransactionsTableTest, MovesSelectedRowsUpAndDownAmongThoseOfTheirDate) {
+  const Date first = day(2021, 3, 1);
+  record({on(first).deposit("1"), on(first).deposit("2"), on(first).deposit("3"),
+          on(day(2021, 3, 2)).deposit("4")});
+  show();
+  const auto before = rows();
+  EXPECT_FALSE(table.canMoveUp() || table.canMoveDown());
+  table.setSelectedRows({0});
+  EXPECT_FALSE(table.canMoveUp());
+  table.setSelectedRows({1, 2});
+  EXPECT_FALSE(table.canMoveDown()) << "the next row has another date";
+  table.moveUpAction();
+  EXPECT_THAT(rows(), ElementsAre(before[1], before[2], before[0], before[3]));
+  EXPECT_EQ(undo->undoActionName(), "Transaction Order");
+  showAfterEdit();
+  EXPECT_THAT(table.selectedRows(), ElementsAre(0U, 1U));
+  table.moveDownAction();
+  EXPECT_EQ(rows(), before);
+  showAfterEdit();
+  table.setSelectedRows({3});
+  EXPECT_FALSE(table.canMoveUp() || table.canMoveDown());
+}
+
+TEST_F(TransactionsTableTest, LeavesRowsAloneThatNobodySees) {
+  record({on(day(2021, 3, 1)).deposit("1"), on(day(2021, 3, 1)).deposit("2")});
+  show();
+  table.setSelectedRows({1});
+  updates.clear();
+  table.setReceivesCommands(false);
+  EXPECT_THAT(updates, SizeIs(1));
+  EXPECT_FALSE(table.canModifyAndDelete() || table.canMoveUp() || table.canDuplicate());
+  table.deleteTransactionAction();
+  table.modifyTransactionAction();
+  table.moveUpAction();
+  EXPECT_THAT(rows(), SizeIs(2));
+  EXPECT_EQ(undo->undoActionName(), "");
+  EXPECT_THAT(segues, IsEmpty());
+  table.setReceivesCommands(true);
+  EXPECT_TRUE(table.canMoveUp());
+}
+
+TEST_F(TransactionsTableTest, OpensFormsFilledFromItsRows) {
+  record({on(day(2021, 3, 1)).deposit("1"), deposit("2")});
+  show();
+  std::vector<BasicTransaction> duplicated;
+  table.duplicateHandler = [&](const BasicTransaction& original) {
+    duplicated.push_back(original);
+  };
+  table.setSelectedRows({0, 1});
+  EXPECT_FALSE(table.canDuplicate());
+  table.setSelectedRows({1});
+  table.duplicateTransactionAction();
+  EXPECT_THAT(duplicated, ElementsAre(rows()[1]->basic));
+
+  const auto form = table.makeEditTransactionForm(rows()[1]);
+  form->load();
+  EXPECT_EQ(form->totalAmountField.value(), 2);
+  const auto bulk = table.makeEditBulkTransactionsForm(rows());
+  bulk->load();
+  EXPECT_EQ(bulk->summaryLabel.text, "Modifying 2 transactions.");
+}
+
+TEST_F(TransactionsTableTest, OpensAtTheNewestRows) {
+  record({on(day(2021, 3, 1)).deposit("1")});
+  show();
+  EXPECT_TRUE(updates.back().showsNewestRows);
+  record({on(day(2021, 3, 1)).deposit("1")});
+  showAfterEdit();
+  EXPECT_FALSE(updates.back().showsNewestRows) << "it was open already";
+}
+
 TEST_F(TransactionsTableTest, ExportsTheSelectionOrEverythingShown) {
   record({on(day(2021, 3, 1)).deposit("1"), deposit("2"), deposit("3")});
   show();

@@ -333,6 +333,34 @@ TEST_F(PortfolioViewControllerTest, RemembersTheTabAndOpensForms) {
   EXPECT_EQ(screen->heading().name, "Savings");
 }
 
+TEST_F(PortfolioViewControllerTest, SendsCommandsToTheSelectedTabOnly) {
+  record({on(day(2021, 3, 1)).deposit("1")});
+  show();
+  screen->transactions->setSelectedRows({0});
+  EXPECT_FALSE(screen->transactions->canModifyAndDelete()) << "the holdings are shown";
+  screen->selectTab(1);
+  EXPECT_TRUE(screen->transactions->canModifyAndDelete());
+  screen->selectTab(2);
+  EXPECT_FALSE(screen->transactions->canModifyAndDelete());
+}
+
+TEST_F(PortfolioViewControllerTest, OpensTheFormForACopyOfARow) {
+  record({on(day(2021, 3, 1)).deposit("17")});
+  show();
+  screen->selectTab(1);
+  std::unique_ptr<EditTransactionViewController> form;
+  screen->performSegue = [&](const PortfolioViewController::Segue& segue) {
+    form = screen->makeCreateTransactionForm(
+        std::get<PortfolioViewController::CreateTransaction>(segue));
+  };
+  screen->transactions->setSelectedRows({0});
+  screen->transactions->duplicateTransactionAction();
+  ASSERT_NE(form, nullptr);
+  form->load();
+  EXPECT_EQ(form->totalAmountField.value(), 17);
+  EXPECT_EQ(form->transactionDatePicker.day(), (YearMonthDay{2021, 3, 10}));
+}
+
 TEST_F(PortfolioViewControllerTest, PlacesWhatAFormHasMade) {
   EXPECT_FALSE(screen->placeOrder({Order::Deposit{cad("1")}}, portfolio));
   EXPECT_FALSE(screen->placeOrder({Order::Record{withdrawal("1")}}, portfolio));

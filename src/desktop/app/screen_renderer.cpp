@@ -9,6 +9,7 @@
 #include <QPixmap>
 #include <QTabWidget>
 #include <QTimer>
+#include <algorithm>
 #include <cerrno>
 
 #include "desktop/app/main_window.h"
@@ -16,6 +17,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/workspace/workspace_view.h"
 #include "platform/system/file_manager.h"
 
@@ -48,6 +50,29 @@ QDialog* openDialog(const QWidget& window) {
     }
   }
   return nullptr;
+}
+
+/// Fills `form` in `mode` with figures that show all of its rows, foreign ones where it can.
+void fillIn(EditTransactionViewController& form, TransactionMode mode) {
+  form.chooseMode(mode);
+  const auto& held = form.heldEquities();
+  const auto foreign = std::ranges::find_if(held, [&](const EquityPointer& equity) {
+    return equity->currency != form.portfolio()->primaryCurrency();
+  });
+  if (!held.empty()) {
+    form.chooseEquity(foreign != held.end() ? *foreign : held.front());
+  }
+  const auto& currencies = form.availableCurrencies();
+  if (foreign == held.end() && std::ranges::count(currencies, Currency::usd()) > 0) {
+    form.chooseCurrency(Currency::usd());
+  }
+  form.typeInto(form.priorNumberOfSharesField, "100");
+  form.typeInto(form.numberOfSharesField, mode == TransactionMode::split ? "300" : "10");
+  form.typeInto(form.exchangeRateField, "1.25");
+  form.typeInto(form.totalAmountField, "1234.5");
+  if (mode == TransactionMode::journaledShares) {
+    form.typeInto(form.equivalentValueField, "1500");
+  }
 }
 
 }  // namespace
@@ -140,8 +165,45 @@ void ScreenRenderer::renderForms() {
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
     render(QStringLiteral("panel-export"),
            [&] { window_.workspaceView().portfolioExport().exportAction(); });
-    render(QStringLiteral("form-new-transaction"), [&] { portfolio.createTransactionAction(); });
+    renderTransactionForms();
   }
+}
+
+/// The form for a transaction in each of its modes, and that for several transactions.
+void ScreenRenderer::renderTransactionForms() {
+  PortfolioViewController& portfolio =
+      *window_.workspaceView().controller().portfolioViewController;
+  portfolio.createTransactionAction();
+  if (auto* sheet = qobject_cast<EditTransactionDialog*>(openDialog(window_))) {
+    for (const TransactionModeEntry& entry :
+         EditTransactionViewController::transactionModeEntries()) {
+      if (!entry.title.empty()) {
+        fillIn(sheet->form(), entry.mode);
+        write(QStringLiteral("form-transaction-") + slug(qtText(entry.title)));
+      }
+    }
+    sheet->form().chooseMode(TransactionMode::buy);
+    sheet->form().chooseEquity(nullptr);
+    sheet->form().typeInto(sheet->form().totalAmountField, "a lot");
+    sheet->form().changeTransactionDate([](DateEntry& date) { date.setText("0000-12-31"); });
+    write(QStringLiteral("form-transaction-with-mistakes"));
+    sheet->reject();
+  }
+  QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
+  const int shownBefore = tabs.currentIndex();
+  tabs.setCurrentIndex(static_cast<int>(PortfolioViewController::transactionsTabIndex));
+  PortfolioTransactionsViewController& transactions = *portfolio.transactions;
+  const auto selectedBefore = transactions.selectedRows();
+  if (transactions.numberOfRows() > 1) {
+    transactions.setSelectedRows({0, 1});
+    transactions.modifyTransactionAction();
+    if (QDialog* sheet = openDialog(window_)) {
+      write(QStringLiteral("form-bulk-transactions"));
+      sheet->reject();
+    }
+    transactions.setSelectedRows(selectedBefore);
+  }
+  tabs.setCurrentIndex(shownBefore);
 }
 
 void ScreenRenderer::write(const QString& name) {

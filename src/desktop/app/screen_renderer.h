@@ -35,6 +35,7 @@ class ScreenRenderer {
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
   void renderForms();
+  void renderTransactionForms();
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);
 

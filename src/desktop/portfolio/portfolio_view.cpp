@@ -19,7 +19,8 @@
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/gains_tab.h"
 #include "desktop/portfolio/holdings_tab.h"
-#include "desktop/portfolio/transactions_tab.h"
+#include "desktop/transactions/edit_transaction_dialog.h"
+#include "desktop/transactions/transactions_tab.h"
 #include "platform/overloaded.h"
 
 namespace corvane::desktop {
@@ -30,6 +31,7 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       name_(new QLabel),
       value_(new QLabel),
       summary_(new AttributedLabel),
+      newTransaction_(new QPushButton(QStringLiteral("New Transaction…"))),
       details_(new QPushButton(QStringLiteral("Details…"))),
       asset_(new QComboBox),
       fetching_(new QProgressBar),
@@ -71,6 +73,8 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
 
   connect(tabs_, &QTabWidget::currentChanged, this,
           [this](int index) { controller_->selectTab(static_cast<std::size_t>(index)); });
+  connect(newTransaction_, &QPushButton::clicked, this,
+          [this] { controller_->createTransactionAction(); });
   connect(details_, &QPushButton::clicked, this, [this] { controller_->editPortfolioAction(); });
   connect(asset_, &QComboBox::activated, this,
           [this](int index) { controller_->chooseAsset(static_cast<std::size_t>(index)); });
@@ -96,6 +100,8 @@ QWidget* PortfolioView::makeHeading() {
   texts->addWidget(summary_);
   auto* buttons = new QHBoxLayout;
   buttons->setSpacing(spacing::narrow);
+  newTransaction_->setToolTip(QStringLiteral("Record what happened in this portfolio (Ctrl+T)"));
+  buttons->addWidget(newTransaction_);
   buttons->addWidget(details_);
 
   auto* heading = new QWidget;
@@ -141,6 +147,7 @@ void PortfolioView::update() {
   value_->setText(qtText(heading.value));
   summary_->setAttributedText(heading.summary);
   summary_->setVisible(!heading.summary.isEmpty());
+  newTransaction_->setEnabled(controller_->canCreateTransaction());
   details_->setEnabled(controller_->canEditPortfolio());
   fetching_->setVisible(controller_->isFetching());
   warning_->setText(qtText(controller_->warning()));
@@ -165,10 +172,18 @@ void PortfolioView::perform(const PortfolioViewController::Segue& segue) {
   std::visit(Overloaded{[this](const PortfolioViewController::EditPortfolio&) {
                           EditPortfolioDialog::open(this, controller_->makeEditPortfolioForm());
                         },
-                        [](const PortfolioViewController::CreateTransaction&) {
-                          // Nothing that can be pressed here asks for it.
+                        [this](const PortfolioViewController::CreateTransaction& create) {
+                          openForm(create);
                         }},
              segue);
+}
+
+void PortfolioView::openForm(const PortfolioViewController::CreateTransaction& segue) {
+  EditTransactionDialog::open(this, controller_->makeCreateTransactionForm(segue),
+                              [this](const EditTransactionViewController::Placement& placement) {
+                                return controller_->placeOrder(placement.order,
+                                                               placement.portfolio);
+                              });
 }
 
 }  // namespace corvane::desktop

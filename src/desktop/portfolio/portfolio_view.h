@@ -36,11 +36,13 @@ class PortfolioView : public QWidget {
   void update();
   void updateAssets();
   void perform(const PortfolioViewController::Segue& segue);
+  void openForm(const PortfolioViewController::CreateTransaction& segue);
 
   std::shared_ptr<PortfolioViewController> controller_;
   QLabel* name_;
   QLabel* value_;
   AttributedLabel* summary_;
+  QPushButton* newTransaction_;
   QPushButton* details_;
   QComboBox* asset_;
   QProgressBar* fetching_;

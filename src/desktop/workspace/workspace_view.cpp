@@ -1,9 +1,11 @@
 #include "desktop/workspace/workspace_view.h"
 
 #include <QAction>
+#include <QDialog>
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPointer>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -18,12 +20,25 @@
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
-#include "desktop/portfolio/transactions_tab.h"
+#include "desktop/transactions/transactions_tab.h"
 #include "desktop/workspace/source_list_view.h"
 #include "platform/overloaded.h"
 #include "presentation/portfolio/statement_preview_controller.h"
 
 namespace corvane::desktop {
+namespace {
+
+/// Where an alert is seen: the sheet that is open on `window`, or the window itself.
+QWidget* frontOf(QWidget* window) {
+  for (QDialog* sheet : window->findChildren<QDialog*>()) {
+    if (sheet->isVisible() && qobject_cast<QMessageBox*>(sheet) == nullptr) {
+      return sheet;
+    }
+  }
+  return window;
+}
+
+}  // namespace
 
 WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults, QWidget* parent)
     : QWidget(parent),
@@ -70,7 +85,7 @@ ScreenSurroundings WorkspaceView::surroundings() {
   const QPointer<QWidget> self(this);
   made.presentError = [self](const Error& error) {
     if (self) {
-      showError(self->window(), error);
+      showError(frontOf(self->window()), error);
     }
   };
   made.presentMessage = [self](const std::string& message) {
@@ -178,7 +193,13 @@ void WorkspaceView::addPortfolioActions(QMenu* menu) {
   deletePortfolio_ = add(QStringLiteral("De&lete Portfolio…"), {},
                          [&portfolio] { portfolio.deletePortfolioAction(); });
   menu->addSeparator();
-  menu->addAction(portfolio_->transactionsTab().deleteAction());
+  newTransaction_ = add(QStringLiteral("New &Transaction…"), Qt::CTRL | Qt::Key_T,
+                        [&portfolio] { portfolio.createTransactionAction(); });
+  TransactionsTab& transactions = portfolio_->transactionsTab();
+  for (QAction* command : transactions.commands()) {
+    menu->addAction(command);
+  }
+  transactions.addToContextMenu({newTransaction_, exportAction_});
   menu->addSeparator();
   menu->addAction(source_->removeAction());
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
@@ -210,6 +231,7 @@ void WorkspaceView::updateActions() {
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   editPortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
   deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
+  newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   statementAction_->setEnabled(importAction_->isEnabled());

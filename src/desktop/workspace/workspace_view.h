@@ -69,6 +69,7 @@ class WorkspaceView : public QWidget {
   QAction* statementAction_ = nullptr;
   QAction* exportAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
+  QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
   QAction* deletePortfolio_ = nullptr;
   Subscription changes_;

@@ -66,6 +66,12 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
 void PortfolioViewController::observe() {
   auto& center = NotificationCenter::defaultCenter();
   const auto self = weak_from_this();
+  transactions->setReceivesCommands(selectedTabIndex() == transactionsTabIndex);
+  transactions->duplicateHandler = [self](const BasicTransaction& original) {
+    if (const auto living = self.lock()) {
+      living->performSegue(CreateTransaction{living->currentData_.portfolio, original});
+    }
+  };
   observations_.push_back(center.addObserver(
       PortfolioManager::didChangePortfolio, nullptr,
       [self](const PortfolioManager::PortfolioChange& change) {
@@ -354,6 +360,7 @@ std::size_t PortfolioViewController::selectedTabIndex() const {
 
 void PortfolioViewController::selectTab(std::size_t index) {
   surroundings_.defaults->set(tabIndexUserDefaultsKey, JSONValue(static_cast<std::int64_t>(index)));
+  transactions->setReceivesCommands(index == transactionsTabIndex);
 }
 
 void PortfolioViewController::createTransactionAction() {
@@ -383,6 +390,18 @@ std::unique_ptr<EditPortfolioViewController> PortfolioViewController::makeEditPo
   form->behaviour =
       EditPortfolioViewController::Modify{currentData_.portfolio, surroundings_.undoManager};
   form->presentError = surroundings_.presentError;
+  return form;
+}
+
+std::unique_ptr<EditTransactionViewController> PortfolioViewController::makeCreateTransactionForm(
+    const CreateTransaction& segue) const {
+  if (managerOf(segue.portfolio) == nullptr) {
+    return nullptr;
+  }
+  auto form = std::make_unique<EditTransactionViewController>();
+  form->behaviour = EditTransactionViewController::Create{segue.portfolio, segue.original};
+  form->presentError = surroundings_.presentError;
+  form->now = surroundings_.now;
   return form;
 }
 

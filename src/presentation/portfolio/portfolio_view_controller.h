@@ -54,10 +54,11 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
 
   static constexpr std::string_view tabIndexUserDefaultsKey = "portfolioDetail.lastTabIndex";
 
-  /// The form for a new transaction.
+  /// The form for a new transaction; see makeCreateTransactionForm().
   struct CreateTransaction {
     static constexpr std::string_view identifier = "CreateTransaction";
     PortfolioPointer portfolio;
+    std::optional<BasicTransaction> original = {};  ///< what it is filled from
   };
   /// The form of the portfolio's settings; see makeEditPortfolioForm().
   struct EditPortfolio {
@@ -112,8 +113,10 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
 
   /// The tab that was shown last, also in an earlier run; the first one where there was none.
   [[nodiscard]] std::size_t selectedTabIndex() const;
+  /// Commands for rows go to the selected tab only.
   void selectTab(std::size_t index);
   static constexpr std::size_t numberOfTabs = 3;
+  static constexpr std::size_t transactionsTabIndex = 1;
 
   // Commands.
 
@@ -126,6 +129,9 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
 
   /// The form that changes the settings of the portfolio, ready to be loaded; null without one.
   [[nodiscard]] std::unique_ptr<EditPortfolioViewController> makeEditPortfolioForm() const;
+  /// The form for a new transaction, ready to be loaded; null without a portfolio.
+  [[nodiscard]] std::unique_ptr<EditTransactionViewController> makeCreateTransactionForm(
+      const CreateTransaction& segue) const;
   /// Places an order that a form has made; whether the form may close. A refusal is shown.
   [[nodiscard]] bool placeOrder(const Order& order, const PortfolioPointer& portfolio);
 

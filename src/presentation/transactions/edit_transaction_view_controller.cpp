@@ -415,6 +415,7 @@ void EditTransactionViewController::recomputeSettlementDate() {
 // Field arithmetic.
 
 void EditTransactionViewController::typeInto(NumberEntry& field, std::string text) {
+  notice.clear();
   field.setText(std::move(text));
   if (&field == &numberOfSharesField || &field == &sharePriceField) {
     computeTotal();
@@ -470,7 +471,23 @@ void EditTransactionViewController::computeRate() {
 
 void EditTransactionViewController::didChange() {
   validate();
+  updatePreview();
   changeHandler();
+}
+
+void EditTransactionViewController::updatePreview() {
+  preview_ = {};
+  if (!goButton.isEnabled) {
+    return;
+  }
+  const auto order = makeOrder();
+  const auto* record = order ? std::get_if<Order::Record>(&order->kind) : nullptr;
+  if (record == nullptr) {
+    return;
+  }
+  const auto* modified = std::get_if<Modify>(&*behaviour);
+  preview_ =
+      previewOf(record->transaction, portfolio_, modified == nullptr ? nullptr : modified->row);
 }
 
 void EditTransactionViewController::validate() {
@@ -482,10 +499,10 @@ void EditTransactionViewController::validate() {
   } else {
     equivalentValueField.isEnabled = true;
   }
-  const std::vector<std::string> needed = missing();
-  goButton.isEnabled = needed.empty();
+  missing_ = whatIsMissing();
+  goButton.isEnabled = missing_.empty();
   goButton.tooltip.clear();
-  for (const std::string& words : needed) {
+  for (const std::string& words : missing_) {
     goButton.tooltip += (goButton.tooltip.empty() ? "" : " ") + words;
   }
   insertAnotherButton.isEnabled = goButton.isEnabled;
@@ -495,8 +512,7 @@ void EditTransactionViewController::validate() {
                                     : goButton.tooltip;
 }
 
-/// What the go button still waits for, in words.
-std::vector<std::string> EditTransactionViewController::missing() const {
+std::vector<std::string> EditTransactionViewController::whatIsMissing() const {
   std::vector<std::string> missing;
   requireDates(missing);
   const auto require = [&missing](bool holds, const char* words) {
@@ -719,7 +735,7 @@ std::expected<Order, OrderError> EditTransactionViewController::makePlainOrder()
 
 void EditTransactionViewController::prepareForAnother() {
   insertsAnother_ = false;
-  notice.clear();
+  notice = "Recorded. Ready for the next entry.";
   loadHeldEquities();
   numberOfSharesField.setValue(0);
   priorNumberOfSharesField.setValue(0);

@@ -17,6 +17,7 @@
 #include "presentation/transactions/number_entry.h"
 #include "presentation/transactions/order_error.h"
 #include "presentation/transactions/transaction_mode.h"
+#include "presentation/transactions/transaction_preview.h"
 
 namespace corvane {
 
@@ -102,6 +103,11 @@ class EditTransactionViewController {
   Button insertAnotherButton{"Insert Another"};
   Button cancelButton{"Cancel"};
 
+  /// What the go button still waits for, each in a sentence.
+  [[nodiscard]] const std::vector<std::string>& missing() const { return missing_; }
+  /// What the entry would do to the ledger, or why the ledger would refuse it.
+  [[nodiscard]] const TransactionPreview& preview() const { return preview_; }
+
   [[nodiscard]] PortfolioPointer portfolio() const { return portfolio_; }
   [[nodiscard]] std::shared_ptr<PortfolioManager> portfolioManager() const;
   /// The equity of the entry; null where none is chosen, or where the mode shows none.
@@ -168,7 +174,8 @@ class EditTransactionViewController {
 
   void didChange();
   void validate();
-  [[nodiscard]] std::vector<std::string> missing() const;
+  void updatePreview();
+  [[nodiscard]] std::vector<std::string> whatIsMissing() const;
   void requireEquity(std::vector<std::string>& missing) const;
   void requireDates(std::vector<std::string>& missing) const;
 
@@ -190,6 +197,8 @@ class EditTransactionViewController {
   /// The currency of the transaction that the form was filled from.
   std::optional<Currency> originalCurrency_;
   bool insertsAnother_ = false;
+  std::vector<std::string> missing_;
+  TransactionPreview preview_;
 };
 
 }  // namespace corvane

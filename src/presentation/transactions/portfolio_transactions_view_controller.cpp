@@ -32,6 +32,8 @@ void PortfolioTransactionsViewController::setCurrentData(
   const auto& formerRows = before.transactions ? *before.transactions : none;
   Update update{.rowsChanged = formerRows != rows()};
   update.columnsChanged = showCashColumn();
+  update.showsNewestRows =
+      !rows().empty() && (formerRows.empty() || before.portfolio != currentData_.portfolio);
 
   const std::vector<std::size_t> formerSelection = selectedRows_;
   TransactionSet selected;
@@ -108,7 +110,16 @@ std::string PortfolioTransactionsViewController::deleteMenuTitle() const {
   return selectedRows_.size() > 1 ? "Delete Transactions" : "Delete Transaction";
 }
 
+void PortfolioTransactionsViewController::setReceivesCommands(bool receivesCommands) {
+  if (std::exchange(receivesCommands_, receivesCommands) != receivesCommands) {
+    changeHandler({.rowsChanged = false});
+  }
+}
+
 void PortfolioTransactionsViewController::modifyTransactionAction() {
+  if (!receivesCommands_) {
+    return;
+  }
   if (selectedRows_.size() == 1) {
     performSegue(EditTransaction{transaction(selectedRows_.front())});
   } else if (selectedRows_.size() > 1) {
@@ -116,10 +127,42 @@ void PortfolioTransactionsViewController::modifyTransactionAction() {
   }
 }
 
+void PortfolioTransactionsViewController::duplicateTransactionAction() {
+  if (canDuplicate()) {
+    duplicateHandler(transaction(selectedRows_.front())->basic);
+  }
+}
+
+std::unique_ptr<EditTransactionViewController>
+PortfolioTransactionsViewController::makeEditTransactionForm(
+    const TransactionPointer& transaction) const {
+  if (manager() == nullptr || transaction == nullptr) {
+    return nullptr;
+  }
+  auto form = std::make_unique<EditTransactionViewController>();
+  form->behaviour = EditTransactionViewController::Modify{transaction->basic,
+                                                          currentData_.portfolio, transaction};
+  form->presentError = surroundings_.presentError;
+  form->now = surroundings_.now;
+  return form;
+}
+
+std::unique_ptr<EditBulkTransactionsViewController>
+PortfolioTransactionsViewController::makeEditBulkTransactionsForm(
+    std::vector<TransactionPointer> transactions) const {
+  if (manager() == nullptr) {
+    return nullptr;
+  }
+  auto form = std::make_unique<EditBulkTransactionsViewController>();
+  form->transactions = std::move(transactions);
+  form->portfolio = currentData_.portfolio;
+  return form;
+}
+
 void PortfolioTransactionsViewController::deleteTransactionAction() {
   const auto keeper = manager();
   const auto deleted = selectedTransactions();
-  if (keeper == nullptr || deleted.empty()) {
+  if (keeper == nullptr || !canModifyAndDelete()) {
     return;
   }
   // The edit makes the screen hand over new data before it returns.
@@ -190,6 +233,50 @@ bool PortfolioTransactionsViewController::acceptDrop(std::vector<std::size_t> dr
     keeper->moveTransactions(moved, PortfolioManager::Anchors(moved.size(), anchor), portfolio,
                              surroundings_.undoManager);
   });
+}
+
+std::optional<std::size_t> PortfolioTransactionsViewController::placeAbove() const {
+  if (!receivesCommands_ || selectedRows_.empty() || selectedRows_.front() == 0) {
+    return std::nullopt;
+  }
+  return selectedRows_.front() - 1;
+}
+
+std::optional<std::size_t> PortfolioTransactionsViewController::placeBelow() const {
+  if (!receivesCommands_ || selectedRows_.empty()) {
+    return std::nullopt;
+  }
+  return selectedRows_.back() + 2;
+}
+
+bool PortfolioTransactionsViewController::canMoveUp() const {
+  const auto place = placeAbove();
+  return place && validateDrop(selectedRows_, *place) && isBesideSameDate(*place, *place + 1);
+}
+
+bool PortfolioTransactionsViewController::canMoveDown() const {
+  const auto place = placeBelow();
+  return place && validateDrop(selectedRows_, *place) && isBesideSameDate(*place - 1, *place - 2);
+}
+
+void PortfolioTransactionsViewController::moveUpAction() {
+  if (canMoveUp()) {
+    acceptDrop(selectedRows_, *placeAbove());
+  }
+}
+
+void PortfolioTransactionsViewController::moveDownAction() {
+  if (canMoveDown()) {
+    acceptDrop(selectedRows_, *placeBelow());
+  }
+}
+
+/// Whether the row that would be passed has the date of the one that passes it. A drop in front of
+/// an older neighbour can be beside a row of the right date and yet behind one of another.
+bool PortfolioTransactionsViewController::isBesideSameDate(std::size_t passed,
+                                                           std::size_t moved) const {
+  return passed < rows().size() && moved < rows().size() &&
+         transaction(passed)->settlementDate() == transaction(moved)->settlementDate();
 }
 
 std::vector<TransactionPointer> PortfolioTransactionsViewController::exportedTransactions() const {

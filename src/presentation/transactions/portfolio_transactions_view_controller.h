@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,8 @@
 #include "presentation/controls/table_model.h"
 #include "presentation/screen/current_portfolio_having.h"
 #include "presentation/screen/screen_surroundings.h"
+#include "presentation/transactions/edit_bulk_transactions_view_controller.h"
+#include "presentation/transactions/edit_transaction_view_controller.h"
 
 namespace corvane {
 
@@ -30,6 +33,8 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
     std::vector<std::size_t> reloadedRows = {};
     bool columnsChanged = false;
     bool selectionChanged = false;
+    /// Whether the table has just been opened on these rows and is to show the newest of them.
+    bool showsNewestRows = false;
   };
 
   /// The form for one row.
@@ -76,12 +81,31 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
 
   [[nodiscard]] std::string modifyMenuTitle() const;
   [[nodiscard]] std::string deleteMenuTitle() const;
-  [[nodiscard]] bool canModifyAndDelete() const { return !selectedRows_.empty(); }
+  [[nodiscard]] bool canModifyAndDelete() const {
+    return receivesCommands_ && !selectedRows_.empty();
+  }
+  [[nodiscard]] bool canDuplicate() const { return receivesCommands_ && selectedRows_.size() == 1; }
+
+  /// Whether commands are meant for this table: a row that is selected in a tab that nobody sees
+  /// must not be deleted. They are until somebody says otherwise.
+  void setReceivesCommands(bool receivesCommands);
 
   /// Opens the form for the selected row, or the one for many.
   void modifyTransactionAction();
+  /// Opens the form for a new transaction, filled from the selected row.
+  void duplicateTransactionAction();
   /// Deletes the selected rows and says how many they were.
   void deleteTransactionAction();
+
+  /// Opens the form for a new transaction, filled from `original`.
+  std::function<void(const BasicTransaction& original)> duplicateHandler =
+      [](const BasicTransaction&) {};
+
+  /// The forms of the two segues, ready to be loaded; null where a portfolio is missing.
+  [[nodiscard]] std::unique_ptr<EditTransactionViewController> makeEditTransactionForm(
+      const TransactionPointer& transaction) const;
+  [[nodiscard]] std::unique_ptr<EditBulkTransactionsViewController> makeEditBulkTransactionsForm(
+      std::vector<TransactionPointer> transactions) const;
 
   /// Carries out what a form has come to; whether it may close. A refusal is shown and keeps it
   /// open.
@@ -89,7 +113,12 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   [[nodiscard]] bool modify(const std::vector<TransactionPointer>& transactions,
                             const BulkRevision& revision);
 
-  // Reordering by drag.
+  // Reordering by drag, and by keyboard one row up or down.
+
+  [[nodiscard]] bool canMoveUp() const;
+  [[nodiscard]] bool canMoveDown() const;
+  void moveUpAction();
+  void moveDownAction();
 
   /// Whether `draggedRows` may be dropped at `row`, which is the place in front of that row, or
   /// behind the last row where it is their number: rows of one settlement date, next to a row of
@@ -113,6 +142,10 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   [[nodiscard]] bool showsWholeLedger() const;
   [[nodiscard]] TransactionPointer rowBehindLast() const;
   bool showCashColumn();
+  /// In front of which row the selected ones go when they move up, or down; none without any.
+  [[nodiscard]] std::optional<std::size_t> placeAbove() const;
+  [[nodiscard]] std::optional<std::size_t> placeBelow() const;
+  [[nodiscard]] bool isBesideSameDate(std::size_t passed, std::size_t moved) const;
   /// Runs `edit`, names its undo step, and shows what it throws; whether it threw nothing.
   template <typename Edit>
   bool perform(const std::string& actionName, Edit edit);
@@ -123,6 +156,7 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   PortfolioDataSlice currentData_;
   std::vector<TableColumn> columns_;
   std::vector<std::size_t> selectedRows_;
+  bool receivesCommands_ = true;
 };
 
 }  // namespace corvane

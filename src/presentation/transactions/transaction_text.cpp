@@ -112,9 +112,9 @@ AttributedText gainCell(const std::optional<Decimal>& amount, const Currency& pr
 
 std::vector<TableColumn> transactionColumns() {
   return {{"tradeDate", "Trade Date"},
-          {"settlementDate", "Settlement Date"},
-          {"description", "Description"},
           {"name", "Name"},
+          {"description", "Description"},
+          {"settlementDate", "Settlement Date"},
           {"sharesAdded", "Shares Added", true},
           {"sharePrice", "Share Price", true},
           {"totalValue", "Total Value", true},

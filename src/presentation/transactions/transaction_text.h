@@ -13,9 +13,9 @@ namespace corvane {
 
 enum class TransactionColumn {
   tradeDate,
-  settlementDate,
-  description,
   name,
+  description,
+  settlementDate,
   sharesAdded,
   sharePrice,
   totalValue,
@@ -27,7 +27,8 @@ enum class TransactionColumn {
   note
 };
 
-/// A column for each TransactionColumn, in its order.
+/// A column for each TransactionColumn, in its order: first what tells a row from others, which
+/// stays in view.
 [[nodiscard]] std::vector<TableColumn> transactionColumns();
 
 /// What `column` says of `row`, whose portfolio counts in `primary` and whose dates are those of

@@ -1,16 +1,26 @@
-#include "desktop/portfolio/transactions_tab.h"
+#include "desktop/transactions/transactions_tab.h"
 
 #include <QAction>
 #include <QItemSelection>
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "desktop/controls/frozen_columns.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
 #include "desktop/look/theme.h"
+#include "desktop/transactions/edit_bulk_transactions_dialog.h"
+#include "desktop/transactions/edit_transaction_dialog.h"
+#include "platform/overloaded.h"
 
 namespace corvane::desktop {
+namespace {
+
+/// The date and the name, without which a row says nothing.
+constexpr int frozenColumns = 2;
+
+}  // namespace
 
 /// Rows that can be dragged to where the controller allows it.
 class TransactionsAdapter : public TableModelAdapter {
@@ -61,8 +71,7 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
       controller_(std::move(controller)),
       title_(new QLabel),
       adapter_(new TransactionsAdapter(*controller_, this)),
-      table_(new TableView(QStringLiteral("Transactions"))),
-      delete_(new QAction(this)) {
+      table_(new TableView(QStringLiteral("Transactions"))) {
   title_->setFont(theme::font(1, QFont::DemiBold));
   table_->setTable(adapter_, *controller_);
   table_->setPlaceholderText(QStringLiteral("No transactions in these days."));
@@ -72,10 +81,21 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   table_->setDragDropMode(QAbstractItemView::InternalMove);
   table_->setDragDropOverwriteMode(false);
   table_->setContextMenuPolicy(Qt::ActionsContextMenu);
-  delete_->setShortcut(QKeySequence::Delete);
-  delete_->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  table_->addAction(delete_);
-  connect(delete_, &QAction::triggered, this, [this] { controller_->deleteTransactionAction(); });
+  new FrozenColumns(*table_, frozenColumns);
+  using Controller = PortfolioTransactionsViewController;
+  modify_ = addCommand({}, {Qt::Key_Return, Qt::Key_Enter}, &Controller::modifyTransactionAction);
+  duplicate_ = addCommand(QStringLiteral("Duplicate Transaction"), {Qt::CTRL | Qt::Key_D},
+                          &Controller::duplicateTransactionAction);
+  delete_ = addCommand({}, {QKeySequence::Delete}, &Controller::deleteTransactionAction);
+  moveUp_ =
+      addCommand(QStringLiteral("Move Up"), {Qt::ALT | Qt::Key_Up}, &Controller::moveUpAction);
+  moveDown_ = addCommand(QStringLiteral("Move Down"), {Qt::ALT | Qt::Key_Down},
+                         &Controller::moveDownAction);
+  for (QAction* move : {moveUp_, moveDown_}) {
+    move->setToolTip(QStringLiteral("Among the transactions of one settlement date"));
+  }
+  connect(table_, &QTableView::doubleClicked, this,
+          [this] { controller_->modifyTransactionAction(); });
   connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
     if (isShowingSelection_) {
       return;
@@ -94,7 +114,52 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   column->addWidget(title_);
   column->addWidget(table_, 1);
   changes_ = subscribe(controller_->changeHandler, [this](const auto& change) { update(change); });
-  update({.columnsChanged = true, .selectionChanged = true});
+  segues_ = subscribe(controller_->performSegue, [this](const auto& segue) { perform(segue); });
+  update({.columnsChanged = true, .selectionChanged = true, .showsNewestRows = true});
+}
+
+QAction* TransactionsTab::addCommand(const QString& text, const QList<QKeySequence>& shortcuts,
+                                     void (PortfolioTransactionsViewController::*command)()) {
+  auto* action = new QAction(text, this);
+  action->setShortcuts(shortcuts);
+  // Only while the table has the keyboard: the same keys mean other things elsewhere.
+  action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  table_->addAction(action);
+  connect(action, &QAction::triggered, this, [this, command] { ((*controller_).*command)(); });
+  return action;
+}
+
+void TransactionsTab::addToContextMenu(const std::vector<QAction*>& commands) {
+  auto* separator = new QAction(this);
+  separator->setSeparator(true);
+  table_->addAction(separator);
+  for (QAction* command : commands) {
+    table_->addAction(command);
+  }
+}
+
+void TransactionsTab::perform(const PortfolioTransactionsViewController::Segue& segue) {
+  using Controller = PortfolioTransactionsViewController;
+  std::visit(
+      Overloaded{
+          [this](const Controller::EditTransaction& one) { openForm(one.transaction); },
+          [this](const Controller::EditBulkTransactions& many) { openForm(many.transactions); }},
+      segue);
+}
+
+void TransactionsTab::openForm(const TransactionPointer& transaction) {
+  EditTransactionDialog::open(
+      this, controller_->makeEditTransactionForm(transaction),
+      [this, transaction](const EditTransactionViewController::Placement& placement) {
+        return controller_->modify(transaction, placement.order);
+      });
+}
+
+void TransactionsTab::openForm(const std::vector<TransactionPointer>& transactions) {
+  EditBulkTransactionsDialog::open(this, controller_->makeEditBulkTransactionsForm(transactions),
+                                   [this, transactions](const BulkRevision& revision) {
+                                     return controller_->modify(transactions, revision);
+                                   });
 }
 
 void TransactionsTab::update(const PortfolioTransactionsViewController::Update& update) {
@@ -118,6 +183,9 @@ void TransactionsTab::update(const PortfolioTransactionsViewController::Update& 
   if (update.rowsChanged || update.selectionChanged) {
     showSelection();
   }
+  if (update.showsNewestRows && controller_->selectedRows().empty()) {
+    table_->scrollToBottom();
+  }
   updateActions();
 }
 
@@ -137,8 +205,13 @@ void TransactionsTab::showSelection() {
 }
 
 void TransactionsTab::updateActions() {
+  modify_->setText(qtText(controller_->modifyMenuTitle()));
+  modify_->setEnabled(controller_->canModifyAndDelete());
+  duplicate_->setEnabled(controller_->canDuplicate());
   delete_->setText(qtText(controller_->deleteMenuTitle()));
   delete_->setEnabled(controller_->canModifyAndDelete());
+  moveUp_->setEnabled(controller_->canMoveUp());
+  moveDown_->setEnabled(controller_->canMoveDown());
 }
 
 }  // namespace corvane::desktop

@@ -3,6 +3,7 @@
 
 #include <QWidget>
 #include <memory>
+#include <vector>
 
 #include "platform/async/subscription.h"
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
@@ -15,16 +16,27 @@ namespace corvane::desktop {
 class TableView;
 class TransactionsAdapter;
 
-/// A title and the table of transactions, in which rows are changed, deleted and reordered.
+/// A title and the table of transactions, in which rows are changed, deleted and reordered. The
+/// table stays in the order of the ledger: in another one the balances beside the rows would make
+/// no sense.
 class TransactionsTab : public QWidget {
  public:
   explicit TransactionsTab(std::shared_ptr<PortfolioTransactionsViewController> controller,
                            QWidget* parent = nullptr);
 
   /// The commands for the selected rows, for the menu of the window as well.
-  [[nodiscard]] QAction* deleteAction() const { return delete_; }
+  [[nodiscard]] std::vector<QAction*> commands() const {
+    return {modify_, duplicate_, delete_, moveUp_, moveDown_};
+  }
+  /// Adds commands of the window to the menu of the table.
+  void addToContextMenu(const std::vector<QAction*>& commands);
 
  private:
+  QAction* addCommand(const QString& text, const QList<QKeySequence>& shortcuts,
+                      void (PortfolioTransactionsViewController::*command)());
+  void openForm(const TransactionPointer& transaction);
+  void openForm(const std::vector<TransactionPointer>& transactions);
+  void perform(const PortfolioTransactionsViewController::Segue& segue);
   void update(const PortfolioTransactionsViewController::Update& update);
   void showSelection();
   void updateActions();
@@ -33,9 +45,14 @@ class TransactionsTab : public QWidget {
   QLabel* title_;
   TransactionsAdapter* adapter_;
   TableView* table_;
+  QAction* modify_;
+  QAction* duplicate_;
   QAction* delete_;
+  QAction* moveUp_;
+  QAction* moveDown_;
   bool isShowingSelection_ = false;
   Subscription changes_;
+  Subscription segues_;
 };
 
 }  // namespace corvane::desktop
