@@ -14,19 +14,9 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using DetailTab = MainSplitViewController::DetailTab;
 
-struct EquityScreenStub : EquityScreen {
-  EquityPointer equity;
-  std::weak_ptr<WorkspaceModel> model;
-  [[nodiscard]] const EquityPointer& currentEquity() const override { return equity; }
-  void setCurrentEquity(EquityPointer shown) override { equity = std::move(shown); }
-  [[nodiscard]] std::weak_ptr<WorkspaceModel> documentModel() const override { return model; }
-  void setDocumentModel(std::weak_ptr<WorkspaceModel> shown) override { model = shown; }
-};
-
 class MainSplitViewControllerTest : public PortfolioScreenWorld {
  protected:
   MainSplitViewControllerTest() {
-    frame->equityViewController = equityScreen;
     list.changeHandler = [this](const auto& update) { updates.push_back(update); };
     model->portfolioManagers = {manager};
     for (const char* symbol : {"AA", "BB", "CC"}) {
@@ -66,7 +56,6 @@ class MainSplitViewControllerTest : public PortfolioScreenWorld {
 
   std::shared_ptr<WorkspaceModel> model = std::make_shared<WorkspaceModel>();
   std::shared_ptr<MainSplitViewController> frame = MainSplitViewController::make(surroundings);
-  std::shared_ptr<EquityScreenStub> equityScreen = std::make_shared<EquityScreenStub>();
   MasterSourceViewController& list = *frame->masterSourceViewController;
   std::vector<MasterSourceViewController::Update> updates;
 };
@@ -119,11 +108,12 @@ TEST_F(MainSplitViewControllerTest, ShowsWhatPortfoliosAreWorth) {
 
 TEST_F(MainSplitViewControllerTest, ShowsOneSelectedObjectAtATime) {
   open();
+  list.setCurrentDetailObject({});
   EXPECT_EQ(frame->currentDetailTab(), DetailTab::emptyState);
   EXPECT_EQ(frame->emptyStateMessage(), "No equity or portfolio selected.");
   list.selectWatchlistRows({1});
   EXPECT_EQ(frame->currentDetailTab(), DetailTab::equity);
-  EXPECT_EQ(equityScreen->equity, model->watchlistEquities[1]);
+  EXPECT_EQ(frame->equityViewController->currentEquity(), model->watchlistEquities[1]);
   list.selectPortfolioRow(0);
   EXPECT_EQ(frame->currentDetailTab(), DetailTab::portfolio);
   EXPECT_THAT(list.selectedWatchlistRows(), IsEmpty());
@@ -143,24 +133,61 @@ TEST_F(MainSplitViewControllerTest, ShowsOneSelectedObjectAtATime) {
             "Search for an equity or create a portfolio to get started!");
 }
 
-TEST_F(MainSplitViewControllerTest, ShowsFoundEquitiesAndAddsThem) {
-  EXPECT_EQ(list.searchProvider(), nullptr);
+TEST_F(MainSplitViewControllerTest, OpensWithWhatWasShownLast) {
   open();
-  EXPECT_EQ(list.searchProvider(), prices);
+  EXPECT_EQ(frame->portfolioViewController->currentData().portfolio, portfolio)
+      << "the first time the first portfolio";
+  list.selectWatchlistRows({1});
+  waitUntil([&] {
+    return defaults.stringList(MainSplitViewController::lastShownUserDefaultsKey).has_value();
+  });
+  const auto again = MainSplitViewController::make(surroundings);
+  again->setDocumentModel(model);
+  EXPECT_EQ(again->currentDetailTab(), DetailTab::equity);
+  EXPECT_EQ(again->equityViewController->currentEquity(), model->watchlistEquities[1]);
+  EXPECT_THAT(again->masterSourceViewController->selectedWatchlistRows(), ElementsAre(1U));
+
+  // Another workspace knows nothing of it.
+  const auto other = std::make_shared<WorkspaceModel>();
+  other->watchlistEquities = {abc};
+  again->setDocumentModel(other);
+  EXPECT_EQ(again->equityViewController->currentEquity(), abc);
+  other->watchlistEquities.clear();
+  again->setDocumentModel(other);
+  EXPECT_EQ(again->currentDetailTab(), DetailTab::emptyState);
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsFoundEquitiesAndAddsThem) {
+  const auto& shown = [&] { return frame->equityViewController->currentEquity(); };
+  const auto find = [&](const EquityPointer& equity) {
+    list.equityComboBox.setDefaultEquities({equity});
+    list.equityComboBox.changeText(equity->symbol);
+    list.equityComboBox.finishEditing();
+  };
+  open();
   list.selectWatchlistRows({0});
-  list.chooseSearchedEquity(abc);
-  EXPECT_EQ(equityScreen->equity, abc);
+  find(abc);
+  EXPECT_EQ(shown(), abc);
   EXPECT_THAT(list.selectedWatchlistRows(), IsEmpty());
   EXPECT_EQ(symbols(), "AA BB CC ");
   EXPECT_TRUE(list.canAddToWatchlist());
+  EXPECT_FALSE(frame->equityViewController->isWatchlistButtonHidden());
   list.addToWatchlistAction();
   EXPECT_EQ(symbols(), "AA BB CC ABC ");
+  EXPECT_THAT(list.selectedWatchlistRows(), ElementsAre(3U)) << "what is shown is selected";
   EXPECT_EQ(undo->undoActionName(), "Watch “ABC”");
   EXPECT_FALSE(list.canAddToWatchlist()) << "it is watched now";
-  equityScreen->addToWatchlistHandler(xyz);
+  EXPECT_TRUE(frame->equityViewController->isWatchlistButtonHidden());
+
+  find(xyz);
+  frame->equityViewController->addToWatchlistAction();
   EXPECT_EQ(symbols(), "AA BB CC ABC XYZ ");
-  list.chooseSearchedEquity(model->watchlistEquities[2]);
+  undo->undo();
+  EXPECT_FALSE(frame->equityViewController->isWatchlistButtonHidden());
+  find(model->watchlistEquities[2]);
   EXPECT_THAT(list.selectedWatchlistRows(), ElementsAre(2U));
+  frame->portfolioViewController->openEquityHandler(abc);
+  EXPECT_EQ(shown(), abc) << "a row of a portfolio's table leads here";
 }
 
 TEST_F(MainSplitViewControllerTest, EditsTheWatchlistUndoably) {
@@ -187,6 +214,15 @@ TEST_F(MainSplitViewControllerTest, EditsTheWatchlistUndoably) {
   EXPECT_EQ(undo->undoActionName(), "Move 2 Symbols");
   list.moveWatchlistRows({1}, 2);
   EXPECT_EQ(undo->undoActionName(), "Move 2 Symbols") << "a row that stays is no edit";
+  list.selectWatchlistRows({1, 2});
+  list.moveSelectionDown();
+  EXPECT_EQ(symbols(), "AA CC BB ") << "at the end already";
+  list.moveSelectionUp();
+  EXPECT_EQ(symbols(), "CC BB AA ");
+  EXPECT_THAT(list.selectedWatchlistRows(), ElementsAre(0U, 1U));
+  list.moveSelectionUp();
+  list.moveSelectionDown();
+  EXPECT_EQ(symbols(), "AA CC BB ");
   list.selectWatchlistRows({0});
   list.removeSelectedAction();
   EXPECT_EQ(undo->undoActionName(), "Unwatch “AA”");

@@ -23,7 +23,13 @@ void DesktopShell::presentError(const Error& error) {
   showError(QApplication::activeWindow(), error);
 }
 
+/// The program's own pages are shown by the program, where there is a way back and where no browser
+/// is needed; what else there is, the system opens.
 void DesktopShell::openExternally(const std::filesystem::path& file) {
+  if (HelpWindow::canShow(file)) {
+    showWebDocument(file, 0);
+    return;
+  }
   QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file)));
 }
 

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QLabel>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QUrl>
@@ -11,9 +12,11 @@
 
 namespace corvane::desktop {
 
-HelpWindow::HelpWindow(QWidget* parent) : QMainWindow(parent), browser_(new QTextBrowser) {
+HelpWindow::HelpWindow(QWidget* parent)
+    : QMainWindow(parent), browser_(new QTextBrowser), subtitle_(new QLabel) {
+  setWindowTitle(QStringLiteral("Corvane Help"));
   setCentralWidget(browser_);
-  resize(640, 560);
+  resize(720, 640);
   browser_->setFrameShape(QFrame::NoFrame);
   browser_->setOpenLinks(false);
   browser_->setAccessibleName(QStringLiteral("Page"));
@@ -27,25 +30,40 @@ HelpWindow::HelpWindow(QWidget* parent) : QMainWindow(parent), browser_(new QTex
   forward->setShortcut(QKeySequence::Forward);
   back->setEnabled(false);
   forward->setEnabled(false);
+  subtitle_->setForegroundRole(QPalette::PlaceholderText);
+  subtitle_->setContentsMargins(spacing::medium, 0, spacing::medium, 0);
+  bar->addWidget(subtitle_);
   connect(browser_, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
   connect(browser_, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
-  connect(browser_, &QTextBrowser::anchorClicked, this, [this](const QUrl& link) {
-    const QUrl full = browser_->source().resolved(link);
-    if (full.scheme() == QLatin1String("file") || full.scheme() == QLatin1String("about")) {
-      browser_->setSource(full);
-    } else {
-      QDesktopServices::openUrl(full);
-    }
-  });
-  connect(browser_, &QTextBrowser::sourceChanged, this, [this] {
-    const QString title = browser_->documentTitle();
-    setWindowTitle(title.isEmpty() ? QStringLiteral("Corvane")
-                                   : title + QStringLiteral(" — Corvane"));
-  });
+  connect(browser_, &QTextBrowser::anchorClicked, this, &HelpWindow::follow);
+  connect(browser_, &QTextBrowser::sourceChanged, this, &HelpWindow::showTitle);
   auto* close = new QAction(this);
   close->setShortcuts({QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)});
   connect(close, &QAction::triggered, this, &QWidget::close);
   addAction(close);
+}
+
+bool HelpWindow::canShow(const std::filesystem::path& file) {
+  const auto ending = file.extension();
+  return ending == ".html" || ending == ".htm";
+}
+
+void HelpWindow::follow(const QUrl& link) {
+  const QUrl full = browser_->source().resolved(link);
+  const bool isPage = (full.isLocalFile() && canShow(filePath(full.toLocalFile()))) ||
+                      full.scheme() == QLatin1String("about");
+  if (isPage) {
+    browser_->setSource(full);
+  } else {
+    QDesktopServices::openUrl(full);
+  }
+}
+
+void HelpWindow::showTitle() {
+  const QString title = browser_->documentTitle();
+  subtitle_->setText(title);
+  setWindowTitle(title.isEmpty() ? QStringLiteral("Corvane Help")
+                                 : title + QStringLiteral(" — Corvane Help"));
 }
 
 void HelpWindow::showPage(const std::filesystem::path& file) {

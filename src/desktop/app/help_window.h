@@ -4,22 +4,30 @@
 #include <QMainWindow>
 #include <filesystem>
 
+class QLabel;
 class QTextBrowser;
+class QUrl;
 
 namespace corvane::desktop {
 
 /// Shows a page, with the way back and forward between pages. Links that lead out of the program's
-/// files are opened by the system. The title stands in the title bar.
+/// pages are opened by the system. The title of the page stands below that of the window.
 class HelpWindow : public QMainWindow {
   Q_OBJECT
 
  public:
   explicit HelpWindow(QWidget* parent = nullptr);
 
+  /// Whether `file` is a page.
+  [[nodiscard]] static bool canShow(const std::filesystem::path& file);
   void showPage(const std::filesystem::path& file);
 
  private:
+  void follow(const QUrl& link);
+  void showTitle();
+
   QTextBrowser* browser_;
+  QLabel* subtitle_;
 };
 
 }  // namespace corvane::desktop

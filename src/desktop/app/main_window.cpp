@@ -155,6 +155,8 @@ void MainWindow::makeEditMenu() {
   addEditing(QStringLiteral("&Copy"), QKeySequence::Copy);
   addEditing(QStringLiteral("&Paste"), QKeySequence::Paste);
   addEditing(QStringLiteral("Select &All"), QKeySequence::SelectAll);
+  menu->addSeparator();
+  view_->addSearchAction(menu);
   connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateUndoActions);
 }
 
@@ -170,7 +172,12 @@ void MainWindow::makeViewMenu() {
   const auto addSetting = [&](const QString& text, AppDelegate::UserDefaultsBacked<bool>& setting) {
     QAction* action = menu->addAction(text);
     action->setCheckable(true);
-    connect(action, &QAction::triggered, this, [&setting](bool isOn) { setting.set(isOn); });
+    connect(action, &QAction::triggered, this, [this, &setting](bool isOn) {
+      setting.set(isOn);
+      for (const auto& window : application_.windows().windows()) {
+        window->workspaceView().controller().settingsDidChange();
+      }
+    });
     connect(menu, &QMenu::aboutToShow, action,
             [action, &setting] { action->setChecked(setting.get()); });
   };
@@ -205,13 +212,16 @@ void MainWindow::makeMarketMenu() {
        {std::pair{QStringLiteral("Network and &Cache"), DataSource::sourceAndCache},
         std::pair{QStringLiteral("&Network Only"), DataSource::sourceOnly},
         std::pair{QStringLiteral("Cache &Only"), DataSource::cacheOnly}}) {
-    dataSourceActions_.push_back(
-        addChoice(dataSources_, title, [&delegate, source] { delegate.chooseDataSource(source); }));
+    dataSourceActions_.emplace_back(source, addChoice(dataSources_, title, [&delegate, source] {
+                                      delegate.chooseDataSource(source);
+                                    }));
   }
   addAction(menu, QStringLiteral("&Empty Price Cache"), {}, [&delegate] { delegate.emptyCache(); });
   menu->addSeparator();
   networkActivity_ = addAction(menu, QStringLiteral("Network Acti&vity"), {},
                                [&delegate] { delegate.showNetworkActivity(); });
+  // Another window may have changed what this one offers.
+  connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateMarketMenu);
   updateMarketMenu();
 }
 
@@ -221,8 +231,8 @@ void MainWindow::updateMarketMenu() {
     priceAdjustments_[i]->setChecked(AppDelegate::priceAdjustmentUserDefaultsMap[i].first ==
                                      state.checkedPriceAdjustment);
   }
-  for (std::size_t i = 0; i < dataSourceActions_.size(); ++i) {
-    dataSourceActions_[i]->setChecked(static_cast<std::size_t>(state.checkedDataSource) == i);
+  for (const auto& [source, action] : dataSourceActions_) {
+    action->setChecked(source == state.checkedDataSource);
   }
   dataSources_->menuAction()->setVisible(state.showsDataSources);
   networkActivity_->setVisible(state.showsNetworkActivity);
@@ -244,8 +254,10 @@ void MainWindow::makeHelpMenu() {
             [this] { application_.delegate().openSampleDocument(); });
   QAction* diagnostics = menu->addAction(QStringLiteral("&Diagnostic Tools"));
   diagnostics->setCheckable(true);
-  diagnostics->setChecked(application_.delegate().diagnosticToolsEnabled.get());
-  connect(diagnostics, &QAction::toggled, this, [this](bool isOn) {
+  connect(menu, &QMenu::aboutToShow, diagnostics, [this, diagnostics] {
+    diagnostics->setChecked(application_.delegate().diagnosticToolsEnabled.get());
+  });
+  connect(diagnostics, &QAction::triggered, this, [this](bool isOn) {
     application_.delegate().diagnosticToolsEnabled.set(isOn);
     updateMarketMenu();
   });

@@ -4,8 +4,10 @@
 #include <QMainWindow>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
+#include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/async/undo_manager.h"
 #include "storage/workspace/workspace_document.h"
 
@@ -63,7 +65,7 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
   QMenu* dataSources_ = nullptr;
   QAction* networkActivity_ = nullptr;
   std::vector<QAction*> priceAdjustments_;
-  std::vector<QAction*> dataSourceActions_;
+  std::vector<std::pair<SwitchableQuoteProvider::DataSource, QAction*>> dataSourceActions_;
   Subscription undoObservation_;
 };
 

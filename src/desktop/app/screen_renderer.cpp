@@ -25,6 +25,7 @@ namespace corvane::desktop {
 namespace {
 
 constexpr int pollMilliseconds = 10;
+constexpr std::size_t mostEquities = 4;
 
 /// `text` as a part of a file name.
 QString slug(const QString& text) {
@@ -107,6 +108,38 @@ void ScreenRenderer::renderScreens() {
     renderPortfolio(i);
   }
   renderForms();
+  renderEquities();
+}
+
+/// The first equities of the watchlist: every period of the first one, and the tabs of all.
+void ScreenRenderer::renderEquities() {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  auto& source = *frame.masterSourceViewController;
+  EquityViewController& screen = *frame.equityViewController;
+  const auto settle = [&] {
+    hasFailed_ |=
+        !waitUntil([&] { return !screen.overview->isFetching() && !screen.history->isFetching(); });
+  };
+  for (std::size_t i = 0; i < std::min(source.numberOfWatchlistRows(), mostEquities); ++i) {
+    source.selectWatchlistRows({i});
+    const QString name =
+        QStringLiteral("equity-%1-%2").arg(i + 1).arg(slug(qtText(screen.currentEquity()->symbol)));
+    const std::size_t shownBefore = screen.overview->selectedPeriod();
+    for (std::size_t period = 0; period < OverviewViewController::periodPresets.size(); ++period) {
+      if (i > 0 && period != shownBefore) {
+        continue;
+      }
+      screen.overview->selectPeriod(period);
+      settle();
+      write(name + QStringLiteral("-overview-") +
+            slug(qtText(OverviewViewController::periodPresets[period].label)));
+    }
+    screen.overview->selectPeriod(shownBefore);
+    screen.selectTab(1);
+    settle();
+    write(name + QStringLiteral("-history"));
+    screen.selectTab(0);
+  }
 }
 
 void ScreenRenderer::renderPortfolio(std::size_t index) {

@@ -34,6 +34,7 @@ class ScreenRenderer {
   void renderScreens();
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
+  void renderEquities();
   void renderForms();
   void renderTransactionForms();
   /// Writes the window, and on it the dialog that is open, where there is one.

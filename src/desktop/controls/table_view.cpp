@@ -63,17 +63,37 @@ QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
-    case Qt::ToolTipRole:
       return qtText(table_.cell(row, column).plainText());
+    case Qt::ToolTipRole: {
+      const std::string note = table_.rowNote(row);
+      return qtText(table_.cell(row, column).plainText() + (note.empty() ? "" : "\n" + note));
+    }
+    case Qt::AccessibleDescriptionRole:
+      return qtText(table_.rowNote(row));
+    case Qt::BackgroundRole: {
+      const auto background = table_.rowBackground(row);
+      return background ? QVariant(theme::colour(*background)) : QVariant();
+    }
     case AttributedTextDelegate::attributedTextRole:
       return QVariant::fromValue(table_.cell(row, column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(alignmentOf(table_.columns()[column], table_.cell(row, column)));
     case Qt::FontRole:
-      return table_.columns()[column].isNumeric ? QVariant(theme::monospacedFont()) : QVariant();
+      return fontOf(row, column);
     default:
       return {};
   }
+}
+
+/// A row that stands out by its colour does so by slanted text as well.
+QVariant TableModelAdapter::fontOf(std::size_t row, std::size_t column) const {
+  const bool isNumeric = table_.columns()[column].isNumeric;
+  if (table_.rowNote(row).empty()) {
+    return isNumeric ? QVariant(theme::monospacedFont()) : QVariant();
+  }
+  QFont font = isNumeric ? theme::monospacedFont() : theme::font(theme::tableFactor);
+  font.setItalic(true);
+  return font;
 }
 
 QVariant TableModelAdapter::headerData(int section, Qt::Orientation orientation, int role) const {

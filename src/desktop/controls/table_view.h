@@ -24,6 +24,8 @@ class TableModelAdapter : public QAbstractTableModel {
                                     int role) const override;
 
  private:
+  [[nodiscard]] QVariant fontOf(std::size_t row, std::size_t column) const;
+
   const TableModel& table_;
   int rows_;
 };

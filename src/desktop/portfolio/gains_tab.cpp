@@ -25,6 +25,10 @@ GainsTab::GainsTab(std::shared_ptr<PortfolioGainLossViewController> controller, 
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
   column->addWidget(table_, 1);
+  // Return or a double click.
+  connect(table_, &QTableView::activated, this, [this](const QModelIndex& index) {
+    controller_->openRow(static_cast<std::size_t>(index.row()));
+  });
   changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
   showState();
 }

@@ -39,6 +39,10 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
   column->setSpacing(spacing::narrow);
   column->addWidget(title_);
   column->addLayout(row, 1);
+  // Return or a double click.
+  connect(table_, &QTableView::activated, this, [this](const QModelIndex& index) {
+    controller_->openRow(static_cast<std::size_t>(index.row()));
+  });
   changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
   showState();
 }

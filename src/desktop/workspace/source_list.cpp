@@ -3,9 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 #include <algorithm>
-#include <ranges>
 
-#include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
 #include "desktop/look/theme.h"
@@ -13,42 +11,8 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int rowMargin = 8;
-constexpr int rowRadius = 6;
-constexpr double thumbnailWidth = 56;
-constexpr double leastThumbnailWidth = 28;
-
 QString dragType() {
   return qtText(MasterSourceViewController::watchlistEquityIndexPasteboardType);
-}
-
-/// The closing prices of a session as a line in `area`.
-void drawThumbnail(QPainter& painter, const QRectF& area, const QuoteChartView& chart,
-                   const QColor& colour) {
-  const auto& entries = chart.lineChartDataSet.entries;
-  if (entries.size() < 2) {
-    return;
-  }
-  const double first = chart.xAxisMinimum.value_or(entries.front().x);
-  const double last = std::max(chart.xAxisMaximum.value_or(entries.back().x), first + 1e-9);
-  // Trading before and after the session is not shown.
-  const auto isShown = [&](const ChartEntry& entry) { return first <= entry.x && entry.x <= last; };
-  auto shown = entries | std::views::filter(isShown);
-  if (shown.empty()) {
-    return;
-  }
-  const auto [low, high] = std::ranges::minmax(shown, {}, &ChartEntry::y);
-  const double span = std::max(high.y - low.y, 1e-12);
-  QPolygonF line;
-  for (const ChartEntry& entry : shown) {
-    line.append(QPointF(area.left() + (entry.x - first) / (last - first) * area.width(),
-                        area.bottom() - (entry.y - low.y) / span * area.height()));
-  }
-  painter.save();
-  painter.setPen(QPen(colour, 1.3));
-  painter.setBrush(Qt::NoBrush);
-  painter.drawPolyline(line);
-  painter.restore();
 }
 
 }  // namespace
@@ -86,7 +50,7 @@ QVariant WatchlistModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
       return qtText(row.accessibleText());
     case Qt::ToolTipRole:
-      return qtText(row.name);
+      return qtText(row.accessibleText());
     default:
       return {};
   }
@@ -155,85 +119,6 @@ QVariant PortfolioListModel::data(const QModelIndex& index, int role) const {
     default:
       return {};
   }
-}
-
-SourceRowDelegate::SourceRowDelegate(const MasterSourceViewController& controller,
-                                     bool showsPortfolios, QObject* parent)
-    : QStyledItemDelegate(parent), controller_(controller), showsPortfolios_(showsPortfolios) {}
-
-QSize SourceRowDelegate::sizeHint(const QStyleOptionViewItem& option,
-                                  const QModelIndex& /*index*/) const {
-  return {200, 2 * QFontMetrics(option.font).height() + 16};
-}
-
-void SourceRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                              const QModelIndex& index) const {
-  if (index.data().isNull()) {
-    return;
-  }
-  painter->save();
-  painter->setRenderHint(QPainter::Antialiasing);
-  const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-  const QRectF box = QRectF(option.rect).adjusted(rowMargin, 1, -rowMargin, -1);
-  if (isSelected) {
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(option.palette.color(QPalette::Highlight));
-    painter->drawRoundedRect(box, rowRadius, rowRadius);
-  } else if (option.state.testFlag(QStyle::State_HasFocus)) {
-    painter->setPen(option.palette.color(QPalette::Highlight));
-    painter->drawRoundedRect(box, rowRadius, rowRadius);
-  }
-  const QColor strong = isSelected ? option.palette.color(QPalette::HighlightedText)
-                                   : theme::colour(Colour::Name::label);
-  const QColor weak = isSelected ? strong : theme::colour(Colour::Name::secondaryLabel);
-  const QFont bold = theme::font(1, QFont::DemiBold);
-  const QFont small = theme::font(0.9);
-  const QRectF inner = box.adjusted(rowMargin, 5, -rowMargin, -5);
-  const QRectF above(inner.left(), inner.top(), inner.width(), inner.height() / 2);
-  const QRectF below(inner.left(), above.bottom(), inner.width(), inner.height() / 2);
-
-  AttributedText name;
-  AttributedText value;
-  AttributedText left;
-  AttributedText right;
-  std::shared_ptr<const QuoteChartView> thumbnail;
-  const auto place = static_cast<std::size_t>(index.row());
-  if (showsPortfolios_) {
-    const PortfolioSourceRow row = controller_.portfolioRow(place);
-    name.append(row.name);
-    value.append(row.value);
-    right = row.gain;
-  } else {
-    const EquitySourceRow row = controller_.watchlistRow(place);
-    name.append(row.symbol);
-    value.append(row.price);
-    left.append(row.name);
-    right = row.change;
-    thumbnail = row.thumbnail;
-  }
-  const double valueWidth = QFontMetricsF(bold).horizontalAdvance(qtText(value.plainText()));
-  const double rightWidth = QFontMetricsF(small).horizontalAdvance(qtText(right.plainText()));
-  drawLine(*painter, above.adjusted(0, 0, -valueWidth - spacing::narrow, 0), name, bold, strong,
-           Qt::AlignLeft, !isSelected);
-  drawLine(*painter, above, value, bold, strong, Qt::AlignRight, !isSelected);
-  drawLine(*painter, below, right, small, weak, Qt::AlignRight, !isSelected);
-  double leftEnd = below.right() - rightWidth - spacing::narrow;
-  if (thumbnail != nullptr && !thumbnail->isEmpty()) {
-    const double chartEnd = inner.right() - std::max(valueWidth, rightWidth) - spacing::narrow;
-    const double symbolEnd = inner.left() +
-                             QFontMetricsF(bold).horizontalAdvance(qtText(name.plainText())) +
-                             spacing::narrow;
-    const double width = std::min(thumbnailWidth, chartEnd - symbolEnd);
-    if (width >= leastThumbnailWidth) {
-      const QRectF area(chartEnd - width, inner.top() + 4, width, inner.height() - 8);
-      drawThumbnail(*painter, area, *thumbnail,
-                    isSelected ? strong : theme::colour(thumbnail->movementColour()));
-      leftEnd = area.left() - spacing::narrow;
-    }
-  }
-  drawLine(*painter, QRectF(below.left(), below.top(), leftEnd - below.left(), below.height()),
-           left, small, weak, Qt::AlignLeft, !isSelected);
-  painter->restore();
 }
 
 SourceListView::SourceListView(const QString& accessibleName, const QString& placeholder,

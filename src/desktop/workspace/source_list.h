@@ -3,7 +3,6 @@
 
 #include <QAbstractListModel>
 #include <QListView>
-#include <QStyledItemDelegate>
 #include <memory>
 
 #include "presentation/frame/master_source_view_controller.h"
@@ -46,23 +45,6 @@ class PortfolioListModel : public QAbstractListModel {
  private:
   MasterSourceViewController& controller_;
   int rows_ = 0;
-};
-
-/// Draws a row of either list on two lines: name and value above, details below, and between them
-/// the running session of an equity.
-class SourceRowDelegate : public QStyledItemDelegate {
- public:
-  explicit SourceRowDelegate(const MasterSourceViewController& controller, bool showsPortfolios,
-                             QObject* parent = nullptr);
-
-  void paint(QPainter* painter, const QStyleOptionViewItem& option,
-             const QModelIndex& index) const override;
-  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
-                               const QModelIndex& index) const override;
-
- private:
-  const MasterSourceViewController& controller_;
-  bool showsPortfolios_;
 };
 
 /// A list in the colours of the source list. With a placeholder where it is empty.

@@ -9,9 +9,11 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/controls/equity_combo_box_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/workspace/source_list.h"
+#include "desktop/workspace/source_row_delegate.h"
 
 namespace corvane::desktop {
 namespace {
@@ -55,7 +57,11 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       portfolioView_(
           new SourceListView(QStringLiteral("Portfolios"), QStringLiteral("No portfolios yet."))),
       newPortfolio_(new QPushButton(QStringLiteral("New…"))),
-      remove_(new QAction(QStringLiteral("Remove from Watchlist"), this)) {
+      search_(new EquityComboBoxView(controller_.equityComboBox, QStringLiteral("Search"))),
+      add_(new QPushButton(QStringLiteral("Add"))),
+      remove_(new QAction(QStringLiteral("Remove from Watchlist"), this)),
+      moveUp_(new QAction(QStringLiteral("Move Up in Watchlist"), this)),
+      moveDown_(new QAction(QStringLiteral("Move Down in Watchlist"), this)) {
   portfolioView_->setModel(portfolios_);
   portfolioView_->setItemDelegate(new SourceRowDelegate(controller_, true, this));
   watchlistView_->setModel(watchlist_);
@@ -65,8 +71,12 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   watchlistView_->setDragDropOverwriteMode(false);
   watchlistView_->setContextMenuPolicy(Qt::ActionsContextMenu);
   remove_->setShortcut(QKeySequence::Delete);
-  remove_->setShortcutContext(Qt::WidgetShortcut);
-  watchlistView_->addAction(remove_);
+  moveUp_->setShortcut(Qt::ALT | Qt::Key_Up);
+  moveDown_->setShortcut(Qt::ALT | Qt::Key_Down);
+  for (QAction* action : {moveUp_, moveDown_, remove_}) {
+    action->setShortcutContext(Qt::WidgetShortcut);
+    watchlistView_->addAction(action);
+  }
   newPortfolio_->setAccessibleName(QStringLiteral("New portfolio"));
   newPortfolio_->setFlat(true);
   newPortfolio_->setMaximumWidth(
@@ -75,6 +85,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::medium, 0, 0);
   column->setSpacing(spacing::tight);
+  addSearchBox(column);
   addHeading(column, QStringLiteral("Portfolios"), newPortfolio_);
   column->addWidget(portfolioView_);
   column->addSpacing(spacing::medium);
@@ -82,7 +93,10 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   column->addWidget(watchlistView_, 1);
 
   connect(newPortfolio_, &QPushButton::clicked, this, [this] { frame_->createPortfolioAction(); });
+  connect(add_, &QPushButton::clicked, this, [this] { controller_.addToWatchlistAction(); });
   connect(remove_, &QAction::triggered, this, [this] { controller_.removeSelectedAction(); });
+  connect(moveUp_, &QAction::triggered, this, [this] { controller_.moveSelectionUp(); });
+  connect(moveDown_, &QAction::triggered, this, [this] { controller_.moveSelectionDown(); });
   connect(watchlistView_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
     if (!isShowingSelection_) {
       controller_.selectWatchlistRows(selectedRows(*watchlistView_));
@@ -98,6 +112,22 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   });
   changes_ = subscribe(controller_.changeHandler, [this](const auto& change) { update(change); });
   update({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
+}
+
+void SourceView::addSearchBox(QVBoxLayout* column) {
+  add_->setAccessibleName(QStringLiteral("Add to watchlist"));
+  add_->setToolTip(QStringLiteral("Add the equity that was found to the watchlist"));
+  add_->setMaximumWidth(add_->fontMetrics().horizontalAdvance(add_->text()) + 2 * spacing::medium);
+  auto* row = new QHBoxLayout;
+  row->setContentsMargins(spacing::wide, 0, spacing::wide, spacing::narrow);
+  row->setSpacing(spacing::tight);
+  row->addWidget(search_, 1);
+  row->addWidget(add_);
+  column->addLayout(row);
+}
+
+void SourceView::startSearch() {
+  search_->startEditing();
 }
 
 void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* button) {
@@ -135,7 +165,7 @@ void SourceView::update(const MasterSourceViewController::Update& update) {
   }
   isShowingSelection_ = false;
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
-  remove_->setEnabled(controller_.canRemove());
+  add_->setEnabled(controller_.canAddToWatchlist());
   showSelection();
 }
 
@@ -144,7 +174,9 @@ void SourceView::showSelection() {
   select(*watchlistView_, controller_.selectedWatchlistRows());
   const auto row = controller_.selectedPortfolioRow();
   select(*portfolioView_, row ? std::vector{*row} : std::vector<std::size_t>{});
-  remove_->setEnabled(controller_.canRemove());
+  for (QAction* action : {remove_, moveUp_, moveDown_}) {
+    action->setEnabled(controller_.canRemove());
+  }
   isShowingSelection_ = false;
 }
 

@@ -13,12 +13,14 @@ class QVBoxLayout;
 
 namespace corvane::desktop {
 
+class EquityComboBoxView;
 class PortfolioListModel;
 class SourceListView;
 class WatchlistModel;
 
-/// Shows a MasterSourceViewController: the portfolios and the watchlist. Which rows are selected is
-/// the controller's; a selection made here is told to it, and shown again as it has it.
+/// Shows a MasterSourceViewController: the search box, the portfolios and the watchlist. Which rows
+/// are selected is the controller's; a selection made here is told to it, and shown again as it has
+/// it.
 class SourceView : public QWidget {
   Q_OBJECT
 
@@ -26,12 +28,18 @@ class SourceView : public QWidget {
   explicit SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* parent = nullptr);
 
   [[nodiscard]] QAction* removeAction() const { return remove_; }
-  [[nodiscard]] QSize sizeHint() const override { return {260, 600}; }
+  /// Move the selected rows of the watchlist by one place.
+  [[nodiscard]] QAction* moveUpAction() const { return moveUp_; }
+  [[nodiscard]] QAction* moveDownAction() const { return moveDown_; }
+  /// Puts the keyboard into the search box.
+  void startSearch();
+  [[nodiscard]] QSize sizeHint() const override { return {300, 600}; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void addSearchBox(QVBoxLayout* column);
   void addHeading(QVBoxLayout* column, const QString& text, QWidget* button);
   void update(const MasterSourceViewController::Update& update);
   void showSelection();
@@ -44,7 +52,11 @@ class SourceView : public QWidget {
   SourceListView* watchlistView_;
   SourceListView* portfolioView_;
   QPushButton* newPortfolio_;
+  EquityComboBoxView* search_;
+  QPushButton* add_;
   QAction* remove_;
+  QAction* moveUp_;
+  QAction* moveDown_;
   bool isShowingSelection_ = false;
   Subscription changes_;
 };

@@ -11,7 +11,9 @@
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
+#include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
 #include "desktop/exchange/statement_dialog.h"
 #include "desktop/look/alert_box.h"
@@ -49,6 +51,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       split_(new QSplitter(Qt::Horizontal)),
       detail_(new QStackedWidget),
       empty_(new QLabel),
+      equity_(new EquityView(frame_->equityViewController)),
       portfolio_(new PortfolioView(frame_->portfolioViewController)),
       import_(PortfolioImport::make(frame_->portfolioViewController, surroundings(),
                                     std::make_shared<ExchangePanels>(this))),
@@ -60,6 +63,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   empty_->setForegroundRole(QPalette::PlaceholderText);
   empty_->setMargin(spacing::section);
   detail_->addWidget(empty_);
+  detail_->addWidget(equity_);
   detail_->addWidget(portfolio_);
 
   split_->setHandleWidth(1);
@@ -69,7 +73,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setStretchFactor(1, 1);
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
-  source_->setMinimumWidth(220);
+  source_->setMinimumWidth(230);
   source_->setMaximumWidth(460);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
@@ -126,6 +130,8 @@ void WorkspaceView::showDetail() {
       detail_->setCurrentWidget(portfolio_);
       break;
     case MainSplitViewController::DetailTab::equity:
+      detail_->setCurrentWidget(equity_);
+      break;
     case MainSplitViewController::DetailTab::emptyState:
       detail_->setCurrentWidget(empty_);
       break;
@@ -201,27 +207,69 @@ void WorkspaceView::addPortfolioActions(QMenu* menu) {
   }
   transactions.addToContextMenu({newTransaction_, exportAction_});
   menu->addSeparator();
+  menu->addAction(source_->moveUpAction());
+  menu->addAction(source_->moveDownAction());
   menu->addAction(source_->removeAction());
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
   updateActions();
 }
 
+void WorkspaceView::addSearchAction(QMenu* menu) {
+  QAction* search = menu->addAction(QStringLiteral("&Find an Equity"));
+  search->setShortcut(QKeySequence::Find);
+  connect(search, &QAction::triggered, this, [this] {
+    source_->show();
+    source_->startSearch();
+  });
+}
+
 void WorkspaceView::addViewActions(QMenu* menu) {
-  for (int i = 0; i < portfolio_->tabs().count(); ++i) {
-    QAction* action = menu->addAction(portfolio_->tabs().tabText(i));
+  const int mostTabs = std::max(portfolio_->tabs().count(), equity_->tabs().count());
+  for (int i = 0; i < mostTabs; ++i) {
+    QAction* action = menu->addAction(QString());
     action->setShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + i));
-    connect(action, &QAction::triggered, this,
-            [this, i] { portfolio_->tabs().setCurrentIndex(i); });
+    connect(action, &QAction::triggered, this, [this, i] {
+      if (QTabWidget* tabs = shownTabs()) {
+        tabs->setCurrentIndex(i);
+      }
+    });
+    tabActions_.push_back(action);
   }
+  updateActions();
   menu->addSeparator();
   QAction* sidebar = menu->addAction(QStringLiteral("Show &Source List"));
   sidebar->setCheckable(true);
   sidebar->setChecked(true);
   sidebar->setShortcut(Qt::Key_F9);
   connect(sidebar, &QAction::toggled, source_, &QWidget::setVisible);
+  connect(menu, &QMenu::aboutToShow, sidebar,
+          [this, sidebar] { sidebar->setChecked(source_->isVisible()); });
+}
+
+/// The tabs of the screen in the detail area; null for none.
+QTabWidget* WorkspaceView::shownTabs() {
+  switch (frame_->currentDetailTab()) {
+    case MainSplitViewController::DetailTab::equity:
+      return &equity_->tabs();
+    case MainSplitViewController::DetailTab::portfolio:
+      return &portfolio_->tabs();
+    case MainSplitViewController::DetailTab::emptyState:
+      break;
+  }
+  return nullptr;
 }
 
 void WorkspaceView::updateActions() {
+  const QTabWidget* tabs = shownTabs();
+  for (std::size_t i = 0; i < tabActions_.size(); ++i) {
+    const int tab = static_cast<int>(i);
+    const bool isThere = tabs != nullptr && tab < tabs->count();
+    tabActions_[i]->setVisible(isThere);
+    tabActions_[i]->setEnabled(isThere);
+    if (isThere) {
+      tabActions_[i]->setText(tabs->tabText(tab));
+    }
+  }
   if (newPortfolio_ == nullptr) {
     return;
   }

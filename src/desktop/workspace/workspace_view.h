@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "platform/async/subscription.h"
 #include "presentation/frame/main_split_view_controller.h"
@@ -16,9 +17,11 @@ class QLabel;
 class QMenu;
 class QSplitter;
 class QStackedWidget;
+class QTabWidget;
 
 namespace corvane::desktop {
 
+class EquityView;
 class PortfolioView;
 class SourceView;
 
@@ -33,6 +36,7 @@ class WorkspaceView : public QWidget {
   void setDocumentModel(const std::weak_ptr<WorkspaceModel>& model);
   [[nodiscard]] MainSplitViewController& controller() { return *frame_; }
   [[nodiscard]] PortfolioView& portfolioView() { return *portfolio_; }
+  [[nodiscard]] EquityView& equityView() { return *equity_; }
 
   [[nodiscard]] PortfolioExport& portfolioExport() { return *export_; }
 
@@ -44,6 +48,7 @@ class WorkspaceView : public QWidget {
   // The commands of the screens, for the menus of the window.
 
   void addExchangeActions(QMenu* menu);
+  void addSearchAction(QMenu* menu);
   void addPortfolioActions(QMenu* menu);
   void addViewActions(QMenu* menu);
 
@@ -53,6 +58,7 @@ class WorkspaceView : public QWidget {
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
   void importStatement();
+  [[nodiscard]] QTabWidget* shownTabs();
 
   WorkspaceDocument& document_;
   UserDefaults& defaults_;
@@ -62,6 +68,7 @@ class WorkspaceView : public QWidget {
   QSplitter* split_;
   QStackedWidget* detail_;
   QLabel* empty_;
+  EquityView* equity_;
   PortfolioView* portfolio_;
   std::shared_ptr<PortfolioImport> import_;
   std::shared_ptr<PortfolioExport> export_;
@@ -72,6 +79,7 @@ class WorkspaceView : public QWidget {
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
   QAction* deletePortfolio_ = nullptr;
+  std::vector<QAction*> tabActions_;
   Subscription changes_;
   Subscription segues_;
 };

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/text/styled/attributed_text.h"
+#include "platform/text/styled/colour.h"
 
 namespace corvane {
 
@@ -28,6 +31,12 @@ class TableModel {
   [[nodiscard]] virtual std::size_t numberOfRows() const = 0;
   /// The text of the cell in `row` and columns()[column]; empty where nothing is known.
   [[nodiscard]] virtual AttributedText cell(std::size_t row, std::size_t column) const = 0;
+  /// The background of a row that stands out; none for that of its place.
+  [[nodiscard]] virtual std::optional<Colour> rowBackground(std::size_t /*row*/) const {
+    return std::nullopt;
+  }
+  /// What a background of its own says, in words; empty without one.
+  [[nodiscard]] virtual std::string rowNote(std::size_t /*row*/) const { return {}; }
 };
 
 }  // namespace corvane

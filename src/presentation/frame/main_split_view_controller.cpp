@@ -1,11 +1,31 @@
 #include "presentation/frame/main_split_view_controller.h"
 
+#include <algorithm>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "platform/overloaded.h"
 
 namespace corvane {
+namespace {
+
+using DetailObject = MasterSourceViewController::DetailObject;
+
+constexpr std::size_t mostRemembered = 50;
+/// Nobody's first look at an equity waits for the disk.
+constexpr DispatchQueue::Duration rememberDelay{1};
+
+/// The name under which an object is remembered; empty for none.
+std::string rememberedName(const DetailObject& object) {
+  return std::visit(
+      Overloaded{[](std::monostate) { return std::string(); },
+                 [](const EquityPointer& equity) { return "equity " + equity->id(); },
+                 [](const PortfolioPointer& portfolio) { return "portfolio " + portfolio->name; }},
+      object);
+}
+
+}  // namespace
 
 std::shared_ptr<MainSplitViewController> MainSplitViewController::make(
     ScreenSurroundings surroundings) {
@@ -17,6 +37,7 @@ std::shared_ptr<MainSplitViewController> MainSplitViewController::make(
 MainSplitViewController::MainSplitViewController(Passkey /*passkey*/,
                                                  ScreenSurroundings surroundings)
     : masterSourceViewController(MasterSourceViewController::make(surroundings)),
+      equityViewController(EquityViewController::make(surroundings)),
       portfolioViewController(PortfolioViewController::make(surroundings)),
       surroundings_(std::move(surroundings)) {}
 
@@ -27,15 +48,77 @@ void MainSplitViewController::connect() {
           living->showDetail(object);
         }
       };
+  masterSourceViewController->watchlistChangedHandler = [self = weak_from_this()] {
+    if (const auto living = self.lock()) {
+      living->equityViewController->watchlistDidChange();
+      living->changeHandler();
+    }
+  };
+  equityViewController->addToWatchlistHandler = [self = weak_from_this()](const auto& equity) {
+    if (const auto living = self.lock()) {
+      living->masterSourceViewController->addToWatchlist(equity);
+    }
+  };
+  portfolioViewController->openEquityHandler = [self = weak_from_this()](const auto& equity) {
+    if (const auto living = self.lock()) {
+      living->masterSourceViewController->setCurrentDetailObject(equity);
+    }
+  };
 }
 
 void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
   documentModel_ = model;
-  if (equityViewController != nullptr) {
-    equityViewController->setDocumentModel(model);
-  }
+  equityViewController->setDocumentModel(model);
   masterSourceViewController->setDocumentModel(model);
+  masterSourceViewController->setCurrentDetailObject(initialDetailObject());
   changeHandler();
+}
+
+DetailObject MainSplitViewController::initialDetailObject() const {
+  const auto model = documentModel_.lock();
+  if (model == nullptr) {
+    return std::monostate{};
+  }
+  std::vector<DetailObject> candidates;
+  for (const auto& portfolio : model->portfolios()) {
+    candidates.emplace_back(portfolio);
+  }
+  candidates.insert(candidates.end(), model->watchlistEquities.begin(),
+                    model->watchlistEquities.end());
+  for (const std::string& name : surroundings_.defaults->stringList(lastShownUserDefaultsKey)
+                                     .value_or(std::vector<std::string>())) {
+    const auto found = std::ranges::find(candidates, name, rememberedName);
+    if (found != candidates.end()) {
+      return *found;
+    }
+  }
+  return candidates.empty() ? DetailObject() : candidates.front();
+}
+
+void MainSplitViewController::rememberLater(const DetailObject& object) {
+  const std::string name = rememberedName(object);
+  if (name.empty()) {
+    return;
+  }
+  rememberTimer_ =
+      Timer::scheduled(rememberDelay, false, [defaults = surroundings_.defaults, name](Timer&) {
+        auto names =
+            defaults->stringList(lastShownUserDefaultsKey).value_or(std::vector<std::string>());
+        if (!names.empty() && names.front() == name) {
+          return;
+        }
+        std::erase(names, name);
+        names.insert(names.begin(), name);
+        names.resize(std::min(names.size(), mostRemembered));
+        defaults->setStringList(lastShownUserDefaultsKey, names);
+      });
+}
+
+void MainSplitViewController::settingsDidChange() {
+  equityViewController->settingsDidChange();
+  if (currentDetailTab_ == DetailTab::portfolio) {
+    portfolioViewController->reload(PortfolioViewController::PortfolioChanged{});
+  }
 }
 
 std::string MainSplitViewController::emptyStateMessage() const {
@@ -130,37 +213,29 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
   surroundings_.documentDidChange();
 }
 
-void MainSplitViewController::showDetail(const MasterSourceViewController::DetailObject& object) {
+void MainSplitViewController::showDetail(const DetailObject& object) {
   const auto self = weak_from_this();
-  currentDetailTab_ =
-      std::visit(Overloaded{[](std::monostate) { return DetailTab::emptyState; },
-                            [&](const EquityPointer& equity) {
-                              if (equityViewController == nullptr) {
-                                return DetailTab::emptyState;
-                              }
-                              equityViewController->addToWatchlistHandler =
-                                  [self](const EquityPointer& added) {
-                                    if (const auto living = self.lock()) {
-                                      living->masterSourceViewController->addToWatchlist(added);
-                                    }
-                                  };
-                              equityViewController->setCurrentEquity(equity);
-                              return DetailTab::equity;
-                            },
-                            [&](const PortfolioPointer& portfolio) {
-                              portfolioViewController->deletePortfolioHandler =
-                                  [self](const PortfolioPointer& deleted) {
-                                    if (const auto living = self.lock()) {
-                                      living->deletePortfolio(deleted);
-                                    }
-                                  };
-                              portfolioViewController->setPortfolio(portfolio);
-                              return DetailTab::portfolio;
-                            }},
-                 object);
+  currentDetailTab_ = std::visit(Overloaded{[](std::monostate) { return DetailTab::emptyState; },
+                                            [&](const EquityPointer& equity) {
+                                              equityViewController->setCurrentEquity(equity);
+                                              return DetailTab::equity;
+                                            },
+                                            [&](const PortfolioPointer& portfolio) {
+                                              portfolioViewController->deletePortfolioHandler =
+                                                  [self](const PortfolioPointer& deleted) {
+                                                    if (const auto living = self.lock()) {
+                                                      living->deletePortfolio(deleted);
+                                                    }
+                                                  };
+                                              portfolioViewController->setPortfolio(portfolio);
+                                              return DetailTab::portfolio;
+                                            }},
+                                 object);
+  equityViewController->setShown(currentDetailTab_ == DetailTab::equity);
   if (currentDetailTab_ != DetailTab::portfolio) {
     portfolioViewController->setPortfolio(nullptr);
   }
+  rememberLater(object);
   changeHandler();
 }
 

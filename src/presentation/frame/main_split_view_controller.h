@@ -7,6 +7,8 @@
 #include <string_view>
 #include <variant>
 
+#include "platform/async/timer.h"
+#include "presentation/equity/equity_view_controller.h"
 #include "presentation/frame/master_source_view_controller.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
@@ -15,23 +17,10 @@
 
 namespace corvane {
 
-/// Whatever shows an equity.
-class CurrentEquityHaving {
- public:
-  virtual ~CurrentEquityHaving() = default;
-  [[nodiscard]] virtual const EquityPointer& currentEquity() const = 0;
-  virtual void setCurrentEquity(EquityPointer equity) = 0;
-};
-
-/// The screen of one equity as the frame needs it.
-class EquityScreen : public CurrentEquityHaving, public WorkspaceDocumentModelHaving {
- public:
-  /// What the button does that adds the shown equity to the watchlist.
-  std::function<void(const EquityPointer&)> addToWatchlistHandler;
-};
-
 /// Shows in the detail area what is selected in the source list, and makes and deletes portfolios.
-/// It keeps the screens for the life of the window. Held by shared pointer only. Main queue only.
+/// A workspace that is opened shows what was shown of it last, else its first portfolio, else the
+/// first equity that is watched. It keeps the screens for the life of the window. Held by shared
+/// pointer only. Main queue only.
 class MainSplitViewController : public std::enable_shared_from_this<MainSplitViewController>,
                                 public WorkspaceDocumentModelHaving {
   struct Passkey {};
@@ -45,6 +34,8 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   };
   /// What this screen asks its window to open.
   using Segue = std::variant<CreatePortfolio>;
+  /// What was shown last in all workspaces, the latest first. Each workspace finds its own there.
+  static constexpr std::string_view lastShownUserDefaultsKey = "mainSplit.lastShown";
 
   [[nodiscard]] static std::shared_ptr<MainSplitViewController> make(
       ScreenSurroundings surroundings);
@@ -53,9 +44,8 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   MainSplitViewController& operator=(const MainSplitViewController&) = delete;
 
   const std::shared_ptr<MasterSourceViewController> masterSourceViewController;
+  const std::shared_ptr<EquityViewController> equityViewController;
   const std::shared_ptr<PortfolioViewController> portfolioViewController;
-  /// Set once, before a model is; without it equities show the empty state.
-  std::shared_ptr<EquityScreen> equityViewController;
 
   /// Called when another screen is to be shown, or the text of the empty one has changed.
   std::function<void()> changeHandler = [] {};
@@ -65,6 +55,9 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
     return documentModel_;
   }
   void setDocumentModel(std::weak_ptr<WorkspaceModel> model) override;
+
+  /// Shows everything anew, after a setting has changed that says how it is shown.
+  void settingsDidChange();
 
   [[nodiscard]] DetailTab currentDetailTab() const { return currentDetailTab_; }
   /// What the empty state says.
@@ -84,10 +77,13 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   void connect();
   void showDetail(const MasterSourceViewController::DetailObject& object);
   void removePortfolio(const PortfolioPointer& portfolio);
+  [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;
+  void rememberLater(const MasterSourceViewController::DetailObject& object);
 
   ScreenSurroundings surroundings_;
   std::weak_ptr<WorkspaceModel> documentModel_;
   DetailTab currentDetailTab_ = DetailTab::emptyState;
+  std::shared_ptr<Timer> rememberTimer_;
 };
 
 }  // namespace corvane

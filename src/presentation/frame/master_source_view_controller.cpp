@@ -43,7 +43,16 @@ std::shared_ptr<MasterSourceViewController> MasterSourceViewController::make(
 
 MasterSourceViewController::MasterSourceViewController(Passkey /*passkey*/,
                                                        ScreenSurroundings surroundings)
-    : surroundings_(std::move(surroundings)) {}
+    : surroundings_(std::move(surroundings)) {
+  equityComboBox.setPlaceholder("Search");
+  equityComboBox.action = [this] {
+    if (const EquityPointer found = equityComboBox.selectedEquity()) {
+      setCurrentDetailObject(found);
+    } else {
+      changeHandler({});
+    }
+  };
+}
 
 void MasterSourceViewController::observe() {
   using Self = MasterSourceViewController;
@@ -73,6 +82,8 @@ void MasterSourceViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> 
   selectedWatchlistRows_.clear();
   selectedPortfolioRow_.reset();
   thumbnails_.clear();
+  takeQuoteProvider();
+  equityComboBox.setSelectedEquity(nullptr);
   fetchMissingThumbnails();
   changeHandler({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
   setDetailObject(std::monostate{});
@@ -134,29 +145,21 @@ void MasterSourceViewController::selectPortfolioRow(std::optional<std::size_t> r
   setDetailObject(portfolios().at(*row));
 }
 
-std::shared_ptr<QuoteProvider> MasterSourceViewController::searchProvider() const {
+void MasterSourceViewController::takeQuoteProvider() {
   const auto model = documentModel_.lock();
-  return model == nullptr || model->portfolioManagers.empty()
-             ? nullptr
-             : model->portfolioManagers.front()->quoteProvider;
-}
-
-void MasterSourceViewController::chooseSearchedEquity(const EquityPointer& equity) {
-  searchedEquity_ = equity;
-  if (equity != nullptr) {
-    setCurrentDetailObject(equity);
-  } else {
-    changeHandler({});
-  }
+  equityComboBox.setQuoteProvider(model == nullptr || model->portfolioManagers.empty()
+                                      ? nullptr
+                                      : model->portfolioManagers.front()->quoteProvider);
 }
 
 bool MasterSourceViewController::canAddToWatchlist() const {
-  return searchedEquity_ != nullptr && !watches(*searchedEquity_);
+  const EquityPointer& found = equityComboBox.selectedEquity();
+  return !documentModel_.expired() && found != nullptr && !watches(*found);
 }
 
 void MasterSourceViewController::addToWatchlistAction() {
   if (canAddToWatchlist()) {
-    addToWatchlist(searchedEquity_);
+    addToWatchlist(equityComboBox.selectedEquity());
   }
 }
 
@@ -172,6 +175,10 @@ void MasterSourceViewController::addToWatchlist(const EquityPointer& equity) {
   std::vector<EquityPointer> equities = watchlist();
   equities.push_back(equity);
   editWatchlist(std::move(equities), named("Watch", *equity));
+  if (currentDetailObject_ == DetailObject(equity)) {
+    selectRowOfDetailObject();
+    changeHandler({});
+  }
 }
 
 void MasterSourceViewController::removeSelectedAction() {
@@ -206,7 +213,21 @@ void MasterSourceViewController::moveWatchlistRows(std::vector<std::size_t> rows
   }
 }
 
+void MasterSourceViewController::moveSelectionUp() {
+  if (!selectedWatchlistRows_.empty() && selectedWatchlistRows_.front() > 0) {
+    moveWatchlistRows(selectedWatchlistRows_, selectedWatchlistRows_.front() - 1);
+  }
+}
+
+void MasterSourceViewController::moveSelectionDown() {
+  if (!selectedWatchlistRows_.empty() &&
+      selectedWatchlistRows_.back() + 1 < numberOfWatchlistRows()) {
+    moveWatchlistRows(selectedWatchlistRows_, selectedWatchlistRows_.back() + 2);
+  }
+}
+
 void MasterSourceViewController::portfoliosDidChange() {
+  takeQuoteProvider();
   selectRowOfDetailObject();
   changeHandler({.portfolioRowsChanged = true});
 }
@@ -287,7 +308,7 @@ void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
     return;
   }
   QuoteChartView& chart = *thumbnailOf(query.equity).chart;
-  if (result && result->quotes) {
+  if (result && result->quotes && !query.dateRange.isEmpty()) {
     chart.setQuotes(*result->quotes, query);
   } else {
     chart.clear();
@@ -343,6 +364,7 @@ void MasterSourceViewController::replaceWatchlist(std::vector<EquityPointer> equ
   }
   fetchMissingThumbnails();
   changeHandler({.watchlistRowsChanged = true});
+  watchlistChangedHandler();
 }
 
 void MasterSourceViewController::setDetailObject(DetailObject object) {

@@ -12,6 +12,7 @@
 
 #include "platform/async/notification_center.h"
 #include "presentation/charts/quote_chart_view.h"
+#include "presentation/controls/equity_combo_box.h"
 #include "presentation/frame/source_rows.h"
 #include "presentation/screen/screen_surroundings.h"
 #include "storage/workspace/workspace_model.h"
@@ -49,6 +50,8 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
 
   /// Called when another object is to be shown in the detail area.
   std::function<void(const DetailObject&)> sourceObjectChangedHandler = [](const DetailObject&) {};
+  /// Called when the watchlist has other equities, or in another order.
+  std::function<void()> watchlistChangedHandler = [] {};
   /// Called when rows, selections or buttons have changed.
   std::function<void(const Update&)> changeHandler = [](const Update&) {};
 
@@ -78,16 +81,11 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   void selectWatchlistRows(std::vector<std::size_t> rows);
   void selectPortfolioRow(std::optional<std::size_t> row);
 
-  // The search box.
-
-  /// Who answers searches; null without a portfolio manager.
-  [[nodiscard]] std::shared_ptr<QuoteProvider> searchProvider() const;
-  /// Shows an equity that was found, without adding it. Null empties the box.
-  void chooseSearchedEquity(const EquityPointer& equity);
-  [[nodiscard]] const EquityPointer& searchedEquity() const { return searchedEquity_; }
-  /// Whether an equity has been found that is not in the watchlist.
+  /// The search box. An equity that is chosen there is shown, without being added.
+  EquityComboBox equityComboBox;
+  /// Whether the box holds an equity that is not in the watchlist.
   [[nodiscard]] bool canAddToWatchlist() const;
-  /// Adds the equity that was found.
+  /// Adds the equity of the box.
   void addToWatchlistAction();
 
   // Edits of the watchlist.
@@ -99,6 +97,9 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   void removeSelectedAction();
   /// Moves rows in front of `row`, or behind the last one where it is their number.
   void moveWatchlistRows(std::vector<std::size_t> rows, std::size_t row);
+  /// Moves the selected rows by one place, as one block.
+  void moveSelectionUp();
+  void moveSelectionDown();
 
   /// To be called after a portfolio has been made or removed.
   void portfoliosDidChange();
@@ -112,6 +113,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   void observe();
   template <typename Payload, typename Handler>
   void observe(const Topic<Payload>& topic, Handler handler);
+  void takeQuoteProvider();
   void reloadEquities(const EquitySet& equities);
   void portfoliosDidRefresh(const std::vector<PortfolioPointer>& portfolios);
   [[nodiscard]] std::vector<std::size_t> rowsOf(
@@ -132,7 +134,6 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   DetailObject currentDetailObject_;
   std::vector<std::size_t> selectedWatchlistRows_;
   std::optional<std::size_t> selectedPortfolioRow_;
-  EquityPointer searchedEquity_;
   EquityMap<Thumbnail> thumbnails_;  ///< of the equities of the watchlist
   std::vector<Subscription> observations_;
 };

@@ -44,6 +44,14 @@ void PortfolioGainLossViewController::setCurrentData(
   changeHandler();
 }
 
+void PortfolioGainLossViewController::openRow(std::size_t row) {
+  const EquityPointer equity =
+      row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
+  if (equity != nullptr) {
+    openEquityHandler(equity);
+  }
+}
+
 std::string PortfolioGainLossViewController::title() const {
   const auto manager =
       currentData_.portfolio == nullptr ? nullptr : currentData_.portfolio->manager.lock();

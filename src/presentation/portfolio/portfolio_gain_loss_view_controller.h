@@ -19,6 +19,8 @@ class PortfolioGainLossViewController : public CurrentPortfolioHaving, public Ta
 
   /// Called when title and table have changed.
   std::function<void()> changeHandler = [] {};
+  /// Shows the equity of a row on its own screen.
+  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
@@ -26,6 +28,8 @@ class PortfolioGainLossViewController : public CurrentPortfolioHaving, public Ta
 
   /// What the rows of the table stand for.
   [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
+  /// What the user does to a row; one of cash leads nowhere.
+  void openRow(std::size_t row);
   /// How long the days are and when they end; empty without a manager.
   [[nodiscard]] std::string title() const;
 

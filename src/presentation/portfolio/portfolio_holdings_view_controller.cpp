@@ -40,6 +40,14 @@ void PortfolioHoldingsViewController::setCurrentData(
   changeHandler();
 }
 
+void PortfolioHoldingsViewController::openRow(std::size_t row) {
+  const EquityPointer equity =
+      row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
+  if (equity != nullptr) {
+    openEquityHandler(equity);
+  }
+}
+
 std::string PortfolioHoldingsViewController::title() const {
   const auto manager =
       currentData_.portfolio == nullptr ? nullptr : currentData_.portfolio->manager.lock();

@@ -20,6 +20,8 @@ class PortfolioHoldingsViewController : public CurrentPortfolioHaving, public Ta
 
   /// Called when title, table and pie have changed.
   std::function<void()> changeHandler = [] {};
+  /// Shows the equity of a row on its own screen.
+  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
@@ -27,6 +29,8 @@ class PortfolioHoldingsViewController : public CurrentPortfolioHaving, public Ta
 
   /// What the rows of the table stand for.
   [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
+  /// What the user does to a row; one of cash leads nowhere.
+  void openRow(std::size_t row);
   /// "Current holdings", or the day that they are told of.
   [[nodiscard]] std::string title() const;
   [[nodiscard]] const PieChartView& pie() const { return pie_; }

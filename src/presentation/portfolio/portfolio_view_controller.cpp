@@ -64,6 +64,12 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
 }
 
 void PortfolioViewController::observe() {
+  holdings->openEquityHandler = gains->openEquityHandler =
+      [self = weak_from_this()](const EquityPointer& equity) {
+        if (const auto living = self.lock()) {
+          living->openEquityHandler(equity);
+        }
+      };
   auto& center = NotificationCenter::defaultCenter();
   const auto self = weak_from_this();
   transactions->setReceivesCommands(selectedTabIndex() == transactionsTabIndex);

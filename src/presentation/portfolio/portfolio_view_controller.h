@@ -80,6 +80,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   std::function<void(const Segue&)> performSegue = [](const Segue&) {};
   /// Asks the user whether to delete the portfolio, and does so.
   std::function<void(const PortfolioPointer&)> deletePortfolioHandler;
+  /// Shows an equity of a row on its own screen.
+  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   /// The tabs, in this order.
   const std::shared_ptr<PortfolioHoldingsViewController> holdings;

@@ -90,7 +90,11 @@ const std::shared_ptr<QuoteProvider>& AppDelegate::sharedYahooQuoteProvider() {
 }
 
 PriceAdjustment AppDelegate::selectedPriceAdjustment() const {
-  const auto tag = surroundings_.defaults.integer(priceAdjustmentUserDefaultsKey);
+  return selectedPriceAdjustment(surroundings_.defaults);
+}
+
+PriceAdjustment AppDelegate::selectedPriceAdjustment(const UserDefaults& defaults) {
+  const auto tag = defaults.integer(priceAdjustmentUserDefaultsKey);
   for (const auto& [adjustment, number] : priceAdjustmentUserDefaultsMap) {
     if (tag == number) {
       return adjustment;

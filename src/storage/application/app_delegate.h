@@ -102,6 +102,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   [[nodiscard]] const std::shared_ptr<QuoteProvider>& sharedYahooQuoteProvider();
 
   [[nodiscard]] PriceAdjustment selectedPriceAdjustment() const;
+  /// The one that `defaults` keep; for splits where they keep none.
+  [[nodiscard]] static PriceAdjustment selectedPriceAdjustment(const UserDefaults& defaults);
 
   /// Whether the environment says so; then launching does nothing.
   [[nodiscard]] static bool isRunningUnderTest();
