@@ -1,0 +1,323 @@
+"""A screen with the program on it, driven as somebody who hears it would drive it.
+
+Controls are found by role and name in the accessibility tree, as a screen reader gets them; keys are
+real keys of an X server. So a test depends on what controls are called and not on where they stand.
+Every wait has a deadline, and a failure tells what the tree held.
+"""
+
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+# Seconds until a step counts as failed; a loaded machine takes its time.
+DEADLINE = float(os.environ.get("CORVANE_DEADLINE", "90"))
+
+
+class Failure(Exception):
+    """What a step expected, and what was there instead."""
+
+
+def wait_for(what, condition, deadline=DEADLINE):
+    """The first true value of `condition`, which is asked again until the deadline."""
+    end = time.monotonic() + deadline
+    while True:
+        try:
+            value = condition()
+        except GLib.Error:  # the control went away while it was looked at
+            value = None
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise Failure(f"waited {deadline:.0f} s for {what}")
+        time.sleep(0.05)
+
+
+class Control:
+    """One node of the accessibility tree."""
+
+    def __init__(self, node):
+        self.node = node
+
+    @property
+    def name(self):
+        return self.node.get_name() or ""
+
+    @property
+    def role(self):
+        return self.node.get_role_name()
+
+    @property
+    def description(self):
+        return self.node.get_description() or ""
+
+    def has(self, state):
+        return self.node.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
+
+    @property
+    def text(self):
+        """What stands in the control, or its value."""
+        node = self.node.get_text_iface()
+        if node is not None:
+            return Atspi.Text.get_text(node, 0, -1)
+        return self.name
+
+    def children(self):
+        for index in range(self.node.get_child_count()):
+            child = self.node.get_child_at_index(index)
+            if child is not None:
+                yield Control(child)
+
+    def walk(self, depth=0):
+        """This control and all below it that are shown. Cells of tables are asked for by cell()."""
+        yield self, depth
+        if self.role in ("table", "tree table", "list box") and self.node.get_child_count() > 400:
+            return
+        for child in self.children():
+            yield from child.walk(depth + 1)
+
+    def find_all(self, role=None, name=None, shown=True):
+        for control, _ in self.walk():
+            if role is not None and control.role != role:
+                continue
+            if name is not None and control.name != name:
+                continue
+            if shown and not control.has("showing"):
+                continue
+            yield control
+
+    def find(self, role=None, name=None):
+        """The first control that is shown under this role and name, as soon as there is one."""
+        return wait_for(
+            f"a {role or 'control'} “{name}”",
+            lambda: next(self.find_all(role, name), None),
+        )
+
+    def press(self):
+        """What the control does when it is activated: a button is pressed, a menu item chosen."""
+        action = self.node.get_action_iface()
+        if action is None or not Atspi.Action.do_action(action, 0):
+            raise Failure(f"{self.role} “{self.name}” cannot be pressed")
+
+    def focus(self):
+        component = self.node.get_component_iface()
+        Atspi.Component.grab_focus(component)
+        wait_for(f"the keyboard to go to {self.role} “{self.name}”", lambda: self.has("focused"))
+
+    def cell(self, row, column):
+        table = self.node.get_table_iface()
+        return Control(Atspi.Table.get_accessible_at(table, row, column))
+
+    @property
+    def row_count(self):
+        return Atspi.Table.get_n_rows(self.node.get_table_iface())
+
+    @property
+    def column_count(self):
+        return Atspi.Table.get_n_columns(self.node.get_table_iface())
+
+    def column_names(self):
+        table = self.node.get_table_iface()
+        return [
+            Atspi.Table.get_column_description(table, column) or ""
+            for column in range(self.column_count)
+        ]
+
+    def row_texts(self, row):
+        return [self.cell(row, column).name for column in range(self.column_count)]
+
+
+class Screen:
+    """A virtual screen with a window manager, a session bus and an accessibility bus of its own."""
+
+    def __init__(self, programs, pictures=None, size="1280x800"):
+        self.programs = programs
+        self.work = tempfile.mkdtemp(prefix="corvane-evening-")
+        self.pictures = pictures or os.path.join(self.work, "pictures")
+        os.makedirs(self.pictures, exist_ok=True)
+        self.output = os.path.join(self.work, "output")
+        self.started = []
+        self.program = None
+        self._picture_count = 0
+        self._set_environment()
+        self._start_screen(size)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, kind, error, trace):
+        if error is not None:
+            self._explain()
+        for process in reversed(self.started):
+            process.terminate()
+            try:
+                process.wait(10)
+            except subprocess.TimeoutExpired:
+                process.kill()
+        shutil.rmtree(self.work, ignore_errors=True)
+        return False
+
+    def _set_environment(self):
+        home = os.path.join(self.work, "home")
+        runtime = os.path.join(self.work, "run")
+        os.makedirs(os.path.join(home, "Documents"))
+        os.makedirs(runtime, mode=0o700)
+        for name in (
+            "WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE "
+            "QT_SCALE_FACTOR AT_SPI_BUS_ADDRESS"
+        ).split():
+            os.environ.pop(name, None)
+        # The keyboard library hands strndup a text without an end, which is right and which the
+        # address sanitizer's strict checks refuse; the bus library keeps what it has allocated.
+        asan = os.environ.get("ASAN_OPTIONS", "")
+        os.environ.update(
+            HOME=home,
+            XDG_CONFIG_HOME=os.path.join(home, ".config"),
+            XDG_DATA_HOME=os.path.join(home, ".local/share"),
+            XDG_CACHE_HOME=os.path.join(home, ".cache"),
+            XDG_STATE_HOME=os.path.join(home, ".local/state"),
+            XDG_RUNTIME_DIR=runtime,
+            LC_ALL="C.UTF-8",
+            TZ="UTC",
+            QT_QPA_PLATFORM="xcb",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+            ASAN_OPTIONS=":".join(filter(None, [asan, "strict_string_checks=0:detect_leaks=0"])),
+        )
+
+    def _start(self, arguments, **options):
+        process = subprocess.Popen(arguments, **options)
+        self.started.append(process)
+        return process
+
+    def _start_screen(self, size):
+        read, write = os.pipe()
+        self._start(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", f"{size}x24", "-nolisten", "tcp"],
+            pass_fds=[write],
+            stderr=subprocess.DEVNULL,
+        )
+        os.close(write)
+        with os.fdopen(read) as told:
+            os.environ["DISPLAY"] = ":" + told.readline().strip()
+        bus = self._start(
+            ["dbus-daemon", "--session", "--nofork", "--print-address"],
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+            text=True,
+        )
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        self._start(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_for(
+            "the window manager",
+            lambda: "0x" in _said(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
+        )
+        Atspi.init()
+
+    # --- The program -------------------------------------------------------------------------
+
+    def start(self, *arguments):
+        """Starts the program and waits until it is in the accessibility tree."""
+        with open(self.output, "a", encoding="utf-8") as output:
+            self.program = self._start(
+                [os.path.join(self.programs, "corvane"), *arguments], stdout=output, stderr=output
+            )
+        wait_for("the program", self._application)
+
+    def _application(self):
+        if self.program.poll() is not None:
+            raise Failure(f"the program ended with status {self.program.returncode}")
+        desktop = Atspi.get_desktop(0)
+        for index in range(desktop.get_child_count()):
+            application = desktop.get_child_at_index(index)
+            if application is not None and application.get_process_id() == self.program.pid:
+                return Control(application)
+        return None
+
+    @property
+    def application(self):
+        return wait_for("the program", self._application)
+
+    def quit(self):
+        """Ends the program by its key, and sees that it ends well."""
+        self.key("ctrl+q")
+        wait_for("the program to end", lambda: self.program.poll() is not None)
+        if self.program.returncode != 0:
+            raise Failure(f"the program ended with status {self.program.returncode}")
+
+    def kill(self):
+        self.program.send_signal(signal.SIGKILL)
+        self.program.wait()
+
+    def windows(self):
+        return [window for window in self.application.children() if window.has("showing")]
+
+    def window(self, name):
+        """The window with this title, once it is shown and has the keyboard."""
+        return wait_for(
+            f"the window “{name}”",
+            lambda: next(
+                (each for each in self.windows() if each.name == name and each.has("active")), None
+            ),
+        )
+
+    def wait_until_gone(self, name):
+        wait_for(
+            f"the window “{name}” to close",
+            lambda: all(each.name != name for each in self.windows()),
+        )
+
+    # --- Keys and pictures -------------------------------------------------------------------
+
+    def key(self, *names):
+        subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
+
+    def write(self, text):
+        subprocess.run(["xdotool", "type", "--clearmodifiers", "--delay", "15", text], check=True)
+
+    def retype(self, control, text):
+        """Puts `text` in place of what stands in a field, as a user would."""
+        control.focus()
+        self.key("ctrl+a")
+        self.write(text)
+        self.key("Tab")
+
+    def picture(self, name):
+        self._picture_count += 1
+        file = os.path.join(self.pictures, f"{self._picture_count:02}-{name}.png")
+        subprocess.run(["import", "-window", "root", file], check=False)
+
+    def console(self, *arguments):
+        """What the console program prints; it has to succeed."""
+        command = [os.path.join(self.programs, "corvane-cli"), *arguments]
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            raise Failure(f"corvane-cli {' '.join(arguments)} failed:\n{done.stdout}{done.stderr}")
+        return done.stdout
+
+    def _explain(self):
+        self.picture("failed")
+        try:
+            for control, depth in self.application.walk():
+                if control.has("showing") and depth < 12:
+                    print(f"{'  ' * depth}{control.role} “{control.name}”", file=sys.stderr)
+        except (Failure, GLib.Error) as error:
+            print(f"(the tree cannot be read: {error})", file=sys.stderr)
+        with open(self.output, encoding="utf-8") as said:
+            print("What the program said:", *said.readlines()[-40:], file=sys.stderr, sep="\n")
+
+
+def _said(command):
+    return subprocess.run(command, capture_output=True, text=True, check=False).stdout
+
+
+def expect(truth, words):
+    if not truth:
+        raise Failure(words)
