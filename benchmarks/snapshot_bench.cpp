@@ -109,11 +109,11 @@ void mergeAllTime(benchmark::State& state) {
     DailySnapshots snapshots(*portfolio, manager->calendar, seedDay, lastDay, {},
                              portfolio->transactions());
     for (const auto& equity : snapshots.equities()) {
-      snapshots.addPrices(equity, provider->bars[equity->id()]);
+      snapshots.addPrices(equity, provider->bars[equity->id()], manager->calendar);
     }
     for (const auto& currency : snapshots.foreignCurrencies()) {
       const auto rate = provider->exchangeRateEquity(currency, Currency::cad());
-      snapshots.addRates(currency, provider->bars[rate->id()]);
+      snapshots.addRates(currency, provider->bars[rate->id()], manager->calendar);
     }
     state.ResumeTiming();
     PortfolioSnapshotGroup group = snapshots.merge();

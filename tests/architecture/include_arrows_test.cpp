@@ -49,7 +49,10 @@ const std::map<std::string, Folder> house = {
       {{"database"}, {"workspace"}, {"application"}}}},
     {"exchange",
      {{"storage", "ledger", "marketdata", "core", "platform"},
-      {{"csv", "strict"}, {"brokers"}, {"panels"}, {"exports", "imports"}}}},
+      {{"csv", "strict"},
+       {"brokers", "profiles"},
+       {"panels"},
+       {"exports", "imports", "statements"}}}},
     {"scenario", {{"storage", "ledger", "marketdata", "core", "platform"}, {{""}}}},
     {"presentation",
      {{"exchange", "scenario", "storage", "ledger", "marketdata", "core", "platform"},
@@ -88,8 +91,6 @@ const std::map<std::string, Folder> house = {
 const std::set<std::pair<std::string, std::string>> exceptions = {
     // The day on which a row settled is that of its manager's calendar.
     {"ledger/portfolio/settlement_date_text.cpp", "ledger/manager/portfolio_manager.h"},
-    // It holds an operation of the manager.
-    {"ledger/reports/portfolio_valuation.cpp", "ledger/manager/portfolio_manager.h"},
 };
 
 struct Place {

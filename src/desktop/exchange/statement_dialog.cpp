@@ -107,13 +107,7 @@ StatementDialog::~StatementDialog() {
   preview_->changeHandler = nullptr;
 }
 
-void StatementDialog::layOut() {
-  summary_->setWordWrap(true);
-  summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  questions_->addRow(answer_);
-  questionBox_->setLayout(questions_);
-  connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
-
+QHBoxLayout* StatementDialog::makeChoices() {
   filter_->addItem(QStringLiteral("All lines"), QString());
   for (const RowVerdict verdict :
        {RowVerdict::isNew, RowVerdict::present, RowVerdict::leftOut, RowVerdict::belongs,
@@ -155,7 +149,17 @@ void StatementDialog::layOut() {
   choices->addWidget(days_);
   choices->addWidget(labelOf(QStringLiteral("De&cimals:"), decimal_));
   choices->addWidget(decimal_);
+  return choices;
+}
 
+void StatementDialog::layOut() {
+  summary_->setWordWrap(true);
+  summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  questions_->addRow(answer_);
+  questionBox_->setLayout(questions_);
+  connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
+
+  auto* choices = makeChoices();
   table_->setModel(filtered_);
   table_->setAccessibleName(QStringLiteral("Lines of the statement"));
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);

@@ -10,6 +10,7 @@
 
 class QComboBox;
 class QFormLayout;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -37,6 +38,8 @@ class StatementDialog : public QDialog {
 
  private:
   void layOut();
+  /// What the table shows, and how days and numbers are read.
+  QHBoxLayout* makeChoices();
   void showState();
   void showQuestions();
   void giveAnswers();

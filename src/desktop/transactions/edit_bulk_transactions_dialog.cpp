@@ -17,7 +17,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int fieldWidth = 280;
+constexpr int bulkFieldWidth = 280;
 
 }  // namespace
 
@@ -41,7 +41,7 @@ EditBulkTransactionsDialog::EditBulkTransactionsDialog(QWidget* parent, std::uni
       equity_(new EquityComboBoxView(form_->equityComboBox, QStringLiteral("New equity"))),
       note_(new QLineEdit),
       words_(new QLabel),
-      go_(new QPushButton),
+      go_(new QPushButton(this)),
       cancel_(new QPushButton) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowModality(Qt::WindowModal);
@@ -78,7 +78,7 @@ void EditBulkTransactionsDialog::layOut() {
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(spacing::narrow);
   grid->setVerticalSpacing(spacing::narrow);
-  grid->setColumnMinimumWidth(1, fieldWidth);
+  grid->setColumnMinimumWidth(1, bulkFieldWidth);
   addDate(*grid, 0);
   addDate(*grid, 1);
   addBox(*grid, 2, equity_);

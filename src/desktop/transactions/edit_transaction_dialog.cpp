@@ -75,7 +75,7 @@ EditTransactionDialog::EditTransactionDialog(QWidget* parent, std::unique_ptr<Fo
       noteToggle_(new QToolButton),
       note_(new QPlainTextEdit),
       preview_(new PreviewPanel),
-      go_(new QPushButton),
+      go_(new QPushButton(this)),
       insertAnother_(new QPushButton),
       cancel_(new QPushButton) {
   setAttribute(Qt::WA_DeleteOnClose);
@@ -269,6 +269,7 @@ QWidget* EditTransactionDialog::makeNote() {
 }
 
 QWidget* EditTransactionDialog::makeButtons() {
+  // With the dialog as its parent it stays the default button after the keyboard has been on it.
   go_->setDefault(true);
   insertAnother_->setAutoDefault(false);
   cancel_->setAutoDefault(false);

@@ -111,7 +111,7 @@ std::vector<double> PercentageAxisRenderer::labelledValues(double minimum, doubl
     return {};
   }
   const double leastStep = formatter_.maximumFractionDigits > 0 ? 0.001 : 0.01;
-  const auto [low, high] = std::minmax(minimum / *opening - 1, maximum / *opening - 1);
+  const auto [low, high] = std::minmax({minimum / *opening - 1, maximum / *opening - 1});
   std::vector<double> values = roundValues(low, high, aim, leastStep);
   for (double& value : values) {
     value = *opening * (1 + value);
