@@ -151,8 +151,17 @@ void HistoryViewController::fetchQuotes() {
 void HistoryViewController::preparePicker() {
   const Calendar& calendar = currentEquity_->calendar;
   const auto today = YearMonthDay::of(surroundings_.now(), calendar);
-  const auto from = std::min(datesPicker.startDate(), today);
-  const auto to = std::min(datesPicker.endDate(), today);
+  auto from = std::min(datesPicker.startDate(), today);
+  auto to = std::min(datesPicker.endDate(), today);
+  // A preset stays the same preset on the days of another exchange.
+  const std::string shown = datesPicker.presetTitle();
+  for (const auto& preset : datesPicker.presets()) {
+    if (!preset.isSeparator() && preset.label == shown) {
+      const auto days = preset.makeDates(today, calendar);
+      from = days.from;
+      to = days.to;
+    }
+  }
   datesPicker.setCalendar(calendar);
   datesPicker.setLimits(QueryDatesPicker::earliestPossibleDay, today);
   datesPicker.setDates(from, to);
