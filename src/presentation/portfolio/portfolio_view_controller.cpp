@@ -64,8 +64,8 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
 }
 
 void PortfolioViewController::observe() {
-  holdings->openEquityHandler = gains->openEquityHandler =
-      [self = weak_from_this()](const EquityPointer& equity) {
+  holdings->openEquityHandler =
+      gains->openEquityHandler = [self = weak_from_this()](const EquityPointer& equity) {
         if (const auto living = self.lock()) {
           living->openEquityHandler(equity);
         }

@@ -22,7 +22,8 @@
 
 namespace corvane {
 
-/// The digits behind the point of a price: that of a share may be finer than the money that is paid.
+/// The digits behind the point of a price: that of a share may be finer than the money that is
+/// paid.
 inline constexpr int maximumPriceDigits = 5;
 
 /// The words and numbers of all screens, in the user's locale. Nothing is kept between calls.
