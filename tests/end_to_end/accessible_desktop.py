@@ -170,6 +170,9 @@ class Screen:
         runtime = os.path.join(self.work, "run")
         os.makedirs(os.path.join(home, "Documents"))
         os.makedirs(runtime, mode=0o700)
+        # Work that another run left unsaved is none of this one's.
+        temporary = os.path.join(self.work, "tmp")
+        os.makedirs(temporary)
         for name in (
             "WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE "
             "QT_SCALE_FACTOR AT_SPI_BUS_ADDRESS"
@@ -180,6 +183,7 @@ class Screen:
         asan = os.environ.get("ASAN_OPTIONS", "")
         os.environ.update(
             HOME=home,
+            TMPDIR=temporary,
             XDG_CONFIG_HOME=os.path.join(home, ".config"),
             XDG_DATA_HOME=os.path.join(home, ".local/share"),
             XDG_CACHE_HOME=os.path.join(home, ".cache"),

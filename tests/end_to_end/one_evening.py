@@ -37,7 +37,9 @@ def choose_fields(screen, setup, fields):
     screen.key("Tab")
     for field in fields:
         if field:
+            screen.key("F4")
             screen.write(field)
+            screen.key("Return")
         screen.key("Tab", "Tab", "Tab", "Tab")
 
 
@@ -98,7 +100,7 @@ def evening(screen, examples):
     gains = os.path.join(screen.work, "gains.csv")
     family = os.path.join(screen.work, "Family.corvane")
     screen.start("--sample-market")
-    welcome = "Welcome to Corvane — Corvane"
+    welcome = "Welcome to Corvane — Corvane Help"
     screen.window(welcome)
     screen.picture("welcome")
     screen.key("alt+F4")
@@ -110,8 +112,10 @@ def evening(screen, examples):
     window = screen.window("SampleMarket* — Corvane")
     screen.picture("imported")
     screen.key("ctrl+3")
-    wait_for("the gains", lambda: window.find("page tab", "Gains").has("selected"))
-    screen.key("ctrl+e")
+    window.find("table", "Realized gains and losses")
+    screen.key("alt+f")
+    window.find("menu item", "Export…")
+    screen.key("e")
     screen.window("Export")
     screen.write(gains)
     screen.key("Return")

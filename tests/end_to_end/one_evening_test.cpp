@@ -1,4 +1,4 @@
-// The desktop program as a user has it: real windows, a real keyboard and mouse. The script beside
+// The desktop program as a user has it: real windows, real keys, a screen reader. The script beside
 // this file does the work; here it is run and its words are shown when it fails.
 
 #include <gtest/gtest.h>
@@ -42,6 +42,6 @@ TEST(OneEvening, importsExportsSavesAndOpensAgain) {
     GTEST_SKIP() << "There is no Xvfb to show windows on.";
   }
   const Outcome evening =
-      run("'" CORVANE_EVENING "' '" CORVANE_PROGRAMS "' '" CORVANE_EXAMPLES "'");
+      run("/usr/bin/python3 '" CORVANE_EVENING "' '" CORVANE_PROGRAMS "' '" CORVANE_EXAMPLES "'");
   EXPECT_EQ(evening.exitStatus, 0) << evening.output;
 }
