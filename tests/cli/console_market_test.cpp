@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/console_program.h"
+#include "samplemarket/sample_market.h"
 
 namespace corvane {
 namespace {
@@ -85,6 +86,44 @@ TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
   EXPECT_EQ(offline.exitCode, 1);
   EXPECT_THAT(offline.err, StartsWith("corvane-cli: Savings: "));
   EXPECT_EQ(program.run("value Family --offline --sample-market").exitCode, 2);
+}
+
+/// The cache knows prices and rates from a run with the service, which is gone by the next.
+TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
+  const std::string exports =
+      " --portfolio Savings --to 2024-03-28 --out h.csv --fields "
+      "symbol,marketPrice,marketValue";
+  makeFamily();
+  const ProgramResult empty = program.run("export holdings Family --offline" + exports);
+  EXPECT_EQ(empty.exitCode, 1);
+  EXPECT_THAT(empty.err, HasSubstr("corvane-cli: No value of BOREA.TO: "));
+  EXPECT_THAT(file("h.csv"), HasSubstr("\"BOREA.TO\",\"\",\"\""));
+
+  auto market = std::make_unique<SampleMarket>();
+  std::filesystem::create_directories(program.folder / "config/corvane");
+  testing::writeText(program.folder / "config/corvane/settings.json",
+                     R"({"quoteService.scheme": "http", "quoteService.apiHost": "127.0.0.1",)"
+                     R"( "quoteService.webHost": "127.0.0.1", "quoteService.port": )" +
+                         std::to_string(market->port()) + "}");
+  ASSERT_EQ(program.output("create Abroad --portfolio Savings --currency EUR"), "");
+  testing::writeText(program.folder / "t.csv",
+                     "2024-03-05,2024-03-07,Deposit,,,2000,CAD\n"
+                     "2024-03-06,2024-03-08,Buy,BOREA.TO,10,-900,CAD\n");
+  EXPECT_EQ(program
+                .run("import t.csv --into Abroad --portfolio Savings --fields tradeDate,"
+                     "settlementDate,type,symbol,numberOfShares,cashAmount,cashCurrency")
+                .err,
+            "");
+  EXPECT_EQ(program.output("export holdings Abroad" + exports), "");
+  const std::string told = file("h.csv");
+  EXPECT_THAT(told, ::testing::Not(HasSubstr("\"\"")));
+  const std::string worth = program.output("value Abroad");
+  market.reset();
+  std::filesystem::remove(program.folder / "h.csv");
+
+  EXPECT_EQ(program.output("export holdings Abroad --offline" + exports), "");
+  EXPECT_EQ(file("h.csv"), told);
+  EXPECT_EQ(program.output("value Abroad --offline"), worth);
 }
 
 TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSaysSo) {
