@@ -22,6 +22,7 @@ constexpr double leastLabelledAngle = 30;  // degrees; a narrower slice has no r
 constexpr double degreesAtTop = 90;
 constexpr int leastListWidth = 180;
 constexpr int leastNameWidth = 64;
+constexpr int leastShareWidth = 24;
 constexpr int fewestRows = 3;
 
 QFont sliceFont() {
@@ -149,6 +150,7 @@ PieChartWidget::PieChartWidget(const QString& accessibleName, QWidget* parent)
       list_(new TableView(accessibleName + QStringLiteral(", shares"), this)) {
   setAccessibleName(accessibleName);
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+  list_->horizontalHeader()->setMinimumSectionSize(leastShareWidth);
   list_->setLeastStretchedWidth(leastNameWidth);
   list_->setTable(adapter_, pie_);
   list_->horizontalHeader()->hide();
