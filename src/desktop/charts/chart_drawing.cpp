@@ -215,13 +215,22 @@ void setAxes(QCustomPlot& plot, const BaseChartView& chart, const ChartLayout& l
                             qRound(plot.height() - area.bottom)));
 }
 
+/// What lines across the dates keep of their opacity: in light grey they outshine a dark chart.
+float verticalLineStrength() {
+  return theme::appearance() == Appearance::dark ? 0.4F : 0.85F;
+}
+
 void paintLimitLines(QCPPainter& painter, const BaseChartView& chart, const ChartLayout& layout,
                      double viewWidth) {
   const ChartLayout::Box& area = layout.plotArea();
   painter.setAntialiasing(false);
   for (const LimitLine& line : chart.drawsAxes ? chart.xAxisLimitLines : std::vector<LimitLine>()) {
     if (theme::colour(line.colour).alpha() > 0) {
-      painter.setPen(limitPen(line));
+      QPen pen = limitPen(line);
+      QColor faint = pen.color();
+      faint.setAlphaF(faint.alphaF() * verticalLineStrength());
+      pen.setColor(faint);
+      painter.setPen(pen);
       const double x = layout.xPixel(line.value);
       painter.drawLine(QLineF(x, area.top, x, area.bottom));
     }
@@ -293,7 +302,7 @@ void addDecoration(QCustomPlot& plot, const BaseChartView& chart, const ChartLay
                   });
   new PaintedItem(plot, legendLayer, false, [&layout](QCPPainter& painter) {
     QColor plate = theme::colour(Colour::Name::controlBackground);
-    plate.setAlphaF(0.72F);
+    plate.setAlphaF(0.85F);
     paintLabels(painter, layout.bandLabels(), theme::colour(Colour::Name::label), plate);
     paintLabels(painter, layout.dateLabels(), theme::colour(Colour::Name::secondaryLabel),
                 Qt::transparent);

@@ -16,11 +16,32 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr double holeShare = 0.58;         // of the ring's radius
+constexpr double widestHole = 0.58;  // of the ring's radius
+constexpr double narrowestHole = 0.38;
 constexpr double leastLabelledAngle = 30;  // degrees; a narrower slice has no room for a text
 constexpr double degreesAtTop = 90;
 constexpr int leastListWidth = 180;
+constexpr int leastNameWidth = 64;
+constexpr int leastShareWidth = 24;
 constexpr int fewestRows = 3;
+
+QFont sliceFont() {
+  return theme::font(0.85, QFont::DemiBold);
+}
+
+double sliceTextWidth(const PieSlice& slice) {
+  return QFontMetricsF(sliceFont()).horizontalAdvance(qtText(slice.percentText));
+}
+
+/// The hole's share of a ring of `radius`: small rings are thicker, so that their slices' texts
+/// have room all alike.
+double holeShare(const PieChartView& pie, double radius) {
+  double widest = 0;
+  for (const PieSlice& slice : pie.slices) {
+    widest = std::max(widest, sliceTextWidth(slice));
+  }
+  return std::clamp(1 - (widest + 2 * spacing::tight) / radius, narrowestHole, widestHole);
+}
 
 }  // namespace
 
@@ -43,7 +64,8 @@ class PieRing : public QWidget {
     const double radius = std::min(width(), height()) / 2.0;
     const double x = (help->pos().x() - width() / 2.0) / radius;
     const double y = (help->pos().y() - height() / 2.0) / radius;
-    const PieSlice* slice = std::hypot(x, y) >= holeShare ? pie_.sliceAt(x, y) : nullptr;
+    const PieSlice* slice =
+        std::hypot(x, y) >= holeShare(pie_, radius) ? pie_.sliceAt(x, y) : nullptr;
     QToolTip::showText(
         help->globalPos(),
         slice != nullptr ? qtText(slice->label + " " + slice->percentText) : QString(), this);
@@ -62,23 +84,36 @@ class PieRing : public QWidget {
     if (whole <= 0) {
       painter.setPen(QPen(theme::colour(Colour::Name::separator), 1));
       painter.drawEllipse(centre, radius, radius);
-      painter.drawEllipse(centre, radius * holeShare, radius * holeShare);
+      painter.drawEllipse(centre, radius * widestHole, radius * widestHole);
       return;
     }
-    painter.setFont(theme::font(0.85, QFont::DemiBold));
+    painter.setFont(sliceFont());
+    const double hole = radius * holeShare(pie_, radius);
     double angle = degreesAtTop;
     for (std::size_t i = 0; i < pie_.slices.size(); ++i) {
       const double span = 360 * pie_.slices[i].value / whole;
       const bool isSelected = static_cast<int>(pie_.slices.size() - 1 - i) == selectedRow_;
-      paintSlice(painter, pie_.slices[i], centre, radius, angle, span, isSelected);
+      paintSlice(painter, pie_.slices[i], centre, {radius, hole}, {angle, span}, isSelected);
       angle -= span;
     }
   }
 
  private:
-  void paintSlice(QPainter& painter, const PieSlice& slice, const QPointF& centre, double outer,
-                  double angle, double span, bool isSelected) const {
-    const double inner = outer * (isSelected ? holeShare * 0.9 : holeShare);
+  struct Radii {
+    double outer;
+    double hole;
+  };
+
+  struct Arc {
+    double start;  ///< degrees, from which it runs clockwise
+    double span;
+  };
+
+  void paintSlice(QPainter& painter, const PieSlice& slice, const QPointF& centre, Radii radii,
+                  Arc arc, bool isSelected) const {
+    const auto [angle, span] = arc;
+    const double outer = radii.outer;
+    const double inner = isSelected ? radii.hole * 0.9 : radii.hole;
     const QRectF outerBox(centre.x() - outer, centre.y() - outer, 2 * outer, 2 * outer);
     const QRectF innerBox(centre.x() - inner, centre.y() - inner, 2 * inner, 2 * inner);
     QPainterPath path;
@@ -93,12 +128,11 @@ class PieRing : public QWidget {
     painter.setBrush(colour);
     painter.drawPath(path);
     const QString text = qtText(slice.percentText);
-    const double textWidth = QFontMetricsF(painter.font()).horizontalAdvance(text);
-    if (span < leastLabelledAngle || textWidth + spacing::tight >= outer - inner) {
+    const double radius = (outer + radii.hole) / 2;
+    if (span < leastLabelledAngle || sliceTextWidth(slice) + spacing::tight > outer - radii.hole) {
       return;
     }
     const double middle = (angle - span / 2) * std::numbers::pi / 180;
-    const double radius = (outer + inner) / 2;
     const QPointF point(centre.x() + radius * std::cos(middle),
                         centre.y() - radius * std::sin(middle));
     painter.setPen(colour.lightnessF() > 0.5F ? Qt::black : Qt::white);
@@ -116,6 +150,8 @@ PieChartWidget::PieChartWidget(const QString& accessibleName, QWidget* parent)
       list_(new TableView(accessibleName + QStringLiteral(", shares"), this)) {
   setAccessibleName(accessibleName);
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+  list_->horizontalHeader()->setMinimumSectionSize(leastShareWidth);
+  list_->setLeastStretchedWidth(leastNameWidth);
   list_->setTable(adapter_, pie_);
   list_->horizontalHeader()->hide();
   list_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -149,7 +185,7 @@ void PieChartWidget::place() {
   ring_->setVisible(hasSlices);
   list_->setVisible(hasSlices);
   const QRect area =
-      rect().adjusted(spacing::medium, spacing::narrow, -spacing::medium, -spacing::narrow);
+      rect().adjusted(spacing::narrow, spacing::narrow, -spacing::narrow, -spacing::narrow);
   const int rowHeight = list_->verticalHeader()->defaultSectionSize();
   const int rows = static_cast<int>(pie_.slices.size());
   const int leastListHeight = rowHeight * std::min(rows, fewestRows) + spacing::tight;

@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::string_view nameColumn = "name";
 constexpr int mostRowsMeasured = 200;
-constexpr int leastStretchedWidth = 150;
 
 Qt::Alignment alignmentOf(const TableColumn& column, const AttributedText& text) {
   switch (text.alignment) {
@@ -175,7 +174,7 @@ void TableView::stretch() {
     others += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
   }
   // Where there is too little room the stretched column gives way first, down to a readable width.
-  const int least = std::min(stretchedColumnWidth_, leastStretchedWidth);
+  const int least = std::min(stretchedColumnWidth_, leastStretchedWidth_);
   setColumnWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
 }
 

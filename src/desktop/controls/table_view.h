@@ -47,6 +47,9 @@ class TableView : public QTableView {
   /// The width at which no column is cut short.
   [[nodiscard]] int neededWidth() const;
 
+  /// How narrow the column of names may get, in pixels, before the table scrolls sideways.
+  void setLeastStretchedWidth(int width) { leastStretchedWidth_ = width; }
+
   /// A text in the middle of a table that has no rows.
   void setPlaceholderText(const QString& text);
 
@@ -61,6 +64,7 @@ class TableView : public QTableView {
   QString placeholderText_;
   int stretchedColumn_ = 0;
   int stretchedColumnWidth_ = 0;  ///< that it needs
+  int leastStretchedWidth_ = 120;
 };
 
 }  // namespace corvane::desktop

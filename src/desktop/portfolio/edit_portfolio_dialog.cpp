@@ -2,8 +2,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -95,9 +95,12 @@ void EditPortfolioDialog::layOut() {
   fields->addRow(QString(), populateRandomly_);
 
   go_->setDefault(true);
-  auto* buttons = new QDialogButtonBox;
-  buttons->addButton(go_, QDialogButtonBox::AcceptRole);
-  buttons->addButton(cancel_, QDialogButtonBox::RejectRole);
+  // In the order of the forms for transactions.
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  buttons->setSpacing(spacing::narrow);
+  buttons->addWidget(cancel_);
+  buttons->addWidget(go_);
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(spacing::section, spacing::section, spacing::section, spacing::wide);
@@ -105,7 +108,8 @@ void EditPortfolioDialog::layOut() {
   column->setSizeConstraint(QLayout::SetFixedSize);
   column->addWidget(heading);
   column->addLayout(fields);
-  column->addWidget(buttons);
+  column->addLayout(buttons);
+  setTabOrder(cancel_, go_);
 }
 
 void EditPortfolioDialog::readFields() {

@@ -13,7 +13,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int leastPieWidth = 190;
+constexpr int leastPieWidth = 172;
 constexpr int mostPieWidth = 360;
 
 }  // namespace

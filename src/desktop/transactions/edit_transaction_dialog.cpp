@@ -28,7 +28,7 @@ namespace {
 
 using Form = EditTransactionViewController;
 
-constexpr int fieldWidth = 220;
+constexpr int fieldWidth = 260;
 constexpr int noteLines = 3;
 constexpr int mostCurrencies = 16;
 

@@ -119,11 +119,17 @@ void SourceRowDelegate::paintEquity(QPainter& painter, const QRectF& area,
   const QRectF price(above.right() - priceWidth, above.top(), priceWidth, above.height());
   const QRectF chart(price.left() - spacing::narrow - thumbnailWidth, above.top(), thumbnailWidth,
                      above.height() - 2);
-  const QRectF symbol(above.left(), above.top(), chart.left() - spacing::tight - above.left(),
+  // In a narrow list the chart gives way to a symbol that would be cut.
+  const double besideChart = chart.left() - spacing::tight - above.left();
+  const bool showsChart =
+      row.thumbnail != nullptr && widthOf(nameFont(), AttributedText(row.symbol)) <= besideChart;
+  const double ownPriceWidth = widthOf(nameFont(), AttributedText(row.price));
+  const QRectF symbol(above.left(), above.top(),
+                      showsChart ? besideChart : above.width() - ownPriceWidth - spacing::narrow,
                       above.height());
   drawLine(painter, symbol, AttributedText(row.symbol), nameFont(), strong, Qt::AlignLeft, areOwn);
   drawLine(painter, price, AttributedText(row.price), nameFont(), strong, Qt::AlignRight, areOwn);
-  if (row.thumbnail != nullptr) {
+  if (showsChart) {
     paintThumbnail(painter, chart, *row.thumbnail,
                    isSelected ? std::optional(strong) : std::nullopt);
   }

@@ -1,6 +1,7 @@
 #include "presentation/charts/fiscal_chart_view.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/text/formatting.h"
@@ -14,6 +15,14 @@ constexpr double narrowWidth = 300;
 constexpr int manyDays = 11;
 /// Digits after the point that a price has at most.
 constexpr int priceDigits = 5;
+/// From this size on a value is a sum of money, in which parts of a cent are noise.
+constexpr double leastSum = 10'000;
+constexpr int sumDigits = 2;
+
+Decimal shownNumber(double value, double largest) {
+  return rounded(Decimal::fromDouble(value), largest < leastSum ? priceDigits : sumDigits,
+                 RoundingMode::bankers);
+}
 
 struct DateLabelling {
   const char* localizedTemplate;
@@ -72,8 +81,7 @@ void FiscalChartView::reset() {
     }
     DecimalNumberFormatter money = DecimalNumberFormatter::money(*shown);
     money.maximumFractionDigits = std::max(money.minimumFractionDigits, priceDigits);
-    return money.string(rounded(number, priceDigits, RoundingMode::bankers))
-        .value_or(number.description());
+    return money.string(shownNumber(value, std::abs(value))).value_or(number.description());
   };
 }
 
@@ -128,10 +136,8 @@ AttributedText FiscalChartView::changeText(double from, double to) const {
   if (!currency || from == 0) {
     return BaseChartView::changeText(from, to);
   }
-  const auto price = [](double value) {
-    return rounded(Decimal::fromDouble(value), priceDigits, RoundingMode::bankers);
-  };
-  return Formatting::changeText(*currency, price(from), price(to));
+  const double largest = std::max(std::abs(from), std::abs(to));
+  return Formatting::changeText(*currency, shownNumber(from, largest), shownNumber(to, largest));
 }
 
 void FiscalChartView::addDateLabels(const std::vector<std::pair<double, Date>>& points,

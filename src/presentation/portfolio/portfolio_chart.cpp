@@ -102,6 +102,11 @@ std::string moneyText(const Decimal& value, const Currency& currency) {
   return DecimalNumberFormatter::money(currency).string(value).value_or("");
 }
 
+/// `value` as it is shown: converted sums have digits that nobody can pay.
+Decimal inMinorUnits(const Decimal& value, const Currency& currency) {
+  return rounded(value, currency.minorUnits, RoundingMode::bankers);
+}
+
 /// The value of the day, its change since the first one, and the day itself.
 std::function<AttributedText(std::size_t)> tooltips(
     std::shared_ptr<const PortfolioSnapshotGroup> group, std::vector<Decimal> total,
@@ -113,9 +118,10 @@ std::function<AttributedText(std::size_t)> tooltips(
         }
         AttributedText text(moneyText(total[index], currency));
         // Of what grew out of nothing there is no percentage.
-        if (!total.front().isZero()) {
+        if (!inMinorUnits(total.front(), currency).isZero()) {
           text.append(" (")
-              .append(Formatting::changeText(currency, total.front(), total[index]))
+              .append(Formatting::changeText(currency, inMinorUnits(total.front(), currency),
+                                             inMinorUnits(total[index], currency)))
               .append(")");
         }
         return text.append("\n" + longDate(group->sortedSnapshots.at(index).ymd, calendar));
