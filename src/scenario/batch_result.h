@@ -10,7 +10,7 @@
 namespace corvane {
 
 /// Returns are gains for each unit invested, as ScenarioAnalyzer::Analysis tells them; NaN where
-/// nothing was invested or, annualized, where there was no day.
+/// nothing was invested or, annualized, where there was no session.
 struct BatchResult {
   DateRange dateRange;  ///< from the start of the first quote to the end of the last one
   ScenarioAnalyzer::Analysis analysis;  ///< the run of the strategy

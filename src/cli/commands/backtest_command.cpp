@@ -164,6 +164,15 @@ std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
   return "";
 }
 
+/// "2024-03-09 09:30"
+std::string timeText(Date date, const Calendar& calendar) {
+  const auto two = [&](CalendarUnit unit) {
+    const std::string text = std::to_string(calendar.component(unit, date));
+    return (text.size() < 2 ? "0" : "") + text;
+  };
+  return dateText(date, calendar) + " " + two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute);
+}
+
 void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity,
                const Console& console) {
   TextTable table({{"When"},
@@ -175,11 +184,6 @@ void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equ
                    {"Price", right}});
   for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
     const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
-    const Calendar& calendar = equity.calendar;
-    const auto two = [&](CalendarUnit unit) {
-      const std::string text = std::to_string(calendar.component(unit, row.tradeDate()));
-      return (text.size() < 2 ? "0" : "") + text;
-    };
     std::string shares;
     std::string cash;
     if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind)) {
@@ -188,9 +192,7 @@ void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equ
     } else if (const auto* transfer = std::get_if<BasicTransaction::Transfer>(&row.basic.kind)) {
       cash = transfer->amount.amount.description();
     }
-    table.add({std::to_string(calendar.component(CalendarUnit::year, row.tradeDate())) + "-" +
-                   two(CalendarUnit::month) + "-" + two(CalendarUnit::day) + " " +
-                   two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute),
+    table.add({timeText(row.tradeDate(), equity.calendar),
                std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
                row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",
                row.mostRecentSharePrice.description()});
@@ -228,23 +230,27 @@ void replayOnce(const EquityPointer& equity, const std::vector<Quote>& quotes,
               << ", " << percent(held.annualizedReturn()) << " a year)\n";
 }
 
-/// The first and the last day of a sub-period. Bars of days or weeks end at the hour at which the
-/// next one begins, and their last day is the one before; others end later on their own day.
-std::array<std::string, 2> daysOf(const BatchResult& result, const Calendar& calendar) {
+/// Results of a batch, and what is needed to tell of them.
+struct BatchAnswer {
+  const std::vector<BatchResultPointer>& results;
+  const EquityInfo& equity;
+  bool isIntraday;  ///< bars are shorter than a day
+};
+
+/// When a sub-period begins and ends: with the time of day where its bars are shorter than a day,
+/// else the first and the last day.
+std::array<std::string, 2> boundsOf(const BatchResult& result, const BatchAnswer& answer) {
+  const Calendar& calendar = answer.equity.calendar;
   const Date first = result.dateRange.lower();
-  Date last = result.dateRange.upper();
-  const auto minuteOfDay = [&](Date date) {
-    return calendar.component(CalendarUnit::hour, date) * 60 +
-           calendar.component(CalendarUnit::minute, date);
-  };
-  if (minuteOfDay(last) <= minuteOfDay(first)) {
-    last = calendar.dateByAdding(CalendarUnit::day, -1, last).value_or(last);
+  const Date end = result.dateRange.upper();
+  if (answer.isIntraday) {
+    return {timeText(first, calendar), timeText(end, calendar)};
   }
+  const Date last = calendar.dateByAdding(CalendarUnit::day, -1, end).value_or(end);
   return {dateText(first, calendar), dateText(std::max(first, last), calendar)};
 }
 
-void writeBatchTable(const std::vector<BatchResultPointer>& results, const EquityInfo& equity,
-                     const Console& console) {
+void writeBatchTable(const BatchAnswer& answer, const Console& console) {
   TextTable table({{"From"},
                    {"To"},
                    {"Days", right},
@@ -253,23 +259,22 @@ void writeBatchTable(const std::vector<BatchResultPointer>& results, const Equit
                    {"Gain", right},
                    {"A year", right},
                    {"Buy and hold", right}});
-  for (const BatchResultPointer& result : results) {
+  for (const BatchResultPointer& result : answer.results) {
     const auto& analysis = result->analysis;
-    const auto [from, to] = daysOf(*result, equity.calendar);
+    const auto [from, to] = boundsOf(*result, answer);
     table.add({from, to, std::to_string(analysis.totalTradingDays),
-               moneyText(analysis.portfolio->currentValue(), equity),
-               moneyText(analysis.netGain(), equity), percent(result->strategyPeriodReturn),
+               moneyText(analysis.portfolio->currentValue(), answer.equity),
+               moneyText(analysis.netGain(), answer.equity), percent(result->strategyPeriodReturn),
                percent(result->strategyAnnualizedReturn), percent(result->buyAndHoldReturn)});
   }
   table.write(console.out);
-  const auto [least, greatest] = returnSpan(results);
+  const auto [least, greatest] = returnSpan(answer.results);
   console.out << "\nYields range from " << percent(least) << " to " << percent(greatest)
-              << ". Analyzed returns over " << results.size() << " time periods.\n"
-              << "Money is in " << equity.currency.code << ".\n";
+              << ". Analyzed returns over " << answer.results.size() << " time periods.\n"
+              << "Money is in " << answer.equity.currency.code << ".\n";
 }
 
-void writeBatchFile(const std::vector<BatchResultPointer>& results, const EquityInfo& equity,
-                    const Console& console) {
+void writeBatchFile(const BatchAnswer& answer, const Console& console) {
   const auto write = [&](const std::vector<std::string>& cells) {
     console.out << rowText(cells, ImportExportFieldDelimiter::comma);
   };
@@ -278,19 +283,20 @@ void writeBatchFile(const std::vector<BatchResultPointer>& results, const Equity
   };
   write({"From", "To", "Days", "Final Value", "Gain", "Return", "Annualized Return",
          "Buy & Hold Return", "Currency"});
-  for (const BatchResultPointer& result : results) {
+  for (const BatchResultPointer& result : answer.results) {
     const auto& analysis = result->analysis;
-    const auto [from, to] = daysOf(*result, equity.calendar);
+    const auto [from, to] = boundsOf(*result, answer);
     write({from, to, std::to_string(analysis.totalTradingDays),
-           moneyText(analysis.portfolio->currentValue(), equity),
-           moneyText(analysis.netGain(), equity), rate(result->strategyPeriodReturn),
+           moneyText(analysis.portfolio->currentValue(), answer.equity),
+           moneyText(analysis.netGain(), answer.equity), rate(result->strategyPeriodReturn),
            rate(result->strategyAnnualizedReturn), rate(result->buyAndHoldReturn),
-           std::string(equity.currency.code)});
+           std::string(answer.equity.currency.code)});
   }
 }
 
 /// Throws Failed, after all that could be had is written, where a sub-period failed.
-void replayBatch(ScenarioBatch::Setting setting, bool isFile, const Console& console) {
+void replayBatch(ScenarioBatch::Setting setting, bool isIntraday, bool isFile,
+                 const Console& console) {
   const EquityPointer equity = setting.equity;
   ScenarioBatch batch;
   bool hasEnded = false;
@@ -309,10 +315,11 @@ void replayBatch(ScenarioBatch::Setting setting, bool isFile, const Console& con
         });
     waitFor([&] { return hasEnded; });
   }
+  const BatchAnswer answer{batch.results(), *equity, isIntraday};
   if (isFile) {
-    writeBatchFile(batch.results(), *equity, console);
+    writeBatchFile(answer, console);
   } else {
-    writeBatchTable(batch.results(), *equity, console);
+    writeBatchTable(answer, console);
   }
   if (error != nullptr) {
     console.present(*error);
@@ -334,7 +341,7 @@ void backtest(const CommandLine& line, const Console& console) {
   }
   if (method) {
     replayBatch({equity, std::move(quotes), *method, strategy, scenario.initialInvestment},
-                line.has("--csv"), console);
+                scenario.quoteInterval < QuoteInterval::oneDay, line.has("--csv"), console);
   } else {
     replayOnce(equity, quotes, strategy, scenario.initialInvestment, console);
   }
