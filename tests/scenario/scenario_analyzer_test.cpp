@@ -41,6 +41,24 @@ TEST(ScenarioAnalyzer, BuysLowAndSellsHigh) {
             market.quotes.front().fromDate);
 }
 
+TEST(ScenarioAnalyzer, CountsAnEveningForItsOwnDayInTheYearlyReturn) {
+  Market market;
+  market.quote("10", "10", "10");
+  for (const double hour : {15, 20}) {
+    market.quote("11", "11", "11");
+    Quote& late = market.quotes.back();
+    late.fromDate = market.quotes.front().fromDate + (hour - 10) * 3600;
+    late.toDate = late.fromDate + 3600;
+  }
+  market.nextDay().quote("11", "11", "11");
+  const auto analysis = market.analyze(InvestmentStrategy::buyAndHold());
+  EXPECT_EQ(market.analyzer().tradingDayNumbers[2], market.analyzer().tradingDayNumbers[1] + 1)
+      << "20:00 in New York is of another trading day than 15:00";
+  EXPECT_EQ(analysis.totalTradingDays, 3);
+  EXPECT_EQ(analysis.totalSessions, 2);
+  EXPECT_EQ(analysis.annualizedReturn(), dec("12.6"));
+}
+
 TEST(ScenarioAnalyzer, TradesAtATargetThatIsTouchedExactly) {
   struct Case {
     const char *low, *high, *event;

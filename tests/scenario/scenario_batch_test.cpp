@@ -118,8 +118,8 @@ struct Observed {
 /// Everything of a result that a table shows.
 std::string line(const DateRange& dates, const Decimal& gain, const Decimal& held, int days) {
   return std::to_string(dates.lower().timeIntervalSinceReferenceDate()) + " " +
-         std::to_string(dates.upper().timeIntervalSinceReferenceDate()) + " " + gain.description() + " " +
-         held.description() + " " + std::to_string(days);
+         std::to_string(dates.upper().timeIntervalSinceReferenceDate()) + " " + gain.description() +
+         " " + held.description() + " " + std::to_string(days);
 }
 
 std::vector<std::string> linesOf(const ScenarioBatch& batch) {
