@@ -8,7 +8,25 @@
 namespace corvane {
 namespace {
 
-constexpr double tradingDaysOfAYear = 252;
+constexpr double sessionsOfAYear = 252;
+
+/// Numbers the days of the exchange on which there are quotes, from 0.
+std::vector<int> numbersOfSessions(const std::vector<Quote>& quotes, const Calendar& calendar) {
+  std::vector<int> numbers;
+  numbers.reserve(quotes.size());
+  int number = -1;
+  std::optional<DateRange> sameDay;
+  for (const Quote& quote : quotes) {
+    if (!sameDay || !sameDay->contains(quote.fromDate)) {
+      const Date start = calendar.startOfDay(quote.fromDate);
+      const Date end = calendar.dateByAdding(CalendarUnit::day, 1, start).value_or(start);
+      sameDay = DateRange(start, end);
+      ++number;
+    }
+    numbers.push_back(number);
+  }
+  return numbers;
+}
 
 }  // namespace
 
@@ -39,7 +57,8 @@ ScenarioAnalyzer::ScenarioAnalyzer(EquityPointer testedEquity, std::vector<Quote
                                    std::vector<int> dayNumbers)
     : equity(std::move(testedEquity)),
       quotes(std::move(history)),
-      tradingDayNumbers(std::move(dayNumbers)) {
+      tradingDayNumbers(std::move(dayNumbers)),
+      sessionNumbers(numbersOfSessions(quotes, equity->calendar)) {
   assert(quotes.size() == tradingDayNumbers.size());
 }
 
@@ -50,7 +69,7 @@ ScenarioAnalyzer::Analysis ScenarioAnalyzer::analyze(const std::optional<IndexRa
   assert(indices.upper() <= quotes.size() && "the range lies within the quotes");
   ScenarioRun run(equity, strategy, initialInvestment, indices.upper() - indices.lower());
   for (std::size_t i = indices.lower(); i < indices.upper(); ++i) {
-    run.take(quotes[i], tradingDayNumbers[i]);
+    run.take(quotes[i], tradingDayNumbers[i], sessionNumbers[i]);
   }
   return run.finish();
 }
@@ -76,7 +95,7 @@ Decimal ScenarioAnalyzer::Analysis::rateOfReturn() const {
 }
 
 Decimal ScenarioAnalyzer::Analysis::annualizedReturn() const {
-  return rateOfReturn() * Decimal::fromDouble(tradingDaysOfAYear / totalTradingDays);
+  return rateOfReturn() * Decimal::fromDouble(sessionsOfAYear / totalSessions);
 }
 
 }  // namespace corvane

@@ -39,14 +39,17 @@ class ScenarioAnalyzer {
     int totalTradesMade = 0;
     int totalDaysTradedOn = 0;  ///< days with at least one trade
     int totalTradingDays = 0;   ///< days with at least one usable quote
+    /// Days of the exchange's own calendar with at least one usable quote. Trading days turn at
+    /// another hour, in New York at 19:00, and are more where there are prices at night.
+    int totalSessions = 0;
 
     /// What the trader started with: the amount of the first row, 0 where there is none.
     [[nodiscard]] Decimal initialInvestment() const;
     [[nodiscard]] Decimal netGain() const;
     /// The gain for each unit invested: 0.05 for 5%. NaN where nothing was.
     [[nodiscard]] Decimal rateOfReturn() const;
-    /// rateOfReturn() scaled to a year of 252 trading days, without compounding. NaN for a run
-    /// without trading days.
+    /// rateOfReturn() scaled from totalSessions to a year of 252, without compounding. NaN for a
+    /// run without sessions.
     [[nodiscard]] Decimal annualizedReturn() const;
   };
 
@@ -59,6 +62,7 @@ class ScenarioAnalyzer {
   const EquityPointer equity;
   const std::vector<Quote> quotes;
   const std::vector<int> tradingDayNumbers;  ///< equal for quotes of one trading day
+  const std::vector<int> sessionNumbers;     ///< equal for quotes of one day of the exchange
 
   /// Runs `strategy` over the quotes of `range`, or over all, with `initialInvestment` to start
   /// with. Throws ScenarioSinglePortfolioManager::EquityMissingQuoteProviderError, and what the

@@ -31,7 +31,7 @@ ScenarioRun::ScenarioRun(const EquityPointer& equity, const InvestmentStrategy& 
   analysis_.portfolioValues.reserve(quoteCount);
 }
 
-void ScenarioRun::take(const Quote& quote, int tradingDayNumber) {
+void ScenarioRun::take(const Quote& quote, int tradingDayNumber, int sessionNumber) {
   if (!quote.low || !quote.high || !quote.close) {
     analysis_.portfolioValues.push_back(previousValue_);
     return;
@@ -46,6 +46,10 @@ void ScenarioRun::take(const Quote& quote, int tradingDayNumber) {
   const bool hasTraded = trade(roundedToMinorUnits(low, currency),
                                roundedToMinorUnits(high, currency), quote.fromDate);
   countDay(tradingDayNumber, hasTraded);
+  if (lastSeenSession_ != sessionNumber) {
+    analysis_.totalSessions += 1;
+    lastSeenSession_ = sessionNumber;
+  }
   lastDate_ = quote.fromDate;
   previousValue_ = *quote.close * shares_ + cash_;
   analysis_.portfolioValues.push_back(previousValue_);

@@ -18,7 +18,7 @@ class ScenarioRun {
               const Decimal& initialInvestment, std::size_t quoteCount);
 
   /// Lets the trader see the next quote. Throws what the ledger throws.
-  void take(const Quote& quote, int tradingDayNumber);
+  void take(const Quote& quote, int tradingDayNumber, int sessionNumber);
 
   /// Closes the books. To be called once, last.
   [[nodiscard]] ScenarioAnalyzer::Analysis finish();
@@ -53,6 +53,7 @@ class ScenarioRun {
   Date lastDate_ = Date::distantPast();
   std::optional<int> lastTradedDay_;
   std::optional<int> lastSeenDay_;
+  std::optional<int> lastSeenSession_;
 };
 
 }  // namespace corvane

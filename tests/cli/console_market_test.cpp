@@ -162,6 +162,33 @@ TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
   EXPECT_EQ(program.run("backtest NONESUCH " + days).exitCode, 1);
 }
 
+TEST_F(ConsoleMarketTest, ReplaysAStrategyOverManyPeriods) {
+  const std::string batch = "backtest CASTR --sample-market --batch ";
+  const std::string days = " --from 2022-01-01 --to 2023-12-31";
+  // The longest period is all of them, whose run is told by itself too.
+  EXPECT_THAT(program.output(batch + "from-start" + days),
+              AllOf(StartsWith("From        To          Days  Final value"),
+                    HasSubstr("\n2022-01-03  2022-01-03     1 "),
+                    HasSubstr("\n2022-01-03  2023-12-29   500         1186     186"),
+                    HasSubstr(" 18.6%     9.37%        -5.65%\n\nYields range from "),
+                    HasSubstr("Analyzed returns over 501 time periods.\nMoney is in USD.\n")));
+  EXPECT_THAT(program.output(batch + "from-end --csv" + days),
+              AllOf(StartsWith("\"From\",\"To\",\"Days\",\"Final Value\",\"Gain\",\"Return\","
+                               "\"Annualized Return\",\"Buy & Hold Return\",\"Currency\"\r\n"
+                               "\"2022-01-03\",\"2023-12-29\",\"500\",\"1186\",\"186\",\"0.186\","
+                               "\"0.093744\",\"-0.05654\",\"USD\"\r\n\"2022-01-04\","),
+                    HasSubstr("\r\n\"2023-12-29\",\"2023-12-29\",\"1\",")));
+  // On that day nothing was traded, so there was nothing to invest in.
+  EXPECT_THAT(program.output(batch + "daily --from 2022-05-12 --to 2022-05-13 --csv"),
+              HasSubstr("\"2022-05-13\",\"2022-05-13\",\"0\",\"0\",\"0\",\"\",\"\",\"\",\"USD\""));
+
+  EXPECT_EQ(program.run(batch + "weekly" + days).exitCode, 2);
+  EXPECT_EQ(program.run("backtest CASTR --sample-market --csv" + days).exitCode, 2);
+  const ProgramResult future = program.run(batch + "daily --from 2999-01-01 --to 2999-01-02");
+  EXPECT_EQ(future.exitCode, 2);
+  EXPECT_THAT(future.err, StartsWith("corvane-cli: --from lies in the future.\n"));
+}
+
 TEST_F(ConsoleMarketTest, KeepsAWatchlist) {
   makeFamily();
   ASSERT_EQ(program.output("watch Family CASTR"), "");

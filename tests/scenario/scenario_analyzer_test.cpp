@@ -41,6 +41,23 @@ TEST(ScenarioAnalyzer, BuysLowAndSellsHigh) {
             market.quotes.front().fromDate);
 }
 
+TEST(ScenarioAnalyzer, CountsAnEveningForItsOwnDayInTheYearlyReturn) {
+  Market market;
+  market.quote("10", "10", "10");
+  for (const double hour : {15, 20}) {
+    market.quote("11", "11", "11");
+    Quote& late = market.quotes.back();
+    late.fromDate = market.quotes.front().fromDate + (hour - 10) * 3600;
+    late.toDate = late.fromDate + 3600;
+  }
+  const auto analysis = market.analyze(InvestmentStrategy::buyAndHold());
+  EXPECT_EQ(market.analyzer().tradingDayNumbers[2], market.analyzer().tradingDayNumbers[1] + 1)
+      << "20:00 in New York is of another trading day than 15:00";
+  EXPECT_EQ(analysis.totalTradingDays, 2);
+  EXPECT_EQ(analysis.totalSessions, 1);
+  EXPECT_EQ(analysis.annualizedReturn(), dec("25.2"));
+}
+
 TEST(ScenarioAnalyzer, TradesAtATargetThatIsTouchedExactly) {
   struct Case {
     const char *low, *high, *event;

@@ -1,17 +1,22 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
+#include "cli/console/date_text.h"
 #include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
+#include "cli/console/progress_bar.h"
 #include "cli/console/text_table.h"
 #include "core/market/price_adjuster.h"
 #include "core/money/currency_amount.h"
 #include "core/strategy/investment_scenario.h"
+#include "exchange/brokers/row_text.h"
 #include "platform/async/dispatch_queue.h"
 #include "scenario/scenario_analyzer.h"
+#include "scenario/scenario_batch.h"
 
 namespace corvane::cli {
 namespace {
@@ -47,6 +52,32 @@ QuoteInterval intervalOf(const CommandLine& line) {
         name + "”.");
   }
   return found->interval;
+}
+
+struct NamedMethod {
+  std::string_view name;
+  BatchMethod method;
+};
+constexpr std::array<NamedMethod, 3> namedMethods = {{
+    {"daily", BatchMethod::eachDay},
+    {"from-start", BatchMethod::accumulatingFromStart},
+    {"from-end", BatchMethod::accumulatingFromEnd},
+}};
+
+/// The method of "--batch", none without that option.
+std::optional<BatchMethod> batchMethodOf(const CommandLine& line) {
+  const auto name = line.value("--batch");
+  if (!name) {
+    if (line.has("--csv")) {
+      throw UsageError("--csv goes with --batch.");
+    }
+    return std::nullopt;
+  }
+  const auto found = std::ranges::find(namedMethods, *name, &NamedMethod::name);
+  if (found == namedMethods.end()) {
+    throw UsageError("--batch is one of daily, from-start, from-end, not “" + *name + "”.");
+  }
+  return found->method;
 }
 
 InvestmentStrategy strategyOf(const CommandLine& line) {
@@ -93,9 +124,15 @@ std::vector<Quote> fetchBars(const EquityPointer& equity, const InvestmentScenar
   if (!range) {
     throw UsageError("--to is before --from.");
   }
+  // Nothing has been traded after now, and services want whole seconds.
+  const Date now =
+      Date::sinceReferenceDate(std::floor(Date::now().timeIntervalSinceReferenceDate()));
+  if (now < range->lower()) {
+    throw UsageError("--from lies in the future.");
+  }
   std::optional<Result<QuoteFetchResult>> outcome;
   provider.fetchQuotes(
-      {equity, *range,
+      {equity, DateRange(range->lower(), std::min(range->upper(), now)),
        QuoteQuery::Quotes{scenario.quoteInterval, PriceAdjustment::adjustedForSplits}},
       std::make_shared<PriceAdjuster>(owner), [&outcome](Result<QuoteFetchResult> result) {
         DispatchQueue::main()->async(
@@ -127,6 +164,15 @@ std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
   return "";
 }
 
+/// "2024-03-09 09:30"
+std::string timeText(Date date, const Calendar& calendar) {
+  const auto two = [&](CalendarUnit unit) {
+    const std::string text = std::to_string(calendar.component(unit, date));
+    return (text.size() < 2 ? "0" : "") + text;
+  };
+  return dateText(date, calendar) + " " + two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute);
+}
+
 void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity,
                const Console& console) {
   TextTable table({{"When"},
@@ -138,11 +184,6 @@ void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equ
                    {"Price", right}});
   for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
     const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
-    const Calendar& calendar = equity.calendar;
-    const auto two = [&](CalendarUnit unit) {
-      const std::string text = std::to_string(calendar.component(unit, row.tradeDate()));
-      return (text.size() < 2 ? "0" : "") + text;
-    };
     std::string shares;
     std::string cash;
     if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind)) {
@@ -151,9 +192,7 @@ void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equ
     } else if (const auto* transfer = std::get_if<BasicTransaction::Transfer>(&row.basic.kind)) {
       cash = transfer->amount.amount.description();
     }
-    table.add({std::to_string(calendar.component(CalendarUnit::year, row.tradeDate())) + "-" +
-                   two(CalendarUnit::month) + "-" + two(CalendarUnit::day) + " " +
-                   two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute),
+    table.add({timeText(row.tradeDate(), equity.calendar),
                std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
                row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",
                row.mostRecentSharePrice.description()});
@@ -166,26 +205,20 @@ std::string percent(const Decimal& rate) {
                       : rounded(rate * Decimal(100), 2, RoundingMode::bankers).description() + "%";
 }
 
-void backtest(const CommandLine& line, const Console& console) {
-  const InvestmentScenario scenario = scenarioOf(line);
-  const InvestmentStrategy strategy = strategyOf(line);
-  const PriceSource prices(line);
-  const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
-  refreshEquities(*prices.provider(), {equity}, console);
-  const std::vector<Quote> quotes =
-      fetchBars(equity, scenario, *prices.provider(), prices.provider());
-  if (quotes.empty()) {
-    console.warn("There are no prices of " + equity->symbol + " in these days.");
-    throw Failed(exitCode::failure);
-  }
+std::string moneyText(const Decimal& amount, const EquityInfo& equity) {
+  return roundedToMinorUnits(amount, equity.currency).description();
+}
+
+void replayOnce(const EquityPointer& equity, const std::vector<Quote>& quotes,
+                const InvestmentStrategy& strategy, const Decimal& initialInvestment,
+                const Console& console) {
   const ScenarioAnalyzer analyzer(equity, quotes, tradingDayNumbers(quotes, *equity));
-  const auto analysis = analyzer.analyze(std::nullopt, strategy, scenario.initialInvestment);
+  const auto analysis = analyzer.analyze(std::nullopt, strategy, initialInvestment);
   const auto held =
-      analyzer.analyze(std::nullopt, InvestmentStrategy::buyAndHold(), scenario.initialInvestment);
+      analyzer.analyze(std::nullopt, InvestmentStrategy::buyAndHold(), initialInvestment);
   writeRows(analysis, *equity, console);
   const auto money = [&](const Decimal& amount) {
-    return roundedToMinorUnits(amount, equity->currency).description() + " " +
-           std::string(equity->currency.code);
+    return moneyText(amount, *equity) + " " + std::string(equity->currency.code);
   };
   console.out << '\n'
               << analysis.totalTradesMade << " trades on " << analysis.totalDaysTradedOn << " of "
@@ -195,6 +228,123 @@ void backtest(const CommandLine& line, const Console& console) {
               << " a year)\n"
               << "Buy and hold: " << money(held.netGain()) << " (" << percent(held.rateOfReturn())
               << ", " << percent(held.annualizedReturn()) << " a year)\n";
+}
+
+/// Results of a batch, and what is needed to tell of them.
+struct BatchAnswer {
+  const std::vector<BatchResultPointer>& results;
+  const EquityInfo& equity;
+  bool isIntraday;  ///< bars are shorter than a day
+};
+
+/// When a sub-period begins and ends: with the time of day where its bars are shorter than a day,
+/// else the first and the last day.
+std::array<std::string, 2> boundsOf(const BatchResult& result, const BatchAnswer& answer) {
+  const Calendar& calendar = answer.equity.calendar;
+  const Date first = result.dateRange.lower();
+  const Date end = result.dateRange.upper();
+  if (answer.isIntraday) {
+    return {timeText(first, calendar), timeText(end, calendar)};
+  }
+  const Date last = calendar.dateByAdding(CalendarUnit::day, -1, end).value_or(end);
+  return {dateText(first, calendar), dateText(std::max(first, last), calendar)};
+}
+
+void writeBatchTable(const BatchAnswer& answer, const Console& console) {
+  TextTable table({{"From"},
+                   {"To"},
+                   {"Days", right},
+                   {"Final value", right},
+                   {"Gain", right},
+                   {"Gain", right},
+                   {"A year", right},
+                   {"Buy and hold", right}});
+  for (const BatchResultPointer& result : answer.results) {
+    const auto& analysis = result->analysis;
+    const auto [from, to] = boundsOf(*result, answer);
+    table.add({from, to, std::to_string(analysis.totalTradingDays),
+               moneyText(analysis.portfolio->currentValue(), answer.equity),
+               moneyText(analysis.netGain(), answer.equity), percent(result->strategyPeriodReturn),
+               percent(result->strategyAnnualizedReturn), percent(result->buyAndHoldReturn)});
+  }
+  table.write(console.out);
+  const auto [least, greatest] = returnSpan(answer.results);
+  console.out << "\nYields range from " << percent(least) << " to " << percent(greatest)
+              << ". Analyzed returns over " << answer.results.size() << " time periods.\n"
+              << "Money is in " << answer.equity.currency.code << ".\n";
+}
+
+void writeBatchFile(const BatchAnswer& answer, const Console& console) {
+  const auto write = [&](const std::vector<std::string>& cells) {
+    console.out << rowText(cells, ImportExportFieldDelimiter::comma);
+  };
+  const auto rate = [](const Decimal& number) {
+    return number.isNaN() ? "" : rounded(number, 6, RoundingMode::bankers).description();
+  };
+  write({"From", "To", "Days", "Final Value", "Gain", "Return", "Annualized Return",
+         "Buy & Hold Return", "Currency"});
+  for (const BatchResultPointer& result : answer.results) {
+    const auto& analysis = result->analysis;
+    const auto [from, to] = boundsOf(*result, answer);
+    write({from, to, std::to_string(analysis.totalTradingDays),
+           moneyText(analysis.portfolio->currentValue(), answer.equity),
+           moneyText(analysis.netGain(), answer.equity), rate(result->strategyPeriodReturn),
+           rate(result->strategyAnnualizedReturn), rate(result->buyAndHoldReturn),
+           std::string(answer.equity.currency.code)});
+  }
+}
+
+/// Throws Failed, after all that could be had is written, where a sub-period failed.
+void replayBatch(ScenarioBatch::Setting setting, bool isIntraday, bool isFile,
+                 const Console& console) {
+  const EquityPointer equity = setting.equity;
+  ScenarioBatch batch;
+  bool hasEnded = false;
+  ErrorPointer error;
+  {
+    ProgressBar bar(console.err, "Replaying");
+    batch.begin(
+        std::move(setting),
+        [&] {
+          bar.show(static_cast<double>(batch.completedCount()) /
+                   static_cast<double>(batch.totalCount()));
+        },
+        [&](ErrorPointer told) {
+          hasEnded = true;
+          error = std::move(told);
+        });
+    waitFor([&] { return hasEnded; });
+  }
+  const BatchAnswer answer{batch.results(), *equity, isIntraday};
+  if (isFile) {
+    writeBatchFile(answer, console);
+  } else {
+    writeBatchTable(answer, console);
+  }
+  if (error != nullptr) {
+    console.present(*error);
+    throw Failed(exitCode::failure);
+  }
+}
+
+void backtest(const CommandLine& line, const Console& console) {
+  const InvestmentScenario scenario = scenarioOf(line);
+  const InvestmentStrategy strategy = strategyOf(line);
+  const std::optional<BatchMethod> method = batchMethodOf(line);
+  const PriceSource prices(line);
+  const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
+  refreshEquities(*prices.provider(), {equity}, console);
+  std::vector<Quote> quotes = fetchBars(equity, scenario, *prices.provider(), prices.provider());
+  if (quotes.empty()) {
+    console.warn("There are no prices of " + equity->symbol + " in these days.");
+    throw Failed(exitCode::failure);
+  }
+  if (method) {
+    replayBatch({equity, std::move(quotes), *method, strategy, scenario.initialInvestment},
+                scenario.quoteInterval < QuoteInterval::oneDay, line.has("--csv"), console);
+  } else {
+    replayOnce(equity, quotes, strategy, scenario.initialInvestment, console);
+  }
 }
 
 }  // namespace
@@ -214,15 +364,22 @@ Command backtestCommand() {
       {"--stop-loss-buy-max", "MONEY", "the most that one such purchase spends"},
       {"--stop-loss-sell-spread", "PART", "how far below the last trade to sell"},
       {"--stop-loss-sell-slice", "PART", "the part of the shares that one such sale gives up"}};
+  options.push_back({"--batch", "METHOD",
+                     "a run for each day (daily), or for periods that grow or shrink by a day "
+                     "(from-start, from-end)"});
+  options.push_back({"--csv", "", "writes the periods as delimited text"});
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
-  return {.name = "backtest",
-          .summary = "Replays a trading strategy over past prices.",
-          .words = {"SYMBOL"},
-          .options = std::move(options),
-          .explanation =
-              "Shows each trade, and the outcome beside that of buying and holding. "
-              "Prices are restated for\nsplits; money is in the currency of the equity.\n",
-          .run = &backtest};
+  return {
+      .name = "backtest",
+      .summary = "Replays a trading strategy over past prices.",
+      .words = {"SYMBOL"},
+      .options = std::move(options),
+      .explanation =
+          "Shows each trade, and the outcome beside that of buying and holding. "
+          "Prices are restated for\nsplits; money is in the currency of the equity.\n"
+          "With --batch each period is a run of its own, and a line of the answer. In delimited "
+          "text\nreturns are parts of one: 0.05 is 5%.\n",
+      .run = &backtest};
 }
 
 }  // namespace corvane::cli
