@@ -272,6 +272,19 @@ TEST(BaseChart, TellsTheChangeBetweenTheEndsOfASelection) {
   EXPECT_EQ(chart.cursorText(), "");
 }
 
+TEST(FiscalChart, ShowsPricesExactlyAndSumsInCents) {
+  FiscalChartView chart;
+  chart.currency = Currency::usd();
+  chart.reset();
+  chart.interactiveDataSet = series({9'000.00012, 9'000.50024, 18'000.12345});
+  chart.select(BaseChartView::Span{0, 1});
+  EXPECT_EQ(chart.selectionText()->plainText(), "+0.01% ▲ +$0.50012");
+  chart.select(BaseChartView::Span{0, 2});
+  EXPECT_EQ(chart.selectionText()->plainText(), "+100.00% ▲ +$9,000.12");
+  chart.pointerMovedTo(2);
+  EXPECT_THAT(chart.cursorText(), testing::EndsWith("$18,000.12"));
+}
+
 TEST(ChartTable, HasARowForEachPlaceAndAColumnForEachSeries) {
   FiscalChartView chart;
   chart.currency = Currency::usd();

@@ -3,6 +3,7 @@
 #include <qcustomplot.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "desktop/charts/painted_item.h"
@@ -14,6 +15,7 @@ namespace {
 
 constexpr double loneValueSize = 6;
 constexpr double markHeight = 9;
+constexpr double leastLineDistance = 20;
 constexpr double candleShare = 0.6;  // of the distance between two
 
 QPen seriesPen(const ChartDataSet& dataSet) {
@@ -224,6 +226,13 @@ void paintLimitLines(QCPPainter& painter, const BaseChartView& chart, const Char
                      double viewWidth) {
   const ChartLayout::Box& area = layout.plotArea();
   painter.setAntialiasing(false);
+  // Where there are too many, only those that a label stands at tell anything.
+  const bool areDense = static_cast<double>(chart.xAxisLimitLines.size()) * leastLineDistance >
+                        area.right - area.left;
+  const auto isLabelled = [&](double x) {
+    return std::ranges::any_of(layout.dateLabels(),
+                               [&](const auto& label) { return std::abs(label.x - x) < 1; });
+  };
   for (const LimitLine& line : chart.drawsAxes ? chart.xAxisLimitLines : std::vector<LimitLine>()) {
     if (theme::colour(line.colour).alpha() > 0) {
       QPen pen = limitPen(line);
@@ -232,6 +241,9 @@ void paintLimitLines(QCPPainter& painter, const BaseChartView& chart, const Char
       pen.setColor(faint);
       painter.setPen(pen);
       const double x = layout.xPixel(line.value);
+      if (areDense && !isLabelled(x)) {
+        continue;
+      }
       painter.drawLine(QLineF(x, area.top, x, area.bottom));
     }
   }

@@ -155,7 +155,8 @@ void TableView::fitColumns() {
     if (isColumnHidden(column)) {
       continue;
     }
-    int width = horizontalHeader()->sectionSizeHint(column);
+    // A heading that is not shown needs no room.
+    int width = horizontalHeader()->isHidden() ? 0 : horizontalHeader()->sectionSizeHint(column);
     for (int row = 0; row < rows; row += step) {
       const QModelIndex index = model()->index(row, column);
       const QVariant font = index.data(Qt::FontRole);
