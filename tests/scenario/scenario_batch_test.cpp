@@ -224,7 +224,7 @@ TEST(ScenarioBatches, AreNotChangedByARefresh) {
   market.equity->quoteProvider.reset();
   observed.waitForTheEnd();
   EXPECT_EQ(observed.error, nullptr);
-  EXPECT_EQ(linesOf(observed.batch), expected);
+  ASSERT_EQ(linesOf(observed.batch), expected);
   EXPECT_EQ(observed.batch.results().front()->analysis.portfolio->name, "ABC Scenario");
 }
 
