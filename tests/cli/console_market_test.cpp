@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/console_program.h"
+#include "samplemarket/sample_market.h"
 
 namespace corvane {
 namespace {
@@ -85,6 +86,37 @@ TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
   EXPECT_EQ(offline.exitCode, 1);
   EXPECT_THAT(offline.err, StartsWith("corvane-cli: Savings: "));
   EXPECT_EQ(program.run("value Family --offline --sample-market").exitCode, 2);
+}
+
+/// The cache knows prices and rates from a run with the service, which is gone by the next.
+TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
+  makeFamily();
+  const std::string holdings =
+      "export holdings Family --portfolio Savings --to 2024-12-31 --out h.csv --fields "
+      "symbol,sharesHeld,marketValue";
+  const ProgramResult empty = program.run(holdings + " --offline");
+  EXPECT_EQ(empty.exitCode, 1);
+  EXPECT_THAT(empty.err, AllOf(HasSubstr("corvane-cli: No rates of USD.\n"),
+                               HasSubstr("corvane-cli: No value of BOREA.TO: ")));
+  EXPECT_THAT(file("h.csv"), HasSubstr("\"BOREA.TO\",\"60\",\"\"")) << "the rest is written";
+
+  auto market = std::make_unique<SampleMarket>();
+  std::filesystem::create_directories(program.folder / "config/corvane");
+  testing::writeText(program.folder / "config/corvane/settings.json",
+                     R"({"quoteService.scheme": "http", "quoteService.apiHost": "127.0.0.1",)"
+                     R"( "quoteService.webHost": "127.0.0.1", "quoteService.port": )" +
+                         std::to_string(market->port()) + "}");
+  EXPECT_EQ(program.output(holdings), "");
+  const std::string told = file("h.csv");
+  EXPECT_THAT(told, AllOf(HasSubstr("\"USD\",\"972.8\",\"1304.8925184\""),
+                          HasSubstr("\"CASTR\",\"25\",\"1943.656722\"")));
+  const std::string worth = program.output("value Family");
+  market.reset();
+  std::filesystem::remove(program.folder / "h.csv");
+
+  EXPECT_EQ(program.output(holdings + " --offline"), "");
+  EXPECT_EQ(file("h.csv"), told);
+  EXPECT_EQ(program.output("value Family --offline"), worth);
 }
 
 TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSaysSo) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <optional>
 
@@ -12,6 +13,7 @@
 #include "exchange/exports/portfolio_gain_loss_exporter.h"
 #include "exchange/exports/portfolio_holdings_exporter.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
+#include "ledger/reports/asset_lines.h"
 #include "platform/system/terminal.h"
 
 namespace corvane::cli {
@@ -35,9 +37,32 @@ ClosedRange<YearMonthDay> daysOf(const CommandLine& line, const PortfolioPointer
   return {first, last};
 }
 
+/// Tells of what is held at the end of `slice` and has no value there, without those that `isTold`
+/// says the user knows of. Whether everything has one.
+bool everythingHasAValue(const PortfolioDataSlice& slice,
+                         const std::function<bool(const PortfolioAsset&)>& isTold,
+                         const Console& console) {
+  bool isComplete = true;
+  for (const PortfolioAsset& asset : slice.assetEntries({.excludingZero = true})) {
+    const Currency* cash = asset.cash();
+    const HoldingLine line = cash != nullptr ? holdingLine(slice.lastSnapshot(), *cash)
+                                             : holdingLine(slice.lastSnapshot(), asset.equity());
+    if (line.marketValue) {
+      continue;
+    }
+    isComplete = false;
+    if (!isTold(asset)) {
+      console.warn(cash != nullptr ? "No rates of " + std::string(cash->code) + "."
+                                   : "No value of " + asset.equity()->symbol +
+                                         ": its price, or the rate of its currency, is missing.");
+    }
+  }
+  return isComplete;
+}
+
 /// Fetches the daily balance sheets of `slice`. What has no price is told as a warning where the
-/// figures need one.
-void fetchSnapshots(PortfolioDataSlice& slice, bool needsPrices, PortfolioManager& manager,
+/// figures need one. Whether all that are needed are there.
+bool fetchSnapshots(PortfolioDataSlice& slice, bool needsPrices, PortfolioManager& manager,
                     const Console& console) {
   EquitySet equities;
   for (const TransactionPointer& row : slice.portfolio->transactions()) {
@@ -58,7 +83,7 @@ void fetchSnapshots(PortfolioDataSlice& slice, bool needsPrices, PortfolioManage
   slice.snapshotGroup =
       std::make_shared<const PortfolioSnapshotGroup>(std::move(fetched.snapshotGroup));
   if (!needsPrices) {
-    return;
+    return true;
   }
   for (const auto& [equity, error] : fetched.fetchErrorsByEquity) {
     console.warn("No prices of " + equity->symbol + ". " + error->description().value_or(""));
@@ -67,19 +92,32 @@ void fetchSnapshots(PortfolioDataSlice& slice, bool needsPrices, PortfolioManage
     console.warn("No rates of " + std::string(currency.code) + ". " +
                  error->description().value_or(""));
   }
+  return everythingHasAValue(
+      slice,
+      [&](const PortfolioAsset& asset) {
+        return asset.cash() != nullptr ? fetched.fetchErrorsByCurrency.contains(*asset.cash())
+                                       : fetched.fetchErrorsByEquity.contains(asset.equity());
+      },
+      console);
 }
 
-std::shared_ptr<PortfolioExporter> makeExporter(const std::string& what, PortfolioDataSlice slice,
-                                                PortfolioManager& manager, const Console& console) {
+/// What is to be written, and whether it lacks no price.
+struct Contents {
+  std::shared_ptr<PortfolioExporter> exporter;
+  bool isComplete = true;
+};
+
+Contents contentsOf(const std::string& what, PortfolioDataSlice slice, PortfolioManager& manager,
+                    const Console& console) {
   if (what == "transactions") {
-    return PortfolioTransactionsExporter::make(*slice.portfolio, slice.transactions.value(),
-                                               nullptr);
+    return {
+        PortfolioTransactionsExporter::make(*slice.portfolio, slice.transactions.value(), nullptr)};
   }
-  fetchSnapshots(slice, what == "holdings", manager, console);
+  const bool isComplete = fetchSnapshots(slice, what == "holdings", manager, console);
   if (what == "holdings") {
-    return PortfolioHoldingsExporter::make(std::move(slice), nullptr);
+    return {PortfolioHoldingsExporter::make(std::move(slice), nullptr), isComplete};
   }
-  return PortfolioGainLossExporter::make(std::move(slice), nullptr);
+  return {PortfolioGainLossExporter::make(std::move(slice), nullptr), isComplete};
 }
 
 /// Plain figures and days, which programs and spreadsheets everywhere read alike.
@@ -116,7 +154,8 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
                                 prices ? prices->provider() : makeOfflineProvider());
   PortfolioDataSlice slice{.portfolio = workspace.portfolio(line.required("--portfolio"))};
   slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
-  const auto exporter = makeExporter(what, std::move(slice), *workspace.manager(), console);
+  const auto [exporter, isComplete] =
+      contentsOf(what, std::move(slice), *workspace.manager(), console);
   if (exporter->exportRowCount() < 1) {
     console.warn("There are no " + what + " in these days. Nothing has been exported.");
     throw Failed(exitCode::failure);
@@ -131,6 +170,9 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
   pumpUntil([&] { return outcome.has_value(); }, [&] { window->cancel(); });
   if (!*outcome) {
     throw Failed(terminal::wasInterrupted() ? exitCode::interrupted : exitCode::failure);
+  }
+  if (!isComplete) {
+    throw Failed(exitCode::failure);  // What is missing has been told; the rest is in the file.
   }
 }
 
@@ -158,7 +200,9 @@ Command exportCommand() {
           "import:\n  --fields tradeDate,settlementDate,type,symbol,numberOfShares,sharesNet,"
           "cashAmount,,\\\n    cashCurrency,exchangeRate,equivalentAmount,,costBaseAdded,,,note\n"
           "\nHoldings are those at the end of the last day. Gains are those of what was bought or "
-          "sold in\nthe days.\n",
+          "sold in\nthe days. Where a price or a rate is missing, its cells stay empty and the "
+          "exit "
+          "code is 1.\n",
       .run = &exportPortfolio};
 }
 

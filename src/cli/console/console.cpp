@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/system/terminal.h"
 
 namespace corvane::cli {
@@ -10,6 +11,14 @@ namespace {
 class OfflineProvider : public QuoteProvider {
  public:
   [[nodiscard]] std::string providerName() const override { return "YahooFinance"; }
+
+  /// Rates are in the cache under the service's names.
+  [[nodiscard]] EquityPointer exchangeRateEquity(const Currency& from,
+                                                 const Currency& to) override {
+    EquityPointer pair = equityWithId(YahooQuoteProvider::pairId(from, to));
+    pair->currency = to;
+    return pair;
+  }
 };
 
 }  // namespace

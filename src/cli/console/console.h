@@ -40,7 +40,8 @@ struct Console {
 };
 
 /// A provider for work on files alone: it knows symbols but asks no service. It goes by the name of
-/// the service, since a workspace keeps that name with the equities of its watchlist.
+/// the service, since a workspace keeps that name with the equities of its watchlist, and names
+/// exchange rates as the service does.
 [[nodiscard]] std::shared_ptr<QuoteProvider> makeOfflineProvider();
 
 /// Throws Failed where the user has interrupted the program. What takes its time calls this where

@@ -85,7 +85,10 @@ EquityPointer SwitchableQuoteProvider::equityWithId(std::string_view id) {
 
 EquityPointer SwitchableQuoteProvider::exchangeRateEquity(const Currency& from,
                                                           const Currency& to) {
-  return adopted(activeProvider().exchangeRateEquity(from, to));
+  // Only a source knows what its pairs are called, also in the cache. It does not ask the network.
+  QuoteProvider& namer =
+      dataSource == DataSource::cacheOnly ? *smartQuoteProvider : activeProvider();
+  return adopted(namer.exchangeRateEquity(from, to));
 }
 
 void SwitchableQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,

@@ -286,9 +286,13 @@ EquityPointer YahooQuoteProvider::equityWithId(std::string_view id) {
 }
 
 EquityPointer YahooQuoteProvider::exchangeRateEquity(const Currency& from, const Currency& to) {
-  EquityPointer equity = equityWithId(std::string(from.code) + std::string(to.code) + "=X");
+  EquityPointer equity = equityWithId(pairId(from, to));
   equity->currency = to;
   return equity;
+}
+
+std::string YahooQuoteProvider::pairId(const Currency& from, const Currency& to) {
+  return std::string(from.code) + std::string(to.code) + "=X";
 }
 
 void YahooQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,

@@ -48,6 +48,8 @@ class YahooQuoteProvider : public QuoteProvider {
   /// A pair with the neutral currency is none: nothing of it is asked for, and a fetch answers
   /// QuoteProviderError::NotAvailable.
   [[nodiscard]] EquityPointer exchangeRateEquity(const Currency& from, const Currency& to) override;
+  /// The service's name of a pair, under which the cache keeps it too.
+  [[nodiscard]] static std::string pairId(const Currency& from, const Currency& to);
 
   /// Reads the details of all `equities`, whose ids are distinct, with one request. The first
   /// failure ends it: equities before it are changed, the one that failed and those after it are
