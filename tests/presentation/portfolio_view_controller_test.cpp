@@ -2,6 +2,9 @@
 
 #include "presentation/portfolio/portfolio_view_controller.h"
 
+#include "marketdata/cache/cache_quote_provider.h"
+#include "marketdata/chain/switchable_quote_provider.h"
+#include "platform/net/url_request.h"
 #include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/screen/segue.h"
@@ -269,6 +272,69 @@ TEST_F(PortfolioViewControllerTest, WarnsOfWhatCouldNotBePriced) {
   screen->setPortfolio(other);
   EXPECT_EQ(screen->warning(), "");
   settle();
+}
+
+TEST_F(PortfolioViewControllerTest, ShowsWhatTheCacheHasWhileTheMarketCannotBeReached) {
+  const auto chain =
+      std::make_shared<SwitchableQuoteProvider>(prices, folder.path() / "cache.sqlite3");
+  manager->quoteProvider = chain;
+  const auto make = [&](const char* id) {
+    const EquityPointer equity = chain->equityWithId(id);
+    equity->currency = Currency::cad();
+    equity->calendar = manager->calendar;
+    chain->smartQuoteProvider->cacheProvider->storeEquity(equity);
+    return equity;
+  };
+  const EquityPointer kept = make("KEPT");
+  const EquityPointer unknown = make("NEW");
+  bool isOnline = true;
+  prices->script = [&](const QuoteQuery& query) -> ScriptedQuoteProvider::Answer {
+    if (!isOnline || query.equity == unknown) {
+      return failure(URLError(URLError::Code::cannotFindHost, "https://nowhere", ""));
+    }
+    Quote bar;
+    bar.open = bar.close = 7;
+    auto answer = ScriptedQuoteProvider::quotes(
+        ScriptedQuoteProvider::dailyBars(query, [&](YearMonthDay) { return std::optional(bar); }));
+    answer->durableDateRange = {query.dateRange.lower(),
+                                std::min(query.dateRange.upper(), day(2021, 3, 8))};
+    return answer;
+  };
+  on(day(2021, 3, 1));
+  record({deposit("1000"), Ledger::make(BasicTransaction::Trade{
+                               kept, {Currency::cad(), dec("50")}, dec("50"), dec("10")})});
+  MainLoop::drain();
+  show();
+  EXPECT_EQ(screen->warning(), "");
+  const auto online = series();
+  EXPECT_THAT(online, ElementsAre("CAD 950", "Net Deposits 1000", "KEPT 1020"));
+
+  isOnline = false;
+  screen->setPortfolio(portfolio);
+  settle();
+  EXPECT_EQ(series(), online);
+  EXPECT_THAT(screen->warning(), StartsWith("⚠️ The market cannot be reached. Prices from the "
+                                            "cache, up to March 7, 2021 at 4:00:00"));
+  record({Ledger::make(
+      BasicTransaction::Trade{unknown, {Currency::cad(), dec("50")}, dec("50"), dec("10")})});
+  settleAfterEdit();
+  EXPECT_THAT(screen->warning(),
+              HasSubstr(". ⚠️ Past performance is unavailable for symbol (NEW)"));
+  chain->dataSource = SwitchableQuoteProvider::DataSource::sourceOnly;
+  screen->reload(PortfolioViewController::DatesChanged{});
+  settle();
+  EXPECT_THAT(screen->warning(), HasSubstr("unavailable for symbols (KEPT, NEW)"))
+      << "who wants the network alone gets nothing else";
+
+  chain->dataSource = SwitchableQuoteProvider::DataSource::sourceAndCache;
+  screen->reload(PortfolioViewController::DatesChanged{});
+  settle();
+  isOnline = true;
+  NotificationCenter::defaultCenter().post(WatchlistManager::didRefreshPortfolioEquities, nullptr,
+                                           {portfolio});
+  settleAfterEdit();
+  EXPECT_THAT(screen->warning(),
+              StartsWith("⚠️ Past performance is unavailable for symbol (NEW)"));
 }
 
 TEST(PerformanceWarning, CountsWhatIsTooMuchToName) {

@@ -70,6 +70,13 @@ using Bars = Result<const std::vector<Quote>*>;
 void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
                                            YearMonthDay to,
                                            FetchDailySnapshotsCompletion completion) {
+  fetchDailySnapshots(portfolio, from, to, quoteProvider, std::move(completion));
+}
+
+void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
+                                           YearMonthDay to,
+                                           const std::shared_ptr<QuoteProvider>& prices,
+                                           FetchDailySnapshotsCompletion completion) {
   assert(portfolio->manager.lock().get() == this && "a portfolio of this manager");
   assert(from <= to && "a range must not end before it starts");
   const Days days{from, to};
@@ -100,7 +107,7 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
   // stamped. By the user's days the close of a market east of the user would stand a day too early,
   // on a day that may have other shares than it was paid for.
   for (const EquityPointer& equity : fetch->snapshots.equities()) {
-    request(fetch, quoteProvider, equity, days.datesIn(equity->calendar),
+    request(fetch, prices, equity, days.datesIn(equity->calendar),
             [equity, exchange = equity->calendar](Fetch& into, const Bars& bars) {
               if (bars) {
                 into.snapshots.addPrices(equity, **bars, exchange);
@@ -110,16 +117,14 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
             });
   }
   for (const Currency& currency : fetch->snapshots.foreignCurrencies()) {
-    const EquityPointer pair =
-        quoteProvider->exchangeRateEquity(currency, portfolio->primaryCurrency());
-    request(fetch, quoteProvider, pair, days.datesIn(london()),
-            [currency](Fetch& into, const Bars& bars) {
-              if (bars) {
-                into.snapshots.addRates(currency, **bars, london());
-              } else {
-                into.result.fetchErrorsByCurrency.emplace(currency, bars.error());
-              }
-            });
+    const EquityPointer pair = prices->exchangeRateEquity(currency, portfolio->primaryCurrency());
+    request(fetch, prices, pair, days.datesIn(london()), [currency](Fetch& into, const Bars& bars) {
+      if (bars) {
+        into.snapshots.addRates(currency, **bars, london());
+      } else {
+        into.result.fetchErrorsByCurrency.emplace(currency, bars.error());
+      }
+    });
   }
   fetch->group.notify(DispatchQueue::main(), [fetch, completion = std::move(completion)]() mutable {
     fetch->result.snapshotGroup = fetch->snapshots.merge();

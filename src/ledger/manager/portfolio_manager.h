@@ -184,6 +184,10 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// this returns where the ledger is inconsistent, otherwise always later.
   void fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from, YearMonthDay to,
                            FetchDailySnapshotsCompletion completion);
+  /// The same at the prices and rates of `prices`, which is not null.
+  void fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from, YearMonthDay to,
+                           const std::shared_ptr<QuoteProvider>& prices,
+                           FetchDailySnapshotsCompletion completion);
 
   /// The worth of `portfolio` at the recent prices of what it holds. Main queue only.
   ///

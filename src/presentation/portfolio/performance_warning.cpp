@@ -33,13 +33,21 @@ std::string phrase(std::vector<std::string> names, const std::string& singular,
 }  // namespace
 
 std::string performanceWarning(std::vector<std::string> symbols,
-                               std::vector<std::string> currencies) {
+                               std::vector<std::string> currencies,
+                               const std::optional<std::string>& lastStoredDate) {
   std::vector<std::string> phrases = {phrase(std::move(symbols), "symbol", "symbols"),
                                       phrase(std::move(currencies), "currency", "currencies")};
   std::erase(phrases, "");
-  return phrases.empty() ? ""
-                         : "⚠️ Past performance is unavailable for " +
-                               joined(phrases, " and ") + ". Graphed totals may be understated.";
+  std::vector<std::string> sentences;
+  if (lastStoredDate) {
+    sentences.push_back("⚠️ The market cannot be reached. Prices from the cache, up to " +
+                        *lastStoredDate + ".");
+  }
+  if (!phrases.empty()) {
+    sentences.push_back("⚠️ Past performance is unavailable for " + joined(phrases, " and ") +
+                        ". Graphed totals may be understated.");
+  }
+  return joined(sentences, " ");
 }
 
 }  // namespace corvane

@@ -4,11 +4,13 @@
 #include <array>
 #include <utility>
 
+#include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/overloaded.h"
 #include "platform/system/log.h"
 #include "presentation/portfolio/performance_warning.h"
 #include "presentation/portfolio/portfolio_chart.h"
 #include "presentation/portfolio/portfolio_date_presets.h"
+#include "presentation/screen/cache_fallback.h"
 #include "presentation/text/formatting.h"
 #include "storage/application/watchlist_manager.h"
 
@@ -127,6 +129,7 @@ void PortfolioViewController::setPortfolio(const PortfolioPointer& portfolio) {
                   .ymdRange = {datesPicker.startDate(), datesPicker.endDate()}};
   incompleteEquities_.clear();
   incompleteCurrencies_.clear();
+  endsOfStoredPrices_.clear();
   chart.noDataText.clear();
   chart.clear();
   rebuildAssetMenu();
@@ -225,9 +228,12 @@ void PortfolioViewController::rebuildDatePresets(const PortfolioManager& manager
 
 void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& manager) {
   ++fetchesUnderWay_;
+  const auto chain = std::dynamic_pointer_cast<SwitchableQuoteProvider>(manager->quoteProvider);
+  const auto fallback = chain == nullptr ? nullptr : std::make_shared<CacheFallback>(chain);
   manager->fetchDailySnapshots(
       currentData_.portfolio, currentData_.ymdRange.lower(), currentData_.ymdRange.upper(),
-      [self = weak_from_this(), portfolio = currentData_.portfolio,
+      fallback == nullptr ? manager->quoteProvider : fallback,
+      [self = weak_from_this(), fallback, portfolio = currentData_.portfolio,
        days = currentData_.ymdRange](FetchResult result) {
         const auto living = self.lock();
         if (living == nullptr) {
@@ -237,6 +243,10 @@ void PortfolioViewController::fetch(const std::shared_ptr<PortfolioManager>& man
         // Of the answers for one portfolio the last to arrive is shown. One for a portfolio that is
         // no longer on the screen has nothing to say about the one that is.
         if (living->currentData_.portfolio == portfolio) {
+          if (result) {
+            living->endsOfStoredPrices_ =
+                fallback == nullptr ? EquityMap<Date>() : fallback->endsOfStoredPrices();
+          }
           living->fetchDidEnd(std::move(result));
           // An answer for more days can arrive after the one for the days that were chosen since.
           // What it tells must not stay under the wrong dates.
@@ -263,10 +273,11 @@ void PortfolioViewController::fetchDidEnd(FetchResult result) {
   showInTabs();
 }
 
-/// Asks again where prices or rates could not be had: an equity that had not been refreshed yet is
-/// known better now, and a network that was down may be back.
+/// Asks again where prices or rates could not be had, or only from the cache: an equity that had
+/// not been refreshed yet is known better now, and a network that was down may be back.
 void PortfolioViewController::fetchWhatWasMissing() {
-  if (!incompleteEquities_.empty() || !incompleteCurrencies_.empty()) {
+  if (!incompleteEquities_.empty() || !incompleteCurrencies_.empty() ||
+      !endsOfStoredPrices_.empty()) {
     reload(DatesChanged{});
   }
 }
@@ -346,7 +357,15 @@ void PortfolioViewController::refreshWarning() {
       }
     }
   }
-  warning_ = performanceWarning(std::move(symbols), std::move(codes));
+  std::optional<std::string> lastDay;
+  if (!endsOfStoredPrices_.empty()) {
+    // The one that stands for all is the oldest: nothing on the screen is older than it says.
+    const auto oldest = std::ranges::min_element(endsOfStoredPrices_, {},
+                                                 [](const auto& entry) { return entry.second; });
+    lastDay = Formatting::equityDateFormatter(*oldest->first, *surroundings_.defaults)
+                  .string(oldest->second);
+  }
+  warning_ = performanceWarning(std::move(symbols), std::move(codes), lastDay);
 }
 
 void PortfolioViewController::showInTabs() {

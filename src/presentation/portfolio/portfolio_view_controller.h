@@ -97,7 +97,7 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const { return currentData_; }
   [[nodiscard]] const Heading& heading() const { return heading_; }
-  /// What the chart lacks, and why; empty where it lacks nothing.
+  /// What the chart lacks or has from the cache alone, and why; empty where it lacks nothing.
   [[nodiscard]] const std::string& warning() const { return warning_; }
   /// Whether prices are being fetched.
   [[nodiscard]] bool isFetching() const { return fetchesUnderWay_ > 0; }
@@ -162,6 +162,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   std::optional<PortfolioAsset> currentAsset_;
   EquitySet incompleteEquities_;
   CurrencySet incompleteCurrencies_;
+  /// Of what only the cache could be asked.
+  EquityMap<Date> endsOfStoredPrices_;
   std::string warning_;
   int fetchesUnderWay_ = 0;
   std::vector<Subscription> observations_;
