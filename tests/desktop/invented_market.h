@@ -21,6 +21,8 @@ class InventedMarket : public ScriptedQuoteProvider {
               dailyBars(query, [&](const YearMonthDay& day) { return barOf(query.equity, day); }));
         }) {}
 
+  int refreshes = 0;  ///< how often it was asked for recent prices
+
   [[nodiscard]] std::string providerName() const override { return "InventedMarket"; }
 
   /// The equity with its name, currency and recent price filled in.
@@ -54,6 +56,7 @@ class InventedMarket : public ScriptedQuoteProvider {
 
   void refreshEquities(std::vector<EquityPointer> /*equities*/,
                        RefreshCompletion completion) override {
+    ++refreshes;
     DispatchQueue::main()->async(
         [completion = std::move(completion)]() mutable { completion(nullptr); });
   }

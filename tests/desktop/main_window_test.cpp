@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QTabWidget>
@@ -46,6 +47,26 @@ TEST_F(MainWindowTest, MakesAPortfolioThroughTheForm) {
   EXPECT_TRUE(window->isWindowModified());
   EXPECT_TRUE(menuItem(*window, "Import Transactions")->isEnabled());
   EXPECT_EQ(named<QListView>(*window, "Portfolios")->selectionModel()->selectedIndexes().size(), 1);
+}
+
+TEST_F(MainWindowTest, RefreshesPricesOnCommandAndSaysHowOldTheyAre) {
+  const auto* status = window->findChild<QLabel*>("priceStatus");
+  ASSERT_NE(status, nullptr);
+  EXPECT_TRUE(status->isHidden()) << "there is nothing to refresh";
+  world.addPortfolio(*window, "Home");
+  world.defaults.set("lastAppBundleVersion", "1");  // no first run
+  world.application.delegate().applicationDidFinishLaunching();
+  ASSERT_TRUE(world.waitUntil([&] {
+    return status->text().startsWith("Prices refreshed at ") && status->text().contains("Next at ");
+  })) << status->text().toStdString();
+  EXPECT_FALSE(status->isHidden());
+  EXPECT_EQ(status->accessibleName(), "Prices: " + status->text());
+
+  QAction* refresh = menuItem(*window, "Refresh Prices");
+  EXPECT_EQ(refresh->shortcut(), QKeySequence(Qt::Key_F5));
+  const int before = world.market->refreshes;
+  refresh->trigger();
+  EXPECT_EQ(world.market->refreshes, before + 1);
 }
 
 TEST_F(MainWindowTest, CancelOfTheFormMakesNothing) {

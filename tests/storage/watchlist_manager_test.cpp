@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
 
 #include "support/ledger_builder.h"
 
@@ -163,6 +164,59 @@ TEST_F(WatchlistManagerTest, AChangeOfTheDataSourceAndANewDocumentRefreshAtOnce)
   manager->refreshPortfolios();
   waitFor([&] { return portfolioNews.size() == 4; });
   EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"BOTH"}));
+}
+
+TEST_F(WatchlistManagerTest, RefreshesEverythingWhenTheUserAsks) {
+  const auto manager = start();
+  waitFor([&] { return !watchlistNews.empty() && !portfolioNews.empty(); });
+  provider->refreshes.clear();
+  provider->isSlow = true;
+  manager->refreshNow();
+  manager->refreshNow();
+  EXPECT_THAT(provider->refreshes, ElementsAre(WatchedIds{"BOTH", "WATCHED"}, WatchedIds{"HELD"},
+                                               WatchedIds{"BOTH", "WATCHED"}))
+      << "impatience starts no second refresh of the portfolios beside the first";
+  for (auto& answer : provider->answers) {
+    answer();
+  }
+  waitFor([&] { return portfolioNews.size() == 2; });
+}
+
+TEST_F(WatchlistManagerTest, AskingByHandLeavesOneTimer) {
+  const auto manager = start({.watchlistRefreshInterval = 1h, .portfolioRefreshInterval = 200ms});
+  for (std::size_t i = 1; i <= 5; ++i) {
+    waitFor([&] { return portfolioNews.size() >= i; });
+    manager->refreshNow();
+  }
+  waitFor([&] { return portfolioNews.size() >= 6; });
+  const std::size_t before = portfolioNews.size();
+  std::ignore = MainLoop::runUntil([] { return false; }, 500ms);
+  EXPECT_LE(portfolioNews.size(), before + 3);
+}
+
+TEST_F(WatchlistManagerTest, TellsHowTheRefreshesGo) {
+  std::vector<WatchlistManager::Status> told;
+  const Subscription observer = NotificationCenter::defaultCenter().addObserver(
+      WatchlistManager::statusDidChange, nullptr,
+      [&](const WatchlistManager::Status& status) { told.push_back(status); },
+      DispatchQueue::main());
+  const Date begin = Date::now();
+  const auto manager = start();
+  EXPECT_TRUE(manager->status().isRefreshing);
+  EXPECT_FALSE(manager->status().refreshedAt);
+  waitFor([&] { return !told.empty() && !told.back().isRefreshing && portfolioNews.size() == 1; });
+  EXPECT_GE(manager->status().refreshedAt, begin);
+  EXPECT_EQ(manager->status().failure, nullptr);
+  EXPECT_GE(manager->status().nextAt, begin + 3600);
+
+  provider->fails = true;
+  model->watchlistEquities.clear();
+  manager->refreshNow();
+  EXPECT_FALSE(manager->status().nextAt) << "the portfolios' follows the end of this one";
+  waitFor([&] { return portfolioNews.size() == 2 && !manager->status().isRefreshing; });
+  EXPECT_EQ(*manager->status().failure, QuoteProviderError(QuoteProviderError::NotAvailable{}));
+  EXPECT_GE(manager->status().failedAt, manager->status().refreshedAt);
+  EXPECT_TRUE(manager->status().nextAt);
 }
 
 TEST_F(WatchlistManagerTest, ADocumentGetsTheRatesThatItsEquitiesTurnOutToNeed) {

@@ -188,6 +188,9 @@ void MainWindow::makeViewMenu() {
 void MainWindow::makeMarketMenu() {
   QMenu* menu = menuBar()->addMenu(QStringLiteral("P&rices"));
   AppDelegate& delegate = application_.delegate();
+  addAction(menu, QStringLiteral("&Refresh Prices"), QKeySequence(Qt::Key_F5),
+            [&delegate] { delegate.refreshPrices(); });
+  menu->addSeparator();
   QMenu* adjustments = menu->addMenu(QStringLiteral("Price &Adjustment"));
   const auto addChoice = [this](QMenu* to, const QString& text, std::function<void()> choose) {
     QAction* action = addAction(to, text, {}, [this, choose = std::move(choose)] {

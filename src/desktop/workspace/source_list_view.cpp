@@ -59,6 +59,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       newPortfolio_(new QPushButton(QStringLiteral("New…"))),
       search_(new EquityComboBoxView(controller_.equityComboBox, QStringLiteral("Search"))),
       add_(new QPushButton(QStringLiteral("Add"))),
+      priceStatus_(new QLabel),
       remove_(new QAction(QStringLiteral("Remove from Watchlist"), this)),
       moveUp_(new QAction(QStringLiteral("Move Up in Watchlist"), this)),
       moveDown_(new QAction(QStringLiteral("Move Down in Watchlist"), this)) {
@@ -91,6 +92,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   column->addSpacing(spacing::medium);
   addHeading(column, QStringLiteral("Watchlist"), nullptr);
   column->addWidget(watchlistView_, 1);
+  addPriceStatus(column);
 
   connect(newPortfolio_, &QPushButton::clicked, this, [this] { frame_->createPortfolioAction(); });
   connect(add_, &QPushButton::clicked, this, [this] { controller_.addToWatchlistAction(); });
@@ -146,6 +148,27 @@ void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* b
   column->addLayout(row);
 }
 
+/// Below the lists, in as many lines as the width makes of it.
+void SourceView::addPriceStatus(QVBoxLayout* column) {
+  priceStatus_->setObjectName(QStringLiteral("priceStatus"));
+  priceStatus_->setTextFormat(Qt::PlainText);
+  priceStatus_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  priceStatus_->setWordWrap(true);
+  priceStatus_->setFont(theme::font(0.85));
+  priceStatus_->setForegroundRole(QPalette::PlaceholderText);
+  priceStatus_->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, spacing::narrow);
+  column->addWidget(priceStatus_);
+}
+
+void SourceView::showPriceStatus() {
+  const QString text = qtText(controller_.priceStatus());
+  priceStatus_->setVisible(!text.isEmpty());
+  if (priceStatus_->text() != text) {
+    priceStatus_->setText(text);
+    priceStatus_->setAccessibleName(QStringLiteral("Prices: ") + text);
+  }
+}
+
 void SourceView::paintEvent(QPaintEvent* /*event*/) {
   QPainter(this).fillRect(rect(), theme::sidebarBackground());
 }
@@ -166,6 +189,7 @@ void SourceView::update(const MasterSourceViewController::Update& update) {
   isShowingSelection_ = false;
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   add_->setEnabled(controller_.canAddToWatchlist());
+  showPriceStatus();
   showSelection();
 }
 

@@ -8,6 +8,7 @@
 #include "presentation/frame/main_split_view_controller.h"
 
 class QAction;
+class QLabel;
 class QPushButton;
 class QVBoxLayout;
 
@@ -41,8 +42,10 @@ class SourceView : public QWidget {
  private:
   void addSearchBox(QVBoxLayout* column);
   void addHeading(QVBoxLayout* column, const QString& text, QWidget* button);
+  void addPriceStatus(QVBoxLayout* column);
   void update(const MasterSourceViewController::Update& update);
   void showSelection();
+  void showPriceStatus();
   void fitPortfolioList();
 
   std::shared_ptr<MainSplitViewController> frame_;
@@ -54,6 +57,7 @@ class SourceView : public QWidget {
   QPushButton* newPortfolio_;
   EquityComboBoxView* search_;
   QPushButton* add_;
+  QLabel* priceStatus_;
   QAction* remove_;
   QAction* moveUp_;
   QAction* moveDown_;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "core/market/price_adjuster.h"
-#include "storage/application/watchlist_manager.h"
+#include "presentation/frame/price_status_text.h"
 
 namespace corvane {
 namespace {
@@ -60,9 +60,33 @@ void MasterSourceViewController::observe() {
           [](Self& living, const EquitySet& equities) { living.reloadEquities(equities); });
   observe(WatchlistManager::didRefreshPortfolioEquities,
           [](Self& living, const auto& portfolios) { living.portfoliosDidRefresh(portfolios); });
+  observe(WatchlistManager::statusDidChange,
+          [](Self& living, const WatchlistManager::Status& status) {
+            living.refreshStatus_ = status;
+            living.changeHandler({});
+          });
   observe(PortfolioManager::didChangePortfolio, [](Self& living, const auto& change) {
     living.changeHandler({.reloadedPortfolioRows = living.rowsOf({change.portfolio})});
   });
+}
+
+/// What the refreshes bring prices of, as far as it can be listed now.
+EquitySet MasterSourceViewController::refreshedEquities() const {
+  const std::vector<EquityPointer> watched = watchlist();
+  EquitySet equities(watched.begin(), watched.end());
+  for (const PortfolioPointer& portfolio : portfolios()) {
+    try {
+      if (const auto manager = portfolio->manager.lock()) {
+        equities.merge(manager->valuationEquities(portfolio));
+      }
+    } catch (const Error&) {  // NOLINT(bugprone-empty-catch): a refresh passes over it as well
+    }
+  }
+  return equities;
+}
+
+std::string MasterSourceViewController::priceStatus() const {
+  return priceStatusText(refreshStatus_, refreshedEquities(), surroundings_.now());
 }
 
 template <typename Payload, typename Handler>

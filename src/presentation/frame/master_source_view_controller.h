@@ -15,6 +15,7 @@
 #include "presentation/controls/equity_combo_box.h"
 #include "presentation/frame/source_rows.h"
 #include "presentation/screen/screen_surroundings.h"
+#include "storage/application/watchlist_manager.h"
 #include "storage/workspace/workspace_model.h"
 
 namespace corvane {
@@ -52,7 +53,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   std::function<void(const DetailObject&)> sourceObjectChangedHandler = [](const DetailObject&) {};
   /// Called when the watchlist has other equities, or in another order.
   std::function<void()> watchlistChangedHandler = [] {};
-  /// Called when rows, selections or buttons have changed.
+  /// Called when rows, selections, buttons or priceStatus() have changed.
   std::function<void(const Update&)> changeHandler = [](const Update&) {};
 
   [[nodiscard]] std::weak_ptr<WorkspaceModel> documentModel() const override {
@@ -63,6 +64,10 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   [[nodiscard]] const DetailObject& currentDetailObject() const { return currentDetailObject_; }
   /// Shows `object`, also one that is in neither table, and selects its row where it has one.
   void setCurrentDetailObject(DetailObject object);
+
+  /// How old the prices are, what a refresh did not bring and why, and when the next one comes;
+  /// empty where there is nothing to refresh.
+  [[nodiscard]] std::string priceStatus() const;
 
   // The tables.
 
@@ -111,6 +116,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   };
 
   void observe();
+  [[nodiscard]] EquitySet refreshedEquities() const;
   template <typename Payload, typename Handler>
   void observe(const Topic<Payload>& topic, Handler handler);
   void takeQuoteProvider();
@@ -132,6 +138,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   ScreenSurroundings surroundings_;
   std::weak_ptr<WorkspaceModel> documentModel_;
   DetailObject currentDetailObject_;
+  WatchlistManager::Status refreshStatus_;
   std::vector<std::size_t> selectedWatchlistRows_;
   std::optional<std::size_t> selectedPortfolioRow_;
   EquityMap<Thumbnail> thumbnails_;  ///< of the equities of the watchlist

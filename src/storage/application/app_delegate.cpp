@@ -140,6 +140,12 @@ void AppDelegate::emptyCache() {
   announceQuoteDataSourceChange();
 }
 
+void AppDelegate::refreshPrices() {
+  if (watchlistManager_ != nullptr) {
+    watchlistManager_->refreshNow();
+  }
+}
+
 void AppDelegate::announceQuoteDataSourceChange() {
   surroundings_.shell->clearActivity();
   NotificationCenter::defaultCenter().post(quoteDataSourceChanged, this);

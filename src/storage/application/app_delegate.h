@@ -113,6 +113,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   /// Lets all open documents read from `source`. Not remembered between runs.
   void chooseDataSource(SwitchableQuoteProvider::DataSource source);
   void choosePriceAdjustment(PriceAdjustment adjustment);
+  /// Asks for all prices at once, without waiting for the next refresh.
+  void refreshPrices();
   /// Forgets all prices that were fetched.
   void emptyCache();
   void showNetworkActivity();

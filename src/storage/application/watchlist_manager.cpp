@@ -1,11 +1,16 @@
 #include "storage/application/watchlist_manager.h"
 
+#include <chrono>
 #include <iterator>
 
 #include "platform/system/log.h"
 
 namespace corvane {
 namespace {
+
+double secondsOf(DispatchQueue::Duration duration) {
+  return std::chrono::duration<double>(duration).count();
+}
 
 EquitySet difference(EquitySet equities, const EquitySet& others) {
   std::erase_if(equities, [&](const EquityPointer& equity) { return others.contains(equity); });
@@ -70,7 +75,12 @@ void WatchlistManager::refreshWatchlist() {
                        post();
                      }
                    });
+  nextWatchlistRefresh_ =
+      equities.empty()
+          ? std::nullopt
+          : std::optional(Date::now() + secondsOf(intervals_.watchlistRefreshInterval));
   recentlyRefreshedWatchlistEquities_ = std::move(equities);
+  postStatus();
 
   if (watchlistRefreshTimer_ != nullptr) {
     watchlistRefreshTimer_->invalidate();
@@ -83,11 +93,47 @@ void WatchlistManager::refreshWatchlist() {
                                             });
 }
 
+void WatchlistManager::refreshNow() {
+  refreshWatchlist();
+  if (portfolioPassesUnderWay_ > 0) {
+    return;
+  }
+  for (const auto& timer : portfolioRefreshTimers_) {
+    timer->invalidate();
+  }
+  portfolioRefreshTimers_.clear();
+  refreshPortfolios();
+}
+
+WatchlistManager::Status WatchlistManager::status() const {
+  Status status = outcome_;
+  status.isRefreshing = requestsUnderWay_ > 0;
+  for (const auto& next : {nextWatchlistRefresh_, nextPortfolioRefresh_}) {
+    if (next && (!status.nextAt || *next < *status.nextAt)) {
+      status.nextAt = next;
+    }
+  }
+  return status;
+}
+
+void WatchlistManager::postStatus() const {
+  NotificationCenter::defaultCenter().post(statusDidChange, this, status());
+}
+
+void WatchlistManager::requestDidEnd(const ErrorPointer& error) {
+  --requestsUnderWay_;
+  outcome_.failure = error;
+  (error == nullptr ? outcome_.refreshedAt : outcome_.failedAt) = Date::now();
+  postStatus();
+}
+
 void WatchlistManager::refreshPortfolios() {
   std::vector<PortfolioPointer> portfolios;
   for (const auto& model : openModels_()) {
     std::ranges::copy(model->portfolios(), std::back_inserter(portfolios));
   }
+  ++portfolioPassesUnderWay_;
+  nextPortfolioRefresh_.reset();
   const DispatchGroup group;
   refreshEquitySet(
       difference(valuationEquities(portfolios), recentlyRefreshedWatchlistEquities_),
@@ -101,6 +147,10 @@ void WatchlistManager::refreshPortfolios() {
                  if (self == nullptr) {
                    return;
                  }
+                 --self->portfolioPassesUnderWay_;
+                 self->nextPortfolioRefresh_ =
+                     Date::now() + secondsOf(self->intervals_.portfolioRefreshInterval);
+                 self->postStatus();
                  auto& timers = self->portfolioRefreshTimers_;
                  std::erase_if(timers, [](const auto& timer) { return !timer->isValid(); });
                  timers.push_back(Timer::scheduled(self->intervals_.portfolioRefreshInterval, false,
@@ -174,7 +224,14 @@ void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<
     }
     const std::string subject =
         std::to_string(partition.size()) + " equities in " + provider->providerName();
-    provider->refreshEquities(std::move(partition), [subject, ended](const ErrorPointer& error) {
+    ++requestsUnderWay_;
+    provider->refreshEquities(std::move(partition), [weakSelf = weak_from_this(), subject,
+                                                     ended](const ErrorPointer& error) {
+      DispatchQueue::main()->async([weakSelf, error] {
+        if (const auto self = weakSelf.lock()) {
+          self->requestDidEnd(error);
+        }
+      });
       if (error == nullptr) {
         Log::write("Watchlist refreshed ", subject, ".");
       } else {

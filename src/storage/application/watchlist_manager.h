@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -17,8 +18,9 @@ namespace corvane {
 /// Refreshes the equities of all watchlists on a fast timer and those that the portfolios hold on a
 /// slow one, each provider's in one call, and tells of what is in by notification.
 ///
-/// A refresh that fails is told in the log and tried again with the next timer. Main queue only;
-/// the two notifications are posted where the provider's completion runs, or on the main queue.
+/// A refresh that fails is told in the log and the status and tried again with the next timer. Main
+/// queue only; the two notifications are posted where the provider's completion runs, or on the
+/// main queue.
 class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   struct Passkey {};
 
@@ -34,6 +36,18 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
       "ca.orlend.corvane.WatchlistManager.didRefreshPortfolioEquities"};
   /// At this news both refreshes run at once.
   static constexpr Topic<NoPayload> quoteDataSourceChanged{"AppDelegate.quoteDataSourceChanged"};
+
+  /// How the refreshes go.
+  struct Status {
+    bool isRefreshing = false;
+    std::optional<Date> refreshedAt = {};  ///< when a request last succeeded; none in this run yet
+    ErrorPointer failure = nullptr;        ///< of the latest request; null where it succeeded
+    std::optional<Date> failedAt = {};     ///< when that was
+    std::optional<Date> nextAt = {};       ///< the next refresh that has something to ask for
+  };
+  /// Carries the status, which has changed. Posted on the main queue.
+  static constexpr Topic<Status> statusDidChange{
+      "ca.orlend.corvane.WatchlistManager.statusDidChange"};
 
   struct Intervals {
     DispatchQueue::Duration watchlistRefreshInterval{30.0};
@@ -53,6 +67,10 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   WatchlistManager& operator=(const WatchlistManager&) = delete;
 
   void refreshWatchlist();
+  /// Refreshes everything at once, as the user asked for. The timers start anew, and a refresh of
+  /// the portfolios that is under way is not joined by another.
+  void refreshNow();
+  [[nodiscard]] Status status() const;
 
   /// Refreshes what the portfolios need for a valuation and the watchlists do not bring anyway. A
   /// timer that is pending stays.
@@ -70,6 +88,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   void refreshEquitySet(EquitySet equities, const std::function<void()>& begins, Ended ended);
   /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
   void refreshRates(const WorkspaceModel& model, const EquitySet& known);
+  void requestDidEnd(const ErrorPointer& error);
+  void postStatus() const;
   /// Posts for as long as this manager lives; callable on any thread.
   template <typename Payload>
   [[nodiscard]] std::function<void()> poster(const Topic<Payload>& topic, Payload payload);
@@ -79,6 +99,11 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   std::shared_ptr<Timer> watchlistRefreshTimer_;
   /// Those of all passes that have not fired: a pass that somebody else started leaves one more.
   std::vector<std::shared_ptr<Timer>> portfolioRefreshTimers_;
+  std::optional<Date> nextWatchlistRefresh_;  ///< none where nothing is watched
+  std::optional<Date> nextPortfolioRefresh_;
+  int requestsUnderWay_ = 0;
+  int portfolioPassesUnderWay_ = 0;
+  Status outcome_;  ///< without what the members above tell
   EquitySet recentlyRefreshedWatchlistEquities_;
   std::minstd_rand random_{std::random_device{}()};
   Subscription dataSourceObservation_;
