@@ -3,6 +3,7 @@
 #include "presentation/frame/main_split_view_controller.h"
 
 #include "platform/net/url_request.h"
+#include "platform/text/formats/date_formatter.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/screen/segue.h"
 #include "storage/application/watchlist_manager.h"
@@ -98,30 +99,34 @@ TEST_F(MainSplitViewControllerTest, TellsTheAgeOfThePrices) {
     updates.clear();
     post(WatchlistManager::statusDidChange, status);
     EXPECT_THAT(updates, SizeIs(1));
-    std::string text = list.priceStatus();
-    for (std::size_t at = text.find("\u202F"); at != std::string::npos; at = text.find("\u202F")) {
-      text.replace(at, 3, " ");
-    }
-    return text;
+    return list.priceStatus();
   };
+  const auto clock = [](Date date, DateFormatter::Style time,
+                        DateFormatter::Style day = DateFormatter::Style::none) {
+    return DateFormatter{.dateStyle = day, .timeStyle = time}.string(date);
+  };
+  using enum DateFormatter::Style;
+  const std::string noon = clock(now, shortStyle);
+  const std::string next = clock(now + 30, mediumStyle);
   EXPECT_EQ(tell({.isRefreshing = true}), "Refreshing prices…");
   EXPECT_EQ(tell({.refreshedAt = now, .nextAt = now + 30}),
-            "Prices refreshed at 12:00 PM. Next at 12:00:30 PM.");
+            "Prices refreshed at " + noon + ". Next at " + next + ".");
   const ErrorPointer offline =
       URLError(URLError::Code::cannotFindHost, "https://nowhere", "no such host").copy();
   EXPECT_EQ(tell({.failure = offline, .failedAt = now, .nextAt = now + 30}),
-            "No prices yet. Refresh failed at 12:00 PM: The quote service cannot be reached. Next "
-            "at 12:00:30 PM.");
+            "No prices yet. Refresh failed at " + noon +
+                ": The quote service cannot be reached. Next at " + next + ".");
 
   quote(model->watchlistEquities[0]);
   model->watchlistEquities[0]->recentDate = now - 86400;
   model->watchlistEquities[2]->refreshProblem = "CC is no longer traded.";
   EXPECT_EQ(tell({.refreshedAt = now - 60, .failure = offline, .failedAt = now}),
-            "Latest price of Mar 9, 2021, 12:00 PM. Refresh failed at 12:00 PM: The quote service "
-            "cannot be reached. CC is no longer traded.");
+            "Latest price of " + clock(now - 86400, shortStyle, mediumStyle) +
+                ". Refresh failed at " + noon +
+                ": The quote service cannot be reached. CC is no longer traded.");
   model->watchlistEquities[1]->refreshProblem = "BB is no longer traded.";
   EXPECT_EQ(tell({.refreshedAt = now}),
-            "Prices refreshed at 12:00 PM. BB is no longer traded. 1 more without a price.");
+            "Prices refreshed at " + noon + ". BB is no longer traded. 1 more without a price.");
 }
 
 TEST_F(MainSplitViewControllerTest, ShowsWhatPortfoliosAreWorth) {

@@ -307,7 +307,7 @@ TEST_F(PortfolioViewControllerTest, ShowsWhatTheCacheHasWhileTheMarketCannotBeRe
   show();
   EXPECT_EQ(screen->warning(), "");
   const auto online = series();
-  EXPECT_THAT(online, ElementsAre("CAD 950", "KEPT 1020", "Net Deposits 1000"));
+  EXPECT_THAT(online, ElementsAre("CAD 950", "Net Deposits 1000", "KEPT 1020"));
 
   isOnline = false;
   screen->setPortfolio(portfolio);
