@@ -148,6 +148,11 @@ void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* b
   column->addLayout(row);
 }
 
+SourceView::~SourceView() {
+  // The box gives its handlers back, so it goes before what holds them.
+  delete search_;
+}
+
 /// Below the lists, in as many lines as the width makes of it.
 void SourceView::addPriceStatus(QVBoxLayout* column) {
   priceStatus_->setObjectName(QStringLiteral("priceStatus"));

@@ -27,6 +27,7 @@ class SourceView : public QWidget {
 
  public:
   explicit SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* parent = nullptr);
+  ~SourceView() override;
 
   [[nodiscard]] QAction* removeAction() const { return remove_; }
   /// Move the selected rows of the watchlist by one place.
