@@ -12,7 +12,6 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
-using ::testing::Not;
 using testing::ProgramResult;
 using ::testing::StartsWith;
 
@@ -116,8 +115,7 @@ TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
   std::filesystem::remove(program.folder / "h.csv");
 
   EXPECT_EQ(program.output(holdings + " --offline"), "");
-  EXPECT_THAT(file("h.csv"), HasSubstr("\"USD\",\"972.8\",\"1304.8925184\""));
-  EXPECT_THAT(file("h.csv"), Not(HasSubstr("\"\""))) << "every holding has its value";
+  EXPECT_EQ(file("h.csv"), told);
   EXPECT_EQ(program.output("value Family --offline"), worth);
 }
 

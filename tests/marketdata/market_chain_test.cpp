@@ -54,10 +54,10 @@ TEST(MarketChainTest, AsksForEveryDayOnce) {
   // The days on both sides, then the weekends in between, which nothing is known of yet.
   const auto whole = chain.fetch(outer()).value();
   EXPECT_EQ(charts(), 3);
-  EXPECT_THAT(chain.asked("CASTR"), ElementsAre(DateRange(opening(1, 5), opening(2, 7)), _, _));
+  EXPECT_THAT(chain.asked("CASTR"), ElementsAre(DateRange(opening(1, 5), opening(2, 8)), _, _));
   EXPECT_THAT(chain.asked("CASTR"),
               ::testing::IsSupersetOf({DateRange(opening(12, 15, 2025), opening(1, 5)),
-                                       DateRange(opening(2, 7), opening(2, 28))}));
+                                       DateRange(opening(2, 7), opening(3, 1))}));
   EXPECT_EQ(chain.fetch(outer()).value(), whole);
   EXPECT_EQ(charts(), 5);
   const auto direct = chain.service();
@@ -71,6 +71,26 @@ TEST(MarketChainTest, AsksForEveryDayOnce) {
   equity = chain.provider->equityWithId("CASTR");
   EXPECT_EQ(chain.fetch(outer()).value(), whole);
   EXPECT_EQ(charts(), before) << "nor in another run";
+}
+
+/// The last bar of a range of days ends after the range: at the next opening, or with its month.
+TEST(MarketChainTest, KeepsTheLastBarOfARangeOfThePast) {
+  const TestClock clock(now);
+  MarketChain chain(clock);
+  const auto equity = chain.refreshed("BOREA.TO");
+  const auto midnight = [](int month, int day) { return at("America/Toronto", 2025, month, day); };
+  for (const QuoteInterval interval : {oneDay, oneWeek, oneMonth}) {
+    for (const PriceAdjustment prices : bases) {
+      const auto query = bars(equity, midnight(9, 1), midnight(12, 18), interval, prices);
+      const auto told = chain.fetch(query).value();
+      EXPECT_EQ(told.durableDateRange.upper(), query.dateRange.upper());
+      EXPECT_FALSE(told.quotes->back().isPartial) << "it has ended long ago";
+      chain.provider->dataSource = DataSource::cacheOnly;
+      EXPECT_TRUE(areSame(chain.fetch(query).value().quotes.value(), *told.quotes))
+          << json(interval).text() << " in " << caseName(prices);
+      chain.provider->dataSource = DataSource::sourceAndCache;
+    }
+  }
 }
 
 TEST(MarketChainTest, FetchesAllAfreshOnceASplitTurnsUp) {

@@ -74,14 +74,14 @@ class SmartQuoteProviderTest : public ::testing::Test {
 
 TEST_F(SmartQuoteProviderTest, AsksOnlyForWhatItHasNotKept) {
   EXPECT_EQ(quotes(10, 20, marketNominal), truth(10, 20, marketNominal));
-  EXPECT_THAT(asked(), ElementsAre(days(10, 20)));
+  EXPECT_THAT(asked(), ElementsAre(days(10, 21))) << "with the bar that the end may fall in";
 
   const auto wider = fetch(dailyQuotes(abc, days(5, 25), marketNominal));
   EXPECT_EQ(*wider->quotes, truth(5, 25, marketNominal));
   EXPECT_EQ(wider->durableDateRange, days(5, 25));
-  EXPECT_THAT(asked(), ElementsAre(days(5, 10), days(20, 25)));
+  EXPECT_THAT(asked(), ElementsAre(days(5, 10), days(21, 26)));
   for (const Quote& quote : *wider->quotes) {
-    EXPECT_EQ(quote.isCached, days(10, 20).contains(quote.fromDate)) << quote;
+    EXPECT_EQ(quote.isCached, days(10, 21).contains(quote.fromDate)) << quote;
   }
 
   const auto again = quotes(5, 25, marketNominal);
@@ -138,7 +138,7 @@ TEST_F(SmartQuoteProviderTest, HandsOutButDoesNotKeepWhatIsNotFinal) {
     const auto result = fetch(dailyQuotes(abc, days(10, 20), adjustedForSplits));
     EXPECT_EQ(*result->quotes, truth(10, 20, adjustedForSplits));
     EXPECT_TRUE(result->durableDateRange.isEmpty());
-    EXPECT_THAT(asked(), ElementsAre(days(10, 20)));
+    EXPECT_THAT(asked(), ElementsAre(days(10, 21)));
   }
   // A piece without anything final adds nothing to what is final of the others.
   source->isDurable = true;
@@ -152,14 +152,14 @@ TEST_F(SmartQuoteProviderTest, KeepsNothingOfAFetchThatFailsInPart) {
   quotes(20, 40, marketNominal);
   source->daysPerQuery = 10;
   source->refusal = [](const QuoteQuery& query) {
-    return query.dateRange == days(40, 50) ? anError("No line.") : nullptr;
+    return query.dateRange == days(41, 51) ? anError("No line.") : nullptr;
   };
   const auto query = dailyQuotes(abc, days(10, 60), marketNominal);
   EXPECT_EQ(*fetch(query).error(), *anError("No line."));
   asked();
   source->refusal = [](const QuoteQuery&) { return nullptr; };
   EXPECT_EQ(*fetch(query)->quotes, truth(10, 60, marketNominal));
-  EXPECT_THAT(asked(), ElementsAre(days(10, 20), days(40, 50), days(50, 60)));
+  EXPECT_THAT(asked(), ElementsAre(days(10, 20), days(41, 51), days(51, 61)));
 }
 
 TEST_F(SmartQuoteProviderTest, FailsWhenTheHistoryForAConversionCannotBeHad) {

@@ -37,6 +37,38 @@ QuoteQuery withOneBarMore(QuoteQuery missing, QuoteInterval interval) {
   return missing;
 }
 
+/// Whether bars of this length can be cut off by the end of a range of days: shorter ones end with
+/// their trading period, and some are never final.
+bool canReachBeyondADay(QuoteInterval interval) {
+  return interval == QuoteInterval::oneDay || interval == QuoteInterval::oneWeek ||
+         interval == QuoteInterval::oneMonth;
+}
+
+/// `query`, with the length of one bar more where it asks for bars of the past. A bar of a day
+/// begins with its session and is final 24 hours later, after the midnight with which most queries
+/// end. An answer up to there would leave the last bar unfinished, which cannot be kept; every
+/// later look would ask for it again, and without a network it would be missing.
+QuoteQuery withLastBar(QuoteQuery query) {
+  const auto* quotes = std::get_if<QuoteQuery::Quotes>(&query.seeking);
+  const bool isPast =
+      query.equity->recentDate && query.dateRange.upper() < *query.equity->recentDate;
+  if (quotes == nullptr || !canReachBeyondADay(quotes->interval) || !isPast ||
+      query.dateRange.isEmpty()) {
+    return query;
+  }
+  const QuoteInterval interval = quotes->interval;
+  return withOneBarMore(std::move(query), interval);
+}
+
+/// What of `piece` begins before the end of `wanted`.
+QuoteFetchResult cutTo(const DateRange& wanted, QuoteFetchResult piece) {
+  piece.durableDateRange = piece.durableDateRange.clamped(wanted);
+  if (piece.quotes) {
+    std::erase_if(*piece.quotes, [&](const Quote& bar) { return bar.fromDate >= wanted.upper(); });
+  }
+  return piece;
+}
+
 template <typename Element, typename Dates>
 void sortByDate(std::vector<Element>& list, Dates date) {
   if (!std::ranges::is_sorted(list, std::less<>(), date)) {
@@ -69,21 +101,37 @@ void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
   try {
     CacheQuoteProvider& cache = *provider_->cacheProvider;
     latestEventDate_ = cache.latestEventDate(query_.equity);
-    const auto plan = cache.coveragePlan(withAllKnownEvents(query_));
+    const QuoteQuery sought = withAllKnownEvents(query_);
+    const CoveragePlan plan = cache.coveragePlan(withLastBar(sought));
     timesCleared_ = provider_->timesCleared(query_.equity);
+    const auto wantedOf = [&](const QuoteQuery& piece) {
+      return piece.dateRange.clamped(sought.dateRange);
+    };
+    // What begins after the end is not part of the answer, but tells what the bar before it meets.
+    const auto isBeyond = [&](const QuoteQuery& piece) {
+      return !sought.dateRange.isEmpty() && piece.dateRange.lower() >= sought.dateRange.upper();
+    };
     for (const QuoteQuery& exact : plan.exactQueries) {
-      widen(exact.dateRange);
-      gather(read(exact));
+      QuoteFetchResult kept = read(exact);
+      if (!isBeyond(exact)) {
+        widen(wantedOf(exact));
+        gather(cutTo(wantedOf(exact), std::move(kept)));
+      }
     }
     std::vector<QuoteFetchResult> convertible;
     for (const QuoteQuery& cached : plan.convertibleQueries) {
       convertible.push_back(read(cached));
     }
     for (std::size_t i = 0; i < convertible.size(); ++i) {
-      convert(plan.convertibleQueries[i], std::move(convertible[i]), *adjuster);
+      const QuoteQuery& cached = plan.convertibleQueries[i];
+      if (!isBeyond(cached)) {
+        convert(cached, wantedOf(cached), std::move(convertible[i]), *adjuster);
+      }
     }
     for (const QuoteQuery& missing : plan.missingQueries) {
-      requestMissing(missing, adjuster);
+      if (!isBeyond(missing)) {
+        requestMissing(missing, wantedOf(missing), adjuster);
+      }
     }
   } catch (const Error& error) {
     // What is under way already ends in lists that nobody looks at any more.
@@ -121,7 +169,7 @@ bool SmartFetch::isSeam(Date date) const {
   return std::ranges::find(seams_, date) != seams_.end();
 }
 
-void SmartFetch::convert(const QuoteQuery& cached, QuoteFetchResult result,
+void SmartFetch::convert(const QuoteQuery& cached, const DateRange& wanted, QuoteFetchResult result,
                          PriceAdjuster& adjuster) {
   const QuoteQuery target{cached.equity, cached.dateRange, query_.seeking};
   if (result.quotes && !result.quotes->empty() && isSeam(cached.dateRange.upper())) {
@@ -131,19 +179,18 @@ void SmartFetch::convert(const QuoteQuery& cached, QuoteFetchResult result,
   }
   group_.enter();
   adjuster.adjust(std::move(result), target,
-                  [self = shared_from_this(), target](Result<QuoteFetchResult> adjusted) {
-                    self->end(std::move(adjusted), target, target.dateRange, target.dateRange);
+                  [self = shared_from_this(), target, wanted](Result<QuoteFetchResult> adjusted) {
+                    self->end(std::move(adjusted), target, wanted, wanted);
                   });
 }
 
 /// A range without the start of a bar can be covered before the bar that reaches into it is
 /// finished. What is missing before it is then asked for beyond its end, or the service would cut
 /// that bar off for ever.
-void SmartFetch::requestMissing(const QuoteQuery& missing,
+void SmartFetch::requestMissing(const QuoteQuery& missing, const DateRange& wanted,
                                 const std::shared_ptr<PriceAdjuster>& adjuster) {
-  const DateRange& wanted = missing.dateRange;
   const auto* quotes = std::get_if<QuoteQuery::Quotes>(&query_.seeking);
-  const QuoteQuery asked = quotes != nullptr && isSeam(wanted.upper())
+  const QuoteQuery asked = quotes != nullptr && isSeam(missing.dateRange.upper())
                                ? withOneBarMore(missing, quotes->interval)
                                : missing;
   for (const QuoteQuery& chunk : provider_->sourceProvider->sourceQueries(asked)) {
@@ -171,11 +218,7 @@ void SmartFetch::end(Result<QuoteFetchResult> answer, const QuoteQuery& asked,
     }
     QuoteFetchResult piece = *answer;
     if (asked.dateRange.upper() > wanted.upper()) {
-      piece.durableDateRange = piece.durableDateRange.clamped(wanted);
-      if (piece.quotes) {
-        std::erase_if(*piece.quotes,
-                      [&](const Quote& bar) { return bar.fromDate >= wanted.upper(); });
-      }
+      piece = cutTo(wanted, std::move(piece));
     }
     widen(finalRange.value_or(piece.durableDateRange));
     try {

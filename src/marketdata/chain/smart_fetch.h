@@ -38,8 +38,10 @@ class SmartFetch : public std::enable_shared_from_this<SmartFetch> {
   [[nodiscard]] QuoteQuery withAllKnownEvents(QuoteQuery query) const;
   [[nodiscard]] QuoteFetchResult read(const QuoteQuery& cached);
   [[nodiscard]] bool isSeam(Date date) const;
-  void convert(const QuoteQuery& cached, QuoteFetchResult result, PriceAdjuster& adjuster);
-  void requestMissing(const QuoteQuery& missing, const std::shared_ptr<PriceAdjuster>& adjuster);
+  void convert(const QuoteQuery& cached, const DateRange& wanted, QuoteFetchResult result,
+               PriceAdjuster& adjuster);
+  void requestMissing(const QuoteQuery& missing, const DateRange& wanted,
+                      const std::shared_ptr<PriceAdjuster>& adjuster);
   void request(const QuoteQuery& asked, const DateRange& wanted,
                const std::shared_ptr<PriceAdjuster>& adjuster);
 
