@@ -373,9 +373,10 @@ TEST_F(ServiceChainTest, ChartsDoNotWaitForAccess) {
   const auto equity = provider->equityWithId("TAMRK.TO");
   auto refreshing = expecting<ErrorPointer>();
   provider->refreshEquities({equity}, refreshing.completion());
-  equity->currency = Currency::cad();
   EXPECT_TRUE(fetch(equity, now - 9 * day, now, QuoteInterval::oneDay));
   EXPECT_EQ(*refreshing.count, 0);
+  EXPECT_EQ(equity->currency, Currency::cad()) << "a chart tells it as well";
+  EXPECT_EQ(equity->calendar.timeZone().identifier(), "America/Toronto");
   market.releaseSlowAnswers();
   EXPECT_EQ(awaited(refreshing), nullptr);
 }

@@ -46,7 +46,8 @@ EquitySet equitiesOfValuation(const PortfolioSnapshot& snapshot, const Currency&
                               QuoteProvider& quotes) {
   EquitySet equities;
   const auto addRate = [&](const Currency& currency) {
-    if (currency != primary) {
+    // Of an equity that has never been refreshed the currency is not known yet.
+    if (currency != primary && currency != Currency::noCurrency()) {
       equities.insert(quotes.exchangeRateEquity(currency, primary));
     }
   };

@@ -232,7 +232,23 @@ bool YahooTradingPeriods::endAt(Date date) const {
   return std::binary_search(ends_.begin(), ends_.end(), date);
 }
 
+/// What an equity is traded in, and by which clocks, a chart tells as well as a refresh does.
+/// Prices may be asked for before the first refresh has come.
+static void learnUnitAndZone(EquityInfo& equity, const Meta& meta) {
+  if (equity.isAuthoritative) {
+    return;
+  }
+  const auto unit = PriceUnit::withCode(meta.currency);
+  if (unit && equity.currency == Currency::noCurrency()) {
+    equity.currency = unit->currency;
+  }
+  if (const auto zone = TimeZone::withIdentifier(meta.exchangeTimezoneName)) {
+    equity.calendar = Calendar(*zone);
+  }
+}
+
 void applyChart(EquityInfo& equity, const Meta& meta, const YahooTradingPeriods& periods) {
+  learnUnitAndZone(equity, meta);
   if (!equity.firstTradeDate) {
     equity.firstTradeDate = meta.firstTradeDate;
   }

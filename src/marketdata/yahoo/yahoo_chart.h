@@ -43,7 +43,8 @@ struct YahooChartRequest {
   Currency currency;
 };
 
-/// Sets the session and the price of `equity` that a chart tells. Main queue only.
+/// Sets the session and the price of `equity` that a chart tells; where no refresh has told them
+/// yet, also its currency and time zone. Main queue only.
 void applyChart(EquityInfo& equity, const YahooFinanceAPI::Meta& meta,
                 const YahooTradingPeriods& periods);
 

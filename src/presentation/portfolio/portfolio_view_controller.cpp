@@ -292,7 +292,10 @@ void PortfolioViewController::take(PortfolioManager::FetchDailySnapshotsResult r
   }
   incompleteCurrencies_.clear();
   for (const auto& [currency, error] : result.fetchErrorsByCurrency) {
-    Log::write("Failed to fetch exchange rates for ", currency.code, ": ", *error);
+    // The neutral one is that of an equity of which a refresh has told nothing yet.
+    if (currency != Currency::noCurrency()) {
+      Log::write("Failed to fetch exchange rates for ", currency.code, ": ", *error);
+    }
     incompleteCurrencies_.insert(currency);
   }
 }
