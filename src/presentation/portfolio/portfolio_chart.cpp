@@ -14,10 +14,9 @@ namespace corvane {
 namespace {
 
 constexpr double fillAlpha = 0.5;
-/// How far bands fade into the background: every other one starts further on its way, so that no
-/// two neighbours look alike.
-constexpr double mostFading = 0.2;
-constexpr double fadingOfEveryOther = 0.4;
+/// Bands go from blue at the bottom on to purple, and every other one is paler: neighbours differ
+/// in lightness, which everybody sees, and no two bands of a chart have one tone in the legend.
+constexpr double fadingOfEveryOther = 0.45;
 constexpr double netDepositsWidth = 2;
 constexpr std::string_view netDepositsLabel = "Net Deposits";
 
@@ -55,19 +54,23 @@ class Stack {
   }
 
   [[nodiscard]] StackedSeries take() {
-    for (std::size_t i = 0; i < series_.size(); ++i) {
-      series_[i].fill = tone(i).withAlpha(fillAlpha);
+    for (std::size_t band = 0; band < series_.size(); ++band) {
+      const Colour full = fullTone(band);
+      const Colour tone =
+          band % 2 == 0 ? full : full.blended(fadingOfEveryOther, Colour::Name::controlBackground);
+      series_[band].colour = full;
+      series_[band].fill = tone.withAlpha(fillAlpha);
     }
     return {std::move(series_), std::move(sums_)};
   }
 
  private:
-  [[nodiscard]] Colour tone(std::size_t band) const {
+  [[nodiscard]] Colour fullTone(std::size_t band) const {
     const Colour blue = Colour::Name::systemBlue;
-    const double fading =
-        mostFading * static_cast<double>(band) / static_cast<double>(series_.size()) +
-        (band % 2 == 0 ? 0 : fadingOfEveryOther);
-    return fading == 0 ? blue : blue.blended(fading, Colour::Name::controlBackground);
+    return band == 0
+               ? blue
+               : blue.blended(static_cast<double>(band) / static_cast<double>(series_.size() - 1),
+                              Colour::Name::systemPurple);
   }
 
   const DailySnapshots& snapshots_;
