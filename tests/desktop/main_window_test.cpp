@@ -4,6 +4,7 @@
 
 #include <QAccessible>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -47,6 +48,50 @@ TEST_F(MainWindowTest, MakesAPortfolioThroughTheForm) {
   EXPECT_TRUE(window->isWindowModified());
   EXPECT_TRUE(menuItem(*window, "Import Transactions")->isEnabled());
   EXPECT_EQ(named<QListView>(*window, "Portfolios")->selectionModel()->selectedIndexes().size(), 1);
+}
+
+/// The headings of `table` from left to right.
+QStringList headings(const QTableView& table) {
+  QStringList shown;
+  const QHeaderView& heading = *table.horizontalHeader();
+  for (int place = 0; place < heading.count(); ++place) {
+    const int column = heading.logicalIndex(place);
+    if (!table.isColumnHidden(column)) {
+      shown.append(table.model()->headerData(column, Qt::Horizontal).toString());
+    }
+  }
+  return shown;
+}
+
+TEST_F(MainWindowTest, KeepsTheColumnsOfATableAsTheyWereChosen) {
+  const auto portfolio = world.addPortfolio(*window, "Home");
+  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  auto* table = window->findChild<QTableView*>("holdings");
+  const std::vector<std::string> none = {"name"};
+  const QStringList before = headings(*table);
+  ASSERT_GT(before.size(), 4);
+  const int sized = table->horizontalHeader()->logicalIndex(2);
+
+  QAction* column = menuItem(*window, before[1]);
+  ASSERT_TRUE(column->isCheckable());
+  column->trigger();
+  table->horizontalHeader()->moveSection(3, 0);
+  table->horizontalHeader()->resizeSection(sized, 211);
+  ASSERT_TRUE(world.waitUntil([&] {
+    return world.defaults.stringList("columns.holdings").value_or(none).front() != "name";
+  }));
+  QStringList chosen = before;
+  chosen.move(3, 0);
+  chosen.removeOne(before[1]);
+  EXPECT_EQ(headings(*table), chosen);
+
+  const auto other = world.newWindow();
+  ASSERT_TRUE(DesktopWorld::show(*other, world.addPortfolio(*other, "Home")));
+  auto* again = other->findChild<QTableView*>("holdings");
+  EXPECT_EQ(headings(*again), chosen);
+  EXPECT_EQ(again->columnWidth(sized), 211);
+  menuItem(*other, "Reset Columns")->trigger();
+  EXPECT_EQ(headings(*again), before);
 }
 
 TEST_F(MainWindowTest, RefreshesPricesOnCommandAndSaysHowOldTheyAre) {

@@ -129,16 +129,16 @@ TableView::TableView(const QString& accessibleName, QWidget* parent) : QTableVie
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 11);
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setMinimumSectionSize(48);
+  connect(horizontalHeader(), &QHeaderView::sectionResized, this, &TableView::noteWidth);
 }
 
 void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
+  table_ = &table;
   setModel(adapter);
   const auto found = std::ranges::find(table.columns(), nameColumn, &TableColumn::identifier);
   stretchedColumn_ =
       found == table.columns().end() ? 0 : static_cast<int>(found - table.columns().begin());
-  for (std::size_t column = 0; column < table.columns().size(); ++column) {
-    setColumnHidden(static_cast<int>(column), table.columns()[column].isHidden);
-  }
+  showColumns();
   connect(adapter, &QAbstractItemModel::modelReset, this, &TableView::fitColumns);
   fitColumns();
 }
@@ -147,36 +147,98 @@ void TableView::fitColumns() {
   if (model() == nullptr) {
     return;
   }
-  const int rows = model()->rowCount();
-  const int step = std::max(1, rows / mostRowsMeasured);
-  QStyleOptionViewItem option;
-  initViewItemOption(&option);
   for (int column = 0; column < model()->columnCount(); ++column) {
-    if (isColumnHidden(column)) {
-      continue;
+    if (!isColumnHidden(column)) {
+      setWidth(column, chosenWidth(column).value_or(fittingWidth(column)));
     }
-    // A heading that is not shown needs no room.
-    int width = horizontalHeader()->isHidden() ? 0 : horizontalHeader()->sectionSizeHint(column);
-    for (int row = 0; row < rows; row += step) {
-      const QModelIndex index = model()->index(row, column);
-      const QVariant font = index.data(Qt::FontRole);
-      option.font = font.isValid() ? font.value<QFont>() : this->font();
-      width = std::max(width, itemDelegate()->sizeHint(option, index).width());
-    }
-    setColumnWidth(column, width);
   }
   stretchedColumnWidth_ = columnWidth(stretchedColumn_);
   stretch();
 }
 
+int TableView::fittingWidth(int column) const {
+  const int rows = model()->rowCount();
+  const int step = std::max(1, rows / mostRowsMeasured);
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  // A heading that is not shown needs no room.
+  int width = horizontalHeader()->isHidden() ? 0 : horizontalHeader()->sectionSizeHint(column);
+  for (int row = 0; row < rows; row += step) {
+    const QModelIndex index = model()->index(row, column);
+    const QVariant font = index.data(Qt::FontRole);
+    option.font = font.isValid() ? font.value<QFont>() : this->font();
+    width = std::max(width, itemDelegate()->sizeHint(option, index).width());
+  }
+  return width;
+}
+
+void TableView::setWidth(int column, int width) {
+  isFitting_ = true;
+  setColumnWidth(column, width);
+  isFitting_ = false;
+}
+
+/// Showing and hiding a column changes its size as well, from nothing or to it.
+void TableView::noteWidth(int column, int oldWidth, int width) {
+  if (isFitting_ || oldWidth == 0 || width == 0) {
+    return;
+  }
+  setChosenWidth(column, width);
+  emit columnSized();
+}
+
+int TableView::columnWithIdentifier(std::string_view identifier) const {
+  const auto found = std::ranges::find(table_->columns(), identifier, &TableColumn::identifier);
+  return found == table_->columns().end() ? -1
+                                          : static_cast<int>(found - table_->columns().begin());
+}
+
+std::string TableView::columnIdentifier(int column) const {
+  return std::string(table_->columns().at(static_cast<std::size_t>(column)).identifier);
+}
+
+bool TableView::isOffered(int column) const {
+  return !table_->columns().at(static_cast<std::size_t>(column)).isHidden;
+}
+
+void TableView::showColumns() {
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    setColumnHidden(column, !isOffered(column) || isPutAway(column));
+  }
+}
+
+void TableView::setPutAway(int column, bool isPutAway) {
+  if (isPutAway) {
+    putAway_.insert(column);
+  } else {
+    putAway_.erase(column);
+  }
+}
+
+std::optional<int> TableView::chosenWidth(int column) const {
+  const auto found = chosenWidths_.find(column);
+  return found == chosenWidths_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void TableView::setChosenWidth(int column, std::optional<int> width) {
+  if (width) {
+    chosenWidths_[column] = *width;
+  } else {
+    chosenWidths_.erase(column);
+  }
+}
+
 void TableView::stretch() {
+  if (isColumnHidden(stretchedColumn_) || chosenWidth(stretchedColumn_)) {
+    return;
+  }
   int others = 0;
   for (int column = 0; column < horizontalHeader()->count(); ++column) {
     others += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
   }
   // Where there is too little room the stretched column gives way first, down to a readable width.
   const int least = std::min(stretchedColumnWidth_, leastStretchedWidth_);
-  setColumnWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
+  setWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
 }
 
 int TableView::neededWidth() const {

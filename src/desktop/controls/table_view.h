@@ -3,6 +3,11 @@
 
 #include <QAbstractTableModel>
 #include <QTableView>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
 
 #include "presentation/controls/table_model.h"
 
@@ -30,9 +35,9 @@ class TableModelAdapter : public QAbstractTableModel {
   int rows_;
 };
 
-/// A table of whole rows without a grid. Columns are as wide as their content; the one with the
-/// names takes what is left. Copying puts the selected rows on the clipboard, with tabs between the
-/// cells.
+/// A table of whole rows without a grid. Columns are as wide as their content, unless the user has
+/// sized them; the one with the names takes what is left. Copying puts the selected rows on the
+/// clipboard, with tabs between the cells.
 class TableView : public QTableView {
   Q_OBJECT
 
@@ -50,8 +55,25 @@ class TableView : public QTableView {
   /// How narrow the column of names may get, in pixels, before the table scrolls sideways.
   void setLeastStretchedWidth(int width) { leastStretchedWidth_ = width; }
 
+  /// The column of the table's model with this identifier; -1 without one.
+  [[nodiscard]] int columnWithIdentifier(std::string_view identifier) const;
+  [[nodiscard]] std::string columnIdentifier(int column) const;
+  /// Whether the table's model wants `column` to be seen.
+  [[nodiscard]] bool isOffered(int column) const;
+  /// Hides the columns that the model leaves out and those that the user has put away.
+  void showColumns();
+  [[nodiscard]] bool isPutAway(int column) const { return putAway_.contains(column); }
+  void setPutAway(int column, bool isPutAway);
+  /// The width in pixels that the user has given to `column`; none where the table finds it.
+  [[nodiscard]] std::optional<int> chosenWidth(int column) const;
+  void setChosenWidth(int column, std::optional<int> width);
+
   /// A text in the middle of a table that has no rows.
   void setPlaceholderText(const QString& text);
+
+ signals:
+  /// The user has given a column another width.
+  void columnSized();
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -59,9 +81,16 @@ class TableView : public QTableView {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void noteWidth(int column, int oldWidth, int width);
+  [[nodiscard]] int fittingWidth(int column) const;
   void stretch();
+  void setWidth(int column, int width);
 
   QString placeholderText_;
+  const TableModel* table_ = nullptr;
+  std::set<int> putAway_;
+  std::map<int, int> chosenWidths_;  ///< by column
+  bool isFitting_ = false;           ///< sections are sized by the table, not by its user
   int stretchedColumn_ = 0;
   int stretchedColumnWidth_ = 0;  ///< that it needs
   int leastStretchedWidth_ = 120;

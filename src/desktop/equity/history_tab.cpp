@@ -25,6 +25,7 @@ HistoryTab::HistoryTab(std::shared_ptr<HistoryViewController> controller, QWidge
       status_(new QLabel),
       adapter_(new TableModelAdapter(controller_->table(), this)),
       table_(new TableView(QStringLiteral("Price history"))) {
+  table_->setObjectName(QStringLiteral("history"));
   table_->setTable(adapter_, controller_->table());
   table_->setSelectionMode(QAbstractItemView::SingleSelection);
 

@@ -17,6 +17,7 @@ GainsTab::GainsTab(std::shared_ptr<PortfolioGainLossViewController> controller, 
       table_(new TableView(QStringLiteral("Realized gains and losses"))) {
   title_->setFont(theme::font(1, QFont::DemiBold));
   title_->setWordWrap(true);
+  table_->setObjectName(QStringLiteral("gains"));
   table_->setTable(adapter_, *controller_);
   table_->setPlaceholderText(QStringLiteral("Nothing was bought or sold in these days."));
 

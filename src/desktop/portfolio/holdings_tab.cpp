@@ -27,6 +27,7 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
       table_(new TableView(QStringLiteral("Holdings"))),
       pie_(new PieChartWidget(QStringLiteral("Holdings by market value"))) {
   title_->setFont(theme::font(1, QFont::DemiBold));
+  table_->setObjectName(QStringLiteral("holdings"));
   table_->setTable(adapter_, *controller_);
 
   auto* row = new QHBoxLayout;

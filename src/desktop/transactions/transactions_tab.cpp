@@ -73,6 +73,7 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
       adapter_(new TransactionsAdapter(*controller_, this)),
       table_(new TableView(QStringLiteral("Transactions"))) {
   title_->setFont(theme::font(1, QFont::DemiBold));
+  table_->setObjectName(QStringLiteral("transactions"));
   table_->setTable(adapter_, *controller_);
   table_->setPlaceholderText(QStringLiteral("No transactions in these days."));
   table_->setDragEnabled(true);
@@ -165,9 +166,7 @@ void TransactionsTab::openForm(const std::vector<TransactionPointer>& transactio
 void TransactionsTab::update(const PortfolioTransactionsViewController::Update& update) {
   title_->setText(qtText(controller_->title()));
   if (update.columnsChanged) {
-    for (std::size_t i = 0; i < controller_->columns().size(); ++i) {
-      table_->setColumnHidden(static_cast<int>(i), controller_->columns()[i].isHidden);
-    }
+    table_->showColumns();
   }
   if (update.rowsChanged) {
     isShowingSelection_ = true;

@@ -13,6 +13,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/controls/column_choice.h"
+#include "desktop/controls/table_view.h"
 #include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
 #include "desktop/exchange/statement_dialog.h"
@@ -79,6 +81,12 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(split_);
 
+  // A table with a name of its own has columns to choose from.
+  for (TableView* table : findChildren<TableView*>()) {
+    if (!table->objectName().isEmpty()) {
+      columnChoices_.push_back(new ColumnChoice(*table, defaults_));
+    }
+  }
   changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
   segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
@@ -244,6 +252,19 @@ void WorkspaceView::addViewActions(QMenu* menu) {
   connect(sidebar, &QAction::toggled, source_, &QWidget::setVisible);
   connect(menu, &QMenu::aboutToShow, sidebar,
           [this, sidebar] { sidebar->setChecked(source_->isVisible()); });
+  QMenu* columns = menu->addMenu(QStringLiteral("&Columns"));
+  connect(menu, &QMenu::aboutToShow, columns, [this, columns] { fillColumnsMenu(*columns); });
+}
+
+/// The columns of the table that is seen, as its heading offers them.
+void WorkspaceView::fillColumnsMenu(QMenu& menu) {
+  menu.clear();
+  for (ColumnChoice* choice : columnChoices_) {
+    if (choice->table().isVisible()) {
+      choice->fillMenu(menu);
+    }
+  }
+  menu.setEnabled(!menu.isEmpty());
 }
 
 /// The tabs of the screen in the detail area; null for none.

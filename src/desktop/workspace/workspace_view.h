@@ -21,6 +21,7 @@ class QTabWidget;
 
 namespace corvane::desktop {
 
+class ColumnChoice;
 class EquityView;
 class PortfolioView;
 class SourceView;
@@ -58,6 +59,7 @@ class WorkspaceView : public QWidget {
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
   void importStatement();
+  void fillColumnsMenu(QMenu& menu);
   [[nodiscard]] QTabWidget* shownTabs();
 
   WorkspaceDocument& document_;
@@ -80,6 +82,7 @@ class WorkspaceView : public QWidget {
   QAction* editPortfolio_ = nullptr;
   QAction* deletePortfolio_ = nullptr;
   std::vector<QAction*> tabActions_;
+  std::vector<ColumnChoice*> columnChoices_;
   Subscription changes_;
   Subscription segues_;
 };
