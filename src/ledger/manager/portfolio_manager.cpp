@@ -219,7 +219,8 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
           walk();
         }
       }
-      basics = {};  // as large as what the walk is about to keep
+      // The empty values are as large as what the walk is about to keep.
+      std::vector<BasicTransaction>().swap(basics);
       walk();
       edit.placed = recorded;
       return changed;
