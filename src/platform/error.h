@@ -26,6 +26,15 @@ class Error : public std::exception {
     return std::nullopt;
   }
 
+  /// A way around what was refused, where recoverySuggestion() has nothing to say; mostly none.
+  [[nodiscard]] virtual std::optional<std::string> advice() const { return std::nullopt; }
+
+  /// What stands below the description wherever an error is shown; empty where there is nothing.
+  [[nodiscard]] std::string furtherText() const {
+    auto text = recoverySuggestion();
+    return text ? *text : advice().value_or("");
+  }
+
   /// Whether `other` is of the same type and has the same case and the same values.
   [[nodiscard]] virtual bool isEqual(const Error& other) const = 0;
 

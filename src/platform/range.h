@@ -21,10 +21,6 @@ class Range {
   [[nodiscard]] constexpr bool contains(const Bound& value) const {
     return !(value < lower_) && value < upper_;
   }
-  /// Whether the two have a value in common; an empty range has none.
-  [[nodiscard]] constexpr bool overlaps(const Range& other) const {
-    return !isEmpty() && !other.isEmpty() && lower_ < other.upper_ && other.lower_ < upper_;
-  }
   /// This range with both bounds moved into `limits`.
   [[nodiscard]] constexpr Range clamped(const Range& limits) const {
     return {std::clamp(lower_, limits.lower_, limits.upper_),

@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "core/money/currency_amount.h"
+#include "support/decimals.h"
 
 namespace corvane {
 namespace {
 
-Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
+using testing::dec;
 
 std::optional<Decimal> read(const std::string& text, const std::string& locale = "en_US") {
   DecimalNumberFormatter formatter = DecimalNumberFormatter::money(Currency::usd());

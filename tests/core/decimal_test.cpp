@@ -6,14 +6,12 @@
 #include <limits>
 #include <sstream>
 
+#include "support/decimals.h"
+
 namespace corvane {
 namespace {
 
-Decimal dec(std::string_view text) {
-  const auto value = Decimal::fromWholeString(text);
-  EXPECT_TRUE(value) << text;
-  return value.value_or(Decimal::nan());
-}
+using testing::dec;
 
 const Decimal greatest = Decimal::greatestFiniteMagnitude();
 const Decimal least = Decimal::leastNonzeroMagnitude();

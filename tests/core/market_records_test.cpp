@@ -12,13 +12,12 @@
 #include "core/market/quote_provider.h"
 #include "core/money/currency_amount.h"
 #include "core/money/year_month_day.h"
+#include "support/decimals.h"
 
 namespace corvane {
 namespace {
 
-Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
+using testing::dec;
 
 Calendar toronto() {
   return Calendar(*TimeZone::withIdentifier("America/Toronto"));

@@ -6,19 +6,17 @@
 #include <gtest/gtest.h>
 
 #include "platform/async/dispatch_queue.h"
+#include "support/decimals.h"
 
 namespace corvane {
 namespace {
 
+using testing::dec;
 using enum QuoteQuery::PriceAdjustment;
 using ::testing::Each;
 using ::testing::ElementsAre;
 
 constexpr double day = 86400;
-
-Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
 
 Date onDay(double number) {
   return Date::since1970(number * day);

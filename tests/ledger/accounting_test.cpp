@@ -81,8 +81,10 @@ TEST(Accounting, GoesBelowZeroOnlyWhereThatIsAllowed) {
 
 TEST(Accounting, MultipliesBeforeItDivides) {
   Ledger ledger;
-  ledger.record({ledger.deposit("1"), ledger.buy("9", "0.03"), ledger.sell("4.5", "1")});
-  EXPECT_EQ(figures(ledger.rows().back()), "1.97 4.5 0.03 0.02 0.98");
+  // Half a cent of cost stays, and two and a half go. Sixths that were rounded beforehand would tip
+  // both.
+  ledger.record({ledger.deposit("1"), ledger.buy("3", "0.03"), ledger.sell("2.5", "1.01")});
+  EXPECT_EQ(figures(ledger.rows().back()), "1.98 0.5 0.03 0 0.98");
 }
 
 TEST(Accounting, CountsWhatASaleCostsAsALoss) {

@@ -55,6 +55,40 @@ TEST(RecordTransactions, NamesTheLaterRowThatAnEarlierOneBreaks) {
             "This change would violate a transaction settled on Mar 2, 2021.");
 }
 
+TEST(RecordTransactions, SaysWhatToDoAboutADividendThatCountedOtherShares) {
+  Ledger ledger;
+  const auto dividend =
+      ledger.record({ledger.deposit("100"), ledger.buy("5", "10"),
+                     ledger.yield(BasicTransaction::YieldType::dividend, "1")})[2];
+  ledger.on(day(2021, 3, 2) + 60);
+  const auto found = ledger.buy("3", "6");
+  const auto error = errorOf([&] { ledger.record({found}); });
+  EXPECT_EQ(reasonOf(error),
+            "The transaction declares a dividend from 5\u00A0shares of ABC but 8 are held.");
+  EXPECT_EQ(error->recoverySuggestion(), std::nullopt);
+  EXPECT_EQ(error->furtherText(),
+            "The dividend settled on Mar 3, 2021 is in the ledger already and was paid on the "
+            "shares held then. Delete it, make this change, and record it again.");
+
+  BasicTransaction again = dividend->basic;
+  std::get<BasicTransaction::Yield>(again.kind).netShares.reset();
+  ledger.manager->deleteTransactions({dividend}, ledger.portfolio, nullptr);
+  ledger.record({found});
+  EXPECT_EQ(ledger.record({again})[0]->sharesNet, dec("8"));
+
+  // An entry of the user's own needs no such advice, and neither does his change of a dividend.
+  const auto kept = ledger.rows().back();
+  BasicTransaction change = kept->basic;
+  std::get<BasicTransaction::Yield>(change.kind).netShares = dec("9");
+  const auto refused = errorOf([&] {
+    ledger.manager->reviseTransactions({kept}, {change}, std::nullopt, ledger.portfolio, nullptr);
+  });
+  EXPECT_EQ(refused->furtherText(), "");
+  const auto wrong = errorOf(
+      [&] { ledger.record({ledger.yield(BasicTransaction::YieldType::dividend, "1", dec("7"))}); });
+  EXPECT_EQ(wrong->furtherText(), "");
+}
+
 TEST(ReviseTransactions, KeepsTheRowInItsPlaceUntilItsDateChanges) {
   Ledger ledger;
   ledger.on(day(2021, 3, 1));
@@ -138,6 +172,27 @@ TEST(MoveTransactions, ReordersRowsOfOneDateOnly) {
   });
   EXPECT_THAT(reasonOf(error), ::testing::StartsWith("Transactions not ordered by date ("));
   EXPECT_EQ(ledger.state(), before);
+}
+
+TEST(LedgerEdits, KeepTheOrderOfDatesAlsoBehindTheRowsThatStay) {
+  Ledger ledger;
+  const auto rows = ledger.record({ledger.deposit("1"), ledger.deposit("2"), ledger.deposit("3")});
+  const auto expectDisorder = [&](const auto& edit) {
+    const LedgerState before = ledger.state();
+    EXPECT_THAT(reasonOf(errorOf(edit)), ::testing::StartsWith("Transactions not ordered by date"));
+    EXPECT_EQ(ledger.state(), before);
+  };
+  // Both touch the last place alone.
+  BasicTransaction early = rows[2]->basic;
+  early.tradeDate = early.settlementDate = rows[0]->settlementDate();
+  expectDisorder([&] {
+    ledger.manager->reviseTransactions({rows[2]}, {early}, PortfolioManager::Anchors{nullptr},
+                                       ledger.portfolio, ledger.undo);
+  });
+  ledger.manager->deleteTransactions({rows[0]}, ledger.portfolio, nullptr);
+  expectDisorder([&] {
+    ledger.manager->insertTransactions({rows[0]}, {nullptr}, ledger.portfolio, ledger.undo);
+  });
 }
 
 TEST(LedgerEdits, RefuseRowsThatTheyDoNotKnow) {

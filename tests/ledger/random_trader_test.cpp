@@ -59,6 +59,103 @@ TEST(RandomTrader, OpensWithADepositThatBuysAHundredSharesAStep) {
   EXPECT_EQ(ledger.rows()[1]->settlementDate(), day(2020, 1, 11));
 }
 
+/// Gives numbers that were chosen beforehand, and keeps how many there were to choose from.
+class ChosenNumbers {
+ public:
+  explicit ChosenNumbers(std::vector<std::uint64_t> numbers) : numbers_(std::move(numbers)) {}
+
+  RandomTrader trader() {
+    return RandomTrader([this](std::uint64_t n) {
+      choices.push_back(n);
+      const std::uint64_t number = numbers_.at(choices.size() - 1);
+      EXPECT_LT(number, n);
+      return number;
+    });
+  }
+
+  std::vector<std::uint64_t> choices;
+
+ private:
+  std::vector<std::uint64_t> numbers_;
+};
+
+constexpr std::uint64_t allOfAFactor = 1ULL << 53;
+
+TEST(RandomTrader, OpensWithTheAveragePriceOfEachCurrency) {
+  Ledger ledger;
+  auto three = equities(ledger, 3, std::nullopt);
+  three[0]->recentPrice = dec("10.01");
+  three[1]->recentPrice = dec("7.77");
+  three[2]->recentPrice = dec("20.04");
+  // The averages are 15.025, to the even cent, and 7.77.
+  ChosenNumbers numbers({0, 0, 0, 0});
+  numbers.trader().populate(three, ledger.portfolio, 1, {day(2020, 1, 1), day(2021, 1, 1)});
+  std::map<std::string, Decimal> deposits;
+  for (std::size_t i = 0; i < 2; ++i) {
+    const auto& deposit = std::get<BasicTransaction::Transfer>(ledger.rows()[i]->basic.kind);
+    deposits[std::string(deposit.amount.currency.code)] = deposit.amount.amount;
+  }
+  EXPECT_EQ(deposits, (std::map<std::string, Decimal>{{"CAD", dec("1502")}, {"USD", dec("777")}}));
+}
+
+TEST(RandomTrader, TransfersUpToAHundredSharesInOrAllCashOut) {
+  Ledger ledger;
+  const auto one = equities(ledger, 1, dec("42.507"));
+  // The calendar's equity; then twice the equity, a transfer, and the pick.
+  ChosenNumbers numbers({0, 0, 20, 0, 0, 0, 4250});
+  numbers.trader().populate(one, ledger.portfolio, 2, {day(2020, 1, 1), day(2021, 1, 1)});
+  // The average of 42.51 for 200 shares is there to be taken out, and 4250.7 may come in.
+  EXPECT_EQ(numbers.choices,
+            (std::vector<std::uint64_t>{1, 1, 101, 8502 + 4250 + 1, 1, 101, 2 + 4250 + 1}));
+  ASSERT_EQ(ledger.rows().size(), 3U);
+  const auto amount = [&](std::size_t row) {
+    return std::get<BasicTransaction::Transfer>(ledger.rows()[row]->basic.kind).amount;
+  };
+  // Hundreds are cut off towards 0.
+  EXPECT_EQ(amount(1), Ledger::cad("-8500"));
+  EXPECT_EQ(amount(2), Ledger::cad("4200"));
+}
+
+TEST(RandomTrader, TradesHalfOfWhatThereIsAtAPriceAroundTheRecentOne) {
+  Ledger ledger;
+  auto one = equities(ledger, 1, dec("3.33"));
+  one[0]->currency = Currency::usd();
+  ChosenNumbers numbers({
+      0,                            // the calendar's equity
+      0, 21, allOfAFactor, 101,     // a purchase at the highest price
+      0, 100, 0, 1,                 // a sale at the lowest
+      0, 50, allOfAFactor / 4, 31,  // a purchase for 0.9 of the price
+  });
+  numbers.trader().populate(one, ledger.portfolio, 3, {day(2020, 1, 1), day(2021, 1, 1)});
+  // 999.00 buys 249 shares at 4.00; what is left buys 223 at 2.66, and then 241 at 3.00.
+  EXPECT_EQ(numbers.choices, (std::vector<std::uint64_t>{
+                                 1,                              //
+                                 1, 101, allOfAFactor + 1, 125,  // 0 to 124
+                                 1, 101, allOfAFactor + 1, 162,  // -50 to 111
+                                 1, 101, allOfAFactor + 1, 147,  // -26 to 120
+                             }));
+  std::vector<BasicTransaction::Trade> trades;
+  for (std::size_t i = 1; i < ledger.rows().size(); ++i) {
+    trades.push_back(std::get<BasicTransaction::Trade>(ledger.rows()[i]->basic.kind));
+  }
+  const auto trade = [&](const char* shares, const char* cost, const char* equivalent) {
+    return BasicTransaction::Trade{
+        one[0], {Currency::usd(), dec(cost)}, dec(equivalent), dec(shares)};
+  };
+  // 130.34 dollars are 162.925 in the primary currency, to the even cent.
+  EXPECT_EQ(trades, (std::vector{trade("101", "404", "505"), trade("-49", "-130.34", "-162.92"),
+                                 trade("5", "15", "18.75")}));
+}
+
+TEST(RandomTrader, PaysAtMostAFifthMoreThanThePriceToTheLastDigit) {
+  Ledger ledger;
+  ChosenNumbers numbers({0, 0, 21, allOfAFactor, 1});
+  numbers.trader().populate(equities(ledger, 1, dec("1000000000000000")), ledger.portfolio, 1,
+                            {day(2020, 1, 1), day(2021, 1, 1)});
+  EXPECT_EQ(std::get<BasicTransaction::Trade>(ledger.rows()[1]->basic.kind).cashDisposed,
+            Ledger::cad("1200000000000000"));
+}
+
 TEST(RandomTrader, LeavesThePortfolioEmptyWithoutEquitiesOfItsProvider) {
   Ledger ledger;
   const auto other = std::make_shared<QuoteProvider>();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "marketdata/cache/cache_quote_provider.h"
+#include "support/decimals.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -23,10 +24,6 @@ inline Date at(double seconds) {
 
 inline DateRange range(double from, double to) {
   return {at(from), at(to)};
-}
-
-inline Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
 }
 
 inline QuoteQuery::Subject daily(PriceAdjustment prices) {

@@ -624,6 +624,18 @@ TEST_F(TransactionFormTest, SaysBeforehandWhatTheLedgerWouldRefuse) {
   EXPECT_THAT(form.preview().reason, HasSubstr("Insufficient cash."));
 }
 
+TEST_F(TransactionFormTest, SaysWhatToDoWhereADividendIsInTheWay) {
+  buySomething();
+  record({yield(BasicTransaction::YieldType::dividend, "5")});
+  create(Mode::buy);
+  choose(abc);
+  shares("1");
+  total("1");
+  tradeOn({2021, 3, 3});
+  EXPECT_THAT(form.preview().refusal, HasSubstr("declares a dividend from 100"));
+  EXPECT_THAT(form.preview().reason, HasSubstr("Delete it, make this change"));
+}
+
 TEST_F(TransactionFormTest, TriesAModificationInPlaceOfTheRow) {
   buySomething();
   form.behaviour = Form::Modify{rows()[2]->basic, portfolio, rows()[2]};

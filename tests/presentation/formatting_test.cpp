@@ -6,18 +6,16 @@
 
 #include "core/market/quote_provider.h"
 #include "platform/system/file_manager.h"
+#include "support/decimals.h"
 
 namespace corvane {
 namespace {
 
+using testing::dec;
 using Name = Colour::Name;
 
-Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
-
 /// The texts of an English locale, whatever that of the machine.
-class FormattingTest : public testing::Test {
+class FormattingTest : public ::testing::Test {
  protected:
   FormattingTest() { setenv("LC_ALL", "en_US.UTF-8", 1); }
   ~FormattingTest() override {
@@ -78,7 +76,7 @@ TEST_F(FormattingTest, WritesMoneyCells) {
   for (const auto& [amount, emphasised, run] : cases) {
     const auto cell =
         Formatting::moneyCell(dec(amount), Currency::usd(), emphasised, FontWeight::bold);
-    EXPECT_THAT(cell.runs(), testing::ElementsAre(run)) << amount;
+    EXPECT_THAT(cell.runs(), ::testing::ElementsAre(run)) << amount;
     EXPECT_EQ(cell.alignment, TextAlignment::right);
   }
 }
@@ -101,7 +99,7 @@ TEST_F(FormattingTest, WritesChangesOfPrices) {
   EXPECT_EQ(change(dec("8"), dec("9")).runs().front().style.colour,
             Formatting::movementIndicator(1).colour);
   const std::string unknown = change(std::nullopt, dec("8")).plainText();
-  EXPECT_THAT(unknown, testing::EndsWith(".00% ▲ +$8.00"));
+  EXPECT_THAT(unknown, ::testing::EndsWith(".00% ▲ +$8.00"));
   EXPECT_GT(unknown.size(), 120U) << "the percentage is large";
   EXPECT_TRUE(change(0, dec("8")).isEmpty());
 }

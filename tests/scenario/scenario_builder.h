@@ -7,12 +7,9 @@
 
 #include "core/market/quote_provider.h"
 #include "scenario/scenario_analyzer.h"
+#include "support/decimals.h"
 
 namespace corvane::testing {
-
-inline Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
 
 /// An equity of New York in US dollars and the quotes of its sessions.
 class Market {

@@ -10,6 +10,7 @@
 
 #include "ledger/random_edits.h"
 #include "storage/workspace_world.h"
+#include "support/volume_without_exchange.h"
 
 namespace corvane::testing {
 namespace {
@@ -206,6 +207,78 @@ TEST(WorkspaceSaving, PutsBackWhatAKilledProgramLeftAside) {
   world.deposit(*document, "6");
   document->save(world.file);
   EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
+}
+
+TEST(WorkspaceSaving, TakesTwoStepsWhereNamesCannotBeExchanged) {
+  WorkspaceWorld world;
+  const auto rowsOfFile = [&] {
+    return world.open(world.file)->model()->portfolios().front()->transactions().size();
+  };
+  const auto first = world.open(world.savedWorkspace());
+  const auto second = world.open(world.file);
+  world.deposit(*first, "5");
+  {
+    const VolumeWithoutExchange volume;
+    first->save(world.file);
+  }
+  EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
+  EXPECT_EQ(rowsOfFile(), 2U);
+
+  // What somebody else has saved comes back, and so does all of it where a step fails.
+  world.deposit(*second, "6");
+  const auto before = contentsOf(world.files);
+  {
+    const VolumeWithoutExchange volume;
+    EXPECT_EQ(errorOf<DocumentError>([&] { second->save(world.file); }),
+              DocumentError(DocumentError::ChangedElsewhere{world.file}));
+  }
+  EXPECT_EQ(contentsOf(world.files), before);
+  world.deposit(*first, "7");
+  for (int step = 1; step <= 2; ++step) {
+    const VolumeWithoutExchange volume([&](int renaming) { return renaming == step; });
+    EXPECT_EQ(errorNumberOf([&] { first->save(world.file); }), EIO) << step;
+    EXPECT_EQ(contentsOf(world.files), before) << step;
+  }
+  first->save(world.file);
+  EXPECT_EQ(rowsOfFile(), 3U);
+}
+
+TEST(WorkspaceSaving, LosesNothingWhenItIsKilledBetweenTheTwoSteps) {
+  WorkspaceWorld world;
+  world.savedWorkspace();
+  int kills = 0;
+  for (bool isKilled = true; isKilled; ++kills) {
+    const pid_t child = fork();
+    if (child == 0) {
+      const auto document = world.open(world.file);
+      world.deposit(*document, "5");
+      const VolumeWithoutExchange volume([&](int renaming) {
+        if (renaming == kills + 1) {
+          kill(getpid(), SIGKILL);
+        }
+        return false;
+      });
+      document->save(world.file);
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    isKilled = WIFSIGNALED(status);
+    const auto document = world.open(world.file);
+    const std::size_t rows = document->model()->portfolios().front()->transactions().size();
+    EXPECT_TRUE(rows == 1 || rows == 2) << rows;
+    EXPECT_TRUE(isKilled || rows == 2);
+    // Whoever saves next clears away, and starts the next round as the first one.
+    world.deposit(*document, "6");
+    document->save(world.file);
+    EXPECT_THAT(namesIn(world.files), UnorderedElementsAre("Family.corvane"));
+    const auto manager = document->model()->portfolioManagers.front();
+    const auto portfolio = document->model()->portfolios().front();
+    const auto all = portfolio->transactions();
+    manager->deleteTransactions({all.begin() + 1, all.end()}, portfolio, nullptr);
+    document->save(world.file);
+  }
+  EXPECT_GE(kills, 3) << "there are steps to be killed at";
 }
 
 /// One of several programs that deposit and save until they have done so `count` times; how often

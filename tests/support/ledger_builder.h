@@ -15,12 +15,9 @@
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/async/notification_center.h"
 #include "platform/async/undo_manager.h"
+#include "support/decimals.h"
 
 namespace corvane::testing {
-
-inline Decimal dec(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
 
 /// Noon of a day in Toronto.
 inline Date day(int year, int month, int dayOfMonth) {

@@ -11,9 +11,11 @@
 #include "cli/console/progress_bar.h"
 #include "cli/console/text_table.h"
 #include "core/market/price_adjuster.h"
+#include "core/market/quote_interval_name.h"
 #include "core/money/currency_amount.h"
 #include "core/strategy/investment_scenario.h"
 #include "exchange/brokers/row_text.h"
+#include "ledger/transaction/transaction_effect.h"
 #include "platform/async/dispatch_queue.h"
 #include "scenario/scenario_analyzer.h"
 #include "scenario/scenario_batch.h"
@@ -23,35 +25,17 @@ namespace {
 
 using enum TextTable::Alignment;
 
-struct NamedInterval {
-  std::string_view name;
-  QuoteInterval interval;
-};
-constexpr std::array<NamedInterval, 12> namedIntervals = {{
-    {"1m", QuoteInterval::oneMinute},
-    {"2m", QuoteInterval::twoMinutes},
-    {"5m", QuoteInterval::fiveMinutes},
-    {"15m", QuoteInterval::fifteenMinutes},
-    {"30m", QuoteInterval::thirtyMinutes},
-    {"90m", QuoteInterval::ninetyMinutes},
-    {"1h", QuoteInterval::oneHour},
-    {"1d", QuoteInterval::oneDay},
-    {"5d", QuoteInterval::fiveDays},
-    {"1wk", QuoteInterval::oneWeek},
-    {"1mo", QuoteInterval::oneMonth},
-    {"3mo", QuoteInterval::threeMonths},
-}};
-
 QuoteInterval intervalOf(const CommandLine& line) {
   const std::string name = line.value("--interval").value_or("1d");
-  const auto found = std::ranges::find(namedIntervals, name, &NamedInterval::name);
-  if (found == namedIntervals.end()) {
-    throw UsageError(
-        "--interval is one of 1m, 2m, 5m, 15m, 30m, 90m, 1h, 1d, 5d, 1wk, 1mo, 3mo, "
-        "not “" +
-        name + "”.");
+  const auto interval = intervalNamed(name);
+  if (!interval) {
+    std::string known;
+    for (const QuoteInterval each : allQuoteIntervals) {
+      known += std::string(shortName(each)) + ", ";
+    }
+    throw UsageError("--interval is one of " + known + "not “" + name + "”.");
   }
-  return found->interval;
+  return *interval;
 }
 
 struct NamedMethod {
@@ -184,14 +168,9 @@ void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equ
                    {"Price", right}});
   for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
     const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
-    std::string shares;
-    std::string cash;
-    if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind)) {
-      shares = trade->sharesAdded.description();
-      cash = (-trade->cashDisposed.amount).description();
-    } else if (const auto* transfer = std::get_if<BasicTransaction::Transfer>(&row.basic.kind)) {
-      cash = transfer->amount.amount.description();
-    }
+    const TransactionEffect effect = transactionEffect(row.basic.kind);
+    const std::string shares = effect.movesShares() ? effect.sharesAdded.description() : "";
+    const std::string cash = effect.currency != nullptr ? effect.amount.description() : "";
     table.add({timeText(row.tradeDate(), equity.calendar),
                std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
                row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",

@@ -25,8 +25,8 @@ class OfflineProvider : public QuoteProvider {
 
 void Console::present(const Error& error) const {
   err << "corvane-cli: " << error.description().value_or("The command has failed.") << '\n';
-  if (const auto suggestion = error.recoverySuggestion()) {
-    err << *suggestion << '\n';
+  if (const std::string further = error.furtherText(); !further.empty()) {
+    err << further << '\n';
   }
 }
 

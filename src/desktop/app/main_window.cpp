@@ -172,12 +172,7 @@ void MainWindow::makeViewMenu() {
   const auto addSetting = [&](const QString& text, AppDelegate::UserDefaultsBacked<bool>& setting) {
     QAction* action = menu->addAction(text);
     action->setCheckable(true);
-    connect(action, &QAction::triggered, this, [this, &setting](bool isOn) {
-      setting.set(isOn);
-      for (const auto& window : application_.windows().windows()) {
-        window->workspaceView().controller().settingsDidChange();
-      }
-    });
+    connect(action, &QAction::triggered, this, [&setting](bool isOn) { setting.set(isOn); });
     connect(menu, &QMenu::aboutToShow, action,
             [action, &setting] { action->setChecked(setting.get()); });
   };

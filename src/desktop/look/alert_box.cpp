@@ -31,7 +31,7 @@ bool isShownAlready(const QWidget* parent, const QString& message, const QString
 
 ErrorText errorText(const Error& error) {
   return {qtText(error.description().value_or("Something went wrong.")),
-          qtText(error.recoverySuggestion().value_or(""))};
+          qtText(error.furtherText())};
 }
 
 QMessageBox* makeAlert(QWidget* parent, AlertKind kind, const QString& message,

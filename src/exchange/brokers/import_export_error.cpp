@@ -26,4 +26,9 @@ std::optional<std::string> ImportExportError::recoverySuggestion() const {
   return broker == nullptr ? std::nullopt : broker->underlyingError->recoverySuggestion();
 }
 
+std::optional<std::string> ImportExportError::advice() const {
+  const auto* broker = std::get_if<BrokerImportError>(&case_);
+  return broker == nullptr ? std::nullopt : broker->underlyingError->advice();
+}
+
 }  // namespace corvane

@@ -44,6 +44,7 @@ class ImportExportError : public ErrorValue<ImportExportError> {
   [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
+  [[nodiscard]] std::optional<std::string> advice() const override;
   [[nodiscard]] bool hasSameValues(const ImportExportError& other) const {
     return case_ == other.case_;
   }

@@ -29,6 +29,10 @@ void requireDenomination(const Decimal& amount, const Currency& currency) {
   }
 }
 
+Decimal smallestUnit(const Currency& currency) {
+  return Decimal::fromMantissa(Sign::plus, 1, -currency.minorUnits);
+}
+
 class Booking {
  public:
   Booking(const BasicTransaction& basic, const TransactionPointer& row, const Portfolio& portfolio)
@@ -114,6 +118,9 @@ class Booking {
     requireBalance(gains);
     assert(portfolio_.allowsNegativeBalances || !effect_.movesShares() ||
            effect_.sharesAdded >= 0 || shares >= 0);
+    assert(effect_.sharesAdded >= 0 || !effect_.movesShares() || shares < 0 ||
+           abs(*costBase) <= abs(holding.costBase) + smallestUnit(primary));
+    assert(!effect_.isYield() || shares == holding.sharesHeld);
     figures_.sharesNet = shares;
     figures_.costBasePrior = holding.costBase;
     figures_.capitalGain = gain;

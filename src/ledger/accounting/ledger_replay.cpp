@@ -1,6 +1,7 @@
 #include "ledger/accounting/ledger_replay.h"
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -65,6 +66,8 @@ class Replay {
       verifyGain(expectedGain, row, equity);
     }
 
+    assert(row.sharesNet == shares && "the rows agree with what is summed up");
+    assert(expectedGain.has_value() == effect.isSale());
     holding.sharesHeld = shares;
     holding.costBase = costBase;
     holding.cumulativeCapitalGain =

@@ -1,6 +1,7 @@
 #include "ledger/edits/ledger_journal.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 #include <utility>
 
@@ -13,6 +14,9 @@ void LedgerJournal::takeYearsFrom(int firstYear) {
     formerYears_.insert(years_.extract(std::prev(years_.end())));
   }
   firstTakenYear_ = std::min(firstTakenYear_, firstYear);
+  isUsed_ = true;
+  assert(years_.empty() || years_.rbegin()->first < firstYear);
+  assert(formerYears_.empty() || formerYears_.begin()->first >= firstTakenYear_);
 }
 
 void LedgerJournal::keep(std::deque<LedgerWalk::Before> rows) {
@@ -31,6 +35,7 @@ void LedgerJournal::keep(std::deque<LedgerWalk::Before> rows) {
       rows_.push_back(std::move(before));
     }
   }
+  assert(kept_.size() == rows_.size() && "each row comes back to one state");
 }
 
 void LedgerJournal::restore() {
@@ -39,8 +44,11 @@ void LedgerJournal::restore() {
   }
   rows_.clear();
   kept_.clear();
-  takeYearsFrom(firstTakenYear_);
+  if (isUsed_) {
+    takeYearsFrom(firstTakenYear_);
+  }
   years_.merge(formerYears_);
+  assert(formerYears_.empty() && "no year has two snapshots");
 }
 
 }  // namespace corvane

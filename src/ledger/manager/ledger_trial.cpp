@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ledger/accounting/booking.h"
+#include "ledger/accounting/ledger_states.h"
 #include "ledger/edits/blame.h"
 #include "ledger/edits/ledger_rows_edit.h"
 #include "ledger/manager/portfolio_manager.h"
@@ -159,7 +160,7 @@ Result<LedgerTrial> PortfolioManager::trial(const BasicTransaction& transaction,
         staysInPlace ? *index : positionByDate(transaction.settlementDate, rows);
 
     TrialWalk walk(transaction, *portfolio,
-                   walkStart(std::min(target, index.value_or(target)), portfolio));
+                   walkStart(std::min(target, index.value_or(target)), *portfolio, calendar));
     walk.run(rows, index, target,
              std::make_shared<PortfolioTransaction>(transaction, portfolio, /*dirty=*/true));
     const auto& years = portfolio->snapshotsByYear;

@@ -1,18 +1,14 @@
 #include "ledger/manager/portfolio_manager.h"
 
 #include <algorithm>
-#include <any>
 #include <cassert>
-#include <limits>
 #include <ranges>
 #include <utility>
 
-#include "ledger/accounting/calendar_years.h"
 #include "ledger/accounting/ledger_replay.h"
-#include "ledger/accounting/ledger_walk.h"
+#include "ledger/accounting/ledger_states.h"
 #include "ledger/edits/blame.h"
-#include "ledger/edits/ledger_journal.h"
-#include "ledger/edits/ledger_rows_edit.h"
+#include "ledger/edits/ledger_change.h"
 #include "ledger/edits/recording_check.h"
 #include "platform/async/notification_center.h"
 #include "platform/system/log.h"
@@ -87,21 +83,36 @@ TransactionSet separate(const Transactions& subjects, TransactionSet& rows) {
   return separated;
 }
 
-/// Gives `variable` a value until the end of a scope.
-template <typename Value>
-class Assignment {
- public:
-  Assignment(Value& variable, Value value) : variable_(variable), before_(variable) {
-    variable = value;
+/// Whether the balance of anything that `row` names depends on `entry`.
+bool dependsOn(const PortfolioTransaction& row, const PortfolioTransaction& entry) {
+  if (row.settlementDate() < entry.settlementDate()) {
+    return false;
   }
-  Assignment(const Assignment&) = delete;
-  Assignment& operator=(const Assignment&) = delete;
-  ~Assignment() { variable_ = before_; }
+  const Currency* currency = row.basic.currency();
+  const Currency* other = entry.basic.currency();
+  const EquityPointer* equity = row.basic.equity();
+  const EquityPointer* otherEquity = entry.basic.equity();
+  return (currency != nullptr && other != nullptr && *currency == *other) ||
+         (equity != nullptr && otherEquity != nullptr && EquityIdentity()(*equity, *otherEquity));
+}
 
- private:
-  Value& variable_;
-  const Value before_;
-};
+/// The place among `recorded` of the row that could not be kept; that of the last one that it
+/// depends on where it was there before, and the number of them where there is none.
+std::size_t placeAtFault(const PortfolioTransaction* row, const Transactions& recorded) {
+  if (row == nullptr) {
+    return recorded.size();
+  }
+  const auto itself = std::ranges::find(recorded, row, &TransactionPointer::get);
+  if (itself != recorded.end()) {
+    return static_cast<std::size_t>(itself - recorded.begin());
+  }
+  for (std::size_t place = recorded.size(); place > 0; --place) {
+    if (dependsOn(*row, *recorded[place - 1])) {
+      return place - 1;
+    }
+  }
+  return recorded.size();
+}
 
 }  // namespace
 
@@ -133,45 +144,36 @@ void PortfolioManager::removePortfolio(const PortfolioPointer& portfolio) {
   std::erase(portfolios_, portfolio);
 }
 
-template <typename Change>
-TransactionSet PortfolioManager::editLedger(const PortfolioPointer& portfolio,
-                                            const BasicTransaction* subject,
-                                            std::size_t changeCount, Change change) {
-  LedgerRowsEdit edit(portfolio->transactions(), changeCount);
+template <typename Edit>
+TransactionSet PortfolioManager::editLedger(LedgerChange& change, const BasicTransaction* subject,
+                                            Edit edit) {
   TransactionSet recalculated;
-  try {
-    changeLedger(portfolio, [&] {
-      EditedRows edited;
-      try {
-        recalculated = change(edit, edited);
-      } catch (const Failure& error) {
-        // Who is to blame is decided while a refused revision still stands in its row.
-        throw blaming(subject, error);
-      }
-      return edited;
-    });
-  } catch (...) {
-    edit.takeBack();
-    throw;
-  }
+  keepWhole(change, [&] {
+    try {
+      recalculated = edit(change);
+    } catch (const Failure& error) {
+      // Who is to blame is decided while a refused revision still stands in its row.
+      throw blaming(subject, error);
+    }
+  });
   return recalculated;
 }
 
-void PortfolioManager::changeLedger(const PortfolioPointer& portfolio,
-                                    const std::function<EditedRows()>& change) {
-  requireOwn(*portfolio);
-  assert(journal_ == nullptr && "one change of a ledger at a time");
-  LedgerJournal journal(portfolio->snapshotsByYear);
-  journal_ = &journal;
+void PortfolioManager::keepWhole(LedgerChange& change, const std::function<void()>& edit) {
+  assert(!isChanging_ && "one change of a ledger at a time");
+  isChanging_ = true;
   try {
-    keepEdit(portfolio, change);
+    keepEdit(change, edit);
   } catch (...) {
-    journal_ = nullptr;
-    journal.restore();
-    portfolio->lastWalkStart_.reset();
+    isChanging_ = false;
+    change.takeBack();
     throw;
   }
-  journal_ = nullptr;
+  isChanging_ = false;
+}
+
+std::function<void(PortfolioTransaction&)> PortfolioManager::rowRecalculated(Portfolio& portfolio) {
+  return [this, &portfolio](PortfolioTransaction& row) { transactionRecalculated(row, portfolio); };
 }
 
 std::size_t PortfolioManager::countRecordedAtOnce(const std::vector<BasicTransaction>& basics,
@@ -184,7 +186,7 @@ std::size_t PortfolioManager::countRecordedAtOnce(const std::vector<BasicTransac
       std::ranges::min(basics, std::less<>(), &BasicTransaction::settlementDate).settlementDate;
   const std::size_t first = positionByDate(earliest, rows);
   return countOfSureRecordings(basics, std::span(rows).subspan(first), *portfolio,
-                               walkStart(first, portfolio));
+                               walkStart(first, *portfolio, calendar));
 }
 
 Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
@@ -195,31 +197,44 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   if (basics.empty()) {
     return {};
   }
-  Recording recording{observer};
-  const Assignment<Recording*> current(recording_, &recording);
   const BasicTransaction first = basics.front();
   const std::size_t atOnce = countRecordedAtOnce(basics, portfolio);
   const std::size_t between = goToTheEnd(basics, portfolio->transactions()) ? 0 : atOnce;
   Transactions recorded;
   recorded.reserve(basics.size());
-  TransactionSet recalculated =
-      editLedger(portfolio, &first, between, [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        TransactionSet changed;
-        const auto walk = [&] {
-          TransactionSet rows = walkFrom(edit, portfolio);
-          changed.empty() ? changed.swap(rows) : changed.merge(rows);
-        };
-        for (BasicTransaction& basic : basics) {
-          recorded.push_back(
-              recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
-          edit.insertByDate(recorded.back());
-          if (recorded.size() >= atOnce) {
-            walk();
-          }
+  LedgerChange change(portfolio, calendar, between, rowRecalculated(*portfolio), observer);
+  TransactionSet recalculated;
+  try {
+    recalculated = editLedger(change, &first, [&](LedgerChange& edit) {
+      TransactionSet changed;
+      const auto walk = [&] {
+        TransactionSet rows = edit.walk();
+        changed.empty() ? changed.swap(rows) : changed.merge(rows);
+      };
+      const std::size_t count = basics.size();
+      for (BasicTransaction& basic : basics) {
+        recorded.push_back(recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
+        edit.rows().insertByDate(recorded.back());
+        if (recorded.size() >= atOnce && recorded.size() < count) {
+          walk();
         }
-        edited.placed = recorded;
-        return changed;
-      });
+      }
+      // The empty values are as large as what the walk is about to keep.
+      std::vector<BasicTransaction>().swap(basics);
+      walk();
+      edit.placed = recorded;
+      return changed;
+    });
+  } catch (...) {
+    if (observer && !change.placed.empty()) {
+      // The ledger has taken all rows, and its keeper has refused one of them.
+      observer(placeAtFault(change.rowBeingKept(), recorded));
+    } else if (observer && recorded.size() > atOnce) {
+      // The last of those that are walked one by one, whichever row it has broken.
+      observer(recorded.size() - 1);
+    }
+    throw;
+  }
 
   TransactionSet inserted = separate(recorded, recalculated);
   registerUndo(undoManager,
@@ -244,28 +259,28 @@ void PortfolioManager::reviseTransactions(const Transactions& subjects,
   }
   std::vector<BasicTransaction> former;
   Anchors formerNeighbours;
-  TransactionSet recalculated = editLedger(
-      portfolio, &revisions.front(), subjects.size(),
-      [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
-          const TransactionPointer& subject = subjects[i];
-          requireRow(subject, edit, "Cannot find existing transaction in the ledger to revise.");
-          formerNeighbours.push_back(edit.rowAfter(*subject));
-          former.push_back(subject->basic);
-          if (neighbours) {
-            requireAnchor((*neighbours)[i], edit,
-                          "Cannot find neighbour transaction in the ledger during revision.");
-            edit.revise(subject, revisions[i]);
-            edit.move(subject, (*neighbours)[i]);
-          } else if (revisions[i].settlementDate != subject->settlementDate()) {
-            edit.reviseByDate(subject, revisions[i]);
-          } else {
-            edit.revise(subject, revisions[i]);
-          }
-        }
-        edited.placed = subjects;
-        return walkFrom(edit, portfolio);
-      });
+  LedgerChange change(portfolio, calendar, subjects.size(), rowRecalculated(*portfolio));
+  TransactionSet recalculated = editLedger(change, &revisions.front(), [&](LedgerChange& whole) {
+    LedgerRowsEdit& edit = whole.rows();
+    for (std::size_t i = 0; i < subjects.size(); ++i) {
+      const TransactionPointer& subject = subjects[i];
+      requireRow(subject, edit, "Cannot find existing transaction in the ledger to revise.");
+      formerNeighbours.push_back(edit.rowAfter(*subject));
+      former.push_back(subject->basic);
+      if (neighbours) {
+        requireAnchor((*neighbours)[i], edit,
+                      "Cannot find neighbour transaction in the ledger during revision.");
+        edit.revise(subject, revisions[i]);
+        edit.move(subject, (*neighbours)[i]);
+      } else if (revisions[i].settlementDate != subject->settlementDate()) {
+        edit.reviseByDate(subject, revisions[i]);
+      } else {
+        edit.revise(subject, revisions[i]);
+      }
+    }
+    whole.placed = subjects;
+    return whole.walk();
+  });
 
   registerUndo(undoManager, [subjects = reversed(subjects), former = reversed(former),
                              formerNeighbours = reversed(formerNeighbours),
@@ -287,15 +302,16 @@ void PortfolioManager::deleteTransactions(const Transactions& subjects,
   }
   const Transactions deleted = inLedgerOrder(subjects, portfolio->transactions());
   Anchors neighbours;
-  TransactionSet recalculated = editLedger(
-      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        for (const TransactionPointer& row : deleted | std::views::reverse) {
-          neighbours.push_back(edit.rowAfter(*row));
-          edit.remove(row);
-        }
-        edited.removed = deleted;
-        return walkFrom(edit, portfolio);
-      });
+  LedgerChange change(portfolio, calendar, subjects.size(), rowRecalculated(*portfolio));
+  TransactionSet recalculated = editLedger(change, nullptr, [&](LedgerChange& whole) {
+    LedgerRowsEdit& edit = whole.rows();
+    for (const TransactionPointer& row : deleted | std::views::reverse) {
+      neighbours.push_back(edit.rowAfter(*row));
+      edit.remove(row);
+    }
+    whole.removed = deleted;
+    return whole.walk();
+  });
 
   registerUndo(undoManager, [subjects = deleted, neighbours = reversed(neighbours), portfolio](
                                 PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -317,21 +333,22 @@ void PortfolioManager::insertTransactions(const Transactions& subjects, const An
   if (subjects.empty()) {
     return;
   }
-  TransactionSet recalculated = editLedger(
-      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
-          requireAnchor(anchors[i], edit,
-                        "Cannot find existing transaction in portfolio to anchor the insertion.");
-          if (subjects[i]->portfolio.lock() != portfolio || edit.has(*subjects[i])) {
-            throw Failure(
-                Failure::InvalidPortfolio{"Cannot insert a transaction that is in the portfolio "
-                                          "already or belongs to another."});
-          }
-          edit.insert(subjects[i], anchors[i]);
-        }
-        edited.placed = subjects;
-        return walkFrom(edit, portfolio);
-      });
+  LedgerChange change(portfolio, calendar, subjects.size(), rowRecalculated(*portfolio));
+  TransactionSet recalculated = editLedger(change, nullptr, [&](LedgerChange& whole) {
+    LedgerRowsEdit& edit = whole.rows();
+    for (std::size_t i = 0; i < subjects.size(); ++i) {
+      requireAnchor(anchors[i], edit,
+                    "Cannot find existing transaction in portfolio to anchor the insertion.");
+      if (subjects[i]->portfolio.lock() != portfolio || edit.has(*subjects[i])) {
+        throw Failure(
+            Failure::InvalidPortfolio{"Cannot insert a transaction that is in the portfolio "
+                                      "already or belongs to another."});
+      }
+      edit.insert(subjects[i], anchors[i]);
+    }
+    whole.placed = subjects;
+    return whole.walk();
+  });
 
   registerUndo(undoManager,
                [subjects, portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -354,18 +371,19 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
     return;
   }
   Anchors neighbours;
-  TransactionSet recalculated = editLedger(
-      portfolio, nullptr, subjects.size(), [&](LedgerRowsEdit& edit, EditedRows& edited) {
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
-          requireRow(subjects[i], edit, "Cannot find existing transaction in portfolio to move.");
-          neighbours.push_back(edit.rowAfter(*subjects[i]));
-          requireAnchor(anchors[i], edit,
-                        "Cannot find existing transaction in portfolio to anchor the move.");
-          edit.move(subjects[i], anchors[i]);
-        }
-        edited.placed = subjects;
-        return walkFrom(edit, portfolio);
-      });
+  LedgerChange change(portfolio, calendar, subjects.size(), rowRecalculated(*portfolio));
+  TransactionSet recalculated = editLedger(change, nullptr, [&](LedgerChange& whole) {
+    LedgerRowsEdit& edit = whole.rows();
+    for (std::size_t i = 0; i < subjects.size(); ++i) {
+      requireRow(subjects[i], edit, "Cannot find existing transaction in portfolio to move.");
+      neighbours.push_back(edit.rowAfter(*subjects[i]));
+      requireAnchor(anchors[i], edit,
+                    "Cannot find existing transaction in portfolio to anchor the move.");
+      edit.move(subjects[i], anchors[i]);
+    }
+    whole.placed = subjects;
+    return whole.walk();
+  });
 
   registerUndo(undoManager, [subjects = reversed(subjects), neighbours = reversed(neighbours),
                              portfolio](PortfolioManager& manager, const UndoManagerPointer& undo) {
@@ -379,121 +397,46 @@ void PortfolioManager::moveTransactions(const Transactions& subjects, const Anch
 
 TransactionSet PortfolioManager::recalculateLedger(std::size_t startIndex,
                                                    const PortfolioPointer& portfolio) {
-  if (journal_ != nullptr) {
-    return walkLedger(startIndex, portfolio);
-  }
   TransactionSet recalculated;
-  changeAsOne(portfolio, [&] { recalculated = walkLedger(startIndex, portfolio); });
+  changeAsOne(portfolio, [&](LedgerChange& change) { recalculated = change.walkFrom(startIndex); });
   return recalculated;
 }
 
 void PortfolioManager::changeAsOne(const PortfolioPointer& portfolio,
-                                   const std::function<void()>& change) {
-  changeLedger(portfolio, [&] {
-    change();
-    return EditedRows();
-  });
-}
-
-TransactionSet PortfolioManager::walkLedger(std::size_t startIndex,
-                                            const PortfolioPointer& portfolio) {
-  const auto& rows = portfolio->transactions();
-  assert(startIndex <= rows.size());
-  portfolio->lastWalkStart_ = {startIndex, walkStart(startIndex, portfolio)};
-  LedgerWalk walk(*portfolio, portfolio->lastWalkStart_->state);
-  CalendarYears years(calendar);
-  auto& snapshots = portfolio->snapshotsByYear;
-  if (startIndex == 0) {
-    journal_->takeYearsFrom(std::numeric_limits<int>::min());
-  } else {
-    const int lastKept = years.yearOf(rows[startIndex - 1]->settlementDate());
-    journal_->takeYearsFrom(lastKept);
-    snapshots.insert_or_assign(lastKept, walk.state());
-  }
-
-  try {
-    for (std::size_t i = startIndex; i < rows.size(); ++i) {
-      const bool isNew = !rows[i]->cashNet && !rows[i]->sharesNet;
-      walk.derive(rows[i]);
-      const int year = years.yearOf(rows[i]->settlementDate());
-      // Only the last row of a year leaves a snapshot behind, so that no row copies the balances.
-      if (i + 1 == rows.size() || years.yearOf(rows[i + 1]->settlementDate()) != year) {
-        snapshots.insert_or_assign(year, walk.state());
-      }
-      if (isNew && recording_ != nullptr) {
-        ++recording_->recordedCount;
-        tellRecordingObserver();
-      }
-    }
-    for (const LedgerWalk::Before& before : walk.dirtyRows()) {
-      transactionRecalculated(*before.row, *portfolio);
-      before.row->isDirty = false;
-    }
-    ledgerRecalculated(startIndex, *portfolio);
-  } catch (...) {
-    walk.restoreRows();
-    throw;
-  }
-
-  TransactionSet recalculated;
-  recalculated.reserve(walk.dirtyRows().size());
-  for (const LedgerWalk::Before& before : walk.dirtyRows()) {
-    recalculated.insert(before.row);
-  }
-  journal_->keep(walk.takeDirtyRows());
-  return recalculated;
+                                   const std::function<void(LedgerChange&)>& edit) {
+  requireOwn(*portfolio);
+  LedgerChange change(portfolio, calendar, 0, rowRecalculated(*portfolio));
+  keepWhole(change, [&] { edit(change); });
 }
 
 PortfolioSnapshot PortfolioManager::snapshotBefore(std::size_t index,
                                                    const PortfolioPointer& portfolio) const {
-  const std::size_t count = portfolio->transactions().size();
-  const auto& snapshots = portfolio->snapshotsByYear;
-  if (index >= count && count > 0) {
-    return snapshots.empty() ? PortfolioSnapshot() : snapshots.rbegin()->second;
-  }
-  return replayedBefore(std::min(index, count), portfolio);
-}
-
-PortfolioSnapshot PortfolioManager::replayedBefore(std::size_t index,
-                                                   const PortfolioPointer& portfolio) const {
-  if (index == 0) {
-    return {};
-  }
-  const auto& rows = portfolio->transactions();
-  const auto& snapshots = portfolio->snapshotsByYear;
-  const int year = calendar.component(CalendarUnit::year, rows[index - 1]->settlementDate());
-  const Date yearStart =
-      calendar.date({{CalendarUnit::year, year}, {CalendarUnit::month, 1}, {CalendarUnit::day, 1}})
-          .value_or(Date::distantPast());
-
-  const auto thisYear = snapshots.lower_bound(year);
-  PortfolioSnapshot base =
-      thisYear == snapshots.begin() ? PortfolioSnapshot() : std::prev(thisYear)->second;
-  const auto before = std::span(rows).first(index);
-  const auto first = std::ranges::lower_bound(before, yearStart, std::less<>(),
-                                              &PortfolioTransaction::settlementDate);
-  return replay(std::span(first, before.end()), std::move(base));
-}
-
-PortfolioSnapshot PortfolioManager::walkStart(std::size_t index,
-                                              const PortfolioPointer& portfolio) const {
-  const auto& last = portfolio->lastWalkStart_;
-  if (!last || last->index > index) {
-    return replayedBefore(index, portfolio);
-  }
-  const auto yearOf = [&](const TransactionPointer& row) {
-    return calendar.component(CalendarUnit::year, row->settlementDate());
-  };
-  const auto since = std::span(portfolio->transactions()).subspan(last->index, index - last->index);
-  if (!since.empty() && yearOf(since.front()) != yearOf(since.back())) {
-    return replayedBefore(index, portfolio);
-  }
-  return replay(since, last->state);
+  return stateBefore(index, *portfolio, calendar);
 }
 
 PortfolioSnapshot PortfolioManager::replay(std::span<const TransactionPointer> rows,
                                            PortfolioSnapshot start) {
   return replayLedger(rows, std::move(start));
+}
+
+void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
+                                           YearMonthDay to,
+                                           FetchDailySnapshotsCompletion completion) {
+  fetchDailySnapshots(portfolio, from, to, quoteProvider, std::move(completion));
+}
+
+void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
+                                           YearMonthDay to,
+                                           const std::shared_ptr<QuoteProvider>& prices,
+                                           FetchDailySnapshotsCompletion completion) {
+  assert(portfolio->manager.lock().get() == this && "a portfolio of this manager");
+  try {
+    requireReadable();
+  } catch (const Error& error) {
+    completion(failure(error));
+    return;
+  }
+  corvane::fetchDailySnapshots(*portfolio, from, to, calendar, prices, std::move(completion));
 }
 
 PortfolioValuation PortfolioManager::valuation(const PortfolioPointer& portfolio) const {
@@ -546,31 +489,12 @@ void PortfolioManager::requireOwn(const Portfolio& portfolio) const {
   }
 }
 
-void PortfolioManager::keepEdit(const PortfolioPointer& /*portfolio*/,
-                                const std::function<EditedRows()>& edit) {
+void PortfolioManager::keepEdit(LedgerChange& /*change*/, const std::function<void()>& edit) {
   edit();
-}
-
-void PortfolioManager::tellRecordingObserver() const {
-  if (recording_ != nullptr && recording_->observer) {
-    recording_->observer(recording_->recordedCount);
-  }
 }
 
 void PortfolioManager::transactionRecalculated(PortfolioTransaction& /*row*/,
                                                Portfolio& /*portfolio*/) {}
-
-void PortfolioManager::ledgerRecalculated(std::size_t /*startIndex*/, Portfolio& /*portfolio*/) {}
-
-TransactionSet PortfolioManager::walkFrom(LedgerRowsEdit& edit, const PortfolioPointer& portfolio) {
-  const std::size_t start = edit.apply();
-  const auto& rows = portfolio->transactions();
-  // The walk compares each row with the one before it, but for its first.
-  if (start > 0 && start < rows.size()) {
-    requireLedgerOrder(*rows[start - 1], *rows[start]);
-  }
-  return recalculateLedger(start, portfolio);
-}
 
 void PortfolioManager::registerUndo(const UndoManagerPointer& undoManager, UndoStep step) {
   if (undoManager == nullptr) {

@@ -13,7 +13,7 @@
 #include "ledger/manager/ledger_trial.h"
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
-#include "ledger/portfolio/portfolio_snapshot_group.h"
+#include "ledger/reports/daily_snapshots_fetch.h"
 #include "ledger/reports/portfolio_valuation.h"
 #include "ledger/transaction/order.h"
 #include "platform/async/notification_center.h"
@@ -22,8 +22,7 @@
 
 namespace corvane {
 
-class LedgerJournal;
-class LedgerRowsEdit;
+class LedgerChange;
 
 /// Rows that an edit touched. An absent set means that the edit has no such rows to tell of.
 struct TransactionChanges {
@@ -41,8 +40,9 @@ struct TransactionChanges {
 /// the calling thread, the main thread but for an import's one recordTransactions; nothing is
 /// locked.
 ///
-/// A subclass that keeps the ledger elsewhere wraps every change of a ledger through keepEdit, and
-/// is told of each row through transactionRecalculated.
+/// A subclass that keeps the ledger elsewhere wraps every change of a ledger through keepEdit,
+/// which hands it all that the change has done, or hears of each row through
+/// transactionRecalculated.
 class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
  public:
   using Order = corvane::Order;
@@ -108,7 +108,9 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
 
   /// Told of a recording under way how many of the transactions stand in the ledger by now: after
   /// each of them, and again and again while they are stored; on the thread of the edit. What it
-  /// throws ends the recording, which is taken back.
+  /// throws ends the recording, which is taken back. Where a recording fails the last that it was
+  /// told is the place of the transaction at fault, counted from 0; the number of all of them where
+  /// none is at fault more than the others.
   using RecordingObserver = std::function<void(std::size_t recordedCount)>;
 
   /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
@@ -148,10 +150,10 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   /// was.
   TransactionSet recalculateLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
 
-  /// Runs `change`, which may walk the ledger and change the properties of `portfolio`, as one
-  /// change that is kept whole or not at all. The properties in memory are the caller's to take
-  /// back.
-  void changeAsOne(const PortfolioPointer& portfolio, const std::function<void()>& change);
+  /// Runs `edit`, which may walk the ledger and change the properties of `portfolio`, as one change
+  /// that is kept whole or not at all. The properties in memory are the caller's to take back.
+  void changeAsOne(const PortfolioPointer& portfolio,
+                   const std::function<void(LedgerChange&)>& edit);
 
   /// The state just before the row at `index`; that after the last row where there is no such row.
   /// Reads at most one calendar year of rows. Throws PortfolioManagerError::LedgerInconsistency.
@@ -164,24 +166,11 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   [[nodiscard]] static PortfolioSnapshot replay(std::span<const TransactionPointer> rows,
                                                 PortfolioSnapshot start);
 
-  /// The balance sheets of a range of days, and what could not be priced.
-  struct FetchDailySnapshotsResult {
-    PortfolioSnapshotGroup snapshotGroup;
-    EquityMap<ErrorPointer> fetchErrorsByEquity;
-    /// Of the exchange rates of currencies to the primary one.
-    std::unordered_map<Currency, ErrorPointer> fetchErrorsByCurrency;
-  };
-  using FetchDailySnapshotsCompletion =
-      std::move_only_function<void(Result<FetchDailySnapshotsResult>)>;
+  using FetchDailySnapshotsResult = corvane::FetchDailySnapshotsResult;
+  using FetchDailySnapshotsCompletion = corvane::FetchDailySnapshotsCompletion;
 
-  /// Puts the balances of `portfolio` from the day `from` to the day `to`, both included, together
-  /// with the daily prices and exchange rates that the quote provider has for them. `from` is not
-  /// after `to`.
-  ///
-  /// Main queue only. The ledger is read before this returns, and later edits do not show. One
-  /// series is asked for each asset. One that cannot be had is reported in the result and leaves
-  /// its asset without prices. The completion runs once, on the main queue: with an error before
-  /// this returns where the ledger is inconsistent, otherwise always later.
+  /// The balance sheets of `portfolio` on days of the manager's calendar, at the prices and rates
+  /// of its quote provider; see corvane::fetchDailySnapshots. Main queue only.
   void fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from, YearMonthDay to,
                            FetchDailySnapshotsCompletion completion);
   /// The same at the prices and rates of `prices`, which is not null.
@@ -231,55 +220,32 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
                                    const PortfolioPointer& portfolio);
 
  protected:
-  /// The rows whose place in the ledger an edit has changed.
-  struct EditedRows {
-    Transactions placed = {};   ///< recorded, revised, inserted or moved
-    Transactions removed = {};  ///< deleted
-  };
-
-  /// Runs `edit`, one change of the ledger of `portfolio` with all its walks. A subclass that keeps
-  /// the ledger elsewhere makes sure here that it is kept whole or not at all. What this throws,
-  /// also after `edit` has returned, takes the change back in memory; only what it lets pass
-  /// registers an undo step and is made known.
-  virtual void keepEdit(const PortfolioPointer& portfolio, const std::function<EditedRows()>& edit);
+  /// Runs `edit`, one change of a ledger with all its walks, which `change` then tells of. A
+  /// subclass that keeps the ledger elsewhere makes sure here that it is kept whole or not at all.
+  /// What this throws, also after `edit` has returned, takes the change back in memory; only what
+  /// it lets pass registers an undo step and is made known.
+  virtual void keepEdit(LedgerChange& change, const std::function<void()>& edit);
 
   /// Called for each row whose balances have changed, in ledger order, once a whole walk has
   /// succeeded; inside keepEdit. May throw.
   virtual void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio);
-
-  /// Called after a walk and its rows, with the position that it started from. May throw.
-  virtual void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio);
-
-  /// To be called now and then during long work on an edit. Throws what the observer of a recording
-  /// throws.
-  void tellRecordingObserver() const;
 
   std::vector<PortfolioPointer> portfolios_;
 
  private:
   using UndoStep = std::move_only_function<void(PortfolioManager&, const UndoManagerPointer&)>;
 
-  /// Lets `change(edit, editedRows)` edit the rows and walk them. When that throws, takes
-  /// everything back and throws what the user is to be told; `subject` is the entry that he made.
-  template <typename Change>
-  TransactionSet editLedger(const PortfolioPointer& portfolio, const BasicTransaction* subject,
-                            std::size_t changeCount, Change change);
-  /// Lets keepEdit run `change`, and takes back what its walks have done when that throws.
-  void changeLedger(const PortfolioPointer& portfolio, const std::function<EditedRows()>& change);
-  TransactionSet walkLedger(std::size_t startIndex, const PortfolioPointer& portfolio);
+  /// Lets `edit(change)` edit the rows and walk them. When that throws, takes everything back and
+  /// throws what the user is to be told; `subject` is the entry that he made.
+  template <typename Edit>
+  TransactionSet editLedger(LedgerChange& change, const BasicTransaction* subject, Edit edit);
+  /// Lets keepEdit run `edit`, and takes back what `change` has done when that throws.
+  void keepWhole(LedgerChange& change, const std::function<void()>& edit);
+  /// Tells the keeper of each row of `portfolio` that is walked.
+  [[nodiscard]] std::function<void(PortfolioTransaction&)> rowRecalculated(Portfolio& portfolio);
   /// How many of `basics` can be recorded with one walk, which comes to the same as one for each.
   [[nodiscard]] std::size_t countRecordedAtOnce(const std::vector<BasicTransaction>& basics,
                                                 const PortfolioPointer& portfolio) const;
-  /// The state before the row at `index`, from the end of the year before it. Unlike snapshotBefore
-  /// it never trusts the snapshot of the year itself, which after a deletion at the end of the
-  /// ledger still counts the deleted rows.
-  [[nodiscard]] PortfolioSnapshot replayedBefore(std::size_t index,
-                                                 const PortfolioPointer& portfolio) const;
-  /// As replayedBefore, but from the start of the last walk where that is nearer than the year's:
-  /// most edits follow one another at the end of the ledger.
-  [[nodiscard]] PortfolioSnapshot walkStart(std::size_t index,
-                                            const PortfolioPointer& portfolio) const;
-  TransactionSet walkFrom(LedgerRowsEdit& edit, const PortfolioPointer& portfolio);
   void registerUndo(const UndoManagerPointer& undoManager, UndoStep step);
 
   /// Throws where a background edit is under way.
@@ -291,15 +257,8 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
 
   TransactionType recordedTransactionType_;
   std::vector<OrderFeature> supportedOrderFeatures_;
-  LedgerJournal* journal_ = nullptr;  ///< of the change under way
   std::atomic<bool> isEditedInBackground_ = false;
-
-  /// A recording under way.
-  struct Recording {
-    const RecordingObserver& observer;
-    std::size_t recordedCount = 0;
-  };
-  Recording* recording_ = nullptr;
+  bool isChanging_ = false;  ///< for the promise that changes do not nest
 };
 
 }  // namespace corvane

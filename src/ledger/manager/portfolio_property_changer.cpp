@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ledger/edits/ledger_change.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "ledger/portfolio/settlement_date_text.h"
 #include "platform/overloaded.h"
@@ -98,9 +99,9 @@ void PortfolioPropertyChanger::changeProperties(
   assign(properties, *portfolio);
   try {
     if (manager != nullptr) {
-      manager->changeAsOne(portfolio, [&] {
+      manager->changeAsOne(portfolio, [&](LedgerChange& change) {
         if (needsWalk) {
-          manager->recalculateLedger(0, portfolio);
+          change.walkFrom(0);
         }
         manager->portfolioPropertiesDidChange(portfolio);
       });

@@ -108,8 +108,10 @@ class RandomTrader::Run {
                                         const Decimal& held) const {
     const Currency& currency = equity->currency;
     const double unit = std::ldexp(static_cast<double>(randomNumber_((1ULL << 53) + 1)), -53);
+    // The sum of the doubles 0.4 and 0.8 is a little more than 1.2.
+    const double factor = std::min(unit * 0.4 + 0.8, 1.2);
     const Decimal fill =
-        roundedToMinorUnits(priceOf(*equity) * Decimal::fromDouble(unit * 0.4 + 0.8), currency);
+        roundedToMinorUnits(priceOf(*equity) * Decimal::fromDouble(factor), currency);
     if (fill <= 0) {
       return std::nullopt;
     }

@@ -45,17 +45,16 @@ class Portfolio {
   /// over the ledger: it can always be built again.
   std::map<int, PortfolioSnapshot> snapshotsByYear;
 
- private:
-  friend class PortfolioManager;
   /// The state before the row at `index`.
   struct WalkStart {
     std::size_t index;
     PortfolioSnapshot state;
   };
+  /// Where the last walk started, and where most likely the next one does: at the end. A cache of
+  /// the walks alone; good as long as the rows before it stay.
+  std::optional<WalkStart> lastWalkStart;
 
-  /// Where the last walk started, and where most likely the next one does: at the end. Good as long
-  /// as the rows before it stay.
-  std::optional<WalkStart> lastWalkStart_;
+ private:
   Currency primaryCurrency_;
   std::vector<TransactionPointer> transactions_;
 };

@@ -1,6 +1,9 @@
 #include "ledger/portfolio/portfolio_manager_error.h"
 
+#include <algorithm>
+
 #include "core/money/decimal_number_formatter.h"
+#include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/settlement_date_text.h"
 #include "platform/overloaded.h"
 
@@ -26,6 +29,12 @@ std::string orderName(const Order& order) {
                  [](const Order::Withdraw&) { return "Withdrawal"; },
                  [](const Order::Record&) { return "Record-only"; }},
       order.kind);
+}
+
+bool standsInLedger(const TransactionPointer& row) {
+  const auto portfolio = row == nullptr ? nullptr : row->portfolio.lock();
+  return portfolio != nullptr &&
+         std::ranges::find(portfolio->transactions(), row) != portfolio->transactions().end();
 }
 
 struct Describe {
@@ -86,6 +95,19 @@ std::optional<std::string> PortfolioManagerError::description() const {
 std::optional<std::string> PortfolioManagerError::recoverySuggestion() const {
   const auto* violation = as<ViolatesExistingTransaction>();
   return violation == nullptr ? std::nullopt : violation->because->description();
+}
+
+std::optional<std::string> PortfolioManagerError::advice() const {
+  const auto* incomplete = as<IncompleteYield>();
+  // A refused revision is no longer in its row by now.
+  if (incomplete == nullptr || !standsInLedger(incomplete->transaction) ||
+      incomplete->transaction->basic.kind != BasicTransaction::Kind(incomplete->yield)) {
+    return std::nullopt;
+  }
+  return "The " + std::string(displayName(incomplete->yield.type)) + " settled on " +
+         settlementDateText(*incomplete->transaction) +
+         " is in the ledger already and was paid on the shares held then. Delete it, make this "
+         "change, and record it again.";
 }
 
 }  // namespace corvane

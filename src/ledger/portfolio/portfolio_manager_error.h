@@ -109,6 +109,10 @@ class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
   /// For ViolatesExistingTransaction, what would go wrong there.
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
 
+  /// For IncompleteYield of a row that stands in the ledger. A yield counts the shares of its day
+  /// once and for all, so that it has to make room for a purchase that is found later.
+  [[nodiscard]] std::optional<std::string> advice() const override;
+
   [[nodiscard]] bool hasSameValues(const PortfolioManagerError& other) const {
     return case_ == other.case_;
   }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/market/price_adjuster.h"
+#include "core/market/quote_interval_name.h"
 #include "marketdata/yahoo/wire/yahoo_finance_api.h"
 #include "marketdata/yahoo/yahoo_chart.h"
 #include "marketdata/yahoo/yahoo_equity_details.h"
@@ -46,36 +47,6 @@ auto resultOf(Work work) -> Result<decltype(work())> {
 
 [[noreturn]] void throwIncompleteData() {
   throw YahooProviderError(YahooProviderError::IncompleteData{});
-}
-
-std::string_view wireText(QuoteInterval interval) {
-  switch (interval) {
-    case QuoteInterval::oneMinute:
-      return "1m";
-    case QuoteInterval::twoMinutes:
-      return "2m";
-    case QuoteInterval::fiveMinutes:
-      return "5m";
-    case QuoteInterval::fifteenMinutes:
-      return "15m";
-    case QuoteInterval::thirtyMinutes:
-      return "30m";
-    case QuoteInterval::ninetyMinutes:
-      return "90m";
-    case QuoteInterval::oneHour:
-      return "1h";
-    case QuoteInterval::oneDay:
-      return "1d";
-    case QuoteInterval::fiveDays:
-      return "5d";
-    case QuoteInterval::oneWeek:
-      return "1wk";
-    case QuoteInterval::oneMonth:
-      return "1mo";
-    case QuoteInterval::threeMonths:
-      return "3mo";
-  }
-  __builtin_unreachable();
 }
 
 /// What of a chart is of use, with the trading periods that it tells.
@@ -358,7 +329,7 @@ void YahooQuoteProvider::fetchChart(const EquityPointer& equity, const ChartOrde
   const auto bound = [](Date date) { return std::max(date, earliestDate); };
   const auto url =
       YahooFinanceAPI::chartURL(session_->service(), equity->id(),
-                                wireText(order.interval.value_or(QuoteInterval::threeMonths)),
+                                shortName(order.interval.value_or(QuoteInterval::threeMonths)),
                                 dates ? std::optional(bound(dates->lower())) : std::nullopt,
                                 dates ? std::optional(bound(dates->upper())) : std::nullopt);
   auto receive = [equity, order, firstTrades = firstTrades_,

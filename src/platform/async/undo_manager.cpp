@@ -61,7 +61,6 @@ void UndoManager::push(Step step) {
     redoSteps_.clear();
   }
   steps.push_back(std::move(step));
-  limit(steps);
   if (mode_ == Mode::idle) {
     tell(Change::registered);
   }
@@ -113,18 +112,6 @@ void UndoManager::removeAllActions(const std::shared_ptr<const void>& target) {
     std::erase_if(*steps, [](const Step& step) { return step.actions.empty(); });
   }
   std::erase_if(group_.actions, isOfTarget);
-}
-
-void UndoManager::setLevelsOfUndo(std::size_t levels) {
-  levelsOfUndo_ = levels;
-  limit(undoSteps_);
-  limit(redoSteps_);
-}
-
-void UndoManager::limit(std::vector<Step>& steps) const {
-  if (levelsOfUndo_ > 0 && steps.size() > levelsOfUndo_) {
-    steps.erase(steps.begin(), std::prev(steps.end(), static_cast<std::ptrdiff_t>(levelsOfUndo_)));
-  }
 }
 
 Subscription UndoManager::addObserver(Observer observer) {

@@ -1,7 +1,6 @@
 // Undo and redo of a document's edits.
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -47,7 +46,6 @@ class UndoManager {
   [[nodiscard]] bool canUndo() const { return !undoSteps_.empty(); }
   [[nodiscard]] bool canRedo() const { return !redoSteps_.empty(); }
   [[nodiscard]] bool isUndoing() const { return mode_ == Mode::undoing; }
-  [[nodiscard]] bool isRedoing() const { return mode_ == Mode::redoing; }
 
   /// Names the open group, or else the step that was registered last. The name stays with the edit
   /// through undo and redo.
@@ -64,9 +62,6 @@ class UndoManager {
   void removeAllActions();
   /// Takes the registrations of one target out of all steps.
   void removeAllActions(const std::shared_ptr<const void>& target);
-
-  /// The most steps that are kept; 0 for no limit. The oldest go first.
-  void setLevelsOfUndo(std::size_t levels);
 
   /// Tells of every step that is added, undone or redone, after it has happened.
   [[nodiscard]] Subscription addObserver(Observer observer);
@@ -85,7 +80,6 @@ class UndoManager {
   void add(Action action);
   void push(Step step);
   bool perform(std::vector<Step>& from, Mode mode);
-  void limit(std::vector<Step>& steps) const;
   void tell(Change change);
 
   std::vector<Step> undoSteps_;
@@ -93,7 +87,6 @@ class UndoManager {
   Step group_;
   int groupingLevel_ = 0;
   Mode mode_ = Mode::idle;
-  std::size_t levelsOfUndo_ = 0;
   std::vector<std::weak_ptr<const Observer>> observers_;
 };
 

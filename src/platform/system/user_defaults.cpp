@@ -86,6 +86,12 @@ std::filesystem::path nameAside(const std::filesystem::path& file) {
 
 }  // namespace
 
+struct UserDefaults::Observation {
+  std::string key;
+  std::function<void()> handler;
+  std::shared_ptr<DispatchQueue> queue;
+};
+
 UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) {
   const FolderLock folderLock(file_);
   readAgain();
@@ -142,10 +148,12 @@ template <typename Change>
 void UserDefaults::apply(Change change) {
   const std::lock_guard lock(mutex_);
   const FolderLock folderLock(file_);
+  const JSONValue before = settings_;
   if (problem_ == nullptr) {
     readAgain();
   }
   change(settings_);
+  tellChanges(before);
   if (problem_ != nullptr) {
     return;
   }
@@ -153,6 +161,35 @@ void UserDefaults::apply(Change change) {
     files::writeAtomically(file_, settings_.prettyText() + "\n");
   } catch (const FileError& error) {
     giveUpFile(error);
+  }
+}
+
+Subscription UserDefaults::observe(std::string key, std::function<void()> handler,
+                                   std::shared_ptr<DispatchQueue> queue) {
+  auto observation = std::make_shared<const Observation>(
+      Observation{std::move(key), std::move(handler), std::move(queue)});
+  const std::lock_guard lock(mutex_);
+  std::erase_if(observations_, [](const auto& known) { return known.expired(); });
+  observations_.push_back(observation);
+  return Subscription(std::move(observation));
+}
+
+void UserDefaults::tellChanges(const JSONValue& before) {
+  const auto valueIn = [](const JSONValue& settings, std::string_view key) {
+    const JSONValue* value = settings.find(key);
+    return value == nullptr ? std::nullopt : std::optional(*value);
+  };
+  for (const auto& weakObservation : observations_) {
+    const auto observation = weakObservation.lock();
+    if (observation == nullptr ||
+        valueIn(before, observation->key) == valueIn(settings_, observation->key)) {
+      continue;
+    }
+    observation->queue->async([weakObservation] {
+      if (const auto living = weakObservation.lock()) {
+        living->handler();
+      }
+    });
   }
 }
 

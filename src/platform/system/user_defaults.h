@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -10,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/async/dispatch_queue.h"
+#include "platform/async/subscription.h"
 #include "platform/data/json.h"
 
 namespace corvane {
@@ -21,7 +24,7 @@ namespace corvane {
 /// programs kept out of its folder for the moment, so that one that runs beside this one keeps its
 /// settings; keys that nobody here knows are kept too.
 /// A damaged file is put aside under another name. One that cannot be read or written is left
-/// alone, and settings hold for this run. Of either, one line on the standard output tells. Any
+/// alone, and settings hold for this run. Of either, one line of the log tells. Any
 /// thread.
 class UserDefaults {
  public:
@@ -47,16 +50,25 @@ class UserDefaults {
   /// Whatever stands there.
   [[nodiscard]] std::optional<JSONValue> value(std::string_view key) const;
 
+  /// Calls `handler` on `queue` after the setting under `key` has changed: set to another value or
+  /// removed here, or found changed by another program when this one writes. Until the subscription
+  /// ends.
+  [[nodiscard]] Subscription observe(std::string key, std::function<void()> handler,
+                                     std::shared_ptr<DispatchQueue> queue = DispatchQueue::main());
+
   void set(std::string_view key, JSONValue value);
   void setReal(std::string_view key, double value);
   void setStringList(std::string_view key, const std::vector<std::string>& list);
   void remove(std::string_view key);
 
  private:
+  struct Observation;
+
   /// Settings without a file.
   explicit UserDefaults(const Error& problem);
   void readAgain();
   void giveUpFile(const Error& problem);
+  void tellChanges(const JSONValue& before);
   template <typename Change>
   void apply(Change change);
 
@@ -64,6 +76,7 @@ class UserDefaults {
   mutable std::mutex mutex_;
   JSONValue settings_{JSONValue::Object()};
   ErrorPointer problem_;
+  std::vector<std::weak_ptr<const Observation>> observations_;
 };
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #include "presentation/frame/main_split_view_controller.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -15,6 +16,9 @@ using DetailObject = MasterSourceViewController::DetailObject;
 constexpr std::size_t mostRemembered = 50;
 /// Nobody's first look at an equity waits for the disk.
 constexpr DispatchQueue::Duration rememberDelay{1};
+
+/// The settings that say how all screens show what they show.
+constexpr std::array shownSettings = {"preferLocalTimeZone", "indicateFetchedRows"};
 
 /// The name under which an object is remembered; empty for none.
 std::string rememberedName(const DetailObject& object) {
@@ -64,6 +68,13 @@ void MainSplitViewController::connect() {
       living->masterSourceViewController->setCurrentDetailObject(equity);
     }
   };
+  for (const char* setting : shownSettings) {
+    settings_.push_back(surroundings_.defaults->observe(setting, [self = weak_from_this()] {
+      if (const auto living = self.lock()) {
+        living->settingsDidChange();
+      }
+    }));
+  }
 }
 
 void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
@@ -205,11 +216,6 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
     masterSourceViewController->setCurrentDetailObject(std::monostate{});
   }
   masterSourceViewController->portfoliosDidChange();
-  // A deletion cannot be undone, and what came before it can no longer be: its steps are about rows
-  // that are gone.
-  if (surroundings_.undoManager != nullptr) {
-    surroundings_.undoManager->removeAllActions();
-  }
   surroundings_.documentDidChange();
 }
 

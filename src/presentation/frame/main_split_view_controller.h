@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
+#include "platform/async/subscription.h"
 #include "platform/async/timer.h"
 #include "presentation/equity/equity_view_controller.h"
 #include "presentation/frame/master_source_view_controller.h"
@@ -56,9 +58,6 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   }
   void setDocumentModel(std::weak_ptr<WorkspaceModel> model) override;
 
-  /// Shows everything anew, after a setting has changed that says how it is shown.
-  void settingsDidChange();
-
   [[nodiscard]] DetailTab currentDetailTab() const { return currentDetailTab_; }
   /// What the empty state says.
   [[nodiscard]] std::string emptyStateMessage() const;
@@ -75,6 +74,8 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
 
  private:
   void connect();
+  /// Shows everything anew, after a setting has changed that says how it is shown.
+  void settingsDidChange();
   void showDetail(const MasterSourceViewController::DetailObject& object);
   void removePortfolio(const PortfolioPointer& portfolio);
   [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;
@@ -84,6 +85,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   std::weak_ptr<WorkspaceModel> documentModel_;
   DetailTab currentDetailTab_ = DetailTab::emptyState;
   std::shared_ptr<Timer> rememberTimer_;
+  std::vector<Subscription> settings_;
 };
 
 }  // namespace corvane

@@ -5,7 +5,7 @@
 #include <cassert>
 #include <variant>
 
-#include "platform/overloaded.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 namespace {
@@ -139,20 +139,25 @@ TransactionMode transactionModeOf(YieldType type) {
 }
 
 TransactionMode transactionModeOf(const BasicTransaction::Kind& kind) {
-  return std::visit(
-      Overloaded{[](const BasicTransaction::Trade& trade) {
-                   return trade.sharesAdded < 0 ? Mode::sell : Mode::buy;
-                 },
-                 [](const BasicTransaction::Split&) { return Mode::split; },
-                 [](const BasicTransaction::JournaledShares&) { return Mode::journaledShares; },
-                 [](const BasicTransaction::Yield& yield) { return transactionModeOf(yield.type); },
-                 [](const BasicTransaction::Transfer& transfer) {
-                   return transfer.amount.amount < 0 ? Mode::withdraw : Mode::deposit;
-                 },
-                 [](const BasicTransaction::CashAdjustment& adjustment) {
-                   return adjustment.amount.amount < 0 ? Mode::cashExpense : Mode::cashCredit;
-                 }},
-      kind);
+  const TransactionEffect effect = transactionEffect(kind);
+  switch (effect.type) {
+    case TransactionType::trade:
+      return effect.sharesAdded < 0 ? Mode::sell : Mode::buy;
+    case TransactionType::split:
+      return Mode::split;
+    case TransactionType::journaledShares:
+      return Mode::journaledShares;
+    case TransactionType::transfer:
+      return effect.amount < 0 ? Mode::withdraw : Mode::deposit;
+    case TransactionType::cashAdjustment:
+      return effect.amount < 0 ? Mode::cashExpense : Mode::cashCredit;
+    case TransactionType::dividend:
+    case TransactionType::capitalGainsDividend:
+    case TransactionType::reinvestedDistribution:
+    case TransactionType::returnOfCapital:
+      return transactionModeOf(std::get<BasicTransaction::Yield>(kind).type);
+  }
+  __builtin_unreachable();
 }
 
 }  // namespace corvane

@@ -55,7 +55,7 @@ TransactionPreview previewOf(const BasicTransaction& transaction, const Portfoli
   const auto trial = manager->trial(transaction, portfolio, revised);
   if (!trial) {
     return {.refusal = trial.error()->description().value_or("The ledger would refuse this."),
-            .reason = trial.error()->recoverySuggestion().value_or("")};
+            .reason = trial.error()->furtherText()};
   }
   return {.figures = figuresOf(*trial, transaction, portfolio->primaryCurrency())};
 }

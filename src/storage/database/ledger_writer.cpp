@@ -131,19 +131,25 @@ void LedgerWriter::resequence(const Transactions& placed) {
   }
 }
 
-void LedgerWriter::flush(const std::function<void()>& rowWritten) {
-  const int decimals = requiredShareDecimals();
+void LedgerWriter::write(LedgerChange& change) {
+  for (const TransactionPointer& row : change.wasRecalculated()) {
+    rowChanged(stored(row));
+  }
+  remove(change.removed);
+  resequence(change.placed);
+  const int decimals = requiredShareDecimals(change);
   if (decimals > portfolio_.shareDecimals()) {
     rescaleShares(decimals);
   }
   for (const Former& former : changed_) {
+    change.willKeep(former.row);
     write(*former.row);
     former.row->awaitsWriting_ = false;
-    rowWritten();
   }
-  if (firstYear_) {
-    writeTotals(equityTotals, *firstYear_, totalsOfEquities(*firstYear_));
-    writeTotals(cashTotals, *firstYear_, totalsOfCash(*firstYear_));
+  change.willKeep(nullptr);
+  if (const auto firstYear = change.firstRecalculatedYear()) {
+    writeTotals(equityTotals, *firstYear, totalsOfEquities(*firstYear));
+    writeTotals(cashTotals, *firstYear, totalsOfCash(*firstYear));
   }
 }
 
@@ -159,10 +165,18 @@ void LedgerWriter::restore() {
   portfolio_.equityRowIds_.clear();
 }
 
-int LedgerWriter::requiredShareDecimals() const {
+int LedgerWriter::requiredShareDecimals(LedgerChange& change) const {
+  const Former* finest = nullptr;
   int exponent = 0;
   for (const Former& former : changed_) {
-    exponent = std::min(exponent, shareExponent(*former.row));
+    if (const int own = shareExponent(*former.row); own < exponent) {
+      exponent = own;
+      finest = &former;
+    }
+  }
+  if (-exponent > portfolio_.shareDecimals()) {
+    // Whatever goes wrong with a finer scale is this row's doing.
+    change.willKeep(finest->row);
   }
   if (-exponent > maximumShareDecimals) {
     failInconsistent("A number of shares has too many decimals to be kept.");

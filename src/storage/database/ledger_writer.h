@@ -1,23 +1,22 @@
 // Writes one change of a ledger to the database.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "ledger/edits/ledger_change.h"
 #include "platform/data/sqlite.h"
 #include "storage/database/stored_portfolio.h"
 
 namespace corvane {
 
-/// Gathers what one change of a ledger has done to its rows and yearly totals and writes it at the
-/// end, so that a row that is walked and renumbered many times is written once. All inside the
-/// transaction of the change; when that is rolled back, restore() brings the row ids and numbers in
-/// memory back as well.
+/// Writes what one change of a ledger has done to its rows and yearly totals, at its end, so that a
+/// row that was walked and renumbered many times is written once. All inside the transaction of the
+/// change; when that is rolled back, restore() brings the row ids and numbers in memory back as
+/// well.
 class LedgerWriter {
  public:
   using Transactions = std::vector<TransactionPointer>;
@@ -27,19 +26,9 @@ class LedgerWriter {
   LedgerWriter(SQLiteDatabase& database, StoredPortfolio& portfolio)
       : database_(database), portfolio_(portfolio), formerSharesFactor_(portfolio.sharesFactor) {}
 
-  /// `row` has to be written.
-  void rowChanged(StoredPortfolioTransaction& row);
-  /// The yearly totals of `year` and those after it have to be written.
-  void totalsChanged(int year) { firstYear_ = std::min(firstYear_.value_or(year), year); }
-
-  /// Deletes rows that are no longer in the ledger; they lose their ids.
-  void remove(const Transactions& rows);
-  /// Numbers the rows of each settlement date from the earliest one of `placed` on, and sees to it
-  /// that all of `placed` get into the file.
-  void resequence(const Transactions& placed);
-  /// Writes what has been gathered. `rowWritten` is called after each row; what it throws ends the
-  /// writing. Throws SQLiteError, and PortfolioManagerError for figures that cannot be kept.
-  void flush(const std::function<void()>& rowWritten);
+  /// Tells `change` of each row that it writes. Throws SQLiteError, PortfolioManagerError for
+  /// figures that cannot be kept, and what the change throws when it is told.
+  void write(LedgerChange& change);
 
   /// Takes back in memory what the transaction had done.
   void restore();
@@ -55,7 +44,14 @@ class LedgerWriter {
   /// The figures of an equity or a currency at the end of a year, by year and row id or number.
   using Totals = std::map<std::pair<std::int64_t, std::int64_t>, std::vector<SQLiteValue>>;
 
-  [[nodiscard]] int requiredShareDecimals() const;
+  /// `row` has to be written.
+  void rowChanged(StoredPortfolioTransaction& row);
+  /// Deletes rows that are no longer in the ledger; they lose their ids.
+  void remove(const Transactions& rows);
+  /// Numbers the rows of each settlement date from the earliest one of `placed` on, and sees to it
+  /// that all of `placed` get into the file.
+  void resequence(const Transactions& placed);
+  [[nodiscard]] int requiredShareDecimals(LedgerChange& change) const;
   void rescaleShares(int decimals);
   void write(StoredPortfolioTransaction& row);
   [[nodiscard]] std::int64_t equityRowId(const EquityPointer& equity);
@@ -72,7 +68,6 @@ class LedgerWriter {
   const Decimal formerSharesFactor_;
   std::vector<Former> changed_;  ///< the rows that await writing
   std::vector<Former> removed_;
-  std::optional<int> firstYear_;
 };
 
 }  // namespace corvane

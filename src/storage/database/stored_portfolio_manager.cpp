@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "ledger/accounting/calendar_years.h"
+#include "ledger/edits/ledger_change.h"
 #include "platform/data/sqlite_transaction.h"
 #include "platform/system/log.h"
 #include "storage/database/ledger_reader.h"
@@ -218,39 +219,19 @@ PortfolioManager::Transactions StoredPortfolioManager::loadTransactions(
   return rows;
 }
 
-void StoredPortfolioManager::keepEdit(const PortfolioPointer& portfolio,
-                                      const std::function<EditedRows()>& edit) {
-  stored(*portfolio).requireTransactions();
-  LedgerWriter writer(database_, stored(*portfolio));
-  writer_ = &writer;
+void StoredPortfolioManager::keepEdit(LedgerChange& change, const std::function<void()>& edit) {
+  StoredPortfolio& portfolio = stored(change.portfolio());
+  portfolio.requireTransactions();
+  LedgerWriter writer(database_, portfolio);
   try {
     inTransaction(database_, [&] {
-      const EditedRows edited = edit();
-      writer.remove(edited.removed);
-      writer.resequence(edited.placed);
-      writer.flush([this] { tellRecordingObserver(); });
+      edit();
+      writer.write(change);
     });
   } catch (...) {
-    writer_ = nullptr;
     writer.restore();
     throw;
   }
-  writer_ = nullptr;
-}
-
-void StoredPortfolioManager::transactionRecalculated(PortfolioTransaction& row,
-                                                     Portfolio& /*portfolio*/) {
-  assert(writer_ != nullptr && dynamic_cast<StoredPortfolioTransaction*>(&row) != nullptr);
-  writer_->rowChanged(static_cast<StoredPortfolioTransaction&>(row));
-}
-
-void StoredPortfolioManager::ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio) {
-  assert(writer_ != nullptr);
-  writer_->totalsChanged(
-      startIndex == 0
-          ? 0
-          : calendar.component(CalendarUnit::year,
-                               portfolio.transactions()[startIndex - 1]->settlementDate()));
 }
 
 }  // namespace corvane

@@ -13,8 +13,6 @@
 
 namespace corvane {
 
-class LedgerWriter;
-
 /// Keeps portfolios, their rows and their yearly totals in one SQLite file, which it alone has
 /// open.
 ///
@@ -65,16 +63,12 @@ class StoredPortfolioManager final : public PortfolioManager {
   [[nodiscard]] Transactions loadTransactions(StoredPortfolio& portfolio);
 
  protected:
-  void keepEdit(const PortfolioPointer& portfolio,
-                const std::function<EditedRows()>& edit) override;
-  void transactionRecalculated(PortfolioTransaction& row, Portfolio& portfolio) override;
-  void ledgerRecalculated(std::size_t startIndex, Portfolio& portfolio) override;
+  void keepEdit(LedgerChange& change, const std::function<void()>& edit) override;
 
  private:
   void loadPortfolios(std::string& portfolioUnderWay);
 
   SQLiteDatabase database_;
-  LedgerWriter* writer_ = nullptr;  ///< of the edit under way
 };
 
 }  // namespace corvane

@@ -110,16 +110,6 @@ TEST_F(UndoManagerTest, HoldsItsTargetsWeakly) {
   EXPECT_EQ(text->value(), "a");
 }
 
-TEST_F(UndoManagerTest, KeepsNoMoreStepsThanItIsToldTo) {
-  undo->setLevelsOfUndo(2);
-  for (const auto* value : {"a", "b", "c"}) {
-    text->set(value);
-  }
-  while (undo->undo()) {
-  }
-  EXPECT_EQ(text->value(), "a");
-}
-
 TEST_F(UndoManagerTest, TellsItsObserversUntilTheyEnd) {
   std::string seen;
   {

@@ -58,6 +58,31 @@ TEST_F(UserDefaultsTest, KeepsWhatItDoesNotKnow) {
   EXPECT_EQ(JSONValue::parse(readText(file)).text(), R"({"future":{"a":[1.50,null]},"b":true})");
 }
 
+TEST_F(UserDefaultsTest, TellsOfASettingThatHasChanged) {
+  UserDefaults defaults(file);
+  defaults.set("mode", "light");
+  std::string seen;
+  {
+    const auto mode = defaults.observe("mode", [&] { seen += *defaults.string("mode") + " "; });
+    const auto other = defaults.observe("other", [&] { seen += "other "; });
+    defaults.set("mode", "light");
+    defaults.set("unrelated", 1);
+    MainLoop::drain();
+    EXPECT_EQ(seen, "");
+    defaults.set("mode", "dark");
+    EXPECT_EQ(seen, "") << "the main queue hears of it";
+    MainLoop::drain();
+    EXPECT_EQ(seen, "dark ");
+    UserDefaults(file).set("other", true);
+    defaults.set("unrelated", 2);
+    MainLoop::drain();
+    EXPECT_EQ(seen, "dark other ") << "another program has changed it";
+    defaults.remove("other");
+  }
+  MainLoop::drain();
+  EXPECT_EQ(seen, "dark other ");
+}
+
 TEST_F(UserDefaultsTest, PutsADamagedFileAsideAndSaysSoOnce) {
   writeText(folder / "settings.json.damaged", "an earlier one");
   for (const std::string content : {"{\"a\":", "[1]", "\xFF", ""}) {

@@ -1,9 +1,12 @@
+#include "ledger/reports/daily_snapshots_fetch.h"
+
 #include <algorithm>
 #include <cassert>
+#include <span>
 #include <utility>
 
 #include "core/market/price_adjuster.h"
-#include "ledger/manager/portfolio_manager.h"
+#include "ledger/accounting/ledger_states.h"
 #include "ledger/reports/daily_snapshots.h"
 #include "platform/async/dispatch_group.h"
 
@@ -18,7 +21,7 @@ struct Fetch {
       DispatchQueue::serial("ca.orlend.corvane.PortfolioManager.fetchDailySnapshots");
   DispatchGroup group;
   DailySnapshots snapshots;
-  PortfolioManager::FetchDailySnapshotsResult result;
+  FetchDailySnapshotsResult result;
 };
 
 /// The days of a fetch, both included.
@@ -67,34 +70,20 @@ using Bars = Result<const std::vector<Quote>*>;
 
 }  // namespace
 
-void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
-                                           YearMonthDay to,
-                                           FetchDailySnapshotsCompletion completion) {
-  fetchDailySnapshots(portfolio, from, to, quoteProvider, std::move(completion));
-}
-
-void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, YearMonthDay from,
-                                           YearMonthDay to,
-                                           const std::shared_ptr<QuoteProvider>& prices,
-                                           FetchDailySnapshotsCompletion completion) {
-  assert(portfolio->manager.lock().get() == this && "a portfolio of this manager");
+void fetchDailySnapshots(Portfolio& portfolio, YearMonthDay from, YearMonthDay to,
+                         const Calendar& calendar, const std::shared_ptr<QuoteProvider>& prices,
+                         FetchDailySnapshotsCompletion completion) {
   assert(from <= to && "a range must not end before it starts");
   const Days days{from, to};
   const DateRange dates = days.datesIn(calendar);
-  try {
-    requireReadable();
-  } catch (const Error& error) {
-    completion(failure(error));
-    return;
-  }
-  const auto& rows = portfolio->transactions();
+  const auto& rows = portfolio.transactions();
   const auto first = std::ranges::lower_bound(rows, dates.lower(), std::less<>(),
                                               &PortfolioTransaction::settlementDate);
   const auto end = std::ranges::lower_bound(first, rows.end(), dates.upper(), std::less<>(),
                                             &PortfolioTransaction::settlementDate);
   PortfolioSnapshot seed;
   try {
-    seed = snapshotBefore(static_cast<std::size_t>(first - rows.begin()), portfolio);
+    seed = stateBefore(static_cast<std::size_t>(first - rows.begin()), portfolio, calendar);
   } catch (const Error& error) {
     completion(failure(error));
     return;
@@ -102,7 +91,7 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
 
   const auto seedDay = YearMonthDay::normalised(from.year, from.month, from.day - 1, calendar);
   const auto fetch = std::make_shared<Fetch>(
-      DailySnapshots(*portfolio, calendar, seedDay, to, std::move(seed), std::span(first, end)));
+      DailySnapshots(portfolio, calendar, seedDay, to, std::move(seed), std::span(first, end)));
   // Prices count for the days of their own exchange, rates for those of London, as their bars are
   // stamped. By the user's days the close of a market east of the user would stand a day too early,
   // on a day that may have other shares than it was paid for.
@@ -117,7 +106,7 @@ void PortfolioManager::fetchDailySnapshots(const PortfolioPointer& portfolio, Ye
             });
   }
   for (const Currency& currency : fetch->snapshots.foreignCurrencies()) {
-    const EquityPointer pair = prices->exchangeRateEquity(currency, portfolio->primaryCurrency());
+    const EquityPointer pair = prices->exchangeRateEquity(currency, portfolio.primaryCurrency());
     request(fetch, prices, pair, days.datesIn(london()), [currency](Fetch& into, const Bars& bars) {
       if (bars) {
         into.snapshots.addRates(currency, **bars, london());

@@ -1,0 +1,61 @@
+// Starts the built program as a user does, and looks at what it leaves behind.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class ProgramStart : public ::testing::Test {
+ protected:
+  /// Starts it with `environment` and `arguments` and lets it end after its first picture; its exit
+  /// status, or -1 where it has crashed.
+  int start(const std::string& environment, const std::string& arguments) {
+    const std::string command = "env -u CORVANE_RESOURCES HOME='" + (folder / "home").string() +
+                                "' XDG_CONFIG_HOME='" + settings.string() + "' XDG_CACHE_HOME='" +
+                                (folder / "cache").string() + "' QT_QPA_PLATFORM=offscreen " +
+                                environment +
+                                " timeout 60 '" CORVANE_PROGRAM "' --quit-after-first-paint " +
+                                arguments + " >'" + (folder / "out").string() + "' 2>&1";
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  [[nodiscard]] std::string output() const { return readText(folder / "out"); }
+
+  TemporaryFolder folder;
+  const fs::path settings = folder / "config";
+};
+
+TEST_F(ProgramStart, GoesOnWhereFoldersCannotBeUsed) {
+  // A file where the folder of the settings should be, and a folder that is missing.
+  writeText(settings, "");
+  EXPECT_EQ(start("TMPDIR='" + (folder / "missing").string() + "'", "--sample-market"), 0)
+      << output();
+  EXPECT_THAT(output(), HasSubstr(settings.string()));
+  EXPECT_THAT(output(), HasSubstr("Settings hold for this run only."));
+  EXPECT_FALSE(fs::exists(folder / "missing"));
+}
+
+TEST_F(ProgramStart, KeepsTheSettingsOfTheInventedMarketApart) {
+  fs::create_directories(settings / "corvane");
+  const fs::path own = settings / "corvane" / "settings.json";
+  writeText(own, R"({"mine":1})");
+  EXPECT_EQ(start("", "--sample-market"), 0) << output();
+  EXPECT_EQ(readText(own), R"({"mine":1})");
+  EXPECT_TRUE(fs::exists(settings / "corvane" / "sample-market.json"));
+  EXPECT_THAT(output(), Not(HasSubstr("Settings hold")));
+}
+
+}  // namespace
+}  // namespace corvane::testing
