@@ -10,10 +10,13 @@ function(corvane_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_23)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
-  if(CORVANE_UNITY)
+  if(CORVANE_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # With more to inline, GCC 12 takes the other alternative of a result for an uninitialised one;
     # and it takes each source of a unit for a header that others may include.
     target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized -Wno-subobject-linkage)
+  elseif(CORVANE_UNITY)
+    # Clang minds a name of a function that another source of the unit has for itself too.
+    target_compile_options(${target} PRIVATE -Wno-shadow)
   endif()
   if(CCACHE_PROGRAM)
     set_target_properties(${target} PROPERTIES CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")

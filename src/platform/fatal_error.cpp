@@ -3,6 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#ifdef NDEBUG
+#error "Corvane is not to be built without its assertions."
+#endif
+
 namespace corvane {
 
 void fatalError(std::string_view message) {

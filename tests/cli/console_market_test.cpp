@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 
 #include "cli/console_program.h"
+#include "platform/data/json.h"
 #include "samplemarket/sample_market.h"
 
 namespace corvane {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using testing::ProgramResult;
@@ -82,6 +84,9 @@ TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
   EXPECT_THAT(program.output("value Family --sample-market"),
               MatchesRegex("Portfolio  Currency  Deposited +Value +Gain\n"
                            "Savings    CAD +[0-9.]+ +[0-9.]+ +-?[0-9.]+\n"));
+  const auto values = JSONValue::parse(program.output("value Family --sample-market --json"));
+  EXPECT_EQ(values.array().at(0).at("portfolio").string(), "Savings");
+  EXPECT_THAT(values.array().at(0).at("value").number().text(), MatchesRegex("[0-9]+\\.?[0-9]*"));
   const ProgramResult offline = program.run("value Family --offline");
   EXPECT_EQ(offline.exitCode, 1);
   EXPECT_THAT(offline.err, StartsWith("corvane-cli: Savings: "));
@@ -166,8 +171,8 @@ TEST_F(ConsoleMarketTest, ReplaysAStrategyOverManyPeriods) {
                     HasSubstr(" 18.6%     9.37%        -5.65%\n\nYields range from "),
                     HasSubstr("Analyzed returns over 501 time periods.\nMoney is in USD.\n")));
   EXPECT_THAT(program.output(batch + "from-end --csv" + days),
-              AllOf(StartsWith("\"From\",\"To\",\"Days\",\"Final Value\",\"Gain\",\"Return\","
-                               "\"Annualized Return\",\"Buy & Hold Return\",\"Currency\"\r\n"
+              AllOf(StartsWith("\"from\",\"to\",\"days\",\"finalValue\",\"gain\",\"return\","
+                               "\"annualizedReturn\",\"buyAndHoldReturn\",\"currency\"\r\n"
                                "\"2022-01-03\",\"2023-12-29\",\"500\",\"1186\",\"186\",\"0.186\","
                                "\"0.093744\",\"-0.05654\",\"USD\"\r\n\"2022-01-04\","),
                     HasSubstr("\r\n\"2023-12-29\",\"2023-12-29\",\"1\",")));
@@ -176,10 +181,46 @@ TEST_F(ConsoleMarketTest, ReplaysAStrategyOverManyPeriods) {
               HasSubstr("\"2022-05-13\",\"2022-05-13\",\"0\",\"0\",\"0\",\"\",\"\",\"\",\"USD\""));
 
   EXPECT_EQ(program.run(batch + "weekly" + days).exitCode, 2);
-  EXPECT_EQ(program.run("backtest CASTR --sample-market --csv" + days).exitCode, 2);
+  EXPECT_THAT(program.output("backtest CASTR --sample-market --csv" + days),
+              StartsWith("\"when\",\"event\",\"shares\",\"cash\",\"held\",\"onHand\",\"price\"\r\n"
+                         "\"2022-01-03 09:30\",\"Open\",\"\",\"1000\",\"0\",\"1000\","))
+      << "without a batch it is the trades, and nothing but them";
   const ProgramResult future = program.run(batch + "daily --from 2999-01-01 --to 2999-01-02");
   EXPECT_EQ(future.exitCode, 2);
   EXPECT_THAT(future.err, StartsWith("corvane-cli: --from lies in the future.\n"));
+}
+
+TEST_F(ConsoleMarketTest, WritesThePriceHistoryOfASymbol) {
+  const std::string week = "quotes CASTR --from 2024-01-04 --to 2024-01-08 --sample-market";
+  const std::string text = program.output(week);
+  EXPECT_THAT(text,
+              MatchesRegex("\"date\",\"open\",\"high\",\"low\",\"close\",\"volume\",\"currency\","
+                           "\"isRunning\"\r\n"
+                           "\"2024-01-04\",(\"[0-9.]+\",){5}\"USD\",\"false\"\r\n"
+                           "\"2024-01-05\",(\"[0-9.]+\",){5}\"USD\",\"false\"\r\n"
+                           "\"2024-01-08\",(\"[0-9.]+\",){5}\"USD\",\"false\"\r\n"));
+  EXPECT_EQ(program.output(week + " --csv"), text);
+  const auto bars = JSONValue::parse(program.output(week + " --json")).array();
+  ASSERT_EQ(bars.size(), 3U);
+  EXPECT_THAT(text, HasSubstr("\"" + bars[1].at("close").number().text() + "\""));
+  EXPECT_FALSE(bars[2].at("isRunning").boolean());
+
+  // The hours are those of New York, whose markets open at half past nine.
+  EXPECT_THAT(
+      program.output("quotes CASTR --interval 1h --sample-market"),
+      ContainsRegex("-[0-9]{2} 09:30\",(\"[0-9.]+\",){4}\"[1-9][0-9]+\",\"USD\",\"false\""));
+  // NIMBR has been split in two and has paid dividends since.
+  const std::string before = "quotes NIMBR --from 2005-01-05 --to 2005-01-05 --sample-market";
+  EXPECT_THAT(program.output(before + " --adjust none"), HasSubstr("\"45.42\",\"4687200\""));
+  EXPECT_THAT(program.output(before), HasSubstr("\"22.71\",\"9374400\""));
+  EXPECT_THAT(program.output(before + " --adjust dividends"), HasSubstr("\"20.0536\","));
+  EXPECT_EQ(program.run(week + " --adjust all").exitCode, 2);
+  EXPECT_EQ(program.run("quotes CASTR --from 2024-01-06 --to 2024-01-04 --sample-market").exitCode,
+            2);
+  const ProgramResult weekend =
+      program.run("quotes CASTR --from 2024-01-06 --to 2024-01-07 --sample-market");
+  EXPECT_EQ(weekend.exitCode, 1);
+  EXPECT_EQ(weekend.err, "corvane-cli: There are no prices of CASTR in these days.\n");
 }
 
 TEST_F(ConsoleMarketTest, KeepsAWatchlist) {
@@ -187,6 +228,7 @@ TEST_F(ConsoleMarketTest, KeepsAWatchlist) {
   ASSERT_EQ(program.output("watch Family CASTR"), "");
   ASSERT_EQ(program.output("watch Family CASTR"), "");
   EXPECT_THAT(program.output("list Family"), HasSubstr("\nWatchlist: CASTR\n"));
+  EXPECT_EQ(program.output("list Family --watchlist --json"), "[\n{\"symbol\":\"CASTR\"}\n]\n");
   ASSERT_EQ(program.output("watch Family CASTR --stop"), "");
   EXPECT_EQ(program.run("watch Family CASTR --stop").exitCode, 1);
 }

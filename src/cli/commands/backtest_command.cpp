@@ -1,42 +1,27 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
 #include "cli/console/date_text.h"
+#include "cli/console/listing.h"
 #include "cli/console/option_values.h"
+#include "cli/console/price_bars.h"
 #include "cli/console/price_source.h"
 #include "cli/console/progress_bar.h"
 #include "cli/console/text_table.h"
-#include "core/market/price_adjuster.h"
-#include "core/market/quote_interval_name.h"
 #include "core/money/currency_amount.h"
 #include "core/strategy/investment_scenario.h"
-#include "exchange/brokers/row_text.h"
 #include "ledger/transaction/transaction_effect.h"
-#include "platform/async/dispatch_queue.h"
 #include "scenario/scenario_analyzer.h"
 #include "scenario/scenario_batch.h"
 
 namespace corvane::cli {
 namespace {
 
+using enum Listing::Kind;
 using enum TextTable::Alignment;
-
-QuoteInterval intervalOf(const CommandLine& line) {
-  const std::string name = line.value("--interval").value_or("1d");
-  const auto interval = intervalNamed(name);
-  if (!interval) {
-    std::string known;
-    for (const QuoteInterval each : allQuoteIntervals) {
-      known += std::string(shortName(each)) + ", ";
-    }
-    throw UsageError("--interval is one of " + known + "not “" + name + "”.");
-  }
-  return *interval;
-}
 
 struct NamedMethod {
   std::string_view name;
@@ -52,9 +37,6 @@ constexpr std::array<NamedMethod, 3> namedMethods = {{
 std::optional<BatchMethod> batchMethodOf(const CommandLine& line) {
   const auto name = line.value("--batch");
   if (!name) {
-    if (line.has("--csv")) {
-      throw UsageError("--csv goes with --batch.");
-    }
     return std::nullopt;
   }
   const auto found = std::ranges::find(namedMethods, *name, &NamedMethod::name);
@@ -102,31 +84,16 @@ InvestmentScenario scenarioOf(const CommandLine& line) {
 }
 
 /// The bars of the scenario, as adjusted for splits. Throws what the provider fails with.
-std::vector<Quote> fetchBars(const EquityPointer& equity, const InvestmentScenario& scenario,
-                             QuoteProvider& provider, const std::shared_ptr<QuoteProvider>& owner) {
+std::vector<Quote> barsOf(const InvestmentScenario& scenario, const EquityPointer& equity,
+                          const std::shared_ptr<QuoteProvider>& provider) {
   const auto range = scenario.dateRange(equity->calendar);
   if (!range) {
     throw UsageError("--to is before --from.");
   }
-  // Nothing has been traded after now, and services want whole seconds.
-  const Date now =
-      Date::sinceReferenceDate(std::floor(Date::now().timeIntervalSinceReferenceDate()));
-  if (now < range->lower()) {
-    throw UsageError("--from lies in the future.");
-  }
-  std::optional<Result<QuoteFetchResult>> outcome;
-  provider.fetchQuotes(
-      {equity, DateRange(range->lower(), std::min(range->upper(), now)),
-       QuoteQuery::Quotes{scenario.quoteInterval, PriceAdjustment::adjustedForSplits}},
-      std::make_shared<PriceAdjuster>(owner), [&outcome](Result<QuoteFetchResult> result) {
-        DispatchQueue::main()->async(
-            [&outcome, result = std::move(result)]() mutable { outcome = std::move(result); });
-      });
-  waitFor([&] { return outcome.has_value(); });
-  if (!*outcome) {
-    (*outcome).error()->raise();
-  }
-  return (*outcome)->quotes.value_or(std::vector<Quote>());
+  return fetchBars(
+      {equity, *range,
+       QuoteQuery::Quotes{scenario.quoteInterval, QuoteQuery::PriceAdjustment::adjustedForSplits}},
+      provider);
 }
 
 std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
@@ -148,35 +115,25 @@ std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
   return "";
 }
 
-/// "2024-03-09 09:30"
-std::string timeText(Date date, const Calendar& calendar) {
-  const auto two = [&](CalendarUnit unit) {
-    const std::string text = std::to_string(calendar.component(unit, date));
-    return (text.size() < 2 ? "0" : "") + text;
-  };
-  return dateText(date, calendar) + " " + two(CalendarUnit::hour) + ":" + two(CalendarUnit::minute);
-}
-
-void writeRows(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity,
-               const Console& console) {
-  TextTable table({{"When"},
-                   {"Event"},
-                   {"Shares", right},
-                   {"Cash", right},
-                   {"Held", right},
-                   {"On hand", right},
-                   {"Price", right}});
+Listing tradesOf(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity) {
+  Listing trades({{"when", "When"},
+                  {"event", "Event"},
+                  {"shares", "Shares", number},
+                  {"cash", "Cash", number},
+                  {"held", "Held", number},
+                  {"onHand", "On hand", number},
+                  {"price", "Price", number}});
   for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
     const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
     const TransactionEffect effect = transactionEffect(row.basic.kind);
     const std::string shares = effect.movesShares() ? effect.sharesAdded.description() : "";
     const std::string cash = effect.currency != nullptr ? effect.amount.description() : "";
-    table.add({timeText(row.tradeDate(), equity.calendar),
-               std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
-               row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",
-               row.mostRecentSharePrice.description()});
+    trades.add({timeText(row.tradeDate(), equity.calendar),
+                std::string(row.eventType ? eventName(*row.eventType) : ""), shares, cash,
+                row.runningNetShares.description(), row.cashNet ? row.cashNet->description() : "",
+                row.mostRecentSharePrice.description()});
   }
-  table.write(console.out);
+  return trades;
 }
 
 std::string percent(const Decimal& rate) {
@@ -190,12 +147,15 @@ std::string moneyText(const Decimal& amount, const EquityInfo& equity) {
 
 void replayOnce(const EquityPointer& equity, const std::vector<Quote>& quotes,
                 const InvestmentStrategy& strategy, const Decimal& initialInvestment,
-                const Console& console) {
+                ListingFormat format, const Console& console) {
   const ScenarioAnalyzer analyzer(equity, quotes, tradingDayNumbers(quotes, *equity));
   const auto analysis = analyzer.analyze(std::nullopt, strategy, initialInvestment);
   const auto held =
       analyzer.analyze(std::nullopt, InvestmentStrategy::buyAndHold(), initialInvestment);
-  writeRows(analysis, *equity, console);
+  tradesOf(analysis, *equity).write(format, console.out);
+  if (format != ListingFormat::table) {
+    return;
+  }
   const auto money = [&](const Decimal& amount) {
     return moneyText(amount, *equity) + " " + std::string(equity->currency.code);
   };
@@ -253,28 +213,33 @@ void writeBatchTable(const BatchAnswer& answer, const Console& console) {
               << "Money is in " << answer.equity.currency.code << ".\n";
 }
 
-void writeBatchFile(const BatchAnswer& answer, const Console& console) {
-  const auto write = [&](const std::vector<std::string>& cells) {
-    console.out << rowText(cells, ImportExportFieldDelimiter::comma);
+void writeBatchData(const BatchAnswer& answer, ListingFormat format, const Console& console) {
+  const auto rate = [](const Decimal& part) {
+    return part.isNaN() ? "" : rounded(part, 6, RoundingMode::bankers).description();
   };
-  const auto rate = [](const Decimal& number) {
-    return number.isNaN() ? "" : rounded(number, 6, RoundingMode::bankers).description();
-  };
-  write({"From", "To", "Days", "Final Value", "Gain", "Return", "Annualized Return",
-         "Buy & Hold Return", "Currency"});
+  Listing periods({{"from", "From"},
+                   {"to", "To"},
+                   {"days", "Days", number},
+                   {"finalValue", "Final value", number},
+                   {"gain", "Gain", number},
+                   {"return", "Return", number},
+                   {"annualizedReturn", "A year", number},
+                   {"buyAndHoldReturn", "Buy and hold", number},
+                   {"currency", "Currency"}});
   for (const BatchResultPointer& result : answer.results) {
     const auto& analysis = result->analysis;
     const auto [from, to] = boundsOf(*result, answer);
-    write({from, to, std::to_string(analysis.totalTradingDays),
-           moneyText(analysis.portfolio->currentValue(), answer.equity),
-           moneyText(analysis.netGain(), answer.equity), rate(result->strategyPeriodReturn),
-           rate(result->strategyAnnualizedReturn), rate(result->buyAndHoldReturn),
-           std::string(answer.equity.currency.code)});
+    periods.add({from, to, std::to_string(analysis.totalTradingDays),
+                 moneyText(analysis.portfolio->currentValue(), answer.equity),
+                 moneyText(analysis.netGain(), answer.equity), rate(result->strategyPeriodReturn),
+                 rate(result->strategyAnnualizedReturn), rate(result->buyAndHoldReturn),
+                 std::string(answer.equity.currency.code)});
   }
+  periods.write(format, console.out);
 }
 
 /// Throws Failed, after all that could be had is written, where a sub-period failed.
-void replayBatch(ScenarioBatch::Setting setting, bool isIntraday, bool isFile,
+void replayBatch(ScenarioBatch::Setting setting, bool isIntraday, ListingFormat format,
                  const Console& console) {
   const EquityPointer equity = setting.equity;
   ScenarioBatch batch;
@@ -295,10 +260,10 @@ void replayBatch(ScenarioBatch::Setting setting, bool isIntraday, bool isFile,
     waitFor([&] { return hasEnded; });
   }
   const BatchAnswer answer{batch.results(), *equity, isIntraday};
-  if (isFile) {
-    writeBatchFile(answer, console);
-  } else {
+  if (format == ListingFormat::table) {
     writeBatchTable(answer, console);
+  } else {
+    writeBatchData(answer, format, console);
   }
   if (error != nullptr) {
     console.present(*error);
@@ -310,19 +275,20 @@ void backtest(const CommandLine& line, const Console& console) {
   const InvestmentScenario scenario = scenarioOf(line);
   const InvestmentStrategy strategy = strategyOf(line);
   const std::optional<BatchMethod> method = batchMethodOf(line);
+  const ListingFormat format = listingFormat(line);
   const PriceSource prices(line);
   const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
   refreshEquities(*prices.provider(), {equity}, console);
-  std::vector<Quote> quotes = fetchBars(equity, scenario, *prices.provider(), prices.provider());
+  std::vector<Quote> quotes = barsOf(scenario, equity, prices.provider());
   if (quotes.empty()) {
     console.warn("There are no prices of " + equity->symbol + " in these days.");
     throw Failed(exitCode::failure);
   }
   if (method) {
     replayBatch({equity, std::move(quotes), *method, strategy, scenario.initialInvestment},
-                scenario.quoteInterval < QuoteInterval::oneDay, line.has("--csv"), console);
+                scenario.quoteInterval < QuoteInterval::oneDay, format, console);
   } else {
-    replayOnce(equity, quotes, strategy, scenario.initialInvestment, console);
+    replayOnce(equity, quotes, strategy, scenario.initialInvestment, format, console);
   }
 }
 
@@ -332,7 +298,7 @@ Command backtestCommand() {
   std::vector<Option> options = {
       {"--from", "DAY", "the first day, such as 2024-01-01", true},
       {"--to", "DAY", "the last day", true},
-      {"--interval", "LENGTH", "how far prices are apart, 1m to 3mo; else 1d"},
+      intervalOption(),
       {"--invest", "MONEY", "what there is to start with; else 1000"},
       {"--buy-spread", "PART", "how far below the last trade to buy; else 0.05, which is 5%"},
       {"--buy-max", "MONEY", "the most that one purchase spends; else 1000"},
@@ -345,20 +311,21 @@ Command backtestCommand() {
       {"--stop-loss-sell-slice", "PART", "the part of the shares that one such sale gives up"}};
   options.push_back({"--batch", "METHOD",
                      "a run for each day (daily), or for periods that grow or shrink by a day "
-                     "(from-start, from-end)"});
-  options.push_back({"--csv", "", "writes the periods as delimited text"});
+                     "(from-start, from-end)",
+                     false, false, "daily from-start from-end"});
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
-  return {
-      .name = "backtest",
-      .summary = "Replays a trading strategy over past prices.",
-      .words = {"SYMBOL"},
-      .options = std::move(options),
-      .explanation =
-          "Shows each trade, and the outcome beside that of buying and holding. "
-          "Prices are restated for\nsplits; money is in the currency of the equity.\n"
-          "With --batch each period is a run of its own, and a line of the answer. In delimited "
-          "text\nreturns are parts of one: 0.05 is 5%.\n",
-      .run = &backtest};
+  return {.name = "backtest",
+          .summary = "Replays a trading strategy over past prices.",
+          .words = {"SYMBOL"},
+          .options = std::move(options),
+          .explanation =
+              "Shows each trade, and the outcome beside that of buying and holding. "
+              "Prices are restated for\nsplits; money is in the currency of the equity.\n"
+              "With --batch each period is a run of its own, and a line of the answer. As data, "
+              "returns "
+              "are\nparts of one: 0.05 is 5%.\n",
+          .run = &backtest};
 }
 
 }  // namespace corvane::cli

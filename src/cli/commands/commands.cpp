@@ -3,79 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "cli/commands/help.h"
+#include "cli/commands/help_files.h"
 #include "platform/system/resources.h"
 #include "storage/application/info_dictionary.h"
 
 namespace corvane::cli {
 namespace {
-
-constexpr std::string_view introduction =
-    "Keeps investment portfolios in workspaces, from the console.\n"
-    "\n"
-    "A workspace is a package such as Family.corvane that the desktop program opens too.\n"
-    "It holds portfolios, and each portfolio a ledger of what happened in it.\n";
-
-constexpr std::string_view example =
-    "A first session:\n"
-    "  corvane-cli create Family --portfolio Savings --currency CAD\n"
-    "  corvane-cli import statement.csv --into Family.corvane --portfolio Savings \\\n"
-    "      --fields tradeDate,settlementDate,type,symbol,numberOfShares,,cashAmount\n"
-    "  corvane-cli ledger Family.corvane --portfolio Savings\n";
-
-std::string padded(std::string_view text, std::size_t width) {
-  std::string result(text);
-  result.resize(std::max(width, text.size()) + 2, ' ');
-  return result;
-}
-
-std::string optionText(const Option& option) {
-  std::string text(option.name);
-  return option.value.empty() ? text : text + " " + std::string(option.value);
-}
-
-std::string synopsis(const Command& command) {
-  std::string text = "corvane-cli " + std::string(command.name);
-  for (const std::string_view word : command.words) {
-    text += " " + std::string(word);
-  }
-  for (const Option& option : command.options) {
-    text += option.isRequired ? " " + optionText(option) : " [" + optionText(option) + "]";
-  }
-  return text;
-}
-
-void writeHelp(std::ostream& out) {
-  std::size_t width = 0;
-  for (const Command& command : commands()) {
-    width = std::max(width, command.name.size());
-  }
-  out << introduction << "\nUsage: corvane-cli COMMAND …\n\nCommands:\n";
-  for (const Command& command : commands()) {
-    out << "  " << padded(command.name, width) << command.summary << '\n';
-  }
-  out << "\nOf every command:\n"
-         "  --help     tells how it is used: corvane-cli import --help\n"
-         "  --verbose  writes what the program does to the standard error\n"
-         "Of the program:\n"
-         "  --version  tells its version\n\n"
-      << example
-      << "\nResults go to the standard output, errors to the standard error. The exit code is 0 "
-         "when\nall went well, 1 when it did not, and 2 when the command was not understood.\n";
-}
-
-void writeHelp(const Command& command, std::ostream& out) {
-  out << command.summary << "\n\nUsage: " << synopsis(command) << "\n\n";
-  std::size_t width = 0;
-  for (const Option& option : command.options) {
-    width = std::max(width, optionText(option).size());
-  }
-  for (const Option& option : command.options) {
-    out << "  " << padded(optionText(option), width) << option.help << '\n';
-  }
-  if (!command.explanation.empty()) {
-    out << '\n' << command.explanation;
-  }
-}
 
 const Command* commandNamed(std::string_view name) {
   const auto found = std::ranges::find(commands(), name, &Command::name);
@@ -107,10 +41,11 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 }  // namespace
 
 std::span<const Command> commands() {
-  static const std::array table = {createCommand(), importCommand(),  statementsCommand(),
-                                   exportCommand(), listCommand(),    ledgerCommand(),
-                                   valueCommand(),  verifyCommand(),  watchCommand(),
-                                   removeCommand(), recoverCommand(), backtestCommand()};
+  static const std::array table = {
+      createCommand(),   importCommand(), statementsCommand(), recordCommand(),
+      reviseCommand(),   deleteCommand(), exportCommand(),     listCommand(),
+      ledgerCommand(),   valueCommand(),  quotesCommand(),     watchCommand(),
+      backtestCommand(), verifyCommand(), recoverCommand(),    removeCommand()};
   return table;
 }
 
@@ -129,6 +64,13 @@ int run(std::span<const std::string> arguments, const Console& console) {
   }
   if (name == "--help" || (name == "help" && rest.empty())) {
     writeHelp(console.out);
+    return exitCode::success;
+  }
+  if (name == "--man" && rest.empty()) {
+    writeManualPage(console.out);
+    return exitCode::success;
+  }
+  if (name == "--completions" && rest.size() == 1 && writeCompletions(rest.front(), console.out)) {
     return exitCode::success;
   }
   const Command* command = commandNamed(name == "help" ? rest.front() : name);

@@ -15,12 +15,16 @@ namespace corvane::cli {
 
 [[nodiscard]] Command backtestCommand();
 [[nodiscard]] Command createCommand();
+[[nodiscard]] Command deleteCommand();
 [[nodiscard]] Command exportCommand();
 [[nodiscard]] Command importCommand();
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();
+[[nodiscard]] Command quotesCommand();
+[[nodiscard]] Command recordCommand();
 [[nodiscard]] Command recoverCommand();
 [[nodiscard]] Command removeCommand();
+[[nodiscard]] Command reviseCommand();
 [[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();

@@ -59,8 +59,9 @@ void setUpReading(PortfolioTransactionsImporter& importer, const CommandLine& li
 /// Options that say how columns are read which --fields has placed, and those for layouts.
 constexpr std::array forFields = {"--no-header", "--date-format", "--file-reading",
                                   "--standard-reading"};
-constexpr std::array forLayouts = {"--preview", "--profile", "--leave-out",    "--symbol",
-                                   "--rates",   "--offline", "--sample-market"};
+constexpr std::array forLayouts = {"--preview",       "--profile", "--leave-out",
+                                   "--symbol",        "--rates",   "--offline",
+                                   "--sample-market", "--csv",     "--json"};
 
 void importStatement(const CommandLine& line, const Console& console) {
   const bool hasFields = line.has("--fields");
@@ -116,8 +117,9 @@ Command importCommand() {
       {"--leave-out", "LINES", "lines that are not imported, with commas between"},
       {"--symbol", "TEXT=SYMBOL", "the symbol of what the file calls TEXT; may be repeated", false,
        true},
-      {"--rates", "market", "takes missing exchange rates from the market's daily closes"},
-      {"--days", "ORDER", "dmy, mdy or ymd: how days are written"},
+      {"--rates", "market", "takes missing exchange rates from the market's daily closes", false,
+       false, "market"},
+      {"--days", "ORDER", "dmy, mdy or ymd: how days are written", false, false, "dmy mdy ymd"},
       {"--decimal", "MARK", "what stands before decimals, . or ,"},
       {"--currency", "CODE", "the currency of rows that name none"},
       {"--fields", "LIST", "places the columns by hand, see below"},
@@ -127,6 +129,8 @@ Command importCommand() {
       {"--standard-reading", "", "with --fields: takes cells by the forgiving rules"},
       {"--dry-run", "", "imports without saving, to see whether the file is understood"}};
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
+  options.push_back({"--csv", "", "with --preview: writes the lines as delimited text"});
+  options.push_back({"--json", "", "with --preview: writes the lines as an array of objects"});
   return {
       .name = "import",
       .summary = "Reads a statement into a portfolio.",

@@ -1,6 +1,10 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "cli/commands/commands.h"
 #include "cli/console/date_text.h"
-#include "cli/console/text_table.h"
+#include "cli/console/listing.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/transaction/transaction_effect.h"
@@ -46,52 +50,55 @@ Happening happening(const BasicTransaction& transaction) {
 }
 
 void writeLedger(const CommandLine& line, const Console& console) {
+  const ListingFormat format = listingFormat(line);
   const WorkspaceFile workspace(line.word(0), console);
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   const Calendar& calendar = workspace.manager()->calendar;
-  using enum TextTable::Alignment;
-  TextTable table({{"No", right},
-                   {"Trade Date"},
-                   {"Settlement"},
-                   {"Type"},
-                   {"Symbol"},
-                   {"Shares", right},
-                   {"Cash", right},
-                   {"Currency"},
-                   {"Shares Net", right},
-                   {"Cash Net", right},
-                   {"Cost Base", right},
-                   {"Gain", right},
-                   {"Note"}});
-  std::size_t number = 0;
+  using Listing::Kind::number;
+  Listing ledger({{"number", "No", number},
+                  {"tradeDate", "Trade Date"},
+                  {"settlementDate", "Settlement"},
+                  {"type", "Type"},
+                  {"symbol", "Symbol"},
+                  {"shares", "Shares", number},
+                  {"cash", "Cash", number},
+                  {"currency", "Currency"},
+                  {"sharesNet", "Shares Net", number},
+                  {"cashNet", "Cash Net", number},
+                  {"costBase", "Cost Base", number},
+                  {"capitalGain", "Gain", number},
+                  {"note", "Note"}});
+  std::size_t rowNumber = 0;
   for (const auto& row : portfolio->transactions()) {
-    ++number;
+    ++rowNumber;
     Happening what = happening(row->basic);
     const Currency* currency = row->basic.currency();
     const Currency& primary = portfolio->primaryCurrency();
-    table.add({std::to_string(number), dateText(row->tradeDate(), calendar),
-               dateText(row->settlementDate(), calendar),
-               std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
-               std::move(what.shares), std::move(what.cash),
-               currency == nullptr ? "" : std::string(currency->code), text(row->sharesNet),
-               text(row->cashNet, currency == nullptr ? primary : *currency),
-               text(row->costBaseNet(), primary), text(row->capitalGain(), primary),
-               row->basic.note.value_or("")});
+    ledger.add({std::to_string(rowNumber), dateText(row->tradeDate(), calendar),
+                dateText(row->settlementDate(), calendar),
+                std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
+                std::move(what.shares), std::move(what.cash),
+                currency == nullptr ? "" : std::string(currency->code), text(row->sharesNet),
+                text(row->cashNet, currency == nullptr ? primary : *currency),
+                text(row->costBaseNet(), primary), text(row->capitalGain(), primary),
+                row->basic.note.value_or("")});
   }
-  table.write(console.out);
+  ledger.write(format, console.out);
 }
 
 }  // namespace
 
 Command ledgerCommand() {
+  std::vector<Option> options = {{"--portfolio", "NAME", "whose ledger", true}};
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "ledger",
           .summary = "Shows the ledger of a portfolio with its balances.",
           .words = {"WORKSPACE"},
-          .options = {{"--portfolio", "NAME", "whose ledger", true}},
+          .options = std::move(options),
           .explanation =
               "Cost base and gain are in the portfolio's own currency, cash is in that of the "
               "row.\nCash that came in counts as positive. The numbers in front are what "
-              "corvane-cli remove\ntakes; they change when the ledger does.\n",
+              "corvane-cli revise\nand delete take; they change when the ledger does.\n",
           .run = &writeLedger};
 }
 

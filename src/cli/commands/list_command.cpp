@@ -1,27 +1,48 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "cli/commands/commands.h"
 #include "cli/console/date_text.h"
-#include "cli/console/text_table.h"
+#include "cli/console/listing.h"
 #include "cli/console/workspace_file.h"
 
 namespace corvane::cli {
 namespace {
 
-void list(const CommandLine& line, const Console& console) {
-  const WorkspaceFile workspace(line.word(0), console);
-  using enum TextTable::Alignment;
-  TextTable table({{"Portfolio"}, {"Currency"}, {"Transactions", right}, {"From"}, {"To"}});
+Listing portfoliosOf(const WorkspaceFile& workspace) {
+  using enum Listing::Kind;
+  Listing portfolios({{"portfolio", "Portfolio"},
+                      {"currency", "Currency"},
+                      {"transactions", "Transactions", number},
+                      {"from", "From"},
+                      {"to", "To"}});
   for (const auto& portfolio : workspace.manager()->portfolios()) {
     requireRows(portfolio);
     const auto& rows = portfolio->transactions();
     const Calendar& calendar = workspace.manager()->calendar;
-    table.add({portfolio->name, std::string(portfolio->primaryCurrency().code),
-               std::to_string(rows.size()),
-               rows.empty() ? "" : dateText(rows.front()->settlementDate(), calendar),
-               rows.empty() ? "" : dateText(rows.back()->settlementDate(), calendar)});
+    portfolios.add({portfolio->name, std::string(portfolio->primaryCurrency().code),
+                    std::to_string(rows.size()),
+                    rows.empty() ? "" : dateText(rows.front()->settlementDate(), calendar),
+                    rows.empty() ? "" : dateText(rows.back()->settlementDate(), calendar)});
   }
-  table.write(console.out);
+  return portfolios;
+}
+
+void list(const CommandLine& line, const Console& console) {
+  const ListingFormat format = listingFormat(line);
+  const WorkspaceFile workspace(line.word(0), console);
   const auto& watched = workspace.document()->model()->watchlistEquities;
-  if (!watched.empty()) {
+  if (line.has("--watchlist")) {
+    Listing symbols(std::vector<Listing::Field>{{"symbol", "Symbol"}});
+    for (const EquityPointer& equity : watched) {
+      symbols.add({equity->symbol});
+    }
+    symbols.write(format, console.out);
+    return;
+  }
+  portfoliosOf(workspace).write(format, console.out);
+  if (format == ListingFormat::table && !watched.empty()) {
     console.out << "\nWatchlist:";
     for (const EquityPointer& equity : watched) {
       console.out << ' ' << equity->symbol;
@@ -33,11 +54,13 @@ void list(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command listCommand() {
+  std::vector<Option> options = {{"--watchlist", "", "lists the symbols of the watchlist alone"}};
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "list",
           .summary = "Lists the portfolios and the watchlist of a workspace.",
           .words = {"WORKSPACE"},
-          .options = {},
-          .explanation = "",
+          .options = std::move(options),
+          .explanation = "As data, the portfolios come without the watchlist.\n",
           .run = &list};
 }
 

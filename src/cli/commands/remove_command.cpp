@@ -1,26 +1,8 @@
-#include <charconv>
-
 #include "cli/commands/commands.h"
 #include "cli/console/workspace_file.h"
 
 namespace corvane::cli {
 namespace {
-
-/// The row with a number as `ledger` shows it.
-TransactionPointer rowNumbered(const std::string& text, const PortfolioPointer& portfolio) {
-  const auto& rows = portfolio->transactions();
-  std::size_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end || number < 1) {
-    throw UsageError("“" + text + "” is not the number of a transaction.");
-  }
-  if (number > rows.size()) {
-    throw WorkspaceFileError("The ledger has no transaction " + text + ".",
-                             "It has " + std::to_string(rows.size()) + " transactions.");
-  }
-  return rows[number - 1];
-}
 
 void remove(const CommandLine& line, const Console& console) {
   const auto transaction = line.value("--transaction");

@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "cli/console/date_text.h"
+#include "cli/console/listing.h"
 #include "cli/console/price_source.h"
-#include "cli/console/text_table.h"
 #include "cli/console/workspace_file.h"
 #include "core/market/price_adjuster.h"
 #include "exchange/profiles/profile_shelf.h"
@@ -194,23 +194,38 @@ std::pair<std::string, std::string> figuresOf(const StatementRow& row, std::stri
       row.transactions.front().kind);
 }
 
-void writePreview(const StatementPreview& preview, const Calendar& calendar,
-                  const Console& console) {
+/// How the preview is written; nothing else is, as data.
+ListingFormat previewFormat(const CommandLine& line) {
+  const ListingFormat format = listingFormat(line);
+  if (format != ListingFormat::table && !line.has("--preview")) {
+    throw UsageError("--csv and --json go with --preview.");
+  }
+  return format;
+}
+
+void writeHeading(const StatementPreview& preview, const Console& console) {
   console.out << "“" << preview.profileName << "”, " << preview.encodingName << ".\n";
   for (const std::string& remark : preview.reading.remarks) {
     console.out << remark << '\n';
   }
-  using enum TextTable::Alignment;
-  TextTable table({{"Line", right},
-                   {"Verdict"},
-                   {"Day"},
-                   {"Kind"},
-                   {"Symbol"},
-                   {"Shares", right},
-                   {"Amount", right},
-                   {"Currency"},
-                   {"Rate"},
-                   {"Reason"}});
+}
+
+void writePreview(const StatementPreview& preview, const Calendar& calendar, ListingFormat format,
+                  const Console& console) {
+  if (format == ListingFormat::table) {
+    writeHeading(preview, console);
+  }
+  using enum Listing::Kind;
+  Listing lines({{"line", "Line", number},
+                 {"verdict", "Verdict"},
+                 {"day", "Day"},
+                 {"kind", "Kind"},
+                 {"symbol", "Symbol"},
+                 {"shares", "Shares", number},
+                 {"amount", "Amount", number},
+                 {"currency", "Currency"},
+                 {"rate", "Rate"},
+                 {"reason", "Reason"}});
   std::vector<const StatementRow*> rows;
   for (const StatementRow& row : preview.reading.rows) {
     rows.push_back(&row);
@@ -219,12 +234,12 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar,
   for (const StatementRow* row : rows) {
     std::string currency;
     const auto [shares, amount] = figuresOf(*row, currency);
-    table.add(
+    lines.add(
         {std::to_string(row->line), std::string(displayName(row->verdict)),
          row->transactions.empty() ? "" : dateText(row->transactions.front().tradeDate, calendar),
          row->kind, row->symbol, shares, amount, currency, row->rate, row->reason});
   }
-  table.write(console.out);
+  lines.write(format, console.out);
 }
 
 [[noreturn]] void failOf(const StatementPreview& preview, const Console& console) {
@@ -267,6 +282,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
   if (usesMarket && line.value("--rates") != "market") {
     throw UsageError("“" + *line.value("--rates") + "” is not where rates are from: market.");
   }
+  const ListingFormat format = previewFormat(line);
   StatementOptions options = optionsIn(line);
   std::optional<PriceSource> prices;
   if (usesMarket) {
@@ -306,7 +322,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
                                });
   }
   if (line.has("--preview")) {
-    writePreview(preview, calendar, console);
+    writePreview(preview, calendar, format, console);
     if (!preview.isReady()) {
       throw Failed(exitCode::failure);
     }

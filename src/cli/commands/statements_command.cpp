@@ -1,5 +1,9 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
 #include "cli/commands/commands.h"
-#include "cli/console/text_table.h"
+#include "cli/console/listing.h"
 #include "exchange/profiles/profile_shelf.h"
 
 namespace corvane::cli {
@@ -11,12 +15,13 @@ void listProfiles(const CommandLine& line, const Console& console) {
     console.out << "“" << profile.name << "” can be used.\n";
     return;
   }
+  const ListingFormat format = listingFormat(line);
   const ProfileShelf shelf = ProfileShelf::standard();
-  TextTable table({{"Layout"}, {"Statements"}});
+  Listing layouts({{"layout", "Layout"}, {"name", "Statements"}});
   for (const StatementProfile& profile : shelf.profiles) {
-    table.add({profile.id, profile.name});
+    layouts.add({profile.id, profile.name});
   }
-  table.write(console.out);
+  layouts.write(format, console.out);
   for (const ErrorPointer& problem : shelf.problems) {
     console.warn(problem->description().value_or(""));
   }
@@ -28,10 +33,13 @@ void listProfiles(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command statementsCommand() {
+  std::vector<Option> options = {
+      {"--check", "FILE", "reads one layout and tells what is wrong with it"}};
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "statements",
           .summary = "Lists the layouts of statements that import knows.",
           .words = {},
-          .options = {{"--check", "FILE", "reads one layout and tells what is wrong with it"}},
+          .options = std::move(options),
           .explanation =
               "A layout is a TOML file. Your own go into ~/.config/corvane/statements; one with "
               "the\nname of a layout that comes with the program replaces it.\n",

@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "cli/commands/commands.h"
+#include "cli/console/listing.h"
 #include "cli/console/price_source.h"
-#include "cli/console/text_table.h"
 #include "cli/console/workspace_file.h"
 #include "core/money/currency_amount.h"
 
@@ -29,14 +31,18 @@ void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
 }
 
 void writeValues(const CommandLine& line, const Console& console) {
+  const ListingFormat format = listingFormat(line);
   const PriceSource prices(line);
   const WorkspaceFile workspace(line.word(0), console, prices.provider());
   const PortfolioManager& manager = *workspace.manager();
   refreshHoldings(manager, *prices.provider(), console);
 
-  using enum TextTable::Alignment;
-  TextTable table(
-      {{"Portfolio"}, {"Currency"}, {"Deposited", right}, {"Value", right}, {"Gain", right}});
+  using enum Listing::Kind;
+  Listing values({{"portfolio", "Portfolio"},
+                  {"currency", "Currency"},
+                  {"netDeposited", "Deposited", number},
+                  {"value", "Value", number},
+                  {"gain", "Gain", number}});
   bool isComplete = true;
   for (const PortfolioPointer& portfolio : manager.portfolios()) {
     try {
@@ -44,14 +50,14 @@ void writeValues(const CommandLine& line, const Console& console) {
       const auto money = [&](const Decimal& amount) {
         return roundedToMinorUnits(amount, worth.currency).description();
       };
-      table.add({portfolio->name, std::string(worth.currency.code), money(worth.netDeposited),
-                 money(worth.currentValue), money(worth.currentValue - worth.netDeposited)});
+      values.add({portfolio->name, std::string(worth.currency.code), money(worth.netDeposited),
+                  money(worth.currentValue), money(worth.currentValue - worth.netDeposited)});
     } catch (const Error& error) {
       isComplete = false;
       console.warn(portfolio->name + ": " + error.description().value_or(""));
     }
   }
-  table.write(console.out);
+  values.write(format, console.out);
   if (!isComplete) {
     throw Failed(exitCode::failure);
   }
@@ -60,10 +66,12 @@ void writeValues(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command valueCommand() {
+  std::vector<Option> options = priceSourceOptions();
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "value",
           .summary = "Shows what each portfolio is worth at the latest prices.",
           .words = {"WORKSPACE"},
-          .options = priceSourceOptions(),
+          .options = std::move(options),
           .explanation =
               "Amounts are in the portfolio's own currency. A portfolio for which a price "
               "or a rate is\nmissing is left out, and the exit code is then 1.\n",

@@ -18,7 +18,8 @@ struct Option {
   std::string_view value;  ///< what its value is called in the help, "NAME"; empty for a switch
   std::string_view help;
   bool isRequired = false;
-  bool mayRepeat = false;  ///< several values are one text with a line for each
+  bool mayRepeat = false;         ///< several values are one text with a line for each
+  std::string_view choices = {};  ///< the values that there are, with blanks between; none for any
 };
 
 /// Something was typed that the command does not take; the text says what.

@@ -1,8 +1,10 @@
 #include "cli/console/workspace_file.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
+#include "cli/console/command_line.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/replacement_directory.h"
 #include "platform/system/resources.h"
@@ -183,6 +185,21 @@ void requireRows(const PortfolioPointer& portfolio) {
   if (const auto stored = std::dynamic_pointer_cast<StoredPortfolio>(portfolio)) {
     stored->requireTransactions();
   }
+}
+
+TransactionPointer rowNumbered(const std::string& text, const PortfolioPointer& portfolio) {
+  const auto& rows = portfolio->transactions();
+  std::size_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end || number < 1) {
+    throw UsageError("“" + text + "” is not the number of a transaction.");
+  }
+  if (number > rows.size()) {
+    throw WorkspaceFileError("The ledger has no transaction " + text + ".",
+                             "It has " + std::to_string(rows.size()) + " transactions.");
+  }
+  return rows[number - 1];
 }
 
 }  // namespace corvane::cli

@@ -74,4 +74,9 @@ class WorkspaceFileError : public ErrorValue<WorkspaceFileError> {
 /// Reads the rows of a stored portfolio. Throws what has kept them from being read.
 void requireRows(const PortfolioPointer& portfolio);
 
+/// The row of `portfolio` that `ledger` shows with the number that `text` is. Throws UsageError for
+/// a text that is no number, and WorkspaceFileError for one that no row has.
+[[nodiscard]] TransactionPointer rowNumbered(const std::string& text,
+                                             const PortfolioPointer& portfolio);
+
 }  // namespace corvane::cli

@@ -46,8 +46,8 @@ class TOMLValue {
   using Table = std::vector<Entry>;
   using Content = std::variant<std::string, std::int64_t, bool, Array, Table>;
 
-  TOMLValue() = default;
-  TOMLValue(TextPlace place, Content content) : place_(place), content_(std::move(content)) {}
+  TOMLValue();
+  TOMLValue(TextPlace place, Content content);
 
   /// Reads a document of UTF-8 text. Throws TOMLError, also for texts of several lines in three
   /// quotes, in which the library reads beyond what it holds.
@@ -73,5 +73,10 @@ struct TOMLValue::Entry {
   TextPlace place;
   TOMLValue value;
 };
+
+// Only here is it known what a table consists of.
+inline TOMLValue::TOMLValue() = default;
+inline TOMLValue::TOMLValue(TextPlace place, Content content)
+    : place_(place), content_(std::move(content)) {}
 
 }  // namespace corvane

@@ -1,0 +1,104 @@
+#include "cli/console/listing.h"
+
+#include <cassert>
+#include <utility>
+
+#include "cli/console/text_table.h"
+#include "exchange/brokers/row_text.h"
+#include "platform/data/json.h"
+
+namespace corvane::cli {
+namespace {
+
+JSONValue jsonOf(const std::string& cell, Listing::Kind kind) {
+  if (cell.empty() && kind != Listing::Kind::text) {
+    return {};
+  }
+  switch (kind) {
+    case Listing::Kind::text:
+      break;
+    case Listing::Kind::number:
+      if (auto number = JSONNumber::fromText(cell)) {
+        return JSONValue(std::move(*number));
+      }
+      break;
+    case Listing::Kind::boolean:
+      return JSONValue(cell == "true");
+  }
+  return cell.empty() ? JSONValue() : JSONValue(cell);
+}
+
+}  // namespace
+
+std::vector<Option> listingOptions() {
+  return {{"--csv", "", "writes delimited text, the first row with the names of the fields"},
+          {"--json", "", "writes an array of objects, one a line"}};
+}
+
+ListingFormat listingFormat(const CommandLine& line, ListingFormat otherwise) {
+  if (line.has("--csv") && line.has("--json")) {
+    throw UsageError("--csv and --json exclude each other.");
+  }
+  return line.has("--csv")    ? ListingFormat::csv
+         : line.has("--json") ? ListingFormat::json
+                              : otherwise;
+}
+
+void Listing::add(std::vector<std::string> cells) {
+  assert(cells.size() == fields_.size());
+  rows_.push_back(std::move(cells));
+}
+
+void Listing::write(ListingFormat format, std::ostream& out) const {
+  switch (format) {
+    case ListingFormat::table:
+      writeTable(out);
+      break;
+    case ListingFormat::csv:
+      writeCSV(out);
+      break;
+    case ListingFormat::json:
+      writeJSON(out);
+      break;
+  }
+}
+
+void Listing::writeTable(std::ostream& out) const {
+  std::vector<TextTable::Column> columns;
+  for (const Field& field : fields_) {
+    columns.push_back({std::string(field.title), field.kind == Kind::number
+                                                     ? TextTable::Alignment::right
+                                                     : TextTable::Alignment::left});
+  }
+  TextTable table(std::move(columns));
+  for (const auto& row : rows_) {
+    table.add(row);
+  }
+  table.write(out);
+}
+
+void Listing::writeCSV(std::ostream& out) const {
+  std::vector<std::string> names;
+  for (const Field& field : fields_) {
+    names.emplace_back(field.name);
+  }
+  out << rowText(names, ImportExportFieldDelimiter::comma);
+  for (const auto& row : rows_) {
+    out << rowText(row, ImportExportFieldDelimiter::comma);
+  }
+}
+
+void Listing::writeJSON(std::ostream& out) const {
+  out << '[';
+  const char* separator = "\n";
+  for (const auto& row : rows_) {
+    JSONValue::Object object;
+    for (std::size_t i = 0; i < fields_.size(); ++i) {
+      object.emplace_back(fields_[i].name, jsonOf(row[i], fields_[i].kind));
+    }
+    out << std::exchange(separator, ",\n") << JSONValue(std::move(object)).text();
+  }
+  out << "\n]\n";
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,151 @@
+// What is made from the table of commands: help, manual page, completions, and the forms of data.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "cli/console_program.h"
+#include "platform/data/json.h"
+
+namespace corvane {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsSupersetOf;
+using ::testing::StartsWith;
+
+class ConsoleHelpTest : public ::testing::Test {
+ protected:
+  testing::ConsoleProgram program;
+
+  /// The commands that the help lists.
+  [[nodiscard]] std::vector<std::string> commands() const {
+    const std::string help = program.output("--help");
+    const std::size_t first = help.find("Commands:\n") + 10;
+    std::istringstream lines(help.substr(first, help.find("\n\n", first) - first));
+    std::vector<std::string> names;
+    for (std::string line; std::getline(lines, line);) {
+      names.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
+    return names;
+  }
+  /// The options that the help of `command` explains.
+  [[nodiscard]] std::set<std::string> options(const std::string& command) const {
+    const std::string help = program.output(command + " --help");
+    const std::regex option("\n  (--[a-z-]+)");
+    std::set<std::string> names;
+    for (std::sregex_iterator each(help.begin(), help.end(), option), end; each != end; ++each) {
+      names.insert((*each)[1]);
+    }
+    return names;
+  }
+  /// What bash offers behind `line`, one a line.
+  [[nodiscard]] std::set<std::string> completions(const std::string& line) const {
+    std::string words;
+    int count = 0;
+    std::istringstream parts(line);
+    for (std::string part; parts >> part; ++count) {
+      words += " '" + part + "'";
+    }
+    if (line.ends_with(' ')) {
+      words += " ''";
+      ++count;
+    }
+    testing::writeText(program.folder / "complete.sh",
+                       "source completions\nCOMP_WORDS=(" + words +
+                           ")\nCOMP_CWORD=" + std::to_string(count - 1) +
+                           "\n_corvane_cli\nprintf '%s\\n' \"${COMPREPLY[@]}\" >offered\n");
+    const std::string command =
+        "cd '" + program.folder.path().string() + "' && LC_ALL=C bash --norc -eu complete.sh";
+    EXPECT_EQ(std::system(command.c_str()), 0) << line;
+    std::istringstream offered(testing::readText(program.folder / "offered"));
+    std::set<std::string> found;
+    for (std::string word; std::getline(offered, word);) {
+      found.insert(word);
+    }
+    return found;
+  }
+  /// Whether `shell` can read the script in the file "completions".
+  [[nodiscard]] bool isRead(const std::string& shell) const {
+    const std::string command =
+        "cd '" + program.folder.path().string() + "' && LC_ALL=C " + shell + " -n completions";
+    return std::system(command.c_str()) == 0;
+  }
+};
+
+TEST_F(ConsoleHelpTest, TellsExitCodes) {
+  EXPECT_THAT(program.output("--help"), HasSubstr("Exit codes:\n  0    all went well\n  1    "));
+  for (const std::string& command : commands()) {
+    EXPECT_THAT(program.output(command + " --help"),
+                HasSubstr("\nExit codes: 0 done, 1 failed, 2 not understood, 130 interrupted.\n"));
+  }
+}
+
+TEST_F(ConsoleHelpTest, EveryListingHasTwoFormsOfData) {
+  for (const std::string command :
+       {"list", "ledger", "value", "statements", "quotes", "backtest", "import"}) {
+    EXPECT_THAT(options(command), IsSupersetOf({"--csv", "--json"})) << command;
+  }
+  ASSERT_EQ(program.output("create Family --portfolio 'Ann \"A\", née B' --currency CAD"), "");
+  EXPECT_EQ(program.output("list Family --csv"),
+            "\"portfolio\",\"currency\",\"transactions\",\"from\",\"to\"\r\n"
+            "\"Ann \"\"A\"\", née B\",\"CAD\",\"0\",\"\",\"\"\r\n");
+  EXPECT_EQ(program.output("list Family --json"),
+            "[\n{\"portfolio\":\"Ann \\\"A\\\", née B\",\"currency\":\"CAD\",\"transactions\":0,"
+            "\"from\":null,\"to\":null}\n]\n");
+  EXPECT_EQ(JSONValue::parse(program.output("list Family --watchlist --json")), JSONValue::Array());
+  EXPECT_GT(JSONValue::parse(program.output("statements --json")).array().size(), 20U);
+  EXPECT_EQ(program.run("list Family --csv --json").exitCode, 2);
+  EXPECT_EQ(program.run("import a.csv --into Family --portfolio A --json").exitCode, 2);
+}
+
+TEST_F(ConsoleHelpTest, HasEveryCommandAndOptionInItsManualPage) {
+  std::string page = program.output("--man");
+  EXPECT_THAT(page, StartsWith(".TH CORVANE"));
+  page = std::regex_replace(page, std::regex("\\\\-"), "-");
+  for (const std::string& command : commands()) {
+    EXPECT_THAT(page, HasSubstr("\n.SS \"" + command + "\"\n"));
+    for (const std::string& option : options(command)) {
+      EXPECT_TRUE(std::regex_search(page, std::regex("\n\\.B " + option + "[ \n]"))) << option;
+    }
+  }
+}
+
+TEST_F(ConsoleHelpTest, CompletesCommandsOptionsAndTheirValues) {
+  testing::writeText(program.folder / "completions", program.output("--completions bash"));
+  EXPECT_THAT(completions("corvane-cli "), IsSupersetOf(commands()));
+  EXPECT_EQ(completions("corvane-cli rec"), (std::set<std::string>{"record", "recover"}));
+  for (const std::string& command : commands()) {
+    EXPECT_THAT(completions("corvane-cli " + command + " --"), IsSupersetOf(options(command)))
+        << command;
+  }
+  EXPECT_EQ(completions("corvane-cli record F --type cash-"),
+            (std::set<std::string>{"cash-credit", "cash-expense"}));
+  EXPECT_THAT(completions("corvane-cli export "), IsSupersetOf({"holdings", "gains"}));
+  testing::writeText(program.folder / "statement.csv", "");
+  EXPECT_EQ(completions("corvane-cli import state"), (std::set<std::string>{"statement.csv"}));
+  EXPECT_TRUE(isRead("bash"));
+}
+
+TEST_F(ConsoleHelpTest, HasEveryCommandAndOptionInTheCompletionsOfZsh) {
+  const std::string script = program.output("--completions zsh");
+  for (const std::string& command : commands()) {
+    const std::size_t first = script.find("\n    " + command + ")\n");
+    ASSERT_NE(first, script.npos) << command;
+    const std::string part = script.substr(first, script.find(";;", first) - first);
+    for (const std::string& option : options(command)) {
+      EXPECT_THAT(part, HasSubstr(option + "[")) << command;
+    }
+  }
+  testing::writeText(program.folder / "completions", script);
+  if (std::system("command -v zsh >/dev/null") == 0) {
+    EXPECT_TRUE(isRead("zsh"));
+  }
+  EXPECT_EQ(program.run("--completions fish").exitCode, 2);
+}
+
+}  // namespace
+}  // namespace corvane
