@@ -25,10 +25,11 @@ std::string intervalNames(std::string_view separator) {
 }  // namespace
 
 Option intervalOption() {
+  static const std::string choices = intervalNames(" ");
   return {.name = "--interval",
           .value = "LENGTH",
           .help = "how far prices are apart, 1m to 3mo; else 1d",
-          .choices = intervalNames(" ")};
+          .choices = choices};
 }
 
 QuoteInterval intervalOf(const CommandLine& line) {
