@@ -1,11 +1,16 @@
 // Reading statements of 100,000 rows: by the rules with columns that were placed, with the guard
-// that reads all cells a second time, and by a layout up to the preview; next to the reader of
-// delimited text alone.
+// that reads all cells a second time, by a layout up to the preview, and by the console from the
+// start of the program to the saved workspace; next to the reader of delimited text alone.
 
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include "exchange/imports/import_job.h"
@@ -116,6 +121,46 @@ BENCHMARK(Import_rows)
     ->Arg(1)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+/// Runs the console in `folder` with `arguments`; what it used. Null where it fails.
+std::optional<rusage> runConsole(const std::filesystem::path& folder,
+                                 const std::string& arguments) {
+  const pid_t child = fork();
+  if (child == 0) {
+    const std::string command =
+        "cd '" + folder.string() + "' && exec '" CORVANE_CLI "' " + arguments + " >/dev/null 2>&1";
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  rusage usage{};
+  wait4(child, &status, 0, &usage);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? std::optional(usage) : std::nullopt;
+}
+
+void Import_console(benchmark::State& state) {
+  const std::filesystem::path folder = prepared().file().parent_path();
+  long peak = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    files::remove(folder / "Family.corvane");
+    (void)runConsole(folder, "create Family --portfolio Savings --currency CAD");
+    state.ResumeTiming();
+    const auto usage =
+        runConsole(folder,
+                   "import statement.csv --into Family --portfolio Savings --fields "
+                   "tradeDate,settlementDate,,note,,type,,symbol,,cashCurrency,numberOfShares,,,"
+                   "cashAmount");
+    if (!usage) {
+      state.SkipWithError("the console has refused the statement");
+      break;
+    }
+    peak = std::max(peak, usage->ru_maxrss);
+  }
+  state.counters["peak MB"] = static_cast<double>(peak) / 1000;
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
+}
+BENCHMARK(Import_console)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void Statement_preview(benchmark::State& state) {
   const ProfileShelf shelf = ProfileShelf::standard();

@@ -13,6 +13,8 @@
 #include "exchange/brokers/import_export_error.h"
 #include "exchange/scripted_window.h"
 #include "exchange/statement_world.h"
+#include "exchange/statements/statement_preview.h"
+#include "exchange/strict/statement_error.h"
 #include "storage/stored_ledger.h"
 
 namespace corvane {
@@ -345,6 +347,80 @@ class CancellingALargeImport : public ::testing::Test {
     return std::chrono::duration<double>(end - *cancelled).count();
   }
 };
+
+/// Imports `rows`, which have the fields settlementDate, type, symbol, numberOfShares and
+/// cashAmount, into a stored portfolio. What the user was told, and nothing is left of it.
+std::string refusalOfStore(testing::StoredLedger& stored, const std::string& rows) {
+  const auto before = stored.state();
+  const auto window = std::make_shared<ScriptedWindow>();
+  window->file = stored.folder / "rows.csv";
+  testing::writeText(*window->file, "Date,Type,Symbol,Shares,Amount\n" + rows);
+  const auto importer = PortfolioTransactionsImporter::make(stored.portfolio, nullptr);
+  importer->changeSettings([](auto& settings) {
+    settings.fieldOrder = {"settlementDate", "type", "symbol", "numberOfShares", "cashAmount"};
+    settings.useDateFormatString = true;
+  });
+  MainLoop::drain();
+  const auto controller = ImportController::make(importer);
+  EXPECT_FALSE(
+      completes([&](auto completion) { controller->beginImport(window, std::move(completion)); }));
+  EXPECT_EQ(stored.state(), before);
+  return window->heard.back();
+}
+
+TEST(RefusalsOfTheStore, NameTheLineThatIsAtFault) {
+  testing::StoredLedger stored;
+  const std::string deposit = "2021-03-10,Deposit,,,1\n";
+  // An amount alone, and two that can be kept but whose sum can not.
+  const std::string large = "2021-03-11,Deposit,,,90000000000000000.01\n";
+  EXPECT_THAT(
+      refusalOfStore(stored, deposit + "2021-03-11,Deposit,,,990000000000000000000.01\n" + deposit),
+      ::testing::StartsWith("error Problem on line 3: "));
+  EXPECT_THAT(refusalOfStore(stored, deposit + large + deposit + large + deposit),
+              ::testing::StartsWith("error Problem on line 5: "));
+  // A number of shares that is finer than what can be kept.
+  EXPECT_THAT(refusalOfStore(stored, deposit + deposit +
+                                         "2021-03-12,Buy,ABC,0.0000000000000000001,1\n" + deposit),
+              ::testing::StartsWith("error Problem on line 4: "));
+  // A row that was there before, whose balance the second line makes too large.
+  stored.record({stored.make.on(testing::day(2021, 3, 20)).deposit("90000000000000000.01")});
+  EXPECT_THAT(refusalOfStore(stored, deposit + large),
+              ::testing::StartsWith("error Problem on line 3: "));
+  // What has no line of its own to name names the last, as all of them were taken.
+  stored.manager->database().executeScript(
+      "CREATE TRIGGER full BEFORE INSERT ON cashByYear BEGIN SELECT RAISE(FAIL, 'full'); END;");
+  stored.manager->database().executeScript("DELETE FROM cashByYear;");
+  EXPECT_THAT(refusalOfStore(stored, deposit + deposit),
+              ::testing::StartsWith("error Problem on line 3: "));
+}
+
+TEST(RefusalsOfTheStore, NameTheLineOfAStatement) {
+  testing::StoredLedger stored;
+  const auto row = [&](std::uint32_t line, const std::string& amount) {
+    StatementRow made;
+    made.line = line;
+    made.transactions = {stored.make.deposit(amount)};
+    return made;
+  };
+  StatementPreview preview;
+  preview.reading.rows = {row(3, "90000000000000000.01"), row(5, "1"),
+                          row(8, "90000000000000000.01"), row(9, "1")};
+  preview.reading.rows[1].verdict = RowVerdict::leftOut;
+  const auto error =
+      testing::errorOf<StatementError>([&] { (void)recordStatement(preview, stored.portfolio); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->line, 8U) << *error;
+  EXPECT_TRUE(stored.rows().empty());
+  preview.reading.rows[2].verdict = RowVerdict::leftOut;
+  EXPECT_EQ(recordStatement(preview, stored.portfolio).size(), 2U);
+
+  // What is no row's fault is told as it is.
+  preview.reading.rows[0].verdict = RowVerdict::leftOut;
+  stored.manager->database().executeScript(
+      "CREATE TRIGGER full BEFORE UPDATE ON cashByYear BEGIN SELECT RAISE(FAIL, 'full'); END;");
+  EXPECT_TRUE(
+      testing::errorOf<SQLiteError>([&] { (void)recordStatement(preview, stored.portfolio); }));
+}
 
 TEST(CancellingARecording, TakesItBackAlsoWhileTheRowsAreStored) {
   testing::StoredLedger stored;

@@ -339,7 +339,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
                         : "There is nothing in “" + filename + "” to record.\n");
     return;
   }
-  workspace.manager()->recordTransactions(transactions, portfolio, nullptr);
+  recordStatement(preview, portfolio);
   memory.rememberImport(filename, preview.profileName, preview.reading.rows, calendar);
   memory.write();
   if (!line.has("--dry-run")) {

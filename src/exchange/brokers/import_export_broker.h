@@ -63,9 +63,16 @@ class ImportedCells {
   [[nodiscard]] virtual std::size_t rowCount() const = 0;
   /// The line of the file on which a row starts, from 1.
   [[nodiscard]] virtual std::uint32_t line(std::size_t row) const = 0;
+  /// The column of a field; none where the file has no such column.
+  [[nodiscard]] virtual std::optional<std::size_t> column(std::string_view field) const = 0;
+  /// Empty where the row ends before the column.
+  [[nodiscard]] virtual std::string_view text(std::size_t row, std::size_t column) const = 0;
   /// None where the file has no column with the field.
-  [[nodiscard]] virtual std::optional<std::string_view> cell(std::size_t row,
-                                                             std::string_view field) const = 0;
+  [[nodiscard]] std::optional<std::string_view> cell(std::size_t row,
+                                                     std::string_view field) const {
+    const auto found = column(field);
+    return found ? std::optional(text(row, *found)) : std::nullopt;
+  }
   /// What the header calls the field's column; empty without a header.
   [[nodiscard]] virtual std::string columnTitle(std::string_view field) const = 0;
 };
@@ -81,6 +88,9 @@ class ImportBroker : public ImportOrExportBroker {
   [[nodiscard]] virtual std::vector<std::string> preflightFields() const = 0;
   /// The cells of those columns of preflightFields() that the file has.
   virtual void preflight(const ColumnsByField& columnsByField) = 0;
+
+  /// Called before the first row with the number of all rows.
+  virtual void willImport(std::size_t /*rowCount*/) {}
 
   /// Takes one row: the texts of the columns that are not ignored.
   virtual void importRow(const ValuesByField& valuesByField) = 0;

@@ -51,14 +51,13 @@ class SourceCells final : public ImportedCells {
     return source_.rows().size() + (hasHeader_ ? 0 : 1);
   }
   [[nodiscard]] std::uint32_t line(std::size_t row) const override { return cellsOf(row).line(); }
-  [[nodiscard]] std::optional<std::string_view> cell(std::size_t row,
-                                                     std::string_view field) const override {
-    const auto column = columns_.find(field);
-    if (column == columns_.end()) {
-      return std::nullopt;
-    }
+  [[nodiscard]] std::optional<std::size_t> column(std::string_view field) const override {
+    const auto found = columns_.find(field);
+    return found == columns_.end() ? std::nullopt : std::optional(found->second);
+  }
+  [[nodiscard]] std::string_view text(std::size_t row, std::size_t column) const override {
     const CSVRow cells = cellsOf(row);
-    return column->second < cells.size() ? cells[column->second] : std::string_view();
+    return column < cells.size() ? cells[column] : std::string_view();
   }
   [[nodiscard]] std::string columnTitle(std::string_view field) const override {
     const auto column = columns_.find(field);
@@ -200,6 +199,7 @@ void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& pr
   }
 
   const SourceCells cells(source, *configuration);
+  broker.willImport(cells.rowCount());
   const ErrorPointer refusal = takeRows(source, *configuration, broker, progress, completed);
 
   broker.setConfiguration(changed(*configuration, [&](ImportExportConfiguration& layout) {

@@ -54,6 +54,8 @@ Decimal withSign(const Decimal& amount, ImportRow::SignRule rule) {
       return abs(amount);
     case ImportRow::SignRule::negative:
       return -abs(amount);
+    case ImportRow::SignRule::oppositeToFile:
+      return -amount;
     case ImportRow::SignRule::asInFile:
       break;
   }
@@ -208,14 +210,17 @@ Decimal ImportRow::equivalent(const CurrencyAmount& cash, SignRule rule) const {
 }
 
 BasicTransaction::Kind ImportRow::trade(bool isPurchase) const {
-  const SignRule rule = isPurchase ? SignRule::positive : SignRule::negative;
+  const SignRule byWord = isPurchase ? SignRule::positive : SignRule::negative;
+  const bool isOwn = surroundings_.isOwnExport;
+  // What is paid is given up by the trade and taken off the account.
+  const SignRule rule = isOwn ? SignRule::oppositeToFile : byWord;
   BasicTransaction::Trade trade;
   trade.equity = equity();
   const auto shares = number("numberOfShares");
   if (!shares) {
     throw Failure(Failure::SharesMissing());
   }
-  trade.sharesAdded = withSign(*shares, rule);
+  trade.sharesAdded = withSign(*shares, isOwn ? SignRule::asInFile : byWord);
   trade.cashDisposed = cashAmount(rule);
   trade.equivalentCashDisposed = equivalent(trade.cashDisposed, rule);
   return trade;
@@ -228,7 +233,8 @@ BasicTransaction::Kind ImportRow::split() const {
   if (!prior || !net) {
     throw Failure(Failure::SharesMissing());
   }
-  return BasicTransaction::Split{std::move(split), abs(*prior), *net};
+  return BasicTransaction::Split{std::move(split), surroundings_.isOwnExport ? *prior : abs(*prior),
+                                 *net};
 }
 
 BasicTransaction::Kind ImportRow::yield(YieldType type) const {

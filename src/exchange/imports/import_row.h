@@ -24,6 +24,9 @@ struct ImportSurroundings {
   std::function<std::optional<Decimal>(std::string_view field, const std::string& text)>
       strictNumber = nullptr;
   std::function<std::optional<Currency>(const std::string& text)> strictCurrency = nullptr;
+  /// Whether the program itself has written the row: then its figures have the signs that they were
+  /// written with, also where its word says otherwise, as of a sale that costs money.
+  bool isOwnExport = false;
   /// The equity with a symbol, which is not empty; null where nobody can tell.
   std::function<EquityPointer(std::string_view symbol)> equityFor;
 };
@@ -36,7 +39,7 @@ struct ImportSurroundings {
 class ImportRow {
  public:
   /// The sign that the amounts of a row get.
-  enum class SignRule { positive, negative, asInFile };
+  enum class SignRule { positive, negative, asInFile, oppositeToFile };
 
   ImportRow(const ImportBroker::ValuesByField& values, const ImportSurroundings& surroundings)
       : values_(values), surroundings_(surroundings) {}

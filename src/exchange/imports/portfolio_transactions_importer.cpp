@@ -11,9 +11,7 @@
 #include "exchange/strict/statement_error.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
-#include "platform/overloaded.h"
 #include "storage/database/stored_portfolio.h"
-#include "storage/database/stored_row.h"
 
 namespace corvane {
 namespace {
@@ -57,51 +55,6 @@ constexpr std::array<Field, PortfolioTransactionsImporter::schemaFieldCount> fie
     {"costBaseAdded", "Cost Base Added †"},
     {"note", "Notes"},
 }};
-
-/// Whether the store keeps every figure of `basic` with all its digits.
-bool canBeKept(const BasicTransaction& basic, const Currency& primary) {
-  constexpr int mostShareDecimals = 18;
-  const auto keepsShares = [](const Decimal& shares) {
-    return shares.exponent() >= -mostShareDecimals;
-  };
-  const auto keepsMoney = [](const Decimal& amount, const Currency& currency) {
-    try {
-      (void)storedAmount(amount, currency);
-      return true;
-    } catch (const Error&) {
-      return false;
-    }
-  };
-  return std::visit(
-      Overloaded{
-          [&](const BasicTransaction::Trade& trade) {
-            return keepsShares(trade.sharesAdded) &&
-                   keepsMoney(trade.cashDisposed.amount, trade.cashDisposed.currency) &&
-                   keepsMoney(trade.equivalentCashDisposed, primary);
-          },
-          [&](const BasicTransaction::Split& split) {
-            return keepsShares(split.priorShares) && keepsShares(split.netShares);
-          },
-          [&](const BasicTransaction::JournaledShares& journaled) {
-            const Decimal cost = journaled.costBaseAdded.value_or(0);
-            return keepsShares(journaled.sharesAdded) && !(cost < 0) && keepsMoney(cost, primary);
-          },
-          [&](const BasicTransaction::Yield& yield) {
-            return keepsMoney(yield.netAmount.amount, yield.netAmount.currency) &&
-                   keepsMoney(yield.equivalentNetAmount, primary);
-          },
-          [&](const auto& cash) { return keepsMoney(cash.amount.amount, cash.amount.currency); }},
-      basic.kind);
-}
-
-/// The place of the first row that no store could keep; none where all could be kept alone.
-std::optional<std::size_t> firstThatCannotBeKept(const std::vector<BasicTransaction>& rows,
-                                                 const Currency& primary) {
-  const auto refused = std::ranges::find_if_not(
-      rows, [&](const BasicTransaction& row) { return canBeKept(row, primary); });
-  return refused == rows.end() ? std::nullopt
-                               : std::optional(static_cast<std::size_t>(refused - rows.begin()));
-}
 
 /// What stands in the first of the date cells that is not empty.
 std::string textOfDate(const ImportBroker::ValuesByField& values) {
@@ -349,6 +302,11 @@ void PortfolioTransactionsImporter::reviewDifferences(const ImportedCells& cells
     }
   }
   if (question.problem.empty()) {
+    if (fileReading_ && fileReading_->rows == transactionsToRecord_ &&
+        std::ranges::is_sorted(fileReading_->orderOfTime())) {
+      // Nothing else to offer, whatever the ledger says.
+      fileReading_.reset();
+    }
     return;
   }
   question.standardReading = readingLines(transactionsToRecord_, 0, calendar());
@@ -417,17 +375,10 @@ void PortfolioTransactionsImporter::record(PortfolioManager& manager, const Prog
   } catch (const UserCancelledError&) {
     throw;
   } catch (const Error& error) {
-    if (recordedCount == transactionsToRecord_.size()) {
-      // The ledger has taken all rows, and the store has refused one of them.
-      const auto refused =
-          firstThatCannotBeKept(transactionsToRecord_, portfolio_->primaryCurrency());
-      if (!refused) {
-        throw;
-      }
-      recordedCount = *refused;
-    }
-    const std::size_t line = lines_.empty() ? recordedCount + (settings().includesHeaderRow ? 1 : 0)
-                                            : lines_[recordedCount] - 1;
+    // Where no row is at fault more than the others, as with a full disk, all went in.
+    const std::size_t row = std::min(recordedCount, transactionsToRecord_.size() - 1);
+    const std::size_t line =
+        lines_.empty() ? row + (settings().includesHeaderRow ? 1 : 0) : lines_[row] - 1;
     throw ImportExportError(
         ImportExportError::BrokerImportError{error.copy(), static_cast<int>(line)});
   }

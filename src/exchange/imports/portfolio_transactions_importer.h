@@ -106,6 +106,7 @@ class PortfolioTransactionsImporter final
 
   [[nodiscard]] std::vector<std::string> preflightFields() const override;
   void preflight(const ColumnsByField& columnsByField) override;
+  void willImport(std::size_t rowCount) override { transactionsToRecord_.reserve(rowCount); }
   /// Throws TransactionsImportError.
   void importRow(const ValuesByField& valuesByField) override;
   [[nodiscard]] bool canReview() const override {
@@ -114,8 +115,8 @@ class PortfolioTransactionsImporter final
   /// Throws UserCancelledError where the user wants neither reading, StatementError where he wants
   /// the cells' own and they have none, and otherwise the refusal.
   void review(const ImportedCells& cells, const Error* refusal) override;
-  /// Throws UserCancelledError; ImportExportError::BrokerImportError with the line that the ledger
-  /// refused; and as it is what kept the whole of a ledger from being stored.
+  /// Throws UserCancelledError, and ImportExportError::BrokerImportError with the line that the
+  /// ledger or its store has refused; the last one where no line is at fault more than the others.
   void finishImport(const Progress& progress) override;
 
  private:

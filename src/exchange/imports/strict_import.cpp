@@ -58,12 +58,24 @@ class StrictReader {
     rowSurroundings_.strictNumber = [this](std::string_view field, const std::string& text) {
       return numberIn(field, text);
     };
+    rowSurroundings_.isOwnExport = surroundings.options.isOwnExport;
     rowSurroundings_.strictCurrency = [this](const std::string& text) { return currencyIn(text); };
+    for (std::size_t field = 0; field < ownTitles.size(); ++field) {
+      columns_[field] = cells.column(ownTitles[field].first);
+      if (columns_[field]) {
+        const auto value = values_.emplace(ownTitles[field].first, "").first;
+        places_.emplace_back(*columns_[field], &value->second);
+      }
+    }
   }
 
   StrictImport read() {
     learn();
     StrictImport result;
+    result.rows.reserve(cells_.rowCount());
+    result.lines.reserve(cells_.rowCount());
+    result.positions.reserve(cells_.rowCount());
+    result.times.reserve(cells_.rowCount());
     for (row_ = 0; row_ < cells_.rowCount(); ++row_) {
       if (!isEmpty(row_)) {
         readRow(result);
@@ -84,8 +96,8 @@ class StrictReader {
     throw StatementError(cells_.line(row_), field.empty() ? "" : titleOf(field), std::move(reason));
   }
   [[nodiscard]] bool isEmpty(std::size_t row) const {
-    return std::ranges::all_of(ownTitles, [&](const auto& field) {
-      return trimmedCell(cells_.cell(row, field.first).value_or(std::string_view())).empty();
+    return std::ranges::all_of(columns_, [&](const std::optional<std::size_t>& column) {
+      return !column || trimmedCell(cells_.text(row, *column)).empty();
     });
   }
 
@@ -94,10 +106,14 @@ class StrictReader {
     DecimalMarkRecognition marks;
     const std::string tradeTitle = titleOf("tradeDate");
     const std::string settlementTitle = titleOf("settlementDate");
-    std::vector<std::pair<std::string_view, std::string>> columns;
+    struct NumberColumn {
+      std::size_t column;
+      std::string title;
+    };
+    std::vector<NumberColumn> columns;
     for (const std::string_view field : numberFields) {
-      if (cells_.rowCount() > 0 && cells_.cell(0, field)) {
-        columns.emplace_back(field, titleOf(field));
+      if (const auto column = cells_.column(field)) {
+        columns.push_back({*column, titleOf(field)});
       }
     }
     for (row_ = 0; row_ < cells_.rowCount(); ++row_) {
@@ -105,8 +121,8 @@ class StrictReader {
       if (!surroundings_.dateIn) {
         days.add(line, tradeTitle, cell("tradeDate"), settlementTitle, cell("settlementDate"));
       }
-      for (const auto& [field, title] : columns) {
-        marks.add(line, title, cell(field));
+      for (const auto& [column, title] : columns) {
+        marks.add(line, title, trimmedCell(cells_.text(row_, column)));
       }
     }
     const StrictImportOptions& options = surroundings_.options;
@@ -143,16 +159,13 @@ class StrictReader {
     if (!trade) {
       fail(cells_.cell(row_, "tradeDate") ? "tradeDate" : "settlementDate", "the cell is empty.");
     }
-    ImportBroker::ValuesByField values;
-    for (const auto& [field, title] : ownTitles) {
-      if (const auto text = cells_.cell(row_, field)) {
-        values.emplace(field, *text);
-      }
+    for (const auto& [column, text] : places_) {
+      *text = cells_.text(row_, column);
     }
-    if (const auto type = values.find("type"); type != values.end()) {
+    if (const auto type = values_.find("type"); type != values_.end()) {
       type->second = trimmedCell(type->second);
     }
-    const ImportRow row(values, rowSurroundings_);
+    const ImportRow row(values_, rowSurroundings_);
     auto kind = kindOf(row);
     auto note = row.note(kind);
     result.rows.push_back({std::move(kind), *trade, *settlement, std::move(note)});
@@ -264,6 +277,10 @@ class StrictReader {
   ImportSurroundings rowSurroundings_;
   DecimalMark mark_ = DecimalMark::point;
   DayOrder order_ = DayOrder::ymd;
+  std::array<std::optional<std::size_t>, ownTitles.size()> columns_;
+  /// The cells of a row, in one map for all rows: its texts keep their room.
+  ImportBroker::ValuesByField values_;
+  std::vector<std::pair<std::size_t, std::string*>> places_;  ///< of values_, by column
   std::size_t row_ = 0;
   std::optional<std::int64_t> time_;
   LastDay lastTrade_;
@@ -272,7 +289,7 @@ class StrictReader {
 
 }  // namespace
 
-StrictImport StrictImport::inOrderOfTime() const {
+std::vector<std::size_t> StrictImport::orderOfTime() const {
   std::vector<std::size_t> order(rows.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   const bool falls = std::ranges::is_sorted(
@@ -293,8 +310,12 @@ StrictImport StrictImport::inOrderOfTime() const {
     }
     return haveTimes && times[left] < times[right];
   });
+  return order;
+}
+
+StrictImport StrictImport::inOrderOfTime() const {
   StrictImport sorted;
-  for (const std::size_t place : order) {
+  for (const std::size_t place : orderOfTime()) {
     sorted.rows.push_back(rows[place]);
     sorted.lines.push_back(lines[place]);
     sorted.positions.push_back(positions[place]);

@@ -43,6 +43,8 @@ struct StrictImport {
   /// The rows as they follow one another in time: a file whose days fall is turned round, and then
   /// rows are sorted by day, and by time where each has one.
   [[nodiscard]] StrictImport inOrderOfTime() const;
+  /// The places of the rows in that order.
+  [[nodiscard]] std::vector<std::size_t> orderOfTime() const;
 };
 
 /// Throws StatementError for the first cell that means nothing by itself.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "exchange/statements/ledger_matching.h"
+#include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "ledger/manager/portfolio_manager.h"
 
@@ -61,10 +62,11 @@ std::vector<BasicTransaction> newTransactions(const std::vector<StatementRow>& r
   return transactions;
 }
 
-/// The row that the new transaction at `index` comes from.
-StatementRow& rowOf(std::size_t index, std::vector<StatementRow>& rows) {
-  StatementRow* last = nullptr;
-  for (StatementRow& row : rows) {
+/// The row of `rows` that the new transaction at `index` comes from.
+template <typename Rows>
+auto& rowOf(std::size_t index, Rows& rows) {
+  decltype(&rows.front()) last = nullptr;
+  for (auto& row : rows) {
     if (row.verdict != RowVerdict::isNew || row.transactions.empty()) {
       continue;
     }
@@ -175,6 +177,25 @@ StatementPreview previewStatement(
     tryOnCopy(preview.reading.rows, *portfolio);
   }
   return preview;
+}
+
+std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,
+                                              const PortfolioPointer& portfolio) {
+  auto transactions = preview.transactions();
+  std::size_t recorded = 0;
+  try {
+    portfolio->manager.lock()->recordTransactions(transactions, portfolio, nullptr,
+                                                  [&](std::size_t count) { recorded = count; });
+  } catch (const Error& error) {
+    if (recorded == transactions.size()) {
+      throw;
+    }
+    const std::string further = error.furtherText();
+    throw StatementError(rowOf(recorded, preview.reading.rows).line, "",
+                         error.description().value_or("The row was refused.") +
+                             (further.empty() ? "" : " " + further));
+  }
+  return transactions;
 }
 
 }  // namespace corvane

@@ -33,4 +33,10 @@ struct StatementPreview {
     std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)>
         rateOf = nullptr);
 
+/// Records the new rows of `preview` in `portfolio` as one edit that cannot be undone, and returns
+/// their transactions. Throws StatementError with the line that the ledger or its store refuses;
+/// what keeps the whole from being stored is thrown as it is.
+std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,
+                                              const PortfolioPointer& portfolio);
+
 }  // namespace corvane

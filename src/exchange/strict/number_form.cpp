@@ -95,6 +95,9 @@ std::optional<NumberCell> NumberCell::read(std::string_view text) {
     cell.isNegative_ = hasSign = true;
   }
   const auto takeSign = [&] {
+    if (rest.empty() || (isDigit(rest.front()) && isDigit(rest.back()))) {
+      return false;
+    }
     const bool isMinus =
         std::ranges::any_of(minusSigns, [&](std::string_view sign) { return takeOff(rest, sign); });
     if (isMinus || takeOff(rest, "+")) {
@@ -167,12 +170,12 @@ bool NumberCell::readCore(std::string_view core) {
     core = core.substr(0, mark);
   }
   while (!core.empty()) {
-    if (const std::size_t length = groupMarkLength(core)) {
-      digits_ += ' ';
-      core.remove_prefix(length);
-    } else if (isDigit(core.front()) || core.front() == '.' || core.front() == ',') {
+    if (isDigit(core.front()) || core.front() == '.' || core.front() == ',') {
       digits_ += core.front();
       core.remove_prefix(1);
+    } else if (const std::size_t length = groupMarkLength(core)) {
+      digits_ += ' ';
+      core.remove_prefix(length);
     } else {
       return false;
     }
@@ -231,6 +234,12 @@ void DecimalMarkRecognition::add(std::uint32_t line, std::string_view column,
       place = Witness{line, std::string(column), std::string(trimmedCell(cell))};
     }
   };
+  // Most cells are like those before them.
+  const bool hasComma = cell.contains(',');
+  const auto points = std::ranges::count(cell, '.');
+  if (!hasComma && (points == 0 || (points == 1 && point_))) {
+    return;
+  }
   const auto number = NumberCell::read(cell);
   if (!number) {
     return;

@@ -34,7 +34,8 @@ void LedgerWalk::derive(const TransactionPointer& row) {
   assert(booked.sharesNet.has_value() == (row->basic.equity() != nullptr));
   assert(booked.cashNet.has_value() == (row->basic.currency() != nullptr));
 
-  Before before = {row, row->isDirty, row->cashNet, row->sharesNet, row->costBasePrior};
+  const Before::Figures former = {row->cashNet, row->sharesNet, row->costBasePrior};
+  const bool wasDirty = row->isDirty;
   // A revision may have turned a trade into a transfer, whose other figures are none.
   assignDerived(row->cashNet, booked.cashNet, *row);
   assignDerived(row->sharesNet, booked.sharesNet, *row);
@@ -42,19 +43,22 @@ void LedgerWalk::derive(const TransactionPointer& row) {
   if (booked.sharesOfYield) {
     std::get<BasicTransaction::Yield>(row->basic.kind).netShares = booked.sharesOfYield;
     row->isDirty = true;
-    before.filledNetShares = true;
   }
   if (row->isDirty) {
-    dirtyRows_.push_back(std::move(before));
+    const bool hadFigures = former.cashNet || former.sharesNet;
+    dirtyRows_.push_back({row,
+                          hadFigures ? std::make_unique<const Before::Figures>(former) : nullptr,
+                          wasDirty, booked.sharesOfYield.has_value()});
   }
   previous_ = row.get();
 }
 
 void LedgerWalk::Before::restore() {
+  const Figures former = figures == nullptr ? Figures() : *figures;
   row->isDirty = wasDirty;
-  row->cashNet = cashNet;
-  row->sharesNet = sharesNet;
-  row->costBasePrior = costBasePrior;
+  row->cashNet = former.cashNet;
+  row->sharesNet = former.sharesNet;
+  row->costBasePrior = former.costBasePrior;
   if (filledNetShares) {
     std::get<BasicTransaction::Yield>(row->basic.kind).netShares.reset();
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -34,11 +35,14 @@ class LedgerWalk {
     /// Gives the row its former balances and transaction.
     void restore();
 
+    struct Figures {
+      std::optional<Decimal> cashNet;
+      std::optional<Decimal> sharesNet;
+      std::optional<Decimal> costBasePrior;
+    };
     TransactionPointer row;
+    std::unique_ptr<const Figures> figures;  ///< null where it had none, as a new row
     bool wasDirty = false;
-    std::optional<Decimal> cashNet;
-    std::optional<Decimal> sharesNet;
-    std::optional<Decimal> costBasePrior;
     bool filledNetShares = false;
   };
 

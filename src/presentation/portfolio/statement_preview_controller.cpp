@@ -207,8 +207,7 @@ bool StatementPreviewController::canImport() const {
 
 std::vector<BasicTransaction> StatementPreviewController::import() {
   const auto manager = portfolio_->manager.lock();
-  auto transactions = preview_.transactions();
-  manager->recordTransactions(transactions, portfolio_, nullptr);
+  auto transactions = recordStatement(preview_, portfolio_);
   memory_.rememberSymbols(options_.symbols);
   memory_.rememberImport(filename_, preview_.profileName, preview_.reading.rows, manager->calendar);
   memory_.write();

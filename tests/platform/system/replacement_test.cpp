@@ -15,6 +15,7 @@
 #include "platform/system/open_file.h"
 #include "platform/system/replacement_directory.h"
 #include "support/temporary_folder.h"
+#include "support/volume_without_exchange.h"
 
 namespace corvane {
 namespace {
@@ -142,6 +143,24 @@ TEST(Replace, ChangesBackWhatWasNotExpected) {
   EXPECT_TRUE(
       files::replace(folder / "file", folder / "new", [](const fs::path&) { return true; }));
   EXPECT_EQ(readText(folder / "file"), "ours");
+}
+
+TEST(Replace, DoesTheSameInTwoStepsWhereNamesCannotBeExchanged) {
+  const testing::TemporaryFolder folder;
+  writeText(folder / "file", "of somebody else");
+  writeText(folder / "new", "ours");
+  const auto replace = [&](bool isExpected) {
+    return files::replace(folder / "file", folder / "new",
+                          [&](const fs::path&) { return isExpected; });
+  };
+  const testing::VolumeWithoutExchange volume;
+  EXPECT_FALSE(replace(false));
+  EXPECT_EQ(readText(folder / "file"), "of somebody else");
+  EXPECT_EQ(readText(folder / "new"), "ours");
+  EXPECT_TRUE(replace(true));
+  EXPECT_EQ(readText(folder / "file"), "ours");
+  EXPECT_EQ(readText(folder / "new"), "of somebody else");
+  EXPECT_FALSE(fs::exists(files::asideOf(folder / "new")));
 }
 
 TEST(FileStamp, ChangesWithTheFileAndWithItsContent) {

@@ -9,6 +9,10 @@
 namespace corvane {
 
 char32_t takeCharacter(std::string_view& text) {
+  if (const auto first = static_cast<unsigned char>(text.front()); first < 0x80) {
+    text.remove_prefix(1);
+    return first;
+  }
   constexpr std::size_t longest = U8_MAX_LENGTH;
   const auto size = static_cast<std::int32_t>(std::min(text.size(), longest));
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
@@ -34,6 +38,9 @@ bool isWordCharacter(char32_t character) {
 }
 
 bool isWhitespace(char32_t character) {
+  if (character < 0x80) {
+    return character == U' ' || (character >= U'\t' && character <= U'\r');
+  }
   return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_WHITE_SPACE) != 0;
 }
 
