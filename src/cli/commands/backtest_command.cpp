@@ -117,10 +117,9 @@ InvestmentScenario scenarioOf(const CommandLine& line) {
               numberOption(line, "--invest").value_or(InvestmentStrategy::defaultMaximum())};
 }
 
-/// The bars of the scenario, as adjusted for splits. Throws what the provider fails with.
-std::vector<Quote> fetchBars(const EquityPointer& equity, const InvestmentScenario& scenario,
-                             QuoteProvider& provider, const std::shared_ptr<QuoteProvider>& owner) {
-  const auto range = scenario.dateRange(equity->calendar);
+/// The dates of the scenario as far as they are past. Throws UsageError where there are none.
+DateRange pastDatesOf(const InvestmentScenario& scenario, const EquityInfo& equity) {
+  const auto range = scenario.dateRange(equity.calendar);
   if (!range) {
     throw UsageError("--to is before --from.");
   }
@@ -130,19 +129,57 @@ std::vector<Quote> fetchBars(const EquityPointer& equity, const InvestmentScenar
   if (now < range->lower()) {
     throw UsageError("--from lies in the future.");
   }
-  std::optional<Result<QuoteFetchResult>> outcome;
-  provider.fetchQuotes(
-      {equity, DateRange(range->lower(), std::min(range->upper(), now)),
-       QuoteQuery::Quotes{scenario.quoteInterval, PriceAdjustment::adjustedForSplits}},
-      std::make_shared<PriceAdjuster>(owner), [&outcome](Result<QuoteFetchResult> result) {
-        DispatchQueue::main()->async(
-            [&outcome, result = std::move(result)]() mutable { outcome = std::move(result); });
-      });
-  waitFor([&] { return outcome.has_value(); });
-  if (!*outcome) {
-    (*outcome).error()->raise();
+  return {range->lower(), std::min(range->upper(), now)};
+}
+
+/// Throws Failed, having said what can be had instead, where the provider has no bars of this
+/// length in `dates`: asking for years of minutes would take hundreds of requests, all in vain.
+void requireInterval(QuoteInterval interval, const EquityPointer& equity, const DateRange& dates,
+                     const QuoteProvider& provider, const Console& console) {
+  const auto available = provider.availableIntervals(equity, dates);
+  if (available.contains(interval)) {
+    return;
   }
-  return (*outcome)->quotes.value_or(std::vector<Quote>());
+  std::string names;
+  std::string wanted;
+  for (const NamedInterval& named : namedIntervals) {
+    if (named.interval == interval) {
+      wanted = named.name;
+    } else if (available.contains(named.interval)) {
+      names += (names.empty() ? "" : ", ") + std::string(named.name);
+    }
+  }
+  console.warn("There are no prices every " + wanted + " for days as old as " +
+               dateText(dates.lower(), equity->calendar) + ". --interval may be one of " + names +
+               ".");
+  throw Failed(exitCode::failure);
+}
+
+Result<QuoteFetchResult> fetched(QuoteQuery query, const std::shared_ptr<QuoteProvider>& provider) {
+  const auto outcome = std::make_shared<std::optional<Result<QuoteFetchResult>>>();
+  provider->fetchQuotes(
+      std::move(query), std::make_shared<PriceAdjuster>(provider),
+      [outcome](Result<QuoteFetchResult> result) {
+        DispatchQueue::main()->async(
+            [outcome, result = std::move(result)]() mutable { *outcome = std::move(result); });
+      });
+  waitFor([&] { return outcome->has_value(); });
+  return **outcome;
+}
+
+/// The bars of `dates`, as adjusted for splits. Throws what the provider fails with.
+std::vector<Quote> fetchBars(const EquityPointer& equity, QuoteInterval interval,
+                             const DateRange& dates,
+                             const std::shared_ptr<QuoteProvider>& provider) {
+  // Prices that are kept already may stem from before a split that nobody has told of yet. Where
+  // the events cannot be had, that says nothing about the prices.
+  (void)fetched({equity, equity->fullDateRange(), QuoteQuery::EventsWithoutAdjustment{}}, provider);
+  const auto answer = fetched(
+      {equity, dates, QuoteQuery::Quotes{interval, PriceAdjustment::adjustedForSplits}}, provider);
+  if (!answer) {
+    answer.error()->raise();
+  }
+  return answer->quotes.value_or(std::vector<Quote>());
 }
 
 std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
@@ -334,7 +371,11 @@ void backtest(const CommandLine& line, const Console& console) {
   const PriceSource prices(line);
   const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
   refreshEquities(*prices.provider(), {equity}, console);
-  std::vector<Quote> quotes = fetchBars(equity, scenario, *prices.provider(), prices.provider());
+  const DateRange dates = pastDatesOf(scenario, *equity);
+  if (!line.has("--offline")) {  // The cache may have a part of the days, which does.
+    requireInterval(scenario.quoteInterval, equity, dates, *prices.provider(), console);
+  }
+  std::vector<Quote> quotes = fetchBars(equity, scenario.quoteInterval, dates, prices.provider());
   if (quotes.empty()) {
     console.warn("There are no prices of " + equity->symbol + " in these days.");
     throw Failed(exitCode::failure);
