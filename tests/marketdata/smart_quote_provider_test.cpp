@@ -7,6 +7,7 @@
 
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/quote_provider_chain_world.h"
+#include "support/failing_vfs.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -312,6 +313,28 @@ TEST_F(SmartQuoteProviderTest, KeepsRecentPricesOfARefreshAsSnapshots) {
   const auto row =
       std::make_shared<CacheQuoteProvider>(folder / "Cache.sqlite3")->equityWithId("ABC");
   EXPECT_EQ(row->name, "After Hours");
+}
+
+/// Waiting for the disk would hold up everything on the main queue.
+TEST(SmartQuoteProviderOnADisk, KeepsARefreshOfManyEquitiesWithoutWaitingForIt) {
+  const TemporaryFolder folder;
+  const FailingFileSystem disk;
+  const auto source = std::make_shared<MarketSource>();
+  const auto smart = std::make_shared<SmartQuoteProvider>(
+      source, std::make_shared<CacheQuoteProvider>(folder / "Cache.sqlite3"));
+  std::vector<EquityPointer> equities;
+  for (int i = 0; i < 50; ++i) {
+    equities.push_back(smart->equityWithId("E" + std::to_string(i)));
+  }
+  for (source->today = 100; source->today < 120; ++source->today) {
+    const int before = disk.confirmationCount();
+    std::optional<ErrorPointer> outcome;
+    smart->refreshEquities(equities, [&](ErrorPointer error) { outcome = std::move(error); });
+    ASSERT_TRUE(MainLoop::runUntil([&] { return outcome.has_value(); }, std::chrono::seconds(20)));
+    EXPECT_EQ(*outcome, nullptr);
+    // Now and then the log is written back to the file, which takes two.
+    EXPECT_LE(disk.confirmationCount() - before, source->today < 101 ? 0 : 2);
+  }
 }
 
 TEST_F(SmartQuoteProviderTest, KeepsWhatASearchFinds) {

@@ -18,6 +18,8 @@ class FailingFileSystem {
   void mend();
   /// Whether an operation has been refused since failAfter().
   [[nodiscard]] bool hasFailed() const;
+  /// How often the engine has waited until what it wrote was on the disk, since the program began.
+  [[nodiscard]] int confirmationCount() const;
 };
 
 }  // namespace corvane::testing
