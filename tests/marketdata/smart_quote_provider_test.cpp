@@ -223,6 +223,22 @@ TEST_F(SmartQuoteProviderTest, ConvertsByASplitThatIsLaterThanTheEquitysLatestDa
   }
 }
 
+/// Only the last of three pieces tells of the split, perhaps when the others are converted already.
+TEST_F(SmartQuoteProviderTest, ConvertsAllPiecesByASplitThatOneOfThemTells) {
+  source->daysPerQuery = 10;
+  for (int i = 0; i < 20; ++i) {
+    const std::string id = "E" + std::to_string(i);
+    source->today = 20;
+    const EquityPointer equity = source->authoritative(smart->equityWithId(id));
+    source->today = 30;
+    source->events[id] = {split(25, 2, 1)};
+    for (int time = 0; time < 2; ++time) {
+      const auto told = fetch(dailyQuotes(equity, days(0, 30), marketNominal));
+      ASSERT_EQ(*told->quotes, source->bars(id, days(0, 30), marketNominal));
+    }
+  }
+}
+
 /// A source that keeps telling of an event after all that it calls final.
 TEST_F(SmartQuoteProviderTest, AnswersInTheFaceOfAnEventThatNeverBecomesFinal) {
   tomorrow(20);
