@@ -13,7 +13,7 @@ constexpr int never = std::numeric_limits<int>::max();
 
 int operationsLeft = never;
 bool failed = false;
-int confirmations = 0;
+thread_local int confirmations = 0;
 
 bool refusesNext() {
   if (operationsLeft == never) {

@@ -18,7 +18,7 @@ class FailingFileSystem {
   void mend();
   /// Whether an operation has been refused since failAfter().
   [[nodiscard]] bool hasFailed() const;
-  /// How often the engine has waited until what it wrote was on the disk, since the program began.
+  /// How often this thread has waited until what the engine wrote was on the disk.
   [[nodiscard]] int confirmationCount() const;
 };
 
