@@ -102,7 +102,15 @@ JSONValue meta(const MarketView& view, const std::string& symbol, const ChartInt
   return fields;
 }
 
-JSONValue events(const MarketView& view, const std::string& wanted, const TimeRange& range) {
+/// As the real service does: the first and the latest, as many as there are bars.
+void leaveOutWhatBarsHaveNoPlaceFor(JSONValue::Object& dividends, std::size_t bars) {
+  if (bars > 0 && dividends.size() > bars) {
+    dividends.erase(dividends.begin() + static_cast<std::ptrdiff_t>(bars - 1), dividends.end() - 1);
+  }
+}
+
+JSONValue events(const MarketView& view, const std::string& wanted, const TimeRange& range,
+                 std::size_t bars) {
   const DailyHistory& history = view.history();
   const auto timeWithin = [&](std::size_t session) -> std::optional<std::int64_t> {
     const std::int64_t time = history.sessions()[session].open;
@@ -121,6 +129,7 @@ JSONValue events(const MarketView& view, const std::string& wanted, const TimeRa
                             {"date", *time}});
     }
   }
+  leaveOutWhatBarsHaveNoPlaceFor(dividends, bars);
   JSONValue::Object splits;
   for (const Split& split : history.splits()) {
     const auto time = timeWithin(split.session);
@@ -258,7 +267,7 @@ Answer chartAnswer(MarketData& market, const ChartRequest& request, std::int64_t
   }
   std::string body =
       R"({"chart":{"result":[{"meta":)" + meta(view, request.symbol, *interval, range).text() + ',';
-  if (const JSONValue told = events(view, request.events, range); !told.isNull()) {
+  if (const JSONValue told = events(view, request.events, range, bars.size()); !told.isNull()) {
     body += "\"events\":" + told.text() + ',';
   }
   appendSeries(body, bars, view, interval->kind == ChartInterval::Kind::minutes);

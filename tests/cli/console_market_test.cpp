@@ -157,6 +157,11 @@ TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
               HasSubstr("\n2 trades on 2 of 500"))
       << "bought at the first price, sold, and never low enough again";
   EXPECT_EQ(program.run("backtest CASTR --interval 7d " + days).exitCode, 2);
+  const ProgramResult minutes = program.run("backtest CASTR --interval 1m " + days);
+  EXPECT_EQ(minutes.exitCode, 1);
+  EXPECT_EQ(minutes.err,
+            "corvane-cli: There are no prices every 1m for days as old as 2022-01-01. --interval "
+            "may be one of 1d, 5d, 1wk, 1mo, 3mo.\n");
   EXPECT_EQ(program.run("backtest NONESUCH " + days).exitCode, 1);
 }
 

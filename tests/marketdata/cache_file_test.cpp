@@ -1,5 +1,11 @@
 // The file of the cache: a new one, older and newer ones, and what is no cache at all.
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "marketdata/cache/quote_cache_rows.h"
 #include "marketdata/cache_world.h"
 #include "platform/system/file_manager.h"
 
@@ -29,6 +35,63 @@ TEST(CacheFile, IsMadeWithItsTables) {
   const CacheWorld world;
   EXPECT_EQ(world.rows(versionAndTables), presentFile);
   EXPECT_EQ(world.rows("PRAGMA journal_mode"), "wal");
+}
+
+/// What one of many programs does with the cache that they share. Throws what goes wrong.
+void shareCache(const std::filesystem::path& file, int number) {
+  const auto cache = std::make_shared<CacheQuoteProvider>(file);
+  const EquityPointer equity = cache->equityWithId("E" + std::to_string(number));
+  equity->currency = Currency::usd();
+  for (int round = 0; round < 10; ++round) {
+    const DateRange stretch = range(10 * round, 10 * round + 10);
+    cache->storeFetchResult(answer(stretch, {{bar(10 * round, 10 * round + 10)}}),
+                            {equity, stretch, daily(marketNominal)});
+    const QuoteQuery all{equity, range(0, 10 * round + 10), daily(marketNominal)};
+    if (cache->readQuery(all).quotes->size() != static_cast<std::size_t>(round + 1) ||
+        !cache->coveragePlan(all).missingQueries.empty()) {
+      throw dataInconsistency("What has been stored is not there.");
+    }
+  }
+}
+
+TEST(CacheFile, IsSharedByManyProgramsFromTheStart) {
+  constexpr int programs = 16;
+  for (int round = 0; round < 4; ++round) {
+    const TemporaryFolder folder;
+    const auto file = folder / "Cache.sqlite3";
+    int gate[2];
+    ASSERT_EQ(::pipe(gate), 0);
+    std::vector<pid_t> children;
+    for (int number = 0; number < programs; ++number) {
+      const pid_t child = ::fork();
+      ASSERT_GE(child, 0);
+      if (child == 0) {
+        // All of them start when the writing end of the pipe is closed everywhere.
+        char none = 0;
+        ::close(gate[1]);
+        (void)!::read(gate[0], &none, 1);
+        const ErrorPointer error = errorOf([&] { shareCache(file, number); });
+        if (error != nullptr) {
+          std::fprintf(stderr, "program %d: %s\n", number,
+                       error->description().value_or("").c_str());
+        }
+        ::_exit(error == nullptr ? 0 : 1);
+      }
+      children.push_back(child);
+    }
+    ::close(gate[0]);
+    ::close(gate[1]);
+    for (const pid_t child : children) {
+      int status = 0;
+      ASSERT_EQ(::waitpid(child, &status, 0), child);
+      EXPECT_EQ(status, 0);
+    }
+    const CacheWorld world(file);
+    EXPECT_EQ(world.rows("SELECT count(*) FROM equities"), "16");
+    EXPECT_EQ(world.rows("SELECT count(*) FROM quotes"), "160");
+    EXPECT_EQ(world.rows("SELECT count(*), min(fromDate), max(toDate) FROM coverage"), "16|0|100");
+    EXPECT_EQ(world.rows("PRAGMA integrity_check"), "ok");
+  }
 }
 
 TEST(CacheFile, OfAnOlderVersionLosesItsData) {

@@ -121,6 +121,31 @@ TEST(MarketChainTest, FetchesAllAfreshOnceASplitTurnsUp) {
       << "what was paid does not change";
 }
 
+/// Minutes are asked for by the week. Only the last week tells of a split in its last minute, and
+/// the prices of all of them are undone by it.
+TEST(MarketChainTest, ConvertsEveryWeekByTheEventsOfAnyOfThem) {
+  TestClock clock(at("America/New_York", 2026, 3, 10, 20));
+  MarketChain chain(clock);
+  const Date start = at("America/New_York", 2026, 3, 3, 12);
+  const auto minutes = [&](const EquityPointer& equity, Date end) {
+    return bars(equity, start, end, oneMinute, marketNominal);
+  };
+  const auto direct = chain.service();
+  const auto truth =
+      chain.fetch(direct, minutes(chain.refreshed("CASTR", direct), clock.now())).value().quotes;
+  ASSERT_GT(truth->size(), 2000U);
+
+  chain.market.addSplit("CASTR", opening(3, 11), 4, 1);
+  clock.set(opening(3, 11));
+  const auto query = minutes(chain.refreshed("CASTR"), opening(3, 11) + 60);
+  const auto count = static_cast<std::ptrdiff_t>(truth->size());
+  const auto beforeSplit = [&](const std::vector<Quote>& all) {
+    return std::vector(all.begin(), all.begin() + count);
+  };
+  EXPECT_TRUE(areSame(beforeSplit(chain.fetch(query).value().quotes.value()), *truth));
+  EXPECT_TRUE(areSame(beforeSplit(chain.cache().readQuery(query).quotes.value()), *truth));
+}
+
 TEST(MarketChainTest, WritesNothingWhenOnePieceFails) {
   const TestClock clock(now);
   MarketChain chain(clock);

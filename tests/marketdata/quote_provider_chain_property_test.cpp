@@ -94,14 +94,15 @@ TEST(QuoteProviderChainProperty, AsksForEveryDayOnce) {
   });
 }
 
-/// Days go by, with splits and dividends, and questions on several equities are in flight together:
-/// each gets one answer, and it is that of the day. What has happened since is found out by the
-/// first questions that reach up to the day; so those come first.
+/// Days go by, with splits and dividends, and questions on several equities are in flight together,
+/// always in the middle of a day: each gets one answer, and it is that of the day. What has
+/// happened since is found out by the first questions that reach up to the day; so those come
+/// first.
 TEST(QuoteProviderChainProperty, AnswersAllQuestionsAtOnceWithThePricesOfTheDay) {
   testing::forRandomCases(1, [](std::mt19937_64& random) {
     Chain chain;
     std::vector<EquityPointer> equities;
-    for (double today = 20; today <= 80; today += 20) {
+    for (double today = 20.5; today <= 80.5; today += 20) {
       chain.source->today = today;
       chain.source->daysPerQuery = static_cast<double>(random() % 3 * 10);
       equities.clear();

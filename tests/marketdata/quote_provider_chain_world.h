@@ -40,8 +40,8 @@ inline EquityEvent dividend(double number, const Decimal& amount) {
 }
 
 /// Adjusts for splits at the source and has its answers converted by the caller's adjuster. Knows
-/// the bars and events before `today`, and calls them final. Answers in no order, on background
-/// queues.
+/// the bars and events before `today`, and calls all that is before it final, also where the bar of
+/// the day is unfinished. Answers in no order, on background queues.
 class MarketSource : public QuoteProvider {
  public:
   double today = 100;
@@ -109,7 +109,9 @@ class MarketSource : public QuoteProvider {
         Quote bar;
         bar.fromDate = onDay(day);
         bar.toDate = onDay(day + 1);
-        bar.close = 100 + day;
+        // Before a day has ended nobody knows how it will close.
+        bar.isPartial = day + 1 > today;
+        bar.close = Decimal(100 + day) - Decimal(bar.isPartial ? 7 : 0);
         bar.volume = std::int64_t{day + 1} << 40;  // reverse splits leave whole shares
         list.push_back(bar);
       }

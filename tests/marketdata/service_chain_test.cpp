@@ -248,6 +248,19 @@ TEST_F(ServiceChainTest, FindsThePricesAsTheyWereTraded) {
   EXPECT_LT(invested.quotes->front().close, restated.quotes->front().close);
 }
 
+/// A chart of few bars tells few dividends.
+TEST_F(ServiceChainTest, FetchesTheDividendsOfEveryMonth) {
+  const auto fund = refreshed("BNDUS");
+  const Date from = at("America/New_York", 2015, 1, 1);
+  const auto answer = fetch({fund, {from, now}, QuoteQuery::EventsOnly{adjustedForSplits}}).value();
+  std::set<std::pair<int, int>> months;
+  for (const EquityEvent& event : answer.events.value()) {
+    months.insert({fund->calendar.component(CalendarUnit::year, event.date),
+                   fund->calendar.component(CalendarUnit::month, event.date)});
+  }
+  EXPECT_GE(months.size(), 11U * 12);
+}
+
 TEST_F(ServiceChainTest, FetchesTheRatesOfCurrencies) {
   for (const auto* code : {"USD", "EUR", "GBP", "JPY", "KWD"}) {
     const Currency& other = Currency::byCode().find(code)->second;

@@ -7,6 +7,7 @@
 
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/quote_provider_chain_world.h"
+#include "support/failing_vfs.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -222,6 +223,22 @@ TEST_F(SmartQuoteProviderTest, ConvertsByASplitThatIsLaterThanTheEquitysLatestDa
   }
 }
 
+/// Only the last of three pieces tells of the split, perhaps when the others are converted already.
+TEST_F(SmartQuoteProviderTest, ConvertsAllPiecesByASplitThatOneOfThemTells) {
+  source->daysPerQuery = 10;
+  for (int i = 0; i < 20; ++i) {
+    const std::string id = "E" + std::to_string(i);
+    source->today = 20;
+    const EquityPointer equity = source->authoritative(smart->equityWithId(id));
+    source->today = 30;
+    source->events[id] = {split(25, 2, 1)};
+    for (int time = 0; time < 2; ++time) {
+      const auto told = fetch(dailyQuotes(equity, days(0, 30), marketNominal));
+      ASSERT_EQ(*told->quotes, source->bars(id, days(0, 30), marketNominal));
+    }
+  }
+}
+
 /// A source that keeps telling of an event after all that it calls final.
 TEST_F(SmartQuoteProviderTest, AnswersInTheFaceOfAnEventThatNeverBecomesFinal) {
   tomorrow(20);
@@ -312,6 +329,29 @@ TEST_F(SmartQuoteProviderTest, KeepsRecentPricesOfARefreshAsSnapshots) {
   const auto row =
       std::make_shared<CacheQuoteProvider>(folder / "Cache.sqlite3")->equityWithId("ABC");
   EXPECT_EQ(row->name, "After Hours");
+}
+
+/// Waiting for the disk would hold up everything on the main queue.
+TEST(SmartQuoteProviderOnADisk, KeepsARefreshOfManyEquitiesWithoutWaitingForIt) {
+  const TemporaryFolder folder;
+  const FailingFileSystem disk;
+  const auto source = std::make_shared<MarketSource>();
+  const auto smart = std::make_shared<SmartQuoteProvider>(
+      source, std::make_shared<CacheQuoteProvider>(folder / "Cache.sqlite3"));
+  std::vector<EquityPointer> equities;
+  for (int i = 0; i < 50; ++i) {
+    equities.push_back(smart->equityWithId("E" + std::to_string(i)));
+  }
+  const int before = disk.confirmationCount();
+  for (source->today = 100; source->today < 160; ++source->today) {
+    std::optional<ErrorPointer> outcome;
+    smart->refreshEquities(equities, [&](ErrorPointer error) { outcome = std::move(error); });
+    ASSERT_TRUE(MainLoop::runUntil([&] { return outcome.has_value(); }, std::chrono::seconds(20)));
+    EXPECT_EQ(*outcome, nullptr);
+  }
+  // Once for each time that the log, which is written back beside this thread, is begun anew.
+  EXPECT_LE(disk.confirmationCount() - before, 3);
+  EXPECT_LT(std::filesystem::file_size(folder / "Cache.sqlite3-wal"), std::uintmax_t{16} << 20);
 }
 
 TEST_F(SmartQuoteProviderTest, KeepsWhatASearchFinds) {

@@ -250,7 +250,7 @@ TEST_F(YahooQuoteProviderTest, FetchesBarsAndBringsTheEquityUpToDate) {
   const auto asTraded = fetch(nominal);
   ASSERT_TRUE(asTraded);
   EXPECT_EQ(asTraded->quotes->front().close, Decimal::fromString("20.4"));
-  EXPECT_THAT(server.requests(Service::chartPath).back().target, HasSubstr("interval=3mo"));
+  EXPECT_THAT(server.requests(Service::chartPath).back().target, HasSubstr("interval=1d"));
 }
 
 TEST_F(YahooQuoteProviderTest, AsksForTheRecentSessionWhereNoDatesAreKnown) {
@@ -325,8 +325,12 @@ TEST_F(YahooQuoteProviderTest, SaysWhyASearchFailed) {
   EXPECT_EQ(*errorFor({.body = R"({"quotes":[]})", .status = 429}), httpResponse(429));
   EXPECT_EQ(*errorFor({.body = ""}), incompleteData);
   EXPECT_EQ(*errorFor({.body = R"({"news":[]})"}), incompleteData);
-  EXPECT_EQ(*errorFor({.body = R"({"quotes":[{"symbol":"A"}]})"}),
-            JSONError("quotes[0].quoteType", "the field is missing"));
+  EXPECT_EQ(dynamic_cast<const JSONError&>(*errorFor({.body = R"({"quotes":7})"})).path, "quotes");
+
+  // Findings that cannot be held refuse no search.
+  server.script(Service::searchPath,
+                {{.body = R"({"quotes":[{"symbol":"A"},{"quoteType":"EQUITY"},{"symbol":7}]})"}});
+  EXPECT_THAT(search("a").value(), SizeIs(0));
 }
 
 TEST_F(YahooQuoteProviderTest, FetchesSideBySideWhileTheEquityIsInUse) {

@@ -86,10 +86,21 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
   waitUntil([&] { return !list.watchlistRow(1).thumbnail->isEmpty(); });
   EXPECT_THAT(prices->queries, SizeIs(2)) << "the first session has been fetched already";
 
+  post(WatchlistManager::didRefreshWatchlistEquities, {first, model->watchlistEquities[1]});
+  EXPECT_THAT(prices->queries, SizeIs(2)) << "nothing has been traded since";
+
   prices->script = [](const QuoteQuery&) { return ScriptedQuoteProvider::refusal(); };
+  first->recentDate = now + 30;
   post(WatchlistManager::didRefreshWatchlistEquities, {first});
   waitUntil([&] { return list.watchlistRow(0).thumbnail->isEmpty(); });
   EXPECT_THAT(errors, IsEmpty()) << "one message a row would help nobody";
+  EXPECT_THAT(prices->queries, SizeIs(3));
+  post(WatchlistManager::didRefreshWatchlistEquities, {first});
+  waitUntil([&] { return prices->queries.size() == 4U; });  // What failed is asked for again.
+
+  first->refreshProblem = "AA is no longer traded.";
+  EXPECT_EQ(list.watchlistRow(0).accessibleText(),
+            "AA, Aardvarks, $10.125, +26.56% ▲ +$2.125, AA is no longer traded.");
 }
 
 TEST_F(MainSplitViewControllerTest, TellsTheAgeOfThePrices) {

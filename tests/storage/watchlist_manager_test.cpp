@@ -23,6 +23,10 @@ class RefreshingProvider : public QuoteProvider {
   bool isSlow = false;  ///< keeps its answers
   std::vector<DispatchQueue::Work> answers;
 
+  std::optional<Date> pauseEnd;
+
+  [[nodiscard]] std::optional<Date> nextRequestDate() const override { return pauseEnd; }
+
   std::function<void()> atRefresh = [] {};
 
   void refreshEquities(std::vector<EquityPointer> equities, RefreshCompletion completion) override {
@@ -208,12 +212,19 @@ TEST_F(WatchlistManagerTest, TellsHowTheRefreshesGo) {
   EXPECT_GE(manager->status().refreshedAt, begin);
   EXPECT_EQ(manager->status().failure, nullptr);
   EXPECT_GE(manager->status().nextAt, begin + 3600);
+  EXPECT_LE(manager->status().nextAt, Date::now() + 3600);
+
+  provider->pauseEnd = begin + 86400;
+  manager->refreshNow();
+  waitFor([&] { return portfolioNews.size() == 2 && !manager->status().isRefreshing; });
+  EXPECT_EQ(manager->status().nextAt, begin + 86400) << "the service has asked for a pause";
+  provider->pauseEnd.reset();
 
   provider->fails = true;
   model->watchlistEquities.clear();
   manager->refreshNow();
   EXPECT_FALSE(manager->status().nextAt) << "the portfolios' follows the end of this one";
-  waitFor([&] { return portfolioNews.size() == 2 && !manager->status().isRefreshing; });
+  waitFor([&] { return portfolioNews.size() == 3 && !manager->status().isRefreshing; });
   EXPECT_EQ(*manager->status().failure, QuoteProviderError(QuoteProviderError::NotAvailable{}));
   EXPECT_GE(manager->status().failedAt, manager->status().refreshedAt);
   EXPECT_TRUE(manager->status().nextAt);

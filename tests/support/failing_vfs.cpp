@@ -13,6 +13,7 @@ constexpr int never = std::numeric_limits<int>::max();
 
 int operationsLeft = never;
 bool failed = false;
+thread_local int confirmations = 0;
 
 bool refusesNext() {
   if (operationsLeft == never) {
@@ -52,6 +53,7 @@ const sqlite3_io_methods methods = [] {
                          : real(file)->pMethods->xTruncate(real(file), size);
   };
   made.xSync = [](sqlite3_file* file, int flags) {
+    ++confirmations;
     return refusesNext() ? SQLITE_IOERR_FSYNC : real(file)->pMethods->xSync(real(file), flags);
   };
   made.xFileSize = [](sqlite3_file* file, sqlite3_int64* size) {
@@ -123,6 +125,10 @@ void FailingFileSystem::failAfter(int count) {
 
 void FailingFileSystem::mend() {
   operationsLeft = never;
+}
+
+int FailingFileSystem::confirmationCount() const {
+  return confirmations;
 }
 
 bool FailingFileSystem::hasFailed() const {

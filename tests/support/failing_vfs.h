@@ -18,6 +18,8 @@ class FailingFileSystem {
   void mend();
   /// Whether an operation has been refused since failAfter().
   [[nodiscard]] bool hasFailed() const;
+  /// How often this thread has waited until what the engine wrote was on the disk.
+  [[nodiscard]] int confirmationCount() const;
 };
 
 }  // namespace corvane::testing

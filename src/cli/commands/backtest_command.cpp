@@ -83,17 +83,13 @@ InvestmentScenario scenarioOf(const CommandLine& line) {
               numberOption(line, "--invest").value_or(InvestmentStrategy::defaultMaximum())};
 }
 
-/// The bars of the scenario, as adjusted for splits. Throws what the provider fails with.
-std::vector<Quote> barsOf(const InvestmentScenario& scenario, const EquityPointer& equity,
-                          const std::shared_ptr<QuoteProvider>& provider) {
-  const auto range = scenario.dateRange(equity->calendar);
+/// The dates of the scenario. Throws UsageError where they end before they begin.
+DateRange datesOf(const InvestmentScenario& scenario, const EquityInfo& equity) {
+  const auto range = scenario.dateRange(equity.calendar);
   if (!range) {
     throw UsageError("--to is before --from.");
   }
-  return fetchBars(
-      {equity, *range,
-       QuoteQuery::Quotes{scenario.quoteInterval, QuoteQuery::PriceAdjustment::adjustedForSplits}},
-      provider);
+  return *range;
 }
 
 std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
@@ -279,11 +275,10 @@ void backtest(const CommandLine& line, const Console& console) {
   const PriceSource prices(line);
   const EquityPointer equity = prices.provider()->equityWithId(line.word(0));
   refreshEquities(*prices.provider(), {equity}, console);
-  std::vector<Quote> quotes = barsOf(scenario, equity, prices.provider());
-  if (quotes.empty()) {
-    console.warn("There are no prices of " + equity->symbol + " in these days.");
-    throw Failed(exitCode::failure);
-  }
+  std::vector<Quote> quotes = fetchBars(
+      {equity, datesOf(scenario, *equity),
+       QuoteQuery::Quotes{scenario.quoteInterval, QuoteQuery::PriceAdjustment::adjustedForSplits}},
+      line, prices, console);
   if (method) {
     replayBatch({equity, std::move(quotes), *method, strategy, scenario.initialInvestment},
                 scenario.quoteInterval < QuoteInterval::oneDay, format, console);

@@ -79,11 +79,7 @@ void writeQuotes(const CommandLine& line, const Console& console) {
   refreshEquities(*prices.provider(), {equity}, console);
   const std::vector<Quote> quotes =
       fetchBars({equity, rangeOf(line, equity->calendar), QuoteQuery::Quotes{interval, adjustment}},
-                prices.provider());
-  if (quotes.empty()) {
-    console.warn("There are no prices of " + equity->symbol + " in these days.");
-    throw Failed(exitCode::failure);
-  }
+                line, prices, console);
   listingOf(quotes, *equity, interval < QuoteInterval::oneDay).write(format, console.out);
 }
 

@@ -22,6 +22,40 @@ std::string intervalNames(std::string_view separator) {
   return names;
 }
 
+/// Throws Failed, having said what can be had instead, where the provider has no bars of this
+/// length in the days of `query`: asking for years of minutes would take hundreds of requests, all
+/// in vain.
+void requireInterval(const QuoteQuery& query, const QuoteProvider& provider,
+                     const Console& console) {
+  const QuoteInterval interval = std::get<QuoteQuery::Quotes>(query.seeking).interval;
+  const auto available = provider.availableIntervals(query.equity, query.dateRange);
+  if (available.contains(interval)) {
+    return;
+  }
+  std::string names;
+  for (const QuoteInterval each : allQuoteIntervals) {
+    if (available.contains(each)) {
+      names += (names.empty() ? "" : ", ") + std::string(shortName(each));
+    }
+  }
+  console.warn("There are no prices every " + std::string(shortName(interval)) +
+               " for days as old as " + dateText(query.dateRange.lower(), query.equity->calendar) +
+               ". --interval may be one of " + names + ".");
+  throw Failed(exitCode::failure);
+}
+
+Result<QuoteFetchResult> fetched(QuoteQuery query, const std::shared_ptr<QuoteProvider>& provider) {
+  const auto outcome = std::make_shared<std::optional<Result<QuoteFetchResult>>>();
+  provider->fetchQuotes(
+      std::move(query), std::make_shared<PriceAdjuster>(provider),
+      [outcome](Result<QuoteFetchResult> result) {
+        DispatchQueue::main()->async(
+            [outcome, result = std::move(result)]() mutable { *outcome = std::move(result); });
+      });
+  waitFor([&] { return outcome->has_value(); });
+  return **outcome;
+}
+
 }  // namespace
 
 Option intervalOption() {
@@ -41,26 +75,33 @@ QuoteInterval intervalOf(const CommandLine& line) {
   return *interval;
 }
 
-std::vector<Quote> fetchBars(QuoteQuery query, const std::shared_ptr<QuoteProvider>& provider) {
+std::vector<Quote> fetchBars(QuoteQuery query, const CommandLine& line, const PriceSource& prices,
+                             const Console& console) {
   // Nothing has been traded after now, and services want whole seconds.
   const Date now =
       Date::sinceReferenceDate(std::floor(Date::now().timeIntervalSinceReferenceDate()));
-  if (now < query.dateRange.lower()) {
+  const DateRange asked = query.dateRange;
+  if (now < asked.lower()) {
     throw UsageError("--from lies in the future.");
   }
-  query.dateRange = DateRange(query.dateRange.lower(), std::min(query.dateRange.upper(), now));
-  const auto outcome = std::make_shared<std::optional<Result<QuoteFetchResult>>>();
-  provider->fetchQuotes(
-      std::move(query), std::make_shared<PriceAdjuster>(provider),
-      [outcome](Result<QuoteFetchResult> result) {
-        DispatchQueue::main()->async(
-            [outcome, result = std::move(result)]() mutable { *outcome = std::move(result); });
-      });
-  waitFor([&] { return outcome->has_value(); });
-  if (!**outcome) {
-    (**outcome).error()->raise();
+  query.dateRange = DateRange(asked.lower(), std::min(asked.upper(), now));
+  if (!line.has("--offline")) {  // The cache may have a part of the days, which does.
+    requireInterval(query, *prices.provider(), console);
   }
-  return (**outcome)->quotes.value_or(std::vector<Quote>());
+  // Prices that are kept already may stem from before a split that nobody has told of yet. Where
+  // the events cannot be had, that says nothing about the prices.
+  (void)fetched(
+      {query.equity, query.equity->fullDateRange(), QuoteQuery::EventsWithoutAdjustment{}},
+      prices.provider());
+  const auto answer = fetched(query, prices.provider());
+  if (!answer) {
+    answer.error()->raise();
+  }
+  if (!answer->quotes || answer->quotes->empty()) {
+    console.warn("There are no prices of " + query.equity->symbol + " in these days.");
+    throw Failed(exitCode::failure);
+  }
+  return *answer->quotes;
 }
 
 std::string timeText(Date date, const Calendar& calendar) {

@@ -64,20 +64,25 @@ PriceSource::~PriceSource() {
   }
 }
 
-void refreshEquities(QuoteProvider& provider, std::vector<EquityPointer> equities,
+void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
                      const Console& console) {
   if (equities.empty()) {
     return;
   }
   // Providers answer on a queue of their choice, and perhaps when nobody waits any more.
   const auto outcome = std::make_shared<std::optional<ErrorPointer>>();
-  provider.refreshEquities(std::move(equities), [outcome](ErrorPointer error) {
+  provider.refreshEquities(equities, [outcome](ErrorPointer error) {
     DispatchQueue::main()->async([outcome, error = std::move(error)] { *outcome = error; });
   });
   waitFor([&] { return outcome->has_value(); });
   if (**outcome != nullptr) {
     console.warn("The latest prices could not be fetched. " +
                  (**outcome)->description().value_or(""));
+  }
+  for (const EquityPointer& equity : equities) {
+    if (equity->refreshProblem) {
+      console.warn(*equity->refreshProblem);
+    }
   }
 }
 

@@ -42,7 +42,7 @@ class PriceSource {
 
 /// Brings the recent prices and the other fields of `equities` up to date. What cannot be had is
 /// told as a warning.
-void refreshEquities(QuoteProvider& provider, std::vector<EquityPointer> equities,
+void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
                      const Console& console);
 
 /// Pumps the main queue until `isDone()`. Throws Failed where the user interrupts the program.

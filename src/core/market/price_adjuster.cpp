@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <limits>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -38,20 +40,6 @@ std::optional<PriceAdjustment> conversionTarget(const QuoteFetchResult& result,
                     subject);
 }
 
-/// `history` with the later events that `result` tells of itself. The history was asked for up to
-/// the equity's latest date, and an answer of today may know more than an equity that has not been
-/// refreshed yet. Bars before an event that is left out would come out wrong.
-std::vector<EquityEvent> completed(std::vector<EquityEvent> history,
-                                   const QuoteFetchResult& result) {
-  const auto latest = std::ranges::max_element(history, {}, &EquityEvent::date);
-  const Date known = latest == history.end() ? Date::distantPast() : latest->date;
-  if (result.events) {
-    std::ranges::copy_if(*result.events, std::back_inserter(history),
-                         [&](const EquityEvent& event) { return known < event.date; });
-  }
-  return history;
-}
-
 }  // namespace
 
 /// What the adjuster and the conversions that wait in its queue share. Whatever waits keeps it
@@ -65,8 +53,7 @@ struct PriceAdjuster::History {
     fulfillmentQueue->activate();
   }
 
-  [[nodiscard]] Result<QuoteFetchResult> convert(QuoteFetchResult result,
-                                                 PriceAdjustment target) const {
+  [[nodiscard]] Result<QuoteFetchResult> convert(QuoteFetchResult result, PriceAdjustment target) {
     if (!*fetchEventsResult) {
       return std::unexpected(fetchEventsResult->error());
     }
@@ -74,8 +61,28 @@ struct PriceAdjuster::History {
     if (!events) {
       return failure(QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}));
     }
-    const std::vector<EquityEvent> all = completed(*events, result);
+    const std::vector<EquityEvent> all = completed(*events, result.events);
     return converted(std::move(result), target, all);
+  }
+
+  /// `history` with the later events that answers have told of, `told` being those of one more. The
+  /// history was asked for up to the equity's latest date, and an answer of today may know more
+  /// than an equity that has not been refreshed yet. Bars before an event that is left out would
+  /// come out wrong.
+  [[nodiscard]] std::vector<EquityEvent> completed(
+      std::vector<EquityEvent> history, const std::optional<std::vector<EquityEvent>>& told) {
+    const auto latest = std::ranges::max_element(history, {}, &EquityEvent::date);
+    const Date known = latest == history.end() ? Date::distantPast() : latest->date;
+    const std::lock_guard lock(mutex);
+    if (told) {
+      std::ranges::copy_if(*told, std::back_inserter(laterEvents), [&](const EquityEvent& event) {
+        return known < event.date && std::ranges::find(laterEvents, event) == laterEvents.end();
+      });
+    }
+    std::ranges::copy_if(laterEvents, std::back_inserter(history),
+                         [&](const EquityEvent& event) { return known < event.date; });
+    fewestLaterEventsUsed = std::min(fewestLaterEventsUsed, laterEvents.size());
+    return history;
   }
 
   const std::shared_ptr<QuoteProvider> eventsProvider;
@@ -86,12 +93,30 @@ struct PriceAdjuster::History {
   std::atomic<bool> hasFetchedEvents = false;
   /// Written once, before the queue is activated, and read only by the blocks of the queue.
   std::optional<Result<QuoteFetchResult>> fetchEventsResult;
+
+  std::mutex mutex;
+  std::vector<EquityEvent> laterEvents;  ///< under the mutex, each once
+  /// How many of them the conversion had that had the fewest; under the mutex.
+  std::size_t fewestLaterEventsUsed = std::numeric_limits<std::size_t>::max();
 };
 
 PriceAdjuster::PriceAdjuster(std::shared_ptr<QuoteProvider> eventsProvider)
     : history_(std::make_shared<History>(std::move(eventsProvider))) {}
 
 PriceAdjuster::~PriceAdjuster() = default;
+
+bool PriceAdjuster::isOutdated() const {
+  const std::lock_guard lock(history_->mutex);
+  return history_->fewestLaterEventsUsed < history_->laterEvents.size();
+}
+
+std::shared_ptr<PriceAdjuster> PriceAdjuster::successor(
+    std::shared_ptr<QuoteProvider> eventsProvider) const {
+  auto next = std::make_shared<PriceAdjuster>(std::move(eventsProvider));
+  const std::lock_guard lock(history_->mutex);
+  next->history_->laterEvents = history_->laterEvents;
+  return next;
+}
 
 void PriceAdjuster::adjust(QuoteFetchResult result, QuoteQuery query,
                            QuoteProvider::QuoteCompletion completion) {

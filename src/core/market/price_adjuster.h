@@ -29,6 +29,13 @@ class PriceAdjuster : public std::enable_shared_from_this<PriceAdjuster> {
   virtual void adjust(QuoteFetchResult result, QuoteQuery query,
                       QuoteProvider::QuoteCompletion completion);
 
+  /// Whether an answer has told of an event, later than the history, that another one was converted
+  /// without. Any thread.
+  [[nodiscard]] bool isOutdated() const;
+  /// An adjuster that knows from the start what answers have told this one. Any thread.
+  [[nodiscard]] std::shared_ptr<PriceAdjuster> successor(
+      std::shared_ptr<QuoteProvider> eventsProvider) const;
+
  private:
   struct History;
 

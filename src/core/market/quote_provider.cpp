@@ -72,6 +72,10 @@ std::set<QuoteInterval> QuoteProvider::availableIntervals(const EquityPointer& /
   return {};
 }
 
+std::optional<Date> QuoteProvider::nextRequestDate() const {
+  return std::nullopt;
+}
+
 void QuoteProvider::setEquitiesById(std::shared_ptr<EquityTable> table) {
   assert(table != nullptr);
   equitiesById_ = std::move(table);

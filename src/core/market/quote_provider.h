@@ -79,6 +79,9 @@ class QuoteProvider : public std::enable_shared_from_this<QuoteProvider> {
   [[nodiscard]] virtual std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                                    const DateRange& range) const;
 
+  /// When the source will be asked again, where it has asked for a pause; none otherwise.
+  [[nodiscard]] virtual std::optional<Date> nextRequestDate() const;
+
   /// The table of this provider's equities. A provider that joins others gives them its own, so
   /// that all of them hand out the same objects.
   [[nodiscard]] const std::shared_ptr<EquityTable>& equitiesById() const { return equitiesById_; }

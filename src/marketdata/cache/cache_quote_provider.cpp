@@ -32,11 +32,12 @@ void completeLater(Completion completion, Outcome outcome) {
 }  // namespace
 
 CacheQuoteProvider::CacheQuoteProvider(const std::filesystem::path& location)
-    : database_(location, SQLiteDatabase::Mode::create, busyTimeoutMilliseconds) {
+    : database_(location, SQLiteDatabase::Mode::create, busyTimeoutMilliseconds),
+      checkpoint_(location) {
   database_.executeScript("PRAGMA journal_mode = WAL;\nPRAGMA foreign_keys = ON;");
   // A commit does not wait for the disk: a cache may lose its last second, but the file stays
-  // sound.
-  database_.executeScript("PRAGMA synchronous = NORMAL;");
+  // sound. Nor does it write the log back, which waits too.
+  database_.executeScript("PRAGMA synchronous = NORMAL;\nPRAGMA wal_autocheckpoint = 0;");
   migrateQuoteCacheSchema(database_);
   dataVersion_ = dataVersion();
 }

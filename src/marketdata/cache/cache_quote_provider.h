@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "core/market/quote_provider.h"
+#include "marketdata/cache/cache_checkpoint.h"
 #include "marketdata/cache/coverage_plan.h"
 #include "platform/data/sqlite.h"
 
@@ -113,6 +114,7 @@ class CacheQuoteProvider : public QuoteProvider {
 
   /// Reading changes the handle only.
   mutable SQLiteDatabase database_;
+  CacheCheckpoint checkpoint_;
   const std::thread::id thread_ = std::this_thread::get_id();
   /// Rows of the table of equities that have been read or written. Others may be there.
   mutable std::map<std::string, std::int64_t, std::less<>> equityRowIdsById_;

@@ -177,6 +177,9 @@ void CacheQuoteProvider::storeFetchResult(const QuoteFetchResult& result, const 
       recordCoverage(*rowId, eventsIntervalCode, priceCode(place.prices), range);
     }
   });
+  if (!database().isInTransaction()) {
+    checkpoint_.runWhereDue();
+  }
 }
 
 void CacheQuoteProvider::recordCoverage(std::int64_t equityRowId, std::int64_t intervalCode,
@@ -267,6 +270,7 @@ void CacheQuoteProvider::clearCachedData(const EquityPointer& equity) {
 
 void CacheQuoteProvider::atOnce(const std::function<void()>& work) {
   inTransaction(database(), work);
+  checkpoint_.runWhereDue();
 }
 
 void CacheQuoteProvider::empty() {

@@ -14,7 +14,7 @@ bool isStub(const JSONError& error) {
   const bool isAbsent = error.reason == "the field is missing" ||
                         error.reason.find("found null") != std::string::npos;
   for (const char* key : {"currency", "exchange", "exchangeTimezoneName", "shortName",
-                          "firstTradeDate", "regularMarketPrice", "chartPreviousClose"}) {
+                          "firstTradeDate", "regularMarketPrice"}) {
     if (isAbsent && error.path.ends_with(std::string(".") + key)) {
       return true;
     }

@@ -98,6 +98,7 @@ SmartFetch::SmartFetch(std::shared_ptr<SmartQuoteProvider> provider, QuoteQuery 
 
 void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
   const auto global = DispatchQueue::global();
+  adjuster_ = adjuster;
   try {
     CacheQuoteProvider& cache = *provider_->cacheProvider;
     latestEventDate_ = cache.latestEventDate(query_.equity);
@@ -292,7 +293,8 @@ SmartFetch::Settlement SmartFetch::settle() {
   if (hasSeenNewerEvent_ && !isOvertaken) {
     provider_->clearCachedData(query_.equity);
   }
-  if (hasSeenNewerEvent_ || isOvertaken) {
+  // Of the pieces of one answer some may tell of an event that others were converted without.
+  if (hasSeenNewerEvent_ || isOvertaken || adjuster_->isOutdated()) {
     return restarts_ < mostRestarts ? Settlement::outdated : Settlement::stored;
   }
   for (Write& write : writes_) {
@@ -305,7 +307,7 @@ SmartFetch::Settlement SmartFetch::settle() {
 void SmartFetch::restart() {
   const auto again = std::make_shared<SmartFetch>(provider_, query_, std::move(completion_));
   again->restarts_ = restarts_ + 1;
-  again->start(std::make_shared<PriceAdjuster>(provider_));
+  again->start(adjuster_->successor(provider_));
 }
 
 QuoteFetchResult SmartFetch::answer() {

@@ -64,6 +64,7 @@ class SmartFetch : public std::enable_shared_from_this<SmartFetch> {
   const QuoteQuery query_;
   const std::optional<PriceAdjustment> targetPrices_;  ///< none where events are sought
   QuoteProvider::QuoteCompletion completion_;
+  std::shared_ptr<PriceAdjuster> adjuster_;
   int restarts_ = 0;
 
   // Read from the cache at the start.

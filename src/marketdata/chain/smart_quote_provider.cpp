@@ -154,4 +154,8 @@ void SmartQuoteProvider::clearCachedData(const EquityPointer& equity) {
   ++timesCleared_[equity->id()];
 }
 
+std::optional<Date> SmartQuoteProvider::nextRequestDate() const {
+  return sourceProvider->nextRequestDate();
+}
+
 }  // namespace corvane

@@ -58,6 +58,7 @@ class SmartQuoteProvider : public QuoteProvider {
   /// What the cache or the source can give.
   [[nodiscard]] std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                            const DateRange& range) const override;
+  [[nodiscard]] std::optional<Date> nextRequestDate() const override;
 
   /// How often the stored prices of the equity have been given up. What was read or converted at
   /// another count must not be written.

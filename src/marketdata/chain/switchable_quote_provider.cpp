@@ -124,4 +124,8 @@ std::set<QuoteInterval> SwitchableQuoteProvider::availableIntervals(const Equity
   return activeProvider().availableIntervals(equity, range);
 }
 
+std::optional<Date> SwitchableQuoteProvider::nextRequestDate() const {
+  return activeProvider().nextRequestDate();
+}
+
 }  // namespace corvane

@@ -43,6 +43,7 @@ class SwitchableQuoteProvider : public QuoteProvider {
   [[nodiscard]] std::vector<QuoteQuery> sourceQueries(const QuoteQuery& query) const override;
   [[nodiscard]] std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                            const DateRange& range) const override;
+  [[nodiscard]] std::optional<Date> nextRequestDate() const override;
 
  private:
   [[nodiscard]] QuoteProvider& activeProvider() const;

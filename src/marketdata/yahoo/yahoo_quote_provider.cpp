@@ -90,8 +90,9 @@ std::vector<std::string> readFindings(const Result<HTTPResponse>& response) {
   }
   std::vector<std::string> symbols;
   for (const Search::QuoteSearchResult& found : *answer.quotes) {
-    if (found.quoteType == "EQUITY" || found.quoteType == "ETF" || found.quoteType == "CURRENCY") {
-      symbols.push_back(found.symbol);
+    const auto& kind = found.quoteType;
+    if (found.symbol && (kind == "EQUITY" || kind == "ETF" || kind == "CURRENCY")) {
+      symbols.push_back(*found.symbol);
     }
   }
   return symbols;
@@ -164,6 +165,15 @@ ChartOrder orderFor(const QuoteQuery& query) {
                                  return ChartOrder{"events", std::nullopt, range};
                                }},
                     query.seeking);
+}
+
+/// The length of bars with which events are asked for. The service tells no more dividends than the
+/// chart has bars: of 183 that a fund paid in as many quarters, a chart of 164 quarters had 164,
+/// and left out five years (seen in October 2025); a chart by days lost none. Pairs and indices
+/// have no events, and are asked with the fewest bars.
+QuoteInterval intervalForEvents(std::string_view id) {
+  return id.ends_with("=X") || id.starts_with("^") ? QuoteInterval::threeMonths
+                                                   : QuoteInterval::oneDay;
 }
 
 /// Takes a chart over into its equity, on the main queue, and makes the result elsewhere.
@@ -329,7 +339,7 @@ void YahooQuoteProvider::fetchChart(const EquityPointer& equity, const ChartOrde
   const auto bound = [](Date date) { return std::max(date, earliestDate); };
   const auto url =
       YahooFinanceAPI::chartURL(session_->service(), equity->id(),
-                                shortName(order.interval.value_or(QuoteInterval::threeMonths)),
+                                shortName(order.interval.value_or(intervalForEvents(equity->id()))),
                                 dates ? std::optional(bound(dates->lower())) : std::nullopt,
                                 dates ? std::optional(bound(dates->upper())) : std::nullopt);
   auto receive = [equity, order, firstTrades = firstTrades_,

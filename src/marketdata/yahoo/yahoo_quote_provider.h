@@ -67,8 +67,7 @@ class YahooQuoteProvider : public QuoteProvider {
   [[nodiscard]] std::set<QuoteInterval> availableIntervals(const EquityPointer& equity,
                                                            const DateRange& range) const override;
 
-  /// When the service may be asked again, where it has asked for a pause; none otherwise.
-  [[nodiscard]] std::optional<Date> nextRequestDate() const;
+  [[nodiscard]] std::optional<Date> nextRequestDate() const override;
 
   /// The bar lengths that the service has at `now` for a range that starts at `start`: the older
   /// the start, the fewer of the short ones.

@@ -24,7 +24,7 @@ struct URLRequest {
   std::string method = "GET";
   HTTPHeaders headers = {};  ///< in place of the session's, where it has some of the same name
   std::string body = {};
-  double timeoutSeconds = 60;  ///< for the whole exchange
+  double timeoutSeconds = 60;  ///< without progress, once it is under way
   std::size_t maximumBodySize = std::size_t{64} << 20;
 };
 

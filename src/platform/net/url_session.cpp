@@ -2,11 +2,15 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <new>
+#include <set>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -14,9 +18,11 @@ namespace corvane {
 namespace {
 
 constexpr long maximumRedirects = 10;
-// As browsers do: more requests than this wait for their turn.
-constexpr long maximumConnectionsToAHost = 8;
-constexpr int pollMilliseconds = 1000;
+// As many as browsers keep connections to a host: more requests than this wait for their turn.
+constexpr std::size_t maximumUnderWay = 8;
+constexpr std::chrono::milliseconds longestPoll(1000);
+
+using Clock = std::chrono::steady_clock;
 
 struct FreeEasy {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
@@ -34,6 +40,13 @@ void append(List& list, const std::string& line) {
   }
   (void)list.release();
   list.reset(longer);
+}
+
+bool isSecure(std::string_view url) {
+  constexpr std::string_view scheme = "https:";
+  return std::ranges::equal(url.substr(0, scheme.size()), scheme, [](char given, char lower) {
+    return given == lower || given == lower - 'a' + 'A';
+  });
 }
 
 URLError::Code codeFor(CURLcode result) {
@@ -77,9 +90,16 @@ struct Exchange {
   EasyHandle handle;
   List headers;
   bool isTooLarge = false;
+  Clock::time_point progressedAt;  ///< when it was begun, or something last arrived
+
+  [[nodiscard]] Clock::time_point timesOutAt() const {
+    return progressedAt + std::chrono::duration_cast<Clock::duration>(
+                              std::chrono::duration<double>(request.timeoutSeconds));
+  }
 
   static std::size_t receiveBody(char* bytes, std::size_t, std::size_t count, void* self) {
     auto& exchange = *static_cast<Exchange*>(self);
+    exchange.progressedAt = Clock::now();
     if (exchange.response.body.size() + count > exchange.request.maximumBodySize) {
       exchange.isTooLarge = true;
       return 0;
@@ -90,6 +110,7 @@ struct Exchange {
 
   static std::size_t receiveHeader(char* bytes, std::size_t, std::size_t count, void* self) {
     auto& exchange = *static_cast<Exchange*>(self);
+    exchange.progressedAt = Clock::now();
     const std::string_view line(bytes, count);
     if (line.starts_with("HTTP/")) {
       // The answer after a redirect begins: what came before is not part of it.
@@ -118,7 +139,6 @@ class URLSession::Transport {
     if (initialised != CURLE_OK || share_ == nullptr || multi_ == nullptr) {
       throw std::bad_alloc();
     }
-    curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, maximumConnectionsToAHost);
     curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
     curl_share_setopt(share_, CURLSHOPT_LOCKFUNC, &lockShared);
     curl_share_setopt(share_, CURLSHOPT_UNLOCKFUNC, &unlockShared);
@@ -196,7 +216,9 @@ class URLSession::Transport {
       int running = 0;
       curl_multi_perform(multi_, &running);
       finishWhatHasEnded();
-      curl_multi_poll(multi_, nullptr, 0, pollMilliseconds, nullptr);
+      endWhatStandsStill();
+      beginWhatMayStart();
+      curl_multi_poll(multi_, nullptr, 0, static_cast<int>(untilNextTimeout().count()), nullptr);
     }
     takeOrders();
     while (!exchanges_.empty()) {
@@ -214,9 +236,10 @@ class URLSession::Transport {
       cancellations.swap(cancellations_);
     }
     for (auto& [id, exchange] : arrivals) {
-      begin(*exchange);
       exchanges_.emplace(id, std::move(exchange));
+      waiting_.insert(id);
     }
+    beginWhatMayStart();
     for (const std::uint64_t id : cancellations) {
       if (const auto found = exchanges_.find(id); found != exchanges_.end()) {
         end(found, cancelled(*found->second));
@@ -224,7 +247,40 @@ class URLSession::Transport {
     }
   }
 
+  /// In the order in which they came.
+  void beginWhatMayStart() {
+    while (!waiting_.empty() && underWay_.size() < maximumUnderWay) {
+      const std::uint64_t id = *waiting_.begin();
+      waiting_.erase(waiting_.begin());
+      underWay_.insert(id);
+      begin(*exchanges_.at(id));
+    }
+  }
+
+  void endWhatStandsStill() {
+    const auto now = Clock::now();
+    const std::set<std::uint64_t> underWay = underWay_;
+    for (const std::uint64_t id : underWay) {
+      const auto found = exchanges_.find(id);
+      const Exchange& exchange = *found->second;
+      if (exchange.timesOutAt() <= now) {
+        end(found, failure(URLError(URLError::Code::timedOut, exchange.request.url,
+                                    "nothing arrived in time")));
+      }
+    }
+  }
+
+  [[nodiscard]] std::chrono::milliseconds untilNextTimeout() const {
+    auto next = Clock::now() + longestPoll;
+    for (const std::uint64_t id : underWay_) {
+      next = std::min(next, exchanges_.at(id)->timesOutAt());
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
+    return std::max(left, std::chrono::milliseconds(0));
+  }
+
   void begin(Exchange& exchange) {
+    exchange.progressedAt = Clock::now();
     exchange.handle.reset(curl_easy_init());
     CURL* handle = exchange.handle.get();
     const URLRequest& request = exchange.request;
@@ -234,12 +290,12 @@ class URLSession::Transport {
     set(CURLOPT_PRIVATE, &exchange);
     set(CURLOPT_URL, request.url.c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
-    set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    // What was asked for in secret is not to be had in the open.
+    set(CURLOPT_REDIR_PROTOCOLS_STR, isSecure(request.url) ? "https" : "http,https");
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, maximumRedirects);
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     set(CURLOPT_ACCEPT_ENCODING, "");
-    set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeoutSeconds * 1000));
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_SHARE, share_);
     set(CURLOPT_COOKIEFILE, "");
@@ -305,8 +361,12 @@ class URLSession::Transport {
 
   void end(Exchanges::iterator position, Result<HTTPResponse> result) {
     const std::unique_ptr<Exchange> exchange = std::move(position->second);
+    waiting_.erase(position->first);
+    underWay_.erase(position->first);
     exchanges_.erase(position);
-    curl_multi_remove_handle(multi_, exchange->handle.get());
+    if (exchange->handle != nullptr) {
+      curl_multi_remove_handle(multi_, exchange->handle.get());
+    }
     callbackQueue_->async(
         [completion = std::move(exchange->completion), result = std::move(result)]() mutable {
           completion(std::move(result));
@@ -325,7 +385,10 @@ class URLSession::Transport {
   Exchanges arrivals_;
   std::vector<std::uint64_t> cancellations_;
 
-  Exchanges exchanges_;  ///< of the session's thread alone
+  // Of the session's thread alone.
+  Exchanges exchanges_;
+  std::set<std::uint64_t> waiting_;   ///< for their turn
+  std::set<std::uint64_t> underWay_;  ///< the others
   std::thread thread_;
 };
 

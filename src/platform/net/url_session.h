@@ -21,11 +21,10 @@ struct Cookie {
   friend bool operator==(const Cookie&, const Cookie&) = default;
 };
 
-/// Sends requests side by side from one thread of its own, over at most eight connections to a
-/// host; the time that a request waits for one counts towards its timeout. Cookies live in memory
-/// as long as the session and travel with all of its requests. Redirects are followed, up to ten;
-/// only http and https are spoken, also after a redirect; certificates are verified; compressed
-/// answers are unpacked. Any thread.
+/// Sends requests from one thread of its own, eight at a time; more wait for their turn, which does
+/// not count towards their timeout. Cookies live in memory as long as the session and travel with
+/// all of its requests. Redirects are followed, up to ten, but never from https to http; only these
+/// two are spoken; certificates are verified; compressed answers are unpacked. Any thread.
 class URLSession {
  public:
   using Completion = std::move_only_function<void(Result<HTTPResponse>)>;

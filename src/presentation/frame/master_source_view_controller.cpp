@@ -108,7 +108,7 @@ void MasterSourceViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> 
   thumbnails_.clear();
   takeQuoteProvider();
   equityComboBox.setSelectedEquity(nullptr);
-  fetchMissingThumbnails();
+  fetchDueThumbnails();
   changeHandler({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
   setDetailObject(std::monostate{});
 }
@@ -256,16 +256,16 @@ void MasterSourceViewController::portfoliosDidChange() {
   changeHandler({.portfolioRowsChanged = true});
 }
 
-/// Reloads the rows of `equities` and fetches their sessions anew.
+/// Reloads the rows of `equities` and fetches their sessions where something was traded since.
 void MasterSourceViewController::reloadEquities(const EquitySet& equities) {
   Update update;
   const std::vector<EquityPointer> rows = watchlist();
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (equities.contains(rows[i])) {
       update.reloadedWatchlistRows.push_back(i);
-      fetchThumbnail(rows[i]);
     }
   }
+  fetchDueThumbnails();
   changeHandler(update);
 }
 
@@ -277,7 +277,7 @@ void MasterSourceViewController::portfoliosDidRefresh(
   update.reloadedWatchlistRows.resize(numberOfWatchlistRows());
   std::iota(update.reloadedWatchlistRows.begin(), update.reloadedWatchlistRows.end(),
             std::size_t{0});
-  fetchMissingThumbnails();
+  fetchDueThumbnails();
   changeHandler(update);
 }
 
@@ -309,7 +309,9 @@ void MasterSourceViewController::fetchThumbnail(const EquityPointer& equity) {
   if (provider == nullptr || !equity->isAuthoritative) {
     return;
   }
-  thumbnailOf(equity).session = equity->recentTradingPeriod;
+  Thumbnail& thumbnail = thumbnailOf(equity);
+  thumbnail.session = equity->recentTradingPeriod;
+  thumbnail.latest = equity->recentDate;
   const QuoteQuery query = QuoteQuery::currentPeriod(equity, true);
   provider->fetchQuotes(query, std::make_shared<PriceAdjuster>(provider),
                         [self = weak_from_this(), query](Result<QuoteFetchResult> result) {
@@ -331,7 +333,11 @@ void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
   if (row == rows.end()) {
     return;
   }
-  QuoteChartView& chart = *thumbnailOf(query.equity).chart;
+  Thumbnail& thumbnail = thumbnailOf(query.equity);
+  QuoteChartView& chart = *thumbnail.chart;
+  if (!result) {
+    thumbnail.latest = Date::distantPast();
+  }
   if (result && result->quotes && !query.dateRange.isEmpty()) {
     chart.setQuotes(*result->quotes, query);
   } else {
@@ -340,12 +346,17 @@ void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
   changeHandler({.reloadedWatchlistRows = {static_cast<std::size_t>(row - rows.begin())}});
 }
 
-/// Fetches the sessions that have not been asked for yet: those of new rows, and those that have
-/// begun since.
-void MasterSourceViewController::fetchMissingThumbnails() {
+/// Whether the session of `equity` has not been asked for, or goes on: after its close nothing can
+/// have changed.
+bool MasterSourceViewController::isThumbnailDue(const EquityPointer& equity) const {
+  const auto found = thumbnails_.find(equity);
+  return found == thumbnails_.end() || found->second.session != equity->recentTradingPeriod ||
+         found->second.latest != equity->recentDate;
+}
+
+void MasterSourceViewController::fetchDueThumbnails() {
   for (const EquityPointer& equity : watchlist()) {
-    const auto found = thumbnails_.find(equity);
-    if (found == thumbnails_.end() || found->second.session != equity->recentTradingPeriod) {
+    if (isThumbnailDue(equity)) {
       fetchThumbnail(equity);
     }
   }
@@ -386,7 +397,7 @@ void MasterSourceViewController::replaceWatchlist(std::vector<EquityPointer> equ
         shared_from_this(),
         [former](MasterSourceViewController& list) { list.replaceWatchlist(former); });
   }
-  fetchMissingThumbnails();
+  fetchDueThumbnails();
   changeHandler({.watchlistRowsChanged = true});
   watchlistChangedHandler();
 }

@@ -113,6 +113,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   struct Thumbnail {
     std::shared_ptr<QuoteChartView> chart;
     std::optional<DateRange> session;  ///< the one last asked for
+    std::optional<Date> latest;        ///< and up to when; the distant past where that failed
   };
 
   void observe();
@@ -127,7 +128,8 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   [[nodiscard]] Thumbnail& thumbnailOf(const EquityPointer& equity);
   void fetchThumbnail(const EquityPointer& equity);
   void thumbnailFetchDidEnd(const QuoteQuery& query, const Result<QuoteFetchResult>& result);
-  void fetchMissingThumbnails();
+  [[nodiscard]] bool isThumbnailDue(const EquityPointer& equity) const;
+  void fetchDueThumbnails();
   void replaceWatchlist(std::vector<EquityPointer> equities);
   void editWatchlist(std::vector<EquityPointer> equities, const std::string& actionName);
   void setDetailObject(DetailObject object);

@@ -23,7 +23,7 @@ std::string joinedParts(std::initializer_list<std::string> parts) {
 }  // namespace
 
 std::string EquitySourceRow::accessibleText() const {
-  return joinedParts({symbol, name, price, change.plainText()});
+  return joinedParts({symbol, name, price, change.plainText(), problem});
 }
 
 EquitySourceRow equitySourceRow(const EquityPointer& equity,
@@ -33,7 +33,8 @@ EquitySourceRow equitySourceRow(const EquityPointer& equity,
                       .name = equity->name.value_or(""),
                       .price = "",
                       .change = {},
-                      .thumbnail = std::move(thumbnail)};
+                      .thumbnail = std::move(thumbnail),
+                      .problem = equity->refreshProblem.value_or("")};
   if (equity->recentPrice) {
     auto formatter = DecimalNumberFormatter::money(equity->currency);
     formatter.maximumFractionDigits = maximumPriceDigits;

@@ -20,6 +20,7 @@ struct EquitySourceRow {
   AttributedText change;  ///< since the close before; empty where there is no price
   /// The running session; never null, empty until it has been fetched.
   std::shared_ptr<const QuoteChartView> thumbnail;
+  std::string problem;  ///< why the latest refresh brought no price; empty where it did
 
   /// The row in one line, for those who cannot see it.
   [[nodiscard]] std::string accessibleText() const;

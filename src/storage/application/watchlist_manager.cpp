@@ -113,6 +113,9 @@ WatchlistManager::Status WatchlistManager::status() const {
       status.nextAt = next;
     }
   }
+  if (status.nextAt && pauseEnd_) {
+    status.nextAt = std::max(*status.nextAt, *pauseEnd_);
+  }
   return status;
 }
 
@@ -120,8 +123,10 @@ void WatchlistManager::postStatus() const {
   NotificationCenter::defaultCenter().post(statusDidChange, this, status());
 }
 
-void WatchlistManager::requestDidEnd(const ErrorPointer& error) {
+void WatchlistManager::requestDidEnd(const ErrorPointer& error,
+                                     std::optional<Date> nextRequestDate) {
   --requestsUnderWay_;
+  pauseEnd_ = nextRequestDate;
   outcome_.failure = error;
   (error == nullptr ? outcome_.refreshedAt : outcome_.failedAt) = Date::now();
   postStatus();
@@ -225,20 +230,22 @@ void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<
     const std::string subject =
         std::to_string(partition.size()) + " equities in " + provider->providerName();
     ++requestsUnderWay_;
-    provider->refreshEquities(std::move(partition), [weakSelf = weak_from_this(), subject,
-                                                     ended](const ErrorPointer& error) {
-      DispatchQueue::main()->async([weakSelf, error] {
-        if (const auto self = weakSelf.lock()) {
-          self->requestDidEnd(error);
-        }
-      });
-      if (error == nullptr) {
-        Log::write("Watchlist refreshed ", subject, ".");
-      } else {
-        Log::write("Watchlist error occurred while refreshing ", subject, ": ", *error);
-      }
-      ended(error == nullptr);
-    });
+    provider->refreshEquities(
+        std::move(partition), [weakSelf = weak_from_this(), subject, ended,
+                               weakProvider = std::weak_ptr(provider)](const ErrorPointer& error) {
+          DispatchQueue::main()->async([weakSelf, weakProvider, error] {
+            if (const auto self = weakSelf.lock()) {
+              const auto asked = weakProvider.lock();
+              self->requestDidEnd(error, asked ? asked->nextRequestDate() : std::nullopt);
+            }
+          });
+          if (error == nullptr) {
+            Log::write("Watchlist refreshed ", subject, ".");
+          } else {
+            Log::write("Watchlist error occurred while refreshing ", subject, ": ", *error);
+          }
+          ended(error == nullptr);
+        });
   }
 }
 

@@ -43,7 +43,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
     std::optional<Date> refreshedAt = {};  ///< when a request last succeeded; none in this run yet
     ErrorPointer failure = nullptr;        ///< of the latest request; null where it succeeded
     std::optional<Date> failedAt = {};     ///< when that was
-    std::optional<Date> nextAt = {};       ///< the next refresh that has something to ask for
+    /// The next refresh that has something to ask for, and may: a service can ask for a pause.
+    std::optional<Date> nextAt = {};
   };
   /// Carries the status, which has changed. Posted on the main queue.
   static constexpr Topic<Status> statusDidChange{
@@ -88,7 +89,7 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   void refreshEquitySet(EquitySet equities, const std::function<void()>& begins, Ended ended);
   /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
   void refreshRates(const WorkspaceModel& model, const EquitySet& known);
-  void requestDidEnd(const ErrorPointer& error);
+  void requestDidEnd(const ErrorPointer& error, std::optional<Date> nextRequestDate);
   void postStatus() const;
   /// Posts for as long as this manager lives; callable on any thread.
   template <typename Payload>
@@ -101,6 +102,7 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
   std::vector<std::shared_ptr<Timer>> portfolioRefreshTimers_;
   std::optional<Date> nextWatchlistRefresh_;  ///< none where nothing is watched
   std::optional<Date> nextPortfolioRefresh_;
+  std::optional<Date> pauseEnd_;  ///< of the provider that was asked last
   int requestsUnderWay_ = 0;
   int portfolioPassesUnderWay_ = 0;
   Status outcome_;  ///< without what the members above tell

@@ -50,6 +50,17 @@ class Server {
       released_.wait_for(lock, deadline, [this] { return isReleased_; });
       answer.set_content("late", "text/plain");
     });
+    server_.Get("/trickle", [this](const auto&, auto& answer) {
+      // Ten bytes, one at a time.
+      mostTrickles = std::max(mostTrickles.load(), ++trickles_);
+      answer.set_content_provider(
+          10, "text/plain",
+          [](std::size_t, std::size_t, httplib::DataSink& sink) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(120));
+            return sink.write("x", 1);
+          },
+          [this](bool) { --trickles_; });
+    });
     server_.Post("/echo", [](const httplib::Request& request, auto& answer) {
       answer.set_content(request.body, "text/plain");
     });
@@ -82,8 +93,10 @@ class Server {
 
   int port = 0;
   std::atomic<int> slow = 0;
+  std::atomic<int> mostTrickles = 0;
 
  private:
+  std::atomic<int> trickles_ = 0;
   httplib::Server server_;
   std::thread thread_;
   std::mutex mutex_;
@@ -203,6 +216,33 @@ TEST_F(URLSessionTest, SaysWhyThereIsNoAnswer) {
   EXPECT_EQ(codeOf(get(slow)), Code::timedOut);
   URLRequest secure{"https://127.0.0.1:" + std::to_string(server.port) + "/plain"};
   EXPECT_EQ(codeOf(get(secure)), Code::secureConnectionFailed);
+}
+
+/// Busy is not timed out: of twelve that are asked together some wait for their turn, and each
+/// takes longer than it may stand still.
+TEST_F(URLSessionTest, CountsOnlyTheTimeWithoutProgress) {
+  URLRequest trickle{server.url("/trickle")};
+  trickle.timeoutSeconds = 1;
+  std::atomic<int> ended = 0;
+  // Eight connections, one by one: the server's own queue of new ones is short.
+  for (int i = 0; i < 8; ++i) {
+    session->send(URLRequest{server.url("/slow")}, [&](const auto&) { ++ended; });
+    while (server.slow <= i) {
+      std::this_thread::yield();
+    }
+  }
+  server.release();
+  EXPECT_TRUE(MainLoop::runUntil([&] { return ended == 8; }, deadline));
+
+  ended = 0;
+  for (int i = 0; i < 12; ++i) {
+    session->send(trickle, [&](const Result<HTTPResponse>& result) {
+      EXPECT_TRUE(result) << static_cast<int>(codeOf(result));
+      ++ended;
+    });
+  }
+  EXPECT_TRUE(MainLoop::runUntil([&] { return ended == 12; }, deadline));
+  EXPECT_LE(server.mostTrickles, 8);
 }
 
 TEST_F(URLSessionTest, NoticesAConnectionThatIsCutOff) {

@@ -11,45 +11,45 @@ using namespace YahooFinanceAPI;
 template <>
 inline constexpr std::tuple fieldsOf<TimePeriod>{
     field("end", &TimePeriod::end),
-    field("gmtoffset", &TimePeriod::gmtoffset),
+    byTheWay("gmtoffset", &TimePeriod::gmtoffset),
     field("start", &TimePeriod::start),
-    field("timezone", &TimePeriod::timezone),
+    byTheWay("timezone", &TimePeriod::timezone),
 };
 
 template <>
 inline constexpr std::tuple fieldsOf<CurrentTradingPeriod>{
-    field("post", &CurrentTradingPeriod::post),
-    field("pre", &CurrentTradingPeriod::pre),
+    byTheWay("post", &CurrentTradingPeriod::post),
+    byTheWay("pre", &CurrentTradingPeriod::pre),
     field("regular", &CurrentTradingPeriod::regular),
 };
 
 template <>
 inline constexpr std::tuple fieldsOf<TradingPeriods>{
-    field("post", &TradingPeriods::post),
-    field("pre", &TradingPeriods::pre),
+    byTheWay("post", &TradingPeriods::post),
+    byTheWay("pre", &TradingPeriods::pre),
     field("regular", &TradingPeriods::regular),
 };
 
 template <>
 inline constexpr std::tuple fieldsOf<Meta>{
-    field("chartPreviousClose", &Meta::chartPreviousClose),
+    byTheWay("chartPreviousClose", &Meta::chartPreviousClose),
     field("currency", &Meta::currency),
     field("currentTradingPeriod", &Meta::currentTradingPeriod),
-    field("dataGranularity", &Meta::dataGranularity),
-    field("exchangeName", &Meta::exchangeName),
-    field("exchangeTimezoneName", &Meta::exchangeTimezoneName),
+    byTheWay("dataGranularity", &Meta::dataGranularity),
+    byTheWay("exchangeName", &Meta::exchangeName),
+    byTheWay("exchangeTimezoneName", &Meta::exchangeTimezoneName),
     field("firstTradeDate", &Meta::firstTradeDate),
-    field("gmtoffset", &Meta::gmtoffset),
-    field("instrumentType", &Meta::instrumentType),
-    field("previousClose", &Meta::previousClose),
-    field("priceHint", &Meta::priceHint),
+    byTheWay("gmtoffset", &Meta::gmtoffset),
+    byTheWay("instrumentType", &Meta::instrumentType),
+    byTheWay("previousClose", &Meta::previousClose),
+    byTheWay("priceHint", &Meta::priceHint),
     field("regularMarketPrice", &Meta::regularMarketPrice),
     field("regularMarketTime", &Meta::regularMarketTime),
-    field("scale", &Meta::scale),
-    field("symbol", &Meta::symbol),
-    field("timezone", &Meta::timezone),
+    byTheWay("scale", &Meta::scale),
+    byTheWay("symbol", &Meta::symbol),
+    byTheWay("timezone", &Meta::timezone),
     field("tradingPeriods", &Meta::tradingPeriods),
-    field("validRanges", &Meta::validRanges),
+    byTheWay("validRanges", &Meta::validRanges),
 };
 
 template <>
@@ -57,7 +57,7 @@ inline constexpr std::tuple fieldsOf<Events::Split>{
     field("date", &Events::Split::date),
     field("denominator", &Events::Split::denominator),
     field("numerator", &Events::Split::numerator),
-    field("splitRatio", &Events::Split::splitRatio),
+    byTheWay("splitRatio", &Events::Split::splitRatio),
 };
 
 template <>
@@ -86,7 +86,7 @@ inline constexpr std::tuple fieldsOf<Indicators::Quote>{
 
 template <>
 inline constexpr std::tuple fieldsOf<Indicators>{
-    field("adjclose", &Indicators::adjclose),
+    byTheWay("adjclose", &Indicators::adjclose),
     field("quote", &Indicators::quote),
 };
 
@@ -101,7 +101,7 @@ inline constexpr std::tuple fieldsOf<ChartResult>{
 template <>
 inline constexpr std::tuple fieldsOf<ChartContainer>{
     field("result", &ChartContainer::result),
-    field("error", &ChartContainer::error),
+    byTheWay("error", &ChartContainer::error),
 };
 
 template <>

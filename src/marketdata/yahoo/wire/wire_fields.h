@@ -25,11 +25,19 @@ template <typename Record, typename Value>
 struct Field {
   std::string_view key;
   Value Record::*member;
+  bool canRefuse;  ///< whether an answer without it, or with something else there, is none
 };
 
 template <typename Record, typename Value>
 constexpr Field<Record, Value> field(std::string_view key, Value Record::*member) {
-  return {key, member};
+  return {key, member, true};
+}
+
+/// A field that no figure depends on. The service changes such fields without notice, so whatever
+/// stands there refuses no answer: what is not as agreed is left out.
+template <typename Record, typename Value>
+constexpr Field<Record, Value> byTheWay(std::string_view key, Value Record::*member) {
+  return {key, member, false};
 }
 
 /// To be specialised for each record.
@@ -55,6 +63,10 @@ void read(JSONCursor& cursor, std::vector<Value>& list);
 template <typename Value>
 void read(JSONCursor& cursor, std::map<std::int64_t, Value>& values);
 
+/// Reads what it can of a value that refuses no answer; whether it is as agreed.
+template <typename Value>
+bool readIfItFits(JSONCursor& cursor, Value& value);
+
 template <typename Value>
 inline constexpr bool mayBeAbsent = false;
 template <typename Value>
@@ -65,7 +77,7 @@ template <typename Record, std::size_t... index>
 void requireFields(const JSONCursor& cursor, const std::array<bool, sizeof...(index)>& isPresent,
                    std::index_sequence<index...>) {
   const auto require = [&]<typename Value>(const Field<Record, Value>& wanted, bool isHere) {
-    if (!isHere && !mayBeAbsent<Value>) {
+    if (wanted.canRefuse && !isHere && !mayBeAbsent<Value>) {
       throw JSONError(pathOf(wanted.key, cursor.path()), "the field is missing");
     }
   };
@@ -85,7 +97,11 @@ requires(std::tuple_size_v<std::remove_cvref_t<decltype(fieldsOf<Record>)>> >
       if (candidate.key != key) {
         return false;
       }
-      read(value, record.*candidate.member);
+      if (candidate.canRefuse) {
+        read(value, record.*candidate.member);
+      } else {
+        readIfItFits(value, record.*candidate.member);
+      }
       isHere = true;
       return true;
     };
@@ -118,6 +134,49 @@ void read(JSONCursor& cursor, std::map<std::int64_t, Value>& values) {
   cursor.forEachField([&](std::string_view key, JSONCursor& value) {
     read(value, values[wholeNumberKey(value, key)] = Value());
   });
+}
+
+template <typename Value>
+inline constexpr bool isList = false;
+template <typename Value>
+inline constexpr bool isList<std::vector<Value>> = true;
+
+template <typename Value>
+bool readIfItFits(JSONCursor& cursor, Value& value) {
+  if constexpr (mayBeAbsent<Value>) {
+    if (!readIfItFits(cursor, value.emplace())) {
+      value.reset();
+    }
+    return true;
+  } else if constexpr (isList<Value>) {
+    value.clear();
+    if (cursor.type() != JSONCursor::Type::array) {
+      return false;
+    }
+    cursor.forEachElement(
+        [&](JSONCursor& element) { readIfItFits(element, value.emplace_back()); });
+    return true;
+  } else if constexpr (std::tuple_size_v<std::remove_cvref_t<decltype(fieldsOf<Value>)>> > 0) {
+    if (cursor.type() != JSONCursor::Type::object) {
+      return false;
+    }
+    cursor.forEachField([&](std::string_view key, JSONCursor& field) {
+      std::apply(
+          [&](const auto&... each) {
+            (void)((each.key == key && (readIfItFits(field, value.*each.member), true)) || ...);
+          },
+          fieldsOf<Value>);
+    });
+    return true;
+  } else {
+    try {
+      read(cursor, value);
+      return true;
+    } catch (const JSONError&) {
+      value = Value();
+      return false;
+    }
+  }
 }
 
 /// The record that the whole of `json` is. Throws JSONError.

@@ -1,9 +1,9 @@
 // How the market-data service is asked, and what it answers, field by field.
 //
-// The fields of the records carry the names of their JSON keys. A field that is a std::optional may
-// be absent or null; every other one must be there. A value of another type than the field has
-// fails the whole answer, used or not; keys that no record names are ignored. No logic and no
-// state: any thread.
+// The fields of the records carry the names of their JSON keys. Those that figures are made of must
+// be there unless they are a std::optional, and a value of another type fails the whole answer. All
+// others are taken where they are as agreed, and are empty where they are not: the service changes
+// them without notice. Keys that no record names are ignored. No logic and no state: any thread.
 #pragma once
 
 #include <cstdint>
@@ -221,8 +221,8 @@ struct Search {
   struct QuoteSearchResult {
     std::optional<std::string> exchange;
     std::optional<std::string> shortname;
-    std::string quoteType;
-    std::string symbol;
+    std::optional<std::string> quoteType;
+    std::optional<std::string> symbol;  ///< some findings, such as private companies, have none
     std::optional<std::string> index;
     std::optional<std::int64_t> score;
     std::optional<std::string> typeDisp;
