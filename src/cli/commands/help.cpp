@@ -20,8 +20,7 @@ constexpr std::size_t exitCodeWidth = 3;
 }  // namespace
 
 std::string optionText(const Option& option) {
-  std::string text(option.name);
-  return option.value.empty() ? text : text + " " + std::string(option.value);
+  return std::string(option.name) + (option.value.empty() ? "" : " " + std::string(option.value));
 }
 
 std::string_view introduction() {

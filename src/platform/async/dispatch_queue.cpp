@@ -141,7 +141,8 @@ class PoolQueue : public AnyQueue {
   }
 
   void run(Item item) {
-    runItem(std::move(item), *this, item.isBarrier);
+    const bool isBarrier = item.isBarrier;
+    runItem(std::move(item), *this, isBarrier);
     const std::lock_guard lock(mutex_);
     --running_;
     barrierIsRunning_ = false;
