@@ -6,11 +6,13 @@ Every wait has a deadline, and a failure tells what the tree held.
 """
 
 import os
+import re
 import shutil
 import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 import gi
@@ -146,6 +148,7 @@ class Screen:
         self.output = os.path.join(self.work, "output")
         self.started = []
         self.program = None
+        self._fronts = []
         self._picture_count = 0
         self._set_environment()
         self._start_screen(size)
@@ -223,7 +226,27 @@ class Screen:
             "the window manager",
             lambda: "0x" in _said(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
         )
+        self._watch_fronts()
         Atspi.init()
+
+    def _watch_fronts(self):
+        """Notes which windows the window manager gives the keyboard to, one after the other."""
+        spy = self._start(
+            ["xprop", "-root", "-spy", "_NET_ACTIVE_WINDOW"], stdout=subprocess.PIPE, text=True
+        )
+
+        def note():
+            for line in spy.stdout:
+                window = re.search(r"0x[0-9a-f]+$", line.strip())
+                # The same window may be told twice in a row.
+                if window and self._fronts[-1:] != [window[0]]:
+                    self._fronts.append(window[0])
+
+        threading.Thread(target=note, daemon=True).start()
+
+    def fronts(self):
+        """The windows that have had the keyboard so far, in that order; "0x0" is none of them."""
+        return list(self._fronts)
 
     # --- The program -------------------------------------------------------------------------
 
@@ -264,13 +287,22 @@ class Screen:
         return [window for window in self.application.children() if window.has("showing")]
 
     def window(self, name):
-        """The window with this title, once it is shown and has the keyboard."""
-        return wait_for(
-            f"the window “{name}”",
-            lambda: next(
+        """The window with this title, once it is shown and keys reach it.
+
+        The program knows that it is active a little before or after the window manager and the X
+        server do; a key that is sent in between goes to another window, or to none.
+        """
+
+        def settled():
+            found = next(
                 (each for each in self.windows() if each.name == name and each.has("active")), None
-            ),
-        )
+            )
+            if found is None or not _gets_keys(name):
+                return None
+            time.sleep(0.1)
+            return found if found.has("active") and _gets_keys(name) else None
+
+        return wait_for(f"the window “{name}” to have the keyboard", settled)
 
     def wait_until_gone(self, name):
         wait_for(
@@ -308,10 +340,14 @@ class Screen:
 
     def _explain(self):
         self.picture("failed")
+        active = _said(["xdotool", "getactivewindow", "getwindowname"]).strip()
+        print(f"The window manager's active window: “{active}”", file=sys.stderr)
         try:
             for control, depth in self.application.walk():
                 if control.has("showing") and depth < 12:
-                    print(f"{'  ' * depth}{control.role} “{control.name}”", file=sys.stderr)
+                    states = [state for state in ("active", "focused") if control.has(state)]
+                    marks = f" ({', '.join(states)})" if states else ""
+                    print(f"{'  ' * depth}{control.role} “{control.name}”{marks}", file=sys.stderr)
         except (Failure, GLib.Error) as error:
             print(f"(the tree cannot be read: {error})", file=sys.stderr)
         with open(self.output, encoding="utf-8") as said:
@@ -320,6 +356,16 @@ class Screen:
 
 def _said(command):
     return subprocess.run(command, capture_output=True, text=True, check=False).stdout
+
+
+def _gets_keys(name):
+    """Whether the X server sends keys to the window that the window manager holds for active, and
+    that is the one with this title (behind which the program's name may stand)."""
+    active = _said(["xdotool", "getactivewindow"]).strip()
+    if not active or active != _said(["xdotool", "getwindowfocus"]).strip():
+        return False
+    title = _said(["xdotool", "getwindowname", active]).strip()
+    return title == name or title == f"{name} — Corvane"
 
 
 def expect(truth, words):

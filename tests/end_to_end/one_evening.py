@@ -102,6 +102,9 @@ def evening(screen, examples):
     screen.start("--sample-market")
     welcome = "Welcome to Corvane — Corvane Help"
     screen.window(welcome)
+    # Each window has got the keyboard once, and nothing takes it from the page again.
+    fronts = [window for window in screen.fronts() if window != "0x0"]
+    expect(len(fronts) == len(set(fronts)), f"the keyboard went to and fro: {fronts}")
     screen.picture("welcome")
     screen.key("alt+F4")
     screen.wait_until_gone(welcome)

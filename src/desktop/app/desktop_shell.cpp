@@ -5,6 +5,7 @@
 #include <QUrl>
 
 #include "desktop/look/alert_box.h"
+#include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
 
 namespace corvane::desktop {
@@ -45,11 +46,10 @@ void DesktopShell::showNetworkActivityWindow(bool inFront) {
     activity_ = std::make_unique<NetworkActivityWindow>();
   }
   activity_->setAttribute(Qt::WA_ShowWithoutActivating, !inFront);
-  activity_->show();
   if (inFront) {
-    activity_->raise();
-    activity_->activateWindow();
+    bringToFront(*activity_);
   } else {
+    activity_->show();
     activity_->lower();
   }
 }

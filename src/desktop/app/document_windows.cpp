@@ -7,6 +7,7 @@
 #include "desktop/app/workspace_panels.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
+#include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
 #include "platform/async/dispatch_queue.h"
 
@@ -65,16 +66,13 @@ std::shared_ptr<WorkspaceDocumentModelHaving> DocumentWindows::showWindow(
   if (window == nullptr) {
     window = makeWindow_(document);
   }
-  window->show();
-  window->raise();
-  window->activateWindow();
+  bringToFront(*window);
   return window;
 }
 
 DocumentShell::ChangesAnswer DocumentWindows::askToSaveChanges(WorkspaceDocument& document) {
   if (QWidget* window = widgetOf(document)) {
-    window->raise();
-    window->activateWindow();
+    bringToFront(*window);
   }
   const QString message = QStringLiteral("Do you want to save the changes you made to “%1”?")
                               .arg(qtText(document.displayName()));

@@ -7,6 +7,7 @@
 #include <QToolBar>
 #include <QUrl>
 
+#include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -68,9 +69,7 @@ void HelpWindow::showTitle() {
 
 void HelpWindow::showPage(const std::filesystem::path& file) {
   browser_->setSource(QUrl::fromLocalFile(qtPath(file)));
-  show();
-  raise();
-  activateWindow();
+  bringToFront(*this);
 }
 
 }  // namespace corvane::desktop
