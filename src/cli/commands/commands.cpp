@@ -107,10 +107,10 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 }  // namespace
 
 std::span<const Command> commands() {
-  static const std::array table = {createCommand(), importCommand(),  statementsCommand(),
-                                   exportCommand(), listCommand(),    ledgerCommand(),
-                                   valueCommand(),  verifyCommand(),  watchCommand(),
-                                   removeCommand(), recoverCommand(), backtestCommand()};
+  static const std::array table = {
+      createCommand(), importCommand(),  statementsCommand(), exportCommand(), listCommand(),
+      ledgerCommand(), valueCommand(),   returnsCommand(),    verifyCommand(), watchCommand(),
+      removeCommand(), recoverCommand(), backtestCommand()};
   return table;
 }
 

@@ -21,6 +21,7 @@ namespace corvane::cli {
 [[nodiscard]] Command listCommand();
 [[nodiscard]] Command recoverCommand();
 [[nodiscard]] Command removeCommand();
+[[nodiscard]] Command returnsCommand();
 [[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
