@@ -47,6 +47,9 @@ const std::map<std::string, Folder> house = {
     {"storage",
      {{"ledger", "marketdata", "core", "platform"},
       {{"database"}, {"workspace"}, {"application"}}}},
+    {"reports",
+     {{"ledger", "marketdata", "core", "platform"},
+      {{"series"}, {"returns", "tax", "income", "trail"}}}},
     {"exchange",
      {{"storage", "ledger", "marketdata", "core", "platform"},
       {{"csv", "strict"},
@@ -55,7 +58,7 @@ const std::map<std::string, Folder> house = {
        {"exports", "imports", "statements"}}}},
     {"scenario", {{"storage", "ledger", "marketdata", "core", "platform"}, {{""}}}},
     {"presentation",
-     {{"exchange", "scenario", "storage", "ledger", "marketdata", "core", "platform"},
+     {{"exchange", "scenario", "reports", "storage", "ledger", "marketdata", "core", "platform"},
       {{"text"},
        {"controls"},
        {"screen"},
@@ -71,8 +74,8 @@ const std::map<std::string, Folder> house = {
      {{"sample", "samplemarket", "storage", "ledger", "marketdata", "core", "platform"}, {{""}}}},
     {"sample", {{"storage", "ledger", "marketdata", "core", "platform"}, {{""}}}},
     {"desktop",
-     {{"samplemarket", "presentation", "exchange", "scenario", "storage", "ledger", "marketdata",
-       "core", "platform"},
+     {{"samplemarket", "presentation", "exchange", "scenario", "reports", "storage", "ledger",
+       "marketdata", "core", "platform"},
       {{"look"},
        {"controls"},
        {"charts"},
@@ -82,8 +85,8 @@ const std::map<std::string, Folder> house = {
        {"app"},
        {""}}}},
     {"cli",
-     {{"samplemarket", "presentation", "exchange", "scenario", "storage", "ledger", "marketdata",
-       "core", "platform"},
+     {{"samplemarket", "presentation", "exchange", "scenario", "reports", "storage", "ledger",
+       "marketdata", "core", "platform"},
       {{"console"}, {"commands"}, {""}}}},
 };
 
@@ -205,6 +208,7 @@ TEST(IncludeArrows, AreFaultsWhenTheyRunUpOrSidewaysOrToQt) {
   EXPECT_TRUE(isFault("platform/async/a.cpp", "  #  include <qobject.h>"));
   EXPECT_TRUE(isFault("core/decimal/a.h", "#include \"core/money/currency.h\""));
   EXPECT_TRUE(isFault("exchange/exports/a.h", "#include \"exchange/imports/b.h\""));
+  EXPECT_TRUE(isFault("reports/series/a.h", "#include \"storage/database/b.h\""));
   EXPECT_TRUE(isFault("desktop/portfolio/a.h", "#include \"desktop/workspace/b.h\""));
   EXPECT_TRUE(isFault("samplemarket/prices/a.h", "#include \"samplemarket/sample_market.h\""));
   EXPECT_TRUE(isFault("core/money/a.h", "#include \"core/elsewhere/b.h\""));

@@ -24,6 +24,7 @@ namespace corvane::cli {
 [[nodiscard]] Command recordCommand();
 [[nodiscard]] Command recoverCommand();
 [[nodiscard]] Command removeCommand();
+[[nodiscard]] Command returnsCommand();
 [[nodiscard]] Command reviseCommand();
 [[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command valueCommand();

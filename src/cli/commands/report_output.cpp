@@ -1,0 +1,118 @@
+#include "cli/commands/report_output.h"
+
+#include <algorithm>
+#include <map>
+
+namespace corvane::cli {
+namespace {
+
+void writeCSVLine(std::ostream& out, const std::vector<std::string>& cells) {
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    out << (i == 0 ? "\"" : ",\"");
+    for (const char character : cells[i]) {
+      out << (character == '"' ? "\"\"" : std::string(1, character));
+    }
+    out << '"';
+  }
+  out << "\r\n";
+}
+
+}  // namespace
+
+std::string moneyText(const Decimal& amount, const Currency& currency) {
+  std::string digits = roundedToMinorUnits(amount, currency).description();
+  if (currency.minorUnits <= 0 || amount.isNaN()) {
+    return digits;
+  }
+  const std::size_t point = digits.find('.');
+  const std::size_t decimals = point == std::string::npos ? 0 : digits.size() - point - 1;
+  digits += point == std::string::npos ? "." : "";
+  const auto wanted = static_cast<std::size_t>(currency.minorUnits);
+  return digits + std::string(decimals < wanted ? wanted - decimals : 0, '0');
+}
+
+std::string percentText(const std::optional<double>& value) {
+  if (!value) {
+    return std::string(noFigure);
+  }
+  // Two digits after the point, like money.
+  return moneyText(Decimal::fromDouble(*value * 100), Currency::cad()) + " %";
+}
+
+void ReportTable::writeText(std::ostream& out) const {
+  TextTable table(columns_);
+  for (const auto& row : rows_) {
+    table.add(row);
+  }
+  table.write(out);
+}
+
+void ReportTable::writeCSV(std::ostream& out) const {
+  std::vector<std::string> titles;
+  for (const TextTable::Column& column : columns_) {
+    titles.push_back(column.title);
+  }
+  writeCSVLine(out, titles);
+  for (std::vector<std::string> row : rows_) {
+    std::ranges::replace(row, std::string(noFigure), std::string());
+    writeCSVLine(out, row);
+  }
+}
+
+std::vector<PortfolioPointer> portfoliosOf(const CommandLine& line,
+                                           const WorkspaceFile& workspace) {
+  if (const auto name = line.value("--portfolio")) {
+    if (line.has("--all")) {
+      throw UsageError("--portfolio and --all exclude each other.");
+    }
+    return {workspace.portfolio(*name)};
+  }
+  std::vector<PortfolioPointer> portfolios = workspace.manager()->portfolios();
+  std::ranges::for_each(portfolios, requireRows);
+  return portfolios;
+}
+
+std::vector<EquityPointer> equitiesOf(const std::vector<PortfolioPointer>& portfolios) {
+  EquitySet equities;
+  for (const PortfolioPointer& portfolio : portfolios) {
+    for (const TransactionPointer& row : portfolio->transactions()) {
+      if (const EquityPointer* equity = row->basic.equity()) {
+        equities.insert(*equity);
+      }
+    }
+  }
+  return {equities.begin(), equities.end()};
+}
+
+EquityPointer equityNamed(const std::string& symbol, const std::vector<EquityPointer>& equities) {
+  const auto found =
+      std::ranges::find_if(equities, [&](const auto& equity) { return equity->symbol == symbol; });
+  if (found == equities.end()) {
+    throw UsageError("No transaction names the symbol “" + symbol + "”.");
+  }
+  return *found;
+}
+
+Currency currencyNamed(const std::string& code) {
+  const auto found = Currency::byCode().find(code);
+  if (found == Currency::byCode().end()) {
+    throw UsageError("“" + code + "” is no code of a currency, such as CAD.");
+  }
+  return found->second;
+}
+
+Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios) {
+  std::map<std::string, int> counts;
+  Currency common = Currency::cad();
+  int most = 0;
+  for (const PortfolioPointer& portfolio : portfolios) {
+    const int count = ++counts[std::string(portfolio->primaryCurrency().code)];
+    if (count > most) {
+      most = count;
+      common = portfolio->primaryCurrency();
+    }
+  }
+  return common;
+}
+
+}  // namespace corvane::cli

@@ -1,0 +1,64 @@
+// What the commands for reports have in common: figures as text, and tables as text or as CSV.
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cli/console/command_line.h"
+#include "cli/console/console.h"
+#include "cli/console/text_table.h"
+#include "cli/console/workspace_file.h"
+#include "core/money/currency_amount.h"
+
+namespace corvane::cli {
+
+/// What stands where there is no number.
+inline constexpr std::string_view noFigure = "—";
+
+/// `amount` rounded to the currency's minor units and with all of their digits, without grouping.
+[[nodiscard]] std::string moneyText(const Decimal& amount, const Currency& currency);
+
+/// 0.1234 as "12.34 %".
+[[nodiscard]] std::string percentText(const std::optional<double>& value);
+
+/// A table that is written for eyes, or for programs: as text of UTF-8 with each cell in quotes,
+/// commas between and CR LF at the end of a line.
+class ReportTable {
+ public:
+  explicit ReportTable(std::vector<TextTable::Column> columns) : columns_(std::move(columns)) {}
+
+  /// A cell for each column.
+  void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+  [[nodiscard]] bool isEmpty() const { return rows_.empty(); }
+
+  void writeText(std::ostream& out) const;
+  void writeCSV(std::ostream& out) const;
+
+ private:
+  std::vector<TextTable::Column> columns_;
+  std::vector<std::vector<std::string>> rows_;
+};
+
+/// The portfolios that --portfolio names, or all of the workspace; their rows are read. Throws
+/// UsageError where --all is there as well.
+[[nodiscard]] std::vector<PortfolioPointer> portfoliosOf(const CommandLine& line,
+                                                         const WorkspaceFile& workspace);
+
+/// All equities that the ledgers of `portfolios` name.
+[[nodiscard]] std::vector<EquityPointer> equitiesOf(
+    const std::vector<PortfolioPointer>& portfolios);
+
+/// The one of `equities` with this symbol. Throws UsageError where there is none.
+[[nodiscard]] EquityPointer equityNamed(const std::string& symbol,
+                                        const std::vector<EquityPointer>& equities);
+
+/// The currency with this code. Throws UsageError where there is none.
+[[nodiscard]] Currency currencyNamed(const std::string& code);
+
+/// The primary currency that most of `portfolios` have.
+[[nodiscard]] Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios);
+
+}  // namespace corvane::cli

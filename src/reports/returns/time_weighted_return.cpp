@@ -1,0 +1,106 @@
+#include "reports/returns/time_weighted_return.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "reports/series/report_days.h"
+
+namespace corvane {
+namespace {
+
+/// The fraction whose value less 1 is the return of a day.
+struct DayFraction {
+  Decimal base;
+  Decimal top;
+
+  [[nodiscard]] bool hasCapital() const { return base > 0; }
+  [[nodiscard]] double growth() const { return top.doubleValue() / base.doubleValue(); }
+};
+
+DayFraction fractionOf(const Decimal& before, const ValuationDay& day) {
+  const Decimal flow = day.inflow - day.outflow;
+  DayFraction fraction{before, day.value};
+  (flow < 0 ? fraction.top : fraction.base) += abs(flow);
+  // What was bought and sold within the day leaves no capital behind to measure against, and
+  // nothing on top where it was sold at a loss: then the day's whole purchases are the capital.
+  if ((fraction.base <= 0 && day.inflow > 0) || (fraction.top <= 0 && day.outflow > 0)) {
+    return {before + day.inflow, day.value + day.outflow};
+  }
+  return fraction;
+}
+
+std::vector<DayFraction> fractionsOf(std::span<const ValuationDay> days) {
+  std::vector<DayFraction> fractions{{0, 0}};
+  fractions.reserve(days.size());
+  std::optional<std::size_t> lastWithCapital;
+  for (std::size_t i = 1; i < days.size(); ++i) {
+    DayFraction fraction = fractionOf(days[i - 1].value, days[i]);
+    const bool isLateIncome = days[i - 1].value.isZero() && days[i].value.isZero() &&
+                              days[i].inflow.isZero() && days[i].outflow > 0;
+    if (isLateIncome && lastWithCapital) {
+      fractions[*lastWithCapital].top += fraction.top;
+      fraction.top = 0;
+    }
+    if (fraction.hasCapital()) {
+      lastWithCapital = i;
+    }
+    fractions.push_back(fraction);
+  }
+  return fractions;
+}
+
+}  // namespace
+
+double annualised(double periodReturn, int days) {
+  constexpr double daysOfYear = 365;
+  return std::pow(1 + periodReturn, daysOfYear / days) - 1;
+}
+
+int TimeWeightedReturn::daysMeasured() const {
+  return days.empty() ? 0 : daysBetween(days.front().day, days.back().day);
+}
+
+std::optional<double> TimeWeightedReturn::annual() const {
+  if (!total || daysMeasured() <= longestSpanWithoutAnnualFigure) {
+    return std::nullopt;
+  }
+  return annualised(*total, daysMeasured());
+}
+
+TimeWeightedReturn timeWeightedReturn(std::span<const ValuationDay> days) {
+  TimeWeightedReturn result;
+  const std::vector<DayFraction> fractions = fractionsOf(days);
+  std::size_t endWithCapital = 0;
+  for (std::size_t i = 1; i < days.size(); ++i) {
+    const DayFraction& fraction = fractions[i];
+    const bool isOverdrawn = fraction.base < 0 || (fraction.hasCapital() && fraction.top <= 0);
+    if (isOverdrawn) {
+      result.restart = {daysAfter(days[i].day, 1), days[i].day, days[i].value};
+      result.days = {{.day = days[i].day}};
+      endWithCapital = 0;
+      continue;
+    }
+    if (!fraction.hasCapital()) {
+      result.hasGainWithoutCapital |= !fraction.top.isZero();
+      if (!result.days.empty()) {
+        result.days.push_back({.day = days[i].day, .index = result.days.back().index});
+      }
+      continue;
+    }
+    if (result.days.empty()) {
+      const bool isHeldFromTheBase = i == 1 && days[0].value > 0;
+      result.days.push_back({.day = isHeldFromTheBase ? days[0].day : daysAfter(days[i].day, -1)});
+    }
+    const double growth = fraction.growth();
+    result.days.push_back({days[i].day, growth - 1, result.days.back().index * growth,
+                           days[i - 1].value > 0 && days[i].value > 0, days[i].isAtTradePrice});
+    endWithCapital = result.days.size();
+  }
+  result.days.resize(endWithCapital);
+  if (!result.days.empty()) {
+    result.total = result.days.back().index - 1;
+  }
+  return result;
+}
+
+}  // namespace corvane

@@ -1,0 +1,625 @@
+#include "reports/series/valuation_series.h"
+
+#include <algorithm>
+#include <cassert>
+#include <map>
+#include <optional>
+#include <set>
+#include <unordered_map>
+
+#include "ledger/transaction/transaction_effect.h"
+#include "reports/series/report_days.h"
+
+namespace corvane {
+namespace {
+
+/// Whether what opened with the first bar of `line` may stand for the days before it.
+bool opensSoonEnough(const PriceLine& line, std::int64_t baseDay) {
+  return line.firstOpen && !line.closes.empty() &&
+         dayNumber(line.closes.front().day) <= baseDay + leadInDays + 1;
+}
+
+/// The price in force, for a walk over ascending days.
+class PriceCursor {
+ public:
+  PriceCursor(const PriceLine* line, std::int64_t baseDay, bool mayUseFirstOpen) : line_(line) {
+    if (line != nullptr && mayUseFirstOpen && opensSoonEnough(*line, baseDay)) {
+      price_ = &*line->firstOpen;
+    }
+  }
+
+  /// Whether `day` or days since the last one have brought a close.
+  bool advanceTo(std::int64_t day) {
+    const std::size_t before = next_;
+    while (line_ != nullptr && next_ < line_->closes.size() &&
+           dayNumber(line_->closes[next_].day) <= day) {
+      price_ = &line_->closes[next_++].price;
+    }
+    return next_ != before;
+  }
+
+  /// Null where the market has told nothing yet.
+  [[nodiscard]] const Decimal* price() const { return price_; }
+
+ private:
+  const PriceLine* line_;
+  std::size_t next_ = 0;
+  const Decimal* price_ = nullptr;
+};
+
+/// The units of the primary currency for one of a currency, on each day from the base day on.
+struct DailyRates {
+  std::vector<std::optional<Decimal>> rates;
+  std::vector<char> isImplied;  ///< by a row, where the market knew nothing yet
+  std::vector<char> isQuoted;   ///< the day has a rate of its own
+};
+
+/// A row, and its day counted from the base day; 0 also stands for all days before it.
+struct RowInRange {
+  const PortfolioTransaction* row;
+  std::size_t day;
+};
+
+struct EquityLine {
+  EquityPointer equity;
+  std::vector<RowInRange> rows;
+};
+
+struct CashLine {
+  Currency currency;
+  std::vector<RowInRange> rows;
+};
+
+/// What is known of a holding on the day that a walk has reached.
+struct HoldingState {
+  Decimal shares;
+  const PortfolioTransaction* lastRow = nullptr;
+  bool isBeforeLastRow = false;  ///< its cost is that before the row
+  // The last trade: what was paid for how many of the shares of today.
+  bool hasTraded = false;
+  bool isInOwnCurrency = false;
+  Decimal tradedCash;
+  Decimal tradedShares;
+
+  void take(const PortfolioTransaction& row, const TransactionEffect& effect) {
+    shares = row.sharesNet.value_or(0);
+    lastRow = &row;
+    if (effect.type == TransactionType::trade && !effect.sharesAdded.isZero() &&
+        !effect.amount.isZero()) {
+      hasTraded = true;
+      isInOwnCurrency = *effect.currency == (*effect.equity)->currency;
+      tradedCash = abs(isInOwnCurrency ? effect.amount : effect.equivalentAmount.value_or(0));
+      tradedShares = abs(effect.sharesAdded);
+    } else if (effect.splitInto && effect.declaredShares && !effect.declaredShares->isZero()) {
+      tradedShares = tradedShares * *effect.splitInto / *effect.declaredShares;
+    }
+  }
+};
+
+struct Worth {
+  Decimal amount;
+  bool isAtTradePrice = false;
+};
+
+class SeriesBuilder {
+ public:
+  SeriesBuilder(Portfolio& portfolio, const ValuationScope& scope, const MarketHistory& history,
+                const Calendar& calendar)
+      : portfolio_(portfolio),
+        scope_(scope),
+        history_(history),
+        primary_(portfolio.primaryCurrency()),
+        base_(dayNumber(scope.from) - 1),
+        count_(static_cast<std::size_t>(dayNumber(scope.to) - base_ + 1)),
+        totals_(count_),
+        hasEntry_(count_, 0) {
+    assert(scope.from <= scope.to && "a range has at least a day");
+    series_.currency = primary_;
+    collectRows(calendar);
+  }
+
+  ValuationSeries build(const EquityVisitor& visitor) {
+    findMissing();
+    if (!missing_.empty()) {
+      series_.missing.assign(missing_.begin(), missing_.end());
+      return std::move(series_);
+    }
+    for (const EquityLine& line : equities_) {
+      if (isInScope(line.equity)) {
+        walkEquity(line, visitor);
+      } else if (scope_.equity == nullptr) {
+        countOutsideTrades(line);
+      }
+    }
+    if (scope_.equity == nullptr) {
+      for (const CashLine& line : cash_) {
+        walkCash(line);
+      }
+    }
+    if (!missing_.empty()) {
+      series_.missing.assign(missing_.begin(), missing_.end());
+      return std::move(series_);
+    }
+    layOutDays();
+    return std::move(series_);
+  }
+
+ private:
+  struct DayTotal {
+    Decimal value, inflow, outflow, journaled;
+    bool isAtTradePrice = false;
+  };
+
+  // ── Reading the ledger ──
+
+  void collectRows(const Calendar& calendar) {
+    EquityMap<std::size_t> equityPlaces;
+    std::unordered_map<Currency, std::size_t> cashPlaces;
+    const Date end = daysAfter(scope_.to, 1).startIn(calendar);
+    Date nextDay = scope_.from.startIn(calendar);
+    std::size_t day = 0;
+    for (const TransactionPointer& row : portfolio_.transactions()) {
+      const Date date = row->settlementDate();
+      if (end <= date) {
+        break;
+      }
+      if (nextDay <= date) {
+        const YearMonthDay named = YearMonthDay::of(date, calendar);
+        day = static_cast<std::size_t>(dayNumber(named) - base_);
+        nextDay = daysAfter(named, 1).startIn(calendar);
+      }
+      if (const EquityPointer* equity = row->basic.equity()) {
+        const auto [place, isNew] = equityPlaces.try_emplace(*equity, equities_.size());
+        if (isNew) {
+          equities_.push_back({*equity, {}});
+        }
+        equities_[place->second].rows.push_back({row.get(), day});
+      }
+      if (const Currency* currency = row->basic.currency()) {
+        const auto [place, isNew] = cashPlaces.try_emplace(*currency, cash_.size());
+        if (isNew) {
+          cash_.push_back({*currency, {}});
+        }
+        cash_[place->second].rows.push_back({row.get(), day});
+      }
+    }
+  }
+
+  [[nodiscard]] bool isInScope(const EquityPointer& equity) const {
+    if (scope_.equity != nullptr) {
+      return *scope_.equity == *equity;
+    }
+    return !scope_.leftOut.contains(equity) && isInScope(equity->currency);
+  }
+  [[nodiscard]] bool isInScope(const Currency& currency) const {
+    return !scope_.leftOutCurrencies.contains(currency);
+  }
+  /// Whether the cash of a row in `currency` is part of what is valued.
+  [[nodiscard]] bool holdsCash(const Currency& currency) const {
+    return scope_.equity == nullptr && portfolio_.usesCashAccounts && isInScope(currency);
+  }
+
+  /// Whether a line is held at the base day or has rows in the range.
+  static bool plays(const std::vector<RowInRange>& rows, bool ofCash) {
+    if (rows.back().day > 0) {
+      return true;
+    }
+    const auto& balance = ofCash ? rows.back().row->cashNet : rows.back().row->sharesNet;
+    return balance && !balance->isZero();
+  }
+
+  void findMissing() {
+    const auto needRate = [&](const Currency& currency) {
+      if (history_.errorsByPair.contains({currency, primary_})) {
+        missing_.insert(std::string(currency.code));
+      }
+    };
+    for (const EquityLine& line : equities_) {
+      if (isInScope(line.equity) && plays(line.rows, false)) {
+        if (history_.errorsByEquity.contains(line.equity)) {
+          missing_.insert(line.equity->symbol);
+        }
+        needRate(line.equity->currency);
+      }
+    }
+    if (scope_.equity == nullptr) {
+      for (const CashLine& line : cash_) {
+        if (isInScope(line.currency) && plays(line.rows, portfolio_.usesCashAccounts)) {
+          needRate(line.currency);
+        }
+      }
+    }
+  }
+
+  // ── Rates ──
+
+  const DailyRates& ratesOf(const Currency& currency) {
+    const auto found = rates_.find(currency);
+    return found != rates_.end() ? found->second
+                                 : rates_.emplace(currency, makeRates(currency)).first->second;
+  }
+
+  DailyRates makeRates(const Currency& currency) {
+    DailyRates made{std::vector<std::optional<Decimal>>(count_), std::vector<char>(count_, 0),
+                    std::vector<char>(count_, 0)};
+    const auto line = history_.rates.find({currency, primary_});
+    PriceCursor cursor(line == history_.rates.end() ? nullptr : &line->second, base_, true);
+    const auto cash = std::ranges::find(cash_, currency, &CashLine::currency);
+    std::size_t nextRow = 0;
+    std::optional<Decimal> implied;
+    for (std::size_t day = 0; day < count_; ++day) {
+      for (; cash != cash_.end() && nextRow < cash->rows.size() && cash->rows[nextRow].day <= day;
+           ++nextRow) {
+        const TransactionEffect effect = transactionEffect(cash->rows[nextRow].row->basic.kind);
+        if (effect.equivalentAmount && !effect.amount.isZero() &&
+            !effect.equivalentAmount->isZero()) {
+          implied = *effect.equivalentAmount / effect.amount;
+        }
+      }
+      made.isQuoted[day] = cursor.advanceTo(base_ + static_cast<std::int64_t>(day)) && day > 0;
+      if (cursor.price() != nullptr) {
+        made.rates[day] = *cursor.price();
+      } else if (implied) {
+        made.rates[day] = implied;
+        made.isImplied[day] = 1;
+      }
+    }
+    return made;
+  }
+
+  /// `amount` of `currency` at the rate of `day`; at `equivalent` where there is one and no rate.
+  Decimal inPrimary(const Decimal& amount, const Currency& currency, std::size_t day,
+                    const std::optional<Decimal>& equivalent) {
+    if (currency == primary_ || amount.isZero()) {
+      return amount;
+    }
+    const DailyRates& rates = ratesOf(currency);
+    if (rates.rates[day] && isInScope(currency)) {
+      totals_[day].isAtTradePrice |= rates.isImplied[day] != 0;
+      return amount * *rates.rates[day];
+    }
+    if (!equivalent) {
+      missing_.insert(std::string(currency.code));
+      return 0;
+    }
+    return *equivalent;
+  }
+
+  // ── Flows ──
+
+  /// The owner has moved `amount` in, or out where it is negative.
+  void addFlow(std::size_t day, const Decimal& amount) {
+    hasEntry_[day] = 1;
+    if (amount < 0) {
+      totals_[day].outflow -= amount;
+      series_.bridge.withdrawals -= amount;
+    } else {
+      totals_[day].inflow += amount;
+      series_.bridge.deposits += amount;
+    }
+  }
+
+  void addJournaled(std::size_t day, const Decimal& amount) {
+    (amount < 0 ? totals_[day].outflow : totals_[day].inflow) += abs(amount);
+    totals_[day].journaled += amount;
+    series_.bridge.journaled += amount;
+  }
+
+  /// Money of a trade or a dividend passes between an equity and cash, of which one alone is in the
+  /// scope.
+  void addMoneyFlow(std::size_t day, const TransactionEffect& effect, bool equityIsIn) {
+    const bool cashIsIn = holdsCash(*effect.currency);
+    if (equityIsIn == cashIsIn) {
+      return;
+    }
+    const Decimal received = scope_.equity != nullptr ? effect.equivalentAmount.value_or(0)
+                                                      : inPrimary(effect.amount, *effect.currency,
+                                                                  day, effect.equivalentAmount);
+    addFlow(day, equityIsIn ? -received : received);
+    if (effect.type == TransactionType::dividend && !portfolio_.usesCashAccounts) {
+      series_.bridge.dividendsKeptAsCash += received;
+    }
+  }
+
+  void countOutsideTrades(const EquityLine& line) {
+    for (const auto& [row, day] : line.rows) {
+      const TransactionEffect effect = transactionEffect(row->basic.kind);
+      if (day > 0 &&
+          (effect.type == TransactionType::trade || effect.type == TransactionType::dividend)) {
+        addMoneyFlow(day, effect, false);
+      }
+    }
+  }
+
+  // ── Equities ──
+
+  Worth worthOf(const EquityLine& line, const HoldingState& holding, const Decimal& shares,
+                const Decimal* price, std::size_t day) {
+    if (shares.isZero()) {
+      return {};
+    }
+    const bool isForeign = line.equity->currency != primary_;
+    const DailyRates* rates = isForeign ? &ratesOf(line.equity->currency) : nullptr;
+    const bool hasRate = !isForeign || rates->rates[day].has_value();
+    const auto atRate = [&](const Decimal& amount) {
+      return isForeign ? amount * *rates->rates[day] : amount;
+    };
+    if (price != nullptr && hasRate) {
+      return {atRate(shares * *price), isForeign && rates->isImplied[day] != 0};
+    }
+    if (holding.hasTraded && !holding.tradedShares.isZero()) {
+      const Decimal worth = shares * holding.tradedCash / holding.tradedShares;
+      if (!holding.isInOwnCurrency || hasRate) {
+        return {holding.isInOwnCurrency ? atRate(worth) : worth, true};
+      }
+    }
+    const Decimal cost =
+        (holding.isBeforeLastRow ? holding.lastRow->costBasePrior : holding.lastRow->costBaseNet())
+            .value_or(0);
+    return {holding.shares.isZero() ? 0 : cost * shares / holding.shares, true};
+  }
+
+  /// What a row of the range does to the figures of its equity and to the flows.
+  void countRow(const EquityLine& line, const HoldingState& holding, const Decimal* price,
+                const RowInRange& at, const TransactionEffect& effect, EquityFigures& figures,
+                ValuationDay& ownDay) {
+    const Decimal equivalent = effect.equivalentAmount.value_or(0);
+    if (effect.type == TransactionType::trade) {
+      (effect.sharesAdded < 0 ? figures.sold : figures.bought) +=
+          effect.sharesAdded < 0 ? equivalent : -equivalent;
+      figures.realised += at.row->capitalGain().value_or(0);
+      (equivalent < 0 ? ownDay.inflow : ownDay.outflow) += abs(equivalent);
+      addMoneyFlow(at.day, effect, true);
+    } else if (effect.type == TransactionType::dividend) {
+      figures.dividends += equivalent;
+      ownDay.outflow += equivalent;
+      addMoneyFlow(at.day, effect, true);
+    } else if (effect.type == TransactionType::journaledShares) {
+      const Worth moved = worthOf(line, holding, effect.sharesAdded, price, at.day);
+      figures.journaled += moved.amount;
+      (moved.amount < 0 ? ownDay.outflow : ownDay.inflow) += abs(moved.amount);
+      ownDay.isAtTradePrice |= moved.isAtTradePrice;
+      addJournaled(at.day, moved.amount);
+    }
+  }
+
+  void walkEquity(const EquityLine& line, const EquityVisitor& visitor) {
+    if (!plays(line.rows, false)) {
+      return;
+    }
+    EquityFigures figures{.equity = line.equity};
+    HoldingState holding;
+    std::size_t nextRow = 0;
+    for (; nextRow < line.rows.size() && line.rows[nextRow].day == 0; ++nextRow) {
+      const PortfolioTransaction& row = *line.rows[nextRow].row;
+      holding.take(row, transactionEffect(row.basic.kind));
+    }
+    const auto found = history_.prices.find(line.equity);
+    PriceCursor prices(found == history_.prices.end() ? nullptr : &found->second, base_,
+                       !holding.shares.isZero());
+    const DailyRates* rates =
+        line.equity->currency == primary_ ? nullptr : &ratesOf(line.equity->currency);
+    ownDays_.clear();
+    Worth worth;
+    for (std::size_t day = 0; day < count_; ++day) {
+      const bool isPriced = prices.advanceTo(base_ + static_cast<std::int64_t>(day));
+      const bool hasNewRate = rates != nullptr && rates->isQuoted[day] != 0;
+      ValuationDay own{.day = dayNumbered(base_ + static_cast<std::int64_t>(day))};
+      bool hasChanged = day == 0 || isPriced || hasNewRate;
+      for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
+        const RowInRange& at = line.rows[nextRow];
+        const TransactionEffect effect = transactionEffect(at.row->basic.kind);
+        const Decimal heldBefore = holding.shares;
+        holding.take(*at.row, effect);
+        HoldingState priced = holding;
+        if (holding.shares.isZero()) {
+          priced.shares = heldBefore;
+          priced.isBeforeLastRow = true;
+        }
+        countRow(line, priced, prices.price(), at, effect, figures, own);
+        hasChanged = true;
+      }
+      if (hasChanged) {
+        worth = worthOf(line, holding, holding.shares, prices.price(), day);
+        hasEntry_[day] = hasEntry_[day] != 0 || day > 0;
+      }
+      totals_[day].value += worth.amount;
+      totals_[day].isAtTradePrice |= worth.isAtTradePrice;
+      figures.isAtTradePrice |= worth.isAtTradePrice;
+      if (day == 0) {
+        figures.opening = worth.amount;
+      }
+      if (visitor != nullptr && (hasChanged || day + 1 == count_)) {
+        own.value = worth.amount;
+        own.isAtTradePrice |= worth.isAtTradePrice;
+        ownDays_.push_back(own);
+      }
+    }
+    figures.closing = worth.amount;
+    addToBridge(figures);
+    if (visitor != nullptr) {
+      visitor(figures, ownDays_);
+    }
+  }
+
+  void addToBridge(const EquityFigures& figures) {
+    series_.bridge.equityGain += figures.gain();
+    series_.bridge.realised += figures.realised;
+    series_.bridge.dividends += figures.dividends;
+  }
+
+  // ── Cash ──
+
+  void walkCash(const CashLine& line) {
+    if (!isInScope(line.currency)) {
+      return;
+    }
+    const bool isForeign = line.currency != primary_;
+    std::size_t nextRow = 0;
+    Decimal cash;
+    for (std::size_t day = 0; day < count_; ++day) {
+      for (; nextRow < line.rows.size() && line.rows[nextRow].day <= day; ++nextRow) {
+        const PortfolioTransaction& row = *line.rows[nextRow].row;
+        cash = row.cashNet.value_or(cash);
+        if (day > 0) {
+          countCashRow(transactionEffect(row.basic.kind), day);
+        }
+      }
+      if (portfolio_.usesCashAccounts) {
+        totals_[day].value += inPrimary(cash, line.currency, day, std::nullopt);
+        if (isForeign && day > 0 && !cash.isZero() && ratesOf(line.currency).isQuoted[day] != 0) {
+          hasEntry_[day] = 1;
+        }
+      }
+    }
+  }
+
+  void countCashRow(const TransactionEffect& effect, std::size_t day) {
+    hasEntry_[day] = 1;
+    if (effect.type == TransactionType::transfer) {
+      addFlow(day, inPrimary(effect.amount, *effect.currency, day, std::nullopt));
+    } else if (effect.type == TransactionType::cashAdjustment) {
+      const Decimal amount = inPrimary(effect.amount, *effect.currency, day, std::nullopt);
+      series_.bridge.adjustments += amount;
+      if (!portfolio_.usesCashAccounts) {
+        // A fee is paid from outside and still takes its part of the return.
+        addFlow(day, -amount);
+      }
+    }
+  }
+
+  // ── The result ──
+
+  void layOutDays() {
+    hasEntry_.front() = 1;
+    hasEntry_.back() = 1;
+    for (std::size_t day = 0; day < count_; ++day) {
+      if (hasEntry_[day] == 0) {
+        continue;
+      }
+      const DayTotal& total = totals_[day];
+      series_.days.push_back({dayNumbered(base_ + static_cast<std::int64_t>(day)), total.value,
+                              total.inflow, total.outflow, total.journaled, total.isAtTradePrice});
+    }
+    series_.bridge.opening = series_.days.front().value;
+    series_.bridge.closing = series_.days.back().value;
+  }
+
+  Portfolio& portfolio_;
+  const ValuationScope& scope_;
+  const MarketHistory& history_;
+  const Currency primary_;
+  const std::int64_t base_;
+  const std::size_t count_;
+  std::vector<EquityLine> equities_;
+  std::vector<CashLine> cash_;
+  std::unordered_map<Currency, DailyRates> rates_;
+  std::vector<DayTotal> totals_;
+  std::vector<char> hasEntry_;
+  std::vector<ValuationDay> ownDays_;
+  std::set<std::string> missing_;
+  ValuationSeries series_;
+};
+
+/// One of the series that are added up, on its way through the days.
+struct PartOfSum {
+  const ValuationSeries* series;
+  PriceCursor rate;
+  bool isForeign;
+  std::size_t next = 0;
+  Decimal value = {};
+  bool isAtTradePrice = false;
+};
+
+/// Whether the rate was known as far as it was needed.
+bool addToSum(PartOfSum& part, const YearMonthDay& day, ValuationDay& sum, ValueBridge& bridge) {
+  part.rate.advanceTo(dayNumber(day));
+  const bool hasRate = !part.isForeign || part.rate.price() != nullptr;
+  const Decimal rate = part.isForeign && hasRate ? *part.rate.price() : Decimal(1);
+  bool needsRate = false;
+  const auto& days = part.series->days;
+  for (; part.next < days.size() && days[part.next].day <= day; ++part.next) {
+    const ValuationDay& own = days[part.next];
+    part.value = own.value;
+    part.isAtTradePrice = own.isAtTradePrice;
+    needsRate |= !own.inflow.isZero() || !own.outflow.isZero();
+    sum.inflow += own.inflow * rate;
+    sum.outflow += own.outflow * rate;
+    sum.journaled += own.journaled * rate;
+    bridge.deposits += (own.inflow - std::max(own.journaled, Decimal(0))) * rate;
+    bridge.withdrawals += (own.outflow + std::min(own.journaled, Decimal(0))) * rate;
+    bridge.journaled += own.journaled * rate;
+  }
+  sum.value += part.value * rate;
+  sum.isAtTradePrice |= part.isAtTradePrice;
+  return hasRate || (!needsRate && part.value.isZero());
+}
+
+/// The gains of the parts are taken at the last rates; what the rates did meanwhile is currency.
+void bridgeSum(ValuationSeries& sum, const std::vector<PartOfSum>& parts) {
+  ValueBridge& bridge = sum.bridge;
+  for (const PartOfSum& part : parts) {
+    const bool hasRate = part.isForeign && part.rate.price() != nullptr;
+    const Decimal rate = hasRate ? *part.rate.price() : Decimal(1);
+    const ValueBridge& own = part.series->bridge;
+    bridge.equityGain += own.equityGain * rate;
+    bridge.realised += own.realised * rate;
+    bridge.dividends += own.dividends * rate;
+    bridge.adjustments += own.adjustments * rate;
+    bridge.dividendsKeptAsCash += own.dividendsKeptAsCash * rate;
+  }
+  bridge.opening = sum.days.front().value;
+  bridge.closing = sum.days.back().value;
+}
+
+}  // namespace
+
+ValuationSeries valuationSeries(Portfolio& portfolio, const ValuationScope& scope,
+                                const MarketHistory& history, const Calendar& calendar,
+                                const EquityVisitor& visitor) {
+  return SeriesBuilder(portfolio, scope, history, calendar).build(visitor);
+}
+
+ValuationSeries combinedSeries(std::span<const ValuationSeries> series, const Currency& currency,
+                               const MarketHistory& history) {
+  ValuationSeries sum{.currency = currency};
+  std::set<std::string> missing;
+  std::set<YearMonthDay> days;
+  std::vector<PartOfSum> parts;
+  for (const ValuationSeries& part : series) {
+    missing.insert(part.missing.begin(), part.missing.end());
+    if (part.days.empty()) {
+      continue;
+    }
+    for (const ValuationDay& day : part.days) {
+      days.insert(day.day);
+    }
+    const bool isForeign = part.currency != currency;
+    const auto line = history.rates.find({part.currency, currency});
+    const std::int64_t baseDay = dayNumber(part.days.front().day);
+    parts.push_back(
+        {&part, PriceCursor(line == history.rates.end() ? nullptr : &line->second, baseDay, true),
+         isForeign});
+  }
+  sum.missing.assign(missing.begin(), missing.end());
+  if (!missing.empty() || parts.empty()) {
+    return sum;
+  }
+  for (const YearMonthDay& day : days) {
+    ValuationDay& total = sum.days.emplace_back(ValuationDay{.day = day});
+    for (PartOfSum& part : parts) {
+      if (!addToSum(part, day, total, sum.bridge)) {
+        missing.insert(std::string(part.series->currency.code));
+      }
+    }
+  }
+  if (!missing.empty()) {
+    sum.missing.assign(missing.begin(), missing.end());
+    sum.days.clear();
+    return sum;
+  }
+  bridgeSum(sum, parts);
+  return sum;
+}
+
+}  // namespace corvane

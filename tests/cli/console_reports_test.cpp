@@ -1,0 +1,83 @@
+// The reports of the console program, at the prices of the invented market.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "cli/console_program.h"
+
+namespace corvane {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class ConsoleReportsTest : public ::testing::Test {
+ protected:
+  testing::ConsoleProgram program;
+
+  ConsoleReportsTest() {
+    setenv("XDG_CACHE_HOME", (program.folder / "cache").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+    EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+    EXPECT_EQ(program.output("import " CORVANE_EXAMPLES
+                             "/tamarack-trading.csv --into Family --portfolio Savings --fields "
+                             "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
+                             "cashAmount,cashCurrency,exchangeRate"),
+              "Imported 9 transactions.\n");
+  }
+
+  /// The number behind the last `title` that begins a line.
+  static double figure(const std::string& text, const std::string& title) {
+    std::smatch match;
+    const std::regex line("(^|\n)" + title + " +(-?[0-9.]+)");
+    return std::regex_search(text, match, line) ? std::stod(match[2]) : 1e99;
+  }
+};
+
+/// The closing value is what the holdings of that day are worth, and the bridge leads to it.
+TEST_F(ConsoleReportsTest, ShowReturnsThatAddUp) {
+  const std::string told =
+      program.output("returns Family --sample-market --to 2024-12-31 --by month");
+  EXPECT_THAT(told, StartsWith("Savings, 2024-01-08 to 2024-12-31, CAD\n"));
+  EXPECT_THAT(told, HasSubstr("\nTime-weighted, a year   —\n")) << "not even a year";
+  EXPECT_THAT(told, HasSubstr("\n2024-02-01  2024-02-29 "));
+
+  ASSERT_EQ(program.output("export holdings Family --portfolio Savings --sample-market --to "
+                           "2024-12-31 --out h.csv --fields marketValue --no-header"),
+            "");
+  std::istringstream cells(testing::readText(program.folder / "h.csv"));
+  double worth = 0;
+  for (std::string cell; std::getline(cells, cell);) {
+    worth += std::stod(cell.substr(1));
+  }
+  const double closing = figure(told, "= Closing value");
+  EXPECT_NEAR(closing, worth, 0.01);
+  EXPECT_NEAR(figure(told, "Opening value") +
+                  figure(told, "\\+ Deposits at the rates of their days") -
+                  figure(told, "- Withdrawals") + figure(told, "\\+ Gain of equities") +
+                  figure(told, "\\+ Dividends") + figure(told, "\\+ Fees and adjustments") +
+                  figure(told, "\\+ Currency"),
+              closing, 0.05);
+
+  const std::string days =
+      program.output("returns Family --sample-market --to 2024-12-31 --benchmark CASTR --csv");
+  EXPECT_THAT(days, AllOf(StartsWith("\"date\",\"value\",\"inflow\",\"outflow\",\"dailyReturn\","),
+                          HasSubstr("\r\n\"2024-01-08\",\"25000\",\"25000\",\"0\",\"0\",\"1\",")));
+}
+
+TEST_F(ConsoleReportsTest, SayWhatIsLeftOutOfReturns) {
+  const auto offline = program.run("returns Family --offline --to 2024-12-31");
+  EXPECT_EQ(offline.exitCode, 1);
+  EXPECT_THAT(offline.err, HasSubstr("Savings: no prices or rates of USD, which is left out."));
+  EXPECT_EQ(program.run("returns Family --by week").exitCode, 2);
+  EXPECT_EQ(program.run("returns Family --all --portfolio Savings --offline").exitCode, 2);
+  EXPECT_EQ(program.output("returns Family --sample-market --from 2023-01-02 --to 2023-12-31"),
+            "Nothing was held in these days.\n");
+}
+
+}  // namespace
+}  // namespace corvane

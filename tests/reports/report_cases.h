@@ -1,0 +1,79 @@
+// Worked examples of reports with figures that others have published, which lie beside the project.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "core/decimal/decimal.h"
+#include "core/money/year_month_day.h"
+#include "platform/data/json.h"
+#include "support/temporary_folder.h"
+
+namespace corvane::testing {
+
+inline double numberOf(const JSONValue& value) {
+  return std::stod(value.number().text());
+}
+
+/// The amount in a text or in a number.
+inline Decimal amountOf(const JSONValue& value) {
+  const bool isText = value.visit(
+      [](const auto& held) { return std::is_same_v<decltype(held), const std::string&>; });
+  return Decimal::fromWholeString(isText ? value.string() : value.number().text()).value();
+}
+
+/// "2024-03-09"
+inline YearMonthDay dayOf(const JSONValue& value) {
+  const std::string& text = value.string();
+  return {std::stoi(text.substr(0, 4)), std::stoi(text.substr(5, 2)), std::stoi(text.substr(8, 2))};
+}
+
+inline const JSONValue* fieldOf(const JSONValue& value, std::string_view name) {
+  for (const auto& [key, field] : value.object()) {
+    if (key == name) {
+      return &field;
+    }
+  }
+  return nullptr;
+}
+
+struct ReportCase {
+  std::string id;
+  const JSONValue& inputs;
+  const JSONValue& expected;
+  double tolerance;
+};
+
+/// Calls `check(case)` for each case of `area`, which returns whether it has compared anything.
+/// A case that it does not know how to check fails, as does an area without cases.
+template <typename Check>
+void forReportCases(const std::string& area, Check check) {
+  const char* shared = std::getenv("CORVANE_SHARED_DATA");
+  const std::filesystem::path file =
+      shared == nullptr ? "" : std::filesystem::path(shared) / "report-cases.json";
+  if (shared == nullptr || !std::filesystem::exists(file)) {
+    GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with worked examples of reports";
+  }
+  const JSONValue document = JSONValue::parse(readText(file));
+  int checked = 0;
+  for (const JSONValue& made : document.at("cases").array()) {
+    if (made.at("area").string() != area) {
+      continue;
+    }
+    const std::string id = made.at("id").string();
+    SCOPED_TRACE(id);
+    const JSONValue* tolerance = fieldOf(made, "tolerance");
+    EXPECT_TRUE(check(ReportCase{id, made.at("inputs"), made.at("expected"),
+                                 tolerance == nullptr ? 0 : numberOf(*tolerance)}))
+        << "nobody has checked this case";
+    ++checked;
+  }
+  EXPECT_GT(checked, 0) << "no cases of " << area;
+  ::testing::Test::RecordProperty("casesOf." + area, checked);
+  std::printf("[  cases   ] %s: %d checked\n", area.c_str(), checked);
+}
+
+}  // namespace corvane::testing
