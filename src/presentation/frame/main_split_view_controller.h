@@ -12,6 +12,8 @@
 #include "presentation/frame/master_source_view_controller.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
+#include "presentation/scenario/scenario_batch_view_controller.h"
+#include "presentation/scenario/scenario_detail_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
 #include "storage/workspace/workspace_model.h"
 
@@ -45,6 +47,9 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
 
   const std::shared_ptr<MasterSourceViewController> masterSourceViewController;
   const std::shared_ptr<EquityViewController> equityViewController;
+  /// The last tabs of the equity's screen, in this order.
+  const std::shared_ptr<ScenarioDetailViewController> scenarioDetailViewController;
+  const std::shared_ptr<ScenarioBatchViewController> scenarioBatchViewController;
   const std::shared_ptr<PortfolioViewController> portfolioViewController;
 
   /// Called when another screen is to be shown, or the text of the empty one has changed.
@@ -75,6 +80,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
 
  private:
   void connect();
+  void connectScenarios();
   void showDetail(const MasterSourceViewController::DetailObject& object);
   void removePortfolio(const PortfolioPointer& portfolio);
   [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;
