@@ -89,9 +89,8 @@ void ScenarioBatch::reset() {
   if (!results_.empty()) {
     const auto& equity = results_.front()->analysis.portfolio->equity;
     auto provider = equity->quoteProvider.lock();
-    disposeElsewhere(
-        std::make_shared<std::vector<BatchResultPointer>>(std::exchange(results_, {})),
-        std::move(provider));
+    disposeElsewhere(std::make_shared<std::vector<BatchResultPointer>>(std::exchange(results_, {})),
+                     std::move(provider));
   }
   totalCount_ = 0;
   completedCount_ = 0;
