@@ -174,6 +174,7 @@ void ScreenRenderer::renderScenarios(const QString& name) {
 
   const std::size_t typeBefore = batch.selectedBatchType();
   detail.makeBatchAction();
+  batch.strategyViewController.queryDatesPicker.choosePreset(4);
   for (std::size_t type = 0; type < ScenarioBatchViewController::batchTypes.size(); ++type) {
     batch.selectBatchType(type);
     const QString method = slug(qtText(title(ScenarioBatchViewController::batchTypes.at(type))));

@@ -156,7 +156,8 @@ void ScenarioTab::update() {
 }
 
 void ScenarioTab::updateRows(bool areAppended) {
-  if (areAppended) {
+  // The first rows decide on the width of the columns, until all are there.
+  if (areAppended && adapter_->rowCount() > 0) {
     adapter_->appendRows();
     return;
   }

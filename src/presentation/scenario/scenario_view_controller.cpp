@@ -178,6 +178,8 @@ std::optional<QuoteQuery> ScenarioViewController::makeQuery() const {
 
 void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer) {
   clearOutcome();
+  // A refresh may have told the currency of an equity of which only the symbol was known.
+  dataSource_->currencyFormatter = cellFormatter(*answer.query.equity);
   const Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->quotes) {
     const ErrorPointer error =
