@@ -6,6 +6,7 @@
 #include "core/market/quote_provider.h"
 #include "platform/async/dispatch_group.h"
 #include "platform/async/dispatch_work_item.h"
+#include "scenario/background_disposal.h"
 #include "scenario/frozen_equity.h"
 
 namespace corvane {
@@ -85,7 +86,12 @@ void ScenarioBatch::cancel() {
 
 void ScenarioBatch::reset() {
   cancel();
-  results_.clear();
+  if (!results_.empty()) {
+    const auto& equity = results_.front()->analysis.portfolio->equity;
+    auto provider = equity->quoteProvider.lock();
+    disposeElsewhere(std::make_shared<std::vector<BatchResultPointer>>(std::exchange(results_, {})),
+                     std::move(provider));
+  }
   totalCount_ = 0;
   completedCount_ = 0;
 }

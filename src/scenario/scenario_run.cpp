@@ -1,6 +1,8 @@
 #include "scenario/scenario_run.h"
 
 #include <algorithm>
+#include <cassert>
+#include <utility>
 
 namespace corvane {
 namespace {
@@ -57,18 +59,21 @@ void ScenarioRun::take(const Quote& quote, int tradingDayNumber, int sessionNumb
 
 ScenarioAnalyzer::Analysis ScenarioRun::finish() {
   const Currency& currency = analysis_.portfolio->primaryCurrency();
-  manager_->recordEvent(BasicTransaction::Transfer{{currency, 0}}, lastDate_, EventType::close)
-      ->mostRecentSharePrice = analysis_.lastClosePrice;
+  pending_.push_back({BasicTransaction::Transfer{{currency, 0}}, lastDate_, EventType::close,
+                      analysis_.lastClosePrice});
+  settle();
   return std::move(analysis_);
 }
 
 void ScenarioRun::open(const Quote& quote) {
   const Currency& currency = analysis_.portfolio->primaryCurrency();
-  manager_
-      ->recordEvent(BasicTransaction::Transfer{{currency, initialInvestment_}}, quote.fromDate,
-                    EventType::open)
-      ->mostRecentSharePrice = *quote.close;
-  readPortfolio();
+  pending_.push_back({BasicTransaction::Transfer{{currency, initialInvestment_}}, quote.fromDate,
+                      EventType::open, *quote.close});
+  cash_ = initialInvestment_;
+  if (cash_ < 0) {
+    settle();
+  }
+  setReference(*quote.close);
 }
 
 bool ScenarioRun::trade(const Decimal& low, const Decimal& high, Date date) {
@@ -106,8 +111,15 @@ bool ScenarioRun::sellSlice(const Decimal& slice, const Decimal& price, Date dat
 
 bool ScenarioRun::place(const Decimal& shares, const Decimal& price, Date date,
                         EventType eventType) {
-  manager_->placeTrade(shares, price, date, eventType);
-  readPortfolio();
+  pending_.push_back(manager_->tradeEvent(shares, price, date, eventType));
+  const auto& trade = std::get<BasicTransaction::Trade>(pending_.back().kind);
+  const Decimal& amount = trade.cashDisposed.amount;
+  shares_ = shares_ + shares;
+  cash_ = cash_ - amount;
+  if (shares_ < 0 || cash_ < 0) {
+    settle();
+  }
+  setReference(amount / shares);
   return true;
 }
 
@@ -125,11 +137,13 @@ void ScenarioRun::countDay(int tradingDayNumber, bool hasTraded) {
   }
 }
 
-void ScenarioRun::readPortfolio() {
-  ScenarioPortfolio& portfolio = *analysis_.portfolio;
-  shares_ = portfolio.currentShares();
-  cash_ = portfolio.currentCash();
-  const Decimal& reference = portfolio.lastTransaction()->mostRecentSharePrice;
+void ScenarioRun::settle() {
+  manager_->recordEvents(std::exchange(pending_, {}));
+  assert(analysis_.portfolio->currentShares() == shares_ &&
+         analysis_.portfolio->currentCash() == cash_ && "the ledger comes to other balances");
+}
+
+void ScenarioRun::setReference(const Decimal& reference) {
   targetBuyPrice_ = reference * (1 - strategy_.targetBuySpread);
   targetSellPrice_ = reference * (1 + strategy_.targetSellSpread);
   stopLossSellPrice_ = reference * (1 - strategy_.stopLossSellSpread);

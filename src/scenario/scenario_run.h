@@ -3,14 +3,20 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "scenario/scenario_analyzer.h"
 #include "scenario/scenario_single_portfolio_manager.h"
 
 namespace corvane {
 
-/// The state of a run between two quotes. Balances and targets change only with a row of the
-/// ledger, so they are read anew after each row and not for each quote.
+/// The state of a run between two quotes. Targets change only with a row of the ledger, so they are
+/// worked out after each row and not for each quote.
+///
+/// Rows go to the ledger together, at the end: what it derives for each of them does not depend on
+/// when it is asked, and walking all at once takes a third of the time. Until then the balances are
+/// kept here, and the ledger has to come to the same ones. A row that would leave too little of
+/// something is handed over at once, so that the ledger refuses it before the trader goes on.
 class ScenarioRun {
  public:
   /// Throws ScenarioSinglePortfolioManager::EquityMissingQuoteProviderError.
@@ -34,14 +40,18 @@ class ScenarioRun {
   bool sellSlice(const Decimal& slice, const Decimal& price, Date date, EventType eventType);
   bool place(const Decimal& shares, const Decimal& price, Date date, EventType eventType);
   void countDay(int tradingDayNumber, bool hasTraded);
-  void readPortfolio();
+  void setReference(const Decimal& reference);
+  /// Hands over what the ledger has not seen. Throws what it throws.
+  void settle();
 
   const InvestmentStrategy& strategy_;
   const Decimal& initialInvestment_;
   std::shared_ptr<ScenarioSinglePortfolioManager> manager_;
   ScenarioAnalyzer::Analysis analysis_;
 
-  // Read from the portfolio after its latest row.
+  /// Rows that the ledger has not seen.
+  std::vector<ScenarioSinglePortfolioManager::Event> pending_;
+  // After the latest row.
   Decimal shares_;
   Decimal cash_;
   Decimal targetBuyPrice_;

@@ -44,30 +44,50 @@ ScenarioTransactionPointer ScenarioSinglePortfolioManager::placeTrade(const Deci
                                                                       const Decimal& price,
                                                                       Date date,
                                                                       EventType eventType) {
-  assert(!shares.isZero() && "a trade of nothing has no price");
-  const Currency& currency = singlePortfolio()->primaryCurrency();
-  const Decimal amount = roundedToMinorUnits(price * shares, currency);
-  return recordEvent(BasicTransaction::Trade{equity, {currency, amount}, amount, shares}, date,
-                     eventType);
+  return recordEvents({tradeEvent(shares, price, date, eventType)}).front();
 }
 
 ScenarioTransactionPointer ScenarioSinglePortfolioManager::recordEvent(BasicTransaction::Kind kind,
                                                                        Date date,
                                                                        EventType eventType) {
+  return recordEvents({{std::move(kind), date, eventType}}).front();
+}
+
+ScenarioSinglePortfolioManager::Event ScenarioSinglePortfolioManager::tradeEvent(
+    const Decimal& shares, const Decimal& price, Date date, EventType eventType) {
+  assert(!shares.isZero() && "a trade of nothing has no price");
+  const Currency& currency = singlePortfolio()->primaryCurrency();
+  const Decimal amount = roundedToMinorUnits(price * shares, currency);
+  return {BasicTransaction::Trade{equity, {currency, amount}, amount, shares}, date, eventType};
+}
+
+std::vector<ScenarioTransactionPointer> ScenarioSinglePortfolioManager::recordEvents(
+    std::vector<Event> events) {
   const auto& portfolio = singlePortfolio();
   const ScenarioPortfolio::Transaction* previous = portfolio->lastTransaction();
-  const auto rows = recordTransactions({{std::move(kind), date, date, std::nullopt}}, portfolio,
-                                       /*undoManager=*/nullptr);
-  const auto row = std::static_pointer_cast<ScenarioPortfolio::Transaction>(rows.front());
-  if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row->basic.kind)) {
-    row->runningNetShares = row->sharesNet.value_or(0);
-    row->mostRecentSharePrice = trade->cashDisposed.amount / trade->sharesAdded;
-  } else if (previous != nullptr) {
-    row->runningNetShares = previous->runningNetShares;
-    row->mostRecentSharePrice = previous->mostRecentSharePrice;
+  std::vector<BasicTransaction> basics;
+  basics.reserve(events.size());
+  for (Event& event : events) {
+    basics.push_back({std::move(event.kind), event.date, event.date, std::nullopt});
   }
-  row->eventType = eventType;
-  return row;
+  const auto rows = recordTransactions(std::move(basics), portfolio, /*undoManager=*/nullptr);
+  std::vector<ScenarioTransactionPointer> recorded;
+  recorded.reserve(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    auto row = std::static_pointer_cast<ScenarioPortfolio::Transaction>(rows[i]);
+    if (const auto* trade = std::get_if<BasicTransaction::Trade>(&row->basic.kind)) {
+      row->runningNetShares = row->sharesNet.value_or(0);
+      row->mostRecentSharePrice = trade->cashDisposed.amount / trade->sharesAdded;
+    } else if (previous != nullptr) {
+      row->runningNetShares = previous->runningNetShares;
+      row->mostRecentSharePrice = previous->mostRecentSharePrice;
+    }
+    row->mostRecentSharePrice = events[i].referencePrice.value_or(row->mostRecentSharePrice);
+    row->eventType = events[i].eventType;
+    previous = row.get();
+    recorded.push_back(std::move(row));
+  }
+  return recorded;
 }
 
 void ScenarioSinglePortfolioManager::postPortfolioChange(

@@ -44,6 +44,20 @@ class ScenarioSinglePortfolioManager : public PortfolioManager {
   ScenarioTransactionPointer recordEvent(BasicTransaction::Kind kind, Date date,
                                          EventType eventType);
 
+  /// A row to come.
+  struct Event {
+    BasicTransaction::Kind kind;
+    Date date;
+    EventType eventType;
+    /// The reference price after it, in place of the one that follows from the row.
+    std::optional<Decimal> referencePrice = std::nullopt;
+  };
+  /// As recordEvent() with one after the other, but all or none, and the ledger is walked once.
+  std::vector<ScenarioTransactionPointer> recordEvents(std::vector<Event> events);
+  /// What placeTrade() records.
+  [[nodiscard]] Event tradeEvent(const Decimal& shares, const Decimal& price, Date date,
+                                 EventType eventType);
+
   void postPortfolioChange(std::optional<TransactionChanges> changes,
                            const PortfolioPointer& portfolio) override;
 

@@ -64,7 +64,10 @@ std::optional<Decimal> DecimalNumberFormatter::decimalFromString(std::string_vie
     }
     isInRun = true;
   }
-  const auto value = Decimal::fromString(number);
+  auto value = Decimal::fromString(number);
+  if (value && style == Style::percent) {
+    value = Decimal::fromParts(Sign::plus, -2, *value);
+  }
   const bool isNegative = std::ranges::any_of(
       negativeSigns, [&](std::string_view sign) { return text.find(sign) != text.npos; });
   return value && isNegative ? -*value : value;

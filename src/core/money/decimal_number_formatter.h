@@ -31,7 +31,8 @@ class DecimalNumberFormatter : public NumberFormatter {
 
   /// The number in `text`: its first run of digits, grouping and decimal separators of this
   /// formatter's locale. Everything around it is ignored but for a sign: a minus or a bracket
-  /// anywhere in the text makes the number negative. None where there is no number.
+  /// anywhere in the text makes the number negative. In the percent style "5" and "5.00%" are 0.05.
+  /// None where there is no number.
   [[nodiscard]] std::optional<Decimal> decimalFromString(std::string_view text) const;
 };
 

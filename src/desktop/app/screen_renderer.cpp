@@ -138,8 +138,59 @@ void ScreenRenderer::renderEquities() {
     screen.selectTab(1);
     settle();
     write(name + QStringLiteral("-history"));
+    if (i == 0) {
+      renderScenarios(name);
+    }
     screen.selectTab(0);
   }
+}
+
+/// The screens of a strategy: before there is anything to run, with one run, and with a batch under
+/// way and done.
+void ScreenRenderer::renderScenarios(const QString& name) {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  EquityViewController& screen = *frame.equityViewController;
+  ScenarioDetailViewController& detail = *frame.scenarioDetailViewController;
+  ScenarioBatchViewController& batch = *frame.scenarioBatchViewController;
+  const auto settle = [&](const ScenarioViewController& shown) {
+    hasFailed_ |= !waitUntil([&] { return !shown.isBusy(); });
+  };
+  const InvestmentScenario before = detail.scenario();
+  InvestmentScenario toCome = before;
+  toCome.fromDateComponents.set(CalendarUnit::year, 2999);
+  toCome.toDateComponents.set(CalendarUnit::year, 3000);
+  screen.selectTab(2);
+  detail.strategyViewController.setScenario(toCome, detail.strategy());
+  write(name + QStringLiteral("-scenario-greeting"));
+
+  InvestmentStrategy lively = detail.strategy();
+  lively.targetBuySpread = lively.targetSellSpread = Decimal::fromMantissa(Sign::plus, 15, -3);
+  lively.isStopLossActive = true;
+  detail.strategyViewController.setScenario(before, lively);
+  settle(detail);
+  write(name + QStringLiteral("-scenario"));
+  detail.selectRow(detail.scenarioDataSource().numberOfRows() / 2);
+  write(name + QStringLiteral("-scenario-row"));
+
+  const std::size_t typeBefore = batch.selectedBatchType();
+  detail.makeBatchAction();
+  batch.strategyViewController.queryDatesPicker.choosePreset(4);
+  for (std::size_t type = 0; type < ScenarioBatchViewController::batchTypes.size(); ++type) {
+    batch.selectBatchType(type);
+    const QString method = slug(qtText(title(ScenarioBatchViewController::batchTypes.at(type))));
+    if (type == 1) {
+      hasFailed_ |= !waitUntil(
+          [&] { return batch.batchDataSource().completedCount() > 0 || !batch.isBusy(); });
+      batch.rowsChangeHandler(true);
+      batch.changeHandler();
+      capture(name + QStringLiteral("-scenario-batch-under-way"));
+    }
+    settle(batch);
+    batch.selectRow(0);
+    write(name + QStringLiteral("-scenario-batch-") + method);
+  }
+  batch.selectBatchType(typeBefore);
+  batch.cancelAction();
 }
 
 void ScreenRenderer::renderPortfolio(std::size_t index) {
@@ -245,6 +296,10 @@ void ScreenRenderer::write(const QString& name) {
     QApplication::sendPostedEvents();
     QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
   }
+  capture(name);
+}
+
+void ScreenRenderer::capture(const QString& name) {
   QPixmap picture = window_.grab();
   if (QDialog* dialog = openDialog(window_)) {
     QPainter painter(&picture);

@@ -35,10 +35,13 @@ class ScreenRenderer {
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
   void renderEquities();
+  void renderScenarios(const QString& name);
   void renderForms();
   void renderTransactionForms();
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);
+  /// As write(), of what is there at this moment.
+  void capture(const QString& name);
 
   MainWindow& window_;
   const std::filesystem::path folder_;

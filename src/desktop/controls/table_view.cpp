@@ -43,6 +43,15 @@ void TableModelAdapter::reload() {
   endResetModel();
 }
 
+void TableModelAdapter::appendRows() {
+  const int rows = static_cast<int>(table_.numberOfRows());
+  if (rows > rows_) {
+    beginInsertRows({}, rows_, rows - 1);
+    rows_ = rows;
+    endInsertRows();
+  }
+}
+
 int TableModelAdapter::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rows_;
 }

@@ -26,7 +26,7 @@ EquityView::EquityView(std::shared_ptr<EquityViewController> controller, QWidget
       tabs_(new QTabWidget) {
   tabs_->setDocumentMode(true);
   tabs_->tabBar()->setDrawBase(false);
-  tabs_->setAccessibleName(QStringLiteral("Overview and history"));
+  tabs_->setAccessibleName(QStringLiteral("Views of the equity"));
   tabs_->addTab(new OverviewTab(controller_->overview), QStringLiteral("Overview"));
   tabs_->addTab(new HistoryTab(controller_->history), QStringLiteral("History"));
 
@@ -40,6 +40,11 @@ EquityView::EquityView(std::shared_ptr<EquityViewController> controller, QWidget
           [this](int index) { controller_->selectTab(static_cast<std::size_t>(index)); });
   connect(watch_, &QPushButton::clicked, this, [this] { controller_->addToWatchlistAction(); });
   changes_ = subscribe(controller_->changeHandler, [this] { update(); });
+  update();
+}
+
+void EquityView::addTab(QWidget* tab, const QString& title) {
+  tabs_->addTab(tab, title);
   update();
 }
 

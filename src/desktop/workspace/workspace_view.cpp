@@ -24,6 +24,8 @@
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/scenario/scenario_batch_tab.h"
+#include "desktop/scenario/scenario_detail_tab.h"
 #include "desktop/transactions/transactions_tab.h"
 #include "desktop/workspace/source_list_view.h"
 #include "platform/overloaded.h"
@@ -64,6 +66,10 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   empty_->setFont(theme::font(1.3));
   empty_->setForegroundRole(QPalette::PlaceholderText);
   empty_->setMargin(spacing::section);
+  equity_->addTab(new ScenarioDetailTab(frame_->scenarioDetailViewController),
+                  QStringLiteral("Scenario"));
+  equity_->addTab(new ScenarioBatchTab(frame_->scenarioBatchViewController),
+                  QStringLiteral("Scenario Batch"));
   detail_->addWidget(empty_);
   detail_->addWidget(equity_);
   detail_->addWidget(portfolio_);

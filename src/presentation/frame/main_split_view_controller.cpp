@@ -42,6 +42,8 @@ MainSplitViewController::MainSplitViewController(Passkey /*passkey*/,
                                                  ScreenSurroundings surroundings)
     : masterSourceViewController(MasterSourceViewController::make(surroundings)),
       equityViewController(EquityViewController::make(surroundings)),
+      scenarioDetailViewController(ScenarioDetailViewController::make(surroundings)),
+      scenarioBatchViewController(ScenarioBatchViewController::make(surroundings)),
       portfolioViewController(PortfolioViewController::make(surroundings)),
       surroundings_(std::move(surroundings)) {}
 
@@ -75,6 +77,29 @@ void MainSplitViewController::connect() {
       }
     }));
   }
+  connectScenarios();
+}
+
+/// Each of the two screens can hand its input to the other one, which is shown then.
+void MainSplitViewController::connectScenarios() {
+  const auto takeTo = [equity = std::weak_ptr(equityViewController)](std::size_t tab,
+                                                                     const auto& screen) {
+    return [equity, tab, weakScreen = std::weak_ptr(screen)](const InvestmentScenario& scenario,
+                                                             const InvestmentStrategy& strategy) {
+      const auto view = equity.lock();
+      const auto target = weakScreen.lock();
+      if (view != nullptr && target != nullptr) {
+        view->selectTab(tab);
+        target->strategyViewController.setScenario(scenario, strategy);
+      }
+    };
+  };
+  const std::size_t detailTab = equityViewController->numberOfTabs();
+  equityViewController->addTab(scenarioDetailViewController);
+  equityViewController->addTab(scenarioBatchViewController);
+  scenarioDetailViewController->makeBatchHandler =
+      takeTo(detailTab + 1, scenarioBatchViewController);
+  scenarioBatchViewController->goToDetailHandler = takeTo(detailTab, scenarioDetailViewController);
 }
 
 void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {

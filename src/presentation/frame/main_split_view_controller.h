@@ -14,6 +14,8 @@
 #include "presentation/frame/master_source_view_controller.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
+#include "presentation/scenario/scenario_batch_view_controller.h"
+#include "presentation/scenario/scenario_detail_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
 #include "storage/workspace/workspace_model.h"
 
@@ -47,6 +49,9 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
 
   const std::shared_ptr<MasterSourceViewController> masterSourceViewController;
   const std::shared_ptr<EquityViewController> equityViewController;
+  /// The last tabs of the equity's screen, in this order.
+  const std::shared_ptr<ScenarioDetailViewController> scenarioDetailViewController;
+  const std::shared_ptr<ScenarioBatchViewController> scenarioBatchViewController;
   const std::shared_ptr<PortfolioViewController> portfolioViewController;
 
   /// Called when another screen is to be shown, or the text of the empty one has changed.
@@ -76,6 +81,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   void connect();
   /// Shows everything anew, after a setting has changed that says how it is shown.
   void settingsDidChange();
+  void connectScenarios();
   void showDetail(const MasterSourceViewController::DetailObject& object);
   void removePortfolio(const PortfolioPointer& portfolio);
   [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;

@@ -1,0 +1,19 @@
+// The third tab of an equity's screen.
+#pragma once
+
+#include <memory>
+
+#include "desktop/scenario/scenario_tab.h"
+#include "presentation/scenario/scenario_detail_view_controller.h"
+
+namespace corvane::desktop {
+
+/// Shows a ScenarioDetailViewController.
+class ScenarioDetailTab : public ScenarioTab {
+  Q_OBJECT
+
+ public:
+  explicit ScenarioDetailTab(std::shared_ptr<ScenarioDetailViewController> controller);
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,184 @@
+#include "desktop/scenario/scenario_tab.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "desktop/charts/chart_widget.h"
+#include "desktop/controls/busy_bar.h"
+#include "desktop/controls/dates_picker_view.h"
+#include "desktop/controls/frozen_columns.h"
+#include "desktop/controls/table_view.h"
+#include "desktop/look/attributed_text_view.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/scenario/strategy_panel.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int progressSteps = 1000;
+constexpr int longestNameWidth = 330;
+
+}  // namespace
+
+ScenarioTab::ScenarioTab(std::shared_ptr<ScenarioViewController> controller, const QString& name)
+    : controller_(std::move(controller)),
+      bar_(new QHBoxLayout),
+      progress_(makeBusyBar(QStringLiteral("Progress"))),
+      run_(new QPushButton),
+      summary_(new AttributedLabel),
+      status_(new QLabel),
+      adapter_(new TableModelAdapter(controller_->scenarioDataSource(), this)),
+      table_(new TableView(name + QStringLiteral(" table"))) {
+  auto* split = new QSplitter(Qt::Horizontal);
+  split->setHandleWidth(1);
+  split->setChildrenCollapsible(false);
+  split->addWidget(makePanel());
+  split->addWidget(makeOutcome(name));
+  split->setStretchFactor(0, 0);
+  split->setStretchFactor(1, 1);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, spacing::narrow, 0, 0);
+  column->setSpacing(spacing::narrow);
+  column->addWidget(makeTop());
+  column->addWidget(split, 1);
+
+  connect(run_, &QPushButton::clicked, this, [this] {
+    if (controller_->isBusy()) {
+      controller_->cancelAction();
+    } else {
+      controller_->runAction();
+    }
+  });
+  connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+    if (!isShowingSelection_) {
+      const auto rows = table_->selectionModel()->selectedRows();
+      controller_->selectRow(rows.size() == 1
+                                 ? std::optional(static_cast<std::size_t>(rows.constFirst().row()))
+                                 : std::nullopt);
+    }
+  });
+  changes_ = subscribe(controller_->changeHandler, [this] { update(); });
+  rowsChanges_ =
+      subscribe(controller_->rowsChangeHandler, [this](bool added) { updateRows(added); });
+  selectionChanges_ =
+      subscribe(controller_->selectionChangeHandler, [this](bool takes) { showSelection(takes); });
+  ScenarioTab::update();
+}
+
+QWidget* ScenarioTab::makeTop() {
+  // The longer of its two texts decides on its width, so that nothing moves.
+  run_->setText(QStringLiteral("Cancel"));
+  run_->setMinimumWidth(run_->sizeHint().width());
+  auto* top = new QWidget;
+  auto* row = new QHBoxLayout(top);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(spacing::narrow);
+  row->addWidget(new DatesPickerView(controller_->strategyViewController.queryDatesPicker));
+  row->addWidget(run_);
+  row->addWidget(progress_);
+  row->addStretch(1);
+  return top;
+}
+
+QWidget* ScenarioTab::makePanel() {
+  auto* panel = new StrategyPanel(controller_->strategyViewController);
+  auto* scroll = new QScrollArea;
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setWidgetResizable(true);
+  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  scroll->setWidget(panel);
+  scroll->setAccessibleName(QStringLiteral("Strategy"));
+  scroll->setMinimumWidth(panel->minimumSizeHint().width() +
+                          scroll->verticalScrollBar()->sizeHint().width());
+  return scroll;
+}
+
+QWidget* ScenarioTab::makeOutcome(const QString& name) {
+  summary_->setWordWrap(true);
+  summary_->setAccessibleName(QStringLiteral("Summary"));
+  status_->setForegroundRole(QPalette::PlaceholderText);
+  status_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  status_->setWordWrap(true);
+  auto* chart = new ChartWidget(controller_->scenarioChartView, name + QStringLiteral(" chart"));
+  chart->setMinimumHeight(120);
+  table_->setTable(adapter_, controller_->scenarioDataSource());
+  table_->setSelectionMode(QAbstractItemView::SingleSelection);
+  const auto& specs = controller_->scenarioDataSource().tableColumnSpecs();
+  table_->horizontalHeader()->setMinimumSectionSize(
+      std::ranges::min(specs, {}, &ScenarioDataSource::ColumnSpec::minWidth).minWidth);
+  // A period of two times of day is longer than what other tables name their rows by.
+  table_->setLeastStretchedWidth(longestNameWidth);
+  new FrozenColumns(*table_, 1);
+
+  bar_->setSpacing(spacing::narrow);
+  auto* head = new QHBoxLayout;
+  head->setContentsMargins(spacing::narrow, 0, 0, 0);
+  head->addLayout(bar_);
+  head->addWidget(status_, 1);
+  summary_->setContentsMargins(spacing::narrow, 0, 0, 0);
+  auto* upper = new QWidget;
+  auto* column = new QVBoxLayout(upper);
+  column->setContentsMargins(spacing::narrow, 0, 0, spacing::narrow);
+  column->setSpacing(spacing::narrow);
+  column->addLayout(head);
+  column->addWidget(summary_);
+  column->addWidget(chart, 1);
+  auto* split = new QSplitter(Qt::Vertical);
+  split->setHandleWidth(1);
+  split->setChildrenCollapsible(false);
+  split->addWidget(upper);
+  split->addWidget(table_);
+  split->setSizes({320, 220});
+  return split;
+}
+
+void ScenarioTab::update() {
+  const bool isBusy = controller_->isBusy();
+  const ProgressIndicator progress = controller_->progress();
+  progress_->setVisible(isBusy);
+  progress_->setRange(0, progress.isIndeterminate ? 0 : progressSteps);
+  if (!progress.isIndeterminate) {
+    progress_->setValue(static_cast<int>(progressSteps * progress.value / progress.maximum));
+  }
+  run_->setText(isBusy ? QStringLiteral("Cancel") : QStringLiteral("Run"));
+  summary_->setAttributedText(controller_->summaryTextLabel());
+  status_->setText(qtText(controller_->statusText()));
+}
+
+void ScenarioTab::updateRows(bool areAppended) {
+  // The first rows decide on the width of the columns, until all are there.
+  if (areAppended && adapter_->rowCount() > 0) {
+    adapter_->appendRows();
+    return;
+  }
+  isShowingSelection_ = true;
+  adapter_->reload();
+  isShowingSelection_ = false;
+  showSelection(false);
+}
+
+void ScenarioTab::showSelection(bool takesKeyboard) {
+  isShowingSelection_ = true;
+  if (const auto row = controller_->selectedRow()) {
+    table_->selectRow(static_cast<int>(*row));
+    table_->scrollTo(adapter_->index(static_cast<int>(*row), 0));
+  } else {
+    table_->clearSelection();
+  }
+  if (takesKeyboard) {
+    table_->setFocus();
+  }
+  isShowingSelection_ = false;
+}
+
+}  // namespace corvane::desktop

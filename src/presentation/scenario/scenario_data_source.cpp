@@ -1,0 +1,78 @@
+#include "presentation/scenario/scenario_data_source.h"
+
+#include <utility>
+
+#include "presentation/scenario/scenario_text.h"
+#include "presentation/text/table_text.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view absentValue = "—";
+constexpr double labelSteps = 10'000;  // a hundredth of a percent
+
+}  // namespace
+
+ScenarioDataSource::ScenarioDataSource(std::vector<ColumnSpec> specs)
+    : tableColumnSpecs_(std::move(specs)) {
+  for (const ColumnSpec& spec : tableColumnSpecs_) {
+    columns_.push_back(
+        {.identifier = spec.ident, .title = spec.title, .isNumeric = spec.isNumeric});
+  }
+}
+
+void ScenarioDataSource::beginAnalysis(const EquityPointer& /*equity*/,
+                                       std::vector<Quote> /*quotes*/,
+                                       const Decimal& /*initialInvestment*/,
+                                       const InvestmentStrategy& /*strategy*/,
+                                       Completion /*completion*/) {}
+
+AttributedText ScenarioDataSource::cell(std::size_t row, std::size_t column) const {
+  return cellValue(tableColumnSpecs_.at(column).ident, row).value_or(AttributedText());
+}
+
+std::optional<AttributedText> ScenarioDataSource::cellValue(std::string_view /*ident*/,
+                                                            std::size_t /*row*/) const {
+  return std::nullopt;
+}
+
+void ScenarioDataSource::configureChart(FiscalChartView& chart) const {
+  // Both scales are the same; the one on the right is for the recent end.
+  const auto axis =
+      std::make_shared<TextAxisRenderer>(&ScenarioDataSource::stringForValue, 1 / labelSteps);
+  chart.leftAxisRenderer = axis;
+  chart.rightAxisRenderer = axis;
+  chart.valueText = &ScenarioDataSource::stringForValue;
+}
+
+void ScenarioDataSource::updateChart(FiscalChartView& chart) const {
+  chart.changeHandler();
+}
+
+std::optional<std::size_t> ScenarioDataSource::rowForChartIndex(std::size_t index) const {
+  return index;
+}
+
+std::optional<std::size_t> ScenarioDataSource::chartIndexForRow(std::size_t row) const {
+  return row;
+}
+
+std::string ScenarioDataSource::stringForValue(double value) {
+  if (-1 < value * labelSteps && value * labelSteps < 1) {
+    return "\u00A00.00%";
+  }
+  const Decimal number = Decimal::fromDouble(value);
+  return returnText(number).value_or(number.description());
+}
+
+AttributedText ScenarioDataSource::moneyCell(const Decimal& amount) const {
+  return numericCell(currencyFormatter
+                         ? currencyFormatter->string(amount).value_or(std::string(absentValue))
+                         : std::string(absentValue));
+}
+
+AttributedText ScenarioDataSource::percentCell(const Decimal& rate) {
+  return numericCell(returnText(rate).value_or(std::string(absentValue)));
+}
+
+}  // namespace corvane
