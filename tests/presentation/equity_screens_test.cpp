@@ -4,6 +4,7 @@
 
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/chain/switchable_quote_provider.h"
+#include "marketdata/yahoo/yahoo_provider_error.h"
 #include "platform/async/notification_center.h"
 #include "platform/net/url_request.h"
 #include "presentation/equity/equity_view_controller.h"
@@ -18,6 +19,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 using Quotes = QuoteQuery::Quotes;
 
 Date at(YearMonthDay day, double hours) {
@@ -59,7 +61,9 @@ class HeldMarket : public QuoteProvider {
   std::vector<Fetch> fetches;
   std::set<QuoteInterval> intervals = {QuoteInterval::oneHour, QuoteInterval::oneDay};
   int refreshes = 0;
+  std::optional<Date> pauseEnd;
 
+  [[nodiscard]] std::optional<Date> nextRequestDate() const override { return pauseEnd; }
   void fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> /*adjuster*/,
                    QuoteCompletion completion) override {
     fetches.push_back({query, std::make_shared<QuoteCompletion>(std::move(completion))});
@@ -354,6 +358,19 @@ TEST_F(EquityScreensTest, FailuresAreToldOnce) {
   answerQuotes({bar(at({2021, 3, 10}, 9.5), 60, 40, 42)});
   EXPECT_THAT(overview.statusText(), HasSubstr("As of"));
   EXPECT_THAT(overview.currentQuotes(), SizeIs(1));
+
+  // So is a pause that the service asks for, at whose end it is asked again.
+  market->pauseEnd = Date::now() + 0.2;
+  overview.selectPeriod(2);
+  const std::size_t refused = market->fetches.size();
+  answerLatest(failure(YahooProviderError(YahooProviderError::HTTPResponse{429})));
+  EXPECT_THAT(overview.statusText(),
+              StartsWith("The quote service asks for a pause. Asking again at "));
+  EXPECT_THAT(errors, IsEmpty());
+  market->pauseEnd.reset();
+  waitUntil([&] { return market->fetches.size() > refused; });
+  answerQuotes({bar(at({2021, 3, 10}, 9.5), 60, 40, 42)});
+  EXPECT_THAT(overview.statusText(), HasSubstr("As of"));
 }
 
 TEST_F(EquityScreensTest, ASessionThatGoesOnIsFollowed) {

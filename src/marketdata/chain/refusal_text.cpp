@@ -65,6 +65,14 @@ std::string refusalText(const Error& error, std::string_view symbol) {
   return error.description().value_or("There is no price of " + name + ".");
 }
 
+bool asksForAPause(const Error& error) {
+  const auto* refusal = dynamic_cast<const YahooProviderError*>(&error);
+  const auto* answer = refusal == nullptr
+                           ? nullptr
+                           : std::get_if<YahooProviderError::HTTPResponse>(&refusal->which());
+  return answer != nullptr && answer->statusCode == 429;
+}
+
 bool isForWantOfNetwork(const Error& error) {
   const auto* transport = dynamic_cast<const URLError*>(&error);
   return transport != nullptr && transport->code != URLError::Code::cancelled &&

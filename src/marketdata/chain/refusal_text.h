@@ -13,6 +13,9 @@ namespace corvane {
 /// thread.
 [[nodiscard]] std::string refusalText(const Error& error, std::string_view symbol);
 
+/// Whether `error` says that the service wants to be asked less often.
+[[nodiscard]] bool asksForAPause(const Error& error);
+
 /// Whether `error` is for want of a network, rather than what the service says.
 [[nodiscard]] bool isForWantOfNetwork(const Error& error);
 

@@ -54,6 +54,10 @@ void showInChart(QuoteChartView& chart, const std::vector<Quote>& quotes, const 
 std::string marketStatusText(const MarketInquiry& inquiry, std::optional<Date> newest) {
   if (inquiry.failure() != nullptr) {
     std::string text;
+    if (inquiry.pauseEnd()) {
+      return "The quote service asks for a pause. Asking again at " +
+             userDateAndTime(*inquiry.pauseEnd()) + ".";
+    }
     if (MarketInquiry::isForWantOfNetwork(*inquiry.failure())) {
       text = newest ? "The market cannot be reached. Prices from the cache, up to " +
                           userDateAndTime(*newest) + "."

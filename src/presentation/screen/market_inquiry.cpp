@@ -6,6 +6,7 @@
 
 #include "core/market/price_adjuster.h"
 #include "marketdata/cache/cache_quote_provider.h"
+#include "marketdata/chain/refusal_text.h"
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/async/notification_center.h"
 #include "platform/net/url_request.h"
@@ -87,6 +88,7 @@ bool MarketInquiry::isForWantOfNetwork(const Error& error) {
 void MarketInquiry::send() {
   const int generation = ++generation_;
   retryTimer_ = nullptr;
+  pauseEnd_.reset();
   askedQuery_ = makeQuery_ ? makeQuery_() : std::nullopt;
   const auto provider =
       askedQuery_ ? askedQuery_->equity->quoteProvider.lock() : std::shared_ptr<QuoteProvider>();
@@ -161,10 +163,18 @@ void MarketInquiry::fail(const QuoteQuery& query, const ErrorPointer& error) {
       toldFailure_ != nullptr &&
       (*toldFailure_ == *error || (isWantOfNetwork && isForWantOfNetwork(*toldFailure_)));
   toldFailure_ = error;
+  const auto provider = query.equity->quoteProvider.lock();
+  pauseEnd_ = provider && asksForAPause(*error) ? provider->nextRequestDate() : std::nullopt;
   if (isWantOfNetwork) {
     tryAgainLater();
+  } else if (pauseEnd_) {
+    constexpr double afterIt = 0.1;
+    tryAgainAfter(DispatchQueue::Duration(std::max(pauseEnd_->timeIntervalSince(Date::now()), 0.0) +
+                                          afterIt));
   }
-  hand({.query = query, .result = std::unexpected(error), .isRepeatedFailure = isTold});
+  hand({.query = query,
+        .result = std::unexpected(error),
+        .isRepeatedFailure = isTold || pauseEnd_.has_value()});
 }
 
 void MarketInquiry::hand(Answer answer) {
@@ -174,12 +184,16 @@ void MarketInquiry::hand(Answer answer) {
 }
 
 void MarketInquiry::tryAgainLater() {
-  retryTimer_ = Timer::scheduled(nextDelay_, false, [self = weak_from_this()](Timer&) {
+  tryAgainAfter(nextDelay_);
+  nextDelay_ = std::min(2 * nextDelay_, delays_.longest);
+}
+
+void MarketInquiry::tryAgainAfter(DispatchQueue::Duration delay) {
+  retryTimer_ = Timer::scheduled(delay, false, [self = weak_from_this()](Timer&) {
     if (const auto living = self.lock()) {
       living->send();
     }
   });
-  nextDelay_ = std::min(2 * nextDelay_, delays_.longest);
 }
 
 }  // namespace corvane

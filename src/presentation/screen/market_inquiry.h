@@ -18,8 +18,9 @@ namespace corvane {
 
 /// One question to the market at a time. An answer that a later question has overtaken is dropped,
 /// in whatever order answers come. What failed for want of a network is asked of the cache, and of
-/// the market again by itself: after a while that grows, and as soon as others get through. Held by
-/// shared pointer only. Main queue only.
+/// the market again by itself: after a while that grows, and as soon as others get through. What
+/// failed because the market wants a pause is asked again at its end. Held by shared pointer only.
+/// Main queue only.
 class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
   struct Passkey {};
 
@@ -29,7 +30,8 @@ class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
     Result<QuoteFetchResult> result;
     /// The market could not be reached; this is what the cache has.
     bool isFromCacheOnly = false;
-    /// The user has been told of this failure, and nothing has succeeded since.
+    /// The user has been told of this failure, and nothing has succeeded since; or it is a pause
+    /// that the market has asked for, of which the status tells.
     bool isRepeatedFailure = false;
   };
 
@@ -69,6 +71,8 @@ class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
   [[nodiscard]] const ErrorPointer& failure() const { return failure_; }
   /// Whether it will ask again by itself.
   [[nodiscard]] bool isTryingAgain() const { return retryTimer_ != nullptr; }
+  /// When it will, where the market has asked for a pause.
+  [[nodiscard]] const std::optional<Date>& pauseEnd() const { return pauseEnd_; }
   /// When the market last answered the present question; none until it has.
   [[nodiscard]] const std::optional<Date>& answeredAt() const { return answeredAt_; }
   /// Whether stored prices of the equity have been given up since the question: a split or dividend
@@ -86,6 +90,7 @@ class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
   void fail(const QuoteQuery& query, const ErrorPointer& error);
   void hand(Answer answer);
   void tryAgainLater();
+  void tryAgainAfter(DispatchQueue::Duration delay);
 
   const std::function<Date()> now_;
   const Delays delays_;
@@ -94,6 +99,7 @@ class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
   bool isWaiting_ = false;
   ErrorPointer failure_;
   ErrorPointer toldFailure_;  ///< since the last success
+  std::optional<Date> pauseEnd_;
   std::optional<Date> answeredAt_;
   std::optional<QuoteQuery> askedQuery_;
   std::uint64_t timesClearedAtQuestion_ = 0;

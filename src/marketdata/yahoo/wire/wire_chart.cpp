@@ -73,11 +73,6 @@ inline constexpr std::tuple fieldsOf<Events>{
 };
 
 template <>
-inline constexpr std::tuple fieldsOf<Indicators::Adjclose>{
-    field("adjclose", &Indicators::Adjclose::adjclose),
-};
-
-template <>
 inline constexpr std::tuple fieldsOf<Indicators::Quote>{
     field("close", &Indicators::Quote::close),   field("high", &Indicators::Quote::high),
     field("low", &Indicators::Quote::low),       field("open", &Indicators::Quote::open),
@@ -86,7 +81,6 @@ inline constexpr std::tuple fieldsOf<Indicators::Quote>{
 
 template <>
 inline constexpr std::tuple fieldsOf<Indicators>{
-    byTheWay("adjclose", &Indicators::adjclose),
     field("quote", &Indicators::quote),
 };
 

@@ -144,7 +144,7 @@ inline constexpr bool isList<std::vector<Value>> = true;
 template <typename Value>
 bool readIfItFits(JSONCursor& cursor, Value& value) {
   if constexpr (mayBeAbsent<Value>) {
-    if (!readIfItFits(cursor, value.emplace())) {
+    if (cursor.isNull() || !readIfItFits(cursor, value.emplace())) {
       value.reset();
     }
     return true;

@@ -84,10 +84,9 @@ struct Events {
 /// Prices in step with the timestamps of the chart, without a value where a bar has none.
 using Prices = std::vector<std::optional<Decimal>>;
 
+/// The closes adjusted for dividends, "adjclose", which the service tells as well, are not read:
+/// prices are adjusted by the events.
 struct Indicators {
-  struct Adjclose {
-    std::optional<Prices> adjclose;
-  };
   struct Quote {
     std::optional<Prices> close;
     std::optional<Prices> high;
@@ -95,7 +94,6 @@ struct Indicators {
     std::optional<Prices> open;
     std::optional<std::vector<std::optional<std::int64_t>>> volume;
   };
-  std::optional<std::vector<Adjclose>> adjclose;
   std::vector<Quote> quote;
 };
 
