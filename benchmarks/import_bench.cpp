@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <optional>
 #include <string>
 
@@ -57,10 +56,7 @@ std::string statement() {
 
 class Statement {
  public:
-  Statement() {
-    files::writeAtomically(file(), statement());
-    std::cout.rdbuf(nullptr);
-  }
+  Statement() { files::writeAtomically(file(), statement()); }
   ~Statement() { files::remove(folder_); }
   [[nodiscard]] std::filesystem::path file() const { return folder_ / "statement.csv"; }
 

@@ -66,8 +66,9 @@ TEST_F(EquityScreenTest, LeadsFromTheSearchBoxToTheHistory) {
   EXPECT_EQ(frame().equityViewController->history->chart.highlightedDataIndex(), 3U);
   EXPECT_FALSE(table->model()->index(3, 0).data(Qt::BackgroundRole).isValid());
   menuItem(*window, "Mark Rows from the Network")->trigger();
-  ASSERT_TRUE(settles());
-  EXPECT_TRUE(table->model()->index(3, 0).data(Qt::BackgroundRole).isValid());
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] {
+    return table->model()->index(3, 0).data(Qt::BackgroundRole).isValid();
+  })) << "the screen hears of the setting on the main queue";
 }
 
 TEST_F(EquityScreenTest, OpensWhatIsHeldFromTheHoldings) {

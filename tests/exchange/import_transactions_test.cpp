@@ -410,5 +410,30 @@ TEST(DateOrderRecognition, CutsCellsLikeABacktrackingMatcher) {
   EXPECT_GT(matches, 1000);
 }
 
+TEST(PlainDays, StartWhenTheFormatterSays) {
+  for (const char* name : {"America/Toronto", "Africa/Cairo", "America/Sao_Paulo"}) {
+    const TimeZone zone = TimeZone::withIdentifier(name).value();
+    DateFormatter formatter;
+    formatter.isLenient = true;
+    formatter.format = "y M d";
+    formatter.timeZone = zone;
+    const Calendar calendar(zone);
+    for (int number = 0; number < 10'000; number += 3) {
+      const auto day = YearMonthDay::normalised(1995, 1, 1 + number, calendar);
+      const auto two = [](int part) { return (part < 10 ? "0" : "") + std::to_string(part); };
+      const std::string cell = std::to_string(day.year) + "-" + two(day.month) + "-" + two(day.day);
+      const auto plain = plainDay("y M d", cell);
+      ASSERT_EQ(plain.has_value(), day.day <= 28) << cell;
+      if (plain) {
+        ASSERT_EQ(plain->startIn(calendar), formatter.date(cell)) << cell << " in " << name;
+      }
+    }
+  }
+  for (const char* other : {"2021-3-04", "2021-13-04", "2021/03/04", "2021-03-0x", "1582-10-09"}) {
+    EXPECT_FALSE(plainDay("y M d", other)) << other;
+  }
+  EXPECT_FALSE(plainDay("d M y", "2021-03-04"));
+}
+
 }  // namespace
 }  // namespace corvane

@@ -83,8 +83,8 @@ TEST(Accounting, MultipliesBeforeItDivides) {
   Ledger ledger;
   // Half a cent of cost stays, and two and a half go. Sixths that were rounded beforehand would tip
   // both.
-  ledger.record({ledger.deposit("1"), ledger.buy("3", "0.03"), ledger.sell("2.5", "1.01")});
-  EXPECT_EQ(figures(ledger.rows().back()), "1.98 0.5 0.03 0 0.98");
+  ledger.record({ledger.deposit("1"), ledger.buy("3", "0.03"), ledger.sell("2.5", "0.03")});
+  EXPECT_EQ(figures(ledger.rows().back()), "1 0.5 0.03 0 0");
 }
 
 TEST(Accounting, CountsWhatASaleCostsAsALoss) {

@@ -42,6 +42,30 @@ TEST(RecordTransactions, WalksEachRowWithTheLedgerAsTheRowsBeforeItLeftIt) {
   EXPECT_NO_THROW(ledger.record({deposit, purchase}));
 }
 
+TEST(RecordTransactions, TellTheirObserverWhichOneIsAtFault) {
+  Ledger ledger;
+  ledger.on(day(2021, 3, 1));
+  ledger.record({ledger.deposit("100")});
+  ledger.on(day(2021, 3, 10));
+  ledger.record({ledger.withdrawal("80")});
+  std::vector<std::size_t> told;
+  const auto placeAtFault = [&](std::vector<BasicTransaction> basics) {
+    told.clear();
+    EXPECT_THROW(
+        ledger.manager->recordTransactions(std::move(basics), ledger.portfolio, nullptr,
+                                           [&](std::size_t count) { told.push_back(count); }),
+        Failure);
+    return told.back();
+  };
+  // The second breaks a row that was there, the fourth cannot be taken itself.
+  ledger.on(day(2021, 3, 2));
+  EXPECT_EQ(placeAtFault({ledger.deposit("1"), ledger.withdrawal("50"), ledger.deposit("5")}), 1U);
+  ledger.on(day(2021, 3, 11));
+  EXPECT_EQ(placeAtFault({ledger.deposit("1"), ledger.deposit("1"), ledger.deposit("1"),
+                          ledger.withdrawal("50"), ledger.deposit("1")}),
+            3U);
+}
+
 TEST(RecordTransactions, NamesTheLaterRowThatAnEarlierOneBreaks) {
   Ledger ledger;
   const auto rows = ledger.record({ledger.deposit("100"), ledger.withdrawal("80")});

@@ -335,6 +335,23 @@ TEST_F(MainSplitViewControllerTest, DropsTheUndoStepsWithAPortfolio) {
   EXPECT_THAT(other->transactions(), IsEmpty());
 }
 
+TEST_F(MainSplitViewControllerTest, ShowsAnewWhenASettingSaysSo) {
+  open();
+  list.setCurrentDetailObject(model->watchlistEquities.front());
+  MainLoop::drain();
+  int changes = 0;
+  frame->equityViewController->changeHandler = [&] { ++changes; };
+  surroundings.defaults->set("somethingElse", true);
+  MainLoop::drain();
+  EXPECT_EQ(changes, 0);
+  for (const char* setting : {"preferLocalTimeZone", "indicateFetchedRows"}) {
+    changes = 0;
+    surroundings.defaults->set(setting, true);
+    MainLoop::drain();
+    EXPECT_GE(changes, 1) << setting;
+  }
+}
+
 TEST_F(MainSplitViewControllerTest, ShowsAPortfolioWhoseRandomLedgerWasRefused) {
   open();
   for (const EquityPointer& equity : model->watchlistEquities) {

@@ -115,6 +115,24 @@ std::optional<std::array<std::string_view, 3>> dateParts(std::string_view cell) 
   }
 }
 
+std::optional<YearMonthDay> plainDay(std::string_view format, std::string_view cell) {
+  if (format != "y M d" || cell.size() != 10 || cell[4] != '-' || cell[7] != '-') {
+    return std::nullopt;
+  }
+  const auto number = [&](std::size_t start, std::size_t length) {
+    int value = 0;
+    for (const char digit : cell.substr(start, length)) {
+      value = digit >= '0' && digit <= '9' && value >= 0 ? value * 10 + (digit - '0') : -1;
+    }
+    return value;
+  };
+  const YearMonthDay day{number(0, 4), number(5, 2), number(8, 2)};
+  // Days that some month lacks, and years of the old calendar, are left to whoever forgives them.
+  const bool isPlain =
+      day.year >= 1900 && day.month >= 1 && day.month <= 12 && day.day >= 1 && day.day <= 28;
+  return isPlain ? std::optional(day) : std::nullopt;
+}
+
 bool namesOneDay(std::string_view format) {
   std::array<int, 3> counts{};  // of years, months and days
   constexpr std::array<std::string_view, 3> letters = {"yYu", "ML", "d"};

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "core/money/year_month_day.h"
+
 namespace corvane {
 
 /// Learns from the cells of date columns which of the three parts of a date is the day, which the
@@ -32,6 +34,11 @@ class DateOrderRecognition {
 
 /// Whether a date format has one year, one month and one day, without which it names no day.
 [[nodiscard]] bool namesOneDay(std::string_view format);
+
+/// The day that `cell` names in the pattern `format`, where both are of the plainest form, "y M d"
+/// and 2021-03-09; none for all else. It starts when DateFormatter says, which takes ten times as
+/// long.
+[[nodiscard]] std::optional<YearMonthDay> plainDay(std::string_view format, std::string_view cell);
 
 /// The three groups of the first match of ([\d\w]+).+?([\d\w]+).+?([\d\w]+) in `cell`, in linear
 /// time.

@@ -198,10 +198,14 @@ std::optional<Date> PortfolioTransactionsImporter::dateIn(const ValuesByField& v
   }
   ReadDate& last = lastDates_[std::string(field)];
   if (last.text != cell->second) {
-    // A pattern that leaves a part of the day open would fill it in with one of its own.
-    last = {cell->second, namesOneDay(dateFormatter_.format.value_or(""))
-                              ? dateFormatter_.date(cell->second)
-                              : std::nullopt};
+    const std::string format = dateFormatter_.format.value_or("");
+    last.text = cell->second;
+    if (const auto day = plainDay(format, cell->second)) {
+      last.date = day->startIn(calendar());
+    } else {
+      // A pattern that leaves a part of the day open would fill it in with one of its own.
+      last.date = namesOneDay(format) ? dateFormatter_.date(cell->second) : std::nullopt;
+    }
   }
   return last.date;
 }
