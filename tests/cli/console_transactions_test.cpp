@@ -124,6 +124,29 @@ TEST_F(ConsoleTransactionsTest, RevisesWhatIsNamedAndLeavesTheRest) {
   EXPECT_EQ(ledger().size(), 2U);
 }
 
+/// Whoever corrects a note must not find another figure changed: not the rate that a file had
+/// rounded, not a price without an end, not a settlement on another day than usual.
+TEST_F(ConsoleTransactionsTest, ChangesNothingButTheNote) {
+  mustRecord("transfer-in --total 9000 --currency USD --date 2024-01-02");
+  mustRecord(
+      "buy --symbol AB --shares 7 --total 1000 --equivalent 1333.33 --currency USD "
+      "--date 2024-01-03 --settlement 2024-01-03");
+  mustRecord("dividend --symbol AB --shares 7 --total 0.01 --equivalent 0.02 --date 2024-01-04");
+  mustRecord("journaled-shares --symbol AB --shares 3 --equivalent 0.05 --date 2024-01-05");
+  mustRecord("split --symbol AB --prior-shares 10 --shares 3.333 --date 2024-01-06");
+  ASSERT_EQ(program.output("export transactions Family --portfolio Savings --out a.csv"), "");
+  for (const std::string number : {"1", "2", "3", "4", "5"}) {
+    EXPECT_EQ(program.output(revise(number + " --note new")),
+              "Revised transaction " + number + ".\n");
+    EXPECT_THAT(row(std::stoul(number)), HasSubstr(R"("note":"new")"));
+    EXPECT_EQ(program.output(revise(number + " --note ''")),
+              "Revised transaction " + number + ".\n");
+  }
+  ASSERT_EQ(program.output("export transactions Family --portfolio Savings --out b.csv"), "");
+  EXPECT_EQ(testing::readText(program.folder / "b.csv"),
+            testing::readText(program.folder / "a.csv"));
+}
+
 TEST_F(ConsoleTransactionsTest, RefusesInTheWordsOfTheFormAndOfTheLedger) {
   expectRefused(record("sell --symbol AB --shares 1 --total 1"), 1,
                 "Nothing is held that could be sold.\n");

@@ -53,8 +53,7 @@ void writeManual(const Command& command, std::ostream& out) {
 
 /// What can stand for a value or a word of this name.
 std::string_view bashFiller(std::string_view name) {
-  constexpr std::string_view files = "FILE WORKSPACE FOLDER";
-  return files.contains(name) ? "-f" : "";
+  return name == "FILE" || name == "WORKSPACE" || name == "FOLDER" ? "-f" : "";
 }
 
 /// "transactions|holdings|gains" as the words that it names; none for the name of a word.
@@ -65,6 +64,11 @@ std::string wordChoices(std::string_view word) {
   }
   std::ranges::replace(choices, '|', ' ');
   return choices;
+}
+
+/// The values that `option` may have; none where anything may stand there.
+std::string optionChoices(const Option& option) {
+  return option.choices.empty() ? wordChoices(option.value) : std::string(option.choices);
 }
 
 std::string commandNames() {
@@ -91,11 +95,12 @@ void writeBashCase(const Command& command, std::ostream& out) {
       continue;
     }
     out << "        " << option.name << ") COMPREPLY=($(compgen ";
-    if (option.choices.empty()) {
-      const std::string_view filler = bashFiller(option.value);
-      out << (filler.empty() ? "-W ''" : filler);
+    const std::string choices = optionChoices(option);
+    const std::string_view filler = bashFiller(option.value);
+    if (choices.empty() && !filler.empty()) {
+      out << filler;
     } else {
-      out << "-W '" << option.choices << "'";
+      out << "-W '" << choices << "'";
     }
     out << " -- \"$current\")); return ;;\n";
   }
@@ -172,7 +177,7 @@ void writeZshCase(const Command& command, std::ostream& out) {
   for (const Option& option : command.options) {
     out << " \\\n        '" << (option.mayRepeat ? "*" : "") << option.name << "["
         << zshText(option.help) << "]"
-        << (option.value.empty() ? "" : zshValue(option.value, option.choices)) << "'";
+        << (option.value.empty() ? "" : zshValue(option.value, optionChoices(option))) << "'";
   }
   std::size_t place = 1;
   for (const std::string_view word : command.words) {
