@@ -14,6 +14,7 @@
 #include "desktop/desktop_world.h"
 #include "desktop/equity/equity_view.h"
 #include "desktop/look/qt_text.h"
+#include "desktop/portfolio/portfolio_view.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/source_row_delegate.h"
 #include "platform/system/resources.h"
@@ -82,6 +83,53 @@ TEST_F(EquityScreenTest, OpensWhatIsHeldFromTheHoldings) {
   QTest::keyClick(holdings, Qt::Key_Return);
   ASSERT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
   EXPECT_EQ(frame().equityViewController->currentEquity()->symbol, "LUM");
+}
+
+TEST_F(EquityScreenTest, OpensTheEquityOfATransaction) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  window->workspaceView().portfolioView().tabs().setCurrentIndex(1);
+  auto* transactions = named<QTableView>(*window, "Transactions");
+  transactions->setFocus();
+  transactions->selectRow(0);
+  EXPECT_FALSE(menuItem(*window, "Show Equity")->isEnabled()) << "a deposit has none";
+  transactions->selectRow(1);
+  EXPECT_TRUE(menuItem(*window, "Show Equity")->isEnabled());
+  QTest::keyClick(transactions, Qt::Key_Return, Qt::ControlModifier);
+  ASSERT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
+  EXPECT_EQ(frame().equityViewController->currentEquity()->symbol, "NOR");
+}
+
+TEST_F(EquityScreenTest, OpensWhatWasTradedFromTheGains) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  window->workspaceView().portfolioView().tabs().setCurrentIndex(2);
+  auto* gains = named<QTableView>(*window, "Realized gains and losses");
+  emit gains->activated(gains->model()->index(2, 0));
+  ASSERT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
+  EXPECT_EQ(frame().equityViewController->currentEquity()->symbol, "WHT");
+}
+
+TEST_F(EquityScreenTest, LeavesTheCommandsOfTheWindowToIt) {
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
+  int exports = 0;
+  QAction* action = menuItem(*window, "Export");
+  action->disconnect();
+  QObject::connect(action, &QAction::triggered, action, [&] { ++exports; });
+  for (auto* field : {named<QWidget>(*window, "Search"), named<QWidget>(*window, "First day")}) {
+    field->setFocus();
+    ASSERT_TRUE(field->hasFocus());
+    QTest::keyClick(field, Qt::Key_E, Qt::ControlModifier);
+  }
+  EXPECT_EQ(exports, 2);
+
+  // What edits the text stays with the field.
+  auto* search = named<QLineEdit>(*window, "Search");
+  search->setFocus();
+  QTest::keyClicks(search, "abc");
+  QTest::keyClick(search, Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(search->selectedText(), "abc");
+  QTest::keyClicks(search, "d");
+  QTest::keyClick(search, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(search->text(), "abc");
 }
 
 TEST_F(EquityScreenTest, MovesRowsOfTheWatchlistByKey) {

@@ -636,6 +636,32 @@ TEST_F(TransactionFormTest, SaysWhatToDoWhereADividendIsInTheWay) {
   EXPECT_THAT(form.preview().reason, HasSubstr("Delete it, make this change"));
 }
 
+TEST_F(TransactionFormTest, SaysThatNothingCanBeTransferredWithoutCashAccounts) {
+  portfolio->usesCashAccounts = false;
+  for (const Mode mode : {Mode::deposit, Mode::withdraw}) {
+    create(mode);
+    total("10");
+    EXPECT_EQ(form.preview().refusal,
+              "This portfolio keeps no cash accounts, so nothing can be transferred.");
+    EXPECT_THAT(form.preview().reason, HasSubstr("Turn on cash accounting"));
+  }
+}
+
+TEST_F(TransactionFormTest, ForgetsTheRateOfACurrencyThatWasLeft) {
+  buySomething();
+  create();
+  choose(abc);
+  shares("10");
+  form.chooseCurrency(Currency::usd());
+  total("100");
+  rate("1.5");
+  form.chooseCurrency(Currency::cad());
+  total("100");
+  EXPECT_TRUE(form.exchangeRateField.isHidden);
+  EXPECT_THAT(form.preview().figures,
+              ::testing::Contains(Figure{"Cost base", "CA$1,000.00", "CA$1,100.00"}));
+}
+
 TEST_F(TransactionFormTest, TriesAModificationInPlaceOfTheRow) {
   buySomething();
   form.behaviour = Form::Modify{rows()[2]->basic, portfolio, rows()[2]};

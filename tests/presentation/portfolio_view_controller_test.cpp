@@ -172,6 +172,29 @@ TEST_F(PortfolioViewControllerTest, OffersTheYearsOfTheLedger) {
   EXPECT_EQ(presetLabels().back(), "Past year");
 }
 
+TEST_F(PortfolioViewControllerTest, StaysWithAllTimeFromPortfolioToPortfolio) {
+  on(day(2020, 6, 15));
+  record({deposit("1")});
+  show();
+  ASSERT_EQ(screen->datesPicker.presetTitle(), "All time");
+  const PortfolioPointer older = manager->createPortfolio(Currency::cad());
+  manager->recordTransactions({on(day(2017, 2, 1)).deposit("1")}, older, nullptr);
+  const PortfolioPointer empty = manager->createPortfolio(Currency::cad());
+  for (const PortfolioPointer& next : {older, empty, older, portfolio}) {
+    screen->setPortfolio(next);
+    settle();
+    EXPECT_EQ(screen->datesPicker.presetTitle(), next == empty ? "Custom Range" : "All time");
+  }
+  EXPECT_EQ(screen->datesPicker.startDate(), (YearMonthDay{2020, 6, 15}));
+
+  // Days of one's own stay what they are.
+  screen->datesPicker.choosePreset(3);
+  settle();
+  screen->setPortfolio(older);
+  settle();
+  EXPECT_EQ(screen->datesPicker.presetTitle(), "Past month");
+}
+
 TEST_F(PortfolioViewControllerTest, StacksTheSeriesUpToTheTotal) {
   buySomeOfEach();
   show();

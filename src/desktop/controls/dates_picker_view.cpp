@@ -9,6 +9,7 @@
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 
+#include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -28,6 +29,7 @@ QDateEdit* makeDateEdit(const QString& accessibleName) {
   edit->setCalendarPopup(true);
   // A day is taken when the user is done with it, not after each digit.
   edit->setKeyboardTracking(false);
+  new WindowShortcuts(*edit);
   edit->setAccessibleName(accessibleName);
   edit->setToolTip(accessibleName);
   edit->setDisplayFormat(QLocale().dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))

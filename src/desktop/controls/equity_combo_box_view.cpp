@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -159,6 +160,7 @@ EquityComboBoxView::EquityComboBoxView(EquityComboBox& box, const QString& acces
   field_->setAccessibleName(accessibleName);
   field_->setClearButtonEnabled(true);
   field_->installEventFilter(this);
+  new WindowShortcuts(*field_);
   arrow_->setArrowType(Qt::DownArrow);
   arrow_->setAutoRaise(true);
   arrow_->setFocusPolicy(Qt::NoFocus);

@@ -92,6 +92,9 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
       addCommand(QStringLiteral("Move Up"), {Qt::ALT | Qt::Key_Up}, &Controller::moveUpAction);
   moveDown_ = addCommand(QStringLiteral("Move Down"), {Qt::ALT | Qt::Key_Down},
                          &Controller::moveDownAction);
+  openEquity_ = addCommand(QStringLiteral("Show Equity"),
+                           {Qt::CTRL | Qt::Key_Return, Qt::CTRL | Qt::Key_Enter},
+                           &Controller::openEquityAction);
   for (QAction* move : {moveUp_, moveDown_}) {
     move->setToolTip(QStringLiteral("Among the transactions of one settlement date"));
   }
@@ -211,6 +214,7 @@ void TransactionsTab::updateActions() {
   delete_->setEnabled(controller_->canModifyAndDelete());
   moveUp_->setEnabled(controller_->canMoveUp());
   moveDown_->setEnabled(controller_->canMoveDown());
+  openEquity_->setEnabled(controller_->canOpenEquity());
 }
 
 }  // namespace corvane::desktop

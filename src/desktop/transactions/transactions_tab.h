@@ -26,7 +26,7 @@ class TransactionsTab : public QWidget {
 
   /// The commands for the selected rows, for the menu of the window as well.
   [[nodiscard]] std::vector<QAction*> commands() const {
-    return {modify_, duplicate_, delete_, moveUp_, moveDown_};
+    return {modify_, duplicate_, delete_, moveUp_, moveDown_, openEquity_};
   }
   /// Adds commands of the window to the menu of the table.
   void addToContextMenu(const std::vector<QAction*>& commands);
@@ -50,6 +50,7 @@ class TransactionsTab : public QWidget {
   QAction* delete_;
   QAction* moveUp_;
   QAction* moveDown_;
+  QAction* openEquity_;
   bool isShowingSelection_ = false;
   Subscription changes_;
   Subscription segues_;

@@ -66,7 +66,7 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
 }
 
 void PortfolioViewController::observe() {
-  holdings->openEquityHandler =
+  holdings->openEquityHandler = transactions->openEquityHandler =
       gains->openEquityHandler = [self = weak_from_this()](const EquityPointer& equity) {
         if (const auto living = self.lock()) {
           living->openEquityHandler(equity);
@@ -208,6 +208,10 @@ void PortfolioViewController::rebuildDatePresets(const PortfolioManager& manager
   const auto today = YearMonthDay::of(now, calendar);
   const auto& rows = currentData_.portfolio->transactions();
   datesPicker.setCalendar(calendar);
+  if (!datesPicker.presets().empty()) {
+    showsAllTime_ = datesPicker.startDate() == datesPicker.minimumDate() &&
+                    datesPicker.endDate() == datesPicker.maximumDate();
+  }
   if (rows.empty()) {
     datesPicker.setLimits(QueryDatesPicker::earliestPossibleDay,
                           QueryDatesPicker::latestPossibleDay);
@@ -221,8 +225,11 @@ void PortfolioViewController::rebuildDatePresets(const PortfolioManager& manager
       std::min(YearMonthDay::of(rows.front()->settlementDate(), calendar), latest);
   const ClosedRange<YearMonthDay> days(earliest, latest);
   datesPicker.setLimits(earliest, latest);
-  datesPicker.setDates(days.contains(datesPicker.startDate()) ? datesPicker.startDate() : earliest,
-                       days.contains(datesPicker.endDate()) ? datesPicker.endDate() : latest);
+  const auto kept = [&](const YearMonthDay& day, const YearMonthDay& otherwise) {
+    return !showsAllTime_ && days.contains(day) ? day : otherwise;
+  };
+  datesPicker.setDates(kept(datesPicker.startDate(), earliest),
+                       kept(datesPicker.endDate(), latest));
   datesPicker.setPresets(portfolioDatePresets(days, today));
 }
 

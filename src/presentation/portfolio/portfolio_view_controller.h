@@ -165,6 +165,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   /// Of what only the cache could be asked.
   EquityMap<Date> endsOfStoredPrices_;
   std::string warning_;
+  /// Whether the days are all that the ledger shown last has: of another one it is all of its own.
+  bool showsAllTime_ = true;
   int fetchesUnderWay_ = 0;
   std::vector<Subscription> observations_;
 };

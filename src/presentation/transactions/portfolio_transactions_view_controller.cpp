@@ -133,6 +133,19 @@ void PortfolioTransactionsViewController::duplicateTransactionAction() {
   }
 }
 
+bool PortfolioTransactionsViewController::canOpenEquity() const {
+  return receivesCommands_ && selectedRows_.size() == 1 &&
+         transaction(selectedRows_.front())->basic.equity() != nullptr;
+}
+
+void PortfolioTransactionsViewController::openEquityAction() {
+  if (canOpenEquity()) {
+    // The other screen may let go of the row.
+    const EquityPointer equity = *transaction(selectedRows_.front())->basic.equity();
+    openEquityHandler(equity);
+  }
+}
+
 std::unique_ptr<EditTransactionViewController>
 PortfolioTransactionsViewController::makeEditTransactionForm(
     const TransactionPointer& transaction) const {

@@ -97,6 +97,12 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   /// Deletes the selected rows and says how many they were.
   void deleteTransactionAction();
 
+  /// Whether one row is selected that names an equity.
+  [[nodiscard]] bool canOpenEquity() const;
+  /// Shows the equity of the selected row on its own screen.
+  void openEquityAction();
+  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
+
   /// Opens the form for a new transaction, filled from `original`.
   std::function<void(const BasicTransaction& original)> duplicateHandler =
       [](const BasicTransaction&) {};

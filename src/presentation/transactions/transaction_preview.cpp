@@ -1,6 +1,7 @@
 #include "presentation/transactions/transaction_preview.h"
 
 #include <optional>
+#include <variant>
 
 #include "core/money/decimal_number_formatter.h"
 
@@ -54,6 +55,11 @@ TransactionPreview previewOf(const BasicTransaction& transaction, const Portfoli
   }
   const auto trial = manager->trial(transaction, portfolio, revised);
   if (!trial) {
+    if (!portfolio->usesCashAccounts &&
+        std::holds_alternative<BasicTransaction::Transfer>(transaction.kind)) {
+      return {.refusal = "This portfolio keeps no cash accounts, so nothing can be transferred.",
+              .reason = "Turn on cash accounting in its details to record transfers."};
+    }
     return {.refusal = trial.error()->description().value_or("The ledger would refuse this."),
             .reason = trial.error()->furtherText()};
   }
