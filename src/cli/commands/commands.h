@@ -15,6 +15,7 @@ namespace corvane::cli {
 
 [[nodiscard]] Command backtestCommand();
 [[nodiscard]] Command createCommand();
+[[nodiscard]] Command explainCommand();
 [[nodiscard]] Command exportCommand();
 [[nodiscard]] Command importCommand();
 [[nodiscard]] Command ledgerCommand();
@@ -23,6 +24,7 @@ namespace corvane::cli {
 [[nodiscard]] Command removeCommand();
 [[nodiscard]] Command returnsCommand();
 [[nodiscard]] Command statementsCommand();
+[[nodiscard]] Command taxCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
 [[nodiscard]] Command watchCommand();
