@@ -79,5 +79,44 @@ TEST_F(ConsoleReportsTest, SayWhatIsLeftOutOfReturns) {
             "Nothing was held in these days.\n");
 }
 
+TEST_F(ConsoleReportsTest, ShowATaxYear) {
+  EXPECT_EQ(program.output("tax Family --year 2024 --section totals"),
+            "Symbol    Currency  Proceeds  Cost Base   Gains  Losses  Denied     Net\n"
+            "BOREA.TO  CAD        3877.05    3687.98  189.07    0.00    0.00  189.07\n"
+            "Total     CAD        3877.05    3687.98  189.07    0.00    0.00  189.07\n");
+  EXPECT_THAT(program.output("tax Family --year 2023"),
+              AllOf(HasSubstr("\nNo disposals in 2023.\n"), HasSubstr("This is no tax advice.")));
+  // The trade is of 21 May and settles on the 23rd.
+  EXPECT_THAT(program.output("tax Family --year 2024 --year-start 05-23 --section disposals --csv"),
+              HasSubstr("\r\n\"2024-05-23\",\"2024-05-21\",\"Savings\",\"BOREA.TO\",\"40\","));
+  EXPECT_THAT(program.output("tax Family --year 2024 --year-start 05-23 --trade-dates"),
+              HasSubstr("No disposals"));
+  EXPECT_THAT(program.output("tax Family --year 2024 --registered Savings"),
+              HasSubstr("No disposals"));
+  EXPECT_EQ(program.output("tax Family --year 2024 --person Kim --affiliated Savings=Kim "
+                           "--section totals"),
+            program.output("tax Family --year 2024 --section totals"));
+  for (const char* wrong : {"--year 24", "--year 2024 --year-start 02-30", "--year 2024 --person X",
+                            "--year 2024 --section x", "--year 2024 --affiliated Savings"}) {
+    EXPECT_EQ(program.run(std::string("tax Family ") + wrong).exitCode, 2) << wrong;
+  }
+}
+
+TEST_F(ConsoleReportsTest, ExplainFigures) {
+  EXPECT_THAT(program.output("explain gain Family --portfolio Savings --symbol BOREA.TO"),
+              AllOf(StartsWith("Capital gain of row 8 of “Savings”: 189.07 CAD, difference\n"
+                               "  Proceeds: 3877.05 CAD, 2024-05-23, row 8 of “Savings”\n"),
+                    HasSubstr("\n    Shares held before: 100,")));
+  EXPECT_THAT(program.output("explain cost-base Family --portfolio Savings --row 5 --csv"),
+              HasSubstr("\r\n\"1\",\"Added to the cost base\",\"\",\"4097.24\",\"CAD\","));
+  const std::string heading = program.output("value Family --sample-market");
+  const std::string value =
+      program.output("explain value Family --portfolio Savings --sample-market");
+  EXPECT_THAT(heading, HasSubstr(std::to_string(figure(value, "Value:")).substr(0, 6)));
+  EXPECT_EQ(program.run("explain gain Family --portfolio Savings --row 2").exitCode, 2);
+  EXPECT_EQ(program.run("explain gain Family --portfolio Savings --row 99").exitCode, 2);
+  EXPECT_EQ(program.run("explain gain Family --portfolio Savings").exitCode, 2);
+}
+
 }  // namespace
 }  // namespace corvane

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 
 #include "random_cases.h"
 #include "reports/returns/money_weighted_return.h"
@@ -132,19 +133,21 @@ TEST(ReturnsProperty, PeriodsLinkAndRatesSolve) {
     if (found.outcome != MoneyWeightedReturn::Outcome::rate) {
       return;
     }
+    std::map<YearMonthDay, Decimal> byDay;
+    for (const OwnersPayment& payment : payments) {
+      byDay[payment.day] += payment.amount;
+    }
+    std::erase_if(byDay, [](const auto& day) { return day.second.isZero(); });
+    const YearMonthDay last = byDay.rbegin()->first;
     std::vector<double> roots = found.otherPeriods;
     roots.push_back(found.period.value());
     for (const double root : roots) {
       long double balance = 0;
       long double size = 0;
-      YearMonthDay last = start;
-      for (const OwnersPayment& payment : payments) {
-        last = payment.amount.isZero() ? last : payment.day;
-      }
-      for (const OwnersPayment& payment : payments) {
-        const double years = daysBetween(payment.day, last) / 365.0;
+      for (const auto& [day, amount] : byDay) {
+        const double years = daysBetween(day, last) / 365.0;
         const long double grown =
-            payment.amount.doubleValue() * std::pow(1 + annualised(root, found.days), years);
+            amount.doubleValue() * std::pow(1 + annualised(root, found.days), years);
         balance += grown;
         size += std::abs(grown);
       }

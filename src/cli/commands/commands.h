@@ -16,6 +16,7 @@ namespace corvane::cli {
 [[nodiscard]] Command backtestCommand();
 [[nodiscard]] Command createCommand();
 [[nodiscard]] Command deleteCommand();
+[[nodiscard]] Command explainCommand();
 [[nodiscard]] Command exportCommand();
 [[nodiscard]] Command importCommand();
 [[nodiscard]] Command ledgerCommand();
@@ -27,6 +28,7 @@ namespace corvane::cli {
 [[nodiscard]] Command returnsCommand();
 [[nodiscard]] Command reviseCommand();
 [[nodiscard]] Command statementsCommand();
+[[nodiscard]] Command taxCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
 [[nodiscard]] Command watchCommand();

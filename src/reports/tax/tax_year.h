@@ -1,0 +1,101 @@
+// What a tax year holds: disposals, income, deemed gains, and what wants a human eye.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ledger/portfolio/portfolio.h"
+#include "ledger/transaction/transaction_effect.h"
+#include "reports/tax/tax_walk.h"
+
+namespace corvane {
+
+enum class TaxRole {
+  taxable,     ///< the user's own
+  registered,  ///< of the user, not taxed; its shares count and what it is given is lost
+  affiliated,  ///< of somebody close, who is taxed for himself
+  notMine,     ///< plays no part
+};
+
+struct TaxedPortfolio {
+  PortfolioPointer portfolio;
+  TaxRole role = TaxRole::taxable;
+  std::string person = {};  ///< of an affiliated portfolio, whose it is
+};
+
+struct TaxYearQuestion {
+  YearMonthDay first;
+  YearMonthDay last;
+  YearMonthDay today;
+  std::string person = {};   ///< whose year it is; empty for the user
+  bool byTradeDate = false;  ///< else by settlement
+  bool deniesSuperficialLosses = true;
+};
+
+/// Where a line of the report stands in a ledger.
+struct TaxRowPlace {
+  PortfolioPointer portfolio;
+  std::size_t position = 0;  ///< in the ledger, from 0
+  EquityPointer equity;      ///< null for cash adjustments
+  YearMonthDay settlement;
+  YearMonthDay trade;
+
+  [[nodiscard]] const PortfolioTransaction& row() const {
+    return *portfolio->transactions()[position];
+  }
+};
+
+struct TaxYear {
+  struct Disposal {
+    TaxRowPlace place;
+    Decimal shares;
+    CurrencyAmount proceeds;  ///< as entered
+    Decimal rate;             ///< implied: equivalent by amount
+    Decimal equivalent;       ///< proceeds in the primary currency
+    TaxDisposal tax;
+    std::optional<Decimal> ledgerGain;
+    std::string addedTo;  ///< whose cost base has been raised by what is denied
+    std::string note;     ///< why ledger and tax differ, and what is provisional
+  };
+  struct Totals {
+    EquityPointer equity;  ///< null for the sum of a currency
+    Currency currency;
+    Decimal proceeds, costBase, gains, losses, denied;
+    [[nodiscard]] Decimal net() const { return gains - losses + denied; }
+  };
+  struct Income {
+    EquityPointer equity;
+    TransactionType kind;
+    CurrencyAmount amount;
+    CurrencyAmount equivalent;
+  };
+  struct DeemedGain {
+    TaxRowPlace place;
+    Decimal amount;
+  };
+  struct ToCheck {
+    TaxRowPlace place;
+    std::string reason;
+  };
+  struct CostAtEnd {
+    EquityPointer equity;
+    Currency currency;
+    TaxWalk::Pool pool;
+  };
+  std::vector<Disposal> disposals;          ///< by day
+  std::vector<Totals> totals;               ///< by symbol, then the sum of each primary currency
+  std::vector<Income> income;               ///< by symbol, currency and kind
+  std::vector<CurrencyAmount> adjustments;  ///< interest and fees, by currency
+  std::vector<DeemedGain> deemedGains;
+  std::vector<ToCheck> toCheck;
+  std::vector<CostAtEnd> costs;  ///< at the end of the year, by symbol
+};
+
+/// The year of one person. Pools are those of portfolios with one primary currency; all history up
+/// to 30 days after the year counts. Main queue only.
+[[nodiscard]] TaxYear taxYear(std::span<const TaxedPortfolio> portfolios,
+                              const TaxYearQuestion& question, const Calendar& calendar);
+
+}  // namespace corvane

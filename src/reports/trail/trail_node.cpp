@@ -1,0 +1,96 @@
+#include "reports/trail/trail_node.h"
+
+#include <utility>
+
+namespace corvane {
+namespace {
+
+TrailNode innerNode(TrailNode::Operation operation, std::string label, std::string unit,
+                    std::vector<TrailNode> children, int digits = 0) {
+  TrailNode node{.label = std::move(label),
+                 .unit = std::move(unit),
+                 .operation = operation,
+                 .digits = digits,
+                 .children = std::move(children)};
+  node.value = node.recomputed();
+  return node;
+}
+
+}  // namespace
+
+Decimal TrailNode::recomputed() const {
+  if (operation == Operation::leaf) {
+    return value;
+  }
+  if (operation == Operation::round) {
+    return rounded(children.front().value, digits, RoundingMode::bankers);
+  }
+  Decimal result = operation == Operation::product ? 1 : 0;
+  bool isFirst = true;
+  for (const TrailNode& child : children) {
+    if (std::exchange(isFirst, false) &&
+        (operation == Operation::difference || operation == Operation::quotient)) {
+      result = child.value;
+    } else if (operation == Operation::sum) {
+      result += child.value;
+    } else if (operation == Operation::difference) {
+      result -= child.value;
+    } else if (operation == Operation::product) {
+      result = result * child.value;
+    } else {
+      result = result / child.value;
+    }
+  }
+  return result;
+}
+
+TrailNode sumOf(std::string label, std::string unit, std::vector<TrailNode> parts) {
+  return innerNode(TrailNode::Operation::sum, std::move(label), std::move(unit), std::move(parts));
+}
+
+TrailNode differenceOf(std::string label, std::string unit, std::vector<TrailNode> parts) {
+  return innerNode(TrailNode::Operation::difference, std::move(label), std::move(unit),
+                   std::move(parts));
+}
+
+TrailNode productOf(std::string label, std::string unit, std::vector<TrailNode> factors) {
+  return innerNode(TrailNode::Operation::product, std::move(label), std::move(unit),
+                   std::move(factors));
+}
+
+TrailNode quotientOf(std::string label, std::string unit, TrailNode dividend, TrailNode divisor) {
+  return innerNode(TrailNode::Operation::quotient, std::move(label), std::move(unit),
+                   {std::move(dividend), std::move(divisor)});
+}
+
+TrailNode roundedTo(int digits, std::string label, TrailNode exact) {
+  if (rounded(exact.value, digits, RoundingMode::bankers) == exact.value) {
+    exact.label = std::move(label);
+    return exact;
+  }
+  std::string unit = exact.unit;
+  TrailNode node = innerNode(TrailNode::Operation::round, std::move(label), std::move(unit),
+                             {std::move(exact)}, digits);
+  node.note = "rounded half to even, " + std::to_string(digits) + " digits";
+  return node;
+}
+
+std::string_view displayName(TrailNode::Operation operation) {
+  switch (operation) {
+    case TrailNode::Operation::leaf:
+      return "";
+    case TrailNode::Operation::sum:
+      return "sum";
+    case TrailNode::Operation::difference:
+      return "difference";
+    case TrailNode::Operation::product:
+      return "product";
+    case TrailNode::Operation::quotient:
+      return "quotient";
+    case TrailNode::Operation::round:
+      return "round";
+  }
+  __builtin_unreachable();
+}
+
+}  // namespace corvane

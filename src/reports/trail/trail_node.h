@@ -1,0 +1,51 @@
+// How a figure came about: a tree whose every inner node can be recomputed from what is below it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/decimal/decimal.h"
+#include "core/money/year_month_day.h"
+
+namespace corvane {
+
+struct TrailNode {
+  enum class Operation {
+    leaf,
+    sum,         ///< of all children
+    difference,  ///< the first child less the others
+    product,     ///< of all children
+    quotient,    ///< the first child by the second
+    round,       ///< the child to `digits`, half to even
+  };
+  std::string label;
+  Decimal value = {};
+  std::string unit = {};  ///< a currency's code, or empty for a plain number
+  std::optional<YearMonthDay> day = std::nullopt;
+  Operation operation = Operation::leaf;
+  int digits = 0;  ///< of a rounding
+  std::vector<TrailNode> children = {};
+  /// Where a leaf comes from: a row, a quote, a rate, a setting.
+  std::string source = {};
+  std::string note = {};  ///< what the reader might stumble over
+
+  /// The value that the children give; that of a leaf.
+  [[nodiscard]] Decimal recomputed() const;
+};
+
+/// Inner nodes, with the values that their children give.
+[[nodiscard]] TrailNode sumOf(std::string label, std::string unit, std::vector<TrailNode> parts);
+[[nodiscard]] TrailNode differenceOf(std::string label, std::string unit,
+                                     std::vector<TrailNode> parts);
+[[nodiscard]] TrailNode productOf(std::string label, std::string unit,
+                                  std::vector<TrailNode> factors);
+[[nodiscard]] TrailNode quotientOf(std::string label, std::string unit, TrailNode dividend,
+                                   TrailNode divisor);
+/// `exact` rounded to `digits`; itself where it has no more.
+[[nodiscard]] TrailNode roundedTo(int digits, std::string label, TrailNode exact);
+
+/// "sum", "difference", "product", "quotient", "round", or "" for a leaf.
+[[nodiscard]] std::string_view displayName(TrailNode::Operation operation);
+
+}  // namespace corvane
