@@ -279,6 +279,7 @@ TEST_F(Statements, ReadsNewestFirstAndTellsTheLedgersRefusals) {
       linesOf(preview(heading + "01/15/2025,Sell,ABC,ABC CORP,4,$30.00,,$120.00\n"
                                 "01/10/2025,Wire Funds Received,,WIRE,,,,\"$1,000.00\"\n"));
   EXPECT_THAT(refused[0], HasSubstr("2 the ledger refuses"));
+  EXPECT_THAT(refused[0], HasSubstr("Insufficient shares."));
   EXPECT_THAT(refused[1], HasSubstr("3 new"));
 }
 

@@ -19,6 +19,13 @@ struct Refusal {
   std::string reason;
 };
 
+/// What went wrong, and why or what helps.
+std::string reasonOf(const Error& error) {
+  const std::string further = error.furtherText();
+  return error.description().value_or("The row was refused.") +
+         (further.empty() ? "" : " " + further);
+}
+
 /// Tries rows on copies of a ledger.
 class Trial {
  public:
@@ -42,7 +49,7 @@ class Trial {
       manager->recordTransactions(std::move(rows), copy, nullptr,
                                   [&](std::size_t count) { recorded = count; });
     } catch (const Error& error) {
-      return Refusal{recorded, error.description().value_or("")};
+      return Refusal{recorded, reasonOf(error)};
     }
     return std::nullopt;
   }
@@ -190,10 +197,7 @@ std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,
     if (recorded == transactions.size()) {
       throw;
     }
-    const std::string further = error.furtherText();
-    throw StatementError(rowOf(recorded, preview.reading.rows).line, "",
-                         error.description().value_or("The row was refused.") +
-                             (further.empty() ? "" : " " + further));
+    throw StatementError(rowOf(recorded, preview.reading.rows).line, "", reasonOf(error));
   }
   return transactions;
 }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -183,10 +184,17 @@ fs::path temporaryDirectory(std::optional<FileError>* problem) {
   }
 }
 
+/// A file may say that it is larger than what is in it.
+constexpr off_t mostRoomAtOnce = off_t{64} << 20;
+
 std::string read(const fs::path& path) {
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   require(file.number() >= 0, "read", path);
   std::string content;
+  struct stat status {};
+  if (::fstat(file.number(), &status) == 0 && status.st_size > 0) {
+    content.reserve(static_cast<std::size_t>(std::min(status.st_size, mostRoomAtOnce)));
+  }
   char buffer[1 << 16];
   while (true) {
     const ssize_t length = ::read(file.number(), buffer, sizeof buffer);
