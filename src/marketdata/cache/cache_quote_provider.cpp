@@ -1,6 +1,7 @@
 #include "marketdata/cache/cache_quote_provider.h"
 
 #include <cassert>
+#include <chrono>
 #include <typeinfo>
 #include <utility>
 
@@ -16,6 +17,24 @@ namespace {
 
 /// How long another running program may keep the file locked: it writes one answer at a time.
 constexpr int busyTimeoutMilliseconds = 1000;
+
+/// Keeps a log beside the file. The engine never waits for a lock while it changes to that, and
+/// where several programs start together on a new file some would fail.
+void useWriteAheadLog(SQLiteDatabase& database) {
+  const auto end =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(busyTimeoutMilliseconds);
+  for (;;) {
+    try {
+      database.executeScript("PRAGMA journal_mode = WAL;");
+      return;
+    } catch (const SQLiteError& error) {
+      if (!error.isForALock() || std::chrono::steady_clock::now() >= end) {
+        throw;
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+}
 
 /// The id of a row that is gone; another equity's may have its old one by now.
 constexpr std::int64_t noRow = -1;
@@ -34,7 +53,8 @@ void completeLater(Completion completion, Outcome outcome) {
 CacheQuoteProvider::CacheQuoteProvider(const std::filesystem::path& location)
     : database_(location, SQLiteDatabase::Mode::create, busyTimeoutMilliseconds),
       checkpoint_(location) {
-  database_.executeScript("PRAGMA journal_mode = WAL;\nPRAGMA foreign_keys = ON;");
+  useWriteAheadLog(database_);
+  database_.executeScript("PRAGMA foreign_keys = ON;");
   // A commit does not wait for the disk: a cache may lose its last second, but the file stays
   // sound. Nor does it write the log back, which waits too.
   database_.executeScript("PRAGMA synchronous = NORMAL;\nPRAGMA wal_autocheckpoint = 0;");

@@ -32,6 +32,8 @@ class SQLiteError : public ErrorValue<SQLiteError> {
   std::string sql;      ///< the statement, where there was one
 
   [[nodiscard]] int primaryCode() const { return code & 0xFF; }
+  /// Whether the lock of another connection stood in the way.
+  [[nodiscard]] bool isForALock() const { return primaryCode() == 5; }
   [[nodiscard]] std::optional<std::string> description() const override {
     return "The database reports: " + message + ".";
   }
