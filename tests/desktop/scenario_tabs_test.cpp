@@ -14,6 +14,7 @@
 #include "desktop/charts/chart_widget.h"
 #include "desktop/desktop_world.h"
 #include "desktop/equity/equity_view.h"
+#include "desktop/scenario/heat_map_dialog.h"
 #include "desktop/window_driver.h"
 
 namespace corvane::testing {
@@ -105,6 +106,23 @@ TEST_F(ScenarioTabsTest, LeadToEachOther) {
   EXPECT_EQ(tabs().currentIndex(), 2);
   ASSERT_TRUE(settles(detail()));
   EXPECT_EQ(menuItem(*window, "Undo")->text().toStdString(), "&Undo Strategy Change");
+}
+
+TEST_F(ScenarioTabsTest, OpenTheHeatMap) {
+  tabs().setCurrentIndex(2);
+  auto* button = buttonWith(*tabs().currentWidget(), "Heat Map…");
+  EXPECT_FALSE(button->isEnabled()) << "before there is a run";
+  ASSERT_TRUE(settles(detail()));
+  button->click();
+  auto* dialog = openDialog<desktop::HeatMapDialog>(*window);
+  ASSERT_NE(dialog, nullptr);
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return !dialog->map().progress().isAnimated; }));
+  const QModelIndex cell = named<QTableView>(*dialog, "Returns")->model()->index(4, 4);
+  EXPECT_TRUE(cell.data().toString().contains(QStringLiteral("%")));
+  EXPECT_TRUE(cell.data(Qt::BackgroundRole).isValid());
+  EXPECT_THAT(cell.data(Qt::AccessibleTextRole).toString().toStdString(),
+              ::testing::HasSubstr("Buy when down by 5.00%, Sell when up by 5.00%: "));
+  dialog->close();
 }
 
 TEST_F(ScenarioTabsTest, NameEveryControl) {

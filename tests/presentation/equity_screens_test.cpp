@@ -215,6 +215,24 @@ TEST_F(EquityScreensTest, OnlyTheTabOnTheScreenAsks) {
   EXPECT_THAT(market->fetches, SizeIs(8));
 }
 
+TEST_F(EquityScreensTest, AnEquityOfWhichNothingIsKnownYetIsNoFailure) {
+  const EquityPointer unknown = market->equityWithId("NEW");
+  model->watchlistEquities.push_back(unknown);
+  show(unknown);
+  const std::size_t asked = market->fetches.size();
+  answerLatest(failure(QuoteProviderError(QuoteProviderError::CurrencyMismatch{"XXX", "CAD"})));
+  EXPECT_THAT(errors, IsEmpty());
+  postRefresh();
+  EXPECT_THAT(market->fetches, SizeIs(asked)) << "nothing has become known";
+  fill(unknown);
+  postRefresh();
+  EXPECT_THAT(market->fetches, SizeIs(asked + 2)) << "quotes and events";
+  postRefresh();
+  EXPECT_THAT(market->fetches, SizeIs(asked + 2));
+  answerLatest(failure(QuoteProviderError(QuoteProviderError::CurrencyMismatch{"USD", "CAD"})));
+  EXPECT_THAT(errors, SizeIs(1));
+}
+
 TEST_F(EquityScreensTest, PeriodsEndNowAndBeginOnADayOfTheExchange) {
   show(equity);
   now = now + 0.75;

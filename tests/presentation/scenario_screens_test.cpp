@@ -2,11 +2,13 @@
 // what becomes of it when the user changes his mind.
 
 #include <random>
+#include <set>
 
 #include "presentation/frame/main_split_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/scenario/scenario_batch_view_controller.h"
 #include "presentation/scenario/scenario_detail_view_controller.h"
+#include "presentation/scenario/scenario_text.h"
 #include "scenario/naive_trader.h"
 
 namespace corvane::testing {
@@ -467,6 +469,21 @@ TEST_F(ScenarioScreensTest, ShowNothingOfAnswersThatAreOvertaken) {
   }
 }
 
+/// The return of each sub-period of a batch that grows from the first day, worked out on paper.
+std::vector<std::string> returnsOnPaper(const std::vector<Quote>& bars,
+                                        const InvestmentStrategy& strategy,
+                                        const EquityInfo& equity) {
+  const auto days = tradingDayNumbers(bars, equity);
+  std::vector<std::string> returns;
+  for (const auto& range : batchRanges(BatchMethod::accumulatingFromStart, days)) {
+    const auto end = static_cast<std::ptrdiff_t>(range.upper());
+    const NaiveTrader trader({bars.begin(), bars.begin() + end}, {days.begin(), days.begin() + end},
+                             strategy, 1000);
+    returns.push_back(returnText(trader.values.back() / 1000 - 1).value());
+  }
+  return returns;
+}
+
 /// Two weeks of minutes that go up and down.
 std::vector<Quote> twoWeeks() {
   std::mt19937_64 random(7);
@@ -487,23 +504,74 @@ std::vector<Quote> twoWeeks() {
   return bars;
 }
 
-/// The return of each sub-period of a batch that grows from the first day, worked out on paper.
-std::vector<std::string> returnsOnPaper(const std::vector<Quote>& bars,
-                                        const InvestmentStrategy& strategy,
-                                        const EquityInfo& equity) {
-  const auto days = tradingDayNumbers(bars, equity);
-  std::vector<std::string> returns;
-  for (const auto& range : batchRanges(BatchMethod::accumulatingFromStart, days)) {
-    const auto end = static_cast<std::ptrdiff_t>(range.upper());
-    const NaiveTrader trader({bars.begin(), bars.begin() + end}, {days.begin(), days.begin() + end},
-                             strategy, 1000);
-    DecimalNumberFormatter percent;
-    percent.style = NumberFormatter::Style::percent;
-    percent.positivePrefix = "+";
-    percent.minimumFractionDigits = percent.maximumFractionDigits = 2;
-    returns.push_back(percent.string(trader.values.back() / 1000 - 1).value());
+TEST_F(ScenarioScreensTest, KeepALateRunFromReplacingANewerOne) {
+  std::vector<Quote> many;
+  for (int i = 0; i < 60'000; ++i) {
+    many.push_back(market->bars[static_cast<std::size_t>(i % 2)]);
+    many.back().fromDate = day(2020, 1, 1) + 60.0 * i;
   }
-  return returns;
+  InvestmentStrategy lively = InvestmentStrategy::defaultStrategy();
+  lively.targetBuySpread = lively.targetSellSpread = 0;
+  lively.isStopLossActive = true;
+  ScenarioDetailDataSource source(defaults);
+  int completions = 0;
+  source.beginAnalysis(equity, many, 100'000, lively,
+                       [&](const ErrorPointer&) { completions += 9; });
+  // The long run must have begun, and must not have ended.
+  MainLoop::runUntil([] { return false; }, std::chrono::milliseconds(3));
+  source.beginAnalysis(equity, market->bars, 1000, InvestmentStrategy::defaultStrategy(),
+                       [&](const ErrorPointer&) { completions += 1; });
+  waitUntil([&] { return completions > 0; });
+  MainLoop::runUntil([] { return false; }, std::chrono::milliseconds(500));
+  EXPECT_EQ(completions, 1);
+  EXPECT_EQ(source.numberOfRows(), 4U);
+}
+
+TEST_F(ScenarioScreensTest, MapTheReturnsOfOtherSpreads) {
+  market->bars = twoWeeks();
+  ScenarioDetailDataSource source(defaults);
+  EXPECT_EQ(source.makeHeatMap(), nullptr);
+  bool hasEnded = false;
+  InvestmentStrategy strategy = InvestmentStrategy::defaultStrategy();
+  source.beginAnalysis(equity, market->bars, 1000, strategy,
+                       [&](const ErrorPointer&) { hasEnded = true; });
+  waitUntil([&] { return hasEnded; });
+  const auto map = source.makeHeatMap();
+  ASSERT_NE(map, nullptr);
+  EXPECT_THAT(map->parameters(), SizeIs(2)) << "nothing of a stop loss that is not active";
+  map->chooseRowParameter(1);
+  EXPECT_EQ(map->columnParameter(), 0U) << "the two change places";
+  EXPECT_EQ(map->noteText(), "Replaying…");
+  waitUntil([&] { return !map->progress().isAnimated; });
+
+  const auto days = tradingDayNumbers(market->bars, *equity);
+  const NaiveTrader holder(market->bars, days, InvestmentStrategy::buyAndHold(), 1000);
+  int better = 0;
+  std::set<std::string> distinct;
+  for (std::size_t row = 0; row < ScenarioHeatMap::numberOfRows(); ++row) {
+    for (std::size_t column = 0; column < ScenarioHeatMap::numberOfColumns(); ++column) {
+      const auto spread = [](std::size_t index) {
+        std::string title = ScenarioHeatMap::valueTitle(index);
+        title.pop_back();
+        return dec(title) / 100;
+      };
+      strategy.targetSellSpread = spread(row);
+      strategy.targetBuySpread = spread(column);
+      const NaiveTrader trader(market->bars, days, strategy, 1000);
+      const bool isBetter = trader.values.back() > holder.values.back();
+      better += isBetter ? 1 : 0;
+      const auto expected = returnText(trader.values.back() / 1000 - 1).value();
+      EXPECT_EQ(map->cellText(row, column), expected + (isBetter ? " ▲" : ""));
+      distinct.insert(expected);
+    }
+  }
+  EXPECT_GT(distinct.size(), 5U);
+  EXPECT_GT(better, 0);
+  EXPECT_THAT(map->noteText(), HasSubstr("yields " + *returnText(holder.values.back() / 1000 - 1)));
+  EXPECT_THAT(map->noteText(),
+              HasSubstr(std::to_string(better) + " of 81 combinations would have beaten it"));
+  EXPECT_THAT(map->cellDescription(0, 8),
+              HasSubstr("Sell when up by 0.50%, Buy when down by 20.00%: "));
 }
 
 TEST_F(ScenarioScreensTest, FollowAUserWhoChangesAFieldAllTheWhile) {

@@ -17,6 +17,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/scenario/heat_map_dialog.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/workspace/workspace_view.h"
 #include "platform/system/file_manager.h"
@@ -171,6 +172,13 @@ void ScreenRenderer::renderScenarios(const QString& name) {
   write(name + QStringLiteral("-scenario"));
   detail.selectRow(detail.scenarioDataSource().numberOfRows() / 2);
   write(name + QStringLiteral("-scenario-row"));
+
+  HeatMapDialog map(detail.detailDataSource().makeHeatMap(), &window_);
+  map.setAttribute(Qt::WA_DeleteOnClose, false);
+  map.open();
+  hasFailed_ |= !waitUntil([&] { return !map.map().progress().isAnimated; });
+  write(name + QStringLiteral("-scenario-heat-map"));
+  map.close();
 
   const std::size_t typeBefore = batch.selectedBatchType();
   detail.makeBatchAction();

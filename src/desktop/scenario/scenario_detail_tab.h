@@ -6,6 +6,8 @@
 #include "desktop/scenario/scenario_tab.h"
 #include "presentation/scenario/scenario_detail_view_controller.h"
 
+class QPushButton;
+
 namespace corvane::desktop {
 
 /// Shows a ScenarioDetailViewController.
@@ -14,6 +16,15 @@ class ScenarioDetailTab : public ScenarioTab {
 
  public:
   explicit ScenarioDetailTab(std::shared_ptr<ScenarioDetailViewController> controller);
+
+ protected:
+  void update() override;
+
+ private:
+  void openHeatMap();
+
+  ScenarioDetailViewController& controller_;
+  QPushButton* heatMap_;
 };
 
 }  // namespace corvane::desktop

@@ -1,5 +1,6 @@
 #include "presentation/equity/equity_formats.h"
 
+#include "core/market/quote_provider.h"
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/text/formatting.h"
 
@@ -49,6 +50,14 @@ void showInChart(QuoteChartView& chart, const std::vector<Quote>& quotes, const 
                          ": from " + price(quotes.front().open) + " to " +
                          price(quotes.back().close) + ".";
   chart.changeHandler();
+}
+
+bool isOfUnknownEquity(const Error& error) {
+  const auto* failure = dynamic_cast<const QuoteProviderError*>(&error);
+  const auto* mismatch = failure == nullptr
+                             ? nullptr
+                             : std::get_if<QuoteProviderError::CurrencyMismatch>(&failure->which());
+  return mismatch != nullptr && Currency::noCurrency().code == mismatch->expected.c_str();
 }
 
 std::string marketStatusText(const MarketInquiry& inquiry, std::optional<Date> newest) {

@@ -25,6 +25,10 @@ namespace corvane {
 void showInChart(QuoteChartView& chart, const std::vector<Quote>& quotes, const QuoteQuery& query,
                  const UserDefaults& defaults);
 
+/// Whether `error` says no more than that an equity was asked for before its currency was known: a
+/// refresh is on its way, and tells it.
+[[nodiscard]] bool isOfUnknownEquity(const Error& error);
+
 /// How current what `inquiry` has brought is, in a sentence: that it is on its way, from when it
 /// is, that only the cache could be asked. `newest` is the latest date in what is shown.
 [[nodiscard]] std::string marketStatusText(const MarketInquiry& inquiry,

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/async/notification_center.h"
+#include "presentation/equity/equity_formats.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane {
@@ -11,6 +12,17 @@ namespace {
 
 /// Older prices of an equity that nobody else refreshes are refreshed when it is shown.
 constexpr double freshSeconds = 60;
+
+/// As `surroundings`, but an equity that is asked for before anything is known of it is no failure:
+/// it is asked for again when a refresh has told what it is.
+ScreenSurroundings withoutWordsOfUnknown(ScreenSurroundings surroundings) {
+  surroundings.presentError = [present = surroundings.presentError](const Error& error) {
+    if (!isOfUnknownEquity(error)) {
+      present(error);
+    }
+  };
+  return surroundings;
+}
 
 }  // namespace
 
@@ -21,8 +33,8 @@ std::shared_ptr<EquityViewController> EquityViewController::make(ScreenSurroundi
 }
 
 EquityViewController::EquityViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : overview(OverviewViewController::make(surroundings)),
-      history(HistoryViewController::make(surroundings)),
+    : overview(OverviewViewController::make(withoutWordsOfUnknown(surroundings))),
+      history(HistoryViewController::make(withoutWordsOfUnknown(surroundings))),
       surroundings_(std::move(surroundings)),
       tabs_{overview, history} {}
 
@@ -139,12 +151,16 @@ void EquityViewController::refreshEquity() {
 void EquityViewController::equitiesDidRefresh() {
   if (currentEquity_ != nullptr) {
     refreshHeading();
+    if (!doTabsKnowEquity_ && currentEquity_->isAuthoritative) {
+      passEquityToTabs();
+    }
     overview->equityDidRefresh();
     changeHandler();
   }
 }
 
 void EquityViewController::passEquityToTabs() {
+  doTabsKnowEquity_ = currentEquity_ == nullptr || currentEquity_->isAuthoritative;
   for (const auto& tab : tabs_) {
     tab->setCurrentEquity(currentEquity_);
   }

@@ -78,6 +78,7 @@ class EquityViewController : public std::enable_shared_from_this<EquityViewContr
   std::vector<std::shared_ptr<EquityTab>> tabs_;
   std::size_t selectedTab_ = 0;
   bool isShown_ = false;
+  bool doTabsKnowEquity_ = true;  ///< whether its fields were real data when they were given it
   std::vector<Subscription> observations_;
 };
 

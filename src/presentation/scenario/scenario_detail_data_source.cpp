@@ -133,7 +133,7 @@ struct ScenarioDetailDataSource::Order {
 
 /// All that is shown, so that the main queue has nothing left to compute.
 struct ScenarioDetailDataSource::Outcome {
-  EquityPointer equity;
+  std::shared_ptr<const ScenarioAnalyzer> analyzer;
   std::shared_ptr<const ScenarioAnalyzer::Analysis> analysis;  ///< null where a step failed
   std::vector<Decimal> buyAndHoldValues;
   std::vector<Date> quoteDates;
@@ -158,6 +158,8 @@ void ScenarioDetailDataSource::beginAnalysis(const EquityPointer& equity, std::v
   reset();
   dateFormatter_ = Formatting::equityDateFormatter(*equity, defaults_);
   dateFormatter_.timeStyle = DateFormatter::Style::shortStyle;
+  strategy_ = strategy;
+  initialInvestment_ = initialInvestment;
   run_ = std::make_shared<Run>(std::move(completion));
   DispatchQueue::global(QualityOfService::userInitiated)
       ->async([this, weakRun = std::weak_ptr(run_), isGivenUp = run_->isGivenUp,
@@ -185,18 +187,19 @@ void ScenarioDetailDataSource::beginAnalysis(const EquityPointer& equity, std::v
       });
 }
 
-ScenarioDetailDataSource::Outcome ScenarioDetailDataSource::carryOut(const Order& order) {
+ScenarioDetailDataSource::Outcome ScenarioDetailDataSource::carryOut(Order& order) {
   Outcome outcome;
-  outcome.equity = order.equity;
   try {
-    const ScenarioAnalyzer analyzer(order.equity, order.quotes,
-                                    tradingDayNumbers(order.quotes, *order.equity));
+    auto days = tradingDayNumbers(order.quotes, *order.equity);
+    outcome.analyzer = std::make_shared<const ScenarioAnalyzer>(
+        order.equity, std::move(order.quotes), std::move(days));
+    const ScenarioAnalyzer& analyzer = *outcome.analyzer;
     auto analysis = std::make_shared<const ScenarioAnalyzer::Analysis>(
         analyzer.analyze(std::nullopt, order.strategy, order.initialInvestment));
     auto held =
         analyzer.analyze(std::nullopt, InvestmentStrategy::buyAndHold(), order.initialInvestment);
     outcome.buyAndHoldValues = std::move(held.portfolioValues);
-    for (const Quote& quote : order.quotes) {
+    for (const Quote& quote : analyzer.quotes) {
       outcome.quoteDates.push_back(quote.fromDate);
     }
     const Decimal initial = analysis->initialInvestment();
@@ -221,7 +224,8 @@ void ScenarioDetailDataSource::take(Outcome outcome) {
   if (outcome.analysis == nullptr) {
     return;
   }
-  equity_ = std::move(outcome.equity);
+  analyzer_ = std::move(outcome.analyzer);
+  equity_ = analyzer_->equity;
   analysis_ = std::move(outcome.analysis);
   buyAndHoldValues_ = std::move(outcome.buyAndHoldValues);
   quoteDates_ = std::move(outcome.quoteDates);
@@ -246,6 +250,7 @@ void ScenarioDetailDataSource::reset() {
   disposeElsewhere(std::exchange(analysis_, nullptr),
                    equity_ == nullptr ? nullptr : equity_->quoteProvider.lock());
   equity_ = nullptr;
+  analyzer_ = nullptr;
   quoteDates_.reset();
   buyAndHoldValues_.reset();
   dayStarts_.clear();
@@ -254,6 +259,12 @@ void ScenarioDetailDataSource::reset() {
 
 const ScenarioAnalyzer::Analysis* ScenarioDetailDataSource::analysis() const {
   return analysis_.get();
+}
+
+std::unique_ptr<ScenarioHeatMap> ScenarioDetailDataSource::makeHeatMap() const {
+  return analyzer_ == nullptr || analyzer_->quotes.empty()
+             ? nullptr
+             : std::make_unique<ScenarioHeatMap>(analyzer_, strategy_, initialInvestment_);
 }
 
 std::size_t ScenarioDetailDataSource::numberOfRows() const {

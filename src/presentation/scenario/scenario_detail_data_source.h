@@ -9,6 +9,7 @@
 #include "platform/system/user_defaults.h"
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/scenario/scenario_data_source.h"
+#include "presentation/scenario/scenario_heat_map.h"
 #include "scenario/scenario_analyzer.h"
 
 namespace corvane {
@@ -36,6 +37,10 @@ class ScenarioDetailDataSource : public ScenarioDataSource {
     return buyAndHoldValues_;
   }
 
+  /// A map of what the strategy of the run yields with other numbers, over the same quotes; null
+  /// where there is no run or there are no quotes.
+  [[nodiscard]] std::unique_ptr<ScenarioHeatMap> makeHeatMap() const;
+
   [[nodiscard]] std::size_t numberOfRows() const override;
   [[nodiscard]] std::optional<AttributedText> cellValue(std::string_view ident,
                                                         std::size_t row) const override;
@@ -58,7 +63,7 @@ class ScenarioDetailDataSource : public ScenarioDataSource {
   struct Order;
   struct Outcome;
 
-  [[nodiscard]] static Outcome carryOut(const Order& order);
+  [[nodiscard]] static Outcome carryOut(Order& order);
   void take(Outcome outcome);
   [[nodiscard]] const ScenarioPortfolio::Transaction& rowAt(std::size_t row) const;
   [[nodiscard]] AttributedText tooltip(std::size_t index) const;
@@ -67,6 +72,9 @@ class ScenarioDetailDataSource : public ScenarioDataSource {
   const UserDefaults& defaults_;
   std::shared_ptr<Run> run_;  ///< null where nothing is under way; its only lasting holder
   EquityPointer equity_;      ///< as it was when the run began
+  InvestmentStrategy strategy_;
+  Decimal initialInvestment_;
+  std::shared_ptr<const ScenarioAnalyzer> analyzer_;
   std::shared_ptr<const ScenarioAnalyzer::Analysis> analysis_;
   std::optional<std::vector<Date>> quoteDates_;
   std::optional<std::vector<Decimal>> buyAndHoldValues_;

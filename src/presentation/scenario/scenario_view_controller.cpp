@@ -185,7 +185,7 @@ void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer
     const ErrorPointer error =
         result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
                : result.error();
-    if (!answer.isRepeatedFailure) {
+    if (!answer.isRepeatedFailure && !isOfUnknownEquity(*error)) {
       surroundings_.presentError(*error);
     }
     return;
