@@ -189,6 +189,16 @@ std::ostream& operator<<(std::ostream& out, const Decimal& value) {
 double Decimal::doubleValue() const {
   if (isNaN())
     return std::numeric_limits<double>::quiet_NaN();
+  // A double holds both such a mantissa and such a power exactly, and rounds their quotient once.
+  static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                      1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                      1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  constexpr Mantissa exactLimit = Mantissa{1} << 53;
+  if (exponent() <= 0 && exponent() >= -22 && mantissa() <= exactLimit) {
+    const double magnitude =
+        static_cast<double>(static_cast<std::int64_t>(mantissa())) / powers[-exponent()];
+    return sign() == Sign::minus ? -magnitude : magnitude;
+  }
   std::array<char, 48> text;
   char* const digitsEnd = text.data() + 40;
   char* begin = writeDigits(mantissa(), digitsEnd);

@@ -1,6 +1,7 @@
 #include "reports/returns/money_weighted_return.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -39,6 +40,26 @@ class BalanceOfPayments {
     return balance;
   }
 
+  /// The same at several points; the sums do not wait for each other.
+  static constexpr std::size_t batch = 8;
+  using Points = std::array<double, batch>;
+  Points at(const Points& logGrowths) {
+    std::vector<Points> growths(parts_.size());
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+      for (std::size_t k = 0; k < batch; ++k) {
+        growths[i][k] = std::exp(logGrowths[k] * parts_[i]);
+      }
+    }
+    Points balance{};
+    for (std::size_t i = 0; i < amounts_.size(); ++i) {
+      const Points& growth = growths[gapOf_[i]];
+      for (std::size_t k = 0; k < batch; ++k) {
+        balance[k] = balance[k] * growth[k] + amounts_[i];
+      }
+    }
+    return balance;
+  }
+
   /// Whether the owner never owes anything before the end. Then no other rate solves the equation
   /// (the pure-investment test of Teichroew, Robichek and Montalbano, 1965).
   bool isPureInvestment(double logGrowth) {
@@ -69,14 +90,23 @@ class BalanceOfPayments {
   double scale_ = 0;
 };
 
-/// The root between `low` and `high`, at which the signs differ. Halving needs no slope, so it
-/// cannot run away.
+/// The root between `low` and `high`, at which the signs differ. Each step divides the bracket in
+/// nine by its signs, which needs no slope and so cannot run away.
 double rootBetween(BalanceOfPayments& balance, double low, double high) {
   const bool isNegativeAtLow = balance(low) < 0;
-  constexpr int steps = 60;
+  constexpr int steps = 20;  // as close as 60 halvings
   for (int i = 0; i < steps; ++i) {
-    const double middle = (low + high) / 2;
-    ((balance(middle) < 0) == isNegativeAtLow ? low : high) = middle;
+    BalanceOfPayments::Points points{};
+    const double width = (high - low) / (BalanceOfPayments::batch + 1);
+    for (std::size_t k = 0; k < points.size(); ++k) {
+      points[k] = low + width * static_cast<double>(k + 1);
+    }
+    const auto balances = balance.at(points);
+    const auto crossed = std::ranges::find_if(
+        balances, [&](double value) { return (value < 0) != isNegativeAtLow; });
+    const auto place = static_cast<std::size_t>(crossed - balances.begin());
+    high = crossed == balances.end() ? high : points[place];
+    low = place == 0 ? low : points[place - 1];
   }
   return (low + high) / 2;
 }
@@ -103,11 +133,20 @@ std::vector<double> allRoots(BalanceOfPayments& balance) {
   constexpr int decades = 6;
   std::vector<double> roots;
   const auto at = [](int point) { return std::log(10.0) * point / pointsOfDecade; };
-  bool isNegative = balance(at(-decades * pointsOfDecade)) < 0;
-  for (int point = -decades * pointsOfDecade + 1; point <= decades * pointsOfDecade; ++point) {
-    if ((balance(at(point)) < 0) != isNegative) {
-      isNegative = !isNegative;
-      roots.push_back(rootBetween(balance, at(point - 1), at(point)));
+  constexpr int last = decades * pointsOfDecade;
+  bool isNegative = balance(at(-last)) < 0;
+  for (int first = -last + 1; first <= last; first += BalanceOfPayments::batch) {
+    BalanceOfPayments::Points points{};
+    for (int k = 0; k < static_cast<int>(points.size()); ++k) {
+      points[static_cast<std::size_t>(k)] = at(first + k);
+    }
+    const auto balances = balance.at(points);
+    for (std::size_t k = 0; k < points.size(); ++k) {
+      if ((balances[k] < 0) != isNegative) {
+        isNegative = !isNegative;
+        roots.push_back(
+            rootBetween(balance, points[k] - std::log(10.0) / pointsOfDecade, points[k]));
+      }
     }
   }
   return roots;

@@ -248,7 +248,8 @@ class SeriesBuilder {
     std::size_t nextRow = 0;
     std::optional<Decimal> implied;
     for (std::size_t day = 0; day < count_; ++day) {
-      for (; cash != cash_.end() && nextRow < cash->rows.size() && cash->rows[nextRow].day <= day;
+      const bool mayNeedRow = cursor.price() == nullptr && cash != cash_.end();
+      for (; mayNeedRow && nextRow < cash->rows.size() && cash->rows[nextRow].day <= day;
            ++nextRow) {
         const TransactionEffect effect = transactionEffect(cash->rows[nextRow].row->basic.kind);
         if (effect.equivalentAmount && !effect.amount.isZero() &&
@@ -462,7 +463,7 @@ class SeriesBuilder {
         const PortfolioTransaction& row = *line.rows[nextRow].row;
         cash = row.cashNet.value_or(cash);
         if (day > 0) {
-          countCashRow(transactionEffect(row.basic.kind), day);
+          countCashRow(row.basic.kind, day);
         }
       }
       if (portfolio_.usesCashAccounts) {
@@ -474,16 +475,18 @@ class SeriesBuilder {
     }
   }
 
-  void countCashRow(const TransactionEffect& effect, std::size_t day) {
+  void countCashRow(const BasicTransaction::Kind& kind, std::size_t day) {
     hasEntry_[day] = 1;
-    if (effect.type == TransactionType::transfer) {
-      addFlow(day, inPrimary(effect.amount, *effect.currency, day, std::nullopt));
-    } else if (effect.type == TransactionType::cashAdjustment) {
-      const Decimal amount = inPrimary(effect.amount, *effect.currency, day, std::nullopt);
-      series_.bridge.adjustments += amount;
+    if (const auto* transfer = std::get_if<BasicTransaction::Transfer>(&kind)) {
+      const auto& [currency, amount] = transfer->amount;
+      addFlow(day, inPrimary(amount, currency, day, std::nullopt));
+    } else if (const auto* adjustment = std::get_if<BasicTransaction::CashAdjustment>(&kind)) {
+      const auto& [currency, amount] = adjustment->amount;
+      const Decimal adjusted = inPrimary(amount, currency, day, std::nullopt);
+      series_.bridge.adjustments += adjusted;
       if (!portfolio_.usesCashAccounts) {
         // A fee is paid from outside and still takes its part of the return.
-        addFlow(day, -amount);
+        addFlow(day, -adjusted);
       }
     }
   }

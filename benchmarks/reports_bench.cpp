@@ -1,0 +1,118 @@
+// Reports on 20 years of 100,000 rows in 50 equities and 3 currencies, from prices that are there.
+
+#include <benchmark/benchmark.h>
+
+#include "ledger_world.h"
+#include "reports/returns/returns_report.h"
+#include "reports/series/report_days.h"
+#include "reports/tax/tax_year.h"
+#include "reports/trail/ledger_trails.h"
+
+namespace corvane {
+namespace {
+
+constexpr YearMonthDay firstDay{2004, 1, 1};
+constexpr YearMonthDay lastDay{2023, 12, 31};
+constexpr int rowCount = 100'000;
+
+struct ReportedWorld : World {
+  ReportedWorld() {
+    record(rowCount);
+    for (const EquityPointer& equity : equities) {
+      market.prices[equity] = closes(40'00);
+    }
+    for (const char* code : {"USD", "EUR"}) {
+      market.rates[{Currency::byCode().find(code)->second, Currency::cad()}] = closes(1'30);
+    }
+  }
+
+  /// A close on each weekday, around `cents`.
+  static PriceLine closes(unsigned long cents) {
+    PriceLine line;
+    for (YearMonthDay day = daysAfter(firstDay, -leadInDays); day <= lastDay;
+         day = daysAfter(day, 1)) {
+      if (dayOfWeek(dayNumber(day)) < 5) {
+        line.closes.push_back(
+            {day, Decimal::fromParts(Sign::plus, -2, cents + line.closes.size() * 7 % 50)});
+      }
+    }
+    return line;
+  }
+
+  MarketHistory market;
+};
+
+ReportedWorld& reportedWorld() {
+  static ReportedWorld made;
+  return made;
+}
+
+void measureReturns(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  for (auto _ : state) {
+    const ReturnsReport report =
+        returnsReport(*world.portfolio, {firstDay, lastDay}, world.market, world.manager->calendar);
+    state.counters["days"] = static_cast<double>(report.series.days.size());
+    state.counters["equities"] = static_cast<double>(report.equities.size());
+    benchmark::DoNotOptimize(report.timeWeighted.total);
+  }
+}
+BENCHMARK(measureReturns)->Name("Reports/returns")->Unit(benchmark::kMillisecond);
+
+void solveMoneyWeighted(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const ValuationSeries series =
+      valuationSeries(*world.portfolio, {firstDay, lastDay}, world.market, world.manager->calendar);
+  const auto payments = ownersPayments(series.days);
+  state.counters["payments"] = static_cast<double>(payments.size());
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(moneyWeightedReturn(payments, 0));
+  }
+}
+BENCHMARK(solveMoneyWeighted)->Name("Reports/money-weighted")->Unit(benchmark::kMillisecond);
+
+void lookAtTaxYear(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
+  const TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  for (auto _ : state) {
+    const TaxYear year = taxYear(portfolios, question, world.manager->calendar);
+    state.counters["disposals"] = static_cast<double>(year.disposals.size());
+  }
+}
+BENCHMARK(lookAtTaxYear)->Name("Reports/tax year")->Unit(benchmark::kMillisecond);
+
+void explainCostBase(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const auto& rows = world.portfolio->transactions();
+  std::size_t last = rows.size() - 1;
+  while (!rows[last]->capitalGain()) {
+    --last;
+  }
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(costBaseTrail(*world.portfolio, last, world.manager->calendar));
+    benchmark::DoNotOptimize(capitalGainTrail(*world.portfolio, last, world.manager->calendar));
+  }
+}
+BENCHMARK(explainCostBase)
+    ->Name("Reports/explain cost base and gain")
+    ->Unit(benchmark::kMillisecond);
+
+void measureWorkspace(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  constexpr int portfolioCount = 10;
+  for (auto _ : state) {
+    std::vector<ReturnsReport> reports;
+    for (int i = 0; i < portfolioCount; ++i) {
+      reports.push_back(returnsReport(*world.portfolio, {firstDay, lastDay}, world.market,
+                                      world.manager->calendar));
+    }
+    benchmark::DoNotOptimize(combinedReport(reports, Currency::cad(), world.market));
+  }
+}
+BENCHMARK(measureWorkspace)
+    ->Name("Reports/returns of 10 portfolios")
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace corvane
