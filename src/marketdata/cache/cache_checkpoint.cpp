@@ -14,6 +14,9 @@ namespace {
 /// About what sixteen refreshes of fifty equities write.
 constexpr std::uintmax_t longLog = std::uintmax_t{8} << 20;
 
+/// For a disk that does not answer. The copy goes on by itself then.
+constexpr DispatchQueue::Duration longestWait(10);
+
 std::filesystem::path logOf(std::filesystem::path location) {
   location += "-wal";
   return location;
@@ -24,13 +27,18 @@ std::filesystem::path logOf(std::filesystem::path location) {
 CacheCheckpoint::CacheCheckpoint(std::filesystem::path location)
     : location_(std::move(location)), log_(logOf(location_)) {}
 
+CacheCheckpoint::~CacheCheckpoint() {
+  (void)group_.wait(longestWait);
+}
+
 void CacheCheckpoint::runWhereDue() {
   std::error_code error;
   const std::uintmax_t size = std::filesystem::file_size(log_, error);
   if (error || size < longLog || isUnderWay_->exchange(true)) {
     return;
   }
-  DispatchQueue::global()->async([location = location_, isUnderWay = isUnderWay_] {
+  group_.enter();
+  DispatchQueue::global()->async([location = location_, isUnderWay = isUnderWay_, group = group_] {
     try {
       SQLiteDatabase database(location, SQLiteDatabase::Mode::readWrite);
       // As much as nobody stands in the way of. When all of it has been written back, the next
@@ -41,6 +49,7 @@ void CacheCheckpoint::runWhereDue() {
       Log::write("Failed to write the log of the cache back: ", failure);
     }
     *isUnderWay = false;
+    group.leave();
   });
 }
 
