@@ -9,6 +9,7 @@
 #include "platform/net/url_request.h"
 #include "presentation/equity/equity_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
+#include "presentation/scenario/scenario_detail_view_controller.h"
 #include "storage/application/app_delegate.h"
 #include "storage/application/watchlist_manager.h"
 
@@ -552,6 +553,42 @@ TEST_F(OfflineTest, ShowsTheCacheUntilTheNetworkIsBack) {
                                            {});
   waitUntil([&] { return overview->currentQuotes().size() >= known - 1; });
   EXPECT_THAT(overview->statusText(), HasSubstr("As of"));
+}
+
+TEST_F(OfflineTest, ReplaysWhatTheCacheHasOnce) {
+  const auto model = std::make_shared<WorkspaceModel>();
+  const auto dayAt = [&](double days) {
+    return equity->calendar.dateComponents(
+        {CalendarUnit::year, CalendarUnit::month, CalendarUnit::day}, now + days * 86400);
+  };
+  model->tradingScenarioSettings.detailScenario =
+      InvestmentScenario{dayAt(-100), dayAt(30), QuoteInterval::oneDay, 1000};
+  const auto scenario = ScenarioDetailViewController::make(surroundings);
+  scenario->setDocumentModel(model);
+  scenario->setCurrentEquity(equity);
+  scenario->setShown(true);
+  waitUntil([&] { return !scenario->isBusy(); });
+  ASSERT_GT(scenario->detailDataSource().numberOfRows(), 2U);
+
+  isOffline = true;
+  now = now + 20 * 86400.0;
+  scenario->runAction();
+  waitUntil([&] { return !scenario->isBusy(); });
+  EXPECT_THAT(scenario->statusText(), HasSubstr("Prices from the cache, up to"));
+  scenario->selectRow(1);
+  const auto tryAgain = [&] {
+    const std::size_t asked = source->queries.size();
+    NotificationCenter::defaultCenter().post(WatchlistManager::didRefreshWatchlistEquities, nullptr,
+                                             {});
+    waitUntil([&] { return source->queries.size() > asked && !scenario->isBusy(); });
+  };
+  tryAgain();
+  EXPECT_EQ(scenario->selectedRow(), 1U) << "the same prices are not replayed under the user";
+  isOffline = false;
+  tryAgain();
+  EXPECT_EQ(scenario->selectedRow(), std::nullopt);
+  EXPECT_THAT(scenario->statusText(), HasSubstr("As of"));
+  EXPECT_THAT(errors, IsEmpty());
 }
 
 }  // namespace

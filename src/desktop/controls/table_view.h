@@ -21,7 +21,8 @@ class TableModelAdapter : public QAbstractTableModel {
 
   /// To be called after every change of the rows; the number of rows counts as it was until then.
   void reload();
-  /// To be called where rows have only been added at the end: what a view knows of the others stays.
+  /// To be called where rows have only been added at the end: what a view knows of the others
+  /// stays.
   void appendRows();
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;

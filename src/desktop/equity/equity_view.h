@@ -23,8 +23,8 @@ class EquityView : public QWidget {
   explicit EquityView(std::shared_ptr<EquityViewController> controller, QWidget* parent = nullptr);
 
   [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
-  /// Shows `tab`, which this owns from now on, behind the others; to be called in the order in which
-  /// the controller has been given its tabs.
+  /// Shows `tab`, which this owns from now on, behind the others; to be called in the order in
+  /// which the controller has been given its tabs.
   void addTab(QWidget* tab, const QString& title);
 
  private:

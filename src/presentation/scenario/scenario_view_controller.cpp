@@ -142,6 +142,7 @@ void ScenarioViewController::prepare() {
 
 void ScenarioViewController::run() {
   clearOutcome();
+  isOfCacheOnly_ = false;
   if (!makeQuery()) {
     summaryTextLabel_ = AttributedText(greeting);
     inquiry_->stop();
@@ -156,6 +157,7 @@ void ScenarioViewController::run() {
 
 void ScenarioViewController::clearOutcome() {
   dataSource_->reset();
+  newestPrice_.reset();
   selectedRow_.reset();
   dataSource_->updateChart(scenarioChartView);
   rowsChangeHandler(false);
@@ -177,9 +179,6 @@ std::optional<QuoteQuery> ScenarioViewController::makeQuery() const {
 }
 
 void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer) {
-  clearOutcome();
-  // A refresh may have told the currency of an equity of which only the symbol was known.
-  dataSource_->currencyFormatter = cellFormatter(*answer.query.equity);
   const Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->quotes) {
     const ErrorPointer error =
@@ -190,6 +189,17 @@ void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer
     }
     return;
   }
+  // While the market cannot be reached the cache answers every attempt, with the same prices.
+  if (answer.isFromCacheOnly && std::exchange(isOfCacheOnly_, true)) {
+    return;
+  }
+  isOfCacheOnly_ = answer.isFromCacheOnly;
+  clearOutcome();
+  if (!result->quotes->empty()) {
+    newestPrice_ = result->quotes->back().toDate;
+  }
+  // A refresh may have told the currency of an equity of which only the symbol was known.
+  dataSource_->currencyFormatter = cellFormatter(*answer.query.equity);
   dataSource_->beginAnalysis(answer.query.equity, *result->quotes, scenario().initialInvestment,
                              strategy(), [self = weak_from_this()](const ErrorPointer& error) {
                                if (const auto living = self.lock()) {
@@ -284,7 +294,7 @@ void ScenarioViewController::runAction() {
 }
 
 std::string ScenarioViewController::statusText() const {
-  return currentEquity_ == nullptr ? "" : marketStatusText(*inquiry_, std::nullopt);
+  return currentEquity_ == nullptr ? "" : marketStatusText(*inquiry_, newestPrice_);
 }
 
 void ScenarioViewController::selectRow(std::optional<std::size_t> row) {

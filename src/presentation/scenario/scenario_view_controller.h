@@ -113,6 +113,8 @@ class ScenarioViewController : public std::enable_shared_from_this<ScenarioViewC
   EquityPointer currentEquity_;
   std::shared_ptr<MarketInquiry> inquiry_;
   AttributedText summaryTextLabel_;
+  std::optional<Date> newestPrice_;  ///< of what was run; none where nothing was
+  bool isOfCacheOnly_ = false;       ///< what was run
   std::optional<std::size_t> selectedRow_;
   bool isShown_ = false;
   bool isRunDue_ = true;      ///< when it is shown next
