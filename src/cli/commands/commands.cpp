@@ -108,9 +108,10 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 
 std::span<const Command> commands() {
   static const std::array table = {
-      createCommand(), importCommand(), statementsCommand(), exportCommand(),  listCommand(),
-      ledgerCommand(), valueCommand(),  returnsCommand(),    taxCommand(),     explainCommand(),
-      verifyCommand(), watchCommand(),  removeCommand(),     recoverCommand(), backtestCommand()};
+      createCommand(), importCommand(), statementsCommand(), exportCommand(),
+      listCommand(),   ledgerCommand(), valueCommand(),      returnsCommand(),
+      incomeCommand(), taxCommand(),    explainCommand(),    verifyCommand(),
+      watchCommand(),  removeCommand(), recoverCommand(),    backtestCommand()};
   return table;
 }
 
