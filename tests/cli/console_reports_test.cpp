@@ -102,6 +102,27 @@ TEST_F(ConsoleReportsTest, ShowATaxYear) {
   }
 }
 
+TEST_F(ConsoleReportsTest, ShowIncomeAndWhatIsExpected) {
+  EXPECT_EQ(program.output("income Family"),
+            "Month    Currency  Income  Year Before\n"
+            "2024-03  CAD        84.50         0.00\n"
+            "2024-06  CAD        17.51         0.00\n"
+            "Total    CAD       102.01\n");
+  EXPECT_THAT(
+      program.output("income Family --by equity --sample-market"),
+      HasSubstr("\nSavings    TAMRK.TO     150            0.00   0.00 %    0.00 %  quarterly"));
+  const std::string projected = program.output("income Family --projected --sample-market");
+  EXPECT_THAT(projected, AllOf(HasSubstr("  Savings    BOREA.TO  "), HasSubstr("  estimated\n"),
+                               HasSubstr("\nTotal ")));
+  EXPECT_THAT(
+      program.output("income Family --csv"),
+      HasSubstr("\r\n\"2024-03-28\",\"Savings\",\"BOREA.TO\",\"dividend\",\"100\",\"0.845\","
+                "\"84.5\",\"CAD\",\"1\",\"84.5\",\"paid\",\"\"\r\n"));
+  EXPECT_EQ(program.output("create Empty --portfolio P --currency CAD"), "");
+  EXPECT_EQ(program.output("income Empty"), "No income recorded.\n");
+  EXPECT_EQ(program.run("income Family --by week").exitCode, 2);
+}
+
 TEST_F(ConsoleReportsTest, ExplainFigures) {
   EXPECT_THAT(program.output("explain gain Family --portfolio Savings --symbol BOREA.TO"),
               AllOf(StartsWith("Capital gain of row 8 of “Savings”: 189.07 CAD, difference\n"

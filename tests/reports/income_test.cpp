@@ -6,17 +6,15 @@
 
 #include <map>
 
+#include "reports/income/income_report.h"
 #include "reports/report_cases.h"
+#include "reports/report_world.h"
 #include "reports/series/report_days.h"
 
 namespace corvane::testing {
 namespace {
 
 using ::testing::ElementsAre;
-
-Decimal decimalOf(const std::string& text) {
-  return Decimal::fromWholeString(text).value();
-}
 
 void checkProjection(const ReportCase& made) {
   std::vector<SharePayment> payments;
@@ -28,8 +26,8 @@ void checkProjection(const ReportCase& made) {
     for (const JSONValue& split : told->array()) {
       const std::string& ratio = split.array()[1].string();
       const std::size_t colon = ratio.find(':');
-      splits.push_back({dayOf(split.array()[0]), decimalOf(ratio.substr(0, colon)),
-                        decimalOf(ratio.substr(colon + 1))});
+      splits.push_back(
+          {dayOf(split.array()[0]), dec(ratio.substr(0, colon)), dec(ratio.substr(colon + 1))});
     }
   }
   const IncomeProjection found = projectedIncome(
@@ -121,6 +119,38 @@ TEST(IncomeProjections, LeaveOutWhatHasStopped) {
   EXPECT_EQ(stopped.next12Months(), 0);
   EXPECT_EQ(stopped.leftOut.at(2).reason, "stopped: no payment since 2023-09-10");
   EXPECT_FALSE(yieldOn(0, 10, {}));
+}
+
+/// 10 shares are paid 8 and 5, become 20, and 10 of these are sold.
+TEST(IncomeReport, TakesPaymentsToTheSharesOfToday) {
+  ReportWorld world;
+  world.portfolio->usesCashAccounts = false;
+  using enum BasicTransaction::YieldType;
+  world.record(
+      {world.on(day(2020, 5, 1)).buy("10", "200"), world.on(day(2020, 6, 30)).yield(dividend, "8"),
+       world.on(day(2020, 9, 1)).yield(reinvestedDistribution, "5"),
+       world.yield(returnOfCapital, "9"), world.split("10", "20"), world.sell("10", "50")});
+  world.abc->recentPrice = 4;
+  const auto noRate = [](const Currency&) { return std::optional<Decimal>(); };
+  const auto lines = equityIncomes(*world.portfolio, {2021, 6, 29}, world.calendar, noRate);
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].shares, 10);
+  EXPECT_EQ(lines[0].costBase, 98);
+  EXPECT_EQ(lines[0].lastYear, dec("6.5")) << "0.4 and 0.25 on 10 shares";
+  EXPECT_NEAR(lines[0].yieldOnCost.value(), 6.5 / 98, 1e-12);
+  EXPECT_NEAR(lines[0].yieldOnValue.value(), 6.5 / 40, 1e-12);
+  EXPECT_FALSE(lines[0].isSoFar);
+  EXPECT_EQ(lines[0].payments.front().amount, dec("0.4"));
+
+  const auto later = equityIncomes(*world.portfolio, {2021, 6, 30}, world.calendar, noRate);
+  EXPECT_EQ(later[0].lastYear, dec("2.5")) << "a year is over with its day";
+  EXPECT_TRUE(equityIncomes(*world.portfolio, {2020, 12, 31}, world.calendar, noRate)[0].isSoFar);
+  EXPECT_EQ(recordedIncome(*world.portfolio, world.calendar).size(), 2U);
+  EXPECT_EQ(recordedIncome(*world.portfolio, world.calendar, true).size(), 3U);
+
+  world.abc->currency = Currency::usd();
+  EXPECT_FALSE(
+      equityIncomes(*world.portfolio, {2021, 6, 29}, world.calendar, noRate)[0].yieldOnValue);
 }
 
 }  // namespace

@@ -19,6 +19,7 @@ namespace corvane::cli {
 [[nodiscard]] Command explainCommand();
 [[nodiscard]] Command exportCommand();
 [[nodiscard]] Command importCommand();
+[[nodiscard]] Command incomeCommand();
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();
 [[nodiscard]] Command quotesCommand();

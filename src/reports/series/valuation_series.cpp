@@ -7,6 +7,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "ledger/transaction/adjusted_cost_base.h"
 #include "ledger/transaction/transaction_effect.h"
 #include "reports/series/report_days.h"
 
@@ -368,7 +369,10 @@ class SeriesBuilder {
     if (effect.type == TransactionType::trade) {
       (effect.sharesAdded < 0 ? figures.sold : figures.bought) +=
           effect.sharesAdded < 0 ? equivalent : -equivalent;
-      figures.realised += at.row->capitalGain().value_or(0);
+      if (effect.isSale() && at.row->sharesNet && at.row->costBasePrior) {
+        figures.realised +=
+            capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_).value_or(0);
+      }
       (equivalent < 0 ? ownDay.inflow : ownDay.outflow) += abs(equivalent);
       addMoneyFlow(at.day, effect, true);
     } else if (effect.type == TransactionType::dividend) {

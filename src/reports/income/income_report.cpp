@@ -1,0 +1,124 @@
+#include "reports/income/income_report.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "reports/series/report_days.h"
+
+namespace corvane {
+namespace {
+
+/// The rows of one equity, on the way to what is held of it.
+struct IncomeOfEquity {
+  EquityIncome line;
+  std::optional<YearMonthDay> heldSince;
+  struct Paid {
+    YearMonthDay day;
+    Decimal perShare;    ///< in the primary currency
+    Decimal inOwn;       ///< in the currency of the payment
+    bool isOwnCurrency;  ///< whether that is the equity's
+  };
+  std::vector<Paid> paid;  ///< in the shares of the row that the walk has reached
+
+  void take(const PortfolioTransaction& row, const TransactionEffect& effect,
+            const YearMonthDay& day) {
+    if (line.shares.isZero() && row.sharesNet && !row.sharesNet->isZero()) {
+      heldSince = day;
+    }
+    line.shares = row.sharesNet.value_or(0);
+    line.costBase = row.costBaseNet().value_or(0);
+    if (effect.splitInto && effect.declaredShares && !effect.splitInto->isZero()) {
+      for (Paid& payment : paid) {
+        payment.perShare = payment.perShare * *effect.declaredShares / *effect.splitInto;
+        payment.inOwn = payment.inOwn * *effect.declaredShares / *effect.splitInto;
+      }
+    }
+    if (effect.isYield() && effect.type != TransactionType::returnOfCapital &&
+        effect.declaredShares && *effect.declaredShares > 0) {
+      paid.push_back({day, effect.equivalentAmount.value_or(0) / *effect.declaredShares,
+                      effect.amount / *effect.declaredShares,
+                      *effect.currency == (*effect.equity)->currency});
+    }
+  }
+};
+
+YearMonthDay yearBefore(const YearMonthDay& day) {
+  return {day.year - 1, day.month, std::min(day.day, daysInMonth(day.year - 1, day.month))};
+}
+
+void finishIncome(IncomeOfEquity& of, const YearMonthDay& today, const Currency& primary,
+                  const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
+  EquityIncome& line = of.line;
+  const YearMonthDay start = yearBefore(today);
+  std::vector<Decimal> perShare;
+  for (const IncomeOfEquity::Paid& payment : of.paid) {
+    if (start < payment.day) {
+      perShare.push_back(payment.perShare);
+      line.lastYear += payment.perShare * line.shares;
+    }
+    if (payment.isOwnCurrency) {
+      line.payments.push_back({payment.day, payment.inOwn});
+    }
+  }
+  line.isSoFar = of.heldSince && start < *of.heldSince;
+  line.yieldOnCost = yieldOn(line.costBase, line.shares, perShare);
+  const EquityPointer& equity = line.equity;
+  const auto rate =
+      equity->currency == primary ? std::optional(Decimal(1)) : recentRate(equity->currency);
+  if (equity->recentPrice && rate) {
+    line.yieldOnValue = yieldOn(line.shares * *equity->recentPrice * *rate, line.shares, perShare);
+  }
+}
+
+}  // namespace
+
+std::vector<IncomeRow> recordedIncome(Portfolio& portfolio, const Calendar& calendar,
+                                      bool includesReturnOfCapital) {
+  std::vector<IncomeRow> income;
+  for (const TransactionPointer& row : portfolio.transactions()) {
+    const auto* yield = std::get_if<BasicTransaction::Yield>(&row->basic.kind);
+    if (yield == nullptr ||
+        (yield->type == BasicTransaction::YieldType::returnOfCapital && !includesReturnOfCapital)) {
+      continue;
+    }
+    income.push_back({yield->equity,
+                      YearMonthDay::of(row->settlementDate(), calendar),
+                      transactionType(yield->type),
+                      yield->netShares,
+                      yield->netAmount,
+                      {portfolio.primaryCurrency(), yield->equivalentNetAmount}});
+  }
+  return income;
+}
+
+std::vector<EquityIncome> equityIncomes(
+    Portfolio& portfolio, const YearMonthDay& today, const Calendar& calendar,
+    const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
+  EquityMap<IncomeOfEquity> byEquity;
+  const Date end = daysAfter(today, 1).startIn(calendar);
+  for (const TransactionPointer& row : portfolio.transactions()) {
+    if (end <= row->settlementDate()) {
+      break;
+    }
+    const EquityPointer* equity = row->basic.equity();
+    if (equity != nullptr) {
+      IncomeOfEquity& of = byEquity[*equity];
+      of.line.equity = *equity;
+      of.take(*row, transactionEffect(row->basic.kind),
+              YearMonthDay::of(row->settlementDate(), calendar));
+    }
+  }
+  std::vector<EquityIncome> lines;
+  for (auto& [equity, of] : byEquity) {
+    if (of.line.shares > 0) {
+      finishIncome(of, today, portfolio.primaryCurrency(), recentRate);
+      lines.push_back(std::move(of.line));
+    }
+  }
+  std::ranges::sort(lines, {}, [](const EquityIncome& line) {
+    return std::tuple<std::string_view, std::string_view>(line.equity->symbol, line.equity->id());
+  });
+  return lines;
+}
+
+}  // namespace corvane
