@@ -87,6 +87,11 @@ TEST_F(ScenarioTabsTest, LeadToEachOther) {
   ASSERT_TRUE(settles(batch()));
   auto* table = control<QTableView>("Scenario batch table");
   ASSERT_GT(table->model()->rowCount(), 5);
+  const QAbstractItemView& rows = *table;
+  for (int column = 1; column < table->model()->columnCount(); ++column) {
+    EXPECT_GE(table->columnWidth(column), rows.sizeHintForColumn(column))
+        << "rows that come later are shown whole, column " << column;
+  }
   auto* goTo = buttonWith(*tabs().currentWidget(), "Go to Detail");
   EXPECT_FALSE(goTo->isEnabled());
   table->selectRow(2);

@@ -149,6 +149,8 @@ void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
       found == table.columns().end() ? 0 : static_cast<int>(found - table.columns().begin());
   showColumns();
   connect(adapter, &QAbstractItemModel::modelReset, this, &TableView::fitColumns);
+  connect(adapter, &QAbstractItemModel::rowsInserted, this,
+          [this](const QModelIndex&, int first, int last) { widenColumns(first, last); });
   fitColumns();
 }
 
@@ -166,19 +168,40 @@ void TableView::fitColumns() {
 }
 
 int TableView::fittingWidth(int column) const {
-  const int rows = model()->rowCount();
-  const int step = std::max(1, rows / mostRowsMeasured);
+  // A heading that is not shown needs no room.
+  const int heading =
+      horizontalHeader()->isHidden() ? 0 : horizontalHeader()->sectionSizeHint(column);
+  return std::max(heading, widthOfRows(column, 0, model()->rowCount() - 1));
+}
+
+int TableView::widthOfRows(int column, int first, int last) const {
+  const int step = std::max(1, (last - first + 1) / mostRowsMeasured);
   QStyleOptionViewItem option;
   initViewItemOption(&option);
-  // A heading that is not shown needs no room.
-  int width = horizontalHeader()->isHidden() ? 0 : horizontalHeader()->sectionSizeHint(column);
-  for (int row = 0; row < rows; row += step) {
+  int width = 0;
+  for (int row = first; row <= last; row += step) {
     const QModelIndex index = model()->index(row, column);
     const QVariant font = index.data(Qt::FontRole);
     option.font = font.isValid() ? font.value<QFont>() : this->font();
     width = std::max(width, itemDelegate()->sizeHint(option, index).width());
   }
   return width;
+}
+
+/// Rows that come one after the other only make columns wider, so that nothing jumps to and fro.
+void TableView::widenColumns(int first, int last) {
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    if (isColumnHidden(column) || chosenWidth(column)) {
+      continue;
+    }
+    const int needed = widthOfRows(column, first, last);
+    if (column == stretchedColumn_) {
+      stretchedColumnWidth_ = std::max(stretchedColumnWidth_, needed);
+    } else if (needed > columnWidth(column)) {
+      setWidth(column, needed);
+    }
+  }
+  stretch();
 }
 
 void TableView::setWidth(int column, int width) {

@@ -86,6 +86,8 @@ class TableView : public QTableView {
  private:
   void noteWidth(int column, int oldWidth, int width);
   [[nodiscard]] int fittingWidth(int column) const;
+  [[nodiscard]] int widthOfRows(int column, int first, int last) const;
+  void widenColumns(int first, int last);
   void stretch();
   void setWidth(int column, int width);
 

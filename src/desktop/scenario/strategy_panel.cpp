@@ -53,7 +53,7 @@ StrategyPanel::StrategyPanel(ScenarioStrategyViewController& controller, QWidget
               QStringLiteral("Stop loss: no limit for purchases"));
 
   auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(0, 0, spacing::narrow, spacing::narrow);
+  column->setContentsMargins(0, spacing::narrow, spacing::narrow, spacing::narrow);
   column->addLayout(grid);
   column->addStretch(1);
   changes_ = subscribe(controller_.changeHandler, [this] { update(); });
