@@ -114,6 +114,11 @@ class Control:
         Atspi.Component.grab_focus(component)
         wait_for(f"the keyboard to go to {self.role} “{self.name}”", lambda: self.has("focused"))
 
+    def middle(self):
+        """The point of the screen in the middle of the control."""
+        area = Atspi.Component.get_extents(self.node.get_component_iface(), Atspi.CoordType.SCREEN)
+        return area.x + area.width // 2, area.y + area.height // 2
+
     def cell(self, row, column):
         table = self.node.get_table_iface()
         return Control(Atspi.Table.get_accessible_at(table, row, column))
@@ -304,6 +309,13 @@ class Screen:
 
         return wait_for(f"the window “{name}” to have the keyboard", settled)
 
+    def window_shown(self, name):
+        """The window with this title, once it is shown; keys may go to another one."""
+        return wait_for(
+            f"the window “{name}”",
+            lambda: next((each for each in self.windows() if each.name == name), None),
+        )
+
     def wait_until_gone(self, name):
         wait_for(
             f"the window “{name}” to close",
@@ -314,6 +326,11 @@ class Screen:
 
     def key(self, *names):
         subprocess.run(["xdotool", "key", "--clearmodifiers", *names], check=True)
+
+    def click(self, control):
+        """Clicks into the middle of a control; a table takes the keyboard in no other way."""
+        x, y = control.middle()
+        subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"], check=True)
 
     def write(self, text):
         subprocess.run(["xdotool", "type", "--clearmodifiers", "--delay", "15", text], check=True)

@@ -112,8 +112,12 @@ void EditBulkTransactionsDialog::addBox(QGridLayout& grid, std::size_t index, QW
   boxes_[index] = box;
   grid.addWidget(box, static_cast<int>(index), 0);
   grid.addWidget(field, static_cast<int>(index), 1);
-  // The field has the keyboard as soon as it can be used.
-  connect(box, &QCheckBox::clicked, this, [this, &state, field](bool isOn) {
+  // The field has the keyboard as soon as it can be used. Assistive technologies toggle a box
+  // without a click.
+  connect(box, &QCheckBox::toggled, this, [this, &state, field](bool isOn) {
+    if (isShowing_) {
+      return;
+    }
     form_->setOn(state, isOn);
     if (state.isOn) {
       field->setFocus(Qt::ShortcutFocusReason);

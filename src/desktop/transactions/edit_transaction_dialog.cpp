@@ -254,7 +254,10 @@ QWidget* EditTransactionDialog::makeNote() {
   column->setSpacing(spacing::tight);
   column->addWidget(noteToggle_, 0, Qt::AlignLeft);
   column->addWidget(note_);
-  connect(noteToggle_, &QToolButton::clicked, this, [this] {
+  connect(noteToggle_, &QToolButton::toggled, this, [this] {
+    if (isShowing_) {
+      return;
+    }
     form_->toggleNote();
     if (form_->isNoteOpen) {
       note_->setFocus(Qt::ShortcutFocusReason);
