@@ -8,7 +8,9 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "desktop/app/desktop_application.h"
@@ -157,6 +159,9 @@ void MainWindow::makeEditMenu() {
   addEditing(QStringLiteral("Select &All"), QKeySequence::SelectAll);
   menu->addSeparator();
   view_->addSearchAction(menu);
+  paletteActions_.push_back(
+      addAction(menu, QStringLiteral("Command Palette…"), QKeySequence(Qt::CTRL | Qt::Key_K),
+                [this] { openCommandPalette(CommandPaletteDialog::Contents::everything); }));
   connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateUndoActions);
 }
 
@@ -244,6 +249,8 @@ void MainWindow::makeHelpMenu() {
   };
   using HelpDocument = AppDelegate::HelpDocument;
   addPage(QStringLiteral("&User Guide"), QKeySequence::HelpContents, HelpDocument::userGuide);
+  addAction(menu, QStringLiteral("&Keyboard Shortcuts"), {},
+            [this] { openCommandPalette(CommandPaletteDialog::Contents::shortcuts); });
   addPage(QStringLiteral("&Release Notes"), {}, HelpDocument::releaseNotes);
   addPage(QStringLiteral("&Welcome"), {}, HelpDocument::welcome);
   addPage(QStringLiteral("&Legal"), {}, HelpDocument::legal);
@@ -266,6 +273,23 @@ void MainWindow::makeHelpMenu() {
                                       "</p><p>Free software under the GNU General Public License, "
                                       "version 3 or later.</p>"));
   });
+}
+
+void MainWindow::openCommandPalette(CommandPaletteDialog::Contents contents) {
+  const bool isListOfShortcuts = contents == CommandPaletteDialog::Contents::shortcuts;
+  auto entries = CommandPaletteDialog::entriesOf(
+      *menuBar(), isListOfShortcuts ? std::vector<const QAction*>() : paletteActions_);
+  if (const auto model = model_.lock(); model != nullptr && !isListOfShortcuts) {
+    const auto show = [source = std::weak_ptr(view_->controller().masterSourceViewController)](
+                          const auto& object) {
+      if (const auto living = source.lock()) {
+        living->setCurrentDetailObject(object);
+      }
+    };
+    auto objects = paletteEntriesOf(*model, show, show);
+    std::ranges::move(objects, std::back_inserter(entries));
+  }
+  CommandPaletteDialog::open(this, contents, std::move(entries));
 }
 
 void MainWindow::updateUndoActions() {
