@@ -121,7 +121,7 @@ void MainWindow::makeFileMenu() {
   menu->addSeparator();
   addAction(menu, QStringLiteral("&Close Window"), QKeySequence::Close, [this] { close(); });
   addAction(menu, QStringLiteral("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q),
-            [this] { application_.quit(); });
+            [this] { application_.quitAction(this); });
 }
 
 void MainWindow::fillRecentMenu(QMenu* menu) {
@@ -162,6 +162,9 @@ void MainWindow::makeEditMenu() {
   paletteActions_.push_back(
       addAction(menu, QStringLiteral("Command Palette…"), QKeySequence(Qt::CTRL | Qt::Key_K),
                 [this] { openCommandPalette(CommandPaletteDialog::Contents::everything); }));
+  menu->addSeparator();
+  addAction(menu, QStringLiteral("S&ettings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
+            [this] { openSettings(); });
   connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateUndoActions);
 }
 
@@ -262,10 +265,8 @@ void MainWindow::makeHelpMenu() {
   connect(menu, &QMenu::aboutToShow, diagnostics, [this, diagnostics] {
     diagnostics->setChecked(application_.delegate().diagnosticToolsEnabled.get());
   });
-  connect(diagnostics, &QAction::triggered, this, [this](bool isOn) {
-    application_.delegate().diagnosticToolsEnabled.set(isOn);
-    updateMarketMenu();
-  });
+  connect(diagnostics, &QAction::triggered, this,
+          [this](bool isOn) { application_.delegate().diagnosticToolsEnabled.set(isOn); });
   menu->addSeparator();
   addAction(menu, QStringLiteral("&About Corvane"), {}, [this] {
     QMessageBox::about(this, QStringLiteral("About Corvane"),
@@ -273,6 +274,10 @@ void MainWindow::makeHelpMenu() {
                                       "</p><p>Free software under the GNU General Public License, "
                                       "version 3 or later.</p>"));
   });
+}
+
+void MainWindow::openSettings() {
+  application_.showSettings(this);
 }
 
 void MainWindow::openCommandPalette(CommandPaletteDialog::Contents contents) {

@@ -39,6 +39,7 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
   void updateTitle();
   /// Opens the box in which everything can be found by a few letters, or the list of shortcuts.
   void openCommandPalette(CommandPaletteDialog::Contents contents);
+  void openSettings();
   /// Brings the menu of prices in line with the application controller.
   void updateMarketMenu();
 

@@ -252,6 +252,7 @@ void ScreenRenderer::renderForms() {
   });
   render(QStringLiteral("keyboard-shortcuts"),
          [&] { window_.openCommandPalette(Palette::Contents::shortcuts); });
+  render(QStringLiteral("settings"), [&] { window_.openSettings(); });
   if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
     PortfolioViewController& portfolio = *frame.portfolioViewController;
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
