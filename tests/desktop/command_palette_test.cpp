@@ -64,6 +64,13 @@ TEST_F(CommandPaletteBox, OffersTheMenusAsTheyAreWithTheirShortcuts) {
   EXPECT_TRUE(rows.filter("Palette").isEmpty());
 }
 
+TEST_F(CommandPaletteBox, BringsMenusInLineThatNobodyHasOpened) {
+  world.application.delegate().preferLocalTimeZone.set(true);
+  window->openCommandPalette(CommandPaletteDialog::Contents::everything);
+  EXPECT_TRUE(rowsOf(*openDialog<CommandPaletteDialog>(*window))
+                  .contains("Dates in Local Time Zone, View, on"));
+}
+
 TEST_F(CommandPaletteBox, ShowsPortfoliosAndHeldEquities) {
   const auto home = world.addPortfolio(*window, "Home");
   const auto& source = *DesktopWorld::frameOf(*window).masterSourceViewController;
