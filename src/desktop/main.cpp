@@ -20,6 +20,7 @@
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/system/file_manager.h"
 #include "platform/system/log.h"
+#include "platform/system/termination_signals.h"
 #include "platform/system/user_defaults.h"
 #include "samplemarket/sample_market.h"
 #include "storage/application/watchlist_manager.h"
@@ -163,6 +164,8 @@ int run(int argumentCount, char** arguments) {
     program.start(line.workspace);
   }
   program.showProblems(problemsOfFolders());
+  // Before the loop of events runs there is nothing to end in order: what is to be recovered stays.
+  const TerminationSignals endings([&] { program.endSession(true); });
   return QApplication::exec();
 }
 

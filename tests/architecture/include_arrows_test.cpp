@@ -81,7 +81,7 @@ const std::map<std::string, Folder> house = {
        {"charts"},
        {"transactions"},
        {"portfolio", "equity", "scenario", "exchange"},
-       {"workspace"},
+       {"workspace", "frame"},
        {"app"},
        {""}}}},
     {"cli",

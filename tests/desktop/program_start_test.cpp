@@ -57,5 +57,20 @@ TEST_F(ProgramStart, KeepsTheSettingsOfTheInventedMarketApart) {
   EXPECT_THAT(output(), Not(HasSubstr("Settings hold")));
 }
 
+TEST_F(ProgramStart, EndsNormallyWhenTheSystemSaysSo) {
+  // A temporary folder of its own, in which nobody has left anything to recover.
+  fs::create_directories(folder / "tmp");
+  const std::string file = (settings / "corvane" / "sample-market.json").string();
+  const std::string command =
+      "export HOME='" + (folder / "home").string() + "' TMPDIR='" + (folder / "tmp").string() +
+      "' XDG_CONFIG_HOME='" + settings.string() + "' XDG_CACHE_HOME='" +
+      (folder / "cache").string() + "' QT_QPA_PLATFORM=offscreen; timeout -s KILL 60 " +
+      "'" CORVANE_PROGRAM "' --sample-market >'" + (folder / "out").string() +
+      "' 2>&1 & program=$!; for i in $(seq 400); do test -f '" + file +
+      "' && break; sleep 0.05; done; sleep 2; kill -TERM $program; wait $program";
+  EXPECT_EQ(std::system(command.c_str()), 0) << output();
+  EXPECT_THAT(readText(file), HasSubstr("lastAppBundleVersion"));
+}
+
 }  // namespace
 }  // namespace corvane::testing

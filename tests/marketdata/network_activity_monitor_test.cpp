@@ -67,5 +67,23 @@ TEST(NetworkActivityMonitor, TellsOfARequestWhenItStartsAndWhenItHasEnded) {
   EXPECT_EQ(seen[3].responseData, std::nullopt) << "a request without an answer has none";
 }
 
+TEST(NetworkActivityMonitor, TellsNothingWhileItIsSwitchedOff) {
+  int posts = 0;
+  const auto token = NotificationCenter::defaultCenter().addObserver(
+      NetworkActivityMonitor::notificationName, nullptr, [&](const auto&) { ++posts; });
+  Service server;
+  server.script(Service::searchPath, {{.body = "{}"}});
+  const auto session = std::make_shared<YahooSession>(server.service());
+  std::promise<void> ended;
+  NetworkActivityMonitor::setOn(false);
+  session->runRequest("quiet",
+                      URLRequest{"http://127.0.0.1:" + std::to_string(*server.service().port) +
+                                 Service::searchPath},
+                      false, [&](const auto&) { ended.set_value(); });
+  ended.get_future().wait();
+  NetworkActivityMonitor::setOn(true);
+  EXPECT_EQ(posts, 0);
+}
+
 }  // namespace
 }  // namespace corvane

@@ -22,6 +22,7 @@ class ListeningShell : public ApplicationShell {
   std::vector<std::string> alerts, errors, external, pages;
   std::vector<bool> activityWindows;
   int clearings = 0;
+  int activityClosings = 0;
 
   void applyMenuState(const ApplicationMenuState& state) override { menus.push_back(state); }
   void runAlert(const std::string& message, const std::string& informative) override {
@@ -36,6 +37,7 @@ class ListeningShell : public ApplicationShell {
     pages.push_back(file.filename());
   }
   void showNetworkActivityWindow(bool inFront) override { activityWindows.push_back(inFront); }
+  void closeNetworkActivityWindow() override { ++activityClosings; }
   [[nodiscard]] bool isNetworkActivityWindowVisible() const override { return true; }
   void clearActivity() override { ++clearings; }
 };
@@ -66,6 +68,7 @@ class AppDelegateTest : public ::testing::Test {
         .documentShell = world.shell,
         .cacheURL = cache,
         .isActivityMonitored = [this] { return isMonitored; },
+        .monitorActivity = [this](bool isOn) { isMonitored = isOn; },
         .sampleDocument = sample,
         .resources = resources});
     app->applicationDidFinishLaunching();
@@ -182,6 +185,20 @@ TEST_F(AppDelegateTest, DiagnosticToolsAreOutOfReachUnlessTurnedOn) {
   app->applicationWillTerminate();  // The window is there, and is so again the next time.
   launch();
   EXPECT_THAT(shell->activityWindows, ElementsAre(true, false));
+}
+
+TEST_F(AppDelegateTest, DiagnosticToolsComeAndGoAtOnce) {
+  const auto app = launch();
+  app->diagnosticToolsEnabled.set(true);
+  MainLoop::drain();
+  EXPECT_TRUE(shell->menus.back().showsDataSources && shell->menus.back().showsNetworkActivity);
+  app->chooseDataSource(DataSource::cacheOnly);
+  EXPECT_EQ(shell->activityClosings, 0);
+
+  app->diagnosticToolsEnabled.set(false);
+  MainLoop::drain();
+  EXPECT_EQ(shell->menus.back(), ApplicationMenuState()) << "the menu that could undo it is gone";
+  EXPECT_EQ(shell->activityClosings, 1);
 }
 
 TEST_F(AppDelegateTest, HelpOpensItsPagesOrSaysWhichFileIsMissing) {

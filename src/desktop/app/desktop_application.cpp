@@ -5,7 +5,9 @@
 
 #include "desktop/app/main_window.h"
 #include "desktop/app/workspace_panels.h"
+#include "desktop/frame/settings_dialog.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
 #include "marketdata/yahoo/network_activity_monitor.h"
 #include "platform/async/dispatch_queue.h"
@@ -30,16 +32,16 @@ DesktopApplication::DesktopApplication(DesktopSurroundings surroundings)
       .documentShell = windows_,
       .cacheURL = surroundings_.cacheURL,
       .isActivityMonitored = &NetworkActivityMonitor::isOn,
+      .monitorActivity = &NetworkActivityMonitor::setOn,
       .sampleDocument = sampleWorkspace(),
       .resources = resourcePath("")});
   // The session ends: documents are asked about while the windows are still there.
   QObject::connect(
       qApp, &QGuiApplication::commitDataRequest, &pump_,
       [this](QSessionManager& session) {
-        if (session.allowsInteraction() && !documentController().closeAllDocuments()) {
+        if (!endSession(session.allowsInteraction())) {
           session.cancel();
         }
-        windows_->keepOnly(documentController().documents());
       },
       Qt::DirectConnection);
 }
@@ -143,6 +145,27 @@ bool DesktopApplication::closeWorkspace(const std::shared_ptr<WorkspaceDocument>
     quit();
   }
   return isClosed;
+}
+
+bool DesktopApplication::quitAction(QWidget* from) {
+  if (delegate_->confirmBeforeQuit.get() &&
+      ask(from, AlertKind::message, QStringLiteral("Do you want to quit Corvane?"), {},
+          {QStringLiteral("Quit"), QStringLiteral("Cancel")}) != 0) {
+    return false;
+  }
+  return quit();
+}
+
+bool DesktopApplication::endSession(bool mayAsk) {
+  delegate_->applicationWillTerminate();
+  return !mayAsk || quit();
+}
+
+void DesktopApplication::showSettings(QWidget* from) {
+  if (settings_ == nullptr || !settings_->isVisible()) {
+    settings_ = new SettingsDialog(*delegate_, defaults(), from);
+  }
+  bringToFront(*settings_);
 }
 
 bool DesktopApplication::quit() {

@@ -1,6 +1,8 @@
 // The program as the desktop knows it: its documents, its windows, its look.
 #pragma once
 
+#include <QPointer>
+#include <QWidget>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -13,7 +15,6 @@
 #include "storage/application/app_delegate.h"
 
 class QApplication;
-class QWidget;
 
 namespace corvane::desktop {
 
@@ -69,6 +70,16 @@ class DesktopApplication {
   bool closeWorkspace(const std::shared_ptr<WorkspaceDocument>& document);
   /// Closes all documents and ends the program, unless one of them stays open.
   bool quit();
+  /// As quit(), of a user who may have to confirm it.
+  bool quitAction(QWidget* from);
+  /// The session ends, or the system wants the program to. It counts as a normal end, whatever
+  /// comes of unsaved changes: they are asked about where `mayAsk`, and the program ends then
+  /// unless the user wants to go on, which is false. Without an answer nothing is closed, and what
+  /// is unsaved when the program is ended is offered at the next start.
+  bool endSession(bool mayAsk);
+
+  /// Opens the settings on `from`, or brings them to the front.
+  void showSettings(QWidget* from);
 
  private:
   DesktopSurroundings surroundings_;
@@ -76,6 +87,7 @@ class DesktopApplication {
   std::shared_ptr<DocumentWindows> windows_;
   std::shared_ptr<DesktopShell> shell_ = std::make_shared<DesktopShell>();
   std::shared_ptr<AppDelegate> delegate_;
+  QPointer<QWidget> settings_;
 };
 
 }  // namespace corvane::desktop

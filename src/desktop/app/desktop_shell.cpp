@@ -27,11 +27,9 @@ void DesktopShell::presentError(const Error& error) {
 /// The program's own pages are shown by the program, where there is a way back and where no browser
 /// is needed; what else there is, the system opens.
 void DesktopShell::openExternally(const std::filesystem::path& file) {
-  if (HelpWindow::canShow(file)) {
+  if (HelpWindow::canShow(file) || !QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file)))) {
     showWebDocument(file, 0);
-    return;
   }
-  QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file)));
 }
 
 void DesktopShell::showWebDocument(const std::filesystem::path& file, double /*timeoutSeconds*/) {
@@ -51,6 +49,12 @@ void DesktopShell::showNetworkActivityWindow(bool inFront) {
   } else {
     activity_->show();
     activity_->lower();
+  }
+}
+
+void DesktopShell::closeNetworkActivityWindow() {
+  if (activity_ != nullptr) {
+    activity_->close();
   }
 }
 

@@ -21,10 +21,12 @@ class DesktopShell : public ApplicationShell {
   void applyMenuState(const ApplicationMenuState& state) override;
   void runAlert(const std::string& messageText, const std::string& informativeText) override;
   void presentError(const Error& error) override;
+  /// Where the system has no program for `file`, the program shows it itself.
   void openExternally(const std::filesystem::path& file) override;
   /// A page of the program's own is there at once, so nothing times out.
   void showWebDocument(const std::filesystem::path& file, double timeoutSeconds) override;
   void showNetworkActivityWindow(bool inFront) override;
+  void closeNetworkActivityWindow() override;
   [[nodiscard]] bool isNetworkActivityWindowVisible() const override;
   void clearActivity() override;
 

@@ -7,6 +7,7 @@
 #include <QToolBar>
 #include <QUrl>
 
+#include "desktop/look/alert_box.h"
 #include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -55,8 +56,10 @@ void HelpWindow::follow(const QUrl& link) {
                       full.scheme() == QLatin1String("about");
   if (isPage) {
     browser_->setSource(full);
-  } else {
-    QDesktopServices::openUrl(full);
+  } else if (!QDesktopServices::openUrl(full)) {
+    showAlert(this, AlertKind::message,
+              QStringLiteral("There is no program on this computer that opens this address."),
+              full.toDisplayString(), {QStringLiteral("OK")});
   }
 }
 

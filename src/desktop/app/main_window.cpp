@@ -8,7 +8,9 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "desktop/app/desktop_application.h"
@@ -119,7 +121,7 @@ void MainWindow::makeFileMenu() {
   menu->addSeparator();
   addAction(menu, QStringLiteral("&Close Window"), QKeySequence::Close, [this] { close(); });
   addAction(menu, QStringLiteral("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q),
-            [this] { application_.quit(); });
+            [this] { application_.quitAction(this); });
 }
 
 void MainWindow::fillRecentMenu(QMenu* menu) {
@@ -157,6 +159,12 @@ void MainWindow::makeEditMenu() {
   addEditing(QStringLiteral("Select &All"), QKeySequence::SelectAll);
   menu->addSeparator();
   view_->addSearchAction(menu);
+  paletteActions_.push_back(
+      addAction(menu, QStringLiteral("Command Palette…"), QKeySequence(Qt::CTRL | Qt::Key_K),
+                [this] { openCommandPalette(CommandPaletteDialog::Contents::everything); }));
+  menu->addSeparator();
+  addAction(menu, QStringLiteral("S&ettings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
+            [this] { openSettings(); });
   connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateUndoActions);
 }
 
@@ -244,6 +252,8 @@ void MainWindow::makeHelpMenu() {
   };
   using HelpDocument = AppDelegate::HelpDocument;
   addPage(QStringLiteral("&User Guide"), QKeySequence::HelpContents, HelpDocument::userGuide);
+  addAction(menu, QStringLiteral("&Keyboard Shortcuts"), {},
+            [this] { openCommandPalette(CommandPaletteDialog::Contents::shortcuts); });
   addPage(QStringLiteral("&Release Notes"), {}, HelpDocument::releaseNotes);
   addPage(QStringLiteral("&Welcome"), {}, HelpDocument::welcome);
   addPage(QStringLiteral("&Legal"), {}, HelpDocument::legal);
@@ -255,10 +265,8 @@ void MainWindow::makeHelpMenu() {
   connect(menu, &QMenu::aboutToShow, diagnostics, [this, diagnostics] {
     diagnostics->setChecked(application_.delegate().diagnosticToolsEnabled.get());
   });
-  connect(diagnostics, &QAction::triggered, this, [this](bool isOn) {
-    application_.delegate().diagnosticToolsEnabled.set(isOn);
-    updateMarketMenu();
-  });
+  connect(diagnostics, &QAction::triggered, this,
+          [this](bool isOn) { application_.delegate().diagnosticToolsEnabled.set(isOn); });
   menu->addSeparator();
   addAction(menu, QStringLiteral("&About Corvane"), {}, [this] {
     QMessageBox::about(this, QStringLiteral("About Corvane"),
@@ -266,6 +274,27 @@ void MainWindow::makeHelpMenu() {
                                       "</p><p>Free software under the GNU General Public License, "
                                       "version 3 or later.</p>"));
   });
+}
+
+void MainWindow::openSettings() {
+  application_.showSettings(this);
+}
+
+void MainWindow::openCommandPalette(CommandPaletteDialog::Contents contents) {
+  const bool isListOfShortcuts = contents == CommandPaletteDialog::Contents::shortcuts;
+  auto entries = CommandPaletteDialog::entriesOf(
+      *menuBar(), isListOfShortcuts ? std::vector<const QAction*>() : paletteActions_);
+  if (const auto model = model_.lock(); model != nullptr && !isListOfShortcuts) {
+    const auto show = [source = std::weak_ptr(view_->controller().masterSourceViewController)](
+                          const auto& object) {
+      if (const auto living = source.lock()) {
+        living->setCurrentDetailObject(object);
+      }
+    };
+    auto objects = paletteEntriesOf(*model, show, show);
+    std::ranges::move(objects, std::back_inserter(entries));
+  }
+  CommandPaletteDialog::open(this, contents, std::move(entries));
 }
 
 void MainWindow::updateUndoActions() {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "desktop/frame/command_palette_dialog.h"
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/async/undo_manager.h"
 #include "storage/workspace/workspace_document.h"
@@ -36,6 +37,9 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
 
   /// Brings the title and the mark of unsaved changes in line with the document.
   void updateTitle();
+  /// Opens the box in which everything can be found by a few letters, or the list of shortcuts.
+  void openCommandPalette(CommandPaletteDialog::Contents contents);
+  void openSettings();
   /// Brings the menu of prices in line with the application controller.
   void updateMarketMenu();
 
@@ -62,6 +66,7 @@ class MainWindow : public QMainWindow, public WorkspaceDocumentModelHaving {
   WorkspaceView* view_;
   QAction* undo_ = nullptr;
   QAction* redo_ = nullptr;
+  std::vector<const QAction*> paletteActions_;  ///< those that open the palette itself
   QMenu* dataSources_ = nullptr;
   QAction* networkActivity_ = nullptr;
   std::vector<QAction*> priceAdjustments_;

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPixmap>
 #include <QTabWidget>
@@ -252,6 +253,14 @@ void ScreenRenderer::renderForms() {
     }
   };
   render(QStringLiteral("form-new-portfolio"), [&] { frame.createPortfolioAction(); });
+  using Palette = CommandPaletteDialog;
+  render(QStringLiteral("command-palette"), [&] {
+    window_.openCommandPalette(Palette::Contents::everything);
+    openDialog(window_)->findChild<QLineEdit*>()->setText(QStringLiteral("pr"));
+  });
+  render(QStringLiteral("keyboard-shortcuts"),
+         [&] { window_.openCommandPalette(Palette::Contents::shortcuts); });
+  render(QStringLiteral("settings"), [&] { window_.openSettings(); });
   if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
     PortfolioViewController& portfolio = *frame.portfolioViewController;
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });

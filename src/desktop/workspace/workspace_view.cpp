@@ -155,7 +155,9 @@ void WorkspaceView::showDetail() {
 
 void WorkspaceView::perform(const MainSplitViewController::Segue& segue) {
   std::visit(Overloaded{[this](const MainSplitViewController::CreatePortfolio&) {
-               EditPortfolioDialog::open(this, frame_->makeCreatePortfolioForm([] {}, false));
+               EditPortfolioDialog::open(
+                   this, frame_->makeCreatePortfolioForm(
+                             [] {}, defaults_.boolean("diagnosticToolsEnabled").value_or(false)));
              }},
              segue);
 }

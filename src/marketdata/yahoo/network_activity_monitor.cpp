@@ -1,15 +1,28 @@
 #include "marketdata/yahoo/network_activity_monitor.h"
 
+#include <atomic>
 #include <utility>
 
 #include "platform/system/user_defaults.h"
 
 namespace corvane {
 
-bool NetworkActivityMonitor::isOn() {
-  static const bool isOn =
+namespace {
+
+std::atomic<bool>& activityMonitorSwitch() {
+  static std::atomic<bool> isOn =
       UserDefaults::standard().boolean("diagnosticToolsEnabled").value_or(false);
   return isOn;
+}
+
+}  // namespace
+
+bool NetworkActivityMonitor::isOn() {
+  return activityMonitorSwitch().load(std::memory_order_relaxed);
+}
+
+void NetworkActivityMonitor::setOn(bool isOn) {
+  activityMonitorSwitch().store(isOn, std::memory_order_relaxed);
 }
 
 void NetworkActivityMonitor::post(const Activity& activity, std::optional<std::string> requestURL,

@@ -33,8 +33,10 @@ class NetworkActivityMonitor {
   };
   static constexpr Topic<News> notificationName{"ca.corvane.networkActivity"};
 
-  /// Whether the setting "diagnosticToolsEnabled" was on when this was first asked.
+  /// As the setting "diagnosticToolsEnabled" was when this was first asked, until it is switched.
   [[nodiscard]] static bool isOn();
+  /// Switches it, for requests that start from now on.
+  static void setOn(bool isOn);
 
   /// Posts the notification on the calling thread.
   static void post(const Activity& activity, std::optional<std::string> requestURL,

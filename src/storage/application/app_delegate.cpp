@@ -16,9 +16,12 @@ AppDelegate::AppDelegate(ApplicationSurroundings surroundings)
       showNetworkActivityWindow("showNetworkActivityWindow", false, surroundings.defaults),
       preferLocalTimeZone("preferLocalTimeZone", false, surroundings.defaults),
       indicateFetchedRows("indicateFetchedRows", false, surroundings.defaults),
+      confirmBeforeQuit("confirmBeforeQuit", false, surroundings.defaults),
       diagnosticToolsEnabled("diagnosticToolsEnabled", false, surroundings.defaults),
       surroundings_(std::move(surroundings)),
-      documentController_(workspaceSurroundings(), surroundings_.defaults) {}
+      documentController_(workspaceSurroundings(), surroundings_.defaults),
+      diagnosticToolsObservation_(surroundings_.defaults.observe(
+          std::string(diagnosticToolsEnabled.key), [this] { diagnosticToolsDidChange(); })) {}
 
 WorkspaceSurroundings AppDelegate::workspaceSurroundings() {
   WorkspaceSurroundings workspace = {
@@ -108,6 +111,20 @@ ApplicationMenuState AppDelegate::menuState() const {
           .showsNetworkActivity = surroundings_.isActivityMonitored(),
           .checkedDataSource = dataSource_,
           .checkedPriceAdjustment = selectedPriceAdjustment()};
+}
+
+void AppDelegate::diagnosticToolsDidChange() {
+  const bool isOn = diagnosticToolsEnabled.get();
+  surroundings_.monitorActivity(isOn);
+  if (!isOn) {
+    surroundings_.shell->closeNetworkActivityWindow();
+  }
+  using DataSource = SwitchableQuoteProvider::DataSource;
+  if (!isOn && dataSource_ != DataSource::sourceAndCache) {
+    chooseDataSource(DataSource::sourceAndCache);
+  } else {
+    surroundings_.shell->applyMenuState(menuState());
+  }
 }
 
 void AppDelegate::chooseDataSource(SwitchableQuoteProvider::DataSource source) {

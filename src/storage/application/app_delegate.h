@@ -35,6 +35,8 @@ struct ApplicationSurroundings {
   std::optional<std::filesystem::path> cacheURL = std::nullopt;
   /// Whether requests are being recorded; see NetworkActivityMonitor.
   std::function<bool()> isActivityMonitored = [] { return false; };
+  /// Begins to record requests, or ends that.
+  std::function<void(bool)> monitorActivity = [](bool) {};
   /// The package that a first run opens, and the folder of the pages below it.
   std::filesystem::path sampleDocument;
   std::filesystem::path resources;
@@ -88,6 +90,9 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   UserDefaultsBacked<bool> showNetworkActivityWindow;
   UserDefaultsBacked<bool> preferLocalTimeZone;
   UserDefaultsBacked<bool> indicateFetchedRows;
+  UserDefaultsBacked<bool> confirmBeforeQuit;
+  /// A change shows in the menus of all windows with the next turn of the main queue. Without the
+  /// tools nothing of theirs stays behind: the log closes, and prices come from everywhere again.
   UserDefaultsBacked<bool> diagnosticToolsEnabled;
 
   /// Begins the run: menus, timers, and on a first run the sample and the welcome page.
@@ -124,6 +129,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
  private:
   [[nodiscard]] WorkspaceSurroundings workspaceSurroundings();
   [[nodiscard]] std::vector<std::shared_ptr<SwitchableQuoteProvider>> switchableProviders() const;
+  void diagnosticToolsDidChange();
   /// Tells everybody that prices may be others now.
   void announceQuoteDataSourceChange();
 
@@ -133,6 +139,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   std::shared_ptr<QuoteProvider> sharedYahooQuoteProvider_;
   DocumentController documentController_;
   std::shared_ptr<WatchlistManager> watchlistManager_;
+  Subscription diagnosticToolsObservation_;
 };
 
 }  // namespace corvane

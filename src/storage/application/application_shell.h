@@ -42,6 +42,7 @@ class ApplicationShell {
 
   /// The log of requests: behind all windows at a start, in front on demand.
   virtual void showNetworkActivityWindow(bool inFront) = 0;
+  virtual void closeNetworkActivityWindow() = 0;
   [[nodiscard]] virtual bool isNetworkActivityWindowVisible() const = 0;
   /// Empties the log, where there is one.
   virtual void clearActivity() = 0;

@@ -356,13 +356,8 @@ void WorkspaceDocument::showCompatibilityAlert() {
       fileURL()->filename().string() + " was created with a newer version of Corvane.",
       "Some data might be ignored, and could be lost on re-save. Update to the latest version for "
       "best results.",
-      {"Continue", "Check for Updates…"}};
-  surroundings_.shell->showAlert(
-      *this, alert, [checkForUpdates = surroundings_.checkForUpdates](std::size_t button) {
-        if (button == 1 && checkForUpdates) {
-          checkForUpdates();
-        }
-      });
+      {"Continue"}};
+  surroundings_.shell->showAlert(*this, alert, [](std::size_t) {});
 }
 
 void WorkspaceDocument::presentError(const corvane::Error& error) {

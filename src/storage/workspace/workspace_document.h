@@ -29,9 +29,6 @@ struct WorkspaceSurroundings {
   /// Called with the model of a document that has been read, whose equities want fresh prices.
   std::function<void(const std::shared_ptr<WorkspaceModel>&)> refreshModel = nullptr;
 
-  /// Looks for a newer version of the program.
-  std::function<void()> checkForUpdates = nullptr;
-
   /// The running program.
   std::string appBundleVersion;
   std::string appMarketingVersion;

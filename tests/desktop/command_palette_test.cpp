@@ -1,0 +1,106 @@
+#include "desktop/frame/command_palette_dialog.h"
+
+#include <gmock/gmock.h>
+
+#include <QLineEdit>
+#include <QListView>
+#include <QTest>
+
+#include "desktop/desktop_world.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/window_driver.h"
+
+namespace corvane::testing {
+namespace {
+
+using desktop::CommandPaletteDialog;
+using desktop::MainWindow;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class CommandPaletteBox : public ::testing::Test {
+ protected:
+  CommandPaletteDialog* open(const QString& command = "Command Palette") {
+    menuItem(*window, command)->trigger();
+    return openDialog<CommandPaletteDialog>(*window);
+  }
+  static QLineEdit& fieldOf(const QDialog& box) { return *box.findChild<QLineEdit*>(); }
+  static QStringList rowsOf(const QDialog& box) {
+    QStringList rows;
+    const auto* model = box.findChild<QListView*>()->model();
+    for (int i = 0; i < model->rowCount(); ++i) {
+      rows.append(model->index(i, 0).data(Qt::AccessibleTextRole).toString());
+    }
+    return rows;
+  }
+  void run(const QString& letters) {
+    auto* box = open();
+    QTest::keyClicks(&fieldOf(*box), letters);
+    QTest::keyClick(&fieldOf(*box), Qt::Key_Return);
+    EXPECT_FALSE(box->isVisible());
+    QApplication::processEvents();
+  }
+
+  DesktopWorld world;
+  std::shared_ptr<MainWindow> window = world.newWindow();
+};
+
+TEST_F(CommandPaletteBox, RunsACommandByAFewLetters) {
+  EXPECT_EQ(menuItem(*window, "Command Palette")->shortcut(), Qt::CTRL | Qt::Key_K);
+  run("newpo");
+  auto* form = openDialog<QDialog>(*window);
+  ASSERT_NE(form, nullptr);
+  EXPECT_EQ(form->windowTitle().toStdString(), "New Portfolio");
+  form->reject();
+}
+
+TEST_F(CommandPaletteBox, OffersTheMenusAsTheyAreWithTheirShortcuts) {
+  const QStringList rows = rowsOf(*open());
+  EXPECT_TRUE(rows.contains("New Portfolio…, Ctrl+Shift+N, Portfolio"));
+  EXPECT_TRUE(rows.contains("New Transaction…, Ctrl+T, Portfolio, not available now"));
+  EXPECT_TRUE(rows.contains("Copy, Ctrl+C, Edit"));
+  EXPECT_TRUE(rows.contains("Adjusted for Splits, Prices › Price Adjustment, on"));
+  EXPECT_TRUE(rows.filter("Cache Only").isEmpty()) << "a menu that is hidden";
+  EXPECT_TRUE(rows.filter("Palette").isEmpty());
+}
+
+TEST_F(CommandPaletteBox, BringsMenusInLineThatNobodyHasOpened) {
+  world.application.delegate().preferLocalTimeZone.set(true);
+  window->openCommandPalette(CommandPaletteDialog::Contents::everything);
+  EXPECT_TRUE(rowsOf(*openDialog<CommandPaletteDialog>(*window))
+                  .contains("Dates in Local Time Zone, View, on"));
+}
+
+TEST_F(CommandPaletteBox, ShowsPortfoliosAndHeldEquities) {
+  const auto home = world.addPortfolio(*window, "Home");
+  const auto& source = *DesktopWorld::frameOf(*window).masterSourceViewController;
+  run("home");
+  EXPECT_EQ(std::get<PortfolioPointer>(source.currentDetailObject()), home);
+  run("lum");
+  EXPECT_EQ(std::get<EquityPointer>(source.currentDetailObject())->symbol, "LUM");
+}
+
+TEST_F(CommandPaletteBox, IsUsedByKeysAndTellsWhatIsSelected) {
+  auto* box = open();
+  QLineEdit& field = fieldOf(*box);
+  QTest::keyClick(&field, Qt::Key_Down);
+  EXPECT_THAT(field.accessibleDescription().toStdString(), HasSubstr(" 2 of "));
+  EXPECT_EQ(box->findChild<QListView*>()->currentIndex().row(), 1);
+  QTest::keyClicks(&field, "new trans");
+  EXPECT_THAT(field.accessibleDescription().toStdString(),
+              StartsWith("New Transaction…, Ctrl+T, Portfolio, not available now. 1 of "));
+  QTest::keyClick(&field, Qt::Key_Return);
+  EXPECT_TRUE(box->isVisible()) << "it cannot be done, so nothing happens";
+  QTest::keyClick(&field, Qt::Key_Escape);
+  EXPECT_FALSE(box->isVisible());
+}
+
+TEST_F(CommandPaletteBox, ListsAllShortcuts) {
+  const QStringList rows = rowsOf(*open("Keyboard Shortcuts"));
+  EXPECT_TRUE(rows.contains("Command Palette…, Ctrl+K, Edit"));
+  EXPECT_TRUE(rows.contains("Refresh Prices, F5, Prices"));
+  EXPECT_TRUE(rows.filter("About").isEmpty());
+}
+
+}  // namespace
+}  // namespace corvane::testing
