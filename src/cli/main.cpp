@@ -8,9 +8,12 @@
 
 #include "cli/commands/commands.h"
 #include "platform/system/log.h"
+#include "platform/system/process_end.h"
 #include "platform/system/terminal.h"
 
-int main(int count, char** values) {
+namespace {
+
+int runConsole(int count, char** values) {
   // Whatever a command has made for itself goes with it, also where the user stops it.
   corvane::terminal::catchInterrupts();
   std::vector<std::string> arguments(values + 1, values + count);
@@ -27,4 +30,10 @@ int main(int count, char** values) {
     code = corvane::cli::exitCode::failure;
   }
   return code;
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+  corvane::endProcess(runConsole(count, values));
 }

@@ -20,6 +20,7 @@
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/system/file_manager.h"
 #include "platform/system/log.h"
+#include "platform/system/process_end.h"
 #include "platform/system/termination_signals.h"
 #include "platform/system/user_defaults.h"
 #include "samplemarket/sample_market.h"
@@ -173,5 +174,5 @@ int run(int argumentCount, char** arguments) {
 }  // namespace corvane::desktop
 
 int main(int argumentCount, char** arguments) {
-  return corvane::desktop::run(argumentCount, arguments);
+  corvane::endProcess(corvane::desktop::run(argumentCount, arguments));
 }

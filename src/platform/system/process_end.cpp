@@ -1,0 +1,24 @@
+#include "platform/system/process_end.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace corvane {
+
+void endProcess(int status) {
+  std::cout.flush();
+  std::cerr.flush();
+  std::fflush(nullptr);
+#ifdef __SANITIZE_ADDRESS__
+  // It usually looks when a process exits in the long way.
+  __lsan_do_leak_check();
+#endif
+  std::_Exit(status);
+}
+
+}  // namespace corvane
