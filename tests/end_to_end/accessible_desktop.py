@@ -156,7 +156,13 @@ class Screen:
         self._fronts = []
         self._picture_count = 0
         self._set_environment()
-        self._start_screen(size)
+        try:
+            self._start_screen(size)
+        except BaseException:
+            # What has been started already would go on for ever, and keep whoever reads what this
+            # script says from its end.
+            self._end()
+            raise
 
     def __enter__(self):
         return self
@@ -164,6 +170,10 @@ class Screen:
     def __exit__(self, kind, error, trace):
         if error is not None:
             self._explain()
+        self._end()
+        return False
+
+    def _end(self):
         for process in reversed(self.started):
             process.terminate()
             try:
@@ -171,7 +181,6 @@ class Screen:
             except subprocess.TimeoutExpired:
                 process.kill()
         shutil.rmtree(self.work, ignore_errors=True)
-        return False
 
     def _set_environment(self):
         home = os.path.join(self.work, "home")
@@ -214,6 +223,7 @@ class Screen:
         self._start(
             ["Xvfb", "-displayfd", str(write), "-screen", "0", f"{size}x24", "-nolisten", "tcp"],
             pass_fds=[write],
+            stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
         os.close(write)
@@ -226,13 +236,25 @@ class Screen:
             text=True,
         )
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
-        self._start(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_for(
-            "the window manager",
-            lambda: "0x" in _said(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
-        )
+        self._start_window_manager()
         self._watch_fronts()
         Atspi.init()
+
+    def _start_window_manager(self):
+        """On a busy machine it may give up on a screen that has only just come up."""
+        words = os.path.join(self.work, "window-manager")
+        for _ in range(3):
+            with open(words, "a", encoding="utf-8") as output:
+                manager = self._start(["openbox"], stdout=output, stderr=output)
+            wait_for(
+                "the window manager",
+                lambda: manager.poll() is not None
+                or "0x" in _said(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
+            )
+            if manager.poll() is None:
+                return
+        with open(words, encoding="utf-8") as said:
+            raise Failure(f"the window manager does not stay: {said.read()}")
 
     def _watch_fronts(self):
         """Notes which windows the window manager gives the keyboard to, one after the other."""
