@@ -118,7 +118,8 @@ PortfolioTransactionsImporter::PortfolioTransactionsImporter(PortfolioPointer po
 
 void PortfolioTransactionsImporter::applyConfiguration() {
   const Configuration current = settings();
-  if (current.useDateFormatString) {
+  // The import itself tells of another delimiter, and reads dates while that arrives here.
+  if (current.useDateFormatString && dateFormatter_.format != current.dateFormatString) {
     dateFormatter_.format = current.dateFormatString;
     lastDates_.clear();
   }

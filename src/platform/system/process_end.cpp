@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -11,8 +10,6 @@
 namespace corvane {
 
 void endProcess(int status) {
-  std::cout.flush();
-  std::cerr.flush();
   std::fflush(nullptr);
 #ifdef __SANITIZE_ADDRESS__
   // It usually looks when a process exits in the long way.

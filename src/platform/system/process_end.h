@@ -4,7 +4,7 @@
 namespace corvane {
 
 /// Ends the process with `status`, once the program has let go of all that is its own. What stands
-/// in the streams is written.
+/// in the standard streams is written.
 ///
 /// Objects of static storage, of libraries as well, are not destroyed: a request whose answer is
 /// being read on another thread at that moment would lose them under its hands. They go with the
