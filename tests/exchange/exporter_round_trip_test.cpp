@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "exchange/export_world.h"
+#include "exchange/exported_columns.h"
 #include "exchange/exports/export_controller.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "exchange/imports/import_controller.h"
@@ -13,24 +14,6 @@
 
 namespace corvane::testing {
 namespace {
-
-/// The fields of the importer that stand in the columns of the exporter.
-const std::vector<std::string> importedColumns = {"tradeDate",
-                                                  "settlementDate",
-                                                  "type",
-                                                  "symbol",
-                                                  "numberOfShares",
-                                                  "sharesNet",
-                                                  "cashAmount",
-                                                  "",
-                                                  "cashCurrency",
-                                                  "exchangeRate",
-                                                  "equivalentAmount",
-                                                  "",
-                                                  "costBaseAdded",
-                                                  "",
-                                                  "",
-                                                  "note"};
 
 class ExporterRoundTrip : public ::testing::TestWithParam<const char*>, protected ExportWorld {
  protected:

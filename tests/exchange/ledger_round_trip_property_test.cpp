@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "exchange/export_world.h"
+#include "exchange/exported_columns.h"
 #include "exchange/exports/export_controller.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "exchange/imports/import_controller.h"
@@ -198,22 +199,7 @@ class RoundTrip {
     };
     importer->changeSettings([this](auto& settings) {
       settings.useDateFormatString = isIso_;
-      settings.fieldOrder = {"tradeDate",
-                             "settlementDate",
-                             "type",
-                             "symbol",
-                             "numberOfShares",
-                             "sharesNet",
-                             "cashAmount",
-                             "",
-                             "cashCurrency",
-                             "exchangeRate",
-                             "equivalentAmount",
-                             "",
-                             "costBaseAdded",
-                             "",
-                             "",
-                             "note"};
+      settings.fieldOrder = importedColumns;
     });
     const auto controller = ImportController::make(importer);
     EXPECT_TRUE(completes([&](auto completion) {

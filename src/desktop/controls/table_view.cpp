@@ -300,6 +300,16 @@ void TableView::copySelectedRows() const {
   }
 }
 
+void TableView::chooseRow(std::optional<std::size_t> row) {
+  if (!row) {
+    clearSelection();
+    return;
+  }
+  const int place = static_cast<int>(*row);
+  selectRow(place);
+  scrollTo(model()->index(place, 0));
+}
+
 void TableView::setPlaceholderText(const QString& text) {
   placeholderText_ = text;
   viewport()->update();

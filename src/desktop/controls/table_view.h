@@ -52,6 +52,8 @@ class TableView : public QTableView {
   /// where there are many.
   void fitColumns();
   void copySelectedRows() const;
+  /// Selects `row` alone and scrolls to it; nothing is selected without one.
+  void chooseRow(std::optional<std::size_t> row);
   /// The width at which no column is cut short.
   [[nodiscard]] int neededWidth() const;
 

@@ -111,13 +111,7 @@ void HistoryTab::scrollToNewest() {
 
 void HistoryTab::showSelection(bool takesKeyboard) {
   isShowingSelection_ = true;
-  const auto row = controller_->selectedRow();
-  if (row) {
-    table_->selectRow(static_cast<int>(*row));
-    table_->scrollTo(adapter_->index(static_cast<int>(*row), 0));
-  } else {
-    table_->clearSelection();
-  }
+  table_->chooseRow(controller_->selectedRow());
   if (takesKeyboard) {
     table_->setFocus();
   }

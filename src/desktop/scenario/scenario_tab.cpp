@@ -113,9 +113,9 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   chart->setMinimumHeight(120);
   table_->setTable(adapter_, controller_->scenarioDataSource());
   table_->setSelectionMode(QAbstractItemView::SingleSelection);
-  const auto& specs = controller_->scenarioDataSource().tableColumnSpecs();
+  const auto& columns = controller_->scenarioDataSource().tableColumnSpecs();
   table_->horizontalHeader()->setMinimumSectionSize(
-      std::ranges::min(specs, {}, &ScenarioDataSource::ColumnSpec::minWidth).minWidth);
+      std::ranges::min(columns, {}, &ScenarioDataSource::ColumnSpec::minWidth).minWidth);
   // A period of two times of day is longer than what other tables name their rows by.
   table_->setLeastStretchedWidth(longestNameWidth);
   new FrozenColumns(*table_, 1);
@@ -169,12 +169,7 @@ void ScenarioTab::updateRows(bool areAppended) {
 
 void ScenarioTab::showSelection(bool takesKeyboard) {
   isShowingSelection_ = true;
-  if (const auto row = controller_->selectedRow()) {
-    table_->selectRow(static_cast<int>(*row));
-    table_->scrollTo(adapter_->index(static_cast<int>(*row), 0));
-  } else {
-    table_->clearSelection();
-  }
+  table_->chooseRow(controller_->selectedRow());
   if (takesKeyboard) {
     table_->setFocus();
   }

@@ -13,11 +13,11 @@ constexpr double labelSteps = 10'000;  // a hundredth of a percent
 
 }  // namespace
 
-ScenarioDataSource::ScenarioDataSource(std::vector<ColumnSpec> specs)
-    : tableColumnSpecs_(std::move(specs)) {
-  for (const ColumnSpec& spec : tableColumnSpecs_) {
+ScenarioDataSource::ScenarioDataSource(std::vector<ColumnSpec> columns)
+    : tableColumnSpecs_(std::move(columns)) {
+  for (const ColumnSpec& column : tableColumnSpecs_) {
     columns_.push_back(
-        {.identifier = spec.ident, .title = spec.title, .isNumeric = spec.isNumeric});
+        {.identifier = column.ident, .title = column.title, .isNumeric = column.isNumeric});
   }
 }
 

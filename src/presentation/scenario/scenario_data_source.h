@@ -36,7 +36,7 @@ class ScenarioDataSource : public TableModel {
   /// Told the error of the run; null for success.
   using Completion = std::function<void(ErrorPointer)>;
 
-  explicit ScenarioDataSource(std::vector<ColumnSpec> specs);
+  explicit ScenarioDataSource(std::vector<ColumnSpec> columns);
   ScenarioDataSource(const ScenarioDataSource&) = delete;
   ScenarioDataSource& operator=(const ScenarioDataSource&) = delete;
 

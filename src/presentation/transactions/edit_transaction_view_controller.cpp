@@ -14,17 +14,11 @@ namespace corvane {
 namespace {
 
 using Mode = TransactionMode;
-using Kind = BasicTransaction::Kind;
-using KindResult = std::expected<Kind, OrderError>;
 
 /// More digits of a computed rate help nobody; all of them count.
 constexpr int maximumRateDigits = 10;
 /// A trade settles so many weekdays later.
 constexpr int settlementWeekdays = 2;
-
-std::unexpected<OrderError> failed(OrderError::Case what) {
-  return std::unexpected(OrderError(what));
-}
 
 bool isTrade(Mode mode) {
   return mode == Mode::buy || mode == Mode::sell;
@@ -33,15 +27,6 @@ bool isTrade(Mode mode) {
 bool isCashEntry(Mode mode) {
   return mode == Mode::deposit || mode == Mode::withdraw || mode == Mode::cashExpense ||
          mode == Mode::cashCredit;
-}
-
-/// Whether the mode takes cash or shares away, so that its figures are stored negative.
-bool isOutgoing(Mode mode) {
-  return mode == Mode::sell || mode == Mode::withdraw || mode == Mode::cashExpense;
-}
-
-Decimal signedFor(Mode mode, const Decimal& value) {
-  return isOutgoing(mode) ? 0 - value : value;
 }
 
 const PortfolioSnapshot& newestSnapshotOf(const Portfolio& portfolio) {
@@ -581,156 +566,6 @@ void EditTransactionViewController::performAction(Sender sender) {
   }
   insertsAnother_ = sender == Sender::insertAnotherButton && isCreating();
   completionHandler(Placement{*order, portfolio_});
-}
-
-std::expected<Order, OrderError> EditTransactionViewController::makeOrder() const {
-  if (!supports(OrderFeature::allowsRecordTransaction)) {
-    return makePlainOrder();
-  }
-  auto kind = makeKind();
-  if (!kind) {
-    return std::unexpected(kind.error());
-  }
-  BasicTransaction made{
-      .kind = std::move(*kind),
-      .tradeDate = transactionDatePicker.date().value_or(Date::distantPast()),
-      .settlementDate = settlementDatePicker.date().value_or(Date::distantPast()),
-      .note = noteTextView.text.empty() ? std::nullopt : std::optional(noteTextView.text)};
-  return Order{Order::Record{std::move(made)}};
-}
-
-KindResult EditTransactionViewController::makeKind() const {
-  switch (transactionMode_) {
-    case Mode::buy:
-    case Mode::sell:
-      return makeTrade();
-    case Mode::dividend:
-    case Mode::capitalGainsDividend:
-    case Mode::reinvestedDistribution:
-    case Mode::returnOfCapital:
-      return makeYield();
-    case Mode::split:
-      return makeSplit();
-    case Mode::journaledShares:
-      return makeJournal();
-    case Mode::deposit:
-    case Mode::withdraw:
-    case Mode::cashExpense:
-    case Mode::cashCredit:
-      return makeCashEntry();
-  }
-  return failed(OrderError::unsupportedOrderType);
-}
-
-/// As the field shows it: what was computed is in minor units, what was entered is as it is.
-std::optional<Decimal> EditTransactionViewController::equivalent() const {
-  const auto& value = equivalentValueField.value();
-  return value && equivalentValueField.isComputed() ? roundedToMinorUnits(*value, primaryCurrency())
-                                                    : value;
-}
-
-KindResult EditTransactionViewController::makeTrade() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  if (!numberOfSharesField.isGreaterThan(0)) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
-  const auto value = equivalent();
-  if (!totalAmountField.value() || !value) {
-    return failed(OrderError::indeterminateMoneyAmount);
-  }
-  return BasicTransaction::Trade{
-      .equity = currentEquity_,
-      .cashDisposed = {currentCurrency_, signedFor(transactionMode_, *totalAmountField.value())},
-      .equivalentCashDisposed = signedFor(transactionMode_, *value),
-      .sharesAdded = signedFor(transactionMode_, *numberOfSharesField.value())};
-}
-
-KindResult EditTransactionViewController::makeYield() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  if (!numberOfSharesField.isGreaterThan(0)) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
-  const auto value = equivalent();
-  if (!totalAmountField.value() || !value) {
-    return failed(OrderError::indeterminateMoneyAmount);
-  }
-  return BasicTransaction::Yield{.type = *yieldTypeOf(transactionMode_),
-                                 .equity = currentEquity_,
-                                 .netShares = numberOfSharesField.value(),
-                                 .netAmount = {currentCurrency_, *totalAmountField.value()},
-                                 .equivalentNetAmount = *value};
-}
-
-KindResult EditTransactionViewController::makeSplit() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  if (!priorNumberOfSharesField.isGreaterThan(0) || !numberOfSharesField.isGreaterThan(0)) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
-  return BasicTransaction::Split{.equity = currentEquity_,
-                                 .priorShares = *priorNumberOfSharesField.value(),
-                                 .netShares = *numberOfSharesField.value()};
-}
-
-KindResult EditTransactionViewController::makeJournal() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  const auto& shares = numberOfSharesField.value();
-  if (!shares || shares->isZero()) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
-  BasicTransaction::JournaledShares journaled{
-      .equity = currentEquity_, .sharesAdded = *shares, .costBaseAdded = std::nullopt};
-  if (*shares > 0) {
-    const auto value = equivalent();
-    if (!value || *value < 0) {
-      return failed(OrderError::indeterminateMoneyAmount);
-    }
-    journaled.costBaseAdded = value;
-  }
-  return journaled;
-}
-
-KindResult EditTransactionViewController::makeCashEntry() const {
-  if (!totalAmountField.value()) {
-    return failed(OrderError::indeterminateMoneyAmount);
-  }
-  const CurrencyAmount amount{currentCurrency_,
-                              signedFor(transactionMode_, *totalAmountField.value())};
-  if (transactionMode_ == Mode::deposit || transactionMode_ == Mode::withdraw) {
-    return BasicTransaction::Transfer{amount};
-  }
-  return BasicTransaction::CashAdjustment{amount};
-}
-
-/// For a manager that trades but records nothing.
-std::expected<Order, OrderError> EditTransactionViewController::makePlainOrder() const {
-  if (isTrade(transactionMode_)) {
-    if (currentEquity_ == nullptr) {
-      return failed(OrderError::invalidEquity);
-    }
-    if (!numberOfSharesField.isGreaterThan(0)) {
-      return failed(OrderError::invalidNumberOfShares);
-    }
-    return transactionMode_ == Mode::buy
-               ? Order{Order::Buy{currentEquity_, *numberOfSharesField.value()}}
-               : Order{Order::Sell{currentEquity_, *numberOfSharesField.value()}};
-  }
-  if (transactionMode_ != Mode::deposit && transactionMode_ != Mode::withdraw) {
-    return failed(OrderError::unsupportedOrderType);
-  }
-  if (!totalAmountField.value()) {
-    return failed(OrderError::indeterminateMoneyAmount);
-  }
-  const CurrencyAmount amount{currentCurrency_, *totalAmountField.value()};
-  return transactionMode_ == Mode::deposit ? Order{Order::Deposit{amount}}
-                                           : Order{Order::Withdraw{amount}};
 }
 
 void EditTransactionViewController::prepareForAnother() {
