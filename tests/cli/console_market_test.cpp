@@ -26,22 +26,13 @@ class ConsoleMarketTest : public ::testing::Test {
     setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
   }
 
-  /// A workspace with the statement of a Canadian broker, who trades at home and in dollars.
-  void makeFamily() {
-    EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
-    EXPECT_EQ(program.output("import " CORVANE_EXAMPLES
-                             "/tamarack-trading.csv --into Family --portfolio Savings --fields "
-                             "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
-                             "cashAmount,cashCurrency,exchangeRate"),
-              "Imported 9 transactions.\n");
-  }
   [[nodiscard]] std::string file(const std::string& name) const {
     return testing::readText(program.folder / name);
   }
 };
 
 TEST_F(ConsoleMarketTest, WritesTransactionsThatCanBeReadAgain) {
-  makeFamily();
+  program.makeFamily();
   ASSERT_EQ(program.output("export transactions Family --portfolio Savings --out a.csv"), "");
   EXPECT_THAT(file("a.csv"),
               AllOf(StartsWith("\"Trade Date\",\"Settlement Date\","),
@@ -64,7 +55,7 @@ TEST_F(ConsoleMarketTest, WritesTransactionsThatCanBeReadAgain) {
 }
 
 TEST_F(ConsoleMarketTest, WritesHoldingsAndGainsAtThePricesOfTheDay) {
-  makeFamily();
+  program.makeFamily();
   ASSERT_EQ(program.output("export holdings Family --portfolio Savings --sample-market "
                            "--to 2024-12-31 --out h.csv --fields kind,symbol,sharesHeld,"
                            "costBase,name"),
@@ -80,7 +71,7 @@ TEST_F(ConsoleMarketTest, WritesHoldingsAndGainsAtThePricesOfTheDay) {
 }
 
 TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
-  makeFamily();
+  program.makeFamily();
   EXPECT_THAT(program.output("value Family --sample-market"),
               MatchesRegex("Portfolio  Currency  Deposited +Value +Gain\n"
                            "Savings    CAD +[0-9.]+ +[0-9.]+ +-?[0-9.]+\n"));
@@ -95,7 +86,7 @@ TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
 
 /// The cache knows prices and rates from a run with the service, which is gone by the next.
 TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
-  makeFamily();
+  program.makeFamily();
   const std::string holdings =
       "export holdings Family --portfolio Savings --to 2024-12-31 --out h.csv --fields "
       "symbol,sharesHeld,marketValue";
@@ -229,7 +220,7 @@ TEST_F(ConsoleMarketTest, WritesThePriceHistoryOfASymbol) {
 }
 
 TEST_F(ConsoleMarketTest, KeepsAWatchlist) {
-  makeFamily();
+  program.makeFamily();
   ASSERT_EQ(program.output("watch Family CASTR"), "");
   ASSERT_EQ(program.output("watch Family CASTR"), "");
   EXPECT_THAT(program.output("list Family"), HasSubstr("\nWatchlist: CASTR\n"));

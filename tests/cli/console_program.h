@@ -49,6 +49,16 @@ class ConsoleProgram {
     EXPECT_EQ(result.err, "") << arguments;
     return result.out;
   }
+
+  /// A workspace with the statement of a Canadian broker, who trades at home and in dollars.
+  void makeFamily() const {
+    EXPECT_EQ(output("create Family --portfolio Savings --currency CAD"), "");
+    EXPECT_EQ(output("import " CORVANE_EXAMPLES
+                     "/tamarack-trading.csv --into Family --portfolio Savings --fields "
+                     "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
+                     "cashAmount,cashCurrency,exchangeRate"),
+              "Imported 9 transactions.\n");
+  }
 };
 
 }  // namespace corvane::testing

@@ -22,12 +22,7 @@ class ConsoleReportsTest : public ::testing::Test {
   ConsoleReportsTest() {
     setenv("XDG_CACHE_HOME", (program.folder / "cache").c_str(), 1);
     setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
-    EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
-    EXPECT_EQ(program.output("import " CORVANE_EXAMPLES
-                             "/tamarack-trading.csv --into Family --portfolio Savings --fields "
-                             "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
-                             "cashAmount,cashCurrency,exchangeRate"),
-              "Imported 9 transactions.\n");
+    program.makeFamily();
   }
 
   /// The number behind the last `title` that begins a line.

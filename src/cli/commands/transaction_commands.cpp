@@ -104,13 +104,18 @@ constexpr Option numberedOption = {"--transaction", "N", "the one with this numb
                                    true};
 constexpr Option dryRunOption = {"--dry-run", "", "tells what it would do, and saves nothing"};
 
+/// `which`, then what a transaction is made of, then whether to save it.
+std::vector<Option> formOptions(std::vector<Option> which) {
+  std::ranges::move(transactionOptions(), std::back_inserter(which));
+  which.push_back(dryRunOption);
+  return which;
+}
+
 }  // namespace
 
 Command recordCommand() {
-  std::vector<Option> options = {portfolioOption};
-  std::ranges::move(transactionOptions(), std::back_inserter(options));
+  std::vector<Option> options = formOptions({portfolioOption});
   std::ranges::find(options, "--type", &Option::name)->isRequired = true;
-  options.push_back(dryRunOption);
   return {.name = "record",
           .summary = "Records a transaction.",
           .words = {"WORKSPACE"},
@@ -133,13 +138,10 @@ Command recordCommand() {
 }
 
 Command reviseCommand() {
-  std::vector<Option> options = {portfolioOption, numberedOption};
-  std::ranges::move(transactionOptions(), std::back_inserter(options));
-  options.push_back(dryRunOption);
   return {.name = "revise",
           .summary = "Changes a transaction.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = formOptions({portfolioOption, numberedOption}),
           .explanation =
               "What no option names stays, or follows as in the form of the window: another number "
               "of\nshares changes the total, another total the price, another day the "
