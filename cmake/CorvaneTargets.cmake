@@ -35,19 +35,30 @@ function(corvane_library folder)
   target_link_libraries(corvane_${folder} PUBLIC ${ARG_USES} PRIVATE ${ARG_USES_PRIVATELY})
 endfunction()
 
-# corvane_tests(<folder> SOURCES <files> [USES <targets>] [SHARDS <count>] [ABROAD] [COMMAS])
+# corvane_tests(<folder> SOURCES <files> [APART <files>] [USES <targets>] [SHARDS <count>] [ABROAD] [COMMAS] [CONCURRENT])
 # One test program for one folder under tests/, named <folder>_tests. CTest runs it in SHARDS parts
 # that may run side by side, and with ABROAD once more in another time zone. COMMAS is for folders
 # whose files and messages are no user's language: they are run once more where decimals follow a
-# comma, in the optimised build, since that finds no faults of memory.
+# comma, in the optimised build, since that finds no faults of memory. APART are those of the sources
+# that have names of their own in common with others, and so must be compiled by themselves.
+# CONCURRENT is for folders whose code runs on several threads: they carry that label, and the target
+# concurrent_tests builds them, for the thread sanitizer.
 function(corvane_tests folder)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "ABROAD;COMMAS" "SHARDS" "SOURCES;USES")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "ABROAD;COMMAS;CONCURRENT" "SHARDS" "SOURCES;APART;USES")
   set(program ${folder}_tests)
   add_executable(${program} ${ARG_SOURCES})
   corvane_target_defaults(${program})
   target_include_directories(${program} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${program} PRIVATE ${ARG_USES} GTest::gmock GTest::gtest_main)
-  set_target_properties(${program} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  if(CORVANE_UNITY)
+    # What is local to one source of a unit may have the name of something global to another.
+    target_compile_options(${program} PRIVATE -Wno-shadow)
+  endif()
+  set_target_properties(${program} PROPERTIES UNITY_BUILD "${CORVANE_UNITY}"
+                                              UNITY_BUILD_BATCH_SIZE 6
+                                              RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  target_sources(${program} PRIVATE ${ARG_APART})
+  corvane_compile_apart(${program} ${ARG_APART})
 
   # The texts that most tests expect are those of a machine without a locale of its own.
   set(home "TZ=America/Toronto;LC_ALL=C.UTF-8")
@@ -59,12 +70,23 @@ function(corvane_tests folder)
     corvane_test_run(${folder}.${shard} ${program}
                      "${home};GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard}")
   endforeach()
+  if(ARG_CONCURRENT)
+    add_dependencies(concurrent_tests ${program})
+    foreach(shard RANGE ${last})
+      set_tests_properties(${folder}.${shard} PROPERTIES LABELS concurrent)
+    endforeach()
+  endif()
   if(ARG_ABROAD)
     corvane_test_run(${folder}.abroad ${program} "TZ=Asia/Tokyo;LC_ALL=C.UTF-8")
   endif()
   if(ARG_COMMAS AND CMAKE_BUILD_TYPE STREQUAL "Release")
     corvane_test_run(${folder}.commas ${program} "TZ=Europe/Berlin;LC_ALL=de_DE.UTF-8")
   endif()
+endfunction()
+
+# corvane_compile_apart(<target> <files>): never in a unit with other sources.
+function(corvane_compile_apart target)
+  set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
 function(corvane_test_run name program environment)

@@ -15,10 +15,9 @@
 #include <vector>
 
 #include "marketdata/yahoo/wire/yahoo_service.h"
+#include "support/deadline.h"
 
 namespace corvane::testing {
-
-inline constexpr std::chrono::seconds deadline(20);
 
 /// Answers each path with the script that the test has given for it; hands out a cookie and the
 /// crumb "x/y.Z+1" until it is told otherwise.

@@ -18,10 +18,9 @@
 #include "platform/net/url_session.h"
 #include "platform/time/calendar.h"
 #include "samplemarket/sample_market.h"
+#include "support/deadline.h"
 
 namespace corvane::testing {
-
-inline constexpr std::chrono::seconds deadline(20);
 
 /// A moment by the clocks of a time zone.
 inline Date at(const std::string& zone, int year, int month, int day, int hour = 0, int minute = 0,

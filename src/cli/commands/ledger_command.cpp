@@ -19,13 +19,13 @@ struct Happening {
   std::string cash = {};
 };
 
-std::string text(const std::optional<Decimal>& number) {
+std::string digitsOf(const std::optional<Decimal>& number) {
   return number ? number->description() : "";
 }
 
 /// `amount` with all digits of the currency's minor units, and without grouping.
-std::string text(const std::optional<Decimal>& amount, const Currency& currency) {
-  std::string digits = text(amount);
+std::string digitsOf(const std::optional<Decimal>& amount, const Currency& currency) {
+  std::string digits = digitsOf(amount);
   if (!amount || currency.minorUnits <= 0) {
     return digits;
   }
@@ -41,10 +41,10 @@ Happening happening(const BasicTransaction& transaction) {
   Happening what;
   if (effect.equity != nullptr) {
     what.symbol = (*effect.equity)->symbol;
-    what.shares = effect.isYield() ? "" : text(effect.sharesAdded);
+    what.shares = effect.isYield() ? "" : digitsOf(effect.sharesAdded);
   }
   if (effect.currency != nullptr) {
-    what.cash = text(effect.amount, *effect.currency);
+    what.cash = digitsOf(effect.amount, *effect.currency);
   }
   return what;
 }
@@ -78,9 +78,9 @@ void writeLedger(const CommandLine& line, const Console& console) {
                 dateText(row->settlementDate(), calendar),
                 std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
                 std::move(what.shares), std::move(what.cash),
-                currency == nullptr ? "" : std::string(currency->code), text(row->sharesNet),
-                text(row->cashNet, currency == nullptr ? primary : *currency),
-                text(row->costBaseNet(), primary), text(row->capitalGain(), primary),
+                currency == nullptr ? "" : std::string(currency->code), digitsOf(row->sharesNet),
+                digitsOf(row->cashNet, currency == nullptr ? primary : *currency),
+                digitsOf(row->costBaseNet(), primary), digitsOf(row->capitalGain(), primary),
                 row->basic.note.value_or("")});
   }
   ledger.write(format, console.out);
