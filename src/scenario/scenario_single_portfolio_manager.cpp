@@ -70,7 +70,7 @@ std::vector<ScenarioTransactionPointer> ScenarioSinglePortfolioManager::recordEv
   for (Event& event : events) {
     basics.push_back({std::move(event.kind), event.date, event.date, std::nullopt});
   }
-  const auto rows = recordTransactions(std::move(basics), portfolio, /*undoManager=*/nullptr);
+  const auto rows = recordTransactions(basics, portfolio, /*undoManager=*/nullptr);
   std::vector<ScenarioTransactionPointer> recorded;
   recorded.reserve(rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i) {

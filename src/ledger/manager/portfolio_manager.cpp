@@ -189,7 +189,7 @@ std::size_t PortfolioManager::countRecordedAtOnce(const std::vector<BasicTransac
                                walkStart(first, *portfolio, calendar));
 }
 
-Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> basics,
+Transactions PortfolioManager::recordTransactions(const std::vector<BasicTransaction>& basics,
                                                   const PortfolioPointer& portfolio,
                                                   const UndoManagerPointer& undoManager,
                                                   const RecordingObserver& observer) {
@@ -197,7 +197,6 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   if (basics.empty()) {
     return {};
   }
-  const BasicTransaction first = basics.front();
   const std::size_t atOnce = countRecordedAtOnce(basics, portfolio);
   const std::size_t between = goToTheEnd(basics, portfolio->transactions()) ? 0 : atOnce;
   Transactions recorded;
@@ -205,22 +204,20 @@ Transactions PortfolioManager::recordTransactions(std::vector<BasicTransaction> 
   LedgerChange change(portfolio, calendar, between, rowRecalculated(*portfolio), observer);
   TransactionSet recalculated;
   try {
-    recalculated = editLedger(change, &first, [&](LedgerChange& edit) {
+    recalculated = editLedger(change, &basics.front(), [&](LedgerChange& edit) {
       TransactionSet changed;
       const auto walk = [&] {
         TransactionSet rows = edit.walk();
         changed.empty() ? changed.swap(rows) : changed.merge(rows);
       };
       const std::size_t count = basics.size();
-      for (BasicTransaction& basic : basics) {
-        recorded.push_back(recordedTransactionType_(std::move(basic), portfolio, /*isDirty=*/true));
+      for (const BasicTransaction& basic : basics) {
+        recorded.push_back(recordedTransactionType_(basic, portfolio, /*isDirty=*/true));
         edit.rows().insertByDate(recorded.back());
         if (recorded.size() >= atOnce && recorded.size() < count) {
           walk();
         }
       }
-      // The empty values are as large as what the walk is about to keep.
-      std::vector<BasicTransaction>().swap(basics);
       walk();
       edit.placed = recorded;
       return changed;

@@ -115,7 +115,7 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
 
   /// Records what has happened, in order, each behind all rows of its settlement date. Returns the
   /// new rows in the order given. Recording nothing changes nothing.
-  virtual Transactions recordTransactions(std::vector<BasicTransaction> basics,
+  virtual Transactions recordTransactions(const std::vector<BasicTransaction>& basics,
                                           const PortfolioPointer& portfolio,
                                           const UndoManagerPointer& undoManager,
                                           const RecordingObserver& observer = nullptr);

@@ -65,7 +65,7 @@ class RandomTrader::Run {
       const CurrencyAmount amount{currency, average * (Decimal(count) * 100)};
       deposits.push_back({BasicTransaction::Transfer{amount}, current_, current_, std::nullopt});
     }
-    manager_->recordTransactions(std::move(deposits), portfolio_, nullptr);
+    manager_->recordTransactions(deposits, portfolio_, nullptr);
   }
 
   void takeStep(const Calendar& calendar, int days) {
