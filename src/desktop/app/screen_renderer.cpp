@@ -292,7 +292,7 @@ void ScreenRenderer::renderTransactionForms() {
   }
   QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
   const int shownBefore = tabs.currentIndex();
-  tabs.setCurrentIndex(static_cast<int>(PortfolioViewController::transactionsTabIndex));
+  tabs.setCurrentIndex(static_cast<int>(portfolio.indexOf(*portfolio.transactions)));
   PortfolioTransactionsViewController& transactions = *portfolio.transactions;
   const auto selectedBefore = transactions.selectedRows();
   if (transactions.numberOfRows() > 1) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "exchange/exports/portfolio_gain_loss_exporter.h"
 #include "ledger/reports/asset_lines.h"
 #include "platform/text/formats/duration_formatter.h"
 #include "presentation/text/day_text.h"
@@ -42,6 +43,10 @@ void PortfolioGainLossViewController::setCurrentData(
   currentData_ = std::move(data);
   assetEntries_ = currentData_.assetEntries({.tradedOnly = true});
   changeHandler();
+}
+
+std::shared_ptr<PortfolioExporter> PortfolioGainLossViewController::makeExporter() const {
+  return PortfolioGainLossExporter::make(currentData_, surroundings_.defaults);
 }
 
 void PortfolioGainLossViewController::openRow(std::size_t row) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
+#include "exchange/exports/portfolio_holdings_exporter.h"
 #include "ledger/reports/asset_lines.h"
 #include "presentation/text/day_text.h"
 #include "presentation/text/formatting.h"
@@ -38,6 +39,10 @@ void PortfolioHoldingsViewController::setCurrentData(
   assetEntries_ = currentData_.assetEntries({.excludingZero = true});
   fillPie();
   changeHandler();
+}
+
+std::shared_ptr<PortfolioExporter> PortfolioHoldingsViewController::makeExporter() const {
+  return PortfolioHoldingsExporter::make(currentData_, surroundings_.defaults);
 }
 
 void PortfolioHoldingsViewController::openRow(std::size_t row) {

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
 #include "presentation/transactions/transaction_text.h"
 
@@ -303,6 +304,13 @@ std::string PortfolioTransactionsViewController::exportTitle() const {
       currentData_.portfolio != nullptr && count == currentData_.portfolio->transactions().size();
   return std::string("Exporting") + (isAll ? " all" : "") + " " + std::to_string(count) + " " +
          (hasSelection ? "selected " : "") + (count == 1 ? "transaction." : "transactions.");
+}
+
+std::shared_ptr<PortfolioExporter> PortfolioTransactionsViewController::makeExporter() const {
+  auto exporter = PortfolioTransactionsExporter::make(
+      *currentData_.portfolio, exportedTransactions(), surroundings_.defaults);
+  exporter->setTitleForSavePanel(exportTitle());
+  return exporter;
 }
 
 const std::vector<TransactionPointer>& PortfolioTransactionsViewController::rows() const {
