@@ -42,8 +42,6 @@ class PortfolioHoldingsViewController : public PortfolioTab, public TableModel {
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
 
  private:
-  [[nodiscard]] AttributedText cashCell(const Currency& currency, std::size_t column) const;
-  [[nodiscard]] AttributedText equityCell(const EquityPointer& equity, std::size_t column) const;
   void fillPie();
 
   ScreenSurroundings surroundings_;

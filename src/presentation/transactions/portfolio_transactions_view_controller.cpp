@@ -80,8 +80,7 @@ std::size_t PortfolioTransactionsViewController::numberOfRows() const {
 AttributedText PortfolioTransactionsViewController::cell(std::size_t row,
                                                          std::size_t column) const {
   const auto keeper = manager();
-  return transactionText(*transaction(row), static_cast<TransactionColumn>(column),
-                         currentData_.portfolio->primaryCurrency(),
+  return transactionText(*transaction(row), column, currentData_.portfolio->primaryCurrency(),
                          keeper == nullptr ? Calendar::current() : keeper->calendar);
 }
 
@@ -335,7 +334,7 @@ TransactionPointer PortfolioTransactionsViewController::rowBehindLast() const {
 
 /// Shows the column of cash balances for a portfolio with cash accounts; whether that is new.
 bool PortfolioTransactionsViewController::showCashColumn() {
-  TableColumn& column = columns_.at(static_cast<std::size_t>(TransactionColumn::netCash));
+  TableColumn& column = *std::ranges::find(columns_, netCashColumn, &TableColumn::identifier);
   const bool isHidden =
       currentData_.portfolio == nullptr || !currentData_.portfolio->usesCashAccounts;
   return std::exchange(column.isHidden, isHidden) != isHidden;
