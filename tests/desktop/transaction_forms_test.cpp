@@ -4,15 +4,21 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QCalendarWidget>
 #include <QComboBox>
+#include <QContextMenuEvent>
+#include <QDateEdit>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
 
+#include "desktop/controls/frozen_columns.h"
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/transactions/edit_bulk_transactions_dialog.h"
@@ -136,18 +142,99 @@ TEST_F(TransactionFormsTest, ChoosesTheModeByItsKey) {
   }
 }
 
-TEST_F(TransactionFormsTest, FollowsTheEyeFromFieldToField) {
-  auto* form = openNew();
-  form->form().chooseMode(TransactionMode::sell);
-  named<QPushButton>(*form, "Type")->setFocus();
-  std::vector<std::string> visited;
-  for (int i = 0; i < 9; ++i) {
-    visited.push_back(focusName());
-    press(Qt::Key_Tab);
+/// The controls of `sheet` that the keyboard can reach, as the eye reads them.
+std::vector<QWidget*> inReadingOrder(const QWidget& sheet) {
+  std::vector<QWidget*> controls;
+  for (QWidget* control : sheet.findChildren<QWidget*>()) {
+    if ((control->focusPolicy() & Qt::TabFocus) != 0 && control->isVisibleTo(&sheet) &&
+        control->isEnabled() && control->focusProxy() == nullptr) {
+      controls.push_back(control);
+    }
   }
-  EXPECT_THAT(visited, ::testing::ElementsAre("Type", "Transaction Date", "Settlement Date",
-                                              "Equity", "Number of Shares", "Currency",
-                                              "Share Price", "Total Proceeds", "Note"));
+  std::ranges::sort(controls, {}, [&](const QWidget* control) {
+    const QPoint middle = control->mapTo(&sheet, control->rect().center());
+    return std::pair(middle.y() / 8, middle.x());
+  });
+  return controls;
+}
+
+TEST_F(TransactionFormsTest, FollowsTheEyeFromFieldToFieldInEveryMode) {
+  auto* form = openNew();
+  form->form().chooseEquity(world.market->equityWithId("NOR"));
+  form->form().toggleNote();
+  for (const TransactionModeEntry& entry :
+       EditTransactionViewController::transactionModeEntries()) {
+    if (entry.title.empty()) {
+      continue;
+    }
+    form->form().chooseMode(entry.mode);
+    form->form().chooseCurrency(Currency::usd());
+    form->form().typeInto(form->form().priorNumberOfSharesField, "1");
+    form->form().typeInto(form->form().numberOfSharesField, "1");
+    form->form().typeInto(form->form().totalAmountField, "1");
+    QApplication::processEvents();
+    const std::vector<QWidget*> expected = inReadingOrder(*form);
+    ASSERT_GE(expected.size(), 8U);
+    EXPECT_LE(form->width(), 1000) << entry.title;
+    EXPECT_LE(form->height(), 640) << entry.title;
+    expected.front()->setFocus();
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      EXPECT_EQ(focusName(), expected[i]->accessibleName().toStdString()) << entry.title << i;
+      EXPECT_EQ(QApplication::focusWidget(), expected[i]);
+      press(Qt::Key_Tab);
+    }
+    EXPECT_EQ(QApplication::focusWidget(), expected.front()) << entry.title;
+  }
+}
+
+TEST_F(TransactionFormsTest, ChoosesADayInTheCalendar) {
+  auto* form = openNew();
+  tabTo("Transaction Date");
+  DateEntry& date = form->form().transactionDatePicker;
+  form->form().changeTransactionDate([](DateEntry& entry) { entry.setDay({2024, 2, 27}); });
+  const auto openCalendar = [&] {
+    press(Qt::Key_Down, Qt::AltModifier);
+    auto* calendar = form->findChild<QCalendarWidget*>();
+    EXPECT_TRUE(calendar != nullptr && calendar->isVisible());
+    return calendar;
+  };
+  QCalendarWidget* calendar = openCalendar();
+  ASSERT_NE(calendar, nullptr);
+  EXPECT_EQ(calendar->selectedDate(), QDate(2024, 2, 27));
+  EXPECT_EQ(calendar->accessibleName(), "Transaction Date calendar");
+  auto* days = calendar->findChild<QAbstractItemView*>();
+  QTest::keyClick(days, Qt::Key_Right);
+  QTest::keyClick(days, Qt::Key_Right);
+  QTest::keyClick(days, Qt::Key_Return);
+  EXPECT_EQ(date.day(), (YearMonthDay{2024, 2, 29}));
+  EXPECT_EQ(named<QLineEdit>(*form, "Transaction Date")->text().toStdString(), date.text());
+  ASSERT_TRUE(
+      DesktopWorld::waitUntil([&] { return form->findChild<QCalendarWidget*>() == nullptr; }));
+
+  form->activateWindow();
+  auto* settlement = named<QLineEdit>(*form, "Settlement Date");
+  settlement->setFocus();
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return QApplication::focusWidget() == settlement; }));
+  calendar = openCalendar();
+  ASSERT_NE(calendar, nullptr);
+  EXPECT_EQ(calendar->minimumDate(), QDate(2024, 2, 29)) << "the settlement follows the trade";
+  QTest::keyClick(calendar->findChild<QAbstractItemView*>(), Qt::Key_Escape);
+  EXPECT_TRUE(form->isVisible()) << "Escape is for the calendar";
+  EXPECT_EQ(date.day(), (YearMonthDay{2024, 2, 29}));
+}
+
+TEST_F(TransactionFormsTest, EscapeClosesWhatLiesOnTopFirst) {
+  auto* form = openNew();
+  press(Qt::Key_Down);
+  EXPECT_TRUE(form->form().equityComboBox.isPopupOpen());
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(form->form().equityComboBox.isPopupOpen());
+  EXPECT_TRUE(form->isVisible());
+  tabTo("Total Cost");
+  type("17");
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(form->isVisible());
+  EXPECT_EQ(portfolio->transactions().size(), 7U);
 }
 
 TEST_F(TransactionFormsTest, KeepsWhatWasTypedWhereTheLedgerRefuses) {
@@ -190,6 +277,46 @@ TEST_F(TransactionFormsTest, StaysForTheNextEntryWithShift) {
   ASSERT_EQ(portfolio->transactions().size(), before + 2);
   EXPECT_EQ(std::get<BasicTransaction::Transfer>(newest().kind).amount.amount, 2);
   EXPECT_EQ(newest().tradeDate, date);
+}
+
+TEST_F(TransactionFormsTest, StaysForTheNextEntryAtAClickWithShift) {
+  auto* form = openNew();
+  form->form().chooseMode(TransactionMode::deposit);
+  form->form().typeInto(form->form().totalAmountField, "1");
+  const auto click = [&](Qt::KeyboardModifiers modifiers) {
+    const QPushButton& go = *buttonWith(*form, "Transfer");
+    QTest::mouseClick(form->windowHandle(), Qt::LeftButton, modifiers,
+                      go.mapTo(form, go.rect().center()));
+  };
+  click(Qt::ShiftModifier);
+  EXPECT_TRUE(form->isVisible());
+  EXPECT_EQ(portfolio->transactions().size(), 8U);
+  EXPECT_FALSE(buttonWith(*form, "Insert Another")->isEnabled()) << "the amount is empty again";
+  form->form().typeInto(form->form().totalAmountField, "2");
+  buttonWith(*form, "Insert Another")->click();
+  EXPECT_TRUE(form->isVisible());
+  form->form().typeInto(form->form().totalAmountField, "3");
+  click(Qt::NoModifier);
+  EXPECT_FALSE(form->isVisible());
+  EXPECT_EQ(portfolio->transactions().size(), 10U);
+}
+
+TEST_F(TransactionFormsTest, RoundsAForeignEquivalentByItsButton) {
+  auto* form = openNew();
+  form->form().chooseEquity(world.market->equityWithId("NOR"));
+  form->form().chooseCurrency(Currency::usd());
+  form->form().typeInto(form->form().numberOfSharesField, "1");
+  form->form().typeInto(form->form().totalAmountField, "10.01");
+  form->form().typeInto(form->form().exchangeRateField, "1.333");
+  tabTo("Equivalent Cost");
+  press(Qt::Key_Tab);
+  auto* button = qobject_cast<QPushButton*>(QApplication::focusWidget());
+  ASSERT_NE(button, nullptr);
+  EXPECT_EQ(button->text(), "Round to CA$13.34");
+  press(Qt::Key_Space);
+  EXPECT_FALSE(button->isVisible());
+  EXPECT_EQ(form->form().equivalentValueField.value(), Decimal::fromMantissa(Sign::plus, 1334, -2));
+  EXPECT_NE(QApplication::focusWidget(), nullptr);
 }
 
 TEST_F(TransactionFormsTest, ModifiesARowAndItsNote) {
@@ -261,6 +388,106 @@ TEST_F(TransactionFormsTest, DuplicatesAndMovesARow) {
       [&] { return table().selectionModel()->selectedRows().value(0).row() == 7; }));
   press(Qt::Key_Down, Qt::AltModifier);
   EXPECT_EQ(portfolio->transactions().at(8), last);
+}
+
+TEST_F(TransactionFormsTest, WritesADayAlikeInPickerAndTable) {
+  showTransactions();
+  const QWidget& screen = window->workspaceView().portfolioView();
+  EXPECT_EQ(named<QDateEdit>(screen, "First day")->text().toStdString(),
+            table().model()->index(0, 0).data().toString().toStdString());
+}
+
+TEST_F(TransactionFormsTest, DropsARowWhereItsDateAllows) {
+  auto& manager = *portfolio->manager.lock();
+  const BasicTransaction first = portfolio->transactions().front()->basic;
+  manager.recordTransactions({first, first}, portfolio, nullptr);
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return table().model()->rowCount() == 9; }));
+  showTransactions();
+  EXPECT_TRUE(table().dragEnabled());
+  EXPECT_EQ(table().dragDropMode(), QAbstractItemView::InternalMove);
+  QAbstractItemModel& model = *table().model();
+  const TransactionPointer moved = portfolio->transactions().at(2);
+  const std::unique_ptr<QMimeData> carried(model.mimeData({model.index(2, 0), model.index(2, 1)}));
+  EXPECT_TRUE(
+      carried->hasFormat("ca.orlend.Corvane.PortfolioTransactionsViewController.transactionIndex"));
+  const auto canDrop = [&](int row) {
+    return model.canDropMimeData(carried.get(), Qt::MoveAction, row, 0, {});
+  };
+  EXPECT_TRUE(canDrop(0));
+  EXPECT_FALSE(canDrop(3)) << "it is there already";
+  EXPECT_FALSE(canDrop(5)) << "among rows of another date";
+  EXPECT_FALSE(model.canDropMimeData(carried.get(), Qt::MoveAction, -1, -1, model.index(0, 0)))
+      << "on a row";
+  model.dropMimeData(carried.get(), Qt::MoveAction, 0, 0, {});
+  EXPECT_EQ(portfolio->transactions().front(), moved);
+  ASSERT_TRUE(DesktopWorld::waitUntil(
+      [&] { return table().selectionModel()->selectedRows().value(0).row() == 0; }));
+  EXPECT_EQ(menuItem(*window, "Undo")->text().toStdString(), "&Undo Transaction Order");
+}
+
+TEST_F(TransactionFormsTest, OffersTheCommandsOfARowInItsMenu) {
+  showTransactions();
+  enterTable();
+  selectRow(2);
+  std::vector<std::string> offered;
+  QTimer::singleShot(0, &table(), [&] {
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (const QAction* action : menu->actions()) {
+      if (action->isEnabled() && !action->isSeparator()) {
+        offered.push_back(action->text().remove(QLatin1Char('&')).toStdString());
+      }
+    }
+    menu->close();
+  });
+  QContextMenuEvent asked(QContextMenuEvent::Keyboard, QPoint(5, 5),
+                          table().viewport()->mapToGlobal(QPoint(5, 5)));
+  QApplication::sendEvent(table().viewport(), &asked);
+  EXPECT_THAT(offered, ::testing::IsSupersetOf({"Modify Transaction…", "Duplicate Transaction",
+                                                "Delete Transaction", "Show Equity"}));
+}
+
+TEST_F(TransactionFormsTest, KeepsDateAndNameInViewWhileTheTableScrolls) {
+  window->resize(900, 700);
+  showTransactions();
+  table().clearSelection();
+  QApplication::processEvents();
+  auto* frozen = table().findChild<desktop::FrozenColumns*>();
+  ASSERT_NE(frozen, nullptr);
+  QScrollBar& bar = *table().horizontalScrollBar();
+  ASSERT_GT(bar.maximum(), 0);
+  EXPECT_FALSE(frozen->isShown());
+  // But for the line at their right end they look as before.
+  const QRect kept(0, 0, table().columnWidth(0) + table().columnWidth(1) - 2, table().height() / 2);
+  const auto look = [&] { return table().grab(kept).toImage(); };
+  const QImage before = look();
+  bar.setValue(bar.maximum());
+  EXPECT_TRUE(frozen->isShown());
+  EXPECT_EQ(look(), before);
+  bar.setValue(0);
+  EXPECT_FALSE(frozen->isShown());
+}
+
+TEST_F(TransactionFormsTest, OpensAtTheNewestRowsHoweverMuchRoomThereIs) {
+  auto& manager = *portfolio->manager.lock();
+  manager.recordTransactions(
+      std::vector<BasicTransaction>(60, portfolio->transactions().front()->basic), portfolio,
+      nullptr);
+  ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Other")));
+  ASSERT_TRUE(world.show(*window, portfolio));
+  showTransactions();
+  const auto showsLastRow = [&] {
+    QApplication::processEvents();
+    const QModelIndex last = table().model()->index(table().model()->rowCount() - 1, 0);
+    return table().viewport()->rect().contains(table().visualRect(last).center());
+  };
+  EXPECT_TRUE(showsLastRow());
+  window->resize(1000, 640);
+  EXPECT_TRUE(showsLastRow());
+  table().verticalScrollBar()->setValue(3);
+  window->resize(1000, 700);
+  QApplication::processEvents();
+  EXPECT_EQ(table().verticalScrollBar()->value(), 3) << "who has scrolled stays where he is";
 }
 
 TEST_F(TransactionFormsTest, DeletesNothingOnAnotherTab) {

@@ -114,10 +114,15 @@ class Control:
         Atspi.Component.grab_focus(component)
         wait_for(f"the keyboard to go to {self.role} “{self.name}”", lambda: self.has("focused"))
 
+    def area(self):
+        """Left, top, width and height on the screen."""
+        area = Atspi.Component.get_extents(self.node.get_component_iface(), Atspi.CoordType.SCREEN)
+        return area.x, area.y, area.width, area.height
+
     def middle(self):
         """The point of the screen in the middle of the control."""
-        area = Atspi.Component.get_extents(self.node.get_component_iface(), Atspi.CoordType.SCREEN)
-        return area.x + area.width // 2, area.y + area.height // 2
+        left, top, width, height = self.area()
+        return left + width // 2, top + height // 2
 
     def cell(self, row, column):
         table = self.node.get_table_iface()
@@ -247,10 +252,9 @@ class Screen:
             with open(words, "a", encoding="utf-8") as output:
                 manager = self._start(["openbox"], stdout=output, stderr=output)
             wait_for(
-                "the window manager",
-                lambda: manager.poll() is not None
-                or "0x" in _said(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
+                "the window manager", lambda: manager.poll() is not None or _is_screen_managed()
             )
+            time.sleep(0.2)
             if manager.poll() is None:
                 return
         with open(words, encoding="utf-8") as said:
@@ -354,6 +358,25 @@ class Screen:
         x, y = control.middle()
         subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"], check=True)
 
+    def drag(self, start, end):
+        """Takes what is at one point of the screen to another one with the mouse."""
+
+        def move(x, y):
+            self._mouse("mousemove", "--sync", str(x), str(y))
+
+        move(*start)
+        self._mouse("mousedown", "1")
+        # The first steps make a drag of the press, the next ones tell where it goes.
+        for part in (0.2, 0.4, 0.6, 0.8, 1, 1):
+            time.sleep(0.1)
+            move(*(round(a + (b - a) * part) for a, b in zip(start, end)))
+            self._mouse("mousemove_relative", "--", "1", "0")
+        time.sleep(0.2)
+        self._mouse("mouseup", "1")
+
+    def _mouse(self, *command):
+        subprocess.run(["xdotool", *command], check=True)
+
     def write(self, text):
         subprocess.run(["xdotool", "type", "--clearmodifiers", "--delay", "15", text], check=True)
 
@@ -393,6 +416,14 @@ class Screen:
             print("What the program said:", *said.readlines()[-40:], file=sys.stderr, sep="\n")
 
 
+def _is_screen_managed():
+    """Whether there is a window manager: one that has died leaves the name of a window behind that
+    is there no more."""
+    check = "_NET_SUPPORTING_WM_CHECK"
+    window = re.search(r"0x[0-9a-f]+", _said(["xprop", "-root", check]))
+    return window is not None and window[0] in _said(["xprop", "-id", window[0], check])
+
+
 def _said(command):
     return subprocess.run(command, capture_output=True, text=True, check=False).stdout
 
@@ -405,6 +436,19 @@ def _gets_keys(name):
         return False
     title = _said(["xdotool", "getwindowname", active]).strip()
     return title == name or title == f"{name} — Corvane"
+
+
+def run(story, well_done):
+    """Plays `story` on a screen with the programs of the folder that the command line names first;
+    the further arguments are handed to it. Exits with whether it went well."""
+    programs, *arguments = sys.argv[1:]
+    try:
+        with Screen(programs, os.environ.get("CORVANE_SCREENS")) as screen:
+            story(screen, *arguments)
+    except Failure as failure:
+        print(f"FAILED: {failure}", file=sys.stderr)
+        sys.exit(1)
+    print(well_done)
 
 
 def expect(truth, words):

@@ -8,9 +8,8 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 import csv
 import os
 import re
-import sys
 
-from accessible_desktop import Failure, Screen, expect, wait_for
+from accessible_desktop import expect, run, wait_for
 
 BOOK = "Book* — Corvane"
 FORM = "New Transaction"
@@ -72,6 +71,11 @@ class Book:
     def select(self, row, further=0):
         self.screen.click(self.table)
         self.screen.key("ctrl+Home", *["Down"] * row, *["shift+Down"] * further)
+
+    def drag_row(self, row, place):
+        """Drops a row in front of the one at `place`."""
+        left, top, width, _ = self.table.cell(place, 0).area()
+        self.screen.drag(self.table.cell(row, 0).middle(), (left + width // 2, top))
 
     def open_form(self, key):
         self.screen.key("ctrl+t")
@@ -139,6 +143,49 @@ def start(screen):
     return workspace + ".corvane"
 
 
+def refuse_unknown_equity(screen, book):
+    """An equity that the service does not know is said to be such, and is not taken for another."""
+    form = book.open_form("b")
+    field = form.find("text", "Equity")
+    field.focus()
+    screen.write("zzqq")
+    matches = screen.window_shown("Equity matches")
+    wait_for(
+        "the offer of an unknown equity",
+        lambda: [each.name for each in matches.find_all("list item")] == ["ZZQQ"],
+    )
+    screen.key("Escape")
+    screen.wait_until_gone("Equity matches")
+    expect(field.text == "zzqq", f"what was typed has become “{field.text}”")
+    expect(not form.find("push button", "Buy").has("enabled"), "no equity can be bought")
+    screen.key("Tab")
+    screen.retype(form.find("text", "Number of Shares"), "1")
+    words = "ZZQQ is not known to the source of prices."
+    wait_for(
+        "the words about an unknown equity",
+        lambda: any(each.name.startswith(words) for each in form.find_all("label")),
+    )
+    screen.picture("unknown-equity")
+    screen.key("Escape")
+    screen.wait_until_gone(FORM)
+
+    book.select(3, further=1)
+    screen.key("Return")
+    form = screen.window("Modify Transactions")
+    form.find("check box", "Change equity").press()
+    field = form.find("text", "New equity")
+    screen.key("ctrl+a")
+    screen.write("zzqq")
+    matches = screen.window_shown("New equity matches")
+    wait_for(
+        "the words that nothing matches",
+        lambda: [each.name for each in matches.find_all("list item")] == ["No matches."],
+    )
+    expect(not form.find("push button", "Modify").has("enabled"), "no equity can be set")
+    screen.key("Escape", "Escape")
+    screen.wait_until_gone("Modify Transactions")
+
+
 def refuse_bad_input(screen, book):
     """Nothing of what is wrong is recorded, and what was typed stays."""
     form = book.open_form("s")
@@ -158,6 +205,12 @@ def refuse_bad_input(screen, book):
         form.find("label", f"⚠ {words}")
         expect(control.text == text, f"{field}: “{text}” has become “{control.text}”")
         expect(not form.find("push button", "Sell").has("enabled"), f"{text} can be recorded")
+    # As a spreadsheet writes what was paid out.
+    screen.retype(form.find("text", "Total Proceeds"), "($1,500.00)")
+    wait_for(
+        "the words about a negative amount",
+        lambda: any("Enter a total of 0 or more." in e.name for e in form.find_all("label")),
+    )
     screen.picture("bad-input")
     screen.retype(form.find("text", "Transaction Date"), "2024-02-21")
     book.choose_equity(form, "CWRLD")
@@ -196,9 +249,15 @@ def change_rows(screen, book):
     screen.key("Return")
     screen.wait_until_gone("Modify Transactions")
 
+    # With the mouse, and then to and fro with keys.
     book.select(2)
+    book.drag_row(2, 1)
+    wait_for("the dragged row", lambda: "Cash Expense" in book.table.row_texts(1))
+    book.select(1)
+    screen.key("alt+Down")
+    wait_for("the row further down", lambda: "Cash Expense" in book.table.row_texts(2))
     screen.key("alt+Up")
-    wait_for("the moved row", lambda: "Cash Expense" in book.table.row_texts(1))
+    wait_for("the row further up", lambda: "Cash Expense" in book.table.row_texts(1))
 
     book.select(11)
     screen.key("Delete")
@@ -206,7 +265,7 @@ def change_rows(screen, book):
     screen.key("Return")
     screen.wait_until_gone("Corvane")
     book.wait_for_rows(len(LEDGER))
-    return 4
+    return 6
 
 
 def read_csv(file):
@@ -252,14 +311,17 @@ def keep_a_ledger(screen):
         book.record(*entry)
     book.wait_for_rows(len(ENTRIES))
     refuse_bad_input(screen, book)
+    refuse_unknown_equity(screen, book)
     book.wait_for_rows(len(ENTRIES))
     steps = len(ENTRIES) + change_rows(screen, book)
     screen.picture("changed")
     final = book.rows()
 
-    book.undo(steps - 1)
-    book.wait_for_rows(1)
-    book.redo(steps - 1)
+    book.undo(steps)
+    # There is nothing to be saved any more.
+    unchanged = screen.window("Book — Corvane").find("table", "Transactions")
+    wait_for("an empty ledger", lambda: unchanged.row_count == 0)
+    book.redo(steps)
     book.wait_for_rows(len(LEDGER))
     wait_for("the ledger as it was", lambda: book.rows() == final)
 
@@ -277,17 +339,5 @@ def keep_a_ledger(screen):
     check_saved(screen, file, exported)
 
 
-def main():
-    (programs,) = sys.argv[1:]
-    try:
-        with Screen(programs, os.environ.get("CORVANE_SCREENS")) as screen:
-            keep_a_ledger(screen)
-    except Failure as failure:
-        print(f"FAILED: {failure}", file=sys.stderr)
-        return 1
-    print("The ledger is as it was kept.")
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    run(keep_a_ledger, "The ledger is as it was kept.")

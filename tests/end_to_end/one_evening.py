@@ -8,9 +8,8 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 
 import os
 import re
-import sys
 
-from accessible_desktop import Failure, Screen, expect, wait_for
+from accessible_desktop import expect, run, wait_for
 
 
 def item(window, start):
@@ -142,17 +141,5 @@ def evening(screen, examples):
     screen.quit()
 
 
-def main():
-    programs, examples = sys.argv[1:]
-    try:
-        with Screen(programs, os.environ.get("CORVANE_SCREENS")) as screen:
-            evening(screen, examples)
-    except Failure as failure:
-        print(f"FAILED: {failure}", file=sys.stderr)
-        return 1
-    print("The evening went well.")
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    run(evening, "The evening went well.")

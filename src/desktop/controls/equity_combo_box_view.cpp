@@ -3,16 +3,17 @@
 #include <QAbstractListModel>
 #include <QAccessible>
 #include <QApplication>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QListView>
 #include <QProgressBar>
 #include <QScreen>
+#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/controls/field_button.h"
 #include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -154,28 +155,29 @@ EquityComboBoxView::EquityComboBoxView(EquityComboBox& box, const QString& acces
     : QWidget(parent),
       box_(box),
       field_(new QLineEdit),
+      clear_(new QToolButton),
       arrow_(new QToolButton),
       popup_(new EquityPopup(box, accessibleName, this)) {
   setFocusProxy(field_);
   field_->setAccessibleName(accessibleName);
-  field_->setClearButtonEnabled(true);
   field_->installEventFilter(this);
   new WindowShortcuts(*field_);
+  clear_->setIcon(style()->standardIcon(QStyle::SP_LineEditClearButton));
+  clear_->setAccessibleName(QStringLiteral("Clear ") + accessibleName.toLower());
+  clear_->setToolTip(QStringLiteral("Clear the field"));
   arrow_->setArrowType(Qt::DownArrow);
-  arrow_->setAutoRaise(true);
-  arrow_->setFocusPolicy(Qt::NoFocus);
   arrow_->setAccessibleName(accessibleName + QStringLiteral(" list"));
   arrow_->setToolTip(QStringLiteral("Show what was found"));
-  auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(0);
-  row->addWidget(field_, 1);
-  row->addWidget(arrow_);
+  putIntoField(*this, *field_, {clear_, arrow_});
   // Whatever changes the text is typing, also a paste and an assistive technology that sets it.
   connect(field_, &QLineEdit::textChanged, this, [this](const QString& text) {
     if (!isShowing_) {
       box_.changeText(utf8Text(text));
     }
+  });
+  connect(clear_, &QToolButton::clicked, this, [this] {
+    field_->setFocus();
+    field_->clear();
   });
   connect(arrow_, &QToolButton::clicked, this, [this] {
     field_->setFocus();
@@ -258,6 +260,7 @@ void EquityComboBoxView::update() {
   }
   field_->setPlaceholderText(qtText(box_.placeholder()));
   field_->setToolTip(text);
+  clear_->setVisible(!text.isEmpty() && box_.isEnabled());
   setEnabled(box_.isEnabled());
   isShowing_ = false;
   updatePopup();

@@ -40,6 +40,7 @@ class EquityComboBoxView : public QWidget {
 
   EquityComboBox& box_;
   QLineEdit* field_;
+  QToolButton* clear_;
   QToolButton* arrow_;
   EquityPopup* popup_;
   bool isShowing_ = false;

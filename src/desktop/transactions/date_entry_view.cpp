@@ -1,13 +1,13 @@
 #include "desktop/transactions/date_entry_view.h"
 
 #include <QCalendarWidget>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QToolButton>
 #include <QWidgetAction>
 
+#include "desktop/controls/field_button.h"
 #include "desktop/look/qt_text.h"
 
 namespace corvane::desktop {
@@ -24,14 +24,8 @@ DateEntryView::DateEntryView(const DateEntry& entry, Change change)
   setFocusProxy(field_);
   field_->installEventFilter(this);
   calendar_->setArrowType(Qt::DownArrow);
-  calendar_->setAutoRaise(true);
-  calendar_->setFocusPolicy(Qt::NoFocus);
   calendar_->setToolTip(QStringLiteral("Choose a day in a calendar (Alt+Down)"));
-  auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(0);
-  row->addWidget(field_, 1);
-  row->addWidget(calendar_);
+  putIntoField(*this, *field_, {calendar_});
   connect(field_, &QLineEdit::textChanged, this, [this](const QString& text) {
     if (!isShowing_) {
       change_([&](DateEntry& date) { date.setText(utf8Text(text)); });

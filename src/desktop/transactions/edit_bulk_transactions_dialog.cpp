@@ -13,6 +13,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/transactions/date_entry_view.h"
+#include "desktop/transactions/entry_buttons.h"
 
 namespace corvane::desktop {
 namespace {
@@ -41,8 +42,7 @@ EditBulkTransactionsDialog::EditBulkTransactionsDialog(QWidget* parent, std::uni
       equity_(new EquityComboBoxView(form_->equityComboBox, QStringLiteral("New equity"))),
       note_(new QLineEdit),
       words_(new QLabel),
-      go_(new QPushButton(this)),
-      cancel_(new QPushButton) {
+      buttons_(new EntryButtons(*this)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowModality(Qt::WindowModal);
   form_->completionHandler = [this](const auto& revision) {
@@ -90,6 +90,9 @@ void EditBulkTransactionsDialog::layOut() {
       form_->setNote(utf8Text(text));
     }
   });
+  connect(&buttons_->go(), &QPushButton::clicked, this,
+          [this] { form_->performAction(Form::Sender::goButton); });
+  connect(&buttons_->cancel(), &QPushButton::clicked, this, &EditBulkTransactionsDialog::reject);
   words_->setWordWrap(true);
   words_->setForegroundRole(QPalette::PlaceholderText);
   words_->setMinimumHeight(words_->fontMetrics().lineSpacing());
@@ -101,7 +104,7 @@ void EditBulkTransactionsDialog::layOut() {
   column->addWidget(summary_);
   column->addLayout(grid);
   column->addWidget(words_);
-  column->addWidget(makeButtons());
+  column->addWidget(buttons_);
   column->setSizeConstraint(QLayout::SetFixedSize);
 }
 
@@ -144,22 +147,6 @@ void EditBulkTransactionsDialog::addDate(QGridLayout& grid, std::size_t index) {
   addBox(grid, index, field);
 }
 
-QWidget* EditBulkTransactionsDialog::makeButtons() {
-  go_->setDefault(true);
-  cancel_->setAutoDefault(false);
-  auto* buttons = new QWidget;
-  auto* row = new QHBoxLayout(buttons);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addStretch(1);
-  row->addWidget(cancel_);
-  row->addWidget(go_);
-  connect(go_, &QPushButton::clicked, this,
-          [this] { form_->performAction(Form::Sender::goButton); });
-  connect(cancel_, &QPushButton::clicked, this, &EditBulkTransactionsDialog::reject);
-  return buttons;
-}
-
 void EditBulkTransactionsDialog::showState() {
   isShowing_ = true;
   const auto states = form_->allCheckboxes();
@@ -180,11 +167,8 @@ void EditBulkTransactionsDialog::showState() {
   note_->setPlaceholderText(qtText(form_->noteField.placeholder));
   note_->setEnabled(form_->noteField.isEnabled);
   words_->setText(qtText(form_->goButton.tooltip));
-  go_->setText(qtText(form_->goButton.title));
-  go_->setToolTip(qtText(form_->goButton.tooltip));
-  go_->setAccessibleDescription(qtText(form_->goButton.tooltip));
-  go_->setEnabled(form_->goButton.isEnabled);
-  cancel_->setText(qtText(form_->cancelButton.title));
+  showButton(buttons_->go(), form_->goButton);
+  showButton(buttons_->cancel(), form_->cancelButton);
   isShowing_ = false;
 }
 

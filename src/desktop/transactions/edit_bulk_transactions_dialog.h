@@ -12,11 +12,11 @@ class QCheckBox;
 class QGridLayout;
 class QLabel;
 class QLineEdit;
-class QPushButton;
 
 namespace corvane::desktop {
 
 class DateEntryView;
+class EntryButtons;
 class EquityComboBoxView;
 
 /// Shows an EditBulkTransactionsViewController, which decides everything.
@@ -52,7 +52,6 @@ class EditBulkTransactionsDialog : public QDialog {
   void layOut();
   void addDate(QGridLayout& grid, std::size_t index);
   void addBox(QGridLayout& grid, std::size_t index, QWidget* field);
-  QWidget* makeButtons();
   void showState();
 
   std::unique_ptr<Form> form_;
@@ -63,8 +62,7 @@ class EditBulkTransactionsDialog : public QDialog {
   EquityComboBoxView* equity_;
   QLineEdit* note_;
   QLabel* words_;
-  QPushButton* go_;
-  QPushButton* cancel_;
+  EntryButtons* buttons_;
   bool isShowing_ = false;
 };
 

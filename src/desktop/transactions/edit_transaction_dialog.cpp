@@ -19,6 +19,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/transactions/date_entry_view.h"
+#include "desktop/transactions/entry_buttons.h"
 #include "desktop/transactions/entry_row.h"
 #include "desktop/transactions/number_entry_view.h"
 #include "desktop/transactions/preview_panel.h"
@@ -28,7 +29,7 @@ namespace {
 
 using Form = EditTransactionViewController;
 
-constexpr int fieldWidth = 260;
+constexpr int fieldWidth = 340;
 constexpr int noteLines = 3;
 constexpr int mostCurrencies = 16;
 
@@ -75,9 +76,9 @@ EditTransactionDialog::EditTransactionDialog(QWidget* parent, std::unique_ptr<Fo
       noteToggle_(new QToolButton),
       note_(new QPlainTextEdit),
       preview_(new PreviewPanel),
-      go_(new QPushButton(this)),
+      round_(new QPushButton),
       insertAnother_(new QPushButton),
-      cancel_(new QPushButton) {
+      buttons_(new EntryButtons(*this, insertAnother_)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowModality(Qt::WindowModal);
   form_->completionHandler = [this](const auto& placement) { finish(placement); };
@@ -152,7 +153,8 @@ void EditTransactionDialog::layOut() {
   column->setSpacing(spacing::medium);
   column->addWidget(heading_);
   column->addLayout(middle, 1);
-  column->addWidget(makeButtons());
+  connectButtons();
+  column->addWidget(buttons_);
   column->setSizeConstraint(QLayout::SetFixedSize);
 }
 
@@ -183,7 +185,7 @@ QLabel* EditTransactionDialog::addSection(QGridLayout& grid) {
   auto* section = new QLabel;
   section->setFont(theme::font(1, QFont::DemiBold));
   section->setContentsMargins(0, spacing::narrow, 0, 0);
-  grid.addWidget(section, grid.rowCount(), 1, 1, 2);
+  grid.addWidget(section, grid.rowCount(), 1);
   return section;
 }
 
@@ -220,6 +222,9 @@ void EditTransactionDialog::addFields(QGridLayout& grid) {
   equivalentSection_ = addSection(grid);
   addNumber(grid, form_->exchangeRateField);
   addNumber(grid, form_->equivalentValueField);
+  round_->setAutoDefault(false);
+  grid.addWidget(round_, grid.rowCount(), 1, Qt::AlignRight);
+  connect(round_, &QPushButton::clicked, this, [this] { form_->roundEquivalent(); });
 
   heldEquity_->setPlaceholderText(QStringLiteral("Choose an equity"));
   for (QComboBox* box : {heldEquity_, currency_}) {
@@ -271,27 +276,14 @@ QWidget* EditTransactionDialog::makeNote() {
   return box;
 }
 
-QWidget* EditTransactionDialog::makeButtons() {
-  // With the dialog as its parent it stays the default button after the keyboard has been on it.
-  go_->setDefault(true);
-  insertAnother_->setAutoDefault(false);
-  cancel_->setAutoDefault(false);
-  auto* buttons = new QWidget;
-  auto* row = new QHBoxLayout(buttons);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addWidget(insertAnother_);
-  row->addStretch(1);
-  row->addWidget(cancel_);
-  row->addWidget(go_);
-  connect(go_, &QPushButton::clicked, this, [this] {
+void EditTransactionDialog::connectButtons() {
+  connect(&buttons_->go(), &QPushButton::clicked, this, [this] {
     const bool isShiftDown = QGuiApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
     press(isShiftDown ? Form::Sender::insertAnotherButton : Form::Sender::goButton);
   });
   connect(insertAnother_, &QPushButton::clicked, this,
           [this] { press(Form::Sender::insertAnotherButton); });
-  connect(cancel_, &QPushButton::clicked, this, &EditTransactionDialog::reject);
-  return buttons;
+  connect(&buttons_->cancel(), &QPushButton::clicked, this, &EditTransactionDialog::reject);
 }
 
 // What is shown.
@@ -317,16 +309,10 @@ void EditTransactionDialog::showState() {
   if (const QString note = qtText(form_->noteTextView.text); note_->toPlainText() != note) {
     note_->setPlainText(note);
   }
-  const auto showButton = [](QPushButton& shown, const Button& button) {
-    shown.setText(qtText(button.title));
-    shown.setToolTip(qtText(button.tooltip));
-    shown.setAccessibleDescription(qtText(button.tooltip));
-    shown.setEnabled(button.isEnabled);
-    shown.setVisible(!button.isHidden);
-  };
-  showButton(*go_, form_->goButton);
+  showButton(*round_, form_->roundButton);
+  showButton(buttons_->go(), form_->goButton);
   showButton(*insertAnother_, form_->insertAnotherButton);
-  showButton(*cancel_, form_->cancelButton);
+  showButton(buttons_->cancel(), form_->cancelButton);
   preview_->show(form_->preview(), form_->missing(), form_->notice);
   isShowing_ = false;
 }
@@ -342,8 +328,7 @@ void EditTransactionDialog::showMenus() {
   }
   const auto& equities = form_->equityPopUpButton;
   const auto searched = form_->layout().equity == EquityRow::search;
-  equitySearchRow_->show("Equity:", !searched,
-                         {form_->equityComboBox.message().value_or(""), true});
+  equitySearchRow_->show("Equity:", !searched, form_->equityHint());
   heldEquityRow_->show("Equity:", equities.isHidden);
   if (shownEquities_.items != equities.items) {
     shownEquities_ = equities;

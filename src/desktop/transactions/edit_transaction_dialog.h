@@ -19,6 +19,7 @@ class QToolButton;
 namespace corvane::desktop {
 
 class DateEntryView;
+class EntryButtons;
 class EntryRow;
 class EquityComboBoxView;
 class NumberEntryView;
@@ -56,7 +57,7 @@ class EditTransactionDialog : public QDialog {
   QLabel* addSection(QGridLayout& grid);
   NumberEntryView* addNumber(QGridLayout& grid, NumberEntry& entry);
   QWidget* makeNote();
-  QWidget* makeButtons();
+  void connectButtons();
   void press(EditTransactionViewController::Sender sender);
   void showState();
   void showMenus();
@@ -84,9 +85,9 @@ class EditTransactionDialog : public QDialog {
   QToolButton* noteToggle_;
   QPlainTextEdit* note_;
   PreviewPanel* preview_;
-  QPushButton* go_;
+  QPushButton* round_;
   QPushButton* insertAnother_;
-  QPushButton* cancel_;
+  EntryButtons* buttons_;
   PopUpButton<EquityPointer> shownEquities_;
   PopUpButton<Currency> shownCurrencies_;
   bool isShowing_ = false;

@@ -10,7 +10,7 @@ namespace corvane::desktop {
 NumberEntryView::NumberEntryView(QGridLayout& grid, const NumberEntry& entry,
                                  std::function<void(std::string)> typed,
                                  std::function<void()> ended)
-    : entry_(entry), row_(grid, this, this) {
+    : entry_(entry), row_(grid, this, this, EntryRow::HintSide::left) {
   setAlignment(Qt::AlignRight);
   setFont(theme::monospacedFont());
   // Whatever changes the text is typing, also a paste and an assistive technology that sets it.

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QItemSelection>
 #include <QLabel>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include "desktop/controls/frozen_columns.h"
@@ -112,6 +113,8 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
     updateActions();
   });
 
+  keepEndInView();
+
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
@@ -120,6 +123,22 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   changes_ = subscribe(controller_->changeHandler, [this](const auto& change) { update(change); });
   segues_ = subscribe(controller_->performSegue, [this](const auto& segue) { perform(segue); });
   update({.columnsChanged = true, .selectionChanged = true, .showsNewestRows = true});
+}
+
+/// A table is filled before it is shown and has its size, which must not hide what it was opened
+/// at.
+void TransactionsTab::keepEndInView() {
+  QScrollBar* bar = table_->verticalScrollBar();
+  connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int, int maximum) {
+    if (staysAtEnd_) {
+      bar->setValue(maximum);
+    }
+  });
+  connect(bar, &QScrollBar::valueChanged, this, [this, bar](int value) {
+    if (bar->maximum() > 0) {
+      staysAtEnd_ = value == bar->maximum();
+    }
+  });
 }
 
 QAction* TransactionsTab::addCommand(const QString& text, const QList<QKeySequence>& shortcuts,
@@ -186,6 +205,7 @@ void TransactionsTab::update(const PortfolioTransactionsViewController::Update& 
     showSelection();
   }
   if (update.showsNewestRows && controller_->selectedRows().empty()) {
+    staysAtEnd_ = true;
     table_->scrollToBottom();
   }
   updateActions();

@@ -38,6 +38,7 @@ class TransactionsTab : public QWidget {
   void openForm(const std::vector<TransactionPointer>& transactions);
   void perform(const PortfolioTransactionsViewController::Segue& segue);
   void update(const PortfolioTransactionsViewController::Update& update);
+  void keepEndInView();
   void showSelection();
   void updateActions();
 
@@ -52,6 +53,8 @@ class TransactionsTab : public QWidget {
   QAction* moveDown_;
   QAction* openEquity_;
   bool isShowingSelection_ = false;
+  /// Whether the newest rows stay in view when the table gets more or less room.
+  bool staysAtEnd_ = false;
   Subscription changes_;
   Subscription segues_;
 };
