@@ -89,8 +89,8 @@ class ConsoleWorld {
   /// Whether the command has ended well.
   [[nodiscard]] bool run(const std::string& command, const std::string& options) const {
     const std::string in = folder_.string();
-    const std::string line = "HOME='" + in + "' XDG_CONFIG_HOME='" + in + "/config'" +
-                             " XDG_CACHE_HOME='" + in +
+    const std::string line = "HOME='" + in + "' TMPDIR='" + in + "' XDG_CONFIG_HOME='" + in +
+                             "/config'" + " XDG_CACHE_HOME='" + in +
                              "/cache' TZ=America/Toronto LC_ALL=C.UTF-8 '" + CORVANE_CLI "' " +
                              command + " '" + in + "/World' " + options + " >/dev/null";
     const int status = std::system(line.c_str());
