@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "ledger_world.h"
-#include "presentation/portfolio/portfolio_chart.h"
+#include "presentation/performance/portfolio_chart.h"
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 namespace corvane {

@@ -63,7 +63,7 @@ const std::map<std::string, Folder> house = {
        {"controls"},
        {"screen"},
        {"charts"},
-       {"transactions"},
+       {"transactions", "performance", "source"},
        {"equity"},
        {"scenario"},
        {"portfolio"},

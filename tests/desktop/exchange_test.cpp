@@ -68,6 +68,9 @@ TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
   EXPECT_EQ(fields->model()->rowCount(), 3);
   EXPECT_EQ(fields->model()->index(1, 2).data().toString().toStdString(), "2026-03-22");
   EXPECT_THAT(setup->findChild<QCheckBox*>()->text().toStdString(), HasSubstr("2 data rows"));
+  toggleByAccessibility(*setup->findChild<QCheckBox*>());
+  EXPECT_THAT(setup->findChild<QCheckBox*>()->text().toStdString(), HasSubstr("3 data rows"));
+  toggleByAccessibility(*setup->findChild<QCheckBox*>());
   const auto choose = [&](int row, const QString& title) {
     auto* menu = named<QComboBox>(*setup, QStringLiteral("Field of column %1").arg(row + 1));
     const int index = menu->findText(title, Qt::MatchStartsWith);
@@ -117,6 +120,49 @@ TEST_F(ExchangeTest, CancelledSetupImportsNothing) {
   QTest::keyClick(setup, Qt::Key_Escape);
   EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
   EXPECT_EQ(portfolio->transactions().size(), 7U);
+}
+
+/// The button of `window` with this text; null and a failure where there is none.
+template <typename Button>
+Button* labelled(const QWidget& window, const QString& text) {
+  for (Button* button : window.findChildren<Button*>()) {
+    if (button->text().remove(QLatin1Char('&')).startsWith(text)) {
+      return button;
+    }
+  }
+  ADD_FAILURE() << "nothing is labelled " << text.toStdString();
+  return nullptr;
+}
+
+TEST_F(ExchangeTest, HearsAnAssistiveTechnologyInEveryBoxOfAnExport) {
+  window->workspaceView().portfolioView().tabs().setCurrentIndex(1);
+  menuItem(*window, "Export")->trigger();
+  auto* panel = openDialog<QFileDialog>(*window);
+  ASSERT_NE(panel, nullptr);
+  toggleByAccessibility(*labelled<QRadioButton>(*panel, "Tabs"));
+  toggleByAccessibility(*labelled<QCheckBox>(*panel, "Include header row"));
+  QApplication::processEvents();
+  EXPECT_EQ(panel->defaultSuffix(), "tsv");
+  buttonWith(*panel, "Configure Fields…")->click();
+  auto* setup = waitFor<FieldSetupDialog>();
+  ASSERT_NE(setup, nullptr);
+  toggleByAccessibility(*labelled<QCheckBox>(*setup, "Currency symbol"));
+  toggleByAccessibility(*labelled<QCheckBox>(*setup, "Accounting style"));
+  toggleByAccessibility(*labelled<QCheckBox>(*setup, "Thousands separators"));
+  toggleByAccessibility(*labelled<QRadioButton>(*setup, "Format:"));
+  QApplication::processEvents();
+  EXPECT_TRUE(named<QLineEdit>(*setup, "Date format")->isEnabled());
+  buttonWith(*setup, "Done")->click();
+
+  ASSERT_TRUE(
+      DesktopWorld::waitUntil([&] { return openDialog<FieldSetupDialog>(*window) == nullptr; }));
+  const auto file = world.folder / "rows.tsv";
+  choose(file);
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return std::filesystem::exists(file); }));
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
+  const std::string text = files::read(file);
+  EXPECT_EQ(std::ranges::count(text, '\n'), 7) << "no header row";
+  EXPECT_THAT(text, HasSubstr("\t\"-18000.00\"\t"));
 }
 
 TEST_F(ExchangeTest, ExportsTheSelectedTabAsThePanelSays) {

@@ -75,7 +75,7 @@ TEST_F(ScenarioTabsTest, TakeEffectWhenAFieldIsLeftAndCanBeUndone) {
   control<QCheckBox>("No limit for purchases")->click();
   EXPECT_EQ(most->text(), QStringLiteral("CA$1,000.00"));
   EXPECT_FALSE(control<QLineEdit>("Stop loss: buy when up by")->isEnabled());
-  control<QCheckBox>("Stop loss")->click();
+  toggleByAccessibility(*control<QCheckBox>("Stop loss"));
   EXPECT_TRUE(control<QLineEdit>("Stop loss: buy when up by")->isEnabled());
 }
 

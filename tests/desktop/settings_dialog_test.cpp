@@ -102,7 +102,7 @@ TEST_F(SettingsWindow, TurnsDiagnosticToolsOnInAllWindowsAtOnce) {
 }
 
 TEST_F(SettingsWindow, AsksBeforeQuittingWhereThatIsWished) {
-  boxWith(*open(), "Ask before quitting")->click();
+  toggleByAccessibility(*boxWith(*open(), "Ask before quitting"));
   answerNextAlert("Cancel");
   menuItem(*window, "Quit")->trigger();
   EXPECT_TRUE(window->isVisible());

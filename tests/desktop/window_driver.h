@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
@@ -71,6 +72,14 @@ inline QPushButton* buttonWith(const QWidget& window, const QString& text) {
   }
   ADD_FAILURE() << "no button " << text.toStdString();
   return nullptr;
+}
+
+/// Switches a check box or radio button as an assistive technology does, which is without a click.
+inline void toggleByAccessibility(QAbstractButton& button) {
+  auto* accessible = QAccessible::queryAccessibleInterface(&button);
+  ASSERT_NE(accessible, nullptr);
+  ASSERT_NE(accessible->actionInterface(), nullptr);
+  accessible->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
 }
 
 /// Presses `text` on the next alert that runs an event loop of its own.

@@ -116,7 +116,7 @@ TEST_F(PaletteOfAWorkspace, HasPortfoliosWatchedAndHeldEquitiesOnce) {
   for (std::size_t i = 0; i < palette.rows().size(); ++i) {
     texts.push_back(palette.accessibleText(i));
   }
-  EXPECT_THAT(texts, ElementsAre("Pension, Portfolio", "WAT · Watts & Sons, Watched equity",
+  EXPECT_THAT(texts, ElementsAre("Pension, Portfolio", "WAT — Watts & Sons, Watched equity",
                                  "XYZ, Held equity"));
   palette.setQuery("sons");
   (*palette.chosen())();

@@ -57,7 +57,7 @@ TEST_F(EditPortfolioViewControllerTest, OffersANewPortfolio) {
   EXPECT_TRUE(std::ranges::is_sorted(form.currencyPopUpButton.titles()));
   select("CAD");
   EXPECT_EQ(form.currencyPopUpButton.titles()[form.currencyPopUpButton.selectedIndex.value()],
-            "CAD · Canadian Dollar");
+            "CAD — Canadian Dollar");
 }
 
 TEST_F(EditPortfolioViewControllerTest, CreatesWhatWasEnteredWithoutAnUndoStep) {

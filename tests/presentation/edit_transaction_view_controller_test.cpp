@@ -236,20 +236,33 @@ TEST_F(TransactionFormTest, RecordsInThePrimaryCurrencyAtARateOfOne) {
   EXPECT_TRUE(form.exchangeRateField.isHidden);
 }
 
-TEST_F(TransactionFormTest, RecordsAComputedEquivalentAsItIsShown) {
+TEST_F(TransactionFormTest, OffersToRoundAnEquivalentAndRoundsNothingUnasked) {
   buySomething();
   create(Mode::buy);
   choose(xyz);
   shares("3");
   total("100.01");
   rate("1.2345");
-  EXPECT_EQ(form.equivalentValueField.value(), dec("123.462345"));
   EXPECT_EQ(form.equivalentValueField.text(), "CA$123.46");
+  EXPECT_EQ(std::get<BasicTransaction::Trade>(recordedKind()).equivalentCashDisposed,
+            dec("123.462345"));
+  EXPECT_THAT(form.preview().refusal, HasSubstr("greater precision"));
+  ASSERT_FALSE(form.roundButton.isHidden);
+  EXPECT_EQ(form.roundButton.title, "Round to CA$123.46");
+  EXPECT_THAT(form.roundButton.tooltip, HasSubstr("123.462345 CAD"));
+
+  form.roundEquivalent();
+  EXPECT_TRUE(form.roundButton.isHidden);
+  EXPECT_EQ(form.preview().refusal, "");
+  EXPECT_EQ(form.exchangeRateField.value(), dec("123.46") / dec("100.01"));
   EXPECT_EQ(std::get<BasicTransaction::Trade>(recordedKind()).equivalentCashDisposed,
             dec("123.46"));
   equivalent("123.462");
+  EXPECT_FALSE(form.roundButton.isHidden) << "what was typed is not rounded either";
   EXPECT_EQ(std::get<BasicTransaction::Trade>(recordedKind()).equivalentCashDisposed,
             dec("123.462"));
+  form.chooseCurrency(Currency::cad());
+  EXPECT_TRUE(form.roundButton.isHidden);
 }
 
 TEST_F(TransactionFormTest, SettlesTradesTwoWeekdaysLater) {

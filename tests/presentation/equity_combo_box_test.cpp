@@ -237,10 +237,12 @@ TEST_F(EquityComboBoxTest, TakesASymbolFromSomebodyWhoTypesOn) {
   EXPECT_TRUE(box.returnKey());
   find({});
   EXPECT_EQ(chosen(), "HOUSE");
+  EXPECT_TRUE(box.isSelectionNominal());
   box.setDefaultEquities({market->equityWithId("HELD")});
   box.changeText("held");
   box.finishEditing();
   EXPECT_EQ(chosen(), "HELD") << "known without a search";
+  EXPECT_FALSE(box.isSelectionNominal());
   EXPECT_EQ(market->texts.size(), 4U);
 }
 

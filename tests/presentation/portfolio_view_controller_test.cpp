@@ -5,7 +5,7 @@
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/net/url_request.h"
-#include "presentation/portfolio/performance_warning.h"
+#include "presentation/performance/performance_warning.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/screen/segue.h"
 #include "storage/application/watchlist_manager.h"
@@ -44,7 +44,7 @@ class PortfolioViewControllerTest : public PortfolioScreenWorld {
   }
   std::vector<std::string> assetTitles() const {
     std::vector<std::string> titles;
-    for (const auto& item : screen->assetMenu()) {
+    for (const auto& item : screen->assetMenu().items()) {
       titles.push_back(item.isSeparator ? "-" : item.title);
     }
     return titles;
@@ -231,7 +231,7 @@ TEST_F(PortfolioViewControllerTest, StacksTheSeriesUpToTheTotal) {
   screen->chooseAsset(4);
   EXPECT_THAT(series(), ElementsAre("Net Deposits 2000", "CAD 950"));
   screen->chooseAsset(3);
-  EXPECT_EQ(screen->selectedAssetIndex(), 4U) << "a separator is no choice";
+  EXPECT_EQ(screen->assetMenu().selectedIndex(), 4U) << "a separator is no choice";
 }
 
 TEST_F(PortfolioViewControllerTest, FetchesForDaysAndEditsButNotForAssets) {
@@ -249,7 +249,7 @@ TEST_F(PortfolioViewControllerTest, FetchesForDaysAndEditsButNotForAssets) {
   EXPECT_EQ(prices->queries.size(), 2 * each);
   EXPECT_EQ(screen->currentData().snapshotGroup->sortedSnapshots.front().ymd,
             (YearMonthDay{2021, 3, 3}));
-  EXPECT_EQ(screen->selectedAssetIndex(), 1U);
+  EXPECT_EQ(screen->assetMenu().selectedIndex(), 1U);
 
   on(day(2020, 12, 1));
   const auto rows = record({deposit("5")});

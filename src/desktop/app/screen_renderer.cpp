@@ -55,6 +55,13 @@ QDialog* openDialog(const QWidget& window) {
   return nullptr;
 }
 
+Decimal sharesHeld(const Portfolio& portfolio, const EquityPointer& equity) {
+  const auto& years = portfolio.snapshotsByYear;
+  return years.empty() || equity == nullptr
+             ? Decimal()
+             : years.rbegin()->second.equitySnapshots.get(equity).sharesHeld;
+}
+
 /// Fills `form` in `mode` with figures that show all of its rows, foreign ones where it can.
 void fillIn(EditTransactionViewController& form, TransactionMode mode) {
   form.chooseMode(mode);
@@ -66,13 +73,20 @@ void fillIn(EditTransactionViewController& form, TransactionMode mode) {
     form.chooseEquity(foreign != held.end() ? *foreign : held.front());
   }
   const auto& currencies = form.availableCurrencies();
-  if (foreign == held.end() && std::ranges::count(currencies, Currency::usd()) > 0) {
-    form.chooseCurrency(Currency::usd());
+  for (const Currency& other : {Currency::usd(), Currency::cad()}) {
+    if (foreign == held.end() && other != form.portfolio()->primaryCurrency() &&
+        std::ranges::count(currencies, other) > 0) {
+      form.chooseCurrency(other);
+    }
   }
-  form.typeInto(form.priorNumberOfSharesField, "100");
-  form.typeInto(form.numberOfSharesField, mode == TransactionMode::split ? "300" : "10");
-  form.typeInto(form.exchangeRateField, "1.25");
-  form.typeInto(form.totalAmountField, "1234.5");
+  const Decimal shares = sharesHeld(*form.portfolio(), form.currentEquity());
+  const bool countsHeld = yieldTypeOf(mode).has_value() && shares > 0;
+  form.typeInto(form.priorNumberOfSharesField, shares > 0 ? shares.description() : "100");
+  form.typeInto(form.numberOfSharesField, mode == TransactionMode::split ? "300"
+                                          : countsHeld                   ? shares.description()
+                                                                         : "10");
+  form.typeInto(form.exchangeRateField, "1.2");
+  form.typeInto(form.totalAmountField, "1234");
   if (mode == TransactionMode::journaledShares) {
     form.typeInto(form.equivalentValueField, "1500");
   }
@@ -108,6 +122,11 @@ void ScreenRenderer::renderScreens() {
   for (std::size_t i = 0; i < source.numberOfPortfolioRows(); ++i) {
     source.selectPortfolioRow(i);
     renderPortfolio(i);
+  }
+  if (source.numberOfPortfolioRows() > 0) {
+    source.selectPortfolioRow(0);
+    const auto& portfolio = *window_.workspaceView().controller().portfolioViewController;
+    hasFailed_ |= !waitUntil([&] { return !portfolio.isFetching(); });
   }
   renderForms();
   renderEquities();
@@ -266,40 +285,66 @@ void ScreenRenderer::renderForms() {
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
     render(QStringLiteral("panel-export"),
            [&] { window_.workspaceView().portfolioExport().exportAction(); });
-    renderTransactionForms();
+    for (const QSize size : formSizes) {
+      renderTransactionForms(size);
+    }
   }
 }
 
-/// The form for a transaction in each of its modes, and that for several transactions.
-void ScreenRenderer::renderTransactionForms() {
+void ScreenRenderer::renderTransactionForms(QSize size) {
+  const auto sizeName = QStringLiteral("-%1x%2").arg(size.width()).arg(size.height());
+  window_.setFixedSize(size);
+  renderTransactionModes(sizeName);
+  renderBulkForm(sizeName);
+  window_.setFixedSize(size_);
+}
+
+/// The form for a transaction in each of its modes, with figures, and with what can be wrong.
+void ScreenRenderer::renderTransactionModes(const QString& sizeName) {
   PortfolioViewController& portfolio =
       *window_.workspaceView().controller().portfolioViewController;
   portfolio.createTransactionAction();
-  if (auto* sheet = qobject_cast<EditTransactionDialog*>(openDialog(window_))) {
-    for (const TransactionModeEntry& entry :
-         EditTransactionViewController::transactionModeEntries()) {
-      if (!entry.title.empty()) {
-        fillIn(sheet->form(), entry.mode);
-        write(QStringLiteral("form-transaction-") + slug(qtText(entry.title)));
-      }
-    }
-    sheet->form().chooseMode(TransactionMode::buy);
-    sheet->form().chooseEquity(nullptr);
-    sheet->form().typeInto(sheet->form().totalAmountField, "a lot");
-    sheet->form().changeTransactionDate([](DateEntry& date) { date.setText("0000-12-31"); });
-    write(QStringLiteral("form-transaction-with-mistakes"));
-    sheet->reject();
+  auto* sheet = qobject_cast<EditTransactionDialog*>(openDialog(window_));
+  if (sheet == nullptr) {
+    return;
   }
+  EditTransactionViewController& form = sheet->form();
+  const auto writeForm = [&](const QString& name) {
+    write(QStringLiteral("form-transaction-") + name + sizeName);
+  };
+  for (const TransactionModeEntry& entry :
+       EditTransactionViewController::transactionModeEntries()) {
+    if (!entry.title.empty()) {
+      fillIn(form, entry.mode);
+      writeForm(slug(qtText(entry.title)));
+    }
+  }
+  fillIn(form, TransactionMode::sell);
+  form.typeInto(form.exchangeRateField, "1.2345");
+  form.setNote("At the rate of the bank");
+  form.toggleNote();
+  writeForm(QStringLiteral("to-be-rounded"));
+  form.chooseMode(TransactionMode::buy);
+  form.chooseEquity(nullptr);
+  form.typeInto(form.totalAmountField, "a lot");
+  form.changeTransactionDate([](DateEntry& date) { date.setText("0000-12-31"); });
+  writeForm(QStringLiteral("with-mistakes"));
+  sheet->reject();
+}
+
+void ScreenRenderer::renderBulkForm(const QString& sizeName) {
+  PortfolioViewController& portfolio =
+      *window_.workspaceView().controller().portfolioViewController;
   QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
   const int shownBefore = tabs.currentIndex();
-  tabs.setCurrentIndex(static_cast<int>(PortfolioViewController::transactionsTabIndex));
+  tabs.setCurrentIndex(static_cast<int>(portfolio.indexOf(*portfolio.transactions)));
   PortfolioTransactionsViewController& transactions = *portfolio.transactions;
   const auto selectedBefore = transactions.selectedRows();
   if (transactions.numberOfRows() > 1) {
     transactions.setSelectedRows({0, 1});
     transactions.modifyTransactionAction();
     if (QDialog* sheet = openDialog(window_)) {
-      write(QStringLiteral("form-bulk-transactions"));
+      write(QStringLiteral("form-bulk-transactions") + sizeName);
       sheet->reject();
     }
     transactions.setSelectedRows(selectedBefore);

@@ -3,6 +3,7 @@
 
 #include <QSize>
 #include <QString>
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <vector>
@@ -17,6 +18,8 @@ class MainWindow;
 class ScreenRenderer {
  public:
   static constexpr QSize pictureSize{1280, 800};
+  /// A small window and a common one, in which the forms for transactions are shown.
+  static constexpr std::array<QSize, 2> formSizes{QSize(1000, 640), QSize(1440, 900)};
   /// How long a screen may wait for its prices.
   static constexpr int deadlineMilliseconds = 60'000;
 
@@ -37,7 +40,10 @@ class ScreenRenderer {
   void renderEquities();
   void renderScenarios(const QString& name);
   void renderForms();
-  void renderTransactionForms();
+  /// All forms for transactions in a window of `size`, which the names of their pictures tell.
+  void renderTransactionForms(QSize size);
+  void renderTransactionModes(const QString& sizeName);
+  void renderBulkForm(const QString& sizeName);
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);
   /// As write(), of what is there at this moment.

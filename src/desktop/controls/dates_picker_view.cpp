@@ -12,6 +12,7 @@
 #include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "platform/text/formats/date_formatter.h"
 
 namespace corvane::desktop {
 namespace {
@@ -24,6 +25,27 @@ YearMonthDay yearMonthDay(const QDate& date) {
   return {date.year(), date.month(), date.day()};
 }
 
+/// As tables and forms write days, in Qt's letters: a pattern of Unicode has one letter for a year
+/// of four digits, and another one for a month that stands alone.
+QString dayFormat() {
+  const QString pattern =
+      qtText(DateFormatter{.dateStyle = DateFormatter::Style::mediumStyle}.pattern());
+  QString format;
+  bool isQuoted = false;
+  for (qsizetype i = 0; i < pattern.size(); ++i) {
+    isQuoted = isQuoted != (pattern[i] == QLatin1Char('\''));
+    if (!isQuoted && pattern[i] == QLatin1Char('y')) {
+      while (i + 1 < pattern.size() && pattern[i + 1] == QLatin1Char('y')) {
+        ++i;
+      }
+      format += QStringLiteral("yyyy");
+    } else {
+      format += !isQuoted && pattern[i] == QLatin1Char('L') ? QLatin1Char('M') : pattern[i];
+    }
+  }
+  return format;
+}
+
 QDateEdit* makeDateEdit(const QString& accessibleName) {
   auto* edit = new QDateEdit;
   edit->setCalendarPopup(true);
@@ -32,9 +54,7 @@ QDateEdit* makeDateEdit(const QString& accessibleName) {
   new WindowShortcuts(*edit);
   edit->setAccessibleName(accessibleName);
   edit->setToolTip(accessibleName);
-  edit->setDisplayFormat(QLocale().dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
-                             ? QLocale().dateFormat(QLocale::ShortFormat)
-                             : QStringLiteral("yyyy-MM-dd"));
+  edit->setDisplayFormat(dayFormat());
   return edit;
 }
 

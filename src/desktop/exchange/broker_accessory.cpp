@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <QWidget>
 
+#include "desktop/look/check_mark.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "exchange/exports/portfolio_exporter_accessory_view_controller.h"
@@ -45,10 +46,16 @@ class TransactionsAccessory : public QWidget {
     form->addRow(QStringLiteral("Dates:"), dates);
     form->addRow(QStringLiteral("&Currency where none is named:"), currency_);
 
-    connect(automatic_, &QRadioButton::clicked, this,
-            [this] { controller_->chooseAutomaticDateFormat(); });
-    connect(custom_, &QRadioButton::clicked, this,
-            [this] { controller_->chooseCustomDateFormat(); });
+    connect(automatic_, &QRadioButton::toggled, this, [this](bool isOn) {
+      if (isOn) {
+        controller_->chooseAutomaticDateFormat();
+      }
+    });
+    connect(custom_, &QRadioButton::toggled, this, [this](bool isOn) {
+      if (isOn) {
+        controller_->chooseCustomDateFormat();
+      }
+    });
     connect(format_, &QLineEdit::textEdited, this,
             [this](const QString& text) { controller_->setDateFormatString(utf8Text(text)); });
     connect(currency_, &QComboBox::activated, this, [this](int index) {
@@ -60,8 +67,8 @@ class TransactionsAccessory : public QWidget {
 
  private:
   void update() {
-    automatic_->setChecked(controller_->dateFormatAutomaticButton.isOn);
-    custom_->setChecked(controller_->dateFormatCustomButton.isOn);
+    showChecked(*automatic_, controller_->dateFormatAutomaticButton.isOn);
+    showChecked(*custom_, controller_->dateFormatCustomButton.isOn);
     if (const QString text = qtText(controller_->dateFormatCustomTextField.text);
         format_->text() != text) {
       format_->setText(text);
@@ -111,17 +118,23 @@ class ExporterAccessory : public QWidget {
     form->addRow(QStringLiteral("Dates:"), dates);
     form->addRow(QStringLiteral("Amounts:"), amounts);
 
-    connect(standard_, &QRadioButton::clicked, this,
-            [this] { controller_->chooseDefaultDateFormat(); });
-    connect(custom_, &QRadioButton::clicked, this,
-            [this] { controller_->chooseCustomDateFormat(); });
+    connect(standard_, &QRadioButton::toggled, this, [this](bool isOn) {
+      if (isOn) {
+        controller_->chooseDefaultDateFormat();
+      }
+    });
+    connect(custom_, &QRadioButton::toggled, this, [this](bool isOn) {
+      if (isOn) {
+        controller_->chooseCustomDateFormat();
+      }
+    });
     connect(format_, &QLineEdit::textEdited, this,
             [this](const QString& text) { controller_->setDateFormatString(utf8Text(text)); });
-    connect(accounting_, &QCheckBox::clicked, this,
+    connect(accounting_, &QCheckBox::toggled, this,
             [this](bool isOn) { controller_->setAccountingStyle(isOn); });
-    connect(thousands_, &QCheckBox::clicked, this,
+    connect(thousands_, &QCheckBox::toggled, this,
             [this](bool isOn) { controller_->setThousandSeparator(isOn); });
-    connect(symbol_, &QCheckBox::clicked, this,
+    connect(symbol_, &QCheckBox::toggled, this,
             [this](bool isOn) { controller_->setCurrencySymbol(isOn); });
     changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
     update();
@@ -129,16 +142,16 @@ class ExporterAccessory : public QWidget {
 
  private:
   void update() {
-    standard_->setChecked(controller_->dateFormatDefaultButton.isOn);
-    custom_->setChecked(controller_->dateFormatCustomButton.isOn);
+    showChecked(*standard_, controller_->dateFormatDefaultButton.isOn);
+    showChecked(*custom_, controller_->dateFormatCustomButton.isOn);
     if (const QString text = qtText(controller_->dateFormatCustomTextField.text);
         format_->text() != text) {
       format_->setText(text);
     }
     format_->setEnabled(controller_->dateFormatCustomTextField.isEnabled);
-    accounting_->setChecked(controller_->accountingStyleCheckboxButton.isOn);
-    thousands_->setChecked(controller_->thousandSeparatorCheckboxButton.isOn);
-    symbol_->setChecked(controller_->currencySymbolCheckboxButton.isOn);
+    showChecked(*accounting_, controller_->accountingStyleCheckboxButton.isOn);
+    showChecked(*thousands_, controller_->thousandSeparatorCheckboxButton.isOn);
+    showChecked(*symbol_, controller_->currencySymbolCheckboxButton.isOn);
   }
 
   std::shared_ptr<Settings> controller_;

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include "desktop/look/check_mark.h"
 #include "desktop/look/theme.h"
 
 namespace corvane::desktop {
@@ -30,9 +31,17 @@ ExportSaveAccessory::ExportSaveAccessory(
   row->addStretch(1);
   row->addWidget(fields);
 
-  connect(commas_, &QRadioButton::clicked, this, [this] { controller_->delimitByCommas(); });
-  connect(tabs_, &QRadioButton::clicked, this, [this] { controller_->delimitByTabs(); });
-  connect(header_, &QCheckBox::clicked, this,
+  connect(commas_, &QRadioButton::toggled, this, [this](bool isOn) {
+    if (isOn) {
+      controller_->delimitByCommas();
+    }
+  });
+  connect(tabs_, &QRadioButton::toggled, this, [this](bool isOn) {
+    if (isOn) {
+      controller_->delimitByTabs();
+    }
+  });
+  connect(header_, &QCheckBox::toggled, this,
           [this](bool isOn) { controller_->setIncludesHeaderRow(isOn); });
   connect(fields, &QPushButton::clicked, this, [this] { controller_->configureFields(); });
   changes_ = subscribe(controller_->viewDidUpdate, [this] { update(); });
@@ -40,9 +49,9 @@ ExportSaveAccessory::ExportSaveAccessory(
 }
 
 void ExportSaveAccessory::update() {
-  commas_->setChecked(controller_->delimitByCommasButton.isOn);
-  tabs_->setChecked(controller_->delimitByTabsButton.isOn);
-  header_->setChecked(controller_->headerRowCheckboxButton.isOn);
+  showChecked(*commas_, controller_->delimitByCommasButton.isOn);
+  showChecked(*tabs_, controller_->delimitByTabsButton.isOn);
+  showChecked(*header_, controller_->headerRowCheckboxButton.isOn);
 }
 
 }  // namespace corvane::desktop

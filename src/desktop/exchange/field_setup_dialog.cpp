@@ -14,6 +14,7 @@
 #include <algorithm>
 
 #include "desktop/exchange/broker_accessory.h"
+#include "desktop/look/check_mark.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
 #include "desktop/look/theme.h"
@@ -186,7 +187,7 @@ FieldSetupDialog::FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewCon
     }
     setup_->setSelectedRows(std::move(rows));
   });
-  connect(header_, &QCheckBox::clicked, this,
+  connect(header_, &QCheckBox::toggled, this,
           [this](bool isOn) { setup_->setIncludesHeaderRow(isOn); });
   connect(add_, &QPushButton::clicked, this, [this] { setup_->addField(); });
   connect(remove_, &QPushButton::clicked, this, [this] { setup_->removeSelectedFields(); });
@@ -297,7 +298,7 @@ void FieldSetupDialog::update() {
 
   const auto header = setup_->importHasHeaderRowCheckboxButton();
   header_->setVisible(!header.isHidden);
-  header_->setChecked(header.isOn);
+  showChecked(*header_, header.isOn);
   header_->setText(qtText(header.title));
   const auto show = [](QPushButton* button, const Button& state) {
     button->setVisible(!state.isHidden);

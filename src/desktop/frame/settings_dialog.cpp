@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "desktop/look/check_mark.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -66,7 +67,7 @@ SettingsDialog::SettingsDialog(AppDelegate& application, UserDefaults& defaults,
         std::pair{fetchedRows_, &SettingsViewController::setFetchedRows},
         std::pair{confirmQuit_, &SettingsViewController::setConfirmQuit},
         std::pair{diagnosticTools_, &SettingsViewController::setDiagnosticTools}}) {
-    connect(box, &QCheckBox::clicked, this,
+    connect(box, &QCheckBox::toggled, this,
             [this, perform = set](bool isOn) { (controller_.*perform)(isOn); });
   }
   connect(priceAdjustment_, &QComboBox::activated, this, [this](int index) {
@@ -147,10 +148,10 @@ void SettingsDialog::layOut() {
 }
 
 void SettingsDialog::showState() {
-  localTimeZone_->setChecked(controller_.localTimeZoneButton.isOn);
-  fetchedRows_->setChecked(controller_.fetchedRowsButton.isOn);
-  confirmQuit_->setChecked(controller_.confirmQuitButton.isOn);
-  diagnosticTools_->setChecked(controller_.diagnosticToolsButton.isOn);
+  showChecked(*localTimeZone_, controller_.localTimeZoneButton.isOn);
+  showChecked(*fetchedRows_, controller_.fetchedRowsButton.isOn);
+  showChecked(*confirmQuit_, controller_.confirmQuitButton.isOn);
+  showChecked(*diagnosticTools_, controller_.diagnosticToolsButton.isOn);
   priceAdjustment_->setCurrentIndex(
       static_cast<int>(controller_.priceAdjustmentPopUpButton.selectedIndex.value_or(0)));
   if (const QString text = qtText(controller_.serviceField.text); service_->text() != text) {

@@ -10,6 +10,7 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <map>
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
@@ -54,9 +55,13 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   tabs_->setDocumentMode(true);
   tabs_->tabBar()->setDrawBase(false);
   tabs_->setAccessibleName(QStringLiteral("Holdings, transactions and gains"));
-  tabs_->addTab(new HoldingsTab(controller_->holdings), QStringLiteral("Holdings"));
-  tabs_->addTab(transactions_, QStringLiteral("Transactions"));
-  tabs_->addTab(new GainsTab(controller_->gains), QStringLiteral("Gains"));
+  const std::map<const PortfolioTab*, QWidget*> views = {
+      {controller_->holdings.get(), new HoldingsTab(controller_->holdings)},
+      {controller_->transactions.get(), transactions_},
+      {controller_->gains.get(), new GainsTab(controller_->gains)}};
+  for (const PortfolioTab* tab : controller_->tabs) {
+    tabs_->addTab(views.at(tab), qtText(tab->tabTitle()));
+  }
   tabs_->setCurrentIndex(static_cast<int>(controller_->selectedTabIndex()));
 
   auto* split = new QSplitter(Qt::Vertical);
@@ -142,7 +147,7 @@ QWidget* PortfolioView::makeSelectors() {
 }
 
 void PortfolioView::update() {
-  const PortfolioViewController::Heading& heading = controller_->heading();
+  const PortfolioHeading& heading = controller_->heading();
   name_->setText(qtText(heading.name));
   value_->setText(qtText(heading.value));
   summary_->setAttributedText(heading.summary);
@@ -158,14 +163,14 @@ void PortfolioView::update() {
 void PortfolioView::updateAssets() {
   const QSignalBlocker block(asset_);
   asset_->clear();
-  for (const auto& item : controller_->assetMenu()) {
+  for (const auto& item : controller_->assetMenu().items()) {
     if (item.isSeparator) {
       asset_->insertSeparator(asset_->count());
     } else {
       asset_->addItem(qtText(item.title));
     }
   }
-  asset_->setCurrentIndex(static_cast<int>(controller_->selectedAssetIndex()));
+  asset_->setCurrentIndex(static_cast<int>(controller_->assetMenu().selectedIndex()));
 }
 
 void PortfolioView::perform(const PortfolioViewController::Segue& segue) {

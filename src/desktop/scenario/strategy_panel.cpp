@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/look/attributed_text_view.h"
+#include "desktop/look/check_mark.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -106,10 +107,10 @@ QCheckBox* StrategyPanel::addCheckBox(QGridLayout& grid, CheckBox& box,
   control->setAccessibleName(accessibleName);
   const bool isHeading = &box == &controller_.isStopLossActiveCheckbox;
   grid.addWidget(control, grid.rowCount(), isHeading ? 0 : 1, 1, isHeading ? 2 : 1);
-  connect(control, &QCheckBox::clicked, this,
+  connect(control, &QCheckBox::toggled, this,
           [this, &box](bool isOn) { controller_.toggle(box, isOn); });
   updates_.emplace_back([&box, control] {
-    control->setChecked(box.isOn);
+    showChecked(*control, box.isOn);
     control->setEnabled(box.isEnabled);
   });
   return control;

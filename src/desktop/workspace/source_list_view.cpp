@@ -79,9 +79,8 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
     watchlistView_->addAction(action);
   }
   newPortfolio_->setAccessibleName(QStringLiteral("New portfolio"));
-  newPortfolio_->setFlat(true);
   newPortfolio_->setMaximumWidth(
-      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::narrow);
+      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::medium);
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::medium, 0, 0);
@@ -140,7 +139,7 @@ void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* b
   label->setFont(font);
   label->setForegroundRole(QPalette::PlaceholderText);
   auto* row = new QHBoxLayout;
-  row->setContentsMargins(spacing::wide, 0, spacing::narrow, 0);
+  row->setContentsMargins(spacing::wide, 0, spacing::wide, 0);
   row->addWidget(label, 1);
   if (button != nullptr) {
     row->addWidget(button);

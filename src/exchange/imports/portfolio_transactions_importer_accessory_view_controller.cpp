@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "core/market/portfolio_asset.h"
 #include "core/money/currency.h"
-#include "platform/text/unicode/locale.h"
 
 namespace corvane {
 
@@ -12,11 +12,10 @@ using Accessory = PortfolioTransactionsImporterAccessoryViewController;
 Accessory::PortfolioTransactionsImporterAccessoryViewController(
     std::weak_ptr<PortfolioTransactionsImporter> importer)
     : importer_(std::move(importer)) {
-  const Locale locale = Locale::current();
   // The table is sorted by code.
   for (const auto& [code, currency] : Currency::byCode()) {
-    const auto name = locale.localizedCurrencyName(code);
-    defaultCurrencyPopUpButton.items.push_back({name ? code + " · " + *name : code, code});
+    defaultCurrencyPopUpButton.items.push_back(
+        {PortfolioAsset(currency).title().plainText(), code});
   }
   defaultCurrencyPopUpButton.selectedIndex = 0;
   if (const auto owner = importer_.lock()) {

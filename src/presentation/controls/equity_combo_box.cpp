@@ -184,6 +184,11 @@ std::optional<std::string> EquityComboBox::message() const {
   return onlyRowText();
 }
 
+bool EquityComboBox::isSelectionNominal() const {
+  return selectedEquity_ != nullptr && !selectedEquity_->isAuthoritative &&
+         selectedEquity_ == equityComboBoxDataSource->nominalEquity();
+}
+
 std::size_t EquityComboBox::numberOfRows() const {
   return showsSearching() ? 1
                           : std::max<std::size_t>(1, equityComboBoxDataSource->equities().size());

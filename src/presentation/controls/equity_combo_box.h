@@ -74,6 +74,9 @@ class EquityComboBoxDataSource : public std::enable_shared_from_this<EquityCombo
   /// The equity of the result that the text means beyond doubt: one whose symbol it is, or the
   /// nominal one where nothing else was found. Null without one.
   [[nodiscard]] EquityPointer exactMatch() const;
+  /// The equity that the last search has offered though the provider does not know it; null for
+  /// none.
+  [[nodiscard]] const EquityPointer& nominalEquity() const { return nominalEquity_; }
 
  private:
   void search();
@@ -123,6 +126,9 @@ class EquityComboBox {
   /// Why the text stands for no equity: that nothing was found, or the error of the search. None
   /// while the user has yet to choose or a search to answer, and where one was chosen.
   [[nodiscard]] std::optional<std::string> message() const;
+
+  /// Whether the selected equity is one that was offered though the provider does not know it.
+  [[nodiscard]] bool isSelectionNominal() const;
 
   [[nodiscard]] bool isPopupOpen() const { return isPopupOpen_; }
   /// Whether a search is under way, for a sign beside the text.

@@ -1,6 +1,7 @@
 // A table as a screen fills it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -19,6 +20,23 @@ struct TableColumn {
   bool isNumeric = false;       ///< right-aligned, digits of one width
   bool isHidden = false;
 };
+
+/// A column of a table with what stands in it, for rows that are told by a `Row`.
+template <typename Row>
+struct ColumnOf {
+  TableColumn column;
+  AttributedText (*cell)(const Row&);
+};
+
+/// The columns alone, for TableModel::columns().
+template <typename Row, std::size_t count>
+[[nodiscard]] std::vector<TableColumn> columnsOf(const std::array<ColumnOf<Row>, count>& table) {
+  std::vector<TableColumn> columns;
+  for (const ColumnOf<Row>& each : table) {
+    columns.push_back(each.column);
+  }
+  return columns;
+}
 
 /// Rows and columns of text, made when they are asked for: a view asks for the cells that it shows,
 /// so that a table opens at once however many rows it has. Main queue only.

@@ -19,7 +19,7 @@ struct PaletteRank {
 };
 
 std::string equityTitle(const EquityInfo& equity) {
-  return equity.name && !equity.name->empty() ? equity.symbol + " · " + *equity.name
+  return equity.name && !equity.name->empty() ? equity.symbol + " — " + *equity.name
                                               : equity.symbol;
 }
 

@@ -4,32 +4,14 @@
 #include <numeric>
 #include <utility>
 
-#include "core/market/price_adjuster.h"
-#include "presentation/frame/price_status_text.h"
+#include "presentation/source/price_status_text.h"
 
 namespace corvane {
 namespace {
 
-/// "Watch “ABC”"
-std::string named(const std::string& verb, const EquityInfo& equity) {
-  return verb + " “" + equity.symbol + "”";
-}
-
-/// The same for one of `equities`, or their number.
-std::string named(const std::string& verb, const std::vector<EquityPointer>& equities) {
-  return equities.size() == 1 ? named(verb, *equities.front())
-                              : verb + " " + std::to_string(equities.size()) + " Symbols";
-}
-
 template <typename Value>
 bool contains(const std::vector<Value>& values, const Value& value) {
   return std::ranges::find(values, value) != values.end();
-}
-
-void normalise(std::vector<std::size_t>& rows) {
-  std::ranges::sort(rows);
-  const auto repeated = std::ranges::unique(rows);
-  rows.erase(repeated.begin(), repeated.end());
 }
 
 }  // namespace
@@ -55,6 +37,11 @@ MasterSourceViewController::MasterSourceViewController(Passkey /*passkey*/,
 }
 
 void MasterSourceViewController::observe() {
+  thumbnails_->changeHandler = [self = weak_from_this()](const EquityPointer& equity) {
+    if (const auto living = self.lock()) {
+      living->thumbnailDidChange(equity);
+    }
+  };
   using Self = MasterSourceViewController;
   observe(WatchlistManager::didRefreshWatchlistEquities,
           [](Self& living, const EquitySet& equities) { living.reloadEquities(equities); });
@@ -103,12 +90,11 @@ void MasterSourceViewController::observe(const Topic<Payload>& topic, Handler ha
 
 void MasterSourceViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
   documentModel_ = std::move(model);
-  selectedWatchlistRows_.clear();
-  selectedPortfolioRow_.reset();
-  thumbnails_.clear();
+  selection_.clear();
+  thumbnails_->clear();
   takeQuoteProvider();
   equityComboBox.setSelectedEquity(nullptr);
-  fetchDueThumbnails();
+  thumbnails_->follow(watchlist());
   changeHandler({.watchlistRowsChanged = true, .portfolioRowsChanged = true});
   setDetailObject(std::monostate{});
 }
@@ -125,11 +111,8 @@ std::size_t MasterSourceViewController::numberOfWatchlistRows() const {
 }
 
 EquitySourceRow MasterSourceViewController::watchlistRow(std::size_t index) const {
-  static const auto noThumbnail =
-      std::make_shared<const QuoteChartView>(QuoteChartView::Mode::thumbnail);
   const EquityPointer& equity = documentModel_.lock()->watchlistEquities.at(index);
-  const auto found = thumbnails_.find(equity);
-  return equitySourceRow(equity, found == thumbnails_.end() ? noThumbnail : found->second.chart);
+  return equitySourceRow(equity, thumbnails_->chart(equity));
 }
 
 std::size_t MasterSourceViewController::numberOfPortfolioRows() const {
@@ -141,30 +124,24 @@ PortfolioSourceRow MasterSourceViewController::portfolioRow(std::size_t index) c
 }
 
 void MasterSourceViewController::selectWatchlistRows(std::vector<std::size_t> rows) {
-  normalise(rows);
-  if (rows == selectedWatchlistRows_) {
+  if (!selection_.selectWatchlistRows(std::move(rows))) {
     return;
   }
-  selectedWatchlistRows_ = std::move(rows);
-  if (!selectedWatchlistRows_.empty()) {
-    selectedPortfolioRow_.reset();
-  }
   changeHandler({});
-  if (selectedWatchlistRows_.size() == 1) {
-    setDetailObject(watchlist().at(selectedWatchlistRows_.front()));
+  if (selectedWatchlistRows().size() == 1) {
+    setDetailObject(watchlist().at(selectedWatchlistRows().front()));
   }
 }
 
 void MasterSourceViewController::selectPortfolioRow(std::optional<std::size_t> row) {
-  if (row == selectedPortfolioRow_) {
+  if (row == selectedPortfolioRow()) {
     return;
   }
   if (!row) {
     changeHandler({});  // for the table to show again what stays selected
     return;
   }
-  selectedPortfolioRow_ = row;
-  selectedWatchlistRows_.clear();
+  selection_.selectPortfolioRow(*row);
   changeHandler({});
   setDetailObject(portfolios().at(*row));
 }
@@ -188,65 +165,36 @@ void MasterSourceViewController::addToWatchlistAction() {
 }
 
 bool MasterSourceViewController::watches(const EquityInfo& equity) const {
-  return std::ranges::any_of(
-      watchlist(), [&](const EquityPointer& watched) { return watched->symbol == equity.symbol; });
+  return corvane::watches(watchlist(), equity);
 }
 
 void MasterSourceViewController::addToWatchlist(const EquityPointer& equity) {
-  if (watches(*equity)) {
-    return;
-  }
-  std::vector<EquityPointer> equities = watchlist();
-  equities.push_back(equity);
-  editWatchlist(std::move(equities), named("Watch", *equity));
-  if (currentDetailObject_ == DetailObject(equity)) {
+  if (carryOut(watch(watchlist(), equity)) && currentDetailObject_ == DetailObject(equity)) {
     selectRowOfDetailObject();
     changeHandler({});
   }
 }
 
 void MasterSourceViewController::removeSelectedAction() {
-  std::vector<EquityPointer> kept;
-  std::vector<EquityPointer> removed;
-  const std::vector<EquityPointer> equities = watchlist();
-  for (std::size_t i = 0; i < equities.size(); ++i) {
-    (contains(selectedWatchlistRows_, i) ? removed : kept).push_back(equities[i]);
-  }
-  if (!removed.empty()) {
-    editWatchlist(std::move(kept), named("Unwatch", removed));
-    selectedWatchlistRows_.clear();
-    changeHandler({});
-  }
+  carryOut(unwatch(watchlist(), selectedWatchlistRows()));
 }
 
-void MasterSourceViewController::moveWatchlistRows(std::vector<std::size_t> rows, std::size_t row) {
-  normalise(rows);
-  const std::vector<EquityPointer> equities = watchlist();
-  std::vector<EquityPointer> moved;
-  std::vector<EquityPointer> before;
-  std::vector<EquityPointer> behind;
-  for (std::size_t i = 0; i < equities.size(); ++i) {
-    const bool isMoved = contains(rows, i);
-    (isMoved ? moved : i < row ? before : behind).push_back(equities[i]);
-  }
-  std::vector<EquityPointer> ordered = std::move(before);
-  ordered.insert(ordered.end(), moved.begin(), moved.end());
-  ordered.insert(ordered.end(), behind.begin(), behind.end());
-  if (ordered != equities) {
-    editWatchlist(std::move(ordered), named("Move", moved));
-  }
+void MasterSourceViewController::moveWatchlistRows(const std::vector<std::size_t>& rows,
+                                                   std::size_t row) {
+  carryOut(moveWatched(watchlist(), rows, row));
 }
 
 void MasterSourceViewController::moveSelectionUp() {
-  if (!selectedWatchlistRows_.empty() && selectedWatchlistRows_.front() > 0) {
-    moveWatchlistRows(selectedWatchlistRows_, selectedWatchlistRows_.front() - 1);
+  const auto& rows = selectedWatchlistRows();
+  if (!rows.empty() && rows.front() > 0) {
+    moveWatchlistRows(rows, rows.front() - 1);
   }
 }
 
 void MasterSourceViewController::moveSelectionDown() {
-  if (!selectedWatchlistRows_.empty() &&
-      selectedWatchlistRows_.back() + 1 < numberOfWatchlistRows()) {
-    moveWatchlistRows(selectedWatchlistRows_, selectedWatchlistRows_.back() + 2);
+  const auto& rows = selectedWatchlistRows();
+  if (!rows.empty() && rows.back() + 1 < numberOfWatchlistRows()) {
+    moveWatchlistRows(rows, rows.back() + 2);
   }
 }
 
@@ -265,7 +213,7 @@ void MasterSourceViewController::reloadEquities(const EquitySet& equities) {
       update.reloadedWatchlistRows.push_back(i);
     }
   }
-  fetchDueThumbnails();
+  thumbnails_->follow(watchlist());
   changeHandler(update);
 }
 
@@ -277,7 +225,7 @@ void MasterSourceViewController::portfoliosDidRefresh(
   update.reloadedWatchlistRows.resize(numberOfWatchlistRows());
   std::iota(update.reloadedWatchlistRows.begin(), update.reloadedWatchlistRows.end(),
             std::size_t{0});
-  fetchDueThumbnails();
+  thumbnails_->follow(watchlist());
   changeHandler(update);
 }
 
@@ -294,85 +242,28 @@ std::vector<std::size_t> MasterSourceViewController::rowsOf(
   return indexes;
 }
 
-MasterSourceViewController::Thumbnail& MasterSourceViewController::thumbnailOf(
-    const EquityPointer& equity) {
-  Thumbnail& thumbnail = thumbnails_[equity];
-  if (thumbnail.chart == nullptr) {
-    thumbnail.chart = std::make_shared<QuoteChartView>(QuoteChartView::Mode::thumbnail);
-  }
-  return thumbnail;
-}
-
-void MasterSourceViewController::fetchThumbnail(const EquityPointer& equity) {
-  const auto provider = equity->quoteProvider.lock();
-  // Before the first refresh its currency is not known, and no price would be taken.
-  if (provider == nullptr || !equity->isAuthoritative) {
-    return;
-  }
-  Thumbnail& thumbnail = thumbnailOf(equity);
-  thumbnail.session = equity->recentTradingPeriod;
-  thumbnail.latest = equity->recentDate;
-  const QuoteQuery query = QuoteQuery::currentPeriod(equity, true);
-  provider->fetchQuotes(query, std::make_shared<PriceAdjuster>(provider),
-                        [self = weak_from_this(), query](Result<QuoteFetchResult> result) {
-                          DispatchQueue::main()->async([self, query, result = std::move(result)] {
-                            if (const auto living = self.lock()) {
-                              living->thumbnailFetchDidEnd(query, result);
-                            }
-                          });
-                        });
-}
-
-/// A session that could not be had leaves the row without a chart: its price says what is known,
-/// and the next refresh tries again.
-void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
-                                                      const Result<QuoteFetchResult>& result) {
+void MasterSourceViewController::thumbnailDidChange(const EquityPointer& equity) {
   const std::vector<EquityPointer> rows = watchlist();
-  const auto row = std::ranges::find_if(
-      rows, [&](const EquityPointer& equity) { return *equity == *query.equity; });
-  if (row == rows.end()) {
-    return;
-  }
-  Thumbnail& thumbnail = thumbnailOf(query.equity);
-  QuoteChartView& chart = *thumbnail.chart;
-  if (!result) {
-    thumbnail.latest = Date::distantPast();
-  }
-  if (result && result->quotes && !query.dateRange.isEmpty()) {
-    chart.setQuotes(*result->quotes, query);
-  } else {
-    chart.clear();
-  }
-  changeHandler({.reloadedWatchlistRows = {static_cast<std::size_t>(row - rows.begin())}});
-}
-
-/// Whether the session of `equity` has not been asked for, or goes on: after its close nothing can
-/// have changed.
-bool MasterSourceViewController::isThumbnailDue(const EquityPointer& equity) const {
-  const auto found = thumbnails_.find(equity);
-  return found == thumbnails_.end() || found->second.session != equity->recentTradingPeriod ||
-         found->second.latest != equity->recentDate;
-}
-
-void MasterSourceViewController::fetchDueThumbnails() {
-  for (const EquityPointer& equity : watchlist()) {
-    if (isThumbnailDue(equity)) {
-      fetchThumbnail(equity);
-    }
+  const auto row = std::ranges::find(rows, equity);
+  if (row != rows.end()) {
+    changeHandler({.reloadedWatchlistRows = {static_cast<std::size_t>(row - rows.begin())}});
   }
 }
 
-void MasterSourceViewController::editWatchlist(std::vector<EquityPointer> equities,
-                                               const std::string& actionName) {
-  replaceWatchlist(std::move(equities));
+bool MasterSourceViewController::carryOut(std::optional<WatchlistEdit> edit) {
+  if (!edit) {
+    return false;
+  }
+  replaceWatchlist(std::move(edit->equities));
   if (surroundings_.undoManager != nullptr) {
-    surroundings_.undoManager->setActionName(actionName);
+    surroundings_.undoManager->setActionName(edit->actionName);
   } else {
     surroundings_.documentDidChange();
   }
+  return true;
 }
 
-/// Makes `equities` the watchlist, undoably. What was selected stays selected where it stays.
+/// Makes `equities` the watchlist, undoably.
 void MasterSourceViewController::replaceWatchlist(std::vector<EquityPointer> equities) {
   const auto model = documentModel_.lock();
   if (model == nullptr) {
@@ -380,24 +271,13 @@ void MasterSourceViewController::replaceWatchlist(std::vector<EquityPointer> equ
   }
   const std::vector<EquityPointer> former =
       std::exchange(model->watchlistEquities, std::move(equities));
-  std::vector<std::size_t> selection;
-  for (const std::size_t index : selectedWatchlistRows_) {
-    const auto found = std::ranges::find(model->watchlistEquities, former.at(index));
-    if (found != model->watchlistEquities.end()) {
-      selection.push_back(static_cast<std::size_t>(found - model->watchlistEquities.begin()));
-    }
-  }
-  normalise(selection);
-  selectedWatchlistRows_ = std::move(selection);
-  std::erase_if(thumbnails_, [&](const auto& entry) {
-    return !contains(model->watchlistEquities, entry.first);
-  });
+  selection_.follow(former, model->watchlistEquities);
   if (surroundings_.undoManager != nullptr) {
     surroundings_.undoManager->registerUndo(
         shared_from_this(),
         [former](MasterSourceViewController& list) { list.replaceWatchlist(former); });
   }
-  fetchDueThumbnails();
+  thumbnails_->follow(watchlist());
   changeHandler({.watchlistRowsChanged = true});
   watchlistChangedHandler();
 }
@@ -410,20 +290,7 @@ void MasterSourceViewController::setDetailObject(DetailObject object) {
 }
 
 void MasterSourceViewController::selectRowOfDetailObject() {
-  selectedWatchlistRows_.clear();
-  selectedPortfolioRow_.reset();
-  const auto indexOf = [](const auto& rows, const auto& object) -> std::optional<std::size_t> {
-    const auto found = std::ranges::find(rows, object);
-    return found == rows.end() ? std::nullopt
-                               : std::optional(static_cast<std::size_t>(found - rows.begin()));
-  };
-  if (const auto* equity = std::get_if<EquityPointer>(&currentDetailObject_)) {
-    if (const auto index = indexOf(watchlist(), *equity)) {
-      selectedWatchlistRows_ = {*index};
-    }
-  } else if (const auto* portfolio = std::get_if<PortfolioPointer>(&currentDetailObject_)) {
-    selectedPortfolioRow_ = indexOf(portfolios(), *portfolio);
-  }
+  selection_.select(currentDetailObject_, watchlist(), portfolios());
 }
 
 std::vector<EquityPointer> MasterSourceViewController::watchlist() const {

@@ -7,14 +7,15 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "platform/async/notification_center.h"
-#include "presentation/charts/quote_chart_view.h"
 #include "presentation/controls/equity_combo_box.h"
-#include "presentation/frame/source_rows.h"
 #include "presentation/screen/screen_surroundings.h"
+#include "presentation/source/source_rows.h"
+#include "presentation/source/source_selection.h"
+#include "presentation/source/watchlist_edit.h"
+#include "presentation/source/watchlist_thumbnails.h"
 #include "storage/application/watchlist_manager.h"
 #include "storage/workspace/workspace_model.h"
 
@@ -29,7 +30,7 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
 
  public:
   /// What the detail area shows.
-  using DetailObject = std::variant<std::monostate, EquityPointer, PortfolioPointer>;
+  using DetailObject = SourceObject;
 
   /// Rows whose texts or thumbnails have changed, or whole tables.
   struct Update {
@@ -77,10 +78,10 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   [[nodiscard]] PortfolioSourceRow portfolioRow(std::size_t index) const;
 
   [[nodiscard]] const std::vector<std::size_t>& selectedWatchlistRows() const {
-    return selectedWatchlistRows_;
+    return selection_.watchlistRows();
   }
   [[nodiscard]] std::optional<std::size_t> selectedPortfolioRow() const {
-    return selectedPortfolioRow_;
+    return selection_.portfolioRow();
   }
   /// What the user does. One selected row is shown; an empty selection of portfolios is not taken.
   void selectWatchlistRows(std::vector<std::size_t> rows);
@@ -98,10 +99,10 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   /// Whether the watchlist holds an equity with this symbol.
   [[nodiscard]] bool watches(const EquityInfo& equity) const;
   void addToWatchlist(const EquityPointer& equity);
-  [[nodiscard]] bool canRemove() const { return !selectedWatchlistRows_.empty(); }
+  [[nodiscard]] bool canRemove() const { return !selectedWatchlistRows().empty(); }
   void removeSelectedAction();
   /// Moves rows in front of `row`, or behind the last one where it is their number.
-  void moveWatchlistRows(std::vector<std::size_t> rows, std::size_t row);
+  void moveWatchlistRows(const std::vector<std::size_t>& rows, std::size_t row);
   /// Moves the selected rows by one place, as one block.
   void moveSelectionUp();
   void moveSelectionDown();
@@ -110,12 +111,6 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   void portfoliosDidChange();
 
  private:
-  struct Thumbnail {
-    std::shared_ptr<QuoteChartView> chart;
-    std::optional<DateRange> session;  ///< the one last asked for
-    std::optional<Date> latest;        ///< and up to when; the distant past where that failed
-  };
-
   void observe();
   [[nodiscard]] EquitySet refreshedEquities() const;
   template <typename Payload, typename Handler>
@@ -125,13 +120,10 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   void portfoliosDidRefresh(const std::vector<PortfolioPointer>& portfolios);
   [[nodiscard]] std::vector<std::size_t> rowsOf(
       const std::vector<PortfolioPointer>& portfolios) const;
-  [[nodiscard]] Thumbnail& thumbnailOf(const EquityPointer& equity);
-  void fetchThumbnail(const EquityPointer& equity);
-  void thumbnailFetchDidEnd(const QuoteQuery& query, const Result<QuoteFetchResult>& result);
-  [[nodiscard]] bool isThumbnailDue(const EquityPointer& equity) const;
-  void fetchDueThumbnails();
+  void thumbnailDidChange(const EquityPointer& equity);
   void replaceWatchlist(std::vector<EquityPointer> equities);
-  void editWatchlist(std::vector<EquityPointer> equities, const std::string& actionName);
+  /// Whether there was an edit to carry out.
+  bool carryOut(std::optional<WatchlistEdit> edit);
   void setDetailObject(DetailObject object);
   void selectRowOfDetailObject();
   [[nodiscard]] std::vector<EquityPointer> watchlist() const;
@@ -141,9 +133,8 @@ class MasterSourceViewController : public std::enable_shared_from_this<MasterSou
   std::weak_ptr<WorkspaceModel> documentModel_;
   DetailObject currentDetailObject_;
   WatchlistManager::Status refreshStatus_;
-  std::vector<std::size_t> selectedWatchlistRows_;
-  std::optional<std::size_t> selectedPortfolioRow_;
-  EquityMap<Thumbnail> thumbnails_;  ///< of the equities of the watchlist
+  SourceSelection selection_;
+  const std::shared_ptr<WatchlistThumbnails> thumbnails_ = std::make_shared<WatchlistThumbnails>();
   std::vector<Subscription> observations_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/market/portfolio_asset.h"
 #include "ledger/manager/portfolio_property_changer.h"
 #include "platform/fatal_error.h"
 #include "platform/overloaded.h"
@@ -66,15 +67,13 @@ void EditPortfolioViewController::loadCurrencies() {
   currencies_.clear();
   currencyPopUpButton.items.clear();
   currencyPopUpButton.selectedIndex = 0;
-  const Locale locale = Locale::current();
   for (const auto& [code, currency] : Currency::byCode()) {
     currencies_.push_back(currency);
   }
   std::ranges::sort(currencies_, {},
                     [](const Currency& currency) { return std::string_view(currency.code); });
   for (const Currency& currency : currencies_) {
-    const std::string name = locale.localizedCurrencyName(currency.code).value_or("");
-    currencyPopUpButton.items.push_back({std::string(currency.code) + " · " + name, currency});
+    currencyPopUpButton.items.push_back({PortfolioAsset(currency).title().plainText(), currency});
   }
 }
 

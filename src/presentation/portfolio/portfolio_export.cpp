@@ -2,9 +2,7 @@
 
 #include <utility>
 
-#include "exchange/exports/portfolio_gain_loss_exporter.h"
-#include "exchange/exports/portfolio_holdings_exporter.h"
-#include "exchange/exports/portfolio_transactions_exporter.h"
+#include "exchange/exports/portfolio_exporter.h"
 
 namespace corvane {
 
@@ -33,31 +31,13 @@ void PortfolioExport::exportAction() {
     return;
   }
   // Held here too: with nothing to export the completion runs at once.
-  const auto controller = ExportController::make(makeExporter());
+  const auto controller = ExportController::make(screen_.lock()->selectedTab().makeExporter());
   importExportController_ = controller;
   controller->beginExport(window_, [weakSelf = weak_from_this()](bool /*hasEnded*/) {
     if (const auto self = weakSelf.lock()) {
       self->importExportController_ = nullptr;
     }
   });
-}
-
-std::shared_ptr<PortfolioExporter> PortfolioExport::makeExporter() const {
-  const auto screen = screen_.lock();
-  switch (screen->selectedTabIndex()) {
-    case 1: {
-      auto exporter = PortfolioTransactionsExporter::make(
-          *screen->currentData().portfolio, screen->transactions->exportedTransactions(),
-          surroundings_.defaults);
-      exporter->setTitleForSavePanel(screen->transactions->exportTitle());
-      return exporter;
-    }
-    case 2:
-      return PortfolioGainLossExporter::make(screen->gains->currentData(), surroundings_.defaults);
-    default:
-      return PortfolioHoldingsExporter::make(screen->holdings->currentData(),
-                                             surroundings_.defaults);
-  }
 }
 
 }  // namespace corvane

@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "exchange/exports/export_controller.h"
-#include "exchange/exports/portfolio_exporter.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
 
@@ -32,8 +31,6 @@ class PortfolioExport : public std::enable_shared_from_this<PortfolioExport> {
   void exportAction();
 
  private:
-  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const;
-
   std::weak_ptr<PortfolioViewController> screen_;
   ScreenSurroundings surroundings_;
   std::shared_ptr<ImportExportWindow> window_;

@@ -1,7 +1,9 @@
 #include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
 
+#include <array>
 #include <utility>
 
+#include "exchange/exports/portfolio_gain_loss_exporter.h"
 #include "ledger/reports/asset_lines.h"
 #include "platform/text/formats/duration_formatter.h"
 #include "presentation/text/day_text.h"
@@ -11,16 +13,41 @@
 namespace corvane {
 namespace {
 
-enum Column {
-  name,
-  sharesBought,
-  sharesSold,
-  sharesNet,
-  proceedsOfSale,
-  costBaseAdded,
-  costBaseDisposed,
-  capitalGain
+using TradingSummary = PortfolioSnapshotGroup::TradingSummary;
+
+struct GainRow {
+  const PortfolioAsset& asset;
+  GainLine line;
+  const Currency& primary;
 };
+
+/// A number of shares that were traded; empty where nothing was.
+template <Decimal TradingSummary::*count>
+AttributedText tradedShares(const GainRow& row) {
+  return row.line.trades ? sharesCell((*row.line.trades).*count) : AttributedText();
+}
+
+template <Decimal TradingSummary::*amount>
+AttributedText tradedMoney(const GainRow& row) {
+  return row.line.trades ? Formatting::moneyCell((*row.line.trades).*amount, row.primary, false)
+                         : AttributedText();
+}
+
+constexpr std::array<ColumnOf<GainRow>, 8> gainColumns = {{
+    {{"name", "Name"}, [](const GainRow& row) { return row.asset.title(); }},
+    {{"sharesBought", "Shares Bought", true}, tradedShares<&TradingSummary::sharesBought>},
+    {{"sharesSold", "Shares Sold", true}, tradedShares<&TradingSummary::sharesSold>},
+    {{"sharesNet", "Shares Held", true},
+     [](const GainRow& row) { return sharesCell(row.line.sharesNet); }},
+    {{"proceedsOfSale", "Proceeds of Sale", true}, tradedMoney<&TradingSummary::proceedsOfSale>},
+    {{"costBaseAdded", "Cost Base Added", true}, tradedMoney<&TradingSummary::costBaseAdded>},
+    {{"costBaseDisposed", "Cost Base Disposed", true},
+     tradedMoney<&TradingSummary::costBaseDisposed>},
+    {{"capitalGain", "Capital Gain", true},
+     [](const GainRow& row) {
+       return Formatting::moneyCell(row.line.capitalGain, row.primary, true);
+     }},
+}};
 
 /// The length of `days`, counted from the day before the first one, so that one day is a day long.
 std::string lengthText(const ClosedRange<YearMonthDay>& days, const Calendar& calendar) {
@@ -42,6 +69,10 @@ void PortfolioGainLossViewController::setCurrentData(
   currentData_ = std::move(data);
   assetEntries_ = currentData_.assetEntries({.tradedOnly = true});
   changeHandler();
+}
+
+std::shared_ptr<PortfolioExporter> PortfolioGainLossViewController::makeExporter() const {
+  return PortfolioGainLossExporter::make(currentData_, surroundings_.defaults);
 }
 
 void PortfolioGainLossViewController::openRow(std::size_t row) {
@@ -69,54 +100,14 @@ std::string PortfolioGainLossViewController::title() const {
 }
 
 const std::vector<TableColumn>& PortfolioGainLossViewController::columns() const {
-  static const std::vector<TableColumn> columns = {
-      {"name", "Name"},
-      {"sharesBought", "Shares Bought", true},
-      {"sharesSold", "Shares Sold", true},
-      {"sharesNet", "Shares Held", true},
-      {"proceedsOfSale", "Proceeds of Sale", true},
-      {"costBaseAdded", "Cost Base Added", true},
-      {"costBaseDisposed", "Cost Base Disposed", true},
-      {"capitalGain", "Capital Gain", true},
-  };
+  static const std::vector<TableColumn> columns = columnsOf(gainColumns);
   return columns;
 }
 
 AttributedText PortfolioGainLossViewController::cell(std::size_t row, std::size_t column) const {
   const PortfolioAsset& asset = assetEntries_.at(row);
-  const EquityPointer equity = asset.equity();
-  const GainLine line = gainLine(*currentData_.snapshotGroup, equity);
-  const Currency& primary = currentData_.portfolio->primaryCurrency();
-  const auto money = [&](const Decimal& amount) {
-    return Formatting::moneyCell(amount, primary, false);
-  };
-  switch (column) {
-    case name:
-      return asset.title();
-    case sharesNet:
-      return sharesCell(line.sharesNet);
-    case capitalGain:
-      return Formatting::moneyCell(line.capitalGain, primary, true);
-    default:
-      break;
-  }
-  if (!line.trades) {
-    return {};
-  }
-  switch (column) {
-    case sharesBought:
-      return sharesCell(line.trades->sharesBought);
-    case sharesSold:
-      return sharesCell(line.trades->sharesSold);
-    case proceedsOfSale:
-      return money(line.trades->proceedsOfSale);
-    case costBaseAdded:
-      return money(line.trades->costBaseAdded);
-    case costBaseDisposed:
-      return money(line.trades->costBaseDisposed);
-    default:
-      return {};
-  }
+  return gainColumns.at(column).cell({asset, gainLine(*currentData_.snapshotGroup, asset.equity()),
+                                      currentData_.portfolio->primaryCurrency()});
 }
 
 }  // namespace corvane

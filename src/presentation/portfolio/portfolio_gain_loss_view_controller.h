@@ -2,7 +2,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "presentation/controls/table_model.h"
@@ -13,18 +15,18 @@ namespace corvane {
 
 /// A table with a row for each equity that was bought or sold, and a title. Shows what it is given
 /// and fetches nothing. Main queue only.
-class PortfolioGainLossViewController : public CurrentPortfolioHaving, public TableModel {
+class PortfolioGainLossViewController : public PortfolioTab, public TableModel {
  public:
   explicit PortfolioGainLossViewController(ScreenSurroundings surroundings);
 
   /// Called when title and table have changed.
   std::function<void()> changeHandler = [] {};
-  /// Shows the equity of a row on its own screen.
-  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
                       const std::optional<TransactionChanges>& changes) override;
+  [[nodiscard]] std::string_view tabTitle() const override { return "Gains"; }
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
 
   /// What the rows of the table stand for.
   [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }

@@ -1,9 +1,11 @@
 #include "presentation/portfolio/portfolio_holdings_view_controller.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
+#include "exchange/exports/portfolio_holdings_exporter.h"
 #include "ledger/reports/asset_lines.h"
 #include "presentation/text/day_text.h"
 #include "presentation/text/formatting.h"
@@ -12,7 +14,45 @@
 namespace corvane {
 namespace {
 
-enum Column { name, sharesHeld, averagePrice, marketPrice, costBase, marketValue, marketGain };
+struct HoldingRow {
+  const PortfolioAsset& asset;
+  HoldingLine line;
+  const Currency& primary;
+};
+
+AttributedText moneyOrEmpty(const std::optional<Decimal>& amount, const Currency& currency) {
+  return amount ? moneyTextCell(amount, currency) : AttributedText();
+}
+
+AttributedText heldCell(const HoldingRow& row) {
+  const Currency* cash = row.asset.cash();
+  return cash != nullptr ? moneyTextCell(row.line.held, *cash) : sharesCell(row.line.held);
+}
+
+AttributedText costBaseCell(const HoldingRow& row) {
+  return row.asset.cash() != nullptr
+             ? AttributedText()
+             : Formatting::moneyCell(row.line.costBase.value_or(0), row.primary, false);
+}
+
+AttributedText marketGainCell(const HoldingRow& row) {
+  return row.line.marketGain ? Formatting::moneyCell(*row.line.marketGain, row.primary, true)
+                             : AttributedText();
+}
+
+/// Cash has a balance and a value, and nothing else.
+constexpr std::array<ColumnOf<HoldingRow>, 7> holdingColumns = {{
+    {{"name", "Name"}, [](const HoldingRow& row) { return row.asset.title(); }},
+    {{"sharesHeld", "Shares or Cash", true}, heldCell},
+    {{"averagePrice", "Average Price", true},
+     [](const HoldingRow& row) { return moneyOrEmpty(row.line.averagePrice, row.primary); }},
+    {{"marketPrice", "Market Price", true},
+     [](const HoldingRow& row) { return moneyOrEmpty(row.line.marketPrice, row.primary); }},
+    {{"costBase", "Cost Base", true}, costBaseCell},
+    {{"marketValue", "Market Value", true},
+     [](const HoldingRow& row) { return moneyTextCell(row.line.marketValue, row.primary); }},
+    {{"marketGain", "Unrealized Gain", true}, marketGainCell},
+}};
 
 constexpr double firstHue = 1.0 / 9;
 constexpr double lastHue = 5.0 / 12;
@@ -40,6 +80,10 @@ void PortfolioHoldingsViewController::setCurrentData(
   changeHandler();
 }
 
+std::shared_ptr<PortfolioExporter> PortfolioHoldingsViewController::makeExporter() const {
+  return PortfolioHoldingsExporter::make(currentData_, surroundings_.defaults);
+}
+
 void PortfolioHoldingsViewController::openRow(std::size_t row) {
   const EquityPointer equity =
       row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
@@ -63,61 +107,18 @@ std::string PortfolioHoldingsViewController::title() const {
 }
 
 const std::vector<TableColumn>& PortfolioHoldingsViewController::columns() const {
-  static const std::vector<TableColumn> columns = {
-      {"name", "Name"},
-      {"sharesHeld", "Shares or Cash", true},
-      {"averagePrice", "Average Price", true},
-      {"marketPrice", "Market Price", true},
-      {"costBase", "Cost Base", true},
-      {"marketValue", "Market Value", true},
-      {"marketGain", "Unrealized Gain", true},
-  };
+  static const std::vector<TableColumn> columns = columnsOf(holdingColumns);
   return columns;
 }
 
 AttributedText PortfolioHoldingsViewController::cell(std::size_t row, std::size_t column) const {
   const PortfolioAsset& asset = assetEntries_.at(row);
-  if (column == name) {
-    return asset.title();
-  }
-  return asset.cash() != nullptr ? cashCell(*asset.cash(), column)
-                                 : equityCell(asset.equity(), column);
-}
-
-AttributedText PortfolioHoldingsViewController::cashCell(const Currency& currency,
-                                                         std::size_t column) const {
-  const HoldingLine line = holdingLine(currentData_.lastSnapshot(), currency);
-  switch (column) {
-    case sharesHeld:
-      return moneyTextCell(line.held, currency);
-    case marketValue:
-      return moneyTextCell(line.marketValue, currentData_.portfolio->primaryCurrency());
-    default:
-      return {};
-  }
-}
-
-AttributedText PortfolioHoldingsViewController::equityCell(const EquityPointer& equity,
-                                                           std::size_t column) const {
-  const HoldingLine line = holdingLine(currentData_.lastSnapshot(), equity);
-  const Currency& primary = currentData_.portfolio->primaryCurrency();
-  switch (column) {
-    case sharesHeld:
-      return sharesCell(line.held);
-    case averagePrice:
-      return line.averagePrice ? moneyTextCell(line.averagePrice, primary) : AttributedText();
-    case marketPrice:
-      return line.marketPrice ? moneyTextCell(line.marketPrice, primary) : AttributedText();
-    case costBase:
-      return Formatting::moneyCell(line.costBase.value_or(0), primary, false);
-    case marketValue:
-      return moneyTextCell(line.marketValue, primary);
-    case marketGain:
-      return line.marketGain ? Formatting::moneyCell(*line.marketGain, primary, true)
-                             : AttributedText();
-    default:
-      return {};
-  }
+  const PortfolioSnapshot& snapshot = currentData_.lastSnapshot();
+  return holdingColumns.at(column).cell({asset,
+                                         asset.cash() != nullptr
+                                             ? holdingLine(snapshot, *asset.cash())
+                                             : holdingLine(snapshot, asset.equity()),
+                                         currentData_.portfolio->primaryCurrency()});
 }
 
 void PortfolioHoldingsViewController::fillPie() {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "presentation/charts/pie_chart_view.h"
@@ -14,18 +16,18 @@ namespace corvane {
 
 /// A table with a row for the cash of each currency and for each equity, a pie of what they are
 /// worth, and a title. Shows what it is given and fetches nothing. Main queue only.
-class PortfolioHoldingsViewController : public CurrentPortfolioHaving, public TableModel {
+class PortfolioHoldingsViewController : public PortfolioTab, public TableModel {
  public:
   explicit PortfolioHoldingsViewController(ScreenSurroundings surroundings);
 
   /// Called when title, table and pie have changed.
   std::function<void()> changeHandler = [] {};
-  /// Shows the equity of a row on its own screen.
-  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
                       const std::optional<TransactionChanges>& changes) override;
+  [[nodiscard]] std::string_view tabTitle() const override { return "Holdings"; }
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
 
   /// What the rows of the table stand for.
   [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
@@ -40,8 +42,6 @@ class PortfolioHoldingsViewController : public CurrentPortfolioHaving, public Ta
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
 
  private:
-  [[nodiscard]] AttributedText cashCell(const Currency& currency, std::size_t column) const;
-  [[nodiscard]] AttributedText equityCell(const EquityPointer& equity, std::size_t column) const;
   void fillPie();
 
   ScreenSurroundings surroundings_;

@@ -7,15 +7,17 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <variant>
 #include <vector>
 
-#include "core/market/portfolio_asset.h"
 #include "ledger/transaction/order.h"
 #include "platform/async/notification_center.h"
 #include "presentation/charts/fiscal_chart_view.h"
 #include "presentation/controls/query_dates_picker.h"
+#include "presentation/performance/portfolio_asset_menu.h"
+#include "presentation/performance/portfolio_date_presets.h"
+#include "presentation/performance/portfolio_heading.h"
+#include "presentation/performance/portfolio_history.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
 #include "presentation/portfolio/portfolio_holdings_view_controller.h"
@@ -38,19 +40,6 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   struct DatesChanged {};
   struct AssetFilterChanged {};
   using ReloadReason = std::variant<PortfolioChanged, DatesChanged, AssetFilterChanged>;
-
-  struct Heading {
-    std::string name;
-    std::string value;
-    AttributedText summary;
-  };
-
-  /// An item of the asset selector.
-  struct AssetMenuItem {
-    std::string title;                    ///< empty for a separator
-    std::optional<PortfolioAsset> asset;  ///< none for "All" and for a separator
-    bool isSeparator = false;
-  };
 
   static constexpr std::string_view tabIndexUserDefaultsKey = "portfolioDetail.lastTabIndex";
 
@@ -83,10 +72,11 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   /// Shows an equity of a row on its own screen.
   std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
-  /// The tabs, in this order.
   const std::shared_ptr<PortfolioHoldingsViewController> holdings;
   const std::shared_ptr<PortfolioTransactionsViewController> transactions;
   const std::shared_ptr<PortfolioGainLossViewController> gains;
+  /// The tabs, in the order in which they stand beside each other.
+  const std::vector<PortfolioTab*> tabs;
 
   QueryDatesPicker datesPicker;
   FiscalChartView chart;
@@ -96,20 +86,13 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   void reload(ReloadReason reason);
 
   [[nodiscard]] const PortfolioDataSlice& currentData() const { return currentData_; }
-  [[nodiscard]] const Heading& heading() const { return heading_; }
+  [[nodiscard]] const PortfolioHeading& heading() const { return heading_; }
   /// What the chart lacks or has from the cache alone, and why; empty where it lacks nothing.
   [[nodiscard]] const std::string& warning() const { return warning_; }
   /// Whether prices are being fetched.
-  [[nodiscard]] bool isFetching() const { return fetchesUnderWay_ > 0; }
+  [[nodiscard]] bool isFetching() const { return history_->isFetching(); }
 
-  /// The asset selector, "All" first.
-  [[nodiscard]] const std::vector<AssetMenuItem>& assetMenu() const { return assetMenu_; }
-  [[nodiscard]] std::size_t selectedAssetIndex() const;
-  /// None for all.
-  [[nodiscard]] const std::optional<PortfolioAsset>& currentAsset() const { return currentAsset_; }
-  [[nodiscard]] const std::vector<Currency>& availableCurrencies() const {
-    return availableCurrencies_;
-  }
+  [[nodiscard]] const PortfolioAssetMenu& assetMenu() const { return assetMenu_; }
   /// What the user does with the selector; a separator does nothing.
   void chooseAsset(std::size_t index);
 
@@ -117,8 +100,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   [[nodiscard]] std::size_t selectedTabIndex() const;
   /// Commands for rows go to the selected tab only.
   void selectTab(std::size_t index);
-  static constexpr std::size_t numberOfTabs = 3;
-  static constexpr std::size_t transactionsTabIndex = 1;
+  [[nodiscard]] const PortfolioTab& selectedTab() const { return *tabs.at(selectedTabIndex()); }
+  [[nodiscard]] std::size_t indexOf(const PortfolioTab& tab) const;
 
   // Commands.
 
@@ -138,36 +121,22 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   [[nodiscard]] bool placeOrder(const Order& order, const PortfolioPointer& portfolio);
 
  private:
-  using FetchResult = Result<PortfolioManager::FetchDailySnapshotsResult>;
-
   void observe();
   /// Other prices may be had now: those of another source, or none that were kept.
   void quoteDataSourceDidChange();
-  void refreshHeading();
-  void rebuildDatePresets(const PortfolioManager& manager);
-  void fetch(const std::shared_ptr<PortfolioManager>& manager);
-  void fetchDidEnd(FetchResult result);
-  void fetchWhatWasMissing();
-  void take(PortfolioManager::FetchDailySnapshotsResult result);
-  void rebuildAssetMenu();
+  void portfolioEquitiesDidRefresh();
+  void fetchDidEnd(Result<PortfolioSnapshotGroup> result);
   void redrawChart();
   void refreshWarning();
   void showInTabs();
 
   ScreenSurroundings surroundings_;
   PortfolioDataSlice currentData_;
-  Heading heading_;
-  std::vector<Currency> availableCurrencies_;
-  std::vector<AssetMenuItem> assetMenu_;
-  std::optional<PortfolioAsset> currentAsset_;
-  EquitySet incompleteEquities_;
-  CurrencySet incompleteCurrencies_;
-  /// Of what only the cache could be asked.
-  EquityMap<Date> endsOfStoredPrices_;
+  PortfolioHeading heading_;
+  PortfolioDays days_;
+  PortfolioAssetMenu assetMenu_;
+  const std::shared_ptr<PortfolioHistory> history_ = std::make_shared<PortfolioHistory>();
   std::string warning_;
-  /// Whether the days are all that the ledger shown last has: of another one it is all of its own.
-  bool showsAllTime_ = true;
-  int fetchesUnderWay_ = 0;
   std::vector<Subscription> observations_;
 };
 

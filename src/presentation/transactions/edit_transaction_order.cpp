@@ -64,13 +64,6 @@ KindResult EditTransactionViewController::makeKind() const {
   return failed(OrderError::unsupportedOrderType);
 }
 
-/// As the field shows it: what was computed is in minor units, what was entered is as it is.
-std::optional<Decimal> EditTransactionViewController::equivalent() const {
-  const auto& value = equivalentValueField.value();
-  return value && equivalentValueField.isComputed() ? roundedToMinorUnits(*value, primaryCurrency())
-                                                    : value;
-}
-
 KindResult EditTransactionViewController::makeTrade() const {
   if (currentEquity_ == nullptr) {
     return failed(OrderError::invalidEquity);
@@ -78,7 +71,7 @@ KindResult EditTransactionViewController::makeTrade() const {
   if (!numberOfSharesField.isGreaterThan(0)) {
     return failed(OrderError::invalidNumberOfShares);
   }
-  const auto value = equivalent();
+  const auto& value = equivalentValueField.value();
   if (!totalAmountField.value() || !value) {
     return failed(OrderError::indeterminateMoneyAmount);
   }
@@ -96,7 +89,7 @@ KindResult EditTransactionViewController::makeYield() const {
   if (!numberOfSharesField.isGreaterThan(0)) {
     return failed(OrderError::invalidNumberOfShares);
   }
-  const auto value = equivalent();
+  const auto& value = equivalentValueField.value();
   if (!totalAmountField.value() || !value) {
     return failed(OrderError::indeterminateMoneyAmount);
   }
@@ -130,7 +123,7 @@ KindResult EditTransactionViewController::makeJournal() const {
   BasicTransaction::JournaledShares journaled{
       .equity = currentEquity_, .sharesAdded = *shares, .costBaseAdded = std::nullopt};
   if (*shares > 0) {
-    const auto value = equivalent();
+    const auto& value = equivalentValueField.value();
     if (!value || *value < 0) {
       return failed(OrderError::indeterminateMoneyAmount);
     }

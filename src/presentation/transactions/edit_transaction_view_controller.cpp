@@ -355,6 +355,14 @@ void EditTransactionViewController::chooseEquity(const EquityPointer& equity) {
   didChange();
 }
 
+FieldHint EditTransactionViewController::equityHint() const {
+  if (equityComboBox.isSelectionNominal()) {
+    return {equityComboBox.selectedEquity()->symbol +
+            " is not known to the source of prices. It can be recorded, but will have no prices."};
+  }
+  return {equityComboBox.message().value_or(""), true};
+}
+
 void EditTransactionViewController::chooseCurrency(const Currency& currency) {
   currentCurrency_ = currency;
   redraw(RedrawLevel::currency);
@@ -452,10 +460,35 @@ void EditTransactionViewController::computeRate() {
   exchangeRateField.compute(total && value ? *value / (total->isZero() ? Decimal(1) : *total) : 0);
 }
 
+void EditTransactionViewController::roundEquivalent() {
+  if (const auto& value = equivalentValueField.value()) {
+    notice.clear();
+    equivalentValueField.setValue(roundedToMinorUnits(*value, primaryCurrency()));
+    computeRate();
+    didChange();
+  }
+}
+
+void EditTransactionViewController::offerRounding() {
+  const auto& value = equivalentValueField.value();
+  const Currency& primary = primaryCurrency();
+  roundButton.isHidden =
+      equivalentValueField.isHidden || !value || value->exponent() >= -primary.minorUnits;
+  if (roundButton.isHidden) {
+    return;
+  }
+  const CurrencyAmount rounded{primary, roundedToMinorUnits(*value, primary)};
+  roundButton.title = "Round to " + rounded.description();
+  roundButton.tooltip = "The exact value is " + value->description() + " " +
+                        std::string(primary.code) + ". A trade is kept with at most " +
+                        std::to_string(primary.minorUnits) + " digits after the point.";
+}
+
 // Validation.
 
 void EditTransactionViewController::didChange() {
   validate();
+  offerRounding();
   updatePreview();
   changeHandler();
 }

@@ -25,9 +25,10 @@ namespace corvane {
 /// sign. Every operation leaves the form consistent and calls `changeHandler` once, at its end.
 /// Main queue only.
 ///
-/// What is recorded is what the form shows: an equivalent that follows from amount and rate is
-/// exact in the form's arithmetic, and comes into the order with the minor units of the primary
-/// currency. In the primary currency, where no rate is shown, the rate is 1.
+/// An equivalent that follows from amount and rate is exact, in the form's arithmetic as in the
+/// order. Where it has more digits than the primary currency, which no ledger takes of a trade, the
+/// form offers to round it; nothing is rounded unasked. In the primary currency, where no rate is
+/// shown, the rate is 1.
 class EditTransactionViewController {
  public:
   using TransactionMode = corvane::TransactionMode;
@@ -87,6 +88,8 @@ class EditTransactionViewController {
   Label detailSectionLabel;
   EquityComboBox equityComboBox;
   PopUpButton<EquityPointer> equityPopUpButton;
+  /// Why the text of the box stands for no equity, or that the equity has no prices.
+  [[nodiscard]] FieldHint equityHint() const;
   NumberEntry priorNumberOfSharesField;
   NumberEntry numberOfSharesField;
   PopUpButton<Currency> currencyPopUpButton;
@@ -95,6 +98,8 @@ class EditTransactionViewController {
   Label equivalentSectionLabel;
   NumberEntry exchangeRateField;
   NumberEntry equivalentValueField;
+  /// Offers to round an equivalent that has more digits than its currency; hidden for any other.
+  Button roundButton;
   TextView noteTextView;
   bool isNoteOpen = false;
   /// A word on what the form has just done by itself; mostly empty.
@@ -128,6 +133,8 @@ class EditTransactionViewController {
   /// Types into one of the form's own number fields, and lets the others follow.
   void typeInto(NumberEntry& field, std::string text);
   void endEditing(NumberEntry& field);
+  /// Puts the equivalent that the button offers in place of the exact one; the rate follows.
+  void roundEquivalent();
   /// For the two dates: `change` alters the field as the user does.
   void changeTransactionDate(const std::function<void(DateEntry&)>& change);
   void changeSettlementDate(const std::function<void(DateEntry&)>& change);
@@ -174,6 +181,7 @@ class EditTransactionViewController {
 
   void didChange();
   void validate();
+  void offerRounding();
   void updatePreview();
   [[nodiscard]] std::vector<std::string> whatIsMissing() const;
   void requireEquity(std::vector<std::string>& missing) const;
@@ -186,8 +194,6 @@ class EditTransactionViewController {
   [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeJournal() const;
   [[nodiscard]] std::expected<BasicTransaction::Kind, OrderError> makeCashEntry() const;
   [[nodiscard]] std::expected<Order, OrderError> makePlainOrder() const;
-  [[nodiscard]] std::optional<Decimal> equivalent() const;
-
   PortfolioPointer portfolio_;
   TransactionMode transactionMode_ = TransactionMode::buy;
   EquityPointer currentEquity_;

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <utility>
 
+#include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
 #include "presentation/transactions/transaction_text.h"
 
@@ -79,8 +80,7 @@ std::size_t PortfolioTransactionsViewController::numberOfRows() const {
 AttributedText PortfolioTransactionsViewController::cell(std::size_t row,
                                                          std::size_t column) const {
   const auto keeper = manager();
-  return transactionText(*transaction(row), static_cast<TransactionColumn>(column),
-                         currentData_.portfolio->primaryCurrency(),
+  return transactionText(*transaction(row), column, currentData_.portfolio->primaryCurrency(),
                          keeper == nullptr ? Calendar::current() : keeper->calendar);
 }
 
@@ -305,6 +305,13 @@ std::string PortfolioTransactionsViewController::exportTitle() const {
          (hasSelection ? "selected " : "") + (count == 1 ? "transaction." : "transactions.");
 }
 
+std::shared_ptr<PortfolioExporter> PortfolioTransactionsViewController::makeExporter() const {
+  auto exporter = PortfolioTransactionsExporter::make(
+      *currentData_.portfolio, exportedTransactions(), surroundings_.defaults);
+  exporter->setTitleForSavePanel(exportTitle());
+  return exporter;
+}
+
 const std::vector<TransactionPointer>& PortfolioTransactionsViewController::rows() const {
   static const std::vector<TransactionPointer> none;
   return currentData_.transactions ? *currentData_.transactions : none;
@@ -327,7 +334,7 @@ TransactionPointer PortfolioTransactionsViewController::rowBehindLast() const {
 
 /// Shows the column of cash balances for a portfolio with cash accounts; whether that is new.
 bool PortfolioTransactionsViewController::showCashColumn() {
-  TableColumn& column = columns_.at(static_cast<std::size_t>(TransactionColumn::netCash));
+  TableColumn& column = *std::ranges::find(columns_, netCashColumn, &TableColumn::identifier);
   const bool isHidden =
       currentData_.portfolio == nullptr || !currentData_.portfolio->usesCashAccounts;
   return std::exchange(column.isHidden, isHidden) != isHidden;

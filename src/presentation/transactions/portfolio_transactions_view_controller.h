@@ -22,7 +22,7 @@ namespace corvane {
 /// The transactions table. Rows are those of the chosen days in ledger order; their texts are made
 /// when they are asked for. Edits go through the portfolio's manager; what it refuses is shown on
 /// the window. Held by shared pointer only. Main queue only.
-class PortfolioTransactionsViewController : public CurrentPortfolioHaving, public TableModel {
+class PortfolioTransactionsViewController : public PortfolioTab, public TableModel {
  public:
   /// What has changed in the table.
   struct Update {
@@ -63,6 +63,8 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
   void setCurrentData(PortfolioDataSlice data,
                       const std::optional<TransactionChanges>& changes) override;
+  [[nodiscard]] std::string_view tabTitle() const override { return "Transactions"; }
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
 
   /// How many of the ledger's rows are shown; empty without data.
   [[nodiscard]] std::string title() const;
@@ -86,9 +88,9 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   }
   [[nodiscard]] bool canDuplicate() const { return receivesCommands_ && selectedRows_.size() == 1; }
 
-  /// Whether commands are meant for this table: a row that is selected in a tab that nobody sees
-  /// must not be deleted. They are until somebody says otherwise.
-  void setReceivesCommands(bool receivesCommands);
+  /// A row that is selected in a tab that nobody sees must not be deleted. Commands are meant for
+  /// this table until somebody says otherwise.
+  void setReceivesCommands(bool receivesCommands) override;
 
   /// Opens the form for the selected row, or the one for many.
   void modifyTransactionAction();
@@ -101,7 +103,6 @@ class PortfolioTransactionsViewController : public CurrentPortfolioHaving, publi
   [[nodiscard]] bool canOpenEquity() const;
   /// Shows the equity of the selected row on its own screen.
   void openEquityAction();
-  std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 
   /// Opens the form for a new transaction, filled from `original`.
   std::function<void(const BasicTransaction& original)> duplicateHandler =

@@ -1,5 +1,6 @@
 #include "presentation/transactions/transaction_text.h"
 
+#include <array>
 #include <optional>
 #include <string>
 
@@ -108,57 +109,58 @@ AttributedText gainCell(const std::optional<Decimal>& amount, const Currency& pr
   return amount ? Formatting::moneyCell(*amount, primary, false) : AttributedText();
 }
 
+struct LedgerLine {
+  const PortfolioTransaction& row;
+  const BasicTransaction& basic;
+  const Currency& primary;
+  const Calendar& calendar;
+};
+
+AttributedText netCashCell(const LedgerLine& line) {
+  const Currency* currency = line.basic.currency();
+  return currency == nullptr ? AttributedText() : moneyTextCell(line.row.cashNet, *currency);
+}
+
+constexpr std::array<ColumnOf<LedgerLine>, 13> ledgerColumns = {{
+    {{"tradeDate", "Trade Date"},
+     [](const LedgerLine& line) {
+       return AttributedText(dateText(line.basic.tradeDate, line.calendar));
+     }},
+    {{"name", "Name"}, [](const LedgerLine& line) { return nameText(line.basic); }},
+    {{"description", "Description"},
+     [](const LedgerLine& line) { return AttributedText(descriptionText(line.basic.kind)); }},
+    {{"settlementDate", "Settlement Date"},
+     [](const LedgerLine& line) {
+       return AttributedText(dateText(line.basic.settlementDate, line.calendar));
+     }},
+    {{"sharesAdded", "Shares Added", true},
+     [](const LedgerLine& line) { return sharesCell(sharesAdded(line.basic.kind)); }},
+    {{"sharePrice", "Share Price", true},
+     [](const LedgerLine& line) { return sharePriceCell(line.basic.kind); }},
+    {{"totalValue", "Total Value", true},
+     [](const LedgerLine& line) { return totalValueCell(line.basic.kind); }},
+    {{netCashColumn, "Net Cash", true}, netCashCell},
+    {{"sharesHeld", "Shares Held", true},
+     [](const LedgerLine& line) { return sharesCell(line.row.sharesNet); }},
+    {{"costBaseAdded", "Cost Base Added", true},
+     [](const LedgerLine& line) { return gainCell(costBaseAddedBy(line.row), line.primary); }},
+    {{"costBaseNet", "Net Cost Base", true},
+     [](const LedgerLine& line) { return gainCell(line.row.costBaseNet(), line.primary); }},
+    {{"capitalGain", "Capital Gain", true},
+     [](const LedgerLine& line) { return gainCell(line.row.capitalGain(), line.primary); }},
+    {{"note", "Note"},
+     [](const LedgerLine& line) { return AttributedText(line.basic.note.value_or("")); }},
+}};
+
 }  // namespace
 
 std::vector<TableColumn> transactionColumns() {
-  return {{"tradeDate", "Trade Date"},
-          {"name", "Name"},
-          {"description", "Description"},
-          {"settlementDate", "Settlement Date"},
-          {"sharesAdded", "Shares Added", true},
-          {"sharePrice", "Share Price", true},
-          {"totalValue", "Total Value", true},
-          {"netCash", "Net Cash", true},
-          {"sharesHeld", "Shares Held", true},
-          {"costBaseAdded", "Cost Base Added", true},
-          {"costBaseNet", "Net Cost Base", true},
-          {"capitalGain", "Capital Gain", true},
-          {"note", "Note"}};
+  return columnsOf(ledgerColumns);
 }
 
-AttributedText transactionText(const PortfolioTransaction& row, TransactionColumn column,
+AttributedText transactionText(const PortfolioTransaction& row, std::size_t column,
                                const Currency& primary, const Calendar& calendar) {
-  const BasicTransaction& basic = row.basic;
-  switch (column) {
-    case TransactionColumn::tradeDate:
-      return AttributedText(dateText(basic.tradeDate, calendar));
-    case TransactionColumn::settlementDate:
-      return AttributedText(dateText(basic.settlementDate, calendar));
-    case TransactionColumn::description:
-      return AttributedText(descriptionText(basic.kind));
-    case TransactionColumn::name:
-      return nameText(basic);
-    case TransactionColumn::sharesAdded:
-      return sharesCell(sharesAdded(basic.kind));
-    case TransactionColumn::sharePrice:
-      return sharePriceCell(basic.kind);
-    case TransactionColumn::totalValue:
-      return totalValueCell(basic.kind);
-    case TransactionColumn::netCash:
-      return basic.currency() == nullptr ? AttributedText()
-                                         : moneyTextCell(row.cashNet, *basic.currency());
-    case TransactionColumn::sharesHeld:
-      return sharesCell(row.sharesNet);
-    case TransactionColumn::costBaseAdded:
-      return gainCell(costBaseAddedBy(row), primary);
-    case TransactionColumn::costBaseNet:
-      return gainCell(row.costBaseNet(), primary);
-    case TransactionColumn::capitalGain:
-      return gainCell(row.capitalGain(), primary);
-    case TransactionColumn::note:
-      return AttributedText(basic.note.value_or(""));
-  }
-  return {};
+  return ledgerColumns.at(column).cell({row, row.basic, primary, calendar});
 }
 
 }  // namespace corvane

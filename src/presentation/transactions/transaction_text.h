@@ -1,6 +1,8 @@
 // The columns of the transactions table, and what they say of a row.
 #pragma once
 
+#include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "core/money/currency.h"
@@ -11,30 +13,15 @@
 
 namespace corvane {
 
-enum class TransactionColumn {
-  tradeDate,
-  name,
-  description,
-  settlementDate,
-  sharesAdded,
-  sharePrice,
-  totalValue,
-  netCash,
-  sharesHeld,
-  costBaseAdded,
-  costBaseNet,
-  capitalGain,
-  note
-};
+/// The column of cash balances, which only a portfolio with cash accounts shows.
+inline constexpr std::string_view netCashColumn = "netCash";
 
-/// A column for each TransactionColumn, in its order: first what tells a row from others, which
-/// stays in view.
+/// The columns: first what tells a row from others, which stays in view.
 [[nodiscard]] std::vector<TableColumn> transactionColumns();
 
-/// What `column` says of `row`, whose portfolio counts in `primary` and whose dates are those of
-/// `calendar`. Empty where the row has nothing to say there.
-[[nodiscard]] AttributedText transactionText(const PortfolioTransaction& row,
-                                             TransactionColumn column, const Currency& primary,
-                                             const Calendar& calendar);
+/// What the column at this place of transactionColumns() says of `row`, whose portfolio counts in
+/// `primary` and whose dates are those of `calendar`. Empty where the row has nothing to say there.
+[[nodiscard]] AttributedText transactionText(const PortfolioTransaction& row, std::size_t column,
+                                             const Currency& primary, const Calendar& calendar);
 
 }  // namespace corvane

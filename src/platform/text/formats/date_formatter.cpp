@@ -249,6 +249,11 @@ std::optional<Date> sameCivilTime(Date date, const TimeZone& zone) {
 
 }  // namespace
 
+std::string DateFormatter::pattern() const {
+  UErrorCode status = U_ZERO_ERROR;
+  return toUtf8(patternOf(*this, toIcu(locale), status));
+}
+
 std::string DateFormatter::string(Date date) const {
   const DateFormats& formats = formatsFor(*this);
   if (formats.writer == nullptr || !std::isfinite(date.timeIntervalSinceReferenceDate())) {

@@ -39,6 +39,9 @@ struct DateFormatter {
   /// pattern.
   [[nodiscard]] std::string string(Date date) const;
 
+  /// The pattern of Unicode date fields by which string() writes; empty where it writes nothing.
+  [[nodiscard]] std::string pattern() const;
+
   /// The date that the whole of `text` describes; none where it is not of the form that string()
   /// writes. Fields that the form lacks are those of 2000-01-01 00:00:00.
   [[nodiscard]] std::optional<Date> date(std::string_view text) const;

@@ -1,4 +1,4 @@
-#include "presentation/frame/price_status_text.h"
+#include "presentation/source/price_status_text.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "presentation/portfolio/portfolio_chart.h"
+#include "presentation/performance/portfolio_chart.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,9 @@
-#include "presentation/portfolio/performance_warning.h"
+#include "presentation/performance/performance_warning.h"
 
 #include <algorithm>
 #include <utility>
+
+#include "presentation/text/formatting.h"
 
 namespace corvane {
 namespace {
@@ -31,6 +33,35 @@ std::string phrase(std::vector<std::string> names, const std::string& singular,
 }
 
 }  // namespace
+
+std::string performanceWarning(const MissingPrices& missing, const PortfolioSnapshotGroup* shown,
+                               const UserDefaults& defaults) {
+  std::vector<std::string> symbols;
+  std::vector<std::string> codes;
+  if (shown != nullptr) {
+    // A rate that only the price of an equity needs is missed as much as that of cash.
+    CurrencySet needed = shown->currenciesHeldOrTraded;
+    for (const EquityPointer& equity : shown->equitiesHeldOrTraded) {
+      needed.insert(equity->currency);
+      if (missing.incompleteEquities.contains(equity)) {
+        symbols.push_back(equity->symbol);
+      }
+    }
+    for (const Currency& currency : missing.incompleteCurrencies) {
+      if (needed.contains(currency)) {
+        codes.emplace_back(std::string_view(currency.code));
+      }
+    }
+  }
+  std::optional<std::string> lastDay;
+  if (!missing.endsOfStoredPrices.empty()) {
+    // The one that stands for all is the oldest: nothing on the screen is older than it says.
+    const auto oldest = std::ranges::min_element(missing.endsOfStoredPrices, {},
+                                                 [](const auto& entry) { return entry.second; });
+    lastDay = Formatting::equityDateFormatter(*oldest->first, defaults).string(oldest->second);
+  }
+  return performanceWarning(std::move(symbols), std::move(codes), lastDay);
+}
 
 std::string performanceWarning(std::vector<std::string> symbols,
                                std::vector<std::string> currencies,

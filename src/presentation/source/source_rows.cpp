@@ -1,4 +1,4 @@
-#include "presentation/frame/source_rows.h"
+#include "presentation/source/source_rows.h"
 
 #include <initializer_list>
 #include <utility>

@@ -1,5 +1,6 @@
-#include "presentation/portfolio/portfolio_date_presets.h"
+#include "presentation/performance/portfolio_date_presets.h"
 
+#include <algorithm>
 #include <string>
 
 namespace corvane {
@@ -50,6 +51,34 @@ std::vector<Preset> portfolioDatePresets(const ClosedRange<YearMonthDay>& days,
     presets.insert(presets.end(), years.begin(), years.end());
   }
   return presets;
+}
+
+void PortfolioDays::limit(QueryDatesPicker& picker, Portfolio& portfolio, const Calendar& calendar,
+                          Date now) {
+  const auto today = YearMonthDay::of(now, calendar);
+  const auto& rows = portfolio.transactions();
+  picker.setCalendar(calendar);
+  if (!picker.presets().empty()) {
+    showsAllTime_ =
+        picker.startDate() == picker.minimumDate() && picker.endDate() == picker.maximumDate();
+  }
+  if (rows.empty()) {
+    picker.setLimits(QueryDatesPicker::earliestPossibleDay, QueryDatesPicker::latestPossibleDay);
+    picker.setDates({today.year, 1, 1}, {today.year, 12, 31});
+    picker.setPresets({});
+    return;
+  }
+  const Date lastSettlement = rows.back()->settlementDate();
+  const auto latest = YearMonthDay::of(now < lastSettlement ? lastSettlement : now, calendar);
+  const auto earliest =
+      std::min(YearMonthDay::of(rows.front()->settlementDate(), calendar), latest);
+  const ClosedRange<YearMonthDay> days(earliest, latest);
+  picker.setLimits(earliest, latest);
+  const auto kept = [&](const YearMonthDay& day, const YearMonthDay& otherwise) {
+    return !showsAllTime_ && days.contains(day) ? day : otherwise;
+  };
+  picker.setDates(kept(picker.startDate(), earliest), kept(picker.endDate(), latest));
+  picker.setPresets(portfolioDatePresets(days, today));
 }
 
 }  // namespace corvane
