@@ -7,7 +7,7 @@
 #include "platform/async/dispatch_group.h"
 #include "platform/async/dispatch_work_item.h"
 #include "scenario/background_disposal.h"
-#include "scenario/frozen_equity.h"
+#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {

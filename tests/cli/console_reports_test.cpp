@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
+#include <sstream>
 
 #include "cli/console_program.h"
 
@@ -132,6 +134,105 @@ TEST_F(ConsoleReportsTest, ExplainFigures) {
   EXPECT_EQ(program.run("explain gain Family --portfolio Savings --row 2").exitCode, 2);
   EXPECT_EQ(program.run("explain gain Family --portfolio Savings --row 99").exitCode, 2);
   EXPECT_EQ(program.run("explain gain Family --portfolio Savings").exitCode, 2);
+}
+
+TEST_F(ConsoleReportsTest, KeepTaxSettingsWithTheWorkspace) {
+  EXPECT_THAT(
+      program.output("tax-settings Family"),
+      AllOf(StartsWith("The tax year starts on 01-01.\nRules: canada.\n"), HasSubstr("\nSavings")));
+  EXPECT_EQ(program.output("tax-settings Family --year-start 05-24 --country unitedKingdom"), "");
+  EXPECT_EQ(
+      program.output("tax-settings Family --portfolio Savings --role affiliated --person Kim"), "");
+  EXPECT_THAT(program.output("tax-settings Family"),
+              StartsWith("The tax year starts on 05-24.\nRules: unitedKingdom.\n"));
+  EXPECT_THAT(program.output("tax-settings Family --csv"),
+              HasSubstr("\r\n\"Savings\",\"affiliated\",\"Kim\",\"false\",\"\"\r\n"));
+  // The sale settles on 23 May, a day before the year starts, and is Kim's.
+  EXPECT_THAT(program.output("tax Family --year 2023"), HasSubstr("No disposals in 2023."));
+  EXPECT_THAT(program.output("tax Family --year 2023 --person Kim"),
+              AllOf(HasSubstr("40 of the pool"), HasSubstr("Shares are matched")));
+  for (const char* wrong :
+       {"--role taxable", "--portfolio Savings --role x", "--portfolio Savings --role affiliated",
+        "--portfolio Savings --role taxable --person Kim", "--country mars", "--year-start 02-29",
+        "--counted-on x", "--person Kim"}) {
+    EXPECT_EQ(program.run(std::string("tax-settings Family ") + wrong).exitCode, 2) << wrong;
+  }
+  EXPECT_EQ(program.output("create Plans --portfolio \"Kim TFSA\" --currency CAD"), "");
+  EXPECT_THAT(program.output("tax-settings Plans --json"),
+              AllOf(HasSubstr(R"("role":null)"), HasSubstr(R"("proposedRole":"registered")")));
+}
+
+TEST_F(ConsoleReportsTest, TellAndBookWhatIsDenied) {
+  EXPECT_EQ(program.output("create Loss --portfolio P --currency CAD --allow-negative-balances"),
+            "");
+  const auto trade = [&](const std::string& rest) {
+    EXPECT_EQ(program.run("record Loss --portfolio P --symbol ABC --currency CAD " + rest).exitCode,
+              0)
+        << rest;
+  };
+  trade("--type buy --shares 10 --total 100 --date 2024-01-08 --settlement 2024-01-08");
+  trade("--type sell --shares 10 --total 40 --date 2024-02-01 --settlement 2024-02-01");
+  trade("--type buy --shares 4 --total 20 --date 2024-02-09 --settlement 2024-02-09");
+  EXPECT_THAT(program.output("tax Loss --year 2024 --section disposals --json"),
+              AllOf(HasSubstr(R"("denied":24.00)"), HasSubstr(R"("taxGain":-36.00)")));
+  EXPECT_THAT(program.output("explain tax Loss --portfolio P --symbol ABC"),
+              AllOf(StartsWith("Tax gain of the sale of 2024-02-01: -36 CAD, sum\n"),
+                    HasSubstr("Denied: 24 CAD")));
+  EXPECT_THAT(program.output("tax Loss --if-sold ABC 2 --proceeds 5"),
+              HasSubstr("17.00, nothing of it denied."));
+  EXPECT_EQ(program.run("tax Loss --if-sold ABC").exitCode, 2);
+  EXPECT_EQ(program.run("tax Loss --if-sold ABC none").exitCode, 2);
+
+  EXPECT_EQ(program.output("tax Loss --year 2024 --record-adjustments"),
+            "P: 24.00 CAD added to the cost base of ABC.\n");
+  EXPECT_EQ(program.output("tax Loss --year 2024 --record-adjustments"),
+            "No denied loss is left to be recorded.\n");
+  EXPECT_THAT(program.output("explain cost-base Loss --portfolio P --symbol ABC"),
+              StartsWith("Cost base after row 4 of “P”: 44 CAD"));
+  EXPECT_THAT(program.output("tax Loss --if-sold ABC 2 --proceeds 5"),
+              HasSubstr("17.00, nothing of it denied."))
+      << "nothing is counted twice";
+  EXPECT_EQ(program.run("verify Loss").exitCode, 0);
+}
+
+TEST_F(ConsoleReportsTest, ExplainAndExportReports) {
+  const std::string returns = program.output(
+      "returns Family --sample-market --to 2024-12-31 "
+      "--benchmark CASTR --by month");
+  EXPECT_THAT(returns, AllOf(HasSubstr("\nBest month "), HasSubstr("\nBenchmark, volatility "),
+                             HasSubstr("\nYear  "), HasSubstr("\n2024  ")));
+  const auto percent = [&](const std::string& title) {
+    std::ostringstream text;
+    text << figure(returns, title) << " %";
+    return text.str();
+  };
+  EXPECT_THAT(program.output("explain return Family --portfolio Savings --sample-market "
+                             "--to 2024-12-31"),
+              AllOf(StartsWith("Time-weighted return from 2024-01-08 to 2024-12-31: "),
+                    HasSubstr(percent("Time-weighted, period"))));
+  EXPECT_THAT(program.output("explain money-return Family --portfolio Savings --sample-market "
+                             "--to 2024-12-31"),
+              AllOf(HasSubstr(percent("Money-weighted, period")),
+                    HasSubstr("What is left of all payments at the rate: 0 CAD")));
+  EXPECT_THAT(program.output("explain yield Family --portfolio Savings --symbol BOREA.TO "
+                             "--day 2024-12-31 --json"),
+              HasSubstr(R"("label":"Yield on cost of BOREA.TO")"));
+  EXPECT_THAT(program.output("explain projection Family --portfolio Savings --symbol BOREA.TO "
+                             "--sample-market"),
+              StartsWith("Next 12 months of BOREA.TO: "));
+
+  for (const char* what : {"returns --portfolio Savings --sample-market --to 2024-12-31",
+                           "tax --year 2024", "income"}) {
+    const std::string kind = std::string(what).substr(0, std::string(what).find(' '));
+    const std::string rest = std::string(what).substr(kind.size());
+    EXPECT_EQ(program.output("export " + kind + " Family --out r.csv" + rest), "");
+    const std::string direct = program.output(kind + " Family --csv" + rest);
+    const std::string file = testing::readText(program.folder / "r.csv");
+    EXPECT_EQ(std::ranges::count(file, '\n'), std::ranges::count(direct, '\n')) << kind;
+    EXPECT_THAT(file, HasSubstr(kind == "returns" ? "\"2024-01-08\",\"25000.00\",\"25000.00\""
+                                : kind == "tax"   ? "\"BOREA.TO\",\"40\",\"3877.05\""
+                                                  : "\"BOREA.TO\",\"dividend\",\"100\",\"0.845\""));
+  }
 }
 
 }  // namespace

@@ -5,32 +5,12 @@
 #include "random_cases.h"
 #include "reports/report_cases.h"
 #include "reports/report_world.h"
+#include "reports/trail_checks.h"
 
 namespace corvane::testing {
 namespace {
 
 using ::testing::HasSubstr;
-
-/// Every inner node is what its children give.
-void expectRecomputes(const TrailNode& node) {
-  EXPECT_EQ(node.value, node.recomputed()) << node.label;
-  for (const TrailNode& child : node.children) {
-    expectRecomputes(child);
-  }
-}
-
-/// The first node of the trail that is called `label`, or null.
-const TrailNode* nodeNamed(const TrailNode& node, const std::string& label) {
-  if (node.label == label) {
-    return &node;
-  }
-  for (const TrailNode& child : node.children) {
-    if (const TrailNode* found = nodeNamed(child, label)) {
-      return found;
-    }
-  }
-  return nullptr;
-}
 
 TEST(ReportCases, Explanations) {
   forReportCases("explain", [](const ReportCase& made) {

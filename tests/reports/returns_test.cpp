@@ -228,6 +228,31 @@ TEST(Risk, KnowsWholeMonths) {
   EXPECT_FALSE(months[2].isWhole);
 }
 
+TEST(Risk, HasAGridOfYearsAndTheBestAndTheWorstOfWholeMonths) {
+  std::vector<ValuationDay> days{{{2020, 11, 20}, 100}, {{2020, 11, 30}, 150},
+                                 {{2020, 12, 31}, 120}, {{2021, 1, 31}, 132},
+                                 {{2021, 2, 28}, 66},   {{2021, 3, 2}, 33}};
+  const TimeWeightedReturn returns = timeWeightedReturn(days);
+  const auto grid = returnGrid(returns);
+  ASSERT_EQ(grid.size(), 2U);
+  EXPECT_EQ(grid[0].year, 2020);
+  EXPECT_FALSE(grid[0].months[9]);
+  EXPECT_NEAR(grid[0].months[10]->value, 0.5, 1e-12);
+  EXPECT_NEAR(grid[0].whole.value, 0.2, 1e-12);
+  EXPECT_NEAR(grid[1].months[1]->value, -0.5, 1e-12);
+  EXPECT_FALSE(grid[1].months[3]);
+  double linked = 1;
+  for (const YearOfReturns& year : grid) {
+    linked *= 1 + year.whole.value;
+  }
+  EXPECT_NEAR(linked - 1, *returns.total, 1e-12);
+  const auto extremes = bestAndWorst(monthlyReturns(returns));
+  ASSERT_TRUE(extremes);
+  EXPECT_EQ(extremes->best.first, (YearMonthDay{2021, 1, 1})) << "November is a part of a month";
+  EXPECT_EQ(extremes->worst.first, (YearMonthDay{2021, 2, 1}));
+  EXPECT_FALSE(bestAndWorst(std::vector<PeriodReturn>{{start, start, 0.1, false}}));
+}
+
 TEST(Benchmark, IsMeasuredFromTheCloseBeforeTheRangeInTheCurrencyWanted) {
   const PriceLine rates{{{{2020, 1, 1}, 2}, {{2020, 1, 6}, 3}}, std::nullopt};
   const DividendHistory history{{{{{2020, 1, 2}, 10}, {{2020, 1, 7}, 11}}, std::nullopt},
@@ -235,6 +260,26 @@ TEST(Benchmark, IsMeasuredFromTheCloseBeforeTheRangeInTheCurrencyWanted) {
   EXPECT_NEAR(benchmarkReturn(history, nullptr, {2020, 1, 4}).value().total(), 0.2, 1e-12);
   EXPECT_NEAR(benchmarkReturn(history, &rates, {2020, 1, 4}).value().total(), 0.8, 1e-12);
   EXPECT_FALSE(benchmarkReturn(history, nullptr, {2020, 1, 2}));
+}
+
+/// A benchmark and a portfolio that holds nothing else swing alike.
+TEST(Benchmark, HasTheRiskFiguresOfAPortfolio) {
+  DividendHistory history;
+  std::vector<ValuationDay> days;
+  for (int i = 0; i < 60; ++i) {
+    const YearMonthDay day = daysAfter({2020, 1, 1}, i);
+    if (dayOfWeek(dayNumber(day)) < 5) {
+      history.prices.closes.push_back({day, 100 + i * 37 % 11});
+      days.push_back({day, 100 + i * 37 % 11});
+    }
+  }
+  const TimeWeightedReturn held = timeWeightedReturn(days);
+  const TimeWeightedReturn benchmark =
+      benchmarkReturn(history, nullptr, {2020, 1, 2}).value().asReturns();
+  EXPECT_NEAR(benchmark.total.value(), held.total.value(), 1e-12);
+  EXPECT_NEAR(volatilityOf(benchmark).value().annual(), volatilityOf(held).value().annual(), 1e-9);
+  EXPECT_NEAR(drawdownsOf(benchmark).value().deepest.size, drawdownsOf(held).value().deepest.size,
+              1e-12);
 }
 
 }  // namespace

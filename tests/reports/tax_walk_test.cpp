@@ -21,7 +21,7 @@ constexpr YearMonthDay farFuture{2100, 1, 1};
 struct TaxLedger {
   std::vector<TaxHolder> holders{{"me", true}};
   std::vector<TaxRow> rows;
-  TaxRules rules{Currency::cad(), true, farFuture};
+  TaxRules rules{Currency::cad(), TaxCountry::canada, farFuture};
 
   std::size_t holder(const std::string& name, bool isTaxable = true) {
     for (std::size_t i = 0; i < holders.size(); ++i) {
@@ -188,7 +188,7 @@ TEST(SuperficialLosses, AreProvisionalUntilTheWindowIsOver) {
     ledger.rules.today = today;
     EXPECT_EQ(ledger.walk().disposals.front().superficial.isProvisional, isProvisional);
   }
-  ledger.rules.deniesSuperficialLosses = false;
+  ledger.rules.country = TaxCountry::none;
   EXPECT_EQ(ledger.walk().disposals.front().taxGain, -40);
 }
 
@@ -201,7 +201,7 @@ TEST(TaxWalkProperty, IsTheLedgerForOnePortfolioWithoutDeniedLosses) {
     Ledger ledger;
     ledger.portfolio->usesCashAccounts = false;
     TaxLedger taxes;
-    taxes.rules.deniesSuperficialLosses = false;
+    taxes.rules.country = TaxCountry::none;
     std::vector<BasicTransaction> basics;
     long held = 0;
     YearMonthDay today{2021, 3, 1};
@@ -284,6 +284,189 @@ TEST(TaxWalkProperty, AddsUpWhatItDenies) {
       EXPECT_NEAR(walk.pools[who].cost.doubleValue(), cost[who].doubleValue(),
                   0.01 * static_cast<double>(walk.disposals.size() + 1));
     }
+  });
+}
+
+/// Losses that were denied, with purchases and holdings counted anew for each of them.
+TEST(TaxWalkProperty, DeniesWhatCountingEachRowGives) {
+  int losses = 0;
+  forRandomCases(100, [&](std::mt19937_64& random) {
+    TaxLedger ledger;
+    ledger.holder("plan", false);
+    std::map<std::size_t, long> held;
+    YearMonthDay today{2021, 1, 1};
+    for (int i = 0; i < 50; ++i, today = daysAfter(today, static_cast<int>(random() % 16))) {
+      const std::size_t who = random() % 2;
+      const bool isSale = held[who] > 0 && random() % 2 == 0;
+      const long shares = 1 + static_cast<long>(random() % (isSale ? held[who] : 9));
+      held[who] += isSale ? -shares : shares;
+      ledger.add(isSale ? Kind::sale : Kind::purchase, today, std::to_string(shares),
+                 std::to_string(shares * static_cast<long>(random() % 20 + 1)),
+                 ledger.holders[who].name);
+    }
+    for (const TaxDisposal& disposal : ledger.walk().disposals) {
+      const TaxRow& sale = ledger.rows[disposal.row];
+      Decimal bought;
+      Decimal left;
+      for (const TaxRow& row : ledger.rows) {
+        const int apart = daysBetween(sale.day, row.day);
+        const Decimal change = row.kind == Kind::purchase ? row.shares : -row.shares;
+        bought += row.kind == Kind::purchase && std::abs(apart) <= 30 ? row.shares : Decimal();
+        left += apart <= 30 ? change : Decimal();
+      }
+      const Decimal counted = std::max(Decimal(0), std::min({sale.shares, bought, left}));
+      const Decimal loss = std::max(-disposal.gain, Decimal(0));
+      EXPECT_EQ(disposal.superficial.denied,
+                roundedToMinorUnits(loss * counted / sale.shares, Currency::cad()));
+      Decimal listed;
+      for (const auto& [row, shares] : disposal.superficial.purchases) {
+        listed += shares;
+      }
+      EXPECT_TRUE(loss.isZero() || listed == bought);
+      losses += loss.isZero() ? 0 : 1;
+    }
+  });
+  EXPECT_GT(losses, 0);
+}
+
+// ── The United Kingdom ──
+
+TaxLedger british(TaxLedger ledger) {
+  ledger.rules = {Currency::byCode().find("GBP")->second, TaxCountry::unitedKingdom, farFuture};
+  return ledger;
+}
+
+TEST(ReportCases, BritishDisposals) {
+  forReportCases("tax.uk", [](const ReportCase& made) {
+    TaxLedger ledger = british({});
+    for (const JSONValue& row : made.inputs.at("rows").array()) {
+      const bool isSale = row.at("kind").string() == "sell";
+      const Decimal shares = amountOf(row.at("shares"));
+      const Decimal worth = shares * amountOf(row.at("price"));
+      const Decimal fees = amountOf(row.at("fees"));
+      ledger.add(isSale ? Kind::sale : Kind::purchase, dayOf(row.at("date")), shares.description(),
+                 (isSale ? worth - fees : worth + fees).description());
+    }
+    const TaxWalk walk = ledger.walk();
+    const auto& gains = made.expected.at("gainsExact").array();
+    const auto& rounded = made.expected.at("gainsRoundedDown").array();
+    EXPECT_EQ(walk.disposals.size(), gains.size());
+    for (std::size_t i = 0; i < std::min(gains.size(), walk.disposals.size()); ++i) {
+      const TaxDisposal& disposal = walk.disposals[i];
+      EXPECT_EQ(ledger.rows[disposal.row].amount - disposal.costDisposed, amountOf(gains[i]));
+      EXPECT_EQ(corvane::rounded(disposal.gain, 0, RoundingMode::down), amountOf(rounded[i]));
+    }
+    return true;
+  });
+}
+
+TEST(ShareMatching, TakesTheSameDayBeforeTheNextThirtyBeforeThePool) {
+  TaxLedger ledger = british({});
+  ledger.holder("spouse");
+  ledger.add(Kind::purchase, {2020, 1, 2}, "10", "100").add(Kind::sale, {2020, 6, 1}, "4", "80");
+  ledger.add(Kind::purchase, {2020, 6, 1}, "1", "7");
+  ledger.add(Kind::purchase, {2020, 6, 20}, "9", "9", "spouse");
+  ledger.add(Kind::purchase, {2020, 7, 1}, "2", "16").add(Kind::purchase, {2020, 7, 2}, "5", "45");
+  const TaxWalk walk = ledger.walk();
+  const TaxDisposal& sale = walk.disposals.front();
+  ASSERT_EQ(sale.matches.size(), 3U) << "the 31st day and what somebody else buys play no part";
+  EXPECT_EQ(sale.matches[0].cost, 7);
+  EXPECT_EQ(sale.matches[1].day, (YearMonthDay{2020, 7, 1}));
+  EXPECT_EQ(sale.matches[2].cost, 10);
+  EXPECT_EQ(sale.taxGain, 80 - 7 - 16 - 10);
+  EXPECT_EQ(walk.pools[0].shares, 14);
+  EXPECT_EQ(walk.pools[0].cost, 90 + 45);
+  EXPECT_FALSE(sale.superficial.isProvisional);
+  ledger.rules.today = {2020, 6, 30};
+  EXPECT_TRUE(ledger.walk().disposals.front().superficial.isProvisional);
+}
+
+/// 10 of 20 sold, the other 10 split into 30, then 15 bought, which are 5 of those sold.
+TEST(ShareMatching, CountsSharesOfTheDayOfTheSale) {
+  TaxLedger ledger = british({});
+  ledger.add(Kind::purchase, {2020, 1, 2}, "20", "200").add(Kind::sale, {2020, 6, 1}, "10", "150");
+  ledger.split({2020, 6, 5}, "10", "30").add(Kind::purchase, {2020, 6, 9}, "15", "60");
+  const TaxWalk walk = ledger.walk();
+  ASSERT_EQ(walk.disposals.front().matches.size(), 2U);
+  EXPECT_EQ(walk.disposals.front().matches[0].shares, 5);
+  EXPECT_EQ(walk.disposals.front().taxGain, 150 - 60 - 50);
+  EXPECT_EQ(walk.pools[0].shares, 45) << "15 of before the split were never taken out of the pool";
+  EXPECT_EQ(walk.pools[0].cost, 150);
+}
+
+/// The rules once more, share by share.
+TEST(ShareMatchingProperty, IsWhatMatchingSingleSharesGives) {
+  forRandomCases(100, [](std::mt19937_64& random) {
+    TaxLedger ledger = british({});
+    long held = 0;
+    YearMonthDay today{2021, 1, 1};
+    for (int i = 0; i < 40; ++i, today = daysAfter(today, static_cast<int>(random() % 20))) {
+      const bool isSale = held > 0 && random() % 2 == 0;
+      const long shares = 1 + static_cast<long>(random() % (isSale ? held : 9));
+      held += isSale ? -shares : shares;
+      ledger.add(isSale ? Kind::sale : Kind::purchase, today, std::to_string(shares),
+                 std::to_string(shares * static_cast<long>(random() % 20 + 1)));
+    }
+    struct Share {
+      std::size_t row;
+      bool isTaken = false;
+    };
+    std::vector<Share> bought;
+    std::map<YearMonthDay, std::pair<Decimal, Decimal>> days;  // cost and shares
+    std::map<std::size_t, long> unmatched;
+    for (std::size_t i = 0; i < ledger.rows.size(); ++i) {
+      const TaxRow& row = ledger.rows[i];
+      const long count = std::stol(row.shares.description());
+      if (row.kind == Kind::sale) {
+        unmatched[i] = count;
+        continue;
+      }
+      bought.insert(bought.end(), static_cast<std::size_t>(count), {i});
+      days[row.day].first += row.amount;
+      days[row.day].second += row.shares;
+    }
+    const auto costOfOne = [&](const YearMonthDay& day) {
+      return days[day].first / days[day].second;
+    };
+    std::map<std::size_t, Decimal> cost;
+    for (const auto& [first, last] : {std::pair(0, 0), std::pair(1, 30)}) {
+      for (auto& [sale, left] : unmatched) {
+        for (Share& share : bought) {
+          const int apart = daysBetween(ledger.rows[sale].day, ledger.rows[share.row].day);
+          if (left > 0 && !share.isTaken && first <= apart && apart <= last) {
+            share.isTaken = true;
+            --left;
+            cost[sale] += costOfOne(ledger.rows[share.row].day);
+          }
+        }
+      }
+    }
+    double poolCost = 0;
+    double poolShares = 0;
+    const TaxWalk walk = ledger.walk();
+    auto disposal = walk.disposals.begin();
+    for (std::size_t i = 0; i < ledger.rows.size(); ++i) {
+      const TaxRow& row = ledger.rows[i];
+      if (row.kind == Kind::sale) {
+        const auto left = static_cast<double>(unmatched[i]);
+        const double ofPool = left == 0 ? 0 : poolCost * left / poolShares;
+        EXPECT_NEAR(disposal->gain.doubleValue(), (row.amount - cost[i]).doubleValue() - ofPool,
+                    0.02 * (1 + left));
+        EXPECT_EQ(disposal->row, i);
+        ++disposal;
+        poolCost -= ofPool;
+        poolShares -= left;
+        continue;
+      }
+      for (const Share& share : bought) {
+        if (share.row == i && !share.isTaken) {
+          poolCost += costOfOne(row.day).doubleValue();
+          poolShares += 1;
+        }
+      }
+    }
+    EXPECT_EQ(disposal, walk.disposals.end());
+    EXPECT_NEAR(walk.pools[0].shares.doubleValue(), poolShares, 1e-9);
   });
 }
 

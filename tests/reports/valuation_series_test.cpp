@@ -193,6 +193,40 @@ TEST_F(ValuationTest, FetchesEachSeriesOnceWithItsLeadIn) {
   EXPECT_TRUE(told->errorsByPair.contains({Currency::usd(), Currency::cad()}));
 }
 
+/// 10 shares become 20: the market says so on the 4th, the row on the 8th.
+TEST_F(ValuationTest, SaysThatASplitStandsOnAnotherDayThanTheMarkets) {
+  quote(abc, {{1, "10"}, {4, "5"}});
+  record({on(day(2021, 3, 1)).deposit("100"), buy("10", "100"),
+          on(day(2021, 3, 8)).split("10", "20")});
+  MarketNeeds needs;
+  addMarketNeeds(needs, *portfolio, march(1), march(20), calendar);
+  EXPECT_THAT(needs.splitEquities, ElementsAre(abc));
+  const auto notesFor = [&](int dayOfMonth, Fraction ratio) {
+    market.splits[abc] = {{march(dayOfMonth), ratio}};
+    return returnsReport(*portfolio, {march(1), march(20)}, market, calendar).splitNotes;
+  };
+  EXPECT_THAT(notesFor(4, {2, 1}),
+              ElementsAre("The split of ABC is recorded on 2021-03-08, but the market made it on "
+                          "2021-03-04: the days between them show a jump that was none."));
+  EXPECT_THAT(notesFor(8, {2, 1}), IsEmpty());
+  EXPECT_THAT(notesFor(19, {2, 1}), IsEmpty()) << "more than 10 days apart they are two splits";
+  EXPECT_THAT(notesFor(4, {3, 1}), IsEmpty());
+}
+
+TEST_F(ValuationTest, KeepsAReturnWhateverFlowsInOnAFlatDay) {
+  for (const char* amount : {"1", "500", "1000000"}) {
+    ReportWorld world;
+    world.quote(world.abc, {{1, "10"}, {3, "11"}, {5, "12"}});
+    world.portfolio->usesCashAccounts = false;
+    const std::string shares = amount;
+    world.record({world.on(day(2021, 3, 1)).buy("10", "100"),
+                  world.on(day(2021, 3, 4)).buy(shares, (dec(shares) * 11).description())});
+    const auto series =
+        valuationSeries(*world.portfolio, {march(1), march(9)}, world.market, world.calendar);
+    EXPECT_NEAR(timeWeightedReturn(series.days).total.value(), 0.2, 1e-12) << amount;
+  }
+}
+
 /// A ledger in one currency, drawn at random, and its worth by the plainest reckoning.
 class RandomWorld : public ReportWorld {
  public:

@@ -30,6 +30,7 @@ namespace corvane::cli {
 [[nodiscard]] Command reviseCommand();
 [[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command taxCommand();
+[[nodiscard]] Command taxSettingsCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
 [[nodiscard]] Command watchCommand();

@@ -4,6 +4,9 @@
 #include <optional>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/expected_income_question.h"
+#include "cli/commands/returns_question.h"
+#include "cli/commands/tax_question.h"
 #include "cli/console/console_exchange_window.h"
 #include "cli/console/field_names.h"
 #include "cli/console/option_values.h"
@@ -13,6 +16,7 @@
 #include "exchange/exports/portfolio_gain_loss_exporter.h"
 #include "exchange/exports/portfolio_holdings_exporter.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
+#include "exchange/exports/report_lines_exporter.h"
 #include "ledger/reports/asset_lines.h"
 #include "platform/system/terminal.h"
 
@@ -140,24 +144,96 @@ void setUp(PortfolioExporter& exporter, const CommandLine& line) {
   });
 }
 
+Contents portfolioContents(const std::string& what, const CommandLine& line,
+                           const WorkspaceFile& workspace, const Console& console) {
+  const auto name = line.value("--portfolio");
+  if (!name) {
+    throw UsageError("“--portfolio NAME” is missing.");
+  }
+  PortfolioDataSlice slice{.portfolio = workspace.portfolio(*name)};
+  slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
+  return contentsOf(what, std::move(slice), *workspace.manager(), console);
+}
+
+Contents returnsContents(const CommandLine& line, const WorkspaceFile& workspace,
+                         const Console& console) {
+  PortfolioManager& manager = *workspace.manager();
+  ReturnsQuestion question = returnsQuestion(line, workspace);
+  askMarket(question, manager, console);
+  bool isComplete = true;
+  const ReturnsReport report = reportOf(question, manager.calendar, console, isComplete);
+  const auto benchmark =
+      benchmarkOf(line, question, report.series.currency, *manager.quoteProvider, console);
+  isComplete &= benchmark.has_value() || !line.has("--benchmark");
+  return {ReportLinesExporter::ofReturns(report, benchmark, scopeTitle(question), manager.calendar,
+                                         nullptr),
+          isComplete};
+}
+
+Contents taxContents(const CommandLine& line, const WorkspaceFile& workspace) {
+  const std::string section = line.value("--section").value_or("disposals");
+  if (section != "disposals" && section != "income") {
+    throw UsageError("--section is neither disposals nor income.");
+  }
+  const Calendar& calendar = workspace.manager()->calendar;
+  const TaxYearQuestion question =
+      taxQuestion(line, workspace.document()->model()->taxSettings, calendar);
+  const TaxYear year = taxYear(portfoliosWithRoles(line, workspace), question, calendar);
+  const std::string title = "Tax year " + std::to_string(question.first.year);
+  return {section == "income" ? ReportLinesExporter::ofTaxIncome(year, title, nullptr)
+                              : ReportLinesExporter::ofDisposals(year, title, calendar, nullptr)};
+}
+
+Contents incomeContents(const CommandLine& line, const WorkspaceFile& workspace,
+                        const Console& console) {
+  const PortfolioManager& manager = *workspace.manager();
+  const std::vector<PortfolioPointer> portfolios = portfoliosOf(line, workspace);
+  std::vector<ExpectedIncome> expected;
+  if (line.has("--projected")) {
+    expected = askForExpected(portfolios, manager, YearMonthDay::of(Date::now(), manager.calendar),
+                              console);
+  }
+  const bool isComplete =
+      std::ranges::all_of(expected, [](const auto& each) { return each.rate.has_value(); });
+  return {ReportLinesExporter::ofIncome(incomePayments(portfolios, expected, manager.calendar,
+                                                       line.has("--return-of-capital")),
+                                        "Income", manager.calendar, nullptr),
+          isComplete};
+}
+
+/// The source of prices that writing `what` needs; none where it needs none.
+std::optional<PriceSource::Need> needOf(const std::string& what, const CommandLine& line) {
+  if (what == "transactions" || what == "tax" || (what == "income" && !line.has("--projected"))) {
+    return std::nullopt;
+  }
+  // Gains tell the names of equities.
+  return what == "gains" ? PriceSource::Need::names : PriceSource::Need::prices;
+}
+
 void exportPortfolio(const CommandLine& line, const Console& console) {
   const std::string& what = line.word(0);
-  if (what != "transactions" && what != "holdings" && what != "gains") {
-    throw UsageError("“" + what + "” is none of transactions, holdings and gains.");
+  constexpr std::string_view kinds[] = {"transactions", "holdings", "gains",
+                                        "returns",      "tax",      "income"};
+  if (std::ranges::find(kinds, what) == std::end(kinds)) {
+    throw UsageError("“" + what +
+                     "” is none of transactions, holdings, gains, returns, tax and income.");
   }
-  // Transactions and gains need no prices, and so no network; gains tell the names of equities.
+  const auto need = needOf(what, line);
   std::optional<PriceSource> prices;
-  if (what != "transactions") {
-    prices.emplace(line, what == "holdings" ? PriceSource::Need::prices : PriceSource::Need::names);
+  if (need) {
+    prices.emplace(line, *need);
   }
   const WorkspaceFile workspace(line.word(1), console,
                                 prices ? prices->provider() : makeOfflineProvider());
-  PortfolioDataSlice slice{.portfolio = workspace.portfolio(line.required("--portfolio"))};
-  slice.selectDays(daysOf(line, slice.portfolio, workspace.manager()->calendar));
-  const auto [exporter, isComplete] =
-      contentsOf(what, std::move(slice), *workspace.manager(), console);
+  const auto [exporter, isComplete] = what == "returns" ? returnsContents(line, workspace, console)
+                                      : what == "tax"   ? taxContents(line, workspace)
+                                      : what == "income"
+                                          ? incomeContents(line, workspace, console)
+                                          : portfolioContents(what, line, workspace, console);
   if (exporter->exportRowCount() < 1) {
-    console.warn("There are no " + what + " in these days. Nothing has been exported.");
+    console.warn(what == "tax" || what == "income"
+                     ? "There is nothing to export. Nothing has been written."
+                     : "There are no " + what + " in these days. Nothing has been exported.");
     throw Failed(exitCode::failure);
   }
   setUp(*exporter, line);
@@ -180,18 +256,26 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
 
 Command exportCommand() {
   std::vector<Option> options = {
-      {"--portfolio", "NAME", "the portfolio", true},
+      {"--portfolio", "NAME", "the portfolio; of reports all where it is absent"},
       {"--out", "FILE", "the file to write", true},
       {"--from", "DAY", "the first day, such as 2024-01-01; else that of the first transaction"},
       {"--to", "DAY", "the last day; else today"},
       {"--fields", "LIST", "the columns, with commas between; else all"},
       {"--no-header", "", "leaves out the row of titles"},
-      {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"}};
+      {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"},
+      {"--symbol", "S", "returns of one equity alone"},
+      {"--benchmark", "S", "an equity to compare returns with"},
+      {"--currency", "C", "the currency of returns of all portfolios together"},
+      {"--year", "YEAR", "of taxes, the year in which the tax year starts; else that of today"},
+      {"--person", "NAME", "whose tax year; else your own"},
+      {"--section", "NAME", "of taxes, disposals or income", false, false, "disposals income"},
+      {"--projected", "", "income with what the next twelve months are expected to bring"},
+      {"--return-of-capital", "", "counts returns of capital as income"}};
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {
       .name = "export",
-      .summary = "Writes transactions, holdings or gains to a file.",
-      .words = {"transactions|holdings|gains", "WORKSPACE"},
+      .summary = "Writes transactions, holdings, gains or a report to a file.",
+      .words = {"transactions|holdings|gains|returns|tax|income", "WORKSPACE"},
       .options = std::move(options),
       .explanation =
           "FILE is text in UTF-8, each cell in quotes, with commas between. A file that is there "
@@ -202,7 +286,8 @@ Command exportCommand() {
           "\nHoldings are those at the end of the last day. Gains are those of what was bought or "
           "sold in\nthe days. Where a price or a rate is missing, its cells stay empty and the "
           "exit "
-          "code is 1.\n",
+          "code is 1. Returns have a line for each day, taxes for each disposal, income for each "
+          "payment.\n",
       .run = &exportPortfolio};
 }
 

@@ -4,10 +4,14 @@
 
 #include "cli/commands/commands.h"
 #include "cli/commands/report_output.h"
+#include "cli/commands/returns_question.h"
 #include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
 #include "reports/series/report_days.h"
+#include "reports/trail/income_trails.h"
 #include "reports/trail/ledger_trails.h"
+#include "reports/trail/returns_trails.h"
+#include "reports/trail/tax_trails.h"
 
 namespace corvane::cli {
 namespace {
@@ -66,54 +70,173 @@ void addLines(const TrailNode& node, int depth, ReportTable& table) {
   }
 }
 
-TrailNode trailOf(const CommandLine& line, const PortfolioPointer& portfolio,
-                  const Calendar& calendar) {
-  const std::string& what = line.word(0);
-  if (what == "value") {
-    return valueTrail(*portfolio);
+/// What an explanation is made from.
+struct ExplainedWorld {
+  const CommandLine& line;
+  const WorkspaceFile& workspace;
+  const Console& console;
+  PortfolioPointer portfolio;
+  PortfolioManager& manager;
+
+  [[nodiscard]] EquityPointer equity() const {
+    const auto symbol = line.value("--symbol");
+    if (!symbol) {
+      throw UsageError("This needs --symbol.");
+    }
+    return equityNamed(*symbol, equitiesOf({portfolio}));
   }
-  if (what == "deposits") {
-    return depositsTrail(*portfolio);
+  [[nodiscard]] YearMonthDay today() const {
+    return dayOption(line, "--day").value_or(YearMonthDay::of(Date::now(), manager.calendar));
   }
-  const bool isGain = what == "gain";
-  const std::size_t row = rowOf(line, *portfolio, calendar, isGain);
-  auto trail = isGain ? capitalGainTrail(*portfolio, row, calendar)
-                      : costBaseTrail(*portfolio, row, calendar);
+};
+
+std::optional<TrailNode> ledgerTrail(const ExplainedWorld& world, bool isGain) {
+  const Calendar& calendar = world.manager.calendar;
+  const std::size_t row = rowOf(world.line, *world.portfolio, calendar, isGain);
+  auto trail = isGain ? capitalGainTrail(*world.portfolio, row, calendar)
+                      : costBaseTrail(*world.portfolio, row, calendar);
   if (!trail) {
     throw UsageError(isGain ? "That row is no sale." : "That row names no equity.");
   }
-  return std::move(*trail);
+  return trail;
 }
+
+/// The tax gain of a sale in its own tax year, under the settings of the workspace.
+std::optional<TrailNode> taxTrail(const ExplainedWorld& world) {
+  const Calendar& calendar = world.manager.calendar;
+  const std::size_t position = rowOf(world.line, *world.portfolio, calendar, true);
+  const auto& model = world.workspace.document()->model();
+  const auto& portfolios = world.manager.portfolios();
+  std::ranges::for_each(portfolios, requireRows);
+  const auto taxed = taxedPortfolios(
+      portfolios, [&](const PortfolioPointer& portfolio) { return model->taxRoleOf(portfolio); });
+  const PortfolioTransaction& row = *world.portfolio->transactions()[position];
+  const TaxSettings& settings = model->taxSettings;
+  const YearMonthDay day =
+      YearMonthDay::of(settings.byTradeDate ? row.tradeDate() : row.settlementDate(), calendar);
+  TaxYearQuestion question =
+      taxYearQuestion(settings, settings.yearOf(day), YearMonthDay::of(Date::now(), calendar));
+  question.person = std::ranges::find(taxed, world.portfolio, &TaxedPortfolio::portfolio)->person;
+  for (const TaxYear::Disposal& disposal : taxYear(taxed, question, calendar).disposals) {
+    if (disposal.place.portfolio == world.portfolio && disposal.place.position == position) {
+      return taxGainTrail(disposal, taxed, question, calendar);
+    }
+  }
+  throw UsageError("That row is no sale that is taxed.");
+}
+
+std::optional<TrailNode> returnTrail(const ExplainedWorld& world, bool isMoneyWeighted,
+                                     bool& isComplete) {
+  ReturnsQuestion question = returnsQuestion(world.line, world.workspace);
+  askMarket(question, world.manager, world.console);
+  const ReturnsReport report =
+      reportOf(question, world.manager.calendar, world.console, isComplete);
+  const auto& series = report.series;
+  return isMoneyWeighted ? moneyWeightedTrail(series.days, series.currency)
+                         : timeWeightedTrail(series.days, series.currency,
+                                             world.line.has("--days") ? ReturnsDetail::days
+                                                                      : ReturnsDetail::stretches);
+}
+
+std::optional<TrailNode> incomeTrail(const ExplainedWorld& world, bool isYield) {
+  const EquityPointer equity = world.equity();
+  const Calendar& calendar = world.manager.calendar;
+  if (isYield) {
+    return yieldOnCostTrail(*world.portfolio, equity, world.today(), calendar);
+  }
+  QuoteProvider& quotes = *world.manager.quoteProvider;
+  std::optional<DividendCalendar> dividends;
+  fetchDividendCalendar(world.manager.quoteProvider, {equity}, world.today(),
+                        [&](DividendCalendar told) { dividends = std::move(told); });
+  waitFor([&] { return dividends.has_value(); });
+  const std::vector<PortfolioPointer> portfolios{world.portfolio};
+  for (const ExpectedIncome& expected : expectedIncomes(
+           portfolios, world.today(), calendar, recentRates(portfolios, quotes), *dividends)) {
+    if (*expected.line.equity == *equity) {
+      return projectionTrail(expected);
+    }
+  }
+  return std::nullopt;
+}
+
+struct Explainable {
+  std::string_view what;
+  bool needsPrices;
+  std::optional<TrailNode> (*explain)(const ExplainedWorld& world, bool& isComplete);
+};
+
+constexpr Explainable explainables[] = {
+    {"value", true,
+     [](const ExplainedWorld& world, bool&) {
+       return std::optional(valueTrail(*world.portfolio));
+     }},
+    {"deposits", true,
+     [](const ExplainedWorld& world, bool&) {
+       return std::optional(depositsTrail(*world.portfolio));
+     }},
+    {"cost-base", false,
+     [](const ExplainedWorld& world, bool&) { return ledgerTrail(world, false); }},
+    {"gain", false, [](const ExplainedWorld& world, bool&) { return ledgerTrail(world, true); }},
+    {"tax", false, [](const ExplainedWorld& world, bool&) { return taxTrail(world); }},
+    {"return", true,
+     [](const ExplainedWorld& world, bool& isComplete) {
+       return returnTrail(world, false, isComplete);
+     }},
+    {"money-return", true,
+     [](const ExplainedWorld& world, bool& isComplete) {
+       return returnTrail(world, true, isComplete);
+     }},
+    {"yield", false, [](const ExplainedWorld& world, bool&) { return incomeTrail(world, true); }},
+    {"projection", true,
+     [](const ExplainedWorld& world, bool&) { return incomeTrail(world, false); }},
+};
 
 void writeExplanation(const CommandLine& line, const Console& console) {
   const std::string& what = line.word(0);
-  if (what != "value" && what != "deposits" && what != "cost-base" && what != "gain") {
-    throw UsageError("“" + what + "” is none of value, deposits, cost-base and gain.");
+  const auto found = std::ranges::find(explainables, what, &Explainable::what);
+  if (found == std::end(explainables)) {
+    throw UsageError("“" + what +
+                     "” is none of value, deposits, cost-base, gain, tax, return, money-return, "
+                     "yield and projection.");
   }
-  const bool needsPrices = what == "value" || what == "deposits";
   std::optional<PriceSource> prices;
-  if (needsPrices) {
+  if (found->needsPrices) {
     prices.emplace(line);
   }
   const WorkspaceFile workspace(line.word(1), console,
                                 prices ? prices->provider() : makeOfflineProvider());
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
-  const PortfolioManager& manager = *workspace.manager();
-  if (needsPrices) {
+  PortfolioManager& manager = *workspace.manager();
+  if (found->needsPrices) {
     // Which currency an equity is traded in has to be known before its rate can be asked for.
     refreshEquities(*manager.quoteProvider, equitiesOf({portfolio}), console);
     const EquitySet needed = manager.valuationEquities(portfolio);
     refreshEquities(*manager.quoteProvider, {needed.begin(), needed.end()}, console);
   }
-  const TrailNode trail = trailOf(line, portfolio, manager.calendar);
-  if (!line.has("--csv")) {
-    writeOutline(trail, 0, console.out);
-    return;
+  bool isComplete = true;
+  const auto trail = found->explain({line, workspace, console, portfolio, manager}, isComplete);
+  if (!trail) {
+    console.warn("There is no such figure to explain.");
+    throw Failed(exitCode::failure);
   }
-  ReportTable table(
-      {{"depth"}, {"label"}, {"operation"}, {"value"}, {"unit"}, {"day"}, {"source"}, {"note"}});
-  addLines(trail, 0, table);
-  table.writeCSV(console.out);
+  if (const ListingFormat format = listingFormat(line); format == ListingFormat::table) {
+    writeOutline(*trail, 0, console.out);
+  } else {
+    constexpr Listing::Kind number = Listing::Kind::number;
+    ReportTable table({{"depth", "Depth", number},
+                       {"label", "Label"},
+                       {"operation", "Operation"},
+                       {"value", "Value", number},
+                       {"unit", "Unit"},
+                       {"day", "Day"},
+                       {"source", "Source"},
+                       {"note", "Note"}});
+    addLines(*trail, 0, table);
+    table.write(format, console.out);
+  }
+  if (!isComplete) {
+    throw Failed(exitCode::failure);  // What is missing has been told.
+  }
 }
 
 }  // namespace
@@ -123,16 +246,24 @@ Command explainCommand() {
       {"--portfolio", "NAME", "the portfolio", true},
       {"--symbol", "S", "of which equity, after its last row"},
       {"--row", "N", "after which row; numbers are those of corvane-cli ledger"},
-      {"--day", "DAY", "the last day whose rows count"},
-      {"--csv", "", "writes text with commas, for programs"}};
+      {"--day", "DAY", "the last day whose rows count, or the day of a yield"},
+      {"--from", "DAY", "the first day of a return; else that of the first transaction"},
+      {"--to", "DAY", "its last day; else today"},
+      {"--days", "", "tells a return day by day"}};
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "explain",
           .summary = "Shows how a figure came about, down to rows, prices and roundings.",
-          .words = {"value|deposits|cost-base|gain", "WORKSPACE"},
+          .words = {"value|deposits|cost-base|gain|tax|return|money-return|yield|projection",
+                    "WORKSPACE"},
           .options = std::move(options),
           .explanation =
-              "Each line is what the lines indented below it give. Cost base and gain need "
-              "--symbol or --row;\nvalue and deposits are those at the latest prices and rates.\n",
+              "Each line is what the lines indented below it give. Cost base, gain and tax need "
+              "--symbol or --row,\nyield and projection --symbol. Value and deposits are those at "
+              "the latest prices and rates; a\nreturn is the time-weighted one, told by the "
+              "stretches between flows, a money-return the\nmoney-weighted one with each payment. "
+              "--csv and --json write depth, label, operation, value,\nunit, day, source and "
+              "note.\n",
           .run = &writeExplanation};
 }
 

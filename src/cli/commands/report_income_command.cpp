@@ -3,10 +3,11 @@
 #include <map>
 
 #include "cli/commands/commands.h"
+#include "cli/commands/expected_income_question.h"
 #include "cli/commands/report_output.h"
 #include "cli/console/price_source.h"
-#include "reports/income/income_report.h"
-#include "reports/returns/total_return_index.h"
+#include "cli/console/text_table.h"
+#include "reports/income/income_payments.h"
 #include "reports/series/report_days.h"
 
 namespace corvane::cli {
@@ -14,118 +15,39 @@ namespace {
 
 using enum TextTable::Alignment;
 
-/// Income by primary currency and by a part of the day's text: "2024-03" or "2024".
-using IncomeOfPeriods = std::map<std::string, std::map<std::string, Decimal>>;
-
-/// An equity of a portfolio with what it is expected to pay.
-struct ExpectedIncome {
-  PortfolioPointer portfolio;
-  EquityIncome line;
-  std::optional<Decimal> rate;  ///< to the primary currency; none where it is not known
-  IncomeProjection projection;
-};
-
-std::string kindOfIncome(TransactionType kind) {
-  if (kind == TransactionType::dividend) {
-    return "dividend";
-  }
-  if (kind == TransactionType::capitalGainsDividend) {
-    return "capital gains dividend";
-  }
-  return kind == TransactionType::reinvestedDistribution ? "reinvested distribution"
-                                                         : "return of capital";
-}
-
 /// The income of each month or year beside that of the same months of the year before; a year that
 /// is not over is compared with a part of the last one.
-void writeIncomeByPeriod(const std::vector<IncomeRow>& rows, bool isMonthly,
+void writeIncomeByPeriod(const std::vector<IncomeRow>& rows, IncomePeriod::Length length,
                          const YearMonthDay& today, std::ostream& out) {
-  IncomeOfPeriods sums;
-  IncomeOfPeriods before;
-  std::map<std::string, Currency> currencies;
-  const std::size_t length = isMonthly ? 7 : 4;
-  for (const IncomeRow& row : rows) {
-    const std::string code(row.equivalent.currency.code);
-    currencies[code] = row.equivalent.currency;
-    sums[code][isoText(row.day).substr(0, length)] += row.equivalent.amount;
-    YearMonthDay next = row.day;
-    ++next.year;
-    const bool counts = isMonthly || next.year < today.year ||
-                        (next.year == today.year && next.month <= today.month);
-    if (counts) {
-      before[code][isoText(next).substr(0, length)] += row.equivalent.amount;
+  const char* title = length == IncomePeriod::Length::month     ? "Month"
+                      : length == IncomePeriod::Length::quarter ? "Quarter"
+                                                                : "Year";
+  TextTable table(
+      {{title},
+       {"Currency"},
+       {"Income", right},
+       {length == IncomePeriod::Length::year ? "Same Months Before" : "Year Before", right}});
+  std::map<std::string, std::pair<Currency, Decimal>> totals;
+  std::string code;
+  const auto addTotal = [&] {
+    if (!code.empty()) {
+      const auto& [currency, sum] = totals[code];
+      table.add({"Total", code, moneyText(sum, currency), ""});
     }
-  }
-  TextTable table({{isMonthly ? "Month" : "Year"},
-                   {"Currency"},
-                   {"Income", right},
-                   {isMonthly ? "Year Before" : "Same Months Before", right}});
-  for (const auto& [code, periods] : sums) {
-    Decimal total;
-    for (const auto& [period, amount] : periods) {
-      total += amount;
-      table.add({period, code, moneyText(amount, currencies[code]),
-                 moneyText(before[code][period], currencies[code])});
+  };
+  for (const IncomePeriod& period : incomeByPeriod(rows, length, today)) {
+    const std::string next(period.currency.code);
+    if (next != code) {
+      addTotal();
+      code = next;
     }
-    table.add({"Total", code, moneyText(total, currencies[code]), ""});
+    totals[code].first = period.currency;
+    totals[code].second += period.income;
+    table.add({period.name(), code, moneyText(period.income, period.currency),
+               moneyText(period.sameMonthsBefore, period.currency)});
   }
+  addTotal();
   table.write(out);
-}
-
-std::optional<Decimal> rateToPrimary(const Currency& from, const Currency& to,
-                                     QuoteProvider& quotes) {
-  return from == to ? std::optional(Decimal(1)) : quotes.exchangeRateEquity(from, to)->recentPrice;
-}
-
-/// What each holding is expected to pay, after the provider's dividends, or after the portfolio's
-/// own rows where it knows none.
-std::vector<ExpectedIncome> expectedIncome(const std::vector<PortfolioPointer>& portfolios,
-                                           const PortfolioManager& manager,
-                                           const YearMonthDay& today, const Console& console) {
-  QuoteProvider& quotes = *manager.quoteProvider;
-  refreshEquities(quotes, equitiesOf(portfolios), console);
-  EquitySet needed;
-  for (const PortfolioPointer& portfolio : portfolios) {
-    needed.merge(manager.valuationEquities(portfolio));
-  }
-  refreshEquities(quotes, {needed.begin(), needed.end()}, console);
-  std::vector<ExpectedIncome> expected;
-  EquityMap<std::optional<Result<DividendHistory>>> told;
-  for (const PortfolioPointer& portfolio : portfolios) {
-    const Currency& primary = portfolio->primaryCurrency();
-    for (EquityIncome& line : equityIncomes(
-             *portfolio, today, manager.calendar,
-             [&](const Currency& currency) { return rateToPrimary(currency, primary, quotes); })) {
-      told.try_emplace(line.equity);
-      expected.push_back(
-          {portfolio, line, rateToPrimary(line.equity->currency, primary, quotes), {}});
-    }
-  }
-  constexpr int yearsOfDividends = 3;
-  const YearMonthDay from = daysAfter(today, -366 * yearsOfDividends);
-  for (auto& [equity, answer] : told) {
-    fetchDividendHistory(manager.quoteProvider, equity, from, today,
-                         [&answer = answer](auto result) { answer = std::move(result); });
-  }
-  waitFor([&] {
-    return std::ranges::all_of(told, [](const auto& entry) { return entry.second.has_value(); });
-  });
-  for (ExpectedIncome& each : expected) {
-    const auto& answer = *told[each.line.equity];
-    std::vector<SharePayment> payments;
-    if (answer) {
-      for (const ShareDividend& dividend : answer->dividends) {
-        payments.push_back({dividend.exDay, dividend.amount});
-      }
-    } else {
-      console.warn("No dividends of " + each.line.equity->symbol +
-                   " could be had; those of the ledger count.");
-    }
-    each.projection = projectedIncome(
-        payments.empty() ? each.line.payments : payments, today,
-        {each.line.shares, each.rate.value_or(1), each.portfolio->primaryCurrency()});
-  }
-  return expected;
 }
 
 std::string nextPaymentText(const ExpectedIncome& each) {
@@ -204,50 +126,38 @@ void writeProjection(const std::vector<ExpectedIncome>& expected, std::ostream& 
   }
 }
 
-std::string perShareOf(const Decimal& amount, const std::optional<Decimal>& shares) {
-  return shares && !shares->isZero() ? (amount / *shares).description() : "";
-}
-
-void writeIncomeCSV(const std::vector<std::pair<std::string, IncomeRow>>& rows,
-                    const std::vector<ExpectedIncome>& expected, std::ostream& out) {
-  ReportTable table({{"date"},
-                     {"portfolio"},
-                     {"symbol"},
-                     {"kind"},
-                     {"shares"},
-                     {"perShare"},
-                     {"amount"},
-                     {"currency"},
-                     {"rate"},
-                     {"equivalent"},
-                     {"status"},
-                     {"note"}});
-  for (const auto& [portfolio, row] : rows) {
-    const Decimal& amount = row.amount.amount;
-    table.add({isoText(row.day), portfolio, row.equity->symbol, kindOfIncome(row.kind),
-               row.shares ? row.shares->description() : "", perShareOf(amount, row.shares),
-               amount.description(), std::string(row.amount.currency.code),
-               amount.isZero() ? "" : (row.equivalent.amount / amount).description(),
-               row.equivalent.amount.description(), "paid", ""});
+void writePayments(const std::vector<IncomePayment>& payments, ListingFormat format,
+                   std::ostream& out) {
+  constexpr Listing::Kind number = Listing::Kind::number;
+  ReportTable table({{"date", "Date"},
+                     {"portfolio", "Portfolio"},
+                     {"symbol", "Symbol"},
+                     {"kind", "Kind"},
+                     {"shares", "Shares", number},
+                     {"perShare", "Per Share", number},
+                     {"amount", "Amount", number},
+                     {"currency", "Currency"},
+                     {"rate", "Rate", number},
+                     {"equivalent", "Equivalent", number},
+                     {"status", "Status"},
+                     {"note", "Note"}});
+  const auto text = [](const std::optional<Decimal>& figure) {
+    return figure ? figure->description() : std::string();
+  };
+  for (const IncomePayment& payment : payments) {
+    table.add({isoText(payment.day), payment.portfolio, payment.equity->symbol,
+               kindOfIncome(payment.kind), text(payment.shares), text(payment.perShare),
+               payment.amount.amount.description(), std::string(payment.amount.currency.code),
+               text(payment.rate), payment.equivalent ? text(payment.equivalent->amount) : "",
+               std::string(displayName(payment.status)), payment.note});
   }
-  for (const ExpectedIncome& each : expected) {
-    for (const IncomeProjection::Payment& payment : each.projection.payments) {
-      table.add({isoText(payment.day), each.portfolio->name, each.line.equity->symbol, "dividend",
-                 each.line.shares.description(), payment.perShare.description(),
-                 (payment.perShare * each.line.shares).description(),
-                 std::string(each.line.equity->currency.code),
-                 each.rate ? each.rate->description() : "",
-                 each.rate ? payment.amount.description() : "",
-                 payment.isDeclared ? "declared" : "estimated", each.rate ? "" : "no rate"});
-    }
-  }
-  table.writeCSV(out);
+  table.write(format, out);
 }
 
 void writeIncome(const CommandLine& line, const Console& console) {
   const std::string by = line.value("--by").value_or("month");
-  if (by != "month" && by != "year" && by != "equity") {
-    throw UsageError("--by is none of month, year and equity.");
+  if (by != "month" && by != "quarter" && by != "year" && by != "equity") {
+    throw UsageError("--by is none of month, quarter, year and equity.");
   }
   const bool isExpected = by == "equity" || line.has("--projected");
   std::optional<PriceSource> prices;
@@ -259,19 +169,17 @@ void writeIncome(const CommandLine& line, const Console& console) {
   const PortfolioManager& manager = *workspace.manager();
   const std::vector<PortfolioPointer> portfolios = portfoliosOf(line, workspace);
   const YearMonthDay today = YearMonthDay::of(Date::now(), manager.calendar);
-  std::vector<std::pair<std::string, IncomeRow>> rows;
+  const bool withReturns = line.has("--return-of-capital");
   std::vector<IncomeRow> income;
   for (const PortfolioPointer& portfolio : portfolios) {
-    for (const IncomeRow& row :
-         recordedIncome(*portfolio, manager.calendar, line.has("--return-of-capital"))) {
-      rows.emplace_back(portfolio->name, row);
-      income.push_back(row);
-    }
+    std::ranges::move(recordedIncome(*portfolio, manager.calendar, withReturns),
+                      std::back_inserter(income));
   }
-  const auto expected = isExpected ? expectedIncome(portfolios, manager, today, console)
+  const auto expected = isExpected ? askForExpected(portfolios, manager, today, console)
                                    : std::vector<ExpectedIncome>();
-  if (line.has("--csv")) {
-    writeIncomeCSV(rows, expected, console.out);
+  if (const ListingFormat format = listingFormat(line); format != ListingFormat::table) {
+    writePayments(incomePayments(portfolios, expected, manager.calendar, withReturns), format,
+                  console.out);
   } else if (line.has("--projected")) {
     writeProjection(expected, console.out);
   } else if (income.empty()) {
@@ -279,7 +187,10 @@ void writeIncome(const CommandLine& line, const Console& console) {
   } else if (by == "equity") {
     writeIncomeByEquity(expected, console.out);
   } else {
-    writeIncomeByPeriod(income, by == "month", today, console.out);
+    const auto length = by == "month"     ? IncomePeriod::Length::month
+                        : by == "quarter" ? IncomePeriod::Length::quarter
+                                          : IncomePeriod::Length::year;
+    writeIncomeByPeriod(income, length, today, console.out);
   }
   if (std::ranges::any_of(expected, [](const auto& each) { return !each.rate; })) {
     throw Failed(exitCode::failure);  // The lines say whose rate is missing.
@@ -291,10 +202,10 @@ void writeIncome(const CommandLine& line, const Console& console) {
 Command incomeCommand() {
   std::vector<Option> options = {
       {"--portfolio", "NAME", "the portfolio; else all of them"},
-      {"--by", "month|year|equity", "what a line stands for; else a month"},
+      {"--by", "month|quarter|year|equity", "what a line stands for; else a month"},
       {"--projected", "", "shows what the next twelve months are expected to bring"},
-      {"--return-of-capital", "", "counts returns of capital as income"},
-      {"--csv", "", "writes each payment as text with commas, for programs"}};
+      {"--return-of-capital", "", "counts returns of capital as income"}};
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "income",
           .summary = "Shows what dividends and distributions have brought, and may bring.",

@@ -4,21 +4,6 @@
 #include <map>
 
 namespace corvane::cli {
-namespace {
-
-void writeCSVLine(std::ostream& out, const std::vector<std::string>& cells) {
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    out << (i == 0 ? "\"" : ",\"");
-    for (const char character : cells[i]) {
-      out << (character == '"' ? "\"\"" : std::string(1, character));
-    }
-    out << '"';
-  }
-  out << "\r\n";
-}
-
-}  // namespace
-
 std::string moneyText(const Decimal& amount, const Currency& currency) {
   std::string digits = roundedToMinorUnits(amount, currency).description();
   if (currency.minorUnits <= 0 || amount.isNaN()) {
@@ -39,23 +24,30 @@ std::string percentText(const std::optional<double>& value) {
   return moneyText(Decimal::fromDouble(*value * 100), Currency::cad()) + " %";
 }
 
-void ReportTable::writeText(std::ostream& out) const {
-  TextTable table(columns_);
-  for (const auto& row : rows_) {
-    table.add(row);
+void ReportTable::write(ListingFormat format, std::ostream& out) const {
+  Listing listing(fields_);
+  for (const auto& [cells, isTotal] : rows_) {
+    if (format == ListingFormat::table) {
+      listing.add(cells);
+    } else if (!isTotal) {
+      std::vector<std::string> data = cells;
+      std::ranges::replace(data, std::string(noFigure), std::string());
+      listing.add(std::move(data));
+    }
   }
-  table.write(out);
+  listing.write(format, out);
 }
 
-void ReportTable::writeCSV(std::ostream& out) const {
-  std::vector<std::string> titles;
-  for (const TextTable::Column& column : columns_) {
-    titles.push_back(column.title);
-  }
-  writeCSVLine(out, titles);
-  for (std::vector<std::string> row : rows_) {
-    std::ranges::replace(row, std::string(noFigure), std::string());
-    writeCSVLine(out, row);
+std::string kindOfIncome(TransactionType kind) {
+  switch (kind) {
+    case TransactionType::dividend:
+      return "dividend";
+    case TransactionType::capitalGainsDividend:
+      return "capital gains dividend";
+    case TransactionType::reinvestedDistribution:
+      return "reinvested distribution";
+    default:
+      return "return of capital";
   }
 }
 

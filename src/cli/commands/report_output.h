@@ -9,9 +9,10 @@
 
 #include "cli/console/command_line.h"
 #include "cli/console/console.h"
-#include "cli/console/text_table.h"
+#include "cli/console/listing.h"
 #include "cli/console/workspace_file.h"
 #include "core/money/currency_amount.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane::cli {
 
@@ -24,22 +25,29 @@ inline constexpr std::string_view noFigure = "—";
 /// 0.1234 as "12.34 %".
 [[nodiscard]] std::string percentText(const std::optional<double>& value);
 
-/// A table that is written for eyes, or for programs: as text of UTF-8 with each cell in quotes,
-/// commas between and CR LF at the end of a line.
+/// "dividend", "capital gains dividend", "reinvested distribution", "return of capital"
+[[nodiscard]] std::string kindOfIncome(TransactionType kind);
+
+/// A listing in which a cell without a figure has a dash for eyes and nothing for programs.
 class ReportTable {
  public:
-  explicit ReportTable(std::vector<TextTable::Column> columns) : columns_(std::move(columns)) {}
+  explicit ReportTable(std::vector<Listing::Field> fields) : fields_(std::move(fields)) {}
 
-  /// A cell for each column.
-  void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+  /// A cell for each field.
+  void add(std::vector<std::string> cells) { rows_.push_back({std::move(cells), false}); }
+  /// A line that adds up others, for eyes alone.
+  void addTotal(std::vector<std::string> cells) { rows_.push_back({std::move(cells), true}); }
   [[nodiscard]] bool isEmpty() const { return rows_.empty(); }
 
-  void writeText(std::ostream& out) const;
-  void writeCSV(std::ostream& out) const;
+  void write(ListingFormat format, std::ostream& out) const;
 
  private:
-  std::vector<TextTable::Column> columns_;
-  std::vector<std::vector<std::string>> rows_;
+  struct Row {
+    std::vector<std::string> cells;
+    bool isTotal;
+  };
+  std::vector<Listing::Field> fields_;
+  std::vector<Row> rows_;
 };
 
 /// The portfolios that --portfolio names, or all of the workspace; their rows are read. Throws

@@ -3,8 +3,9 @@
 
 #include "cli/commands/commands.h"
 #include "cli/commands/report_output.h"
-#include "cli/console/option_values.h"
+#include "cli/commands/returns_question.h"
 #include "cli/console/price_source.h"
+#include "cli/console/text_table.h"
 #include "reports/returns/returns_report.h"
 #include "reports/returns/total_return_index.h"
 #include "reports/series/report_days.h"
@@ -12,119 +13,23 @@
 namespace corvane::cli {
 namespace {
 
-/// What a command line asks for, with what the market has told.
-struct ReturnsQuestion {
-  std::vector<PortfolioPointer> portfolios;
-  Currency currency;
-  EquityPointer equity;
-  YearMonthDay from;
-  YearMonthDay to;
-  std::shared_ptr<MarketHistory> market = nullptr;
-};
-
-ReturnsQuestion questionOf(const CommandLine& line, const WorkspaceFile& workspace) {
-  const Calendar& calendar = workspace.manager()->calendar;
-  ReturnsQuestion question{portfoliosOf(line, workspace), Currency::cad(), nullptr, {}, {}};
-  if (const auto symbol = line.value("--symbol")) {
-    question.equity = equityNamed(*symbol, equitiesOf(question.portfolios));
-  }
-  const auto code = line.value("--currency");
-  question.currency = code ? currencyNamed(*code) : commonCurrency(question.portfolios);
-  question.to = dayOption(line, "--to").value_or(YearMonthDay::of(Date::now(), calendar));
-  YearMonthDay first = question.to;
-  for (const PortfolioPointer& portfolio : question.portfolios) {
-    if (const auto& rows = portfolio->transactions(); !rows.empty()) {
-      first = std::min(first, YearMonthDay::of(rows.front()->settlementDate(), calendar));
-    }
-  }
-  question.from = dayOption(line, "--from").value_or(first);
-  if (question.to < question.from) {
-    throw UsageError("--to is before --from.");
-  }
-  return question;
+std::string volatilityText(const std::optional<Volatility>& volatility) {
+  return percentText(volatility ? std::optional(volatility->annual()) : std::nullopt);
 }
 
-void askMarket(ReturnsQuestion& question, PortfolioManager& manager, const Console& console) {
-  // Which currency an equity is traded in has to be known before its prices are asked for.
-  refreshEquities(*manager.quoteProvider, equitiesOf(question.portfolios), console);
-  MarketNeeds needs;
-  for (const PortfolioPointer& portfolio : question.portfolios) {
-    addMarketNeeds(needs, *portfolio, question.from, question.to, manager.calendar,
-                   question.currency);
+std::string drawdownText(const std::optional<Drawdowns>& drawdowns, Drawdown Drawdowns::*which,
+                         const TimeWeightedReturn& returns) {
+  if (!drawdowns) {
+    return std::string(returns.total ? "0.00 %" : noFigure);
   }
-  fetchMarketHistory(
-      manager.quoteProvider, needs, question.from, question.to,
-      [&question](std::shared_ptr<MarketHistory> history) { question.market = history; });
-  waitFor([&] { return question.market != nullptr; });
-}
-
-/// The report of `portfolio`, without what the market did not tell, which is warned of.
-ReturnsReport reportWithout(const ReturnsQuestion& question, Portfolio& portfolio,
-                            const Calendar& calendar, const Console& console, bool& isComplete) {
-  ValuationScope scope{question.from, question.to, question.equity};
-  ReturnsReport report = returnsReport(portfolio, scope, *question.market, calendar);
-  if (report.series.missing.empty()) {
-    return report;
-  }
-  isComplete = false;
-  for (const std::string& name : report.series.missing) {
-    console.warn(portfolio.name + ": no prices or rates of " + name +
-                 (question.equity == nullptr ? ", which is left out." : "."));
-    if (const auto currency = Currency::byCode().find(name); currency != Currency::byCode().end()) {
-      scope.leftOutCurrencies.insert(currency->second);
-    }
-  }
-  for (const auto& [equity, error] : question.market->errorsByEquity) {
-    scope.leftOut.insert(equity);
-  }
-  return question.equity != nullptr ? report
-                                    : returnsReport(portfolio, scope, *question.market, calendar);
-}
-
-std::optional<BenchmarkReturn> benchmarkOf(const CommandLine& line, const ReturnsQuestion& question,
-                                           const Currency& currency, QuoteProvider& provider,
-                                           const Console& console) {
-  const auto symbol = line.value("--benchmark");
-  if (!symbol) {
-    return std::nullopt;
-  }
-  const EquityPointer equity = provider.equityWithId(*symbol);
-  refreshEquities(provider, {equity}, console);
-  std::optional<Result<DividendHistory>> answer;
-  fetchDividendHistory(provider.shared_from_this(), equity, question.from, question.to,
-                       [&](auto result) { answer = std::move(result); });
-  std::shared_ptr<MarketHistory> rates;
-  MarketNeeds needs;
-  if (equity->currency != currency) {
-    needs.pairs.insert({equity->currency, currency});
-  }
-  fetchMarketHistory(provider.shared_from_this(), needs, question.from, question.to,
-                     [&](auto history) { rates = history; });
-  waitFor([&] { return answer.has_value() && rates != nullptr; });
-  if (!*answer) {
-    (*answer).error()->raise();
-  }
-  const auto pair = rates->rates.find({equity->currency, currency});
-  if (equity->currency != currency && pair == rates->rates.end()) {
-    console.warn("No rates of " + std::string(equity->currency.code) + " for the benchmark.");
-    return std::nullopt;
-  }
-  auto found =
-      benchmarkReturn(**answer, needs.pairs.empty() ? nullptr : &pair->second, question.from);
-  if (!found) {
-    console.warn("No price of " + *symbol + " before " + isoText(question.from) + ".");
-  }
-  return found;
-}
-
-std::string drawdownText(const ReturnsReport& report) {
-  if (!report.drawdowns) {
-    return std::string(report.timeWeighted.total ? "0.00 %" : noFigure);
-  }
-  const Drawdown& deepest = report.drawdowns->deepest;
-  const auto day = [&](std::size_t i) { return isoText(report.timeWeighted.days[i].day); };
+  const Drawdown& deepest = (*drawdowns).*which;
+  const auto day = [&](std::size_t i) { return isoText(returns.days[i].day); };
   return percentText(deepest.size) + " (" + day(deepest.peak) + " to " + day(deepest.trough) +
          (deepest.recovered ? ", recovered " + day(*deepest.recovered) : ", not recovered") + ")";
+}
+
+std::string monthText(const PeriodReturn& month) {
+  return percentText(month.value) + " (" + isoText(month.first).substr(0, 7) + ")";
 }
 
 void writeFigures(const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
@@ -137,20 +42,46 @@ void writeFigures(const ReturnsReport& report, const std::optional<BenchmarkRetu
   table.add({"Money-weighted, period", percentText(rate.period)});
   table.add({"Money-weighted, a year", percentText(rate.annual())});
   table.add({"Gain", moneyText(report.series.bridge.gain(), report.series.currency)});
-  table.add(
-      {"Volatility, a year",
-       percentText(report.volatility ? std::optional(report.volatility->annual()) : std::nullopt)});
-  table.add({"Maximum drawdown", drawdownText(report)});
+  table.add({"Volatility, a year", volatilityText(report.volatility)});
+  table.add({"Maximum drawdown", drawdownText(report.drawdowns, &Drawdowns::deepest, returns)});
+  if (report.drawdowns && report.drawdowns->longest.peak != report.drawdowns->deepest.peak) {
+    table.add({"Longest drawdown", drawdownText(report.drawdowns, &Drawdowns::longest, returns)});
+  }
+  if (const auto extremes = bestAndWorst(monthlyReturns(returns))) {
+    table.add({"Best month", monthText(extremes->best)});
+    table.add({"Worst month", monthText(extremes->worst)});
+  }
   if (benchmark) {
     table.add({"Benchmark, period", percentText(benchmark->total())});
     table.add({"Difference in points", returns.total
                                            ? percentText(*returns.total - benchmark->total())
                                            : std::string(noFigure)});
+    const TimeWeightedReturn compared = benchmark->asReturns();
+    table.add({"Benchmark, volatility", volatilityText(volatilityOf(compared))});
+    table.add({"Benchmark, drawdown",
+               drawdownText(drawdownsOf(compared), &Drawdowns::deepest, compared)});
   }
   table.write(out);
 }
 
-void writeBridge(const ValueBridge& bridge, const Currency& currency, std::ostream& out) {
+/// The value in the heading of the portfolio that the question is about, where it ends today; none
+/// where it is about anything else, or where a price is missing.
+std::optional<Decimal> headingValue(const ReturnsQuestion& question,
+                                    const PortfolioManager& manager) {
+  const YearMonthDay today = YearMonthDay::of(Date::now(), manager.calendar);
+  if (question.portfolios.size() != 1 || question.equity != nullptr || question.to != today ||
+      question.portfolios.front()->primaryCurrency() != question.currency) {
+    return std::nullopt;
+  }
+  try {
+    return manager.valuation(question.portfolios.front()).currentValue;
+  } catch (const PortfolioManagerError&) {
+    return std::nullopt;
+  }
+}
+
+void writeBridge(const ValueBridge& bridge, const Currency& currency,
+                 const std::optional<Decimal>& heading, std::ostream& out) {
   TextTable table({{"Reconciliation"}, {std::string(currency.code), TextTable::Alignment::right}});
   const auto add = [&](const std::string& title, const Decimal& amount) {
     table.add({title, moneyText(amount, currency)});
@@ -168,6 +99,10 @@ void writeBridge(const ValueBridge& bridge, const Currency& currency, std::ostre
   add("= Closing value", bridge.closing);
   if (!bridge.dividendsKeptAsCash.isZero()) {
     add("Dividends kept as cash, beside it", bridge.dividendsKeptAsCash);
+  }
+  if (heading) {
+    add("+ Latest prices and rates, and cash kept", *heading - bridge.closing);
+    add("= Value in the heading", *heading);
   }
   table.write(out);
 }
@@ -211,19 +146,41 @@ void writePeriods(const std::vector<PeriodReturn>& periods,
   table.write(out);
 }
 
+/// Years below one another and months side by side, of parts of a month with a star.
+void writeGrid(const std::vector<YearOfReturns>& grid, std::ostream& out) {
+  std::vector<TextTable::Column> columns{{"Year"}};
+  for (const char* month : {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct",
+                            "Nov", "Dec", "Year"}) {
+    columns.push_back({month, TextTable::Alignment::right});
+  }
+  TextTable table(std::move(columns));
+  const auto cell = [](const std::optional<PeriodReturn>& period) {
+    return !period ? std::string() : percentText(period->value) + (period->isWhole ? "" : "*");
+  };
+  for (const YearOfReturns& year : grid) {
+    std::vector<std::string> cells{std::to_string(year.year)};
+    std::ranges::transform(year.months, std::back_inserter(cells), cell);
+    cells.push_back(cell(year.whole));
+    table.add(std::move(cells));
+  }
+  table.write(out);
+  out << "* a part of it\n";
+}
+
 /// The days for programs: amounts with all their digits, returns as fractions of 1.
 void writeDays(const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
-               std::ostream& out) {
-  ReportTable table({{"date"},
-                     {"value"},
-                     {"inflow"},
-                     {"outflow"},
-                     {"dailyReturn"},
-                     {"index"},
-                     {"benchmarkIndex"},
-                     {"drawdown"},
-                     {"note"}});
-  const auto number = [](double value) { return Decimal::fromDouble(value).description(); };
+               ListingFormat format, std::ostream& out) {
+  constexpr Listing::Kind number = Listing::Kind::number;
+  ReportTable table({{"date", "Date"},
+                     {"value", "Value", number},
+                     {"inflow", "Inflow", number},
+                     {"outflow", "Outflow", number},
+                     {"dailyReturn", "Return", number},
+                     {"index", "Index", number},
+                     {"benchmarkIndex", "Benchmark", number},
+                     {"drawdown", "Drawdown", number},
+                     {"note", "Note"}});
+  const auto text = [](double value) { return Decimal::fromDouble(value).description(); };
   auto measured = report.timeWeighted.days.begin();
   double peak = 1;
   for (const ValuationDay& day : report.series.days) {
@@ -236,32 +193,31 @@ void writeDays(const ReturnsReport& report, const std::optional<BenchmarkReturn>
     if (isMeasured) {
       peak = std::max(peak, measured->index);
     }
-    cells.push_back(isMeasured ? number(measured->dailyReturn) : "");
-    cells.push_back(isMeasured ? number(measured->index) : "");
-    cells.push_back(benchmark ? number(benchmark->indexOn(day.day)) : "");
-    cells.push_back(isMeasured ? number(1 - measured->index / peak) : "");
+    cells.push_back(isMeasured ? text(measured->dailyReturn) : "");
+    cells.push_back(isMeasured ? text(measured->index) : "");
+    cells.push_back(benchmark ? text(benchmark->indexOn(day.day)) : "");
+    cells.push_back(isMeasured ? text(1 - measured->index / peak) : "");
     cells.push_back(
         std::string(isMeasured ? "" : "not measured") +
         (day.isAtTradePrice ? (isMeasured ? "at trade price" : ", at trade price") : ""));
     table.add(std::move(cells));
   }
-  table.writeCSV(out);
+  table.write(format, out);
 }
 
 void writeReport(const CommandLine& line, const ReturnsQuestion& question,
-                 const ReturnsReport& report, const std::string& title,
-                 const std::optional<BenchmarkReturn>& benchmark, std::ostream& out) {
-  if (line.has("--csv")) {
-    writeDays(report, benchmark, out);
+                 const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
+                 const std::optional<Decimal>& heading, std::ostream& out) {
+  if (const ListingFormat format = listingFormat(line); format != ListingFormat::table) {
+    writeDays(report, benchmark, format, out);
     return;
   }
   const Currency& currency = report.series.currency;
-  out << title << (question.equity == nullptr ? "" : ", " + question.equity->symbol) << ", "
-      << isoText(question.from) << " to " << isoText(question.to) << ", "
-      << std::string_view(currency.code) << "\n\n";
+  out << scopeTitle(question) << ", " << isoText(question.from) << " to " << isoText(question.to)
+      << ", " << std::string_view(currency.code) << "\n\n";
   writeFigures(report, benchmark, out);
   out << '\n';
-  writeBridge(report.series.bridge, currency, out);
+  writeBridge(report.series.bridge, currency, heading, out);
   if (!report.equities.empty()) {
     out << '\n';
     writeEquities(report.equities, currency, out);
@@ -271,6 +227,10 @@ void writeReport(const CommandLine& line, const ReturnsQuestion& question,
     writePeriods(
         *by == "year" ? yearlyReturns(report.timeWeighted) : monthlyReturns(report.timeWeighted),
         benchmark, out);
+    if (*by == "month") {
+      out << '\n';
+      writeGrid(returnGrid(report.timeWeighted), out);
+    }
   }
   for (const std::string& note : report.notes) {
     out << '\n' << note << '\n';
@@ -284,32 +244,17 @@ void writeReturns(const CommandLine& line, const Console& console) {
   const PriceSource prices(line);
   const WorkspaceFile workspace(line.word(0), console, prices.provider());
   PortfolioManager& manager = *workspace.manager();
-  ReturnsQuestion question = questionOf(line, workspace);
+  ReturnsQuestion question = returnsQuestion(line, workspace);
   askMarket(question, manager, console);
-
   bool isComplete = true;
-  std::vector<ReturnsReport> reports;
-  for (const PortfolioPointer& portfolio : question.portfolios) {
-    reports.push_back(reportWithout(question, *portfolio, manager.calendar, console, isComplete));
-  }
-  const bool isOne = reports.size() == 1 && reports.front().series.currency == question.currency;
-  const ReturnsReport report = isOne ? std::move(reports.front())
-                                     : combinedReport(reports, question.currency, *question.market);
-  if (!report.series.missing.empty()) {
-    for (const std::string& name : report.series.missing) {
-      console.warn("No figures: no prices or rates of " + name + ".");
-    }
-    throw Failed(exitCode::failure);
-  }
+  const ReturnsReport report = reportOf(question, manager.calendar, console, isComplete);
   if (!report.timeWeighted.total) {
     console.out << "Nothing was held in these days.\n";
   } else {
     const auto benchmark =
         benchmarkOf(line, question, report.series.currency, *manager.quoteProvider, console);
     isComplete &= benchmark.has_value() || !line.has("--benchmark");
-    const std::string title =
-        question.portfolios.size() == 1 ? question.portfolios.front()->name : "All portfolios";
-    writeReport(line, question, report, title, benchmark, console.out);
+    writeReport(line, question, report, benchmark, headingValue(question, manager), console.out);
   }
   if (!isComplete) {
     throw Failed(exitCode::failure);  // What is missing has been told.
@@ -328,7 +273,8 @@ Command returnsCommand() {
       {"--benchmark", "S", "an equity to compare with, its dividends included"},
       {"--by", "year|month", "shows the return of each year or month as well"},
       {"--currency", "C", "the currency of all portfolios together; else that of most of them"},
-      {"--csv", "", "writes the days as text with commas, for programs"}};
+  };
+  std::ranges::move(listingOptions(), std::back_inserter(options));
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "returns",
           .summary = "Shows what the investments have returned.",
@@ -340,7 +286,9 @@ Command returnsCommand() {
               "netted first. So on a day\nwith an inflow the day's move is diluted. "
               "Money-weighted returns are the rate at which the\nowner's payments have grown, on "
               "actual days of a year of 365. Figures a year are shown for more\nthan 366 days. "
-              "What has no price is left out with a warning, and the exit code is then 1.\n",
+              "What has no price is left out with a warning, and the exit code is then 1. "
+              "--csv and --json write\nthe days: date, value, inflow, outflow, dailyReturn, index, "
+              "benchmarkIndex, drawdown, note.\n",
           .run = &writeReturns};
 }
 

@@ -38,9 +38,13 @@ CommandLine::CommandLine(std::span<const std::string> arguments,
       }
     } else if (equals != argument.npos) {
       value = argument.substr(equals + 1);
-    } else if (i + 1 < arguments.size()) {
-      ++i;
-      value = arguments[i];
+    } else if (const auto count =
+                   static_cast<std::size_t>(std::ranges::count(option.value, ' ') + 1);
+               i + count < arguments.size()) {
+      value = arguments[++i];
+      for (std::size_t word = 1; word < count; ++word) {
+        value += " " + arguments[++i];
+      }
     } else {
       throw UsageError("“" + name + "” needs a value: " + std::string(option.value) + ".");
     }

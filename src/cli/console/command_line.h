@@ -14,8 +14,10 @@ namespace corvane::cli {
 
 /// An option of a command.
 struct Option {
-  std::string_view name;   ///< "--portfolio"
-  std::string_view value;  ///< what its value is called in the help, "NAME"; empty for a switch
+  std::string_view name;  ///< "--portfolio"
+  /// What its value is called in the help, "NAME"; empty for a switch. "SYMBOL SHARES" takes two
+  /// arguments, which become one text with a blank between.
+  std::string_view value;
   std::string_view help;
   bool isRequired = false;
   bool mayRepeat = false;         ///< several values are one text with a line for each

@@ -7,7 +7,7 @@
 #include "presentation/scenario/scenario_text.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
-#include "scenario/frozen_equity.h"
+#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {

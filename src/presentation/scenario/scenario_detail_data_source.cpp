@@ -11,7 +11,7 @@
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
 #include "scenario/background_disposal.h"
-#include "scenario/frozen_equity.h"
+#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {

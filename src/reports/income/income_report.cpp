@@ -1,7 +1,9 @@
 #include "reports/income/income_report.h"
 
 #include <algorithm>
+#include <map>
 #include <tuple>
+#include <utility>
 
 #include "reports/series/report_days.h"
 
@@ -89,6 +91,58 @@ std::vector<IncomeRow> recordedIncome(Portfolio& portfolio, const Calendar& cale
                       {portfolio.primaryCurrency(), yield->equivalentNetAmount}});
   }
   return income;
+}
+
+std::string IncomePeriod::name() const {
+  constexpr int monthsOfQuarter = 3;
+  switch (length) {
+    case Length::month:
+      return isoText(first).substr(0, 7);
+    case Length::quarter:
+      return std::to_string(first.year) + " Q" +
+             std::to_string((first.month - 1) / monthsOfQuarter + 1);
+    case Length::year:
+      return std::to_string(first.year);
+  }
+  __builtin_unreachable();
+}
+
+std::vector<IncomePeriod> incomeByPeriod(std::span<const IncomeRow> rows,
+                                         IncomePeriod::Length length, const YearMonthDay& today) {
+  constexpr int monthsOfQuarter = 3;
+  const auto startOf = [&](const YearMonthDay& day) -> YearMonthDay {
+    switch (length) {
+      case IncomePeriod::Length::month:
+        return {day.year, day.month, 1};
+      case IncomePeriod::Length::quarter:
+        return {day.year, (day.month - 1) / monthsOfQuarter * monthsOfQuarter + 1, 1};
+      case IncomePeriod::Length::year:
+        return {day.year, 1, 1};
+    }
+    __builtin_unreachable();
+  };
+  std::map<std::pair<std::string, YearMonthDay>, IncomePeriod> periods;
+  std::map<std::pair<std::string, YearMonthDay>, Decimal> before;
+  for (const IncomeRow& row : rows) {
+    const Currency& currency = row.equivalent.currency;
+    const std::string code(currency.code);
+    const YearMonthDay first = startOf(row.day);
+    periods.try_emplace({code, first}, IncomePeriod{length, first, currency})
+        .first->second.income += row.equivalent.amount;
+    const YearMonthDay next{row.day.year + 1, row.day.month, 1};
+    const YearMonthDay period = startOf(next);
+    const bool isRunning = startOf(today) == period;
+    if (!isRunning || next <= today) {
+      before[{code, period}] += row.equivalent.amount;
+    }
+  }
+  std::vector<IncomePeriod> listed;
+  for (auto& [key, period] : periods) {
+    const auto found = before.find(key);
+    period.sameMonthsBefore = found == before.end() ? Decimal() : found->second;
+    listed.push_back(std::move(period));
+  }
+  return listed;
 }
 
 std::vector<EquityIncome> equityIncomes(

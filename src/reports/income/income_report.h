@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <optional>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "ledger/portfolio/portfolio.h"
@@ -26,6 +28,27 @@ struct IncomeRow {
 /// for: it pays back what was paid in. Main queue only.
 [[nodiscard]] std::vector<IncomeRow> recordedIncome(Portfolio& portfolio, const Calendar& calendar,
                                                     bool includesReturnOfCapital = false);
+
+/// The income of a month, a quarter or a year in one primary currency, beside that of the year
+/// before.
+struct IncomePeriod {
+  enum class Length { month, quarter, year };
+  Length length;
+  YearMonthDay first;
+  Currency currency;
+  Decimal income = {};
+  /// Of the year before: of the same months, so that a period that is not over is compared with the
+  /// same part of the last one.
+  Decimal sameMonthsBefore = {};
+
+  /// "2024-03", "2024 Q1", "2024"
+  [[nodiscard]] std::string name() const;
+};
+
+/// The periods that have income, by currency and ascending. O(rows · log periods).
+[[nodiscard]] std::vector<IncomePeriod> incomeByPeriod(std::span<const IncomeRow> rows,
+                                                       IncomePeriod::Length length,
+                                                       const YearMonthDay& today);
 
 /// What is held of an equity that pays.
 struct EquityIncome {

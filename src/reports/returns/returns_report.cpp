@@ -1,7 +1,10 @@
 #include "reports/returns/returns_report.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <tuple>
+#include <utility>
+#include <variant>
 
 #include "reports/series/report_days.h"
 
@@ -55,6 +58,51 @@ void takeNotes(ReturnsReport& report, const YearMonthDay& from) {
   }
 }
 
+/// A split counts on the day of its row, and prices change on the day of the market's: where these
+/// differ, the days between them show a jump that nobody has had.
+std::vector<std::string> splitNotes(Portfolio& portfolio, const ValuationScope& scope,
+                                    const MarketHistory& history, const Calendar& calendar) {
+  std::vector<std::string> notes;
+  if (history.splits.empty()) {
+    return notes;
+  }
+  const Date start = scope.from.startIn(calendar);
+  const Date end = daysAfter(scope.to, 1).startIn(calendar);
+  for (const TransactionPointer& row : portfolio.transactions()) {
+    const auto* split = std::get_if<BasicTransaction::Split>(&row->basic.kind);
+    if (split == nullptr || row->settlementDate() < start || end <= row->settlementDate() ||
+        (scope.equity != nullptr && !(*scope.equity == *split->equity))) {
+      continue;
+    }
+    const auto told = history.splits.find(split->equity);
+    if (told == history.splits.end()) {
+      continue;
+    }
+    const YearMonthDay day = YearMonthDay::of(row->settlementDate(), calendar);
+    const auto isSame = [&](const MarketHistory::Split& other) {
+      return split->netShares * other.ratio.denominator ==
+             split->priorShares * other.ratio.numerator;
+    };
+    const bool isRight = std::ranges::any_of(told->second, [&](const MarketHistory::Split& other) {
+      return isSame(other) && other.day == day;
+    });
+    const auto near = std::ranges::find_if(told->second, [&](const MarketHistory::Split& other) {
+      return isSame(other) && std::abs(daysBetween(other.day, day)) <= mostDaysBetweenSplits;
+    });
+    if (!isRight && near != told->second.end()) {
+      notes.push_back("The split of " + split->equity->symbol + " is recorded on " + isoText(day) +
+                      ", but the market made it on " + isoText(near->day) +
+                      ": the days between them show a jump that was none.");
+    }
+  }
+  return notes;
+}
+
+void takeSplitNotes(ReturnsReport& report, std::vector<std::string> notes) {
+  report.notes.insert(report.notes.end(), notes.begin(), notes.end());
+  report.splitNotes = std::move(notes);
+}
+
 void measure(ReturnsReport& report) {
   if (report.series.days.empty()) {
     return;
@@ -83,6 +131,7 @@ ReturnsReport returnsReport(Portfolio& portfolio, const ValuationScope& scope,
     return report;
   }
   measure(report);
+  takeSplitNotes(report, splitNotes(portfolio, scope, history, calendar));
   std::ranges::sort(report.equities, {}, [](const EquityReturns& line) {
     return std::tuple<std::string_view, std::string_view>(line.figures.equity->symbol,
                                                           line.figures.equity->id());
@@ -111,6 +160,11 @@ ReturnsReport combinedReport(const std::vector<ReturnsReport>& reports, const Cu
   ReturnsReport sum;
   sum.series = combinedSeries(series, currency, history);
   measure(sum);
+  std::vector<std::string> notes;
+  for (const ReturnsReport& report : reports) {
+    notes.insert(notes.end(), report.splitNotes.begin(), report.splitNotes.end());
+  }
+  takeSplitNotes(sum, std::move(notes));
   return sum;
 }
 

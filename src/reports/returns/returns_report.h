@@ -30,10 +30,12 @@ struct ReturnsReport {
   std::vector<EquityReturns> equities;  ///< by symbol
   /// What the reader should know of the figures, a sentence each.
   std::vector<std::string> notes;
+  /// Those of them that tell of splits whose rows are of another day than the market's.
+  std::vector<std::string> splitNotes;
 };
 
 /// The report of a portfolio, or of one equity of it; without figures where the series lacks some.
-/// Main queue only.
+/// On the main queue, or on any thread for a FrozenPortfolio.
 [[nodiscard]] ReturnsReport returnsReport(Portfolio& portfolio, const ValuationScope& scope,
                                           const MarketHistory& history, const Calendar& calendar);
 

@@ -148,4 +148,33 @@ std::vector<PeriodReturn> yearlyReturns(const TimeWeightedReturn& returns) {
   return periodReturns(returns, false);
 }
 
+std::optional<BestAndWorst> bestAndWorst(std::span<const PeriodReturn> periods) {
+  std::optional<BestAndWorst> found;
+  for (const PeriodReturn& period : periods) {
+    if (!period.isWhole) {
+      continue;
+    }
+    if (!found) {
+      found = {period, period};
+    } else if (period.value > found->best.value) {
+      found->best = period;
+    } else if (period.value < found->worst.value) {
+      found->worst = period;
+    }
+  }
+  return found;
+}
+
+std::vector<YearOfReturns> returnGrid(const TimeWeightedReturn& returns) {
+  std::vector<YearOfReturns> grid;
+  for (const PeriodReturn& year : yearlyReturns(returns)) {
+    grid.push_back({year.first.year, {}, year});
+  }
+  for (const PeriodReturn& month : monthlyReturns(returns)) {
+    const auto line = std::ranges::find(grid, month.first.year, &YearOfReturns::year);
+    line->months[static_cast<std::size_t>(month.first.month - 1)] = month;
+  }
+  return grid;
+}
+
 }  // namespace corvane

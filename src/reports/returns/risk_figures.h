@@ -1,6 +1,7 @@
 // How much a return has swung on its way, and how far it fell.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -59,5 +60,21 @@ struct PeriodReturn {
 /// The months, or years, of what was measured, ascending. They link to its total.
 [[nodiscard]] std::vector<PeriodReturn> monthlyReturns(const TimeWeightedReturn& returns);
 [[nodiscard]] std::vector<PeriodReturn> yearlyReturns(const TimeWeightedReturn& returns);
+
+/// The best and the worst of the whole periods. None where no period is whole: a part of a month
+/// says nothing about months.
+struct BestAndWorst {
+  PeriodReturn best;
+  PeriodReturn worst;
+};
+[[nodiscard]] std::optional<BestAndWorst> bestAndWorst(std::span<const PeriodReturn> periods);
+
+/// A line of the grid of years and months.
+struct YearOfReturns {
+  int year = 0;
+  std::array<std::optional<PeriodReturn>, 12> months;  ///< none where nothing was measured
+  PeriodReturn whole;                                  ///< of the year, or of what was measured
+};
+[[nodiscard]] std::vector<YearOfReturns> returnGrid(const TimeWeightedReturn& returns);
 
 }  // namespace corvane

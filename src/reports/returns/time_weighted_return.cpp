@@ -8,15 +8,6 @@
 namespace corvane {
 namespace {
 
-/// The fraction whose value less 1 is the return of a day.
-struct DayFraction {
-  Decimal base;
-  Decimal top;
-
-  [[nodiscard]] bool hasCapital() const { return base > 0; }
-  [[nodiscard]] double growth() const { return top.doubleValue() / base.doubleValue(); }
-};
-
 DayFraction fractionOf(const Decimal& before, const ValuationDay& day) {
   const Decimal flow = day.inflow - day.outflow;
   DayFraction fraction{before, day.value};
@@ -29,7 +20,9 @@ DayFraction fractionOf(const Decimal& before, const ValuationDay& day) {
   return fraction;
 }
 
-std::vector<DayFraction> fractionsOf(std::span<const ValuationDay> days) {
+}  // namespace
+
+std::vector<DayFraction> dayFractions(std::span<const ValuationDay> days) {
   std::vector<DayFraction> fractions{{0, 0}};
   fractions.reserve(days.size());
   std::optional<std::size_t> lastWithCapital;
@@ -49,8 +42,6 @@ std::vector<DayFraction> fractionsOf(std::span<const ValuationDay> days) {
   return fractions;
 }
 
-}  // namespace
-
 double annualised(double periodReturn, int days) {
   constexpr double daysOfYear = 365;
   return std::pow(1 + periodReturn, daysOfYear / days) - 1;
@@ -69,7 +60,7 @@ std::optional<double> TimeWeightedReturn::annual() const {
 
 TimeWeightedReturn timeWeightedReturn(std::span<const ValuationDay> days) {
   TimeWeightedReturn result;
-  const std::vector<DayFraction> fractions = fractionsOf(days);
+  const std::vector<DayFraction> fractions = dayFractions(days);
   std::size_t endWithCapital = 0;
   for (std::size_t i = 1; i < days.size(); ++i) {
     const DayFraction& fraction = fractions[i];

@@ -52,6 +52,18 @@ struct TimeWeightedReturn {
   [[nodiscard]] std::optional<double> annual() const;
 };
 
+/// The fraction whose value less 1 is the return of a day.
+struct DayFraction {
+  Decimal base;
+  Decimal top;
+
+  [[nodiscard]] bool hasCapital() const { return base > 0; }
+  [[nodiscard]] double growth() const { return top.doubleValue() / base.doubleValue(); }
+};
+
+/// The fraction of each of `days`; that of the base day is 0 by 0.
+[[nodiscard]] std::vector<DayFraction> dayFractions(std::span<const ValuationDay> days);
+
 /// `days` as a ValuationSeries has them: the first is the base day, whose flows play no part.
 ///
 /// Income after the last share was sold counts on the last day with capital.

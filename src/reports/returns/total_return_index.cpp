@@ -98,6 +98,20 @@ double BenchmarkReturn::indexOn(const YearMonthDay& day) const {
   return after == points.begin() ? 1 : std::prev(after)->index;
 }
 
+TimeWeightedReturn BenchmarkReturn::asReturns() const {
+  TimeWeightedReturn returns;
+  double before = 1;
+  for (const auto& [day, value] : points) {
+    returns.days.push_back({.day = day,
+                            .dailyReturn = value / before - 1,
+                            .index = value,
+                            .isHeldThrough = !returns.days.empty()});
+    before = value;
+  }
+  returns.total = total();
+  return returns;
+}
+
 std::optional<BenchmarkReturn> benchmarkReturn(const DividendHistory& history,
                                                const PriceLine* rates, const YearMonthDay& from) {
   const std::vector<double> index = totalReturnIndex(history.prices.closes, history.dividends);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/market/quote_provider.h"
+#include "reports/returns/time_weighted_return.h"
 #include "reports/series/market_history.h"
 
 namespace corvane {
@@ -48,6 +49,8 @@ struct BenchmarkReturn {
   [[nodiscard]] double total() const { return points.back().index - 1; }
   /// The index on `day`, carried forward.
   [[nodiscard]] double indexOn(const YearMonthDay& day) const;
+  /// The same as daily returns, for the risk figures that a portfolio has.
+  [[nodiscard]] TimeWeightedReturn asReturns() const;
 };
 [[nodiscard]] std::optional<BenchmarkReturn> benchmarkReturn(const DividendHistory& history,
                                                              const PriceLine* rates,

@@ -5,7 +5,9 @@
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
+#include <variant>
 
+#include "core/market/frozen_equity.h"
 #include "core/market/price_adjuster.h"
 #include "platform/async/dispatch_group.h"
 #include "reports/series/report_days.h"
@@ -51,6 +53,51 @@ void requestHistory(const std::shared_ptr<HistoryFetch>& fetch,
       });
 }
 
+/// Adds the splits of `target` in `dates` to the history under `frozen`. Where they cannot be had
+/// there are none: no figure needs them.
+void requestSplits(const std::shared_ptr<HistoryFetch>& fetch,
+                   const std::shared_ptr<QuoteProvider>& provider, const EquityPointer& target,
+                   const EquityPointer& frozen, const DateRange& dates) {
+  fetch->group.enter();
+  provider->fetchQuotes(
+      {target, dates, QuoteQuery::EventsOnly{PriceAdjustment::marketNominal}},
+      std::make_shared<PriceAdjuster>(provider),
+      [fetch, frozen, exchange = target->calendar](const Result<QuoteFetchResult>& answer) {
+        fetch->queue->sync([&] {
+          if (!answer || !answer->events) {
+            return;
+          }
+          for (const EquityEvent& event : *answer->events) {
+            if (const auto* split = std::get_if<EquityEvent::Split>(&event.kind)) {
+              fetch->history->splits[frozen].push_back(
+                  {YearMonthDay::of(event.date, exchange), split->ratio});
+            }
+          }
+        });
+        fetch->group.leave();
+      });
+}
+
+/// Finds again what belongs to an equity by its object, which is quicker than by its identity; rows
+/// of one ledger share their objects.
+template <typename Value>
+class ByObject {
+ public:
+  explicit ByObject(EquityMap<Value>& values) : values_(values) {}
+
+  Value& operator[](const EquityPointer& equity) {
+    Value*& known = known_[equity.get()];
+    if (known == nullptr) {
+      known = &values_[equity];
+    }
+    return *known;
+  }
+
+ private:
+  EquityMap<Value>& values_;
+  std::unordered_map<const EquityInfo*, Value*> known_;
+};
+
 }  // namespace
 
 std::strong_ordering operator<=>(const CurrencyPair& left, const CurrencyPair& right) {
@@ -92,9 +139,14 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
   const Date start = from.startIn(calendar);
   const Date end = YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar);
   const Currency& primary = portfolio.primaryCurrency();
-  EquityMap<Decimal> sharesBefore;
+  struct Line {
+    const Decimal* sharesBefore = nullptr;
+    bool hasRows = false;
+    bool hasSplit = false;
+  };
+  EquityMap<Line> lines;
+  ByObject<Line> lineOf(lines);
   std::unordered_map<Currency, Decimal> cashBefore;
-  EquitySet equities;
   std::unordered_set<Currency> currencies;
   for (const TransactionPointer& row : portfolio.transactions()) {
     if (end <= row->settlementDate()) {
@@ -102,10 +154,12 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
     }
     const bool isInRange = start <= row->settlementDate();
     if (const EquityPointer* equity = row->basic.equity()) {
-      if (isInRange) {
-        equities.insert(*equity);
-      } else {
-        sharesBefore[*equity] = row->sharesNet.value_or(0);
+      Line& line = lineOf[*equity];
+      line.hasRows |= isInRange;
+      line.hasSplit |=
+          isInRange && std::holds_alternative<BasicTransaction::Split>(row->basic.kind);
+      if (!isInRange) {
+        line.sharesBefore = row->sharesNet ? &*row->sharesNet : nullptr;
       }
     }
     if (const Currency* currency = row->basic.currency()) {
@@ -116,9 +170,13 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
       }
     }
   }
-  for (const auto& [equity, shares] : sharesBefore) {
-    if (!shares.isZero()) {
-      equities.insert(equity);
+  for (const auto& [equity, line] : lines) {
+    if (line.hasRows || (line.sharesBefore != nullptr && !line.sharesBefore->isZero())) {
+      needs.equities.insert(equity);
+      currencies.insert(equity->currency);
+    }
+    if (line.hasSplit) {
+      needs.splitEquities.insert(equity);
     }
   }
   for (const auto& [currency, cash] : cashBefore) {
@@ -126,10 +184,6 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
       currencies.insert(currency);
     }
   }
-  for (const EquityPointer& equity : equities) {
-    currencies.insert(equity->currency);
-  }
-  needs.equities.insert(equities.begin(), equities.end());
   for (const Currency& currency : currencies) {
     if (currency != primary) {
       needs.pairs.insert({currency, primary});
@@ -149,15 +203,21 @@ void fetchMarketHistory(const std::shared_ptr<QuoteProvider>& provider, const Ma
     return DateRange(first.startIn(calendar), daysAfter(to, 1).startIn(calendar));
   };
   for (const EquityPointer& equity : needs.equities) {
+    const EquityPointer frozen = frozenEquity(*equity);
     const Calendar exchange = equity->calendar;
     requestHistory(
         fetch, provider, equity, datesIn(exchange),
         [=](MarketHistory& into, const std::vector<Quote>& quotes) {
-          into.prices[equity] = priceLine(quotes, exchange, first, to);
+          into.prices[frozen] = priceLine(quotes, exchange, first, to);
         },
-        [equity](MarketHistory& into, const ErrorPointer& error) {
-          into.errorsByEquity.emplace(equity, error);
+        [frozen](MarketHistory& into, const ErrorPointer& error) {
+          into.errorsByEquity.emplace(frozen, error);
         });
+    if (needs.splitEquities.contains(equity)) {
+      requestSplits(fetch, provider, equity, frozen,
+                    {daysAfter(from, -mostDaysBetweenSplits).startIn(exchange),
+                     daysAfter(to, mostDaysBetweenSplits + 1).startIn(exchange)});
+    }
   }
   for (const CurrencyPair& pair : needs.pairs) {
     requestHistory(

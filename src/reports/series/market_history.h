@@ -43,15 +43,22 @@ struct CurrencyPair {
 struct MarketNeeds {
   EquitySet equities;
   std::set<CurrencyPair> pairs;
+  EquitySet splitEquities;  ///< those of `equities` of which rows tell a split in the range
 };
 
 /// What the market has told: prices as traded on their day, in the equity's own currency.
 ///
 /// A day is that of the exchange, for rates that of London, as the bars are stamped. A plain value;
-/// safe on any thread once it is filled.
+/// safe on any thread once it is filled, as its equities are frozen ones.
 struct MarketHistory {
   EquityMap<PriceLine> prices;
   std::map<CurrencyPair, PriceLine> rates;
+  /// What the market knows of the splits that rows tell, as far as it could be had.
+  struct Split {
+    YearMonthDay day;
+    Fraction ratio;  ///< new shares for old ones
+  };
+  EquityMap<std::vector<Split>> splits;
   /// What could not be had.
   EquityMap<ErrorPointer> errorsByEquity;
   std::map<CurrencyPair, ErrorPointer> errorsByPair;
@@ -60,6 +67,10 @@ struct MarketHistory {
 /// The days before a range whose prices are fetched as well: its first day is measured against the
 /// last close before it, and markets close for no longer than this.
 inline constexpr int leadInDays = 14;
+
+/// A split of a ledger and one of the market with the same ratio are one where they are no further
+/// apart.
+inline constexpr int mostDaysBetweenSplits = 10;
 
 /// Adds what `portfolio` needs to be valued from the day before `from` to `to`: what was held or
 /// traded in these days, and the rates of its currencies. With `reportingCurrency` also the rate of

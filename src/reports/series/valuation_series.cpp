@@ -116,6 +116,9 @@ class SeriesBuilder {
         hasEntry_(count_, 0) {
     assert(scope.from <= scope.to && "a range has at least a day");
     series_.currency = primary_;
+    for (std::size_t day = 0; day < count_; ++day) {
+      names_.push_back(dayNumbered(base_ + static_cast<std::int64_t>(day)));
+    }
     collectRows(calendar);
   }
 
@@ -126,6 +129,9 @@ class SeriesBuilder {
       return std::move(series_);
     }
     for (const EquityLine& line : equities_) {
+      if (scope_.cancellation.isCancelled()) {
+        return {.currency = primary_};
+      }
       if (isInScope(line.equity)) {
         walkEquity(line, visitor);
       } else if (scope_.equity == nullptr) {
@@ -155,6 +161,8 @@ class SeriesBuilder {
 
   void collectRows(const Calendar& calendar) {
     EquityMap<std::size_t> equityPlaces;
+    // Rows of one ledger share their objects, which are found sooner than their identities.
+    std::unordered_map<const EquityInfo*, std::size_t> places;
     std::unordered_map<Currency, std::size_t> cashPlaces;
     const Date end = daysAfter(scope_.to, 1).startIn(calendar);
     Date nextDay = scope_.from.startIn(calendar);
@@ -170,11 +178,14 @@ class SeriesBuilder {
         nextDay = daysAfter(named, 1).startIn(calendar);
       }
       if (const EquityPointer* equity = row->basic.equity()) {
-        const auto [place, isNew] = equityPlaces.try_emplace(*equity, equities_.size());
-        if (isNew) {
-          equities_.push_back({*equity, {}});
+        const auto [known, isUnknown] = places.try_emplace(equity->get());
+        if (isUnknown) {
+          known->second = equityPlaces.try_emplace(*equity, equities_.size()).first->second;
+          if (known->second == equities_.size()) {
+            equities_.push_back({*equity, {}});
+          }
         }
-        equities_[place->second].rows.push_back({row.get(), day});
+        equities_[known->second].rows.push_back({row.get(), day});
       }
       if (const Currency* currency = row->basic.currency()) {
         const auto [place, isNew] = cashPlaces.try_emplace(*currency, cash_.size());
@@ -409,7 +420,7 @@ class SeriesBuilder {
     for (std::size_t day = 0; day < count_; ++day) {
       const bool isPriced = prices.advanceTo(base_ + static_cast<std::int64_t>(day));
       const bool hasNewRate = rates != nullptr && rates->isQuoted[day] != 0;
-      ValuationDay own{.day = dayNumbered(base_ + static_cast<std::int64_t>(day))};
+      ValuationDay own{.day = names_[day]};
       bool hasChanged = day == 0 || isPriced || hasNewRate;
       for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
         const RowInRange& at = line.rows[nextRow];
@@ -424,6 +435,7 @@ class SeriesBuilder {
         countRow(line, priced, prices.price(), at, effect, figures, own);
         hasChanged = true;
       }
+      const Worth before = worth;
       if (hasChanged) {
         worth = worthOf(line, holding, holding.shares, prices.price(), day);
         hasEntry_[day] = hasEntry_[day] != 0 || day > 0;
@@ -434,16 +446,32 @@ class SeriesBuilder {
       if (day == 0) {
         figures.opening = worth.amount;
       }
-      if (visitor != nullptr && (hasChanged || day + 1 == count_)) {
+      if (visitor != nullptr) {
         own.value = worth.amount;
         own.isAtTradePrice |= worth.isAtTradePrice;
-        ownDays_.push_back(own);
+        keepOwnDay(day, own, before);
       }
     }
     figures.closing = worth.amount;
     addToBridge(figures);
     if (visitor != nullptr) {
       visitor(figures, ownDays_);
+    }
+  }
+
+  /// Keeps a day that a return needs: one with a flow and the one before it, the first and the
+  /// last, and any without a worth to measure against.
+  void keepOwnDay(std::size_t day, const ValuationDay& own, const Worth& before) {
+    const bool hasFlow = !own.inflow.isZero() || !own.outflow.isZero();
+    if (hasFlow && day > 0 && ownDays_.back().day < names_[day - 1]) {
+      ownDays_.push_back({.day = names_[day - 1],
+                          .value = before.amount,
+                          .isAtTradePrice = before.isAtTradePrice});
+    }
+    const bool isMeasurable = own.value > 0 && before.amount > 0;
+    const bool isNothing = own.value.isZero() && before.amount.isZero();
+    if (hasFlow || day == 0 || day + 1 == count_ || !(isMeasurable || isNothing)) {
+      ownDays_.push_back(own);
     }
   }
 
@@ -505,8 +533,8 @@ class SeriesBuilder {
         continue;
       }
       const DayTotal& total = totals_[day];
-      series_.days.push_back({dayNumbered(base_ + static_cast<std::int64_t>(day)), total.value,
-                              total.inflow, total.outflow, total.journaled, total.isAtTradePrice});
+      series_.days.push_back({names_[day], total.value, total.inflow, total.outflow,
+                              total.journaled, total.isAtTradePrice});
     }
     series_.bridge.opening = series_.days.front().value;
     series_.bridge.closing = series_.days.back().value;
@@ -521,6 +549,7 @@ class SeriesBuilder {
   std::vector<EquityLine> equities_;
   std::vector<CashLine> cash_;
   std::unordered_map<Currency, DailyRates> rates_;
+  std::vector<YearMonthDay> names_;  ///< of the days
   std::vector<DayTotal> totals_;
   std::vector<char> hasEntry_;
   std::vector<ValuationDay> ownDays_;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ledger/portfolio/portfolio.h"
+#include "reports/inquiry/cancellation.h"
 #include "reports/series/market_history.h"
 
 namespace corvane {
@@ -88,10 +89,13 @@ struct ValuationScope {
   /// Their holdings, trades and income count as things outside of the portfolio.
   EquitySet leftOut = {};
   std::unordered_set<Currency> leftOutCurrencies = {};
+  /// Where it is cancelled, the series ends up empty.
+  Cancellation cancellation = {};
 };
 
-/// Told of each equity of the scope that was held or traded: its figures, and its own days, of
-/// which those without a change may be left out. The days are gone when it returns.
+/// Told of each equity of the scope that was held or traded: its figures, and those of its own days
+/// that its returns need: the first and the last, each with a flow and the one before it, and those
+/// on which nothing is left. The days are gone when it returns.
 using EquityVisitor =
     std::function<void(const EquityFigures& figures, std::span<const ValuationDay> days)>;
 
@@ -107,7 +111,8 @@ using EquityVisitor =
 /// held from before the range has the open of its first bar where that follows within the lead-in's
 /// length. Where the market knows nothing the last trade prices it, else its cost base.
 ///
-/// Main queue only, as it reads the rows. O(rows + days × equities).
+/// On the main queue, as it reads the rows, or on any thread for a FrozenPortfolio.
+/// O(rows + days × equities).
 [[nodiscard]] ValuationSeries valuationSeries(Portfolio& portfolio, const ValuationScope& scope,
                                               const MarketHistory& history,
                                               const Calendar& calendar,

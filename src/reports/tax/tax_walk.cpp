@@ -5,91 +5,14 @@
 #include <numeric>
 
 #include "reports/series/report_days.h"
+#include "reports/tax/equity_splits.h"
+#include "reports/tax/share_matching.h"
 
 namespace corvane {
 namespace {
 
 using Kind = TaxRow::Kind;
 constexpr int windowDays = 30;
-
-/// The splits of the equity, each once, although every portfolio has a row of its own for it.
-class SplitsOfAll {
- public:
-  explicit SplitsOfAll(std::span<const TaxRow> rows) : applied_(rows.size()) {
-    for (const TaxRow& row : rows) {
-      if (row.kind == Kind::split && !row.splitFrom.isZero() && !row.splitInto.isZero()) {
-        take(row);
-      }
-    }
-    std::map<std::size_t, std::size_t> own;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      own[rows[i].portfolio] += rows[i].kind == Kind::split ? 1 : 0;
-      applied_[i] = countUpTo(rows[i].portfolio, rows[i].day, own[rows[i].portfolio]);
-    }
-  }
-
-  /// How many of them the shares of a row have behind them.
-  [[nodiscard]] std::size_t before(std::size_t row) const { return applied_[row]; }
-  /// The same for what a portfolio holds at the end of a day.
-  [[nodiscard]] std::size_t upTo(std::size_t portfolio, const YearMonthDay& day) const {
-    std::size_t count = 0;
-    for (const Event& event : events_) {
-      const auto own = event.days.find(portfolio);
-      count += (own == event.days.end() ? event.first : own->second) <= day ? 1 : 0;
-    }
-    return count;
-  }
-
-  /// `shares` with `from` splits behind them as shares with `to` splits behind them.
-  [[nodiscard]] Decimal converted(Decimal shares, std::size_t from, std::size_t to) const {
-    Decimal divisor = 1;
-    for (std::size_t i = std::min(from, to); i < std::max(from, to); ++i) {
-      const auto& [into, out] = std::pair(events_[i].into, events_[i].from);
-      shares = shares * (from < to ? into : out);
-      divisor = divisor * (from < to ? out : into);
-    }
-    return divisor == 1 ? shares : shares / divisor;
-  }
-
- private:
-  struct Event {
-    Decimal from;
-    Decimal into;
-    YearMonthDay first;
-    std::map<std::size_t, YearMonthDay> days;  ///< by portfolio
-  };
-
-  /// Rows of several portfolios are one split where they have one ratio and stand close together.
-  void take(const TaxRow& row) {
-    constexpr int apart = 10;
-    const auto known = std::ranges::find_if(events_, [&](const Event& event) {
-      return !event.days.contains(row.portfolio) && daysBetween(event.first, row.day) <= apart &&
-             event.into * row.splitFrom == event.from * row.splitInto;
-    });
-    if (known != events_.end()) {
-      known->days.emplace(row.portfolio, row.day);
-    } else {
-      events_.push_back({row.splitFrom, row.splitInto, row.day, {{row.portfolio, row.day}}});
-    }
-  }
-
-  [[nodiscard]] std::size_t countUpTo(std::size_t portfolio, const YearMonthDay& day,
-                                      std::size_t ownSplits) const {
-    std::size_t count = 0;
-    for (const Event& event : events_) {
-      if (event.days.contains(portfolio)) {
-        count += ownSplits > 0 ? 1 : 0;
-        ownSplits -= ownSplits > 0 ? 1 : 0;
-      } else {
-        count += event.first <= day ? 1 : 0;
-      }
-    }
-    return count;
-  }
-
-  std::vector<Event> events_;
-  std::vector<std::size_t> applied_;
-};
 
 using Holdings = std::map<std::size_t, Decimal>;  ///< shares by portfolio
 
@@ -217,13 +140,14 @@ class TaxWalker {
                      .gain = {},
                      .superficial = superficialWindow(row.day),
                      .taxGain = {},
-                     .isShort = pool.shares < row.shares};
+                     .isShort = pool.shares < row.shares,
+                     .matches = {}};
     if (pool.shares > 0) {
       made.costDisposed = pool.cost * row.shares / pool.shares;
     }
     made.gain = inMinorUnits(row.amount - made.costDisposed);
     made.superficial.sold = row.shares;
-    if (made.gain < 0 && rules_.deniesSuperficialLosses && !made.isShort) {
+    if (made.gain < 0 && rules_.country == TaxCountry::canada && !made.isShort) {
       deny(made, row);
     }
     made.taxGain = made.gain + made.superficial.denied;
@@ -234,11 +158,13 @@ class TaxWalker {
   struct Bought {
     std::map<std::size_t, Decimal> byHolder;
     Decimal sum;
+    std::vector<SuperficialLoss::Purchase> rows;
   };
   [[nodiscard]] Bought boughtAround(std::size_t i, const SuperficialLoss& window) const {
     Bought bought;
     std::map<std::size_t, Decimal> journaled;
     Decimal journaledIn;
+    std::vector<SuperficialLoss::Purchase> journaledRows;
     const auto first =
         std::ranges::lower_bound(rows_, window.from, std::less<>(), &TaxRow::day) - rows_.begin();
     for (auto k = static_cast<std::size_t>(first); k < rows_.size() && rows_[k].day <= window.to;
@@ -248,12 +174,15 @@ class TaxWalker {
       if (row.kind == Kind::purchase) {
         bought.byHolder[row.holder] += shares;
         bought.sum += shares;
+        bought.rows.push_back({k, shares});
       } else if (row.kind == Kind::journaled) {
         journaled[row.holder] += shares;
         journaledIn += shares;
+        journaledRows.push_back({k, shares});
       }
     }
     if (journaledIn > 0) {
+      bought.rows.insert(bought.rows.end(), journaledRows.begin(), journaledRows.end());
       bought.sum += journaledIn;
       for (const auto& [holder, shares] : journaled) {
         bought.byHolder[holder] += std::max(shares, Decimal(0));
@@ -280,11 +209,13 @@ class TaxWalker {
   void deny(TaxDisposal& made, const TaxRow& row) const {
     SuperficialLoss& loss = made.superficial;
     loss.isProvisional = rules_.today < loss.to;
-    const Bought bought = boughtAround(made.row, loss);
+    Bought bought = boughtAround(made.row, loss);
     const auto held = heldAfter(made.row, loss);
     loss.bought = bought.sum;
+    loss.purchases = std::move(bought.rows);
     for (const auto& [holder, shares] : held) {
       loss.heldAtEnd += shares;
+      loss.holdings.push_back({holder, shares});
     }
     const Decimal counted = std::min({row.shares, loss.bought, loss.heldAtEnd});
     if (counted <= 0) {
@@ -320,7 +251,7 @@ class TaxWalker {
   std::span<const TaxRow> rows_;
   std::span<const TaxHolder> holders_;
   const TaxRules& rules_;
-  const SplitsOfAll splits_;
+  const EquitySplits splits_;
   std::map<std::size_t, std::size_t> holderOf_;
   Holdings held_;
   TaxWalk walk_;
@@ -337,7 +268,8 @@ SuperficialLoss superficialWindow(const YearMonthDay& day) {
 
 TaxWalk walkTaxes(std::span<const TaxRow> rows, std::span<const TaxHolder> holders,
                   const TaxRules& rules) {
-  return TaxWalker(rows, holders, rules).walk();
+  return rules.country == TaxCountry::unitedKingdom ? matchShares(rows, holders, rules)
+                                                    : TaxWalker(rows, holders, rules).walk();
 }
 
 }  // namespace corvane

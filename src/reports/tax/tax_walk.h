@@ -1,11 +1,12 @@
 // The cost base of one equity as its owner's tax return sees it: one pool for each person, over all
 // of his portfolios, with losses denied that were superficial.
 //
-// The method is that of Canadian tax law: the average cost of identical shares (Income Tax Act,
-// s. 47), a deemed gain where a return of capital exceeds the cost (s. 40(3)), and the superficial
-// loss (s. 54), whose denied part goes to the cost of those who bought. How a loss is divided among
-// several buyers, and that settlement days count, follows the tax office's letters 2022-0940941C6
-// and 2021-0896031C6, which are practice and not law. None of this is tax advice.
+// The method for Canada is that of its tax law: the average cost of identical shares (Income Tax
+// Act, s. 47), a deemed gain where a return of capital exceeds the cost (s. 40(3)), and the
+// superficial loss (s. 54), whose denied part goes to the cost of those who bought. How a loss is
+// divided among several buyers, and that settlement days count, follows the tax office's letters
+// 2022-0940941C6 and 2021-0896031C6, which are practice and not law. That for the United Kingdom is
+// in share_matching.h. None of this is tax advice.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +16,7 @@
 
 #include "core/money/currency_amount.h"
 #include "core/money/year_month_day.h"
+#include "core/tax/tax_settings.h"
 
 namespace corvane {
 
@@ -46,6 +48,18 @@ struct SuperficialLoss {
   Decimal sold;
   Decimal bought;     ///< by all in the window
   Decimal heldAtEnd;  ///< by all at the end of the window
+  /// What `bought` is the sum of, and `heldAtEnd`; told of losses alone. Shares that were journaled
+  /// out are negative.
+  struct Purchase {
+    std::size_t row;
+    Decimal shares;
+  };
+  std::vector<Purchase> purchases = {};
+  struct Holding {
+    std::size_t holder;
+    Decimal shares;
+  };
+  std::vector<Holding> holdings = {};
 
   struct Addition {
     std::size_t holder;
@@ -73,6 +87,16 @@ struct TaxDisposal {
   SuperficialLoss superficial;
   Decimal taxGain;       ///< gain + what is denied
   bool isShort = false;  ///< more was sold than the pool held; nothing is denied
+
+  /// Where shares are matched with purchases: what the cost disposed of is the sum of.
+  struct Match {
+    enum class Rule { sameDay, next30Days, pool };
+    Rule rule;
+    YearMonthDay day;  ///< of the purchase; of the sale for the pool
+    Decimal shares;    ///< in shares of the day of the sale
+    Decimal cost;      ///< exact
+  };
+  std::vector<Match> matches;
 };
 
 struct TaxWalk {
@@ -93,7 +117,7 @@ struct TaxWalk {
 
 struct TaxRules {
   Currency currency;  ///< money is rounded to its minor units
-  bool deniesSuperficialLosses = true;
+  TaxCountry country = TaxCountry::canada;
   YearMonthDay today;
 };
 

@@ -5,82 +5,30 @@
 #include <tuple>
 
 #include "reports/series/report_days.h"
+#include "reports/tax/sale_estimate.h"
 
 namespace corvane {
 namespace {
-
-/// The rows of one equity in portfolios of one primary currency.
-struct TaxedEquity {
-  EquityPointer equity;
-  Currency currency;
-  std::vector<TaxRow> rows;
-  std::vector<TaxRowPlace> places;  ///< of each row
-
-  void sortByDay() {
-    std::vector<std::size_t> order(rows.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-      order[i] = i;
-    }
-    std::ranges::stable_sort(order, {}, [&](std::size_t i) { return rows[i].day; });
-    const std::vector<TaxRow> oldRows = rows;
-    const std::vector<TaxRowPlace> oldPlaces = places;
-    for (std::size_t i = 0; i < order.size(); ++i) {
-      rows[i] = oldRows[order[i]];
-      places[i] = oldPlaces[order[i]];
-    }
-  }
-};
-
-std::optional<TaxRow> taxRowOf(const TransactionEffect& effect) {
-  TaxRow row;
-  row.shares = effect.sharesAdded;
-  row.amount = abs(effect.costAdded);
-  switch (effect.type) {
-    case TransactionType::trade:
-      row.kind = effect.isSale() ? TaxRow::Kind::sale : TaxRow::Kind::purchase;
-      row.shares = abs(effect.sharesAdded);
-      row.amount = effect.isSale() ? effect.equivalentAmount.value_or(0)
-                                   : -effect.equivalentAmount.value_or(0);
-      return row;
-    case TransactionType::split:
-      row.kind = TaxRow::Kind::split;
-      row.shares = 0;
-      row.splitFrom = effect.declaredShares.value_or(0);
-      row.splitInto = effect.splitInto.value_or(0);
-      return row;
-    case TransactionType::journaledShares:
-      row.kind = TaxRow::Kind::journaled;
-      return row;
-    case TransactionType::reinvestedDistribution:
-      row.kind = TaxRow::Kind::reinvestedDistribution;
-      return row;
-    case TransactionType::returnOfCapital:
-      row.kind = TaxRow::Kind::returnOfCapital;
-      return row;
-    case TransactionType::dividend:
-    case TransactionType::capitalGainsDividend:
-    case TransactionType::transfer:
-    case TransactionType::cashAdjustment:
-      return std::nullopt;
-  }
-  __builtin_unreachable();
-}
 
 class TaxYearBuilder {
  public:
   TaxYearBuilder(std::span<const TaxedPortfolio> portfolios, const TaxYearQuestion& question,
                  const Calendar& calendar)
-      : question_(question), calendar_(calendar) {
-    for (std::size_t i = 0; i < portfolios.size(); ++i) {
-      if (portfolios[i].role != TaxRole::notMine) {
-        readPortfolio(portfolios[i], i);
+      : question_(question),
+        calendar_(calendar),
+        ledger_(taxLedger(portfolios, question, calendar)) {
+    for (const TaxedPortfolio& taxed : portfolios) {
+      if (isSubject(taxed)) {
+        readIncomeOf(*taxed.portfolio);
       }
     }
   }
 
   TaxYear build() {
-    for (TaxedEquity& line : equities_) {
-      line.sortByDay();
+    for (const TaxedEquity& line : ledger_.equities) {
+      if (question_.cancellation.isCancelled()) {
+        break;
+      }
       takeEquity(line);
     }
     std::ranges::stable_sort(year_.disposals, {}, [&](const TaxYear::Disposal& disposal) {
@@ -99,61 +47,29 @@ class TaxYearBuilder {
     return question_.first <= day && day <= question_.last;
   }
 
-  std::size_t holderOf(const TaxedPortfolio& taxed) {
-    TaxHolder holder{taxed.person, taxed.role != TaxRole::registered};
-    if (!holder.isTaxable) {
-      holder.name = taxed.portfolio->name;
-    }
-    const auto known = std::ranges::find_if(holders_, [&](const TaxHolder& other) {
-      return other.name == holder.name && other.isTaxable == holder.isTaxable && holder.isTaxable;
-    });
-    if (known != holders_.end()) {
-      return static_cast<std::size_t>(known - holders_.begin());
-    }
-    holders_.push_back(std::move(holder));
-    return holders_.size() - 1;
-  }
   [[nodiscard]] bool isSubject(std::size_t holder) const {
-    return holders_[holder].isTaxable && holders_[holder].name == question_.person;
+    return corvane::isSubject(ledger_.holders[holder], question_);
+  }
+  [[nodiscard]] bool isSubject(const TaxedPortfolio& taxed) const {
+    const bool isTaxed = taxed.role == TaxRole::taxable ||
+                         (taxed.role == TaxRole::affiliated && !taxed.isRegistered);
+    return isTaxed && taxed.person == question_.person;
   }
 
-  void readPortfolio(const TaxedPortfolio& taxed, std::size_t number) {
-    const std::size_t holder = holderOf(taxed);
-    const YearMonthDay end = daysAfter(question_.last, 30);
-    const auto& rows = taxed.portfolio->transactions();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const TransactionEffect effect = transactionEffect(rows[i]->basic.kind);
-      TaxRowPlace place{taxed.portfolio, i, effect.equity == nullptr ? nullptr : *effect.equity,
-                        YearMonthDay::of(rows[i]->settlementDate(), calendar_),
-                        YearMonthDay::of(rows[i]->tradeDate(), calendar_)};
-      const YearMonthDay day = dayOf(place);
-      if (end < day) {
-        if (question_.byTradeDate) {
-          continue;
-        }
+  void readIncomeOf(Portfolio& portfolio) {
+    // Whatever is of a day by its trade settles on that day or later.
+    const auto& rows = portfolio.transactions();
+    const auto first = std::ranges::lower_bound(rows, question_.first.startIn(calendar_), {},
+                                                &PortfolioTransaction::settlementDate);
+    const Date end = daysAfter(question_.last, 1).startIn(calendar_);
+    for (auto row = first; row != rows.end(); ++row) {
+      const Date date = question_.byTradeDate ? (*row)->tradeDate() : (*row)->settlementDate();
+      if (isInYear(YearMonthDay::of(date, calendar_))) {
+        readIncome(transactionEffect((*row)->basic.kind), portfolio.primaryCurrency());
+      } else if (!question_.byTradeDate && end <= date) {
         break;
       }
-      if (isSubject(holder) && isInYear(day)) {
-        readIncome(effect, taxed.portfolio->primaryCurrency());
-      }
-      if (auto row = taxRowOf(effect)) {
-        row->day = day;
-        row->holder = holder;
-        row->portfolio = number;
-        TaxedEquity& line = lineOf(place.equity, taxed.portfolio->primaryCurrency());
-        line.rows.push_back(*row);
-        line.places.push_back(std::move(place));
-      }
     }
-  }
-
-  TaxedEquity& lineOf(const EquityPointer& equity, const Currency& currency) {
-    auto& place = places_[std::string(currency.code)];
-    const auto [found, isNew] = place.try_emplace(equity, equities_.size());
-    if (isNew) {
-      equities_.push_back({equity, currency, {}, {}});
-    }
-    return equities_[found->second];
   }
 
   void readIncome(const TransactionEffect& effect, const Currency& primary) {
@@ -179,8 +95,7 @@ class TaxYearBuilder {
   }
 
   void takeEquity(const TaxedEquity& line) {
-    const TaxRules rules{line.currency, question_.deniesSuperficialLosses, question_.today};
-    const TaxWalk walk = walkTaxes(line.rows, holders_, rules);
+    const TaxWalk walk = walkTaxes(line.rows, ledger_.holders, taxRules(line, question_));
     for (const TaxDisposal& disposal : walk.disposals) {
       if (isSubject(line.rows[disposal.row].holder) && isInYear(line.rows[disposal.row].day)) {
         takeDisposal(line, disposal);
@@ -211,10 +126,7 @@ class TaxYearBuilder {
       made.rate = made.equivalent / effect.amount;
     }
     const SuperficialLoss& loss = disposal.superficial;
-    for (const auto& [holder, amount] : loss.additions) {
-      made.addedTo += (made.addedTo.empty() ? "" : ", ") + nameOf(holder) + " " +
-                      amount.description() + (holders_[holder].isTaxable ? "" : " (lost)");
-    }
+    made.addedTo = additionsText(loss, ledger_.holders);
     made.note = noteOf(made, line);
     if (disposal.isShort) {
       year_.toCheck.push_back({place, "more was sold than was held"});
@@ -223,10 +135,6 @@ class TaxYearBuilder {
       year_.toCheck.push_back({place, "the buyers hold fewer shares than the loss was denied for"});
     }
     year_.disposals.push_back(std::move(made));
-  }
-
-  [[nodiscard]] std::string nameOf(std::size_t holder) const {
-    return holders_[holder].name.empty() ? "own cost base" : holders_[holder].name;
   }
 
   [[nodiscard]] std::string noteOf(const TaxYear::Disposal& made, const TaxedEquity& line) const {
@@ -243,11 +151,24 @@ class TaxYearBuilder {
       note = isPooled ? "average cost of all portfolios"
                       : "the cost base was changed by a denied loss or by a deemed gain";
     }
-    if (loss.isProvisional && made.tax.gain < 0) {
+    if (!made.tax.matches.empty()) {
+      note = matchText(made.tax.matches);
+    }
+    const bool mayChange = made.tax.gain < 0 || !made.tax.matches.empty();
+    if (loss.isProvisional && mayChange) {
       note += (note.empty() ? "" : "; ") + ("provisional until " + isoText(loss.to)) +
               ", with holdings of today";
     }
     return note;
+  }
+
+  static std::string matchText(const std::vector<TaxDisposal::Match>& matches) {
+    std::string text;
+    for (const TaxDisposal::Match& match : matches) {
+      text += (text.empty() ? "" : ", ") + match.shares.description() + " of " +
+              (match.rule == TaxDisposal::Match::Rule::pool ? "the pool" : isoText(match.day));
+    }
+    return text;
   }
 
   /// Shares that leave the pools of the taxed are taken as sold by the law; that is not computed.
@@ -332,9 +253,7 @@ class TaxYearBuilder {
 
   const TaxYearQuestion& question_;
   const Calendar& calendar_;
-  std::vector<TaxHolder> holders_;
-  std::vector<TaxedEquity> equities_;
-  std::map<std::string, EquityMap<std::size_t>> places_;
+  const TaxLedger ledger_;
   std::map<std::tuple<std::string, std::string, std::string, int, std::string>, TaxYear::Income>
       income_;
   std::map<std::string, CurrencyAmount> adjustments_;

@@ -8,44 +8,10 @@
 
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/transaction/transaction_effect.h"
+#include "reports/tax/tax_ledger.h"
 #include "reports/tax/tax_walk.h"
 
 namespace corvane {
-
-enum class TaxRole {
-  taxable,     ///< the user's own
-  registered,  ///< of the user, not taxed; its shares count and what it is given is lost
-  affiliated,  ///< of somebody close, who is taxed for himself
-  notMine,     ///< plays no part
-};
-
-struct TaxedPortfolio {
-  PortfolioPointer portfolio;
-  TaxRole role = TaxRole::taxable;
-  std::string person = {};  ///< of an affiliated portfolio, whose it is
-};
-
-struct TaxYearQuestion {
-  YearMonthDay first;
-  YearMonthDay last;
-  YearMonthDay today;
-  std::string person = {};   ///< whose year it is; empty for the user
-  bool byTradeDate = false;  ///< else by settlement
-  bool deniesSuperficialLosses = true;
-};
-
-/// Where a line of the report stands in a ledger.
-struct TaxRowPlace {
-  PortfolioPointer portfolio;
-  std::size_t position = 0;  ///< in the ledger, from 0
-  EquityPointer equity;      ///< null for cash adjustments
-  YearMonthDay settlement;
-  YearMonthDay trade;
-
-  [[nodiscard]] const PortfolioTransaction& row() const {
-    return *portfolio->transactions()[position];
-  }
-};
 
 struct TaxYear {
   struct Disposal {
@@ -94,7 +60,8 @@ struct TaxYear {
 };
 
 /// The year of one person. Pools are those of portfolios with one primary currency; all history up
-/// to 30 days after the year counts. Main queue only.
+/// to 30 days after the year counts. On the main queue, or on any thread for frozen ledgers. Where
+/// the question is cancelled, the year is of no use.
 [[nodiscard]] TaxYear taxYear(std::span<const TaxedPortfolio> portfolios,
                               const TaxYearQuestion& question, const Calendar& calendar);
 

@@ -1,5 +1,6 @@
 #include "reports/trail/trail_node.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace corvane {
@@ -24,6 +25,12 @@ Decimal TrailNode::recomputed() const {
   }
   if (operation == Operation::round) {
     return rounded(children.front().value, digits, RoundingMode::bankers);
+  }
+  if (operation == Operation::solution) {
+    return children.back().value.isZero() ? children.front().value : Decimal::nan();
+  }
+  if (operation == Operation::least) {
+    return std::ranges::min_element(children, {}, &TrailNode::value)->value;
   }
   Decimal result = operation == Operation::product ? 1 : 0;
   bool isFirst = true;
@@ -75,6 +82,24 @@ TrailNode roundedTo(int digits, std::string label, TrailNode exact) {
   return node;
 }
 
+TrailNode leastOf(std::string label, std::string unit, std::vector<TrailNode> parts) {
+  return innerNode(TrailNode::Operation::least, std::move(label), std::move(unit),
+                   std::move(parts));
+}
+
+TrailNode solutionOf(std::string label, TrailNode unknown, TrailNode left) {
+  std::string unit = unknown.unit;
+  return innerNode(TrailNode::Operation::solution, std::move(label), std::move(unit),
+                   {std::move(unknown), std::move(left)});
+}
+
+TrailNode percentOf(std::string label, TrailNode fraction) {
+  constexpr int digits = 2;
+  TrailNode hundred{.label = "Percent of a whole", .value = 100};
+  return roundedTo(digits, std::move(label),
+                   productOf("In percent", "%", {std::move(fraction), std::move(hundred)}));
+}
+
 std::string_view displayName(TrailNode::Operation operation) {
   switch (operation) {
     case TrailNode::Operation::leaf:
@@ -89,6 +114,10 @@ std::string_view displayName(TrailNode::Operation operation) {
       return "quotient";
     case TrailNode::Operation::round:
       return "round";
+    case TrailNode::Operation::least:
+      return "least";
+    case TrailNode::Operation::solution:
+      return "solution";
   }
   __builtin_unreachable();
 }

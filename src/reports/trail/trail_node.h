@@ -18,6 +18,8 @@ struct TrailNode {
     product,     ///< of all children
     quotient,    ///< the first child by the second
     round,       ///< the child to `digits`, half to even
+    least,       ///< the least of the children
+    solution,    ///< the first child, at which the second one is 0
   };
   std::string label;
   Decimal value = {};
@@ -45,7 +47,13 @@ struct TrailNode {
 /// `exact` rounded to `digits`; itself where it has no more.
 [[nodiscard]] TrailNode roundedTo(int digits, std::string label, TrailNode exact);
 
-/// "sum", "difference", "product", "quotient", "round", or "" for a leaf.
+[[nodiscard]] TrailNode leastOf(std::string label, std::string unit, std::vector<TrailNode> parts);
+/// `unknown`, whose value makes `left` 0.
+[[nodiscard]] TrailNode solutionOf(std::string label, TrailNode unknown, TrailNode left);
+/// `fraction` in percent with two digits, as it stands on the screen.
+[[nodiscard]] TrailNode percentOf(std::string label, TrailNode fraction);
+
+/// "sum", "difference", "product", "quotient", "round", "least", "solution", or "" for a leaf.
 [[nodiscard]] std::string_view displayName(TrailNode::Operation operation);
 
 }  // namespace corvane

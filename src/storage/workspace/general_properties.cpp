@@ -1,5 +1,8 @@
 #include "storage/workspace/general_properties.h"
 
+#include <charconv>
+#include <system_error>
+
 #include "core/decimal/json_coding.h"
 
 namespace corvane {
@@ -10,6 +13,10 @@ using RegressionSettings = GeneralProperties::RegressionSettings;
 
 constexpr std::string_view settingsKey = "lastTradingScenarioSettings";
 constexpr std::string_view watchlistKey = "watchlistSymbols";
+constexpr std::string_view taxKey = "taxSettings";
+constexpr std::string_view rolesKey = "portfolioTaxRoles";
+
+using Roles = std::map<std::int64_t, PortfolioTaxRole>;
 
 /// The field `key` of `object`; null where it is absent or null.
 const JSONValue* present(const JSONValue& object, std::string_view key) {
@@ -74,6 +81,28 @@ JSONValue settingsJSON(const RegressionSettings& settings) {
   return value;
 }
 
+JSONValue rolesJSON(const Roles& roles) {
+  JSONValue value{JSONValue::Object()};
+  for (const auto& [id, role] : roles) {
+    value.set(std::to_string(id), json(role));
+  }
+  return value;
+}
+
+/// The roles that can be read; a key that is no id and a word that is not known name none.
+Roles rolesOf(const JSONValue& value, std::string_view path) {
+  Roles roles;
+  for (const auto& [key, field] : value.object(path)) {
+    std::int64_t id = 0;
+    const auto [end, error] = std::from_chars(key.data(), key.data() + key.size(), id);
+    const auto role = portfolioTaxRole(field);
+    if (error == std::errc() && end == key.data() + key.size() && role) {
+      roles.emplace(id, *role);
+    }
+  }
+  return roles;
+}
+
 }  // namespace
 
 std::string GeneralProperties::json() const {
@@ -90,6 +119,12 @@ std::string GeneralProperties::json() const {
   if (lastTradingScenarioSettings) {
     value.set(settingsKey, settingsJSON(*lastTradingScenarioSettings));
   }
+  if (taxSettings) {
+    value.set(taxKey, corvane::json(*taxSettings));
+  }
+  if (!taxRoles.empty()) {
+    value.set(rolesKey, rolesJSON(taxRoles));
+  }
   return value.text();
 }
 
@@ -99,7 +134,11 @@ GeneralProperties GeneralProperties::fromJSON(std::string_view document) {
   return {optionalField(value, "appBundleVersion", "", text),
           optionalField(value, "appMarketingVersion", "", text),
           optionalField(value, watchlistKey, "", watchlist),
-          optionalField(value, settingsKey, "", regressionSettings)};
+          optionalField(value, settingsKey, "", regressionSettings),
+          optionalField(
+              value, taxKey, "",
+              [](const JSONValue& field, std::string_view) { return corvane::taxSettings(field); }),
+          optionalField(value, rolesKey, "", rolesOf).value_or(Roles())};
 }
 
 }  // namespace corvane

@@ -1,6 +1,8 @@
 // What a workspace keeps beside its portfolios.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,6 +10,7 @@
 
 #include "core/strategy/investment_scenario.h"
 #include "core/strategy/investment_strategy.h"
+#include "core/tax/tax_settings.h"
 
 namespace corvane {
 
@@ -33,6 +36,11 @@ struct GeneralProperties {
   std::optional<std::string> appMarketingVersion = {};  ///< its version, for people
   std::optional<std::vector<WatchlistEntry>> watchlistSymbols = {};
   std::optional<RegressionSettings> lastTradingScenarioSettings = {};
+
+  // Older programs do not know these and lose them when they save.
+  std::optional<TaxSettings> taxSettings = {};
+  /// The roles that the user has confirmed, by the ids of portfolios in the database.
+  std::map<std::int64_t, PortfolioTaxRole> taxRoles = {};
 
   /// Compact JSON with the fields in this order. Throws JSONError for an amount that is a NaN.
   [[nodiscard]] std::string json() const;

@@ -273,6 +273,14 @@ void WorkspaceDocument::loadGeneralProperties() {
   model_->tradingScenarioSettings =
       properties.lastTradingScenarioSettings.value_or(GeneralProperties::RegressionSettings());
   model_->lastSavedAppVersion = properties.appBundleVersion;
+  model_->taxSettings = properties.taxSettings.value_or(TaxSettings());
+  model_->taxRoles.clear();
+  for (const PortfolioPointer& portfolio : model_->portfolios()) {
+    const auto* stored = dynamic_cast<const StoredPortfolio*>(portfolio.get());
+    if (stored != nullptr && properties.taxRoles.contains(stored->portfolioId)) {
+      model_->taxRoles.emplace(portfolio, properties.taxRoles.at(stored->portfolioId));
+    }
+  }
 }
 
 void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
@@ -317,6 +325,15 @@ std::string WorkspaceDocument::generalPropertiesText() const {
     const auto provider = equity->quoteProvider.lock();
     properties.watchlistSymbols->push_back(
         {provider ? provider->providerName() : "?", equity->id()});
+  }
+  if (model_->taxSettings != TaxSettings()) {
+    properties.taxSettings = model_->taxSettings;
+  }
+  for (const PortfolioPointer& portfolio : model_->portfolios()) {
+    const auto* stored = dynamic_cast<const StoredPortfolio*>(portfolio.get());
+    if (const auto role = model_->taxRoleOf(portfolio); stored != nullptr && role) {
+      properties.taxRoles.emplace(stored->portfolioId, *role);
+    }
   }
   return properties.json();
 }

@@ -1,6 +1,7 @@
 // What the rest of the program sees of a workspace document.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,6 +22,16 @@ struct WorkspaceModel {
   std::vector<std::shared_ptr<PortfolioManager>> portfolioManagers;
 
   GeneralProperties::RegressionSettings tradingScenarioSettings;
+
+  // Changed by changeTaxSettings() and changeTaxRole().
+  TaxSettings taxSettings;
+  /// What the user has said that portfolios are to taxes. Of whom he has not been asked there is no
+  /// entry.
+  std::map<std::weak_ptr<Portfolio>, PortfolioTaxRole, std::owner_less<>> taxRoles;
+  [[nodiscard]] std::optional<PortfolioTaxRole> taxRoleOf(const PortfolioPointer& portfolio) const {
+    const auto found = taxRoles.find(portfolio);
+    return found == taxRoles.end() ? std::nullopt : std::optional(found->second);
+  }
 
   /// The build that wrote the file from which this was read.
   std::optional<std::string> lastSavedAppVersion;

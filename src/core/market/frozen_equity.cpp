@@ -1,4 +1,4 @@
-#include "scenario/frozen_equity.h"
+#include "core/market/frozen_equity.h"
 
 namespace corvane {
 

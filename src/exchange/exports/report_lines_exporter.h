@@ -1,0 +1,70 @@
+// Writes reports to a delimited text file: returns, a tax year, income.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "exchange/exports/portfolio_exporter.h"
+#include "reports/income/income_payments.h"
+#include "reports/returns/returns_report.h"
+#include "reports/returns/total_return_index.h"
+#include "reports/tax/tax_year.h"
+
+namespace corvane {
+
+/// The lines of a report, with all their figures taken when the exporter is made. What has no
+/// figure has an empty cell, and a note says why.
+class ReportLinesExporter final : public PortfolioExporter {
+ public:
+  static constexpr std::string_view userDefaultsKey = "reportExportConfiguration";
+
+  /// A line for each day: date, value, inflow, outflow, dailyReturn, index, benchmarkIndex,
+  /// drawdown, note. Returns are fractions of 1. `title` names the scope; days are those of
+  /// `calendar`. `defaults` may be null; otherwise it outlives the exporter.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofReturns(
+      const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
+      const std::string& title, const Calendar& calendar, UserDefaults* defaults);
+
+  /// A line for each disposal: settlement, tradeDate, portfolio, symbol, shares, proceeds,
+  /// currency, rate, equivalent, costBase, ledgerGain, denied, addedTo, taxGain, primaryCurrency,
+  /// note.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofDisposals(const TaxYear& year,
+                                                                        const std::string& title,
+                                                                        const Calendar& calendar,
+                                                                        UserDefaults* defaults);
+
+  /// A line for each equity, currency and kind of a tax year's income: symbol, kind, amount,
+  /// currency, equivalent, primaryCurrency.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofTaxIncome(const TaxYear& year,
+                                                                        const std::string& title,
+                                                                        UserDefaults* defaults);
+
+  /// A line for each payment: date, portfolio, symbol, kind, shares, perShare, amount, currency,
+  /// rate, equivalent, status, note.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofIncome(
+      std::span<const IncomePayment> payments, const std::string& title, const Calendar& calendar,
+      UserDefaults* defaults);
+
+ private:
+  struct Shares {
+    Decimal count;
+  };
+  struct Rate {
+    Decimal value;
+  };
+  using Cell = std::variant<std::monostate, std::string, Date, Shares, Rate, CurrencyAmount>;
+
+  ReportLinesExporter(UserDefaults* defaults, std::span<const Field> fields,
+                      std::vector<std::vector<Cell>> lines, const std::string& title);
+
+  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+
+  const std::vector<std::vector<Cell>> lines_;
+};
+
+}  // namespace corvane
