@@ -22,6 +22,8 @@ class ExplanationPanel : public QWidget {
  public:
   explicit ExplanationPanel(ExplanationViewController& controller, QWidget* parent = nullptr);
 
+  [[nodiscard]] QSize sizeHint() const override { return {440, 400}; }
+
  protected:
   void keyPressEvent(QKeyEvent* event) override;
 

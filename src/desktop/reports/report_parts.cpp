@@ -41,7 +41,7 @@ FigureButton::FigureButton(QWidget* parent)
     label->setAttribute(Qt::WA_TransparentForMouseEvents);
     column->addWidget(label);
   }
-  column->addStretch(1);
+  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   setFocusPolicy(Qt::StrongFocus);
   setProperty("isFigure", true);
 }
@@ -129,12 +129,16 @@ void FiguresRow::arrange() {
   }
   columns_ = columns;
   for (int i = 0; i < count; ++i) {
-    grid_->addWidget(buttons_[static_cast<std::size_t>(i)], i / columns, i % columns);
+    grid_->addWidget(buttons_[static_cast<std::size_t>(i)], i / columns, i % columns, Qt::AlignTop);
   }
   for (int column = 0; column < grid_->columnCount(); ++column) {
     grid_->setColumnStretch(column, column < columns ? 1 : 0);
   }
   updateGeometry();
+}
+
+QSize FiguresRow::minimumSizeHint() const {
+  return {leastFigureWidth, grid_->minimumSize().height()};
 }
 
 void FiguresRow::resizeEvent(QResizeEvent* event) {

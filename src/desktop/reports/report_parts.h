@@ -47,6 +47,8 @@ class FiguresRow : public QWidget {
 
   explicit FiguresRow(QWidget* parent = nullptr);
   void setFigures(const std::vector<ReportFigure>& figures);
+  /// That of one column: what does not fit beside it stands in further rows.
+  [[nodiscard]] QSize minimumSizeHint() const override;
 
  protected:
   void resizeEvent(QResizeEvent* event) override;

@@ -19,6 +19,7 @@ namespace corvane::desktop {
 namespace {
 
 constexpr int mostRowsShown = 14;
+constexpr int widestTable = 1150;
 constexpr int leastIndexHeight = 210;
 constexpr int drawdownHeight = 120;
 
@@ -114,6 +115,10 @@ void ReturnsView::addTables() {
   reconciliation_ =
       addTable(reconciliationAdapter_, controller_->reconciliationTable,
                QStringLiteral("Reconciliation"), QStringLiteral("returnsReconciliation"));
+  // Years beside their months, and amounts beside what they are, also in a wide window.
+  for (TableView* table : {months_, reconciliation_}) {
+    table->setMaximumWidth(widestTable);
+  }
   connect(equities_, &QTableView::activated, this, [this](const QModelIndex& index) {
     controller_->openRow(static_cast<std::size_t>(index.row()));
   });

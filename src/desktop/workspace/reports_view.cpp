@@ -1,5 +1,6 @@
 #include "desktop/workspace/reports_view.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -28,13 +29,24 @@ QWidget* reportPage(const QString& title, std::initializer_list<QWidget*> parts)
   return page;
 }
 
+/// `part` at the left, as wide as it needs to be.
+QWidget* atLeft(QWidget* part) {
+  auto* line = new QWidget;
+  auto* row = new QHBoxLayout(line);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->addWidget(part);
+  row->addStretch(1);
+  return line;
+}
+
 }  // namespace
 
 ReportsView::ReportsView(std::shared_ptr<WorkspaceReports> reports, QWidget* parent)
     : QStackedWidget(parent),
       reports_(std::move(reports)),
-      returns_(reportPage(QStringLiteral("Returns"), {new DatesPickerView(reports_->datesPicker),
-                                                      new ReturnsView(reports_->returns)})),
+      returns_(
+          reportPage(QStringLiteral("Returns"), {atLeft(new DatesPickerView(reports_->datesPicker)),
+                                                 new ReturnsView(reports_->returns)})),
       taxYear_(new TaxYearView(reports_->taxYear)),
       income_(reportPage(QStringLiteral("Income"), {new IncomeView(reports_->income)})) {
   for (QWidget* page : std::initializer_list<QWidget*>{returns_, taxYear_, income_}) {

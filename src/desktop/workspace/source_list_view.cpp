@@ -135,7 +135,11 @@ void SourceView::addReports(QVBoxLayout* column) {
   reports_->setFrameShape(QFrame::NoFrame);
   reports_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   reports_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  reports_->viewport()->setAutoFillBackground(false);
+  reports_->setStyleSheet(
+      QStringLiteral("QListWidget { background: transparent; border: none; outline: none; }"
+                     "QListWidget::item { margin: 1px 8px; padding-left: 8px; border-radius: 6px; }"
+                     "QListWidget::item:selected { background: palette(highlight);"
+                     " color: palette(highlighted-text); }"));
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
     auto* item = new QListWidgetItem(qtText(entry.title), reports_);
     item->setSizeHint({0, fontMetrics().height() + spacing::medium});

@@ -30,6 +30,63 @@ TaxYear::Totals noTotals(const Currency& currency) {
   return totals;
 }
 
+/// What a year has brought in one primary currency.
+struct CurrencyFigures {
+  TaxYear::Totals totals;
+  Decimal income;
+  Decimal deemed;
+
+  [[nodiscard]] bool isEmpty() const {
+    return totals.proceeds.isZero() && income.isZero() && deemed.isZero();
+  }
+};
+
+CurrencyFigures figuresIn(const TaxYear& year, const Currency& currency) {
+  CurrencyFigures figures{.totals = noTotals(currency), .income = 0, .deemed = 0};
+  for (const TaxYear::Totals& line : year.totals) {
+    if (line.equity == nullptr && line.currency == currency) {
+      figures.totals = line;
+    }
+  }
+  for (const TaxYear::Income& line : year.income) {
+    if (line.equivalent.currency == currency && line.kind != TransactionType::returnOfCapital) {
+      figures.income += line.equivalent.amount;
+    }
+  }
+  for (const TaxYear::DeemedGain& line : year.deemedGains) {
+    if (primaryOf(line.place) == currency) {
+      figures.deemed += line.amount;
+    }
+  }
+  return figures;
+}
+
+void addFigures(const CurrencyFigures& sums, bool namesCurrency,
+                std::vector<ReportFigure>& figures) {
+  const TaxYear::Totals& totals = sums.totals;
+  const Currency& currency = totals.currency;
+  const std::string in = namesCurrency ? ", " + std::string(currency.code) : "";
+  figures.push_back({.title = "Net gain" + in,
+                     .value = signedMoneyCell(totals.net(), currency),
+                     .detail = "gains " + reportMoneyText(totals.gains, currency) + ", losses " +
+                               reportMoneyText(totals.losses, currency),
+                     .hint = "Gains less losses, with what is denied added back."});
+  figures.push_back({.title = "Denied losses" + in,
+                     .value = reportMoneyCell(totals.denied, currency),
+                     .detail = "superficial-loss hint",
+                     .hint = "Practice of the tax office, and not law."});
+  figures.push_back({.title = "Income" + in,
+                     .value = reportMoneyCell(sums.income, currency),
+                     .detail = "without returns of capital",
+                     .hint = "Net of what was withheld, at the equivalents that were entered."});
+  if (!sums.deemed.isZero()) {
+    figures.push_back({.title = "Deemed gains" + in,
+                       .value = signedMoneyCell(sums.deemed, currency),
+                       .detail = "see “To check”",
+                       .hint = "Returns of capital beyond the cost base."});
+  }
+}
+
 }  // namespace
 
 std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
@@ -176,44 +233,20 @@ std::vector<TaxCheckLine> taxCheckLines(const TaxYear& year) {
   return lines;
 }
 
-std::vector<ReportFigure> taxFigures(const TaxYear& year, const Currency& currency) {
-  TaxYear::Totals sum = noTotals(currency);
-  for (const TaxYear::Totals& line : year.totals) {
-    if (line.equity == nullptr && line.currency == currency) {
-      sum = line;
+std::vector<ReportFigure> taxFigures(const TaxYear& year, const std::vector<Currency>& currencies) {
+  std::vector<CurrencyFigures> found;
+  for (const Currency& currency : currencies) {
+    CurrencyFigures figures = figuresIn(year, currency);
+    if (!figures.isEmpty()) {
+      found.push_back(std::move(figures));
     }
   }
-  Decimal income;
-  for (const TaxYear::Income& line : year.income) {
-    if (line.equivalent.currency == currency && line.kind != TransactionType::returnOfCapital) {
-      income += line.equivalent.amount;
-    }
+  if (found.empty()) {
+    found.push_back(figuresIn(year, currencies.empty() ? Currency::cad() : currencies.front()));
   }
-  Decimal deemed;
-  for (const TaxYear::DeemedGain& line : year.deemedGains) {
-    if (primaryOf(line.place) == currency) {
-      deemed += line.amount;
-    }
-  }
-  std::vector<ReportFigure> figures = {
-      {.title = "Net gain",
-       .value = signedMoneyCell(sum.net(), currency),
-       .detail = "gains " + reportMoneyText(sum.gains, currency) + ", losses " +
-                 reportMoneyText(sum.losses, currency),
-       .hint = "Gains less losses, with what is denied added back."},
-      {.title = "Denied losses",
-       .value = reportMoneyCell(sum.denied, currency),
-       .detail = "superficial-loss hint",
-       .hint = "Practice of the tax office, and not law."},
-      {.title = "Income",
-       .value = reportMoneyCell(income, currency),
-       .detail = "without returns of capital",
-       .hint = "Net of what was withheld, at the equivalents that were entered."}};
-  if (!deemed.isZero()) {
-    figures.push_back({.title = "Deemed gains",
-                       .value = signedMoneyCell(deemed, currency),
-                       .detail = "see “To check”",
-                       .hint = "Returns of capital beyond the cost base."});
+  std::vector<ReportFigure> figures;
+  for (const CurrencyFigures& each : found) {
+    addFigures(each, found.size() > 1, figures);
   }
   return figures;
 }

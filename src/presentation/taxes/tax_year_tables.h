@@ -24,7 +24,9 @@ namespace corvane {
 /// Deemed gains, then what is not computed.
 [[nodiscard]] std::vector<TaxCheckLine> taxCheckLines(const TaxYear& year);
 
-/// The figures of the primary currency with which `year` has most to do.
-[[nodiscard]] std::vector<ReportFigure> taxFigures(const TaxYear& year, const Currency& currency);
+/// The figures of each of `currencies`, the primary ones, with which `year` has to do; of the first
+/// where it has to do with none.
+[[nodiscard]] std::vector<ReportFigure> taxFigures(const TaxYear& year,
+                                                   const std::vector<Currency>& currencies);
 
 }  // namespace corvane

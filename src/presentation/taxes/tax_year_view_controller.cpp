@@ -191,7 +191,7 @@ void TaxYearViewController::take(TaxYear year) {
   const Currency currency = currencies.empty() ? Currency::cad() : currencies.front();
   message_ =
       year_.disposals.empty() ? "No disposals in " + yearTitle(chosenYear_) + "." : std::string();
-  figures_ = taxFigures(year_, currency);
+  figures_ = taxFigures(year_, currencies);
   disposals.setRecords(year_.disposals);
   totals.setRecords(taxTotals(year_, currency));
   income.setRecords(taxIncomeLines(year_));
