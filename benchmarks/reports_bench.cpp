@@ -2,11 +2,18 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
+
 #include "ledger_world.h"
+#include "platform/async/dispatch_queue.h"
+#include "reports/income/expected_income.h"
+#include "reports/inquiry/report_inquiry.h"
 #include "reports/returns/returns_report.h"
 #include "reports/series/report_days.h"
 #include "reports/tax/tax_year.h"
 #include "reports/trail/ledger_trails.h"
+#include "reports/trail/returns_trails.h"
 
 namespace corvane {
 namespace {
@@ -81,6 +88,73 @@ void lookAtTaxYear(benchmark::State& state) {
   }
 }
 BENCHMARK(lookAtTaxYear)->Name("Reports/tax year")->Unit(benchmark::kMillisecond);
+
+void matchSharesOfAYear(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
+  TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  question.country = TaxCountry::unitedKingdom;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(taxYear(portfolios, question, world.manager->calendar));
+  }
+}
+BENCHMARK(matchSharesOfAYear)
+    ->Name("Reports/tax year, shares matched")
+    ->Unit(benchmark::kMillisecond);
+
+/// Income by month, and what each of 50 holdings has paid and is expected to pay.
+void lookAtIncome(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const std::vector<PortfolioPointer> portfolios{world.portfolio};
+  for (auto _ : state) {
+    const auto rows = recordedIncome(*world.portfolio, world.manager->calendar);
+    benchmark::DoNotOptimize(incomeByPeriod(rows, IncomePeriod::Length::month, lastDay));
+    const auto expected =
+        expectedIncomes(portfolios, lastDay, world.manager->calendar, {}, DividendCalendar());
+    state.counters["rows"] = static_cast<double>(rows.size());
+    state.counters["equities"] = static_cast<double>(expected.size());
+  }
+}
+BENCHMARK(lookAtIncome)->Name("Reports/income")->Unit(benchmark::kMillisecond);
+
+/// The longest time for which a question keeps the main queue, where it copies 100,000 rows.
+void openReport(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  for (auto _ : state) {
+    using Clock = std::chrono::steady_clock;
+    std::chrono::duration<double> longest{};
+    ReportInquiry inquiry;
+    bool isAnswered = false;
+    auto begin = Clock::now();
+    inquiry.ask(
+        {world.portfolio}, [](const auto&, const Cancellation&) { return 0; },
+        [&](int) { isAnswered = true; });
+    while (!isAnswered) {
+      longest = std::max<std::chrono::duration<double>>(longest, Clock::now() - begin);
+      // A turn of the event loop runs one slice.
+      begin = Clock::now();
+      bool hasTurned = false;
+      DispatchQueue::main()->async([&] { hasTurned = true; });
+      MainLoop::runUntil([&] { return hasTurned || isAnswered; }, std::chrono::seconds(10));
+    }
+    state.SetIterationTime(longest.count());
+  }
+}
+BENCHMARK(openReport)
+    ->Name("Reports/longest stop of the main queue for a question")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+void explainReturns(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const ValuationSeries series =
+      valuationSeries(*world.portfolio, {firstDay, lastDay}, world.market, world.manager->calendar);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(timeWeightedTrail(series.days, series.currency));
+    benchmark::DoNotOptimize(moneyWeightedTrail(series.days, series.currency));
+  }
+}
+BENCHMARK(explainReturns)->Name("Reports/explain returns")->Unit(benchmark::kMillisecond);
 
 void explainCostBase(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();

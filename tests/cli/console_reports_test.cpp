@@ -179,7 +179,7 @@ TEST_F(ConsoleReportsTest, TellAndBookWhatIsDenied) {
               AllOf(StartsWith("Tax gain of the sale of 2024-02-01: -36 CAD, sum\n"),
                     HasSubstr("Denied: 24 CAD")));
   EXPECT_THAT(program.output("tax Loss --if-sold ABC 2 --proceeds 5"),
-              HasSubstr("17.00, nothing of it denied."));
+              HasSubstr("\nToday, selling 2 now would lose 17.00, nothing of it denied."));
   EXPECT_EQ(program.run("tax Loss --if-sold ABC").exitCode, 2);
   EXPECT_EQ(program.run("tax Loss --if-sold ABC none").exitCode, 2);
 
@@ -190,7 +190,7 @@ TEST_F(ConsoleReportsTest, TellAndBookWhatIsDenied) {
   EXPECT_THAT(program.output("explain cost-base Loss --portfolio P --symbol ABC"),
               StartsWith("Cost base after row 4 of “P”: 44 CAD"));
   EXPECT_THAT(program.output("tax Loss --if-sold ABC 2 --proceeds 5"),
-              HasSubstr("17.00, nothing of it denied."))
+              HasSubstr("\nToday, selling 2 now would lose 17.00, nothing of it denied."))
       << "nothing is counted twice";
   EXPECT_EQ(program.run("verify Loss").exitCode, 0);
 }

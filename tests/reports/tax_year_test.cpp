@@ -160,10 +160,10 @@ TEST_F(TaxYearTest, SaysWhatASaleTodayWouldDeny) {
   const auto sold = [&](const Decimal& shares, const Decimal& proceeds) {
     return estimatedSale(portfolios, question, abc, Currency::cad(), shares, proceeds, calendar);
   };
-  EXPECT_EQ(sold(20, 100)->text(), "selling 20 now would deny CA$100.00")
+  EXPECT_EQ(sold(20, 100)->text(), "selling 20 now would deny 100.00")
       << "the purchase of July is recorded already and counts";
   EXPECT_EQ(sold(20, 100)->addedTo, "Plan 100 (lost)");
-  EXPECT_EQ(sold(20, 300)->text(), "selling 20 now would gain CA$100.00, nothing of it denied");
+  EXPECT_EQ(sold(20, 300)->text(), "selling 20 now would gain 100.00, nothing of it denied");
   EXPECT_EQ(sold(20, 100)->held, 100);
   EXPECT_TRUE(sold(200, 100)->tax.isShort);
   EXPECT_EQ(estimatedSale(portfolios, question, xyz, Currency::cad(), 1, 1, calendar),

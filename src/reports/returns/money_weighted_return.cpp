@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <limits>
+#include <ranges>
 
 #include "reports/returns/time_weighted_return.h"
 #include "reports/series/report_days.h"
@@ -90,25 +92,69 @@ class BalanceOfPayments {
   double scale_ = 0;
 };
 
-/// The root between `low` and `high`, at which the signs differ. Each step divides the bracket in
-/// nine by its signs, which needs no slope and so cannot run away.
-double rootBetween(BalanceOfPayments& balance, double low, double high) {
-  const bool isNegativeAtLow = balance(low) < 0;
-  constexpr int steps = 20;  // as close as 60 halvings
-  for (int i = 0; i < steps; ++i) {
-    BalanceOfPayments::Points points{};
-    const double width = (high - low) / (BalanceOfPayments::batch + 1);
-    for (std::size_t k = 0; k < points.size(); ++k) {
-      points[k] = low + width * static_cast<double>(k + 1);
-    }
-    const auto balances = balance.at(points);
-    const auto crossed = std::ranges::find_if(
-        balances, [&](double value) { return (value < 0) != isNegativeAtLow; });
-    const auto place = static_cast<std::size_t>(crossed - balances.begin());
-    high = crossed == balances.end() ? high : points[place];
-    low = place == 0 ? low : points[place - 1];
+struct PointOfBalance {
+  double at;
+  double balance;
+};
+
+/// From `best` to where the parabola through the three points, or the line where two of them are
+/// one, meets 0.
+double interpolatedStep(const PointOfBalance& best, const PointOfBalance& before,
+                        const PointOfBalance& opposite) {
+  const double ratio = best.balance / before.balance;
+  if (before.at == opposite.at) {
+    return (opposite.at - best.at) * ratio / (ratio - 1);
   }
-  return (low + high) / 2;
+  const double far = before.balance / opposite.balance;
+  const double near = best.balance / opposite.balance;
+  const double numerator =
+      ratio * ((opposite.at - best.at) * far * (far - near) - (best.at - before.at) * (near - 1));
+  const double denominator = (far - 1) * (near - 1) * (ratio - 1);
+  return -numerator / denominator;
+}
+
+/// The root between `low` and `high`, at which the signs differ: Brent's method (1973), which goes
+/// on by parabolas and secants where these close in on the root, and else by halves. The root is
+/// always between the signs, so nothing runs away.
+double rootBetween(BalanceOfPayments& balance, double low, double high) {
+  constexpr double epsilon = std::numeric_limits<double>::epsilon();
+  constexpr int mostSteps = 200;
+  double best = high, before = low, opposite = low;
+  double atBest = balance(best), atBefore = balance(before), atOpposite = atBefore;
+  double step = best - before, lastStep = step;
+  for (int i = 0; i < mostSteps && atBest != 0; ++i) {
+    if (std::abs(atOpposite) < std::abs(atBest)) {
+      before = best;
+      best = opposite;
+      opposite = before;
+      atBefore = atBest;
+      atBest = atOpposite;
+      atOpposite = atBefore;
+    }
+    const double tolerance = 2 * epsilon * std::abs(best) + epsilon;
+    const double half = (opposite - best) / 2;
+    if (std::abs(half) <= tolerance) {
+      break;
+    }
+    const double wanted =
+        interpolatedStep({best, atBest}, {before, atBefore}, {opposite, atOpposite});
+    const bool closesIn =
+        std::abs(lastStep) >= tolerance && std::abs(atBefore) > std::abs(atBest) &&
+        wanted * half > 0 &&
+        std::abs(wanted) < std::min(std::abs(half) * 3 / 2, std::abs(lastStep) / 2);
+    lastStep = closesIn ? step : half;
+    step = closesIn ? wanted : half;
+    before = best;
+    atBefore = atBest;
+    best += std::abs(step) > tolerance ? step : std::copysign(tolerance, half);
+    atBest = balance(best);
+    if ((atBest < 0) == (atOpposite < 0)) {
+      opposite = before;
+      atOpposite = atBefore;
+      step = lastStep = best - before;
+    }
+  }
+  return best;
 }
 
 /// A root near `start`, looked for in ever wider brackets.
@@ -127,15 +173,51 @@ std::optional<double> rootAround(BalanceOfPayments& balance, double start) {
   }
 }
 
-/// All roots that differ by more than a fortieth of a decade between 1e-6 and 1e6.
-std::vector<double> allRoots(BalanceOfPayments& balance) {
+/// How many roots there can be at most above 1 and below it: as many as the sums of the payments up
+/// to each of them, and from each of them on, change their signs. (Descartes' rule for the sums:
+/// each power less the next one is positive for a growth above 1.)
+struct MostRoots {
+  int aboveOne = 0;
+  int belowOne = 0;
+  bool isAtOne = false;  ///< the payments add up to 0
+};
+
+template <typename Payments>
+int signChangesOfSums(const Payments& payments) {
+  Decimal sum;
+  int sign = 0;
+  int changes = 0;
+  for (const OwnersPayment& payment : payments) {
+    sum += payment.amount;
+    const int next = sum > 0 ? 1 : sum < 0 ? -1 : 0;
+    changes += next != 0 && sign != 0 && next != sign ? 1 : 0;
+    sign = next != 0 ? next : sign;
+  }
+  return changes;
+}
+
+MostRoots mostRoots(std::span<const OwnersPayment> payments) {
+  Decimal sum;
+  for (const OwnersPayment& payment : payments) {
+    sum += payment.amount;
+  }
+  return {signChangesOfSums(payments), signChangesOfSums(payments | std::views::reverse),
+          sum.isZero()};
+}
+
+/// All roots that differ by more than a fortieth of a decade between 1e-6 and 1e6, on the sides of
+/// 1 where there can be any.
+std::vector<double> allRoots(BalanceOfPayments& balance, const MostRoots& most) {
   constexpr int pointsOfDecade = 40;
   constexpr int decades = 6;
   std::vector<double> roots;
   const auto at = [](int point) { return std::log(10.0) * point / pointsOfDecade; };
-  constexpr int last = decades * pointsOfDecade;
-  bool isNegative = balance(at(-last)) < 0;
-  for (int first = -last + 1; first <= last; first += BalanceOfPayments::batch) {
+  // A batch reaches over 1 on either side, where a root may stand.
+  constexpr int batch = BalanceOfPayments::batch;
+  const int start = most.belowOne > 0 ? -decades * pointsOfDecade : -batch;
+  const int last = most.aboveOne > 0 ? decades * pointsOfDecade : batch;
+  bool isNegative = balance(at(start)) < 0;
+  for (int first = start + 1; first <= last; first += batch) {
     BalanceOfPayments::Points points{};
     for (int k = 0; k < static_cast<int>(points.size()); ++k) {
       points[static_cast<std::size_t>(k)] = at(first + k);
@@ -213,7 +295,11 @@ MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments,
   if (near && balance.isPureInvestment(*near)) {
     return {Outcome::rate, days, std::expm1(*near), {}};
   }
-  std::vector<double> roots = allRoots(balance);
+  const MostRoots most = mostRoots(netted);
+  if (near && !most.isAtOne && most.aboveOne + most.belowOne <= 1) {
+    return {Outcome::rate, days, std::expm1(*near), {}};
+  }
+  std::vector<double> roots = allRoots(balance, most);
   if (roots.empty() && near) {
     roots.push_back(*near);
   }

@@ -61,6 +61,21 @@ struct RowInRange {
   std::size_t day;
 };
 
+/// Has the processor fetch a row that the walk of a line comes to soon. The rows of one equity lie
+/// far apart in memory, and waiting for each of them would take longer than all that is done with
+/// it.
+[[gnu::always_inline]] inline void prefetchRow(const std::vector<RowInRange>& rows,
+                                               std::size_t next) {
+  constexpr std::size_t ahead = 6;
+  constexpr std::size_t cacheLine = 64;
+  if (next + ahead < rows.size()) {
+    const auto* bytes = reinterpret_cast<const char*>(rows[next + ahead].row);
+    for (std::size_t offset = 0; offset < sizeof(PortfolioTransaction); offset += cacheLine) {
+      __builtin_prefetch(bytes + offset);
+    }
+  }
+}
+
 struct EquityLine {
   EquityPointer equity;
   std::vector<RowInRange> rows;
@@ -423,6 +438,7 @@ class SeriesBuilder {
       ValuationDay own{.day = names_[day]};
       bool hasChanged = day == 0 || isPriced || hasNewRate;
       for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
+        prefetchRow(line.rows, nextRow);
         const RowInRange& at = line.rows[nextRow];
         const TransactionEffect effect = transactionEffect(at.row->basic.kind);
         const Decimal heldBefore = holding.shares;
@@ -492,6 +508,7 @@ class SeriesBuilder {
     Decimal cash;
     for (std::size_t day = 0; day < count_; ++day) {
       for (; nextRow < line.rows.size() && line.rows[nextRow].day <= day; ++nextRow) {
+        prefetchRow(line.rows, nextRow);
         const PortfolioTransaction& row = *line.rows[nextRow].row;
         cash = row.cashNet.value_or(cash);
         if (day > 0) {

@@ -7,11 +7,25 @@
 
 namespace corvane {
 
+namespace {
+
+/// 75 as "75.00".
+std::string withMinorUnits(const Decimal& amount, const Currency& currency) {
+  std::string text = roundedToMinorUnits(amount, currency).description();
+  const std::size_t point = text.find('.');
+  const auto wanted = static_cast<std::size_t>(std::max(currency.minorUnits, 0));
+  const std::size_t digits = point == std::string::npos ? 0 : text.size() - point - 1;
+  if (wanted > digits) {
+    text += (point == std::string::npos ? "." : "") + std::string(wanted - digits, '0');
+  }
+  return text;
+}
+
+}  // namespace
+
 std::string SaleEstimate::text() const {
   const Currency& currency = place.portfolio->primaryCurrency();
-  const auto money = [&](const Decimal& amount) {
-    return CurrencyAmount{currency, roundedToMinorUnits(amount, currency)}.description();
-  };
+  const auto money = [&](const Decimal& amount) { return withMinorUnits(amount, currency); };
   const std::string sale = "selling " + tax.superficial.sold.description() + " now would ";
   if (tax.superficial.denied > 0) {
     return sale + "deny " + money(tax.superficial.denied);
