@@ -118,6 +118,86 @@ TEST(Tidiness, OnlyTheShellsPrint) {
   }
 }
 
+/// How often each identifier stands in `text` outside of comments and string literals.
+void countWords(const std::string& text, std::map<std::string, int>& counts) {
+  static const std::regex noCode(R"(//[^\n]*|"(\\.|[^"\\\n])*")");
+  static const std::regex word(R"([A-Za-z_]\w*)");
+  for (const std::string& line : linesOf(text)) {
+    const std::string code = std::regex_replace(line, noCode, "");
+    for (std::sregex_iterator found(code.begin(), code.end(), word), end; found != end; ++found) {
+      ++counts[found->str()];
+    }
+  }
+}
+
+/// Counts what a header declares and a source defines, by the name: a line that begins with a type,
+/// not with a call.
+void countFunctions(const std::string& path, const std::string& text,
+                    std::map<std::string, int>& counts) {
+  static const std::regex declaration(
+      R"(^ *(\[\[nodiscard\]\] )?([a-zA-Z][\w:<>,&*]* )+[&*]*([a-z]\w*)\(.*)");
+  static const std::regex definition(R"(^[a-zA-Z].*[ &*](\w+::)+([a-z]\w*)\(.*)");
+  std::smatch match;
+  const std::vector<std::string> lines = linesOf(text);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (path.ends_with(".cpp") && std::regex_match(lines[i], match, definition)) {
+      ++counts[match[2].str()];
+    } else if (path.ends_with(".h") && std::regex_match(lines[i], match, declaration)) {
+      const std::string name = match[3];
+      std::string whole = lines[i];
+      for (std::size_t k = i + 1; whole.find_first_of(";{") == whole.npos && k < lines.size();
+           ++k) {
+        whole += lines[k];
+      }
+      // What overrides is called through what it overrides.
+      const bool isCall = whole.starts_with("  return ") || whole.starts_with("    return ");
+      if (!isCall && whole.find(" override") == whole.npos) {
+        ++counts[name];
+      }
+    }
+  }
+}
+
+/// Names are compared, not functions: one that shares its name with another that is called stays
+/// unseen.
+TEST(Tidiness, EveryPublicFunctionIsCalledSomewhere) {
+  // For those who write exporters, screens and strategies of their own on these classes.
+  const std::set<std::string> forOthers = {"shareCountFormatter",
+                                           "exchangeRateFormatter",
+                                           "dataSlice",
+                                           "filteredEquityEvents",
+                                           "currentQuery",
+                                           "currentAsset",
+                                           "portfolioValueDataSet",
+                                           "buyAndHoldValuesDataSet",
+                                           "transactionsDataSet",
+                                           "placeTrade",
+                                           "recordEvent"};
+  std::map<std::string, int> words;
+  std::map<std::string, int> functions;
+  std::map<std::string, std::string> declaredIn;
+  for (const auto& [path, text] :
+       sourcesIn({"src", "samplemarket", "resources", "tests", "benchmarks", "fuzz"})) {
+    countWords(text, words);
+    if (path.starts_with("src/")) {
+      std::map<std::string, int> here;
+      countFunctions(path, text, here);
+      for (const auto& [name, count] : here) {
+        functions[name] += count;
+        if (path.ends_with(".h")) {
+          declaredIn.emplace(name, path);
+        }
+      }
+    }
+  }
+  EXPECT_GT(declaredIn.size(), 1000U);
+  for (const auto& [name, path] : declaredIn) {
+    if (!forOthers.contains(name)) {
+      EXPECT_GT(words.at(name), functions.at(name)) << "nothing calls " << name << " of " << path;
+    }
+  }
+}
+
 TEST(Tidiness, AssertionsAreOnInThisBuild) {
 #ifdef NDEBUG
   FAIL() << "NDEBUG is defined: assertions are off";

@@ -198,7 +198,6 @@ bool NumberCell::readCore(std::string_view core) {
                           digits_.find(' ') == digits_.npos;
     if (isAlone && mayGroup) {
       evidence_ = Evidence::undecided;
-      onlyMark_ = isPoint ? DecimalMark::point : DecimalMark::comma;
     } else {
       evidence_ = isPoint == isAlone ? Evidence::point : Evidence::comma;
     }

@@ -30,8 +30,6 @@ class NumberCell {
   [[nodiscard]] static std::optional<NumberCell> read(std::string_view text);
 
   [[nodiscard]] Evidence evidence() const { return evidence_; }
-  /// The mark of an undecided cell that is taken for the decimal one.
-  [[nodiscard]] std::optional<DecimalMark> onlyMark() const { return onlyMark_; }
 
   /// The number, where `mark` stands before its decimals; none where the digits are then not in
   /// groups of three.
@@ -50,7 +48,6 @@ class NumberCell {
   int exponent_ = 0;
   std::string currencyCode_;
   Evidence evidence_ = Evidence::none;
-  std::optional<DecimalMark> onlyMark_;
 };
 
 /// Learns from the number cells of a file which mark stands before its decimals.

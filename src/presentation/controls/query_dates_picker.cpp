@@ -73,16 +73,6 @@ void QueryDatesPicker::setCalendar(const Calendar& calendar) {
   update();
 }
 
-void QueryDatesPicker::setStartDate(const YearMonthDay& day) {
-  dates_.from = std::min(withinLimits(day), dates_.to);
-  update();
-}
-
-void QueryDatesPicker::setEndDate(const YearMonthDay& day) {
-  dates_.to = std::max(withinLimits(day), dates_.from);
-  update();
-}
-
 void QueryDatesPicker::setDates(const YearMonthDay& from, const YearMonthDay& to) {
   assert(from <= to && "a range of days must not end before it starts");
   dates_.from = withinLimits(from);

@@ -93,10 +93,8 @@ class QueryDatesPicker {
 
   [[nodiscard]] const Calendar& calendar() const { return calendar_; }
   void setCalendar(const Calendar& calendar);
-  /// Moves a day that lies outside the limits, or beyond the other one, to the nearest that is not.
-  void setStartDate(const YearMonthDay& day);
-  void setEndDate(const YearMonthDay& day);
-  /// `from` is not after `to`.
+  /// `from` is not after `to`; a day that lies outside the limits moves to the nearest that does
+  /// not.
   void setDates(const YearMonthDay& from, const YearMonthDay& to);
   /// The days that may be chosen. The present ones stay until they are set anew.
   void setLimits(const YearMonthDay& minimumDate, const YearMonthDay& maximumDate);
