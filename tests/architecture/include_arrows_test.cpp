@@ -66,7 +66,8 @@ const std::map<std::string, Folder> house = {
        {"transactions", "performance", "source"},
        {"equity"},
        {"scenario"},
-       {"portfolio"},
+       {"reports"},
+       {"portfolio", "taxes"},
        {"frame"}}}},
     {"samplemarket", {{"core", "platform"}, {{"prices"}, {"service"}, {""}}}},
     // The programs that make the sample workspaces.
@@ -79,7 +80,7 @@ const std::map<std::string, Folder> house = {
       {{"look"},
        {"controls"},
        {"charts"},
-       {"transactions"},
+       {"transactions", "reports"},
        {"portfolio", "equity", "scenario", "exchange"},
        {"workspace", "frame"},
        {"app"},

@@ -15,23 +15,23 @@
 namespace corvane::cli {
 namespace {
 
-constexpr Listing::Kind number = Listing::Kind::number;
+constexpr Listing::Kind asNumber = Listing::Kind::number;
 
 ReportTable disposalsTable(const TaxYear& year) {
   ReportTable table({{"settlement", "Settlement"},
                      {"tradeDate", "Trade Date"},
                      {"portfolio", "Portfolio"},
                      {"symbol", "Symbol"},
-                     {"shares", "Shares", number},
-                     {"proceeds", "Proceeds", number},
+                     {"shares", "Shares", asNumber},
+                     {"proceeds", "Proceeds", asNumber},
                      {"currency", "Currency"},
-                     {"rate", "Rate", number},
-                     {"equivalent", "In Primary", number},
-                     {"costBase", "Cost Base", number},
-                     {"ledgerGain", "Ledger Gain", number},
-                     {"denied", "Denied", number},
+                     {"rate", "Rate", asNumber},
+                     {"equivalent", "In Primary", asNumber},
+                     {"costBase", "Cost Base", asNumber},
+                     {"ledgerGain", "Ledger Gain", asNumber},
+                     {"denied", "Denied", asNumber},
                      {"addedTo", "Added To"},
-                     {"taxGain", "Tax Gain", number},
+                     {"taxGain", "Tax Gain", asNumber},
                      {"primaryCurrency", "Primary"},
                      {"note", "Note"}});
   for (const TaxYear::Disposal& line : year.disposals) {
@@ -53,12 +53,12 @@ ReportTable disposalsTable(const TaxYear& year) {
 ReportTable totalsTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
                      {"currency", "Currency"},
-                     {"proceeds", "Proceeds", number},
-                     {"costBase", "Cost Base", number},
-                     {"gains", "Gains", number},
-                     {"losses", "Losses", number},
-                     {"denied", "Denied", number},
-                     {"net", "Net", number}});
+                     {"proceeds", "Proceeds", asNumber},
+                     {"costBase", "Cost Base", asNumber},
+                     {"gains", "Gains", asNumber},
+                     {"losses", "Losses", asNumber},
+                     {"denied", "Denied", asNumber},
+                     {"net", "Net", asNumber}});
   for (const TaxYear::Totals& line : year.totals) {
     const auto money = [&](const Decimal& amount) { return moneyText(amount, line.currency); };
     const auto add = line.equity == nullptr ? &ReportTable::addTotal : &ReportTable::add;
@@ -75,9 +75,9 @@ ReportTable totalsTable(const TaxYear& year) {
 ReportTable taxIncomeTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
                      {"kind", "Kind"},
-                     {"amount", "Amount", number},
+                     {"amount", "Amount", asNumber},
                      {"currency", "Currency"},
-                     {"equivalent", "Equivalent", number},
+                     {"equivalent", "Equivalent", asNumber},
                      {"primaryCurrency", "Primary"}});
   std::map<std::pair<std::string, std::string>, std::pair<Currency, Decimal>> sums;
   for (const TaxYear::Income& line : year.income) {
@@ -103,7 +103,7 @@ ReportTable taxIncomeTable(const TaxYear& year) {
 ReportTable checkTable(const TaxYear& year) {
   ReportTable table({{"settlement", "Settlement"},
                      {"portfolio", "Portfolio"},
-                     {"row", "Row", number},
+                     {"row", "Row", asNumber},
                      {"symbol", "Symbol"},
                      {"toCheck", "To Check"}});
   const auto add = [&](const TaxRowPlace& place, const std::string& what) {
@@ -123,8 +123,8 @@ ReportTable checkTable(const TaxYear& year) {
 
 ReportTable costsTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
-                     {"shares", "Shares at End", number},
-                     {"costBase", "Cost Base at End", number},
+                     {"shares", "Shares at End", asNumber},
+                     {"costBase", "Cost Base at End", asNumber},
                      {"currency", "Currency"}});
   for (const TaxYear::CostAtEnd& cost : year.costs) {
     table.add({cost.equity->symbol, cost.pool.shares.description(),
@@ -189,14 +189,14 @@ void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
     const auto money = [&](const Decimal& amount) { return moneyText(amount, currency); };
     ReportTable table({{"portfolio", "Portfolio"},
                        {"symbol", "Symbol"},
-                       {"shares", "Shares", number},
-                       {"held", "Held", number},
-                       {"proceeds", "Proceeds", number},
-                       {"costBase", "Cost Base", number},
-                       {"gain", "Gain", number},
-                       {"denied", "Denied", number},
+                       {"shares", "Shares", asNumber},
+                       {"held", "Held", asNumber},
+                       {"proceeds", "Proceeds", asNumber},
+                       {"costBase", "Cost Base", asNumber},
+                       {"gain", "Gain", asNumber},
+                       {"denied", "Denied", asNumber},
                        {"addedTo", "Added To"},
-                       {"taxGain", "Tax Gain", number},
+                       {"taxGain", "Tax Gain", asNumber},
                        {"primaryCurrency", "Primary"}});
     table.add({estimate->place.portfolio->name, equity->symbol, shares->description(),
                estimate->held.description(), money(*brought), money(tax.costDisposed),

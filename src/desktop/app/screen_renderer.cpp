@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPixmap>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTimer>
 #include <algorithm>
@@ -18,8 +19,11 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/reports/report_parts.h"
+#include "desktop/reports/tax_year_view.h"
 #include "desktop/scenario/heat_map_dialog.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
+#include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/workspace_view.h"
 #include "platform/system/file_manager.h"
 
@@ -123,6 +127,7 @@ void ScreenRenderer::renderScreens() {
     source.selectPortfolioRow(i);
     renderPortfolio(i);
   }
+  renderReports();
   if (source.numberOfPortfolioRows() > 0) {
     source.selectPortfolioRow(0);
     const auto& portfolio = *window_.workspaceView().controller().portfolioViewController;
@@ -130,6 +135,48 @@ void ScreenRenderer::renderScreens() {
   }
   renderForms();
   renderEquities();
+}
+
+void ScreenRenderer::renderReportSizes(const QString& name) {
+  for (const QSize size : reportSizes) {
+    window_.setFixedSize(size);
+    write(name + QStringLiteral("-%1x%2").arg(size.width()).arg(size.height()));
+    for (ReportPage* page : window_.findChildren<ReportPage*>()) {
+      page->verticalScrollBar()->setValue(page->verticalScrollBar()->maximum());
+    }
+    if (size == reportSizes.at(1)) {
+      write(name + QStringLiteral("-end"));
+    }
+    for (ReportPage* page : window_.findChildren<ReportPage*>()) {
+      page->verticalScrollBar()->setValue(0);
+    }
+  }
+  window_.setFixedSize(size_);
+}
+
+/// The reports about all portfolios, and the form that says whose they are.
+void ScreenRenderer::renderReports() {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  const WorkspaceReports& reports = *frame.reports;
+  for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
+    frame.showReport(entry.report);
+    const auto isDone = [&] {
+      return !reports.returns->isBusy() && !reports.taxYear->isBusy() && !reports.income->isBusy();
+    };
+    hasFailed_ |= !waitUntil(isDone);
+    if (entry.report == WorkspaceReport::taxYear && reports.taxYear->years().size() > 1) {
+      reports.taxYear->chooseYear(reports.taxYear->years()[1]);
+      hasFailed_ |= !waitUntil(isDone);
+    }
+    renderReportSizes(QStringLiteral("reports-") + slug(qtText(entry.title)));
+    if (entry.report == WorkspaceReport::taxYear) {
+      window_.workspaceView().reportsView().taxYear().openRoles();
+      write(QStringLiteral("reports-roles"));
+      if (QDialog* sheet = openDialog(window_)) {
+        sheet->reject();
+      }
+    }
+  }
 }
 
 /// The first equities of the watchlist: every period of the first one, and the tabs of all.
@@ -233,8 +280,19 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
       QStringLiteral("portfolio-%1-%2").arg(index + 1).arg(slug(qtText(portfolio.heading().name)));
   for (int tab = 0; tab < tabs.count(); ++tab) {
     tabs.setCurrentIndex(tab);
-    write(name + QLatin1Char('-') + slug(tabs.tabText(tab)));
+    hasFailed_ |=
+        !waitUntil([&] { return !portfolio.returns->isBusy() && !portfolio.income->isBusy(); });
+    const QString picture = name + QLatin1Char('-') + slug(tabs.tabText(tab));
+    if (portfolio.selectedTab().hasOwnChart()) {
+      renderReportSizes(picture);
+    } else {
+      write(picture);
+    }
   }
+  frame.explanation.explain(portfolio.gainTrailMaker());
+  tabs.setCurrentIndex(static_cast<int>(portfolio.indexOf(*portfolio.holdings)));
+  write(name + QStringLiteral("-explanation"));
+  frame.explanation.close();
   tabs.setCurrentIndex(shownBefore);
   renderCursor(name);
 }

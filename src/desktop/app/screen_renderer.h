@@ -20,6 +20,9 @@ class ScreenRenderer {
   static constexpr QSize pictureSize{1280, 800};
   /// A small window and a common one, in which the forms for transactions are shown.
   static constexpr std::array<QSize, 2> formSizes{QSize(1000, 640), QSize(1440, 900)};
+  /// Of windows with reports.
+  static constexpr std::array<QSize, 3> reportSizes{QSize(1000, 640), QSize(1440, 900),
+                                                    QSize(2560, 1440)};
   /// How long a screen may wait for its prices.
   static constexpr int deadlineMilliseconds = 60'000;
 
@@ -37,6 +40,8 @@ class ScreenRenderer {
   void renderScreens();
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
+  void renderReports();
+  void renderReportSizes(const QString& name);
   void renderEquities();
   void renderScenarios(const QString& name);
   void renderForms();

@@ -1,11 +1,13 @@
 #include "desktop/portfolio/holdings_tab.h"
 
+#include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "desktop/charts/pie_chart_widget.h"
+#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -44,6 +46,13 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
   connect(table_, &QTableView::activated, this, [this](const QModelIndex& index) {
     controller_->openRow(static_cast<std::size_t>(index.row()));
   });
+  auto* returns = new QAction(QStringLiteral("Show Returns"), table_);
+  connect(returns, &QAction::triggered, this, [this] {
+    controller_->showReturns(static_cast<std::size_t>(std::max(table_->currentIndex().row(), 0)));
+  });
+  table_->addAction(returns);
+  addExplainCommand(*table_, *controller_,
+                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
   changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
   showState();
 }

@@ -1,5 +1,6 @@
 #include "desktop/portfolio/portfolio_view.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -20,6 +21,8 @@
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/gains_tab.h"
 #include "desktop/portfolio/holdings_tab.h"
+#include "desktop/reports/income_view.h"
+#include "desktop/reports/returns_view.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/transactions/transactions_tab.h"
 #include "platform/overloaded.h"
@@ -38,8 +41,9 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       fetching_(new QProgressBar),
       warning_(new QLabel),
       tabs_(new QTabWidget),
-      transactions_(new TransactionsTab(controller_->transactions)) {
-  auto* chart = new ChartWidget(controller_->chart, QStringLiteral("Performance"));
+      transactions_(new TransactionsTab(controller_->transactions)),
+      chart_(new ChartWidget(controller_->chart, QStringLiteral("Performance"))),
+      split_(new QSplitter(Qt::Vertical)) {
   warning_->setWordWrap(true);
   warning_->setContentsMargins(0, 0, 0, spacing::narrow);
 
@@ -49,35 +53,38 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   upperColumn->setSpacing(spacing::narrow);
   upperColumn->addWidget(makeHeading());
   upperColumn->addWidget(makeSelectors());
-  upperColumn->addWidget(chart, 1);
+  upperColumn->addWidget(chart_, 1);
   upperColumn->addWidget(warning_);
 
   tabs_->setDocumentMode(true);
   tabs_->tabBar()->setDrawBase(false);
-  tabs_->setAccessibleName(QStringLiteral("Holdings, transactions and gains"));
+  tabs_->setAccessibleName(QStringLiteral("Parts of the portfolio"));
   const std::map<const PortfolioTab*, QWidget*> views = {
       {controller_->holdings.get(), new HoldingsTab(controller_->holdings)},
       {controller_->transactions.get(), transactions_},
-      {controller_->gains.get(), new GainsTab(controller_->gains)}};
+      {controller_->gains.get(), new GainsTab(controller_->gains)},
+      {controller_->returns.get(), new ReturnsView(controller_->returns)},
+      {controller_->income.get(), new IncomeView(controller_->income)}};
   for (const PortfolioTab* tab : controller_->tabs) {
     tabs_->addTab(views.at(tab), qtText(tab->tabTitle()));
   }
   tabs_->setCurrentIndex(static_cast<int>(controller_->selectedTabIndex()));
 
-  auto* split = new QSplitter(Qt::Vertical);
-  split->setHandleWidth(1);
-  split->setChildrenCollapsible(false);
-  split->addWidget(upper);
-  split->addWidget(tabs_);
-  split->setStretchFactor(0, 1);
-  split->setStretchFactor(1, 1);
-  split->setSizes({390, 350});
+  split_->setHandleWidth(1);
+  split_->setChildrenCollapsible(false);
+  split_->addWidget(upper);
+  split_->addWidget(tabs_);
+  split_->setStretchFactor(0, 1);
+  split_->setStretchFactor(1, 1);
+  split_->setSizes(sharedHeights_);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::narrow);
-  column->addWidget(split);
+  column->addWidget(split_);
 
-  connect(tabs_, &QTabWidget::currentChanged, this,
-          [this](int index) { controller_->selectTab(static_cast<std::size_t>(index)); });
+  connect(tabs_, &QTabWidget::currentChanged, this, [this](int index) {
+    controller_->selectTab(static_cast<std::size_t>(index));
+    giveChartItsPlace();
+  });
   connect(newTransaction_, &QPushButton::clicked, this,
           [this] { controller_->createTransactionAction(); });
   connect(details_, &QPushButton::clicked, this, [this] { controller_->editPortfolioAction(); });
@@ -86,6 +93,23 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   changes_ = subscribe(controller_->changeHandler, [this] { update(); });
   segues_ = subscribe(controller_->performSegue, [this](const auto& segue) { perform(segue); });
   update();
+}
+
+/// A tab with charts of its own has all of the place below the days.
+void PortfolioView::giveChartItsPlace() {
+  const bool hasOwnChart = controller_->selectedTab().hasOwnChart();
+  QWidget* upper = chart_->parentWidget();
+  if (hasOwnChart && !chart_->isHidden()) {
+    sharedHeights_ = split_->sizes();
+  }
+  const bool comesBack = !hasOwnChart && chart_->isHidden();
+  chart_->setVisible(!hasOwnChart);
+  warning_->setVisible(!hasOwnChart && !controller_->warning().empty());
+  assetRow_->setVisible(!hasOwnChart);
+  upper->setMaximumHeight(hasOwnChart ? upper->sizeHint().height() : QWIDGETSIZE_MAX);
+  if (comesBack) {
+    split_->setSizes(sharedHeights_);
+  }
 }
 
 QWidget* PortfolioView::makeHeading() {
@@ -97,6 +121,12 @@ QWidget* PortfolioView::makeHeading() {
     label->setTextFormat(Qt::PlainText);
   }
   summary_->setWordWrap(true);
+
+  value_->setAccessibleName(QStringLiteral("Value"));
+  addExplanation(value_, QStringLiteral("Explain This Number"),
+                 [this] { return controller_->valueTrailMaker(); });
+  addExplanation(summary_, QStringLiteral("Explain Gain and Net Deposits"),
+                 [this] { return controller_->gainTrailMaker(); });
 
   auto* texts = new QVBoxLayout;
   texts->setSpacing(0);
@@ -141,9 +171,26 @@ QWidget* PortfolioView::makeSelectors() {
   row->addStretch(1);
   auto* label = new QLabel(QStringLiteral("A&sset:"));
   label->setBuddy(asset_);
-  row->addWidget(label);
-  row->addWidget(asset_);
+  assetRow_ = new QWidget;
+  auto* assets = new QHBoxLayout(assetRow_);
+  assets->setContentsMargins(0, 0, 0, 0);
+  assets->addWidget(label);
+  assets->addWidget(asset_);
+  row->addWidget(assetRow_);
   return selectors;
+}
+
+/// A command in the context menu of `label` that says how its figure came about.
+void PortfolioView::addExplanation(QWidget* label, const QString& text,
+                                   const std::function<TrailMaker()>& trail) {
+  auto* action = new QAction(text, label);
+  label->addAction(action);
+  label->setContextMenuPolicy(Qt::ActionsContextMenu);
+  connect(action, &QAction::triggered, this, [this, trail] {
+    if (const TrailMaker maker = trail()) {
+      controller_->explainHandler(maker);
+    }
+  });
 }
 
 void PortfolioView::update() {
@@ -155,9 +202,10 @@ void PortfolioView::update() {
   newTransaction_->setEnabled(controller_->canCreateTransaction());
   details_->setEnabled(controller_->canEditPortfolio());
   fetching_->setVisible(controller_->isFetching());
+  tabs_->setCurrentIndex(static_cast<int>(controller_->selectedTabIndex()));
   warning_->setText(qtText(controller_->warning()));
-  warning_->setVisible(!controller_->warning().empty());
   updateAssets();
+  giveChartItsPlace();
 }
 
 void PortfolioView::updateAssets() {

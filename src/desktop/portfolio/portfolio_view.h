@@ -1,7 +1,9 @@
 // The screen of one portfolio.
 #pragma once
 
+#include <QList>
 #include <QWidget>
+#include <functional>
 #include <memory>
 
 #include "platform/async/subscription.h"
@@ -12,11 +14,13 @@ class QLabel;
 class QMenu;
 class QProgressBar;
 class QPushButton;
+class QSplitter;
 class QTabWidget;
 
 namespace corvane::desktop {
 
 class AttributedLabel;
+class ChartWidget;
 class TransactionsTab;
 
 /// Shows a PortfolioViewController: heading, range and asset, chart, warning, tabs.
@@ -35,6 +39,9 @@ class PortfolioView : public QWidget {
   QWidget* makeSelectors();
   void update();
   void updateAssets();
+  void giveChartItsPlace();
+  void addExplanation(QWidget* label, const QString& text,
+                      const std::function<TrailMaker()>& trail);
   void perform(const PortfolioViewController::Segue& segue);
   void openForm(const PortfolioViewController::CreateTransaction& segue);
 
@@ -49,6 +56,10 @@ class PortfolioView : public QWidget {
   QLabel* warning_;
   QTabWidget* tabs_;
   TransactionsTab* transactions_;
+  ChartWidget* chart_;
+  QWidget* assetRow_ = nullptr;
+  QSplitter* split_;
+  QList<int> sharedHeights_ = {390, 350};  ///< of chart and tabs, where both are shown
   Subscription changes_;
   Subscription segues_;
 };

@@ -6,6 +6,7 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+#include "desktop/controls/explain_command.h"
 #include "desktop/controls/frozen_columns.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
@@ -96,6 +97,8 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   openEquity_ = addCommand(QStringLiteral("Show Equity"),
                            {Qt::CTRL | Qt::Key_Return, Qt::CTRL | Qt::Key_Enter},
                            &Controller::openEquityAction);
+  addExplainCommand(*table_, *controller_,
+                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
   for (QAction* move : {moveUp_, moveDown_}) {
     move->setToolTip(QStringLiteral("Among the transactions of one settlement date"));
   }

@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QItemSelection>
 #include <QLabel>
+#include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -56,6 +57,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
           QStringLiteral("Search for an equity and add it to follow its price here."))),
       portfolioView_(
           new SourceListView(QStringLiteral("Portfolios"), QStringLiteral("No portfolios yet."))),
+      reports_(new QListWidget),
       newPortfolio_(new QPushButton(QStringLiteral("New…"))),
       search_(new EquityComboBoxView(controller_.equityComboBox, QStringLiteral("Search"))),
       add_(new QPushButton(QStringLiteral("Add"))),
@@ -91,6 +93,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   column->addSpacing(spacing::medium);
   addHeading(column, QStringLiteral("Watchlist"), nullptr);
   column->addWidget(watchlistView_, 1);
+  addReports(column);
   addPriceStatus(column);
 
   connect(newPortfolio_, &QPushButton::clicked, this, [this] { frame_->createPortfolioAction(); });
@@ -125,6 +128,44 @@ void SourceView::addSearchBox(QVBoxLayout* column) {
   row->addWidget(search_, 1);
   row->addWidget(add_);
   column->addLayout(row);
+}
+
+void SourceView::addReports(QVBoxLayout* column) {
+  reports_->setAccessibleName(QStringLiteral("Reports"));
+  reports_->setFrameShape(QFrame::NoFrame);
+  reports_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  reports_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  reports_->setStyleSheet(
+      QStringLiteral("QListWidget { background: transparent; border: none; outline: none; }"
+                     "QListWidget::item { margin: 1px 8px; padding-left: 8px; border-radius: 6px; }"
+                     "QListWidget::item:selected { background: palette(highlight);"
+                     " color: palette(highlighted-text); }"));
+  for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
+    auto* item = new QListWidgetItem(qtText(entry.title), reports_);
+    item->setSizeHint({0, fontMetrics().height() + spacing::medium});
+  }
+  reports_->setFixedHeight(reports_->count() * reports_->item(0)->sizeHint().height());
+  column->addSpacing(spacing::medium);
+  addHeading(column, QStringLiteral("Reports"), nullptr);
+  column->addWidget(reports_);
+  connect(reports_, &QListWidget::itemSelectionChanged, this, [this] {
+    const int row = reports_->selectedItems().isEmpty() ? -1 : reports_->currentRow();
+    if (!isShowingSelection_ && row >= 0) {
+      frame_->showReport(WorkspaceReports::entries.at(static_cast<std::size_t>(row)).report);
+    }
+  });
+}
+
+void SourceView::showReportSelection() {
+  isShowingSelection_ = true;
+  const auto shown = frame_->reports->shown();
+  reports_->clearSelection();
+  for (int row = 0; row < reports_->count(); ++row) {
+    if (shown == WorkspaceReports::entries.at(static_cast<std::size_t>(row)).report) {
+      reports_->setCurrentRow(row);
+    }
+  }
+  isShowingSelection_ = false;
 }
 
 void SourceView::startSearch() {

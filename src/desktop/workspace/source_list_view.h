@@ -9,6 +9,7 @@
 
 class QAction;
 class QLabel;
+class QListWidget;
 class QPushButton;
 class QVBoxLayout;
 
@@ -35,6 +36,8 @@ class SourceView : public QWidget {
   [[nodiscard]] QAction* moveDownAction() const { return moveDown_; }
   /// Puts the keyboard into the search box.
   void startSearch();
+  /// Selects the report that is shown, or none.
+  void showReportSelection();
   [[nodiscard]] QSize sizeHint() const override { return {300, 600}; }
 
  protected:
@@ -43,6 +46,7 @@ class SourceView : public QWidget {
  private:
   void addSearchBox(QVBoxLayout* column);
   void addHeading(QVBoxLayout* column, const QString& text, QWidget* button);
+  void addReports(QVBoxLayout* column);
   void addPriceStatus(QVBoxLayout* column);
   void update(const MasterSourceViewController::Update& update);
   void showSelection();
@@ -55,6 +59,7 @@ class SourceView : public QWidget {
   PortfolioListModel* portfolios_;
   SourceListView* watchlistView_;
   SourceListView* portfolioView_;
+  QListWidget* reports_;
   QPushButton* newPortfolio_;
   EquityComboBoxView* search_;
   QPushButton* add_;

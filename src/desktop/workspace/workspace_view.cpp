@@ -1,6 +1,8 @@
 #include "desktop/workspace/workspace_view.h"
 
+#include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
 #include <QDialog>
 #include <QFileDialog>
 #include <QLabel>
@@ -24,10 +26,14 @@
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/reports/explanation_panel.h"
 #include "desktop/scenario/scenario_batch_tab.h"
 #include "desktop/scenario/scenario_detail_tab.h"
 #include "desktop/transactions/transactions_tab.h"
+#include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/source_list_view.h"
+#include "exchange/exports/export_controller.h"
+#include "exchange/exports/portfolio_exporter.h"
 #include "platform/overloaded.h"
 #include "presentation/portfolio/statement_preview_controller.h"
 
@@ -57,6 +63,8 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       empty_(new QLabel),
       equity_(new EquityView(frame_->equityViewController)),
       portfolio_(new PortfolioView(frame_->portfolioViewController)),
+      reports_(new ReportsView(frame_->reports)),
+      explanation_(new ExplanationPanel(frame_->explanation)),
       import_(PortfolioImport::make(frame_->portfolioViewController, surroundings(),
                                     std::make_shared<ExchangePanels>(this))),
       export_(PortfolioExport::make(frame_->portfolioViewController, surroundings(),
@@ -73,14 +81,19 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   detail_->addWidget(empty_);
   detail_->addWidget(equity_);
   detail_->addWidget(portfolio_);
+  detail_->addWidget(reports_);
 
   split_->setHandleWidth(1);
   split_->addWidget(source_);
   split_->addWidget(detail_);
+  split_->addWidget(explanation_);
   split_->setStretchFactor(0, 0);
   split_->setStretchFactor(1, 1);
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
+  split_->setCollapsible(2, false);
+  explanation_->setMinimumWidth(280);
+  explanation_->setMaximumWidth(720);
   source_->setMinimumWidth(230);
   source_->setMaximumWidth(460);
   auto* column = new QVBoxLayout(this);
@@ -146,10 +159,15 @@ void WorkspaceView::showDetail() {
     case MainSplitViewController::DetailTab::equity:
       detail_->setCurrentWidget(equity_);
       break;
+    case MainSplitViewController::DetailTab::report:
+      reports_->showReport();
+      detail_->setCurrentWidget(reports_);
+      break;
     case MainSplitViewController::DetailTab::emptyState:
       detail_->setCurrentWidget(empty_);
       break;
   }
+  source_->showReportSelection();
   updateActions();
 }
 
@@ -171,7 +189,7 @@ void WorkspaceView::addExchangeActions(QMenu* menu) {
   connect(statementAction_, &QAction::triggered, this, &WorkspaceView::importStatement);
   exportAction_ = menu->addAction(QStringLiteral("&Export…"));
   exportAction_->setShortcut(Qt::CTRL | Qt::Key_E);
-  connect(exportAction_, &QAction::triggered, this, [this] { export_->exportAction(); });
+  connect(exportAction_, &QAction::triggered, this, &WorkspaceView::exportShown);
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
 }
 
@@ -252,6 +270,7 @@ void WorkspaceView::addViewActions(QMenu* menu) {
     tabActions_.push_back(action);
   }
   updateActions();
+  addReportActions(menu);
   menu->addSeparator();
   QAction* sidebar = menu->addAction(QStringLiteral("Show &Source List"));
   sidebar->setCheckable(true);
@@ -262,6 +281,47 @@ void WorkspaceView::addViewActions(QMenu* menu) {
           [this, sidebar] { sidebar->setChecked(source_->isVisible()); });
   QMenu* columns = menu->addMenu(QStringLiteral("&Columns"));
   connect(menu, &QMenu::aboutToShow, columns, [this, columns] { fillColumnsMenu(*columns); });
+}
+
+void WorkspaceView::addReportActions(QMenu* menu) {
+  QMenu* reports = menu->addMenu(QStringLiteral("&Reports"));
+  for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
+    connect(reports->addAction(qtText(entry.title)), &QAction::triggered, this,
+            [this, report = entry.report] { frame_->showReport(report); });
+  }
+  QAction* explain = menu->addAction(QStringLiteral("E&xplain This Number"));
+  explain->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_E);
+  connect(explain, &QAction::triggered, this, &WorkspaceView::explainNumber);
+}
+
+void WorkspaceView::explainNumber() {
+  QWidget* focused = QApplication::focusWidget();
+  if (auto* figure = qobject_cast<QAbstractButton*>(focused);
+      figure != nullptr && figure->property("isFigure").toBool()) {
+    figure->click();
+    return;
+  }
+  if (focused != nullptr && isAncestorOf(focused)) {
+    for (QAction* action : focused->actions()) {
+      if (action->objectName() == QStringLiteral("explain") && action->isEnabled()) {
+        action->trigger();
+        return;
+      }
+    }
+  }
+  if (const TrailMaker trail = frame_->portfolioViewController->valueTrailMaker()) {
+    frame_->explanation.explain(trail);
+  }
+}
+
+void WorkspaceView::exportShown() {
+  if (const auto exporter = frame_->reports->makeExporter()) {
+    // Held by the completion: a second export waits for the sheet of the first one anyway.
+    const auto controller = ExportController::make(exporter);
+    controller->beginExport(std::make_shared<ExchangePanels>(this), [controller](bool) {});
+    return;
+  }
+  export_->exportAction();
 }
 
 /// The columns of the table that is seen, as its heading offers them.
@@ -282,6 +342,7 @@ QTabWidget* WorkspaceView::shownTabs() {
       return &equity_->tabs();
     case MainSplitViewController::DetailTab::portfolio:
       return &portfolio_->tabs();
+    case MainSplitViewController::DetailTab::report:
     case MainSplitViewController::DetailTab::emptyState:
       break;
   }
@@ -312,7 +373,9 @@ void WorkspaceView::updateActions() {
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   statementAction_->setEnabled(importAction_->isEnabled());
-  exportAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
+  exportAction_->setEnabled((showsPortfolio && portfolio.canCreateTransaction()) ||
+                            frame_->currentDetailTab() ==
+                                MainSplitViewController::DetailTab::report);
 }
 
 }  // namespace corvane::desktop

@@ -23,7 +23,9 @@ namespace corvane::desktop {
 
 class ColumnChoice;
 class EquityView;
+class ExplanationPanel;
 class PortfolioView;
+class ReportsView;
 class SourceView;
 
 /// Shows a MainSplitViewController, and hands its screens what they need of the window.
@@ -38,6 +40,7 @@ class WorkspaceView : public QWidget {
   [[nodiscard]] MainSplitViewController& controller() { return *frame_; }
   [[nodiscard]] PortfolioView& portfolioView() { return *portfolio_; }
   [[nodiscard]] EquityView& equityView() { return *equity_; }
+  [[nodiscard]] ReportsView& reportsView() { return *reports_; }
 
   [[nodiscard]] PortfolioExport& portfolioExport() { return *export_; }
 
@@ -60,6 +63,10 @@ class WorkspaceView : public QWidget {
   void updateActions();
   void importStatement();
   void fillColumnsMenu(QMenu& menu);
+  void addReportActions(QMenu* menu);
+  /// Explains the figure that the keyboard is on, or else the one in the heading.
+  void explainNumber();
+  void exportShown();
   [[nodiscard]] QTabWidget* shownTabs();
 
   WorkspaceDocument& document_;
@@ -72,6 +79,8 @@ class WorkspaceView : public QWidget {
   QLabel* empty_;
   EquityView* equity_;
   PortfolioView* portfolio_;
+  ReportsView* reports_;
+  ExplanationPanel* explanation_;
   std::shared_ptr<PortfolioImport> import_;
   std::shared_ptr<PortfolioExport> export_;
   QAction* importAction_ = nullptr;

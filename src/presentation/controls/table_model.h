@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "platform/text/styled/attributed_text.h"
 #include "platform/text/styled/colour.h"
+#include "reports/trail/trail_node.h"
 
 namespace corvane {
 
@@ -38,6 +40,10 @@ template <typename Row, std::size_t count>
   return columns;
 }
 
+/// Makes the trail of a figure when it is asked for; none where there is nothing to tell, and what
+/// stands in the way is thrown as an Error. Main queue only.
+using TrailMaker = std::function<std::optional<TrailNode>()>;
+
 /// Rows and columns of text, made when they are asked for: a view asks for the cells that it shows,
 /// so that a table opens at once however many rows it has. Main queue only.
 class TableModel {
@@ -55,6 +61,10 @@ class TableModel {
   }
   /// What a background of its own says, in words; empty without one.
   [[nodiscard]] virtual std::string rowNote(std::size_t /*row*/) const { return {}; }
+  /// How the figure in a cell came about; null where it cannot be told.
+  [[nodiscard]] virtual TrailMaker trailOf(std::size_t /*row*/, std::size_t /*column*/) const {
+    return nullptr;
+  }
 };
 
 }  // namespace corvane

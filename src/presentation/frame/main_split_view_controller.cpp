@@ -45,6 +45,7 @@ MainSplitViewController::MainSplitViewController(Passkey /*passkey*/,
       scenarioDetailViewController(ScenarioDetailViewController::make(surroundings)),
       scenarioBatchViewController(ScenarioBatchViewController::make(surroundings)),
       portfolioViewController(PortfolioViewController::make(surroundings)),
+      reports(WorkspaceReports::make(surroundings)),
       surroundings_(std::move(surroundings)) {}
 
 void MainSplitViewController::connect() {
@@ -78,6 +79,48 @@ void MainSplitViewController::connect() {
     }));
   }
   connectScenarios();
+  connectReports();
+}
+
+/// Figures are explained in one panel, whose lines lead to the ledgers.
+void MainSplitViewController::connectReports() {
+  const auto self = weak_from_this();
+  const auto explain = [self](const TrailMaker& trail) {
+    if (const auto living = self.lock()) {
+      living->explanation.explain(trail);
+    }
+  };
+  const auto openEquity = [self](const EquityPointer& equity) {
+    if (const auto living = self.lock()) {
+      living->masterSourceViewController->setCurrentDetailObject(equity);
+    }
+  };
+  const auto open = [self](const std::string& portfolio, std::size_t position) {
+    if (const auto living = self.lock()) {
+      living->openRow(portfolio, position);
+    }
+  };
+  portfolioViewController->explainHandler = explain;
+  reports->returns->explainHandler = explain;
+  reports->income->explainHandler = explain;
+  reports->taxYear->explainHandler = explain;
+  reports->returns->openEquityHandler = openEquity;
+  reports->income->openEquityHandler = openEquity;
+  reports->taxYear->openRowHandler = open;
+  explanation.openRowHandler = open;
+}
+
+void MainSplitViewController::openRow(const std::string& portfolio, std::size_t position) {
+  const auto model = documentModel_.lock();
+  if (model == nullptr) {
+    return;
+  }
+  const auto all = model->portfolios();
+  const auto found = std::ranges::find(all, portfolio, &Portfolio::name);
+  if (found != all.end()) {
+    masterSourceViewController->setCurrentDetailObject(*found);
+    portfolioViewController->showTransaction(position);
+  }
 }
 
 /// Each of the two screens can hand its input to the other one, which is shown then.
@@ -106,6 +149,7 @@ void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> mod
   documentModel_ = model;
   equityViewController->setDocumentModel(model);
   masterSourceViewController->setDocumentModel(model);
+  reports->setDocumentModel(model);
   masterSourceViewController->setCurrentDetailObject(initialDetailObject());
   changeHandler();
 }
@@ -244,6 +288,13 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
   surroundings_.documentDidChange();
 }
 
+void MainSplitViewController::showReport(WorkspaceReport report) {
+  masterSourceViewController->setCurrentDetailObject(std::monostate{});
+  currentDetailTab_ = DetailTab::report;
+  reports->show(report);
+  changeHandler();
+}
+
 void MainSplitViewController::showDetail(const DetailObject& object) {
   const auto self = weak_from_this();
   currentDetailTab_ = std::visit(Overloaded{[](std::monostate) { return DetailTab::emptyState; },
@@ -266,6 +317,7 @@ void MainSplitViewController::showDetail(const DetailObject& object) {
   if (currentDetailTab_ != DetailTab::portfolio) {
     portfolioViewController->setPortfolio(nullptr);
   }
+  reports->show(std::nullopt);
   rememberLater(object);
   changeHandler();
 }

@@ -12,8 +12,10 @@
 #include "platform/async/timer.h"
 #include "presentation/equity/equity_view_controller.h"
 #include "presentation/frame/master_source_view_controller.h"
+#include "presentation/frame/workspace_reports.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
+#include "presentation/reports/explanation_view_controller.h"
 #include "presentation/scenario/scenario_batch_view_controller.h"
 #include "presentation/scenario/scenario_detail_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
@@ -30,7 +32,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   struct Passkey {};
 
  public:
-  enum class DetailTab { emptyState, equity, portfolio };
+  enum class DetailTab { emptyState, equity, portfolio, report };
 
   /// The form for a new portfolio; see makeCreatePortfolioForm().
   struct CreatePortfolio {
@@ -53,6 +55,9 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   const std::shared_ptr<ScenarioDetailViewController> scenarioDetailViewController;
   const std::shared_ptr<ScenarioBatchViewController> scenarioBatchViewController;
   const std::shared_ptr<PortfolioViewController> portfolioViewController;
+  const std::shared_ptr<WorkspaceReports> reports;
+  /// How a figure of any screen came about.
+  ExplanationViewController explanation;
 
   /// Called when another screen is to be shown, or the text of the empty one has changed.
   std::function<void()> changeHandler = [] {};
@@ -64,6 +69,8 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   void setDocumentModel(std::weak_ptr<WorkspaceModel> model) override;
 
   [[nodiscard]] DetailTab currentDetailTab() const { return currentDetailTab_; }
+  /// Shows a report about all portfolios.
+  void showReport(WorkspaceReport report);
   /// What the empty state says.
   [[nodiscard]] std::string emptyStateMessage() const;
 
@@ -82,7 +89,9 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   /// Shows everything anew, after a setting has changed that says how it is shown.
   void settingsDidChange();
   void connectScenarios();
+  void connectReports();
   void showDetail(const MasterSourceViewController::DetailObject& object);
+  void openRow(const std::string& portfolio, std::size_t position);
   void removePortfolio(const PortfolioPointer& portfolio);
   [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;
   void rememberLater(const MasterSourceViewController::DetailObject& object);

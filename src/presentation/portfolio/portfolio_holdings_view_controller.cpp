@@ -10,6 +10,7 @@
 #include "presentation/text/day_text.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
+#include "reports/trail/ledger_trails.h"
 
 namespace corvane {
 namespace {
@@ -119,6 +120,35 @@ AttributedText PortfolioHoldingsViewController::cell(std::size_t row, std::size_
                                              ? holdingLine(snapshot, *asset.cash())
                                              : holdingLine(snapshot, asset.equity()),
                                          currentData_.portfolio->primaryCurrency()});
+}
+
+void PortfolioHoldingsViewController::showReturns(std::size_t row) {
+  const EquityPointer equity =
+      row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
+  if (equity != nullptr) {
+    showReturnsHandler(equity);
+  }
+}
+
+/// Of a cost base: that after the last of the rows that are shown.
+TrailMaker PortfolioHoldingsViewController::trailOf(std::size_t row, std::size_t column) const {
+  const EquityPointer equity = assetEntries_.at(row).equity();
+  const auto manager = currentData_.portfolio->manager.lock();
+  if (columns().at(column).identifier != "costBase" || equity == nullptr || manager == nullptr) {
+    return nullptr;
+  }
+  return [portfolio = currentData_.portfolio, equity, calendar = manager->calendar,
+          last = currentData_.ymdRange.upper()]() -> std::optional<TrailNode> {
+    const auto& rows = portfolio->transactions();
+    for (std::size_t i = rows.size(); i-- > 0;) {
+      const EquityPointer* named = rows[i]->basic.equity();
+      if (named != nullptr && **named == *equity &&
+          YearMonthDay::of(rows[i]->settlementDate(), calendar) <= last) {
+        return costBaseTrail(*portfolio, i, calendar);
+      }
+    }
+    return std::nullopt;
+  };
 }
 
 void PortfolioHoldingsViewController::fillPie() {

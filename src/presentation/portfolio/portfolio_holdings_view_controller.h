@@ -33,6 +33,9 @@ class PortfolioHoldingsViewController : public PortfolioTab, public TableModel {
   [[nodiscard]] const std::vector<PortfolioAsset>& assetEntries() const { return assetEntries_; }
   /// What the user does to a row; one of cash leads nowhere.
   void openRow(std::size_t row);
+  /// Shows what the equity of a row has returned.
+  std::function<void(const EquityPointer&)> showReturnsHandler = [](const EquityPointer&) {};
+  void showReturns(std::size_t row);
   /// "Current holdings", or the day that they are told of.
   [[nodiscard]] std::string title() const;
   [[nodiscard]] const PieChartView& pie() const { return pie_; }
@@ -40,6 +43,7 @@ class PortfolioHoldingsViewController : public PortfolioTab, public TableModel {
   [[nodiscard]] const std::vector<TableColumn>& columns() const override;
   [[nodiscard]] std::size_t numberOfRows() const override { return assetEntries_.size(); }
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] TrailMaker trailOf(std::size_t row, std::size_t column) const override;
 
  private:
   void fillPie();

@@ -5,6 +5,7 @@
 
 #include "presentation/performance/performance_warning.h"
 #include "presentation/performance/portfolio_chart.h"
+#include "reports/trail/ledger_trails.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane {
@@ -28,7 +29,9 @@ PortfolioViewController::PortfolioViewController(Passkey /*passkey*/,
     : holdings(std::make_shared<PortfolioHoldingsViewController>(surroundings)),
       transactions(std::make_shared<PortfolioTransactionsViewController>(surroundings)),
       gains(std::make_shared<PortfolioGainLossViewController>(surroundings)),
-      tabs{holdings.get(), transactions.get(), gains.get()},
+      returns(ReturnsViewController::make(surroundings)),
+      income(IncomeViewController::make(surroundings)),
+      tabs{holdings.get(), transactions.get(), gains.get(), returns.get(), income.get()},
       datesPicker(surroundings.now),
       surroundings_(std::move(surroundings)) {
   datesPicker.setAllowsIntervalSelection(false);
@@ -48,6 +51,11 @@ void PortfolioViewController::observe() {
         living->openEquityHandler(equity);
       }
     };
+    tabs[i]->explainHandler = [self](const TrailMaker& trail) {
+      if (const auto living = self.lock()) {
+        living->explainHandler(trail);
+      }
+    };
   }
   history_->answerHandler = [self](Result<PortfolioSnapshotGroup> result) {
     if (const auto living = self.lock()) {
@@ -56,6 +64,13 @@ void PortfolioViewController::observe() {
   };
   history_->changeHandler = [self] {
     if (const auto living = self.lock()) {
+      living->changeHandler();
+    }
+  };
+  holdings->showReturnsHandler = [self](const EquityPointer& equity) {
+    if (const auto living = self.lock()) {
+      living->returns->chooseEquity(equity);
+      living->selectTab(living->indexOf(*living->returns));
       living->changeHandler();
     }
   };
@@ -211,6 +226,41 @@ void PortfolioViewController::selectTab(std::size_t index) {
   for (std::size_t i = 0; i < tabs.size(); ++i) {
     tabs[i]->setReceivesCommands(i == index);
   }
+}
+
+void PortfolioViewController::showTransaction(std::size_t position) {
+  const auto manager = managerOf(currentData_.portfolio);
+  if (manager == nullptr || position >= currentData_.portfolio->transactions().size()) {
+    return;
+  }
+  const TransactionPointer row = currentData_.portfolio->transactions()[position];
+  const auto day = YearMonthDay::of(row->settlementDate(), manager->calendar);
+  if (!currentData_.ymdRange.contains(day)) {
+    datesPicker.setDates(std::min(datesPicker.startDate(), day),
+                         std::max(datesPicker.endDate(), day));
+    reload(DatesChanged{});
+  }
+  selectTab(indexOf(*transactions));
+  transactions->showTransaction(row);
+  changeHandler();
+}
+
+TrailMaker PortfolioViewController::valueTrailMaker() const {
+  return currentData_.portfolio == nullptr
+             ? TrailMaker()
+             : [portfolio = currentData_.portfolio]() -> std::optional<TrailNode> {
+    return valueTrail(*portfolio);
+  };
+}
+
+TrailMaker PortfolioViewController::gainTrailMaker() const {
+  return currentData_.portfolio == nullptr
+             ? TrailMaker()
+             : [portfolio = currentData_.portfolio]() -> std::optional<TrailNode> {
+    return differenceOf("Gain: value less net deposits",
+                        std::string(portfolio->primaryCurrency().code),
+                        {valueTrail(*portfolio), depositsTrail(*portfolio)});
+  };
 }
 
 void PortfolioViewController::createTransactionAction() {

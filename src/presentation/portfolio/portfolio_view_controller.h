@@ -21,6 +21,8 @@
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
 #include "presentation/portfolio/portfolio_holdings_view_controller.h"
+#include "presentation/reports/income_view_controller.h"
+#include "presentation/reports/returns_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
@@ -71,10 +73,14 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   std::function<void(const PortfolioPointer&)> deletePortfolioHandler;
   /// Shows an equity of a row on its own screen.
   std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
+  /// Shows how a figure came about.
+  std::function<void(const TrailMaker&)> explainHandler = [](const TrailMaker&) {};
 
   const std::shared_ptr<PortfolioHoldingsViewController> holdings;
   const std::shared_ptr<PortfolioTransactionsViewController> transactions;
   const std::shared_ptr<PortfolioGainLossViewController> gains;
+  const std::shared_ptr<ReturnsViewController> returns;
+  const std::shared_ptr<IncomeViewController> income;
   /// The tabs, in the order in which they stand beside each other.
   const std::vector<PortfolioTab*> tabs;
 
@@ -100,10 +106,17 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   [[nodiscard]] std::size_t selectedTabIndex() const;
   /// Commands for rows go to the selected tab only.
   void selectTab(std::size_t index);
+  /// Shows the ledger's row at `position`, selected, with days that have it.
+  void showTransaction(std::size_t position);
   [[nodiscard]] const PortfolioTab& selectedTab() const { return *tabs.at(selectedTabIndex()); }
   [[nodiscard]] std::size_t indexOf(const PortfolioTab& tab) const;
 
   // Commands.
+
+  /// How the value in the heading came about, or its gain over the net deposits; null without a
+  /// portfolio.
+  [[nodiscard]] TrailMaker valueTrailMaker() const;
+  [[nodiscard]] TrailMaker gainTrailMaker() const;
 
   /// Whether a transaction can be added and imported.
   [[nodiscard]] bool canCreateTransaction() const { return currentData_.portfolio != nullptr; }

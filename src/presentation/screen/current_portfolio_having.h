@@ -8,6 +8,7 @@
 
 #include "ledger/manager/portfolio_data_slice.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "presentation/controls/table_model.h"
 
 namespace corvane {
 
@@ -31,6 +32,11 @@ class PortfolioTab : public CurrentPortfolioHaving {
   /// Whether commands for rows are meant for this tab, which they are while it is selected.
   virtual void setReceivesCommands(bool /*receivesCommands*/) {}
 
+  /// Whether the tab has charts of its own, so that it wants the place of the one above the tabs.
+  [[nodiscard]] virtual bool hasOwnChart() const { return false; }
+
+  /// Shows how a figure came about; what it is given makes the trail.
+  std::function<void(const TrailMaker&)> explainHandler = [](const TrailMaker&) {};
   /// Shows the equity of a row on its own screen.
   std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
 };

@@ -7,6 +7,7 @@
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
 #include "presentation/transactions/transaction_text.h"
+#include "reports/trail/ledger_trails.h"
 
 namespace corvane {
 namespace {
@@ -84,6 +85,27 @@ AttributedText PortfolioTransactionsViewController::cell(std::size_t row,
                          keeper == nullptr ? Calendar::current() : keeper->calendar);
 }
 
+/// Of the cost base and the capital gain of a row.
+TrailMaker PortfolioTransactionsViewController::trailOf(std::size_t row, std::size_t column) const {
+  const std::string_view figure = columns_.at(column).identifier;
+  const TransactionPointer& shown = transaction(row);
+  const bool isGain = figure == "capitalGain" && shown->capitalGain();
+  if (!isGain && (figure != "costBaseNet" || !shown->costBaseNet())) {
+    return nullptr;
+  }
+  return [portfolio = currentData_.portfolio, shown, isGain,
+          keeper = manager()]() -> std::optional<TrailNode> {
+    const auto& rows = portfolio->transactions();
+    const auto found = std::ranges::find(rows, shown);
+    if (found == rows.end() || keeper == nullptr) {
+      return std::nullopt;
+    }
+    const auto position = static_cast<std::size_t>(found - rows.begin());
+    return isGain ? capitalGainTrail(*portfolio, position, keeper->calendar)
+                  : costBaseTrail(*portfolio, position, keeper->calendar);
+  };
+}
+
 const TransactionPointer& PortfolioTransactionsViewController::transaction(std::size_t row) const {
   return rows().at(row);
 }
@@ -92,6 +114,14 @@ void PortfolioTransactionsViewController::setSelectedRows(std::vector<std::size_
   std::ranges::sort(selected);
   assert(selected.empty() || selected.back() < rows().size());
   selectedRows_ = std::move(selected);
+}
+
+void PortfolioTransactionsViewController::showTransaction(const TransactionPointer& shown) {
+  const auto found = std::ranges::find(rows(), shown);
+  if (found != rows().end()) {
+    setSelectedRows({static_cast<std::size_t>(found - rows().begin())});
+    changeHandler({.rowsChanged = false, .selectionChanged = true});
+  }
 }
 
 std::vector<TransactionPointer> PortfolioTransactionsViewController::selectedTransactions() const {

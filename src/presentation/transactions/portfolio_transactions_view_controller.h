@@ -72,12 +72,15 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   [[nodiscard]] const std::vector<TableColumn>& columns() const override { return columns_; }
   [[nodiscard]] std::size_t numberOfRows() const override;
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] TrailMaker trailOf(std::size_t row, std::size_t column) const override;
   [[nodiscard]] const TransactionPointer& transaction(std::size_t row) const;
 
   /// Places of the selected rows, ascending.
   [[nodiscard]] const std::vector<std::size_t>& selectedRows() const { return selectedRows_; }
   void setSelectedRows(std::vector<std::size_t> rows);
   [[nodiscard]] std::vector<TransactionPointer> selectedTransactions() const;
+  /// Selects the row of `transaction` alone, where it is shown, and brings it into view.
+  void showTransaction(const TransactionPointer& transaction);
 
   // Commands for the selected rows.
 

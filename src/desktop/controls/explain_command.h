@@ -1,0 +1,20 @@
+// The command that asks how the figure of a cell came about.
+#pragma once
+
+#include <functional>
+
+#include "presentation/controls/table_model.h"
+
+class QAction;
+
+namespace corvane::desktop {
+
+class TableView;
+
+/// Adds "Explain This Number" to the commands and the context menu of `table`, which shows `model`.
+/// It is enabled while the current cell can be explained; `explain` is handed what tells of it.
+/// Both must outlive the table. The table owns the action.
+QAction* addExplainCommand(TableView& table, const TableModel& model,
+                           std::function<void(const TrailMaker&)> explain);
+
+}  // namespace corvane::desktop

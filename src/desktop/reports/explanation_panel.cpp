@@ -1,0 +1,156 @@
+#include "desktop/reports/explanation_panel.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int openLevels = 2;
+constexpr int nodeRole = Qt::UserRole;
+enum OutlineColumn { labelColumn, valueColumn, sourceColumn };
+
+}  // namespace
+
+ExplanationPanel::ExplanationPanel(ExplanationViewController& controller, QWidget* parent)
+    : QWidget(parent),
+      controller_(controller),
+      message_(new QLabel),
+      outline_(new QTreeWidget),
+      copy_(new QPushButton(QStringLiteral("&Copy as Text"))),
+      save_(new QPushButton(QStringLiteral("Export CS&V…"))) {
+  auto* title = new QLabel(QStringLiteral("How This Number Came About"));
+  title->setFont(theme::font(1, QFont::DemiBold));
+  auto* close = new QToolButton;
+  close->setText(QStringLiteral("✕"));
+  close->setAccessibleName(QStringLiteral("Close the explanation"));
+  close->setToolTip(QStringLiteral("Close (Escape)"));
+  close->setAutoRaise(true);
+  message_->setWordWrap(true);
+  outline_->setAccessibleName(QStringLiteral("How this number came about"));
+  outline_->setColumnCount(3);
+  outline_->setHeaderLabels(
+      {QStringLiteral("Step"), QStringLiteral("Value"), QStringLiteral("From")});
+  outline_->setUniformRowHeights(true);
+  outline_->setAlternatingRowColors(true);
+  outline_->setFrameShape(QFrame::NoFrame);
+  outline_->header()->setStretchLastSection(true);
+  outline_->setFont(theme::font(theme::tableFactor));
+
+  auto* heading = new QHBoxLayout;
+  heading->addWidget(title, 1);
+  heading->addWidget(close);
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(copy_);
+  buttons->addWidget(save_);
+  buttons->addStretch(1);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(spacing::medium, spacing::wide, spacing::medium, spacing::narrow);
+  column->setSpacing(spacing::narrow);
+  column->addLayout(heading);
+  column->addWidget(message_);
+  column->addWidget(outline_, 1);
+  column->addLayout(buttons);
+
+  connect(close, &QToolButton::clicked, this, [this] { controller_.close(); });
+  connect(copy_, &QPushButton::clicked, this, &ExplanationPanel::copyText);
+  connect(save_, &QPushButton::clicked, this, &ExplanationPanel::exportCSV);
+  connect(outline_, &QTreeWidget::itemActivated, this,
+          [this](const QTreeWidgetItem* item) { openRowOf(item); });
+  changes_ = subscribe(controller_.changeHandler, [this] { showState(); });
+  showState();
+}
+
+void ExplanationPanel::showState() {
+  outline_->clear();
+  const auto& trail = controller_.trail();
+  message_->setText(qtText(controller_.message()));
+  message_->setVisible(!controller_.message().empty());
+  outline_->setVisible(trail.has_value());
+  copy_->setEnabled(trail.has_value());
+  save_->setEnabled(trail.has_value());
+  setVisible(controller_.isOpen());
+  if (!trail) {
+    return;
+  }
+  addNode(*trail, outline_->invisibleRootItem(), 0);
+  outline_->resizeColumnToContents(valueColumn);
+  outline_->header()->resizeSection(labelColumn, 220);
+  outline_->setCurrentItem(outline_->topLevelItem(0));
+  outline_->setFocus();
+}
+
+void ExplanationPanel::addNode(const TrailNode& node, QTreeWidgetItem* parent, int depth) {
+  auto* item = new QTreeWidgetItem(parent);
+  const QString operation = qtText(ExplanationViewController::operationText(node));
+  item->setText(labelColumn, qtText(node.label));
+  item->setText(valueColumn, qtText(ExplanationViewController::valueText(node)));
+  const QString source = qtText(ExplanationViewController::sourceText(node));
+  item->setText(sourceColumn, operation.isEmpty() || source.isEmpty()
+                                  ? operation + source
+                                  : operation + QStringLiteral("; ") + source);
+  item->setTextAlignment(valueColumn, Qt::AlignRight | Qt::AlignVCenter);
+  item->setFont(valueColumn, theme::monospacedFont());
+  item->setToolTip(labelColumn, qtText(node.label));
+  item->setToolTip(sourceColumn, item->text(sourceColumn));
+  item->setData(labelColumn, nodeRole, QVariant::fromValue(static_cast<const void*>(&node)));
+  if (ExplanationViewController::hasRow(node)) {
+    item->setToolTip(sourceColumn, item->text(sourceColumn) +
+                                       QStringLiteral("\nReturn or a double click opens the row."));
+  }
+  for (const TrailNode& child : node.children) {
+    addNode(child, item, depth + 1);
+  }
+  item->setExpanded(depth < openLevels - 1);
+}
+
+void ExplanationPanel::openRowOf(const QTreeWidgetItem* item) {
+  const auto* node =
+      static_cast<const TrailNode*>(item->data(labelColumn, nodeRole).value<const void*>());
+  if (node != nullptr) {
+    controller_.openRow(*node);
+  }
+}
+
+void ExplanationPanel::copyText() const {
+  QApplication::clipboard()->setText(qtText(controller_.text()));
+}
+
+void ExplanationPanel::exportCSV() {
+  const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Export Explanation"),
+                                                    QStringLiteral("Explanation.csv"),
+                                                    QStringLiteral("Delimited text (*.csv)"));
+  if (path.isEmpty()) {
+    return;
+  }
+  QSaveFile file(path);
+  const QByteArray bytes = QByteArray::fromStdString(controller_.csv());
+  if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    QMessageBox::warning(this, QStringLiteral("Export Explanation"),
+                         QStringLiteral("The explanation could not be written to “%1”.").arg(path));
+  }
+}
+
+void ExplanationPanel::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    controller_.close();
+    return;
+  }
+  QWidget::keyPressEvent(event);
+}
+
+}  // namespace corvane::desktop

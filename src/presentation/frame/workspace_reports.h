@@ -1,0 +1,64 @@
+// The reports about all portfolios of a workspace.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/async/notification_center.h"
+#include "presentation/controls/query_dates_picker.h"
+#include "presentation/reports/income_view_controller.h"
+#include "presentation/reports/returns_view_controller.h"
+#include "presentation/taxes/tax_year_view_controller.h"
+
+namespace corvane {
+
+enum class WorkspaceReport { returns, taxYear, income };
+
+/// Shows one of the reports at a time, or none. The one that is shown follows edits of the ledgers
+/// and refreshes of their prices. Held by shared pointer only. Main queue only.
+class WorkspaceReports : public std::enable_shared_from_this<WorkspaceReports> {
+  struct Passkey {};
+
+ public:
+  struct Entry {
+    WorkspaceReport report;
+    std::string_view title;
+  };
+  /// As the source list has them.
+  static constexpr std::array<Entry, 3> entries = {{{WorkspaceReport::returns, "Returns"},
+                                                    {WorkspaceReport::taxYear, "Tax Year"},
+                                                    {WorkspaceReport::income, "Income"}}};
+
+  [[nodiscard]] static std::shared_ptr<WorkspaceReports> make(ScreenSurroundings surroundings);
+  WorkspaceReports(Passkey passkey, ScreenSurroundings surroundings);
+
+  const std::shared_ptr<ReturnsViewController> returns;
+  const std::shared_ptr<TaxYearViewController> taxYear;
+  const std::shared_ptr<IncomeViewController> income;
+  /// The days of the report of returns.
+  QueryDatesPicker datesPicker;
+
+  void setDocumentModel(std::weak_ptr<WorkspaceModel> model);
+  /// None for none.
+  void show(std::optional<WorkspaceReport> report);
+  [[nodiscard]] std::optional<WorkspaceReport> shown() const { return shown_; }
+  /// What writes the report that is shown to a file; null without one.
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const;
+
+ private:
+  void observe();
+  void reload();
+  void limitDays(const std::vector<PortfolioPointer>& portfolios);
+
+  ScreenSurroundings surroundings_;
+  std::weak_ptr<WorkspaceModel> documentModel_;
+  std::optional<WorkspaceReport> shown_;
+  bool showsAllTime_ = true;
+  std::vector<Subscription> observations_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,155 @@
+// The report of what investments have paid, and what they may pay.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "presentation/charts/fiscal_chart_view.h"
+#include "presentation/reports/record_table.h"
+#include "presentation/reports/report_scope.h"
+#include "presentation/reports/report_text.h"
+#include "presentation/screen/current_portfolio_having.h"
+#include "presentation/screen/screen_surroundings.h"
+#include "reports/income/income_payments.h"
+#include "reports/inquiry/report_inquiry.h"
+
+namespace corvane {
+
+/// What an equity has paid in each month of a year; the sum of all where it has no equity.
+struct IncomeOfYear {
+  EquityPointer equity;
+  std::array<Decimal, 12> months;
+  Decimal total;
+};
+
+/// A chart of bars in money, one for each month. Main queue only.
+class IncomeChartView final : public FiscalChartView {
+ public:
+  IncomeChartView();
+  [[nodiscard]] std::vector<LimitLine> leftAxisLimitLines(double viewWidth) const override;
+
+ protected:
+  [[nodiscard]] AttributedText changeText(double from, double to) const override;
+};
+
+/// The income of a portfolio, or of all portfolios of a workspace with one primary currency. It
+/// asks the market only while it is shown, computes on the queue of reports, and drops answers that
+/// have been overtaken. What is recorded stands at the equivalents that were entered, net of what
+/// was withheld. Held by shared pointer only. Main queue only.
+class IncomeViewController : public PortfolioTab,
+                             public std::enable_shared_from_this<IncomeViewController> {
+  struct Passkey {};
+
+ public:
+  struct Kind {
+    TransactionType type;
+    std::string_view title;
+  };
+  static constexpr std::array<Kind, 4> kinds = {
+      {{TransactionType::dividend, "Dividends"},
+       {TransactionType::capitalGainsDividend, "Capital gains dividends"},
+       {TransactionType::reinvestedDistribution, "Reinvested distributions"},
+       {TransactionType::returnOfCapital, "Returns of capital"}}};
+
+  [[nodiscard]] static std::shared_ptr<IncomeViewController> make(ScreenSurroundings surroundings);
+  IncomeViewController(Passkey passkey, ScreenSurroundings surroundings);
+
+  /// Called when anything but the chart and the tables has changed.
+  std::function<void()> changeHandler = [] {};
+
+  // As a tab of a portfolio.
+  [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
+  void setCurrentData(PortfolioDataSlice data,
+                      const std::optional<TransactionChanges>& changes) override;
+  [[nodiscard]] std::string_view tabTitle() const override { return "Income"; }
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
+  [[nodiscard]] bool hasOwnChart() const override { return true; }
+  void setReceivesCommands(bool receivesCommands) override { setShown(receivesCommands); }
+
+  // As a report of a workspace.
+
+  /// Reports on the portfolios of `scope`, on all of their days up to today and a year further.
+  void setScope(ReportScope scope);
+  void setShown(bool isShown);
+
+  // What is chosen.
+
+  [[nodiscard]] bool counts(TransactionType kind) const { return counted_.contains(kind); }
+  void setCounts(TransactionType kind, bool counts);
+  /// The years with income and this one, the latest first.
+  [[nodiscard]] const std::vector<int>& years() const { return years_; }
+  [[nodiscard]] int chosenYear() const { return chosenYear_; }
+  void chooseYear(int year);
+  /// Whether the chart has the same months of different years beside each other.
+  [[nodiscard]] bool showsYearsBesideEachOther() const { return isByYear_; }
+  void setShowsYearsBesideEachOther(bool isByYear);
+  [[nodiscard]] const std::vector<Currency>& currencies() const { return currencies_; }
+  [[nodiscard]] const Currency& currency() const { return currency_; }
+  void chooseCurrency(std::size_t index);
+
+  // What is shown.
+
+  [[nodiscard]] bool isBusy() const { return isFetching_ || inquiry_.isAsking(); }
+  [[nodiscard]] std::string title() const;
+  /// In place of figures; empty where there are some.
+  [[nodiscard]] const std::string& message() const { return message_; }
+  [[nodiscard]] const std::vector<ReportFigure>& figures() const { return figures_; }
+  [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
+  [[nodiscard]] const ReportWarning& warning() const { return warning_; }
+  void retryAction() { reload(); }
+
+  IncomeChartView chart;
+  RecordTable<IncomeOfYear> monthTable;
+  RecordTable<ExpectedIncome> expectedTable;
+
+  /// What the user does to a row of expectedTable, and of monthTable.
+  void openExpectedRow(std::size_t row);
+  void openMonthRow(std::size_t row);
+
+ private:
+  struct Answer {
+    std::vector<IncomePayment> payments;
+    std::vector<ExpectedIncome> expected;
+  };
+
+  void reload();
+  void compute(DividendCalendar dividends);
+  void take(Answer answer);
+  void show();
+  void showWarning();
+  void showNotes();
+  void openEquity(const EquityPointer& equity);
+  [[nodiscard]] YearMonthDay today() const;
+  [[nodiscard]] std::vector<IncomePayment> countedPayments() const;
+  [[nodiscard]] std::vector<IncomePayment> paidPayments() const;
+  [[nodiscard]] std::vector<ExpectedIncome> shownExpectations() const;
+
+  ScreenSurroundings surroundings_;
+  PortfolioDataSlice currentData_;
+  ReportScope scope_;
+  std::set<TransactionType> counted_;
+  std::vector<int> years_;
+  int chosenYear_ = 0;
+  bool isByYear_ = false;
+  std::vector<Currency> currencies_;
+  Currency currency_ = Currency::cad();
+  bool isShown_ = false;
+  bool isStale_ = false;
+  bool isFetching_ = false;
+  int generation_ = 0;
+  Answer answer_;
+  EquityMap<ErrorPointer> errors_;
+  std::string message_;
+  std::vector<ReportFigure> figures_;
+  std::vector<std::string> notes_;
+  ReportWarning warning_;
+  ReportInquiry inquiry_;
+};
+
+}  // namespace corvane

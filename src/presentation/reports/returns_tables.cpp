@@ -1,0 +1,246 @@
+#include "presentation/reports/returns_tables.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "presentation/text/table_text.h"
+#include "reports/series/report_days.h"
+#include "reports/trail/returns_trails.h"
+
+namespace corvane {
+namespace {
+
+constexpr const char* yearRule = "Spans of up to 366 days are not stated as a return a year.";
+
+/// A part of a month or year stands in a weaker colour, with words for it.
+AttributedText periodCell(const std::optional<PeriodReturn>& period) {
+  if (!period) {
+    return {};
+  }
+  if (period->isWhole) {
+    return returnRateCell(period->value);
+  }
+  AttributedText cell(returnRateText(period->value) + " *",
+                      {.colour = Colour::Name::secondaryLabel, .isMonospaced = true});
+  cell.alignment = TextAlignment::right;
+  return cell;
+}
+
+ReportFigure rateFigure(std::string title, const std::optional<double>& period,
+                        const std::optional<double>& annual, std::string hint) {
+  return {.title = std::move(title),
+          .value = returnRateCell(period),
+          .detail = "a year: " + returnRateText(annual),
+          .hint = std::move(hint) + (period && !annual ? " " + std::string(yearRule) : "")};
+}
+
+ReportFigure volatilityFigure(const ReturnsReport& report) {
+  ReportFigure figure{.title = "Volatility", .value = plainRateCell(std::nullopt)};
+  if (report.volatility) {
+    figure.value = plainRateCell(report.volatility->annual());
+    figure.detail = "a year; period: " + plainRateText(report.volatility->period());
+    figure.hint = "The deviation of daily returns.";
+  } else {
+    figure.hint = "Fewer than 20 daily returns say nothing.";
+  }
+  return figure;
+}
+
+ReportFigure drawdownFigure(const ReturnsReport& report) {
+  ReportFigure figure{
+      .title = "Max drawdown",
+      .value = plainRateCell(report.timeWeighted.total ? std::optional<double>(0) : std::nullopt),
+      .hint = "The deepest fall from a highest point."};
+  if (!report.drawdowns) {
+    return figure;
+  }
+  const auto dayAt = [&](std::size_t i) { return mediumDayText(report.timeWeighted.days[i].day); };
+  const Drawdown& deepest = report.drawdowns->deepest;
+  const Drawdown& longest = report.drawdowns->longest;
+  figure.value = plainRateCell(-deepest.size);
+  figure.detail =
+      dayAt(deepest.peak) + " → " + dayAt(deepest.trough) + ", " +
+      (deepest.recovered ? "recovered " + dayAt(*deepest.recovered) : std::string("not recovered"));
+  figure.hint += " The longest one began " + dayAt(longest.peak) + " and " +
+                 (longest.recovered ? "ended " + dayAt(*longest.recovered) : "has not ended") + ".";
+  return figure;
+}
+
+ReportFigure bestMonthFigure(const ReturnsReport& report) {
+  ReportFigure figure{.title = "Best and worst month",
+                      .value = AttributedText(std::string(noFigureText)),
+                      .hint = "Whole calendar months only."};
+  const auto months = monthlyReturns(report.timeWeighted);
+  if (const auto found = bestAndWorst(months)) {
+    figure.value =
+        returnRateCell(found->best.value).append(" / ").append(returnRateCell(found->worst.value));
+    figure.detail = monthText(found->best.first) + " / " + monthText(found->worst.first);
+  }
+  return figure;
+}
+
+std::optional<TrailNode> bridgeGainTrail(const ReturnsReport& report) {
+  const ValueBridge& bridge = report.series.bridge;
+  const std::string unit(report.series.currency.code);
+  const auto leaf = [&](const char* label, const Decimal& value) {
+    return TrailNode{.label = label, .value = value, .unit = unit};
+  };
+  TrailNode closing = leaf("Closing value", bridge.closing);
+  TrailNode opening = leaf("Opening value", bridge.opening);
+  closing.day = report.series.days.back().day;
+  opening.day = report.series.days.front().day;
+  return roundedTo(
+      report.series.currency.minorUnits, "Gain",
+      differenceOf("Closing value and withdrawals, less what was there and came in", unit,
+                   {sumOf("Closing value and withdrawals", unit,
+                          {std::move(closing), leaf("Withdrawals", bridge.withdrawals)}),
+                    std::move(opening), leaf("Deposits", bridge.deposits),
+                    leaf("Shares journaled", bridge.journaled)}));
+}
+
+}  // namespace
+
+std::vector<RecordTable<YearOfReturns>::Column> monthColumns() {
+  static const std::array<std::string, 12> names = [] {
+    std::array<std::string, 12> made;
+    for (std::size_t i = 0; i < made.size(); ++i) {
+      made.at(i) = monthNameText(static_cast<int>(i) + 1);
+    }
+    return made;
+  }();
+  static constexpr std::array<std::string_view, 12> identifiers = {
+      "month1", "month2", "month3", "month4",  "month5",  "month6",
+      "month7", "month8", "month9", "month10", "month11", "month12"};
+  using Column = RecordTable<YearOfReturns>::Column;
+  std::vector<Column> columns = {{{"year", "Year"}, [](const YearOfReturns& line) {
+                                    return plainCell(std::to_string(line.year));
+                                  }}};
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    columns.push_back({{identifiers.at(i), names.at(i), true},
+                       [i](const YearOfReturns& line) { return periodCell(line.months.at(i)); }});
+  }
+  columns.push_back(
+      {{"whole", "Year", true}, [](const YearOfReturns& line) { return periodCell(line.whole); }});
+  return columns;
+}
+
+std::vector<RecordTable<EquityReturns>::Column> equityReturnsColumns(
+    std::function<Currency()> currency) {
+  using Column = RecordTable<EquityReturns>::Column;
+  const auto money = [currency](std::string_view identifier, std::string_view title,
+                                auto amountOf) -> Column {
+    return {{identifier, title, true}, [currency, amountOf](const EquityReturns& line) {
+              return reportMoneyCell(amountOf(line.figures), currency());
+            }};
+  };
+  return {
+      {{"symbol", "Symbol"},
+       [](const EquityReturns& line) { return PortfolioAsset(line.figures.equity).title(); }},
+      money("opening", "Opening", [](const EquityFigures& line) { return line.opening; }),
+      money("bought", "Bought", [](const EquityFigures& line) { return line.bought; }),
+      money("sold", "Sold", [](const EquityFigures& line) { return line.sold; }),
+      money("dividends", "Dividends", [](const EquityFigures& line) { return line.dividends; }),
+      money("closing", "Closing", [](const EquityFigures& line) { return line.closing; }),
+      {{"gain", "Gain", true},
+       [currency](const EquityReturns& line) {
+         return signedMoneyCell(line.figures.gain(), currency());
+       }},
+      {{"timeWeighted", "Time-w.", true},
+       [](const EquityReturns& line) { return returnRateCell(line.timeWeighted); }},
+      {{"moneyWeighted", "Money-w.", true},
+       [](const EquityReturns& line) { return returnRateCell(line.moneyWeighted); }},
+      {{"shareOfGain", "Share of Gain", true},
+       [](const EquityReturns& line) { return plainRateCell(line.shareOfGain); }},
+  };
+}
+
+std::vector<RecordTable<ReconciliationLine>::Column> reconciliationColumns(
+    std::function<Currency()> currency) {
+  return {{{"title", "From the Opening to the Closing Value"},
+           [](const ReconciliationLine& line) {
+             const bool isSum = line.kind == ReconciliationLine::Kind::sum;
+             return AttributedText(
+                 (line.kind == ReconciliationLine::Kind::part ? "      " : "") + line.title,
+                 {.weight = isSum ? FontWeight::semibold : FontWeight::regular});
+           }},
+          {{"amount", "Amount", true},
+           [currency](const ReconciliationLine& line) {
+             return reportMoneyCell(line.amount, currency());
+           }},
+          {{"note", "Note"}, [](const ReconciliationLine& line) {
+             return AttributedText(line.note, {.colour = Colour::Name::secondaryLabel});
+           }}};
+}
+
+std::vector<ReportFigure> returnsFigures(const std::shared_ptr<const ReturnsReport>& report) {
+  const ValueBridge& bridge = report->series.bridge;
+  const Currency& currency = report->series.currency;
+  ReportFigure timeWeighted =
+      rateFigure("Time-weighted", report->timeWeighted.total, report->timeWeighted.annual(),
+                 "What the investments returned, whatever was paid in or out.");
+  timeWeighted.explain = [report] {
+    return timeWeightedTrail(report->series.days, report->series.currency);
+  };
+  ReportFigure moneyWeighted =
+      rateFigure("Money-weighted", report->moneyWeighted.period, report->moneyWeighted.annual(),
+                 "The rate at which your own payments have grown.");
+  if (report->moneyWeighted.period) {
+    moneyWeighted.explain = [report] {
+      return moneyWeightedTrail(report->series.days, report->series.currency);
+    };
+  }
+  return {std::move(timeWeighted),
+          std::move(moneyWeighted),
+          {.title = "Gain",
+           .value = signedMoneyCell(bridge.gain(), currency),
+           .detail = "of it realized: " + reportMoneyText(bridge.realised, currency),
+           .hint = "Closing value and withdrawals, less opening value and deposits.",
+           .explain = [report] { return bridgeGainTrail(*report); }},
+          volatilityFigure(*report),
+          drawdownFigure(*report),
+          bestMonthFigure(*report)};
+}
+
+ReportFigure benchmarkFigure(const BenchmarkReturn& benchmark, const std::string& name,
+                             const TimeWeightedReturn& returns) {
+  ReportFigure figure{.title = name,
+                      .value = returnRateCell(benchmark.total()),
+                      .hint = "With its dividends, which are reinvested on their day."};
+  if (returns.total) {
+    figure.detail = "difference: " + returnRateText(*returns.total - benchmark.total());
+  }
+  const TimeWeightedReturn compared = benchmark.asReturns();
+  if (const auto volatility = volatilityOf(compared)) {
+    figure.hint += " Volatility a year: " + plainRateText(volatility->annual()) + ".";
+  }
+  if (const auto falls = drawdownsOf(compared)) {
+    figure.hint += " Max drawdown: " + plainRateText(-falls->deepest.size) + ".";
+  }
+  return figure;
+}
+
+std::vector<ReconciliationLine> bridgeLines(const ValueBridge& bridge,
+                                            const ClosedRange<YearMonthDay>& days) {
+  using enum ReconciliationLine::Kind;
+  std::vector<ReconciliationLine> lines = {
+      {"Opening value", bridge.opening, sum,
+       "at the end of " + mediumDayText(daysAfter(days.lower(), -1))},
+      {"+ Deposits", bridge.deposits, term, "at the rates of their days"},
+      {"− Withdrawals", -bridge.withdrawals, term, "at the rates of their days"}};
+  if (!bridge.journaled.isZero()) {
+    lines.push_back({"± Shares journaled", bridge.journaled, term, "at the prices of their days"});
+  }
+  lines.insert(
+      lines.end(),
+      {{"+ Gain of equities", bridge.equityGain},
+       {"of it realized", bridge.realised, part, "the ledger's capital gains"},
+       {"of it unrealized", bridge.equityGain - bridge.realised, part},
+       {"+ Dividends", bridge.dividends},
+       {"± Interest, fees and adjustments", bridge.adjustments},
+       {"± Currency", bridge.currency(), term,
+        bridge.currency().isZero() ? "" : "foreign cash, and rates other than those of the day"},
+       {"= Closing value", bridge.closing, sum, "at the end of " + mediumDayText(days.upper())}});
+  return lines;
+}
+
+}  // namespace corvane
