@@ -27,8 +27,10 @@ class MainSplitViewControllerTest : public PortfolioScreenWorld {
       equity->currency = Currency::usd();
       model->watchlistEquities.push_back(equity);
     }
-    prices->script = [](const QuoteQuery&) {
+    prices->script = [this](const QuoteQuery&) {
       Quote bar;
+      bar.fromDate = now - 60;
+      bar.toDate = now;
       bar.close = 5;
       return ScriptedQuoteProvider::quotes({bar});
     };
