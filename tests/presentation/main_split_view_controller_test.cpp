@@ -105,6 +105,18 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
             "AA, Aardvarks, $10.125, +26.56% ▲ +$2.125, AA is no longer traded.");
 }
 
+TEST_F(MainSplitViewControllerTest, ShowsTheSessionThatTheFirstAnswerTellsOf) {
+  model->watchlistEquities.resize(1);
+  model->watchlistEquities[0]->isAuthoritative = true;
+  prices->script = [this, script = prices->script](const QuoteQuery& query) {
+    quote(query.equity);
+    return script(query);
+  };
+  open();
+  waitUntil([&] { return !list.watchlistRow(0).thumbnail->isEmpty(); });
+  EXPECT_THAT(prices->queries, SizeIs(2)) << "the first one knew of no session";
+}
+
 TEST_F(MainSplitViewControllerTest, TellsTheAgeOfThePrices) {
   EXPECT_EQ(list.priceStatus(), "");
   open();

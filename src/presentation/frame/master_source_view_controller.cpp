@@ -333,6 +333,12 @@ void MasterSourceViewController::thumbnailFetchDidEnd(const QuoteQuery& query,
   if (row == rows.end()) {
     return;
   }
+  if (query.dateRange.isEmpty() &&
+      !QuoteQuery::currentPeriod(query.equity, true).dateRange.isEmpty()) {
+    // No session was known when this was asked; the answer has told of it.
+    fetchThumbnail(*row);
+    return;
+  }
   Thumbnail& thumbnail = thumbnailOf(query.equity);
   QuoteChartView& chart = *thumbnail.chart;
   if (!result) {
