@@ -13,29 +13,14 @@
 #include "core/market/quote_provider.h"
 #include "core/money/year_month_day.h"
 #include "desktop/charts/chart_widget.h"
-#include "desktop/look/theme.h"
 #include "presentation/charts/quote_chart_view.h"
+#include "qt_application.h"
 
 namespace corvane {
 namespace {
 
 constexpr int tenYearsOfDays = 2520;
 constexpr int thirtyDaysOfMinutes = 11700;
-
-/// The one application of this process, drawing to memory.
-void startQt() {
-  static int argumentCount = 1;
-  static char name[] = "bench";
-  static char* arguments[] = {name, nullptr};
-  static const bool isStarted = [] {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // It stays until the process ends, as what has been drawn does.
-    auto* application = new QApplication(argumentCount, arguments);
-    desktop::theme::apply(*application, Appearance::light);
-    return true;
-  }();
-  benchmark::DoNotOptimize(isStarted);
-}
 
 /// A chart in a window of 1440 by 700, and the quotes that fill it.
 struct ShownChart {

@@ -7,11 +7,11 @@
 #include <QApplication>
 #include <filesystem>
 
-#include "desktop/look/theme.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "ledger_world.h"
 #include "platform/async/dispatch_queue.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
+#include "qt_application.h"
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
@@ -96,17 +96,6 @@ EntryWorld& entryWorld() {
   return world;
 }
 
-QApplication& offscreenApplication() {
-  static int argumentCount = 1;
-  static std::string name = "corvane-bench";
-  static char* arguments[] = {name.data(), nullptr};
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QApplication application(argumentCount, arguments);
-  static const bool isDressed = (desktop::theme::apply(application, Appearance::light), true);
-  (void)isDressed;
-  return application;
-}
-
 void openForm(benchmark::State& state) {
   const EntryWorld& world = entryWorld();
   for (auto _ : state) {
@@ -145,7 +134,7 @@ BENCHMARK(typeAtTheStart)
 
 /// The sheet from the command until it stands laid out and drawn.
 void openSheet(benchmark::State& state) {
-  offscreenApplication();
+  startQt();
   const EntryWorld& world = entryWorld();
   for (auto _ : state) {
     auto* sheet = desktop::EditTransactionDialog::open(nullptr, world.makeForm(),
@@ -160,7 +149,7 @@ BENCHMARK(openSheet)->Name("Forms/open the sheet")->Unit(benchmark::kMillisecond
 
 /// A keystroke in the sheet, until it is drawn.
 void typeInSheet(benchmark::State& state) {
-  offscreenApplication();
+  startQt();
   const EntryWorld& world = entryWorld();
   auto* sheet = desktop::EditTransactionDialog::open(nullptr, world.makeForm(),
                                                      [](const auto&) { return true; });

@@ -107,10 +107,16 @@ int render(DesktopApplication& program, const CommandLine& line) {
         line.workspace.value_or(program.sampleWorkspace()));
     const auto window = program.windows().windowOf(*document);
     const auto refreshes = refresh(document->model());
-    ScreenRenderer renderer(*window, *line.renderFolder);
-    const bool isComplete = renderer.renderAll(
-        [](const std::filesystem::path& file) { std::cout << file.string() << std::endl; });
-    return isComplete ? 0 : 1;
+    const auto written = [](const std::filesystem::path& file) {
+      std::cout << file.string() << std::endl;
+    };
+    ScreenRenderer renderer(*window, *line.renderFolder, line.renderSize);
+    const bool isComplete = renderer.renderAll(written);
+    const auto empty = program.documentController().newDocument();
+    ScreenRenderer emptyRenderer(*program.windows().windowOf(*empty), *line.renderFolder,
+                                 line.renderSize);
+    return emptyRenderer.renderWindow(QStringLiteral("empty-workspace"), written) && isComplete ? 0
+                                                                                                : 1;
   } catch (const Error& error) {
     std::cerr << error << '\n';
     return 1;

@@ -62,6 +62,7 @@ const std::map<std::string, Folder> house = {
       {{"text"},
        {"controls"},
        {"screen"},
+       {"axes"},
        {"charts"},
        {"transactions", "performance", "source"},
        {"equity"},

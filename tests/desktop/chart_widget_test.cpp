@@ -288,6 +288,25 @@ TEST_F(ChartPictures, OfQuotes) {
   }
 }
 
+TEST_F(ChartPictures, OfTheFirstMinuteOfASession) {
+  desktop::theme::apply(*qApp, Appearance::light);
+  QuoteChartView thumbnail(QuoteChartView::Mode::thumbnail);
+  thumbnail.setQuotes(bars(1, 60, session.lower()), QuoteQuery::currentPeriod(equity, true));
+  QImage picture(60, 32, QImage::Format_ARGB32);
+  picture.fill(Qt::white);
+  QPainter painter(&picture);
+  desktop::paintThumbnail(painter, QRectF(0, 0, 60, 32), thumbnail, QColor(Qt::black));
+  painter.end();
+  int black = 0;
+  for (int y = 4; y < 28; ++y) {
+    for (int x = 4; x < 56; ++x) {
+      black += qGray(picture.pixel(x, y)) < 60 ? 1 : 0;
+    }
+  }
+  EXPECT_GE(black, 4) << "a box with nothing in it says nothing";
+  keep(picture.scaled(480, 256), "thumbnail-of-a-minute", Appearance::light);
+}
+
 TEST_F(ChartPictures, OfReturns) {
   BaseChartView chart;
   const auto percent = [](double value) {

@@ -27,6 +27,7 @@ TEST(CommandLine, TakesAWorkspaceAndOptionsInAnyOrder) {
   EXPECT_TRUE(line.usesSampleMarket);
   EXPECT_EQ(line.renderFolder, "out");
   EXPECT_EQ(parsed({}).workspace, std::nullopt);
+  EXPECT_EQ(parsed({"--size", "1440x900"}).renderSize, QSize(1440, 900));
 }
 
 TEST(CommandLine, SaysWhatIsWrong) {
@@ -34,6 +35,9 @@ TEST(CommandLine, SaysWhatIsWrong) {
   EXPECT_THAT(refusal({"--nonsense"}).text, HasSubstr("nonsense"));
   EXPECT_EQ(refusal({"one", "two"}).exitStatus, 2);
   EXPECT_EQ(refusal({"--render"}).exitStatus, 2);
+  for (const char* size : {"", "1440", "1440x", "14x9", "1440x900x2", "99999x99999"}) {
+    EXPECT_EQ(refusal({"--size", size}).exitStatus, 2) << size;
+  }
   EXPECT_EQ(refusal({"--version"}).text, "Corvane 1.2");
   EXPECT_EQ(refusal({"--help"}).exitStatus, 0);
 }

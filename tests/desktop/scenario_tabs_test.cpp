@@ -130,6 +130,16 @@ TEST_F(ScenarioTabsTest, OpenTheHeatMap) {
   EXPECT_TRUE(cell.data(Qt::BackgroundRole).isValid());
   EXPECT_THAT(cell.data(Qt::AccessibleTextRole).toString().toStdString(),
               ::testing::HasSubstr("Buy when down by 5.00%, Sell when up by 5.00%: "));
+  named<QTableView>(*dialog, "Returns")->setCurrentIndex(cell);
+  EXPECT_EQ(dialog->map().chartedRow(), 4U);
+  auto* chart = named<QWidget>(*dialog, "Returns of the row");
+  QTest::keyClick(chart, Qt::Key_End);
+  EXPECT_THAT(chart->accessibleDescription().toStdString(),
+              ::testing::HasSubstr("Buy when down by 5.00%, Sell when up by 20.00%: "));
+  named<QComboBox>(*dialog, "Across")->setCurrentIndex(3);
+  emit named<QComboBox>(*dialog, "Across")->activated(3);
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return !dialog->map().progress().isAnimated; }));
+  EXPECT_EQ(cell.model()->headerData(8, Qt::Horizontal).toString(), QStringLiteral("100.00%"));
   dialog->close();
 }
 

@@ -121,11 +121,25 @@ TEST(ChartLayout, LeavesOutDatesThatWouldOverlap) {
   }
   EXPECT_LE(labels.back().x + labels.back().width, 800);
   EXPECT_EQ(labels.front().text, "2021-00");
+  const auto dayOf = [&](std::size_t i) { return std::stoi(labels.at(i).text.substr(6)); };
+  for (std::size_t i = 2; i < labels.size(); ++i) {
+    EXPECT_EQ(dayOf(i) - dayOf(i - 1), dayOf(1) - dayOf(0)) << "what is left out is regular";
+  }
 
   chart.xAxisLimitLines = {{.value = 0, .label = "Jan"}, {.value = 4, .label = "Feb"}};
   const ChartLayout months(chart, surface());
   ASSERT_THAT(months.dateLabels(), SizeIs(1));
   EXPECT_EQ(months.dateLabels()[0].text, "Feb") << "not what names four values of 400";
+}
+
+TEST(ChartLayout, KeepsCirclesOffTheLabelsOfTheAxes) {
+  FiscalChartView chart;
+  chart.interactiveDataSet = wave(10);
+  chart.interactiveDataSet->shape = ChartDataSet::Shape::circles;
+  const ChartLayout layout(chart, surface());
+  const double room = chart.interactiveDataSet->circleRadius - 0.01;
+  EXPECT_GE(layout.xPixel(0) - layout.plotArea().left, room);
+  EXPECT_GE(layout.plotArea().right - layout.xPixel(9), room);
 }
 
 TEST(ChartLayout, NamesBandsWhereTheyAreHighEnough) {

@@ -170,6 +170,21 @@ TEST_F(QuoteChartTest, PlacesTheQuotesOfASessionAtTheirMinutes) {
   EXPECT_TRUE(chart.isEmpty());
 }
 
+TEST_F(QuoteChartTest, LeavesOutWhatWasTradedBesideTheSession) {
+  quotes.insert(quotes.begin(), bar(session.lower() - 5400, 8, 9));
+  quotes.push_back(bar(session.upper() + 300, 20, 21));
+  QuoteChartView chart(QuoteChartView::Mode::presentation);
+  chart.setQuotes(quotes, QuoteQuery::currentPeriod(equity, false));
+  EXPECT_THAT(chart.lineChartDataSet.entries, ElementsAre(ChartEntry{1, 11}, ChartEntry{4, 12}));
+  EXPECT_THAT(chart.candleChartDataSet.entries, SizeIs(2));
+  ASSERT_FALSE(chart.xAxisLimitLines.empty());
+  EXPECT_EQ(chart.xAxisLimitLines.front().value, 1);
+  chart.pointerMovedTo(4);
+  EXPECT_EQ(chart.currentMouseoverDataIndex(), 3U) << "indexes are those of all quotes";
+  chart.setQuotes({quotes.front()}, QuoteQuery::currentPeriod(equity, false));
+  EXPECT_TRUE(chart.isEmpty()) << "the session has no price yet";
+}
+
 TEST_F(QuoteChartTest, PlacesOtherQuotesSideBySide) {
   const QuoteQuery query{
       equity, session,

@@ -1,6 +1,8 @@
 // The screen of an equity and its tabs: what they ask of the market, and what they say.
 
 #include <algorithm>
+#include <numeric>
+#include <random>
 
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/chain/switchable_quote_provider.h"
@@ -256,30 +258,91 @@ TEST_F(EquityScreensTest, PeriodsEndNowAndBeginOnADayOfTheExchange) {
                                      HasSubstr("-11-30")));
 }
 
-TEST_F(EquityScreensTest, AnswersInAnyOrderLeaveNoStaleOne) {
-  std::vector<std::size_t> order = {0, 1, 2, 3};
-  do {
-    show(equity);
-    const std::size_t first = market->fetches.size();
-    for (const std::size_t segment : {6U, 7U, 8U, 9U}) {
-      overview.selectPeriod(segment);
-    }
-    for (const std::size_t place : order) {
-      // Each answer tells by its price which question it is for.
-      const int price = 10 * static_cast<int>(place + 1);
-      market->answer(first + place,
-                     HeldMarket::quotes({bar(at({2021, 3, 9}, 9.5), 23400, price, price)}));
-      if (overview.isFetching()) {
-        EXPECT_TRUE(overview.currentQuotes().empty() ||
-                    overview.currentQuotes().front().close == 40);
+/// A user who goes from one period to the next, and answers that come when they like.
+class SwitchingThroughPeriods : public EquityScreensTest {
+ protected:
+  /// Chooses the next of `periods` where `step` is beyond the answers that are due, and else lets
+  /// that one arrive. No step may leave anything on the screen but the last answer that came while
+  /// its period was the chosen one.
+  void take(std::size_t step) {
+    if (step < due.size()) {
+      const auto [fetch, period] = due[step];
+      due.erase(due.begin() + static_cast<std::ptrdiff_t>(step));
+      const int price = priceIn(period);
+      market->answer(fetch, HeldMarket::quotes({bar(at({2021, 3, 9 + (period == 0 ? 1 : 0)}, 9.5),
+                                                    60, price, price)}));
+      if (period == overview.selectedPeriod()) {
+        shown = price;
       }
+    } else {
+      overview.selectPeriod(left.front());
+      due.emplace_back(market->fetches.size() - 1, left.front());
+      left.erase(left.begin());
     }
-    ASSERT_THAT(overview.currentQuotes(), SizeIs(1));
-    EXPECT_EQ(overview.currentQuotes().front().close, 40);
-    EXPECT_EQ(overview.chart.openingValue(), 40);
-  } while (std::ranges::next_permutation(order).found);
+    ASSERT_EQ(overview.currentQuotes().empty(), !shown);
+    if (shown) {
+      ASSERT_EQ(overview.currentQuotes().front().close, *shown);
+      ASSERT_EQ(overview.chart.interactiveDataSet->entries.front().y, *shown);
+    }
+    ASSERT_EQ(overview.isFetching(), shown != priceIn(overview.selectedPeriod()));
+  }
+  void begin(std::vector<std::size_t> periods) {
+    screen->setCurrentEquity(nullptr);
+    show(equity);
+    answerEvents(HeldMarket::events({}));
+    due.clear();
+    shown.reset();
+    left = std::move(periods);
+  }
+  /// How many steps may be taken now.
+  std::size_t choices() const { return due.size() + (left.empty() ? 0 : 1); }
+  static int priceIn(std::size_t period) { return 10 * static_cast<int>(period + 1); }
 
-  // Nor does an answer about one equity show on the screen of another.
+  std::vector<std::pair<std::size_t, std::size_t>> due;  ///< the fetch, and its period
+  std::vector<std::size_t> left;
+  std::optional<int> shown;
+};
+
+TEST_F(SwitchingThroughPeriods, LeavesNoStaleAnswerInWhateverOrderTheyCome) {
+  for (const auto& periods : {std::vector<std::size_t>{0, 1, 2, 3, 4}, {9, 8, 7, 6, 5}}) {
+    // All ways of choosing five periods and answering them, as numbers with a digit a step.
+    std::vector<std::size_t> steps;
+    std::size_t ways = 0;
+    do {
+      begin(periods);
+      std::vector<std::size_t> choicesAt;
+      for (std::size_t i = 0; choices() > 0; ++i) {
+        steps.resize(std::max(steps.size(), i + 1));
+        choicesAt.push_back(choices());
+        take(steps[i]);
+        ASSERT_FALSE(HasFatalFailure());
+      }
+      ASSERT_FALSE(overview.isFetching());
+      ++ways;
+      while (!steps.empty() && ++steps.back() == choicesAt[steps.size() - 1]) {
+        steps.pop_back();
+      }
+    } while (!steps.empty());
+    EXPECT_EQ(ways, 945U);
+  }
+  // Of the ways through all ten there are too many.
+  std::mt19937_64 random(1);
+  for (int way = 0; way < 300; ++way) {
+    std::vector<std::size_t> periods(OverviewViewController::periodPresets.size());
+    std::iota(periods.begin(), periods.end(), 0);
+    std::ranges::shuffle(periods, random);
+    begin(periods);
+    while (choices() > 0) {
+      take(random() % choices());
+      ASSERT_FALSE(HasFatalFailure());
+    }
+    ASSERT_FALSE(overview.isFetching());
+  }
+}
+
+TEST_F(EquityScreensTest, AnAnswerAboutAnotherEquityShowsNothing) {
+  show(equity);
+  answerQuotes({bar(at({2021, 3, 10}, 9.5), 60, 40, 42)});
   overview.selectPeriod(6);
   const std::size_t pending = market->fetches.size() - 1;
   show(fill(market->equityWithId("LUM")));
@@ -320,6 +383,19 @@ TEST_F(EquityScreensTest, OverviewNamesItsDaysAndValues) {
   EXPECT_TRUE(overview.chart.isEmpty()) << "the session has not begun";
   EXPECT_EQ(overview.chart.noDataText, "No prices of a session yet.");
   EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST_F(EquityScreensTest, ASessionThatTheAnswerTellsOfIsShownAtOnce) {
+  const auto session = std::exchange(equity->recentTradingPeriod, std::nullopt);
+  show(equity);
+  const std::size_t asked = quoteQueries().size();
+  equity->recentTradingPeriod = session;
+  answerQuotes({});
+  ASSERT_EQ(quoteQueries().size(), asked + 1);
+  EXPECT_TRUE(overview.isFetching());
+  answerQuotes({bar(at({2021, 3, 10}, 9.5), 60, 40, 42)});
+  EXPECT_FALSE(overview.chart.isEmpty());
+  EXPECT_EQ(quoteQueries().size(), asked + 1);
 }
 
 TEST_F(EquityScreensTest, EventsPassTwoFilters) {

@@ -27,8 +27,10 @@ class MainSplitViewControllerTest : public PortfolioScreenWorld {
       equity->currency = Currency::usd();
       model->watchlistEquities.push_back(equity);
     }
-    prices->script = [](const QuoteQuery&) {
+    prices->script = [this](const QuoteQuery&) {
       Quote bar;
+      bar.fromDate = now - 60;
+      bar.toDate = now;
       bar.close = 5;
       return ScriptedQuoteProvider::quotes({bar});
     };
@@ -101,6 +103,18 @@ TEST_F(MainSplitViewControllerTest, ShowsPricesAndSessionsOfTheWatchlist) {
   first->refreshProblem = "AA is no longer traded.";
   EXPECT_EQ(list.watchlistRow(0).accessibleText(),
             "AA, Aardvarks, $10.125, +26.56% ▲ +$2.125, AA is no longer traded.");
+}
+
+TEST_F(MainSplitViewControllerTest, ShowsTheSessionThatTheFirstAnswerTellsOf) {
+  model->watchlistEquities.resize(1);
+  model->watchlistEquities[0]->isAuthoritative = true;
+  prices->script = [this, script = prices->script](const QuoteQuery& query) {
+    quote(query.equity);
+    return script(query);
+  };
+  open();
+  waitUntil([&] { return !list.watchlistRow(0).thumbnail->isEmpty(); });
+  EXPECT_THAT(prices->queries, SizeIs(2)) << "the first one knew of no session";
 }
 
 TEST_F(MainSplitViewControllerTest, TellsTheAgeOfThePrices) {

@@ -538,7 +538,7 @@ TEST_F(ScenarioScreensTest, MapTheReturnsOfOtherSpreads) {
   waitUntil([&] { return hasEnded; });
   const auto map = source.makeHeatMap();
   ASSERT_NE(map, nullptr);
-  EXPECT_THAT(map->parameters(), SizeIs(2)) << "nothing of a stop loss that is not active";
+  EXPECT_THAT(map->parameters(), SizeIs(4)) << "nothing of a stop loss that is not active";
   map->chooseRowParameter(1);
   EXPECT_EQ(map->columnParameter(), 0U) << "the two change places";
   EXPECT_EQ(map->noteText(), "Replaying…");
@@ -550,13 +550,12 @@ TEST_F(ScenarioScreensTest, MapTheReturnsOfOtherSpreads) {
   std::set<std::string> distinct;
   for (std::size_t row = 0; row < ScenarioHeatMap::numberOfRows(); ++row) {
     for (std::size_t column = 0; column < ScenarioHeatMap::numberOfColumns(); ++column) {
-      const auto spread = [](std::size_t index) {
-        std::string title = ScenarioHeatMap::valueTitle(index);
+      const auto spread = [](std::string title) {
         title.pop_back();
         return dec(title) / 100;
       };
-      strategy.targetSellSpread = spread(row);
-      strategy.targetBuySpread = spread(column);
+      strategy.targetSellSpread = spread(map->rowTitle(row));
+      strategy.targetBuySpread = spread(map->columnTitle(column));
       const NaiveTrader trader(market->bars, days, strategy, 1000);
       const bool isBetter = trader.values.back() > holder.values.back();
       better += isBetter ? 1 : 0;
@@ -574,6 +573,53 @@ TEST_F(ScenarioScreensTest, MapTheReturnsOfOtherSpreads) {
               HasSubstr("Sell when up by 0.50%, Buy when down by 20.00%: "));
 }
 
+TEST_F(ScenarioScreensTest, MapAnyTwoNumbersAndChartARowBesideHolding) {
+  market->bars = twoWeeks();
+  ScenarioDetailDataSource source(defaults);
+  bool hasEnded = false;
+  InvestmentStrategy strategy = InvestmentStrategy::defaultStrategy();
+  strategy.targetBuySpread = strategy.targetSellSpread = dec("0.01");
+  strategy.isStopLossActive = true;
+  source.beginAnalysis(equity, market->bars, 1000, strategy,
+                       [&](const ErrorPointer&) { hasEnded = true; });
+  waitUntil([&] { return hasEnded; });
+  const auto map = source.makeHeatMap();
+  ASSERT_THAT(map->parameters(), SizeIs(8));
+  map->chooseRowParameter(2);
+  map->chooseColumnParameter(5);
+  EXPECT_TRUE(map->rowChart.isEmpty());
+  waitUntil([&] { return !map->progress().isAnimated; });
+  EXPECT_EQ(map->rowTitle(1), "$100.00");
+  EXPECT_EQ(map->rowTitle(8), "No limit");
+  EXPECT_EQ(map->columnTitle(8), "100.00%");
+  map->chartRow(8);
+  EXPECT_EQ(map->chartTitle(), "Spend at most No limit");
+  const auto& line = map->rowChart.interactiveDataSet;
+  ASSERT_TRUE(line);
+  ASSERT_THAT(line->entries, SizeIs(9));
+  const auto days = tradingDayNumbers(market->bars, *equity);
+  const auto returnOf = [&](const InvestmentStrategy& tried) {
+    return (NaiveTrader(market->bars, days, tried, 1000).values.back() / 1000 - 1).doubleValue();
+  };
+  std::set<double> distinct;
+  for (std::size_t column = 0; column < 9; ++column) {
+    strategy.targetBuyMax = beyond;
+    std::string part = map->columnTitle(column);
+    part.pop_back();
+    strategy.stopLossSellSlice = dec(part) / 100;
+    EXPECT_DOUBLE_EQ(line->entries[column].y, returnOf(strategy));
+    distinct.insert(line->entries[column].y);
+  }
+  EXPECT_GT(distinct.size(), 5U);
+  const ChartDataSet& holding = map->rowChart.noninteractiveDataSets().at(0);
+  EXPECT_EQ(holding.label, "Buy & Hold Return");
+  EXPECT_THAT(holding.entries, SizeIs(9));
+  EXPECT_DOUBLE_EQ(holding.entries[4].y, returnOf(InvestmentStrategy::buyAndHold()));
+  map->rowChart.pointerMovedTo(3);
+  EXPECT_THAT(map->rowChart.cursorText(),
+              HasSubstr("Spend at most No limit, Stop loss: part to sell 40.00%: "));
+}
+
 TEST_F(ScenarioScreensTest, FollowAUserWhoChangesAFieldAllTheWhile) {
   market->bars = twoWeeks();
   model->tradingScenarioSettings.detailScenario->fromDateComponents =
@@ -586,9 +632,11 @@ TEST_F(ScenarioScreensTest, FollowAUserWhoChangesAFieldAllTheWhile) {
     for (int change = 1; change <= 25; ++change) {
       type(*screen, &Panel::strategyBuySpreadField,
            std::to_string(change % 9 + 1) + "." + std::to_string(change) + "%");
-      // At times the run has not begun, at others it is in its middle or done.
+      // Twenty times a second; now and then so soon that the run has not begun, and at times so
+      // late that it is done.
+      const int pause = change % 5 == 0 ? 20'000 : change % 4 == 0 ? change : 50;
       MainLoop::runUntil([&] { return change % 5 == 0 && !screen->isBusy(); },
-                         std::chrono::milliseconds(change % 5 == 0 ? 20'000 : change * 2));
+                         std::chrono::milliseconds(pause));
       if (change % 7 == 0) {
         screen->cancelAction();
         EXPECT_FALSE(screen->isBusy());

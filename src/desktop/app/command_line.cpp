@@ -1,10 +1,23 @@
 #include "desktop/app/command_line.h"
 
 #include <QCommandLineParser>
+#include <QRegularExpression>
 
 #include "desktop/look/qt_text.h"
 
 namespace corvane::desktop {
+namespace {
+
+/// "1440x900"; none for what is no such size, or none that a window can have.
+std::optional<QSize> sizeOf(const QString& text) {
+  static const QRegularExpression form(QStringLiteral("^(\\d{3,4})x(\\d{3,4})$"));
+  const auto match = form.match(text);
+  return match.hasMatch()
+             ? std::optional(QSize(match.captured(1).toInt(), match.captured(2).toInt()))
+             : std::nullopt;
+}
+
+}  // namespace
 
 std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QStringList& arguments,
                                                                    const std::string& version) {
@@ -20,12 +33,17 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
       QStringLiteral("render"),
       QStringLiteral("Draw every screen of the workspace into PNG files in DIR, and end."),
       QStringLiteral("DIR"));
+  const QCommandLineOption size(
+      QStringLiteral("size"),
+      QStringLiteral("How large the window is that --render draws; 1280x800 where it is not told."),
+      QStringLiteral("WIDTHxHEIGHT"));
   // For measuring how long a start takes; of no use to a user.
   QCommandLineOption quitAfterFirstPaint(QStringLiteral("quit-after-first-paint"));
   quitAfterFirstPaint.setFlags(QCommandLineOption::HiddenFromHelp);
   parser.addOption(quitAfterFirstPaint);
   parser.addOption(sampleMarket);
   parser.addOption(render);
+  parser.addOption(size);
   const QCommandLineOption help = parser.addHelpOption();
   const QCommandLineOption versionOption = parser.addVersionOption();
 
@@ -53,6 +71,13 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
       return Message{"--render needs the name of a folder.", 2};
     }
     line.renderFolder = filePath(parser.value(render));
+  }
+  if (parser.isSet(size)) {
+    const auto told = sizeOf(parser.value(size));
+    if (!told) {
+      return Message{"--size needs a width and a height in pixels, such as 1440x900.", 2};
+    }
+    line.renderSize = *told;
   }
   return line;
 }

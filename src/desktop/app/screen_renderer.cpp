@@ -6,6 +6,9 @@
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPixmap>
 #include <QScrollBar>
@@ -16,6 +19,7 @@
 
 #include "desktop/app/main_window.h"
 #include "desktop/charts/chart_widget.h"
+#include "desktop/controls/equity_combo_box_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
@@ -32,6 +36,8 @@ namespace {
 
 constexpr int pollMilliseconds = 10;
 constexpr std::size_t mostEquities = 4;
+constexpr int settlingMilliseconds = 100;
+constexpr int searchMilliseconds = 1500;  // a search begins half a second after the last key
 
 /// `text` as a part of a file name.
 QString slug(const QString& text) {
@@ -108,13 +114,24 @@ ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder,
 }
 
 bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& written) {
+  return renderInBothAppearances([this] { renderScreens(); }, written);
+}
+
+bool ScreenRenderer::renderWindow(
+    const QString& name, const std::function<void(const std::filesystem::path&)>& written) {
+  return renderInBothAppearances([&] { write(name); }, written);
+}
+
+bool ScreenRenderer::renderInBothAppearances(
+    const std::function<void()>& render,
+    const std::function<void(const std::filesystem::path&)>& written) {
   written_ = written;
   window_.setFixedSize(size_);
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
     theme::apply(*qApp, appearance);
     appearance_ =
         appearance == Appearance::light ? QStringLiteral("light") : QStringLiteral("dark");
-    renderScreens();
+    render();
   }
   return !hasFailed_;
 }
@@ -134,7 +151,9 @@ void ScreenRenderer::renderScreens() {
     hasFailed_ |= !waitUntil([&] { return !portfolio.isFetching(); });
   }
   renderForms();
+  renderPopups();
   renderEquities();
+  renderUnknownEquity();
 }
 
 void ScreenRenderer::renderReportSizes(const QString& name) {
@@ -203,14 +222,65 @@ void ScreenRenderer::renderEquities() {
             slug(qtText(OverviewViewController::periodPresets[period].label)));
     }
     screen.overview->selectPeriod(shownBefore);
+    settle();
+    if (i == 0) {
+      renderHover(name);
+    }
     screen.selectTab(1);
     settle();
     write(name + QStringLiteral("-history"));
     if (i == 0) {
+      renderHistory(name);
       renderScenarios(name);
     }
     screen.selectTab(0);
   }
+}
+
+/// The history of a single day in minutes, its cursor, and a row that is selected; and days to
+/// come.
+void ScreenRenderer::renderHistory(const QString& name) {
+  HistoryViewController& history =
+      *window_.workspaceView().controller().equityViewController->history;
+  const auto settle = [&] { hasFailed_ |= !waitUntil([&] { return !history.isFetching(); }); };
+  const YearMonthDay from = history.datesPicker.startDate();
+  const YearMonthDay to = history.datesPicker.endDate();
+  const QuoteInterval interval = history.datesPicker.selectedInterval();
+  const Date latest = history.currentEquity()->recentDate.value_or(Date::now());
+  const auto day = YearMonthDay::of(latest, history.currentEquity()->calendar);
+  history.datesPicker.setDates(day, day);
+  history.datesPicker.chooseInterval(QuoteInterval::oneMinute);
+  settle();
+  write(name + QStringLiteral("-history-one-day"));
+  history.selectRow(history.table().numberOfRows() / 3);
+  write(name + QStringLiteral("-history-row"));
+  renderHover(name + QStringLiteral("-history"));
+  history.datesPicker.setDates(from, to);
+  history.datesPicker.chooseInterval(interval);
+  settle();
+}
+
+/// A symbol of which the market knows nothing: the alert, and the screen without it.
+void ScreenRenderer::renderUnknownEquity() {
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  auto& source = *frame.masterSourceViewController;
+  const auto model = window_.documentModel().lock();
+  if (model == nullptr || model->portfolioManagers.empty() ||
+      model->portfolioManagers.front()->quoteProvider == nullptr) {
+    return;
+  }
+  const auto& provider = model->portfolioManagers.front()->quoteProvider;
+  EquityViewController& screen = *frame.equityViewController;
+  const std::size_t tabBefore = screen.selectedTabIndex();
+  source.setCurrentDetailObject(provider->equityWithId("NO.SUCH"));
+  hasFailed_ |= !waitUntil([&] { return !screen.overview->isFetching(); });
+  write(QStringLiteral("equity-unknown-alert"));
+  while (QDialog* alert = openDialog(window_)) {
+    alert->close();
+  }
+  write(QStringLiteral("equity-unknown"));
+  screen.selectTab(tabBefore);
+  source.setCurrentDetailObject({});
 }
 
 /// The screens of a strategy: before there is anything to run, with one run, and with a batch under
@@ -295,6 +365,30 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
   frame.explanation.close();
   tabs.setCurrentIndex(shownBefore);
   renderCursor(name);
+  if (index == 0) {
+    renderDaysOf(name);
+  }
+}
+
+/// A portfolio over a single day, and over days on which it held nothing yet.
+void ScreenRenderer::renderDaysOf(const QString& name) {
+  PortfolioViewController& portfolio =
+      *window_.workspaceView().controller().portfolioViewController;
+  const auto settle = [&] { hasFailed_ |= !waitUntil([&] { return !portfolio.isFetching(); }); };
+  QueryDatesPicker& picker = portfolio.datesPicker;
+  const YearMonthDay from = picker.startDate();
+  const YearMonthDay to = picker.endDate();
+  const auto choose = [&](const YearMonthDay& first, const YearMonthDay& last) {
+    picker.setDates(first, last);
+    picker.action();
+    settle();
+  };
+  choose(to, to);
+  write(name + QStringLiteral("-one-day"));
+  const YearMonthDay earliest = picker.minimumDate();
+  choose(earliest, earliest);
+  write(name + QStringLiteral("-first-day"));
+  choose(from, to);
 }
 
 /// The first chart with its cursor on a value, and with a span selected.
@@ -317,6 +411,66 @@ void ScreenRenderer::renderCursor(const QString& name) {
     write(name + QStringLiteral("-chart-selection"));
     press(Qt::Key_Escape, Qt::NoModifier);
     return;
+  }
+}
+
+/// The pointer in the lower right corner of the first chart, where its panel has least room.
+void ScreenRenderer::renderHover(const QString& name) {
+  for (ChartWidget* chart : window_.findChildren<ChartWidget*>()) {
+    if (!chart->isVisible() || chart->chart().isEmpty()) {
+      continue;
+    }
+    const QPoint corner(chart->width() - 120, chart->height() / 2);
+    QWidget* under = chart->childAt(corner);
+    if (under == nullptr) {
+      continue;
+    }
+    const QPointF at = under->mapFrom(chart, corner);
+    QMouseEvent move(QEvent::MouseMove, at, under->mapToGlobal(at), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(under, &move);
+    write(name + QStringLiteral("-hover"));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(under, &leave);
+    return;
+  }
+}
+
+/// What opens over the window: the matches of a search, the menus, and an alert.
+void ScreenRenderer::renderPopups() {
+  const QString wanted = QStringLiteral("a");
+  auto* search = window_.findChild<EquityComboBoxView*>();
+  if (search != nullptr && search->isVisible()) {
+    // What is still to come of the dialogs before would take the keyboard away.
+    window_.activateWindow();
+    waitFor(settlingMilliseconds);
+    search->startEditing();
+    search->field().setText(wanted);
+    const auto* matches = search->findChild<QWidget*>(QStringLiteral("equityPopup"));
+    QElapsedTimer clock;
+    clock.start();
+    waitUntil([&] { return matches->isVisible() || clock.hasExpired(searchMilliseconds); });
+    if (matches->isVisible()) {
+      write(QStringLiteral("search-matches"));
+    }
+    search->field().clear();
+    search->field().clearFocus();
+  }
+  for (QAction* item : window_.menuBar()->actions()) {
+    if (QMenu* menu = item->menu()) {
+      const QRect place = window_.menuBar()->actionGeometry(item);
+      menu->popup(window_.menuBar()->mapToGlobal(place.bottomLeft()));
+      write(QStringLiteral("menu-") + slug(item->text().remove(QLatin1Char('&'))));
+      menu->hide();
+    }
+  }
+  MainSplitViewController& frame = window_.workspaceView().controller();
+  if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
+    frame.portfolioViewController->deletePortfolioAction();
+    write(QStringLiteral("alert-delete-portfolio"));
+    while (QDialog* alert = openDialog(window_)) {
+      alert->close();
+    }
   }
 }
 
@@ -431,11 +585,12 @@ void ScreenRenderer::capture(const QString& name) {
     painter.setPen(theme::colour(Colour::Name::separator));
     painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
   }
-  // A tooltip is a window of its own, which the picture of this one lacks.
-  for (const ChartWidget* chart : window_.findChildren<ChartWidget*>()) {
-    if (chart->tooltip().isVisible()) {
+  // Menus, lists and tooltips are windows of their own, which the picture of this one lacks.
+  for (QWidget* other : QApplication::topLevelWidgets()) {
+    const Qt::WindowType type = other->windowType();
+    if (other->isVisible() && (type == Qt::Popup || type == Qt::ToolTip)) {
       QPainter painter(&picture);
-      painter.drawPixmap(window_.mapFromGlobal(chart->tooltip().pos()), chart->tooltip().grab());
+      painter.drawPixmap(window_.mapFromGlobal(other->pos()), other->grab());
     }
   }
   const std::filesystem::path file =
@@ -445,6 +600,12 @@ void ScreenRenderer::capture(const QString& name) {
   } else {
     hasFailed_ = true;
   }
+}
+
+void ScreenRenderer::waitFor(int milliseconds) {
+  QElapsedTimer clock;
+  clock.start();
+  waitUntil([&] { return clock.hasExpired(milliseconds); });
 }
 
 bool ScreenRenderer::waitUntil(const std::function<bool()>& isDone) {

@@ -32,24 +32,36 @@ class ScreenRenderer {
   /// Writes all screens in both appearances. `written` is told each file when it is there. False
   /// where a file could not be written or a screen's prices did not arrive in time.
   bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
+  /// Writes the window as it is, in both appearances.
+  bool renderWindow(const QString& name,
+                    const std::function<void(const std::filesystem::path&)>& written);
 
+  /// Runs the event loop for so long.
+  static void waitFor(int milliseconds);
   /// Runs the event loop until `isDone` holds; whether it did before the deadline.
   static bool waitUntil(const std::function<bool()>& isDone);
 
  private:
+  bool renderInBothAppearances(const std::function<void()>& render,
+                               const std::function<void(const std::filesystem::path&)>& written);
   void renderScreens();
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
   void renderReports();
   void renderReportSizes(const QString& name);
+  void renderHover(const QString& name);
+  void renderDaysOf(const QString& name);
   void renderEquities();
+  void renderHistory(const QString& name);
+  void renderUnknownEquity();
   void renderScenarios(const QString& name);
   void renderForms();
   /// All forms for transactions in a window of `size`, which the names of their pictures tell.
   void renderTransactionForms(QSize size);
   void renderTransactionModes(const QString& sizeName);
   void renderBulkForm(const QString& sizeName);
-  /// Writes the window, and on it the dialog that is open, where there is one.
+  void renderPopups();
+  /// Writes the window, and on it the dialog, the menu and the lists that are open.
   void write(const QString& name);
   /// As write(), of what is there at this moment.
   void capture(const QString& name);

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <ranges>
+#include <set>
+#include <utility>
+#include <vector>
 
 #include "desktop/charts/painted_item.h"
 #include "desktop/look/qt_text.h"
@@ -16,6 +20,8 @@ namespace {
 constexpr double loneValueSize = 6;
 constexpr double markHeight = 9;
 constexpr double leastLineDistance = 20;
+constexpr double leastCircleDistance = 2;  // of which nearer ones hide each other
+constexpr double widestCandle = 24;
 constexpr double candleShare = 0.6;  // of the distance between two
 
 QPen seriesPen(const ChartDataSet& dataSet) {
@@ -62,10 +68,15 @@ void addBand(QCustomPlot& plot, const ChartDataSet& dataSet,
   }
 }
 
-void addLine(QCustomPlot& plot, const ChartDataSet& dataSet,
-             const std::vector<ChartEntry>& entries) {
+void addLine(QCustomPlot& plot, const ChartDataSet& dataSet, const std::vector<ChartEntry>& entries,
+             double width) {
   QCPGraph* graph = addGraph(plot, entries, &ChartEntry::y);
   graph->setPen(seriesPen(dataSet));
+  // A stroke that crosses itself thousands of times takes long to fill as one shape, and where
+  // there are more values than pixels nobody sees that it is drawn in pieces.
+  if (static_cast<double>(entries.size()) > width) {
+    plot.setPlottingHint(QCP::phFastPolylines, true);
+  }
   // A single value has no line.
   if (entries.size() == 1) {
     graph->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, loneValueSize));
@@ -73,7 +84,7 @@ void addLine(QCustomPlot& plot, const ChartDataSet& dataSet,
 }
 
 void addCandles(QCustomPlot& plot, const ChartDataSet& dataSet,
-                const std::vector<ChartEntry>& entries) {
+                const std::vector<ChartEntry>& entries, const ChartLayout& layout) {
   auto* candles = new QCPFinancial(plot.xAxis, plot.yAxis);
   QVector<QCPFinancialData> data;
   data.reserve(static_cast<qsizetype>(entries.size()));
@@ -85,8 +96,11 @@ void addCandles(QCustomPlot& plot, const ChartDataSet& dataSet,
   const double distance = entries.size() > 1 ? (entries.back().x - entries.front().x) /
                                                    static_cast<double>(entries.size() - 1)
                                              : 1;
-  candles->setWidthType(QCPFinancial::wtPlotCoords);
-  candles->setWidth(distance * candleShare);
+  const double width = distance * candleShare;
+  // A few bars would fill the chart as blocks.
+  const bool isWide = layout.xPixel(width) - layout.xPixel(0) > widestCandle;
+  candles->setWidthType(isWide ? QCPFinancial::wtAbsolute : QCPFinancial::wtPlotCoords);
+  candles->setWidth(isWide ? widestCandle : width);
   const QColor colour = chartColour(dataSet.colour);
   candles->setTwoColored(false);
   candles->setPen(QPen(colour, 0));
@@ -118,11 +132,21 @@ void paintCircles(QCPPainter& painter, const ChartDataSet& dataSet, const ChartL
   painter.setAntialiasing(true);
   painter.setFont(theme::font(0.75, QFont::DemiBold));
   const QColor ring = theme::colour(Colour::Name::label);
-  for (std::size_t i = 0; i < dataSet.entries.size(); ++i) {
+  std::set<std::pair<int, int>> taken;
+  std::vector<std::size_t> visible;
+  // From the last one, which lies above the others: one that stands where another does is hidden.
+  for (std::size_t i = dataSet.entries.size(); i-- > 0;) {
     const ChartEntry& entry = dataSet.entries[i];
-    if (entry.x < layout.xRange().lower || entry.x > layout.xRange().upper) {
-      continue;
+    const bool isShown = layout.xRange().lower <= entry.x && entry.x <= layout.xRange().upper;
+    if (isShown && taken
+                       .emplace(qRound(layout.xPixel(entry.x) / leastCircleDistance),
+                                qRound(layout.yPixel(entry.y) / leastCircleDistance))
+                       .second) {
+      visible.push_back(i);
     }
+  }
+  for (const std::size_t i : visible | std::views::reverse) {
+    const ChartEntry& entry = dataSet.entries[i];
     const QColor colour =
         chartColour(i < dataSet.entryColours.size() ? dataSet.entryColours[i] : dataSet.colour);
     const QPointF centre(layout.xPixel(entry.x), layout.yPixel(entry.y));
@@ -145,10 +169,10 @@ void addSeries(QCustomPlot& plot, const ChartDataSet& dataSet, const ChartLayout
   const std::vector<ChartEntry> entries = layout.shownEntries(dataSet);
   switch (dataSet.shape) {
     case ChartDataSet::Shape::line:
-      addLine(plot, dataSet, entries);
+      addLine(plot, dataSet, entries, layout.plotArea().width());
       break;
     case ChartDataSet::Shape::candles:
-      addCandles(plot, dataSet, entries);
+      addCandles(plot, dataSet, entries, layout);
       break;
     case ChartDataSet::Shape::bars:
       addBars(plot, dataSet, entries, layout.firstShownEntry(dataSet));
@@ -351,6 +375,7 @@ QColor chartColour(const Colour& colour) {
 void fillPlot(QCustomPlot& plot, const BaseChartView& chart, const ChartLayout& layout) {
   plot.clearItems();
   plot.clearPlottables();
+  plot.setPlottingHint(QCP::phFastPolylines, false);
   plot.setBackground(plot.palette().color(QPalette::Window));
   setAxes(plot, chart, layout);
   addAllSeries(plot, chart, layout);

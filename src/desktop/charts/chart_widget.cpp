@@ -234,7 +234,10 @@ void ChartWidget::updateTooltip() {
   const auto index = chart_.currentMouseoverDataIndex();
   const ChartEntry* entry = index ? chart_.entryAt(*index) : nullptr;
   const auto text = chart_.tooltip();
-  if (layout_ == nullptr || entry == nullptr || !text || text->isEmpty() || !isVisible()) {
+  // Where keys move the end of a selection, what that says is enough.
+  const bool isSelecting = !pointer_ && chart_.selection();
+  if (layout_ == nullptr || entry == nullptr || !text || text->isEmpty() || !isVisible() ||
+      isSelecting) {
     tooltip_->hide();
     return;
   }

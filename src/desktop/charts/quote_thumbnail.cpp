@@ -12,6 +12,8 @@ namespace {
 
 constexpr float candleAlpha = 0.4F;
 constexpr double borderWidth = 2;
+constexpr double dotRadius = 1.75;
+constexpr double leastLineWidth = 3;  // of what is seen as a line
 
 void paintSeries(QPainter& painter, const ChartDataSet& dataSet, const ChartLayout& layout,
                  const std::optional<QColor>& ink) {
@@ -33,10 +35,13 @@ void paintSeries(QPainter& painter, const ChartDataSet& dataSet, const ChartLayo
     line.append(QPointF(layout.xPixel(entry.x), layout.yPixel(entry.y)));
   }
   painter.setPen(QPen(colour, std::max(1.0, dataSet.lineWidth)));
-  if (line.size() == 1) {
-    painter.drawPoint(line.front());
-  } else {
-    painter.drawPolyline(line);
+  painter.drawPolyline(line);
+  // The first minutes of a session would leave the box as good as empty.
+  if (!line.isEmpty() && line.back().x() - line.front().x() < leastLineWidth) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawEllipse(line.back(), dotRadius, dotRadius);
+    painter.setBrush(Qt::NoBrush);
   }
 }
 

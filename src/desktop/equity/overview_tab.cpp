@@ -19,7 +19,9 @@ namespace corvane::desktop {
 namespace {
 
 constexpr int eventsWidth = 270;
-constexpr int leastEventsWidth = 200;
+constexpr int leastEventsWidth = 224;
+constexpr int leastDateWidth = 88;
+constexpr int busyWidth = 48;
 
 }  // namespace
 
@@ -93,6 +95,7 @@ QWidget* OverviewTab::makePeriods() {
     row->addWidget(button);
   }
   row->addSpacing(spacing::narrow);
+  fetching_->setFixedWidth(busyWidth);
   row->addWidget(fetching_);
   row->addStretch(1);
   connect(periods_, &QButtonGroup::idToggled, this, [this](int chosen, bool isOn) {
@@ -111,6 +114,7 @@ QWidget* OverviewTab::makeEvents() {
   connect(splits, &QCheckBox::toggled, this, [this](bool on) { controller_->setShowsSplits(on); });
   connect(dividends, &QCheckBox::toggled, this,
           [this](bool on) { controller_->setShowsDividends(on); });
+  events_->setLeastStretchedWidth(leastDateWidth);
   events_->setTable(adapter_, controller_->eventsTable());
 
   auto* box = new QWidget;

@@ -14,9 +14,11 @@ class QTableView;
 
 namespace corvane::desktop {
 
+class ChartWidget;
 class HeatMapModel;
 
-/// Shows a ScenarioHeatMap: two menus for what is varied, the map, and the note below it.
+/// Shows a ScenarioHeatMap: two menus for what is varied, the map with the chart of its selected
+/// row beside it, and the note below.
 class HeatMapDialog : public QDialog {
   Q_OBJECT
 
@@ -27,7 +29,9 @@ class HeatMapDialog : public QDialog {
   [[nodiscard]] const ScenarioHeatMap& map() const { return *map_; }
 
  private:
-  void fillMenus();
+  QWidget* makeMenus();
+  QWidget* makeChart();
+  void connectControls();
   void update();
 
   std::unique_ptr<ScenarioHeatMap> map_;
@@ -36,6 +40,8 @@ class HeatMapDialog : public QDialog {
   QComboBox* columns_;
   QTableView* table_;
   QProgressBar* progress_;
+  QLabel* chartTitle_;
+  ChartWidget* chart_;
   QLabel* note_;
   Subscription changes_;
 };

@@ -10,7 +10,6 @@
 #include <QScrollBar>
 #include <QSplitter>
 #include <QVBoxLayout>
-#include <algorithm>
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/busy_bar.h"
@@ -26,7 +25,9 @@ namespace corvane::desktop {
 namespace {
 
 constexpr int progressSteps = 1000;
-constexpr int longestNameWidth = 330;
+constexpr int leastColumnWidth = 44;
+/// Of the column of periods and dates, which are cut in a narrow window before the table scrolls.
+constexpr int leastNameWidth = 130;
 
 }  // namespace
 
@@ -39,13 +40,23 @@ ScenarioTab::ScenarioTab(std::shared_ptr<ScenarioViewController> controller, con
       status_(new QLabel),
       adapter_(new TableModelAdapter(controller_->scenarioDataSource(), this)),
       table_(new TableView(name + QStringLiteral(" table"))) {
-  auto* split = new QSplitter(Qt::Horizontal);
-  split->setHandleWidth(1);
-  split->setChildrenCollapsible(false);
-  split->addWidget(makePanel());
-  split->addWidget(makeOutcome(name));
-  split->setStretchFactor(0, 0);
-  split->setStretchFactor(1, 1);
+  prepareTable();
+  auto* upper = new QSplitter(Qt::Horizontal);
+  upper->addWidget(makePanel());
+  upper->addWidget(makeOutcome(name));
+  upper->setStretchFactor(0, 0);
+  upper->setStretchFactor(1, 1);
+  // The table has all of the width: it has more columns than fit beside the panel.
+  auto* split = new QSplitter(Qt::Vertical);
+  split->addWidget(upper);
+  split->addWidget(table_);
+  split->setStretchFactor(0, 3);
+  split->setStretchFactor(1, 2);
+  split->setSizes({360, 240});
+  for (QSplitter* each : {upper, split}) {
+    each->setHandleWidth(1);
+    each->setChildrenCollapsible(false);
+  }
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
@@ -111,14 +122,6 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   status_->setWordWrap(true);
   auto* chart = new ChartWidget(controller_->scenarioChartView, name + QStringLiteral(" chart"));
   chart->setMinimumHeight(120);
-  table_->setTable(adapter_, controller_->scenarioDataSource());
-  table_->setSelectionMode(QAbstractItemView::SingleSelection);
-  const auto& columns = controller_->scenarioDataSource().tableColumnSpecs();
-  table_->horizontalHeader()->setMinimumSectionSize(
-      std::ranges::min(columns, {}, &ScenarioDataSource::ColumnSpec::minWidth).minWidth);
-  // A period of two times of day is longer than what other tables name their rows by.
-  table_->setLeastStretchedWidth(longestNameWidth);
-  new FrozenColumns(*table_, 1);
 
   bar_->setSpacing(spacing::narrow);
   auto* head = new QHBoxLayout;
@@ -133,13 +136,16 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   column->addLayout(head);
   column->addWidget(summary_);
   column->addWidget(chart, 1);
-  auto* split = new QSplitter(Qt::Vertical);
-  split->setHandleWidth(1);
-  split->setChildrenCollapsible(false);
-  split->addWidget(upper);
-  split->addWidget(table_);
-  split->setSizes({320, 220});
-  return split;
+  return upper;
+}
+
+void ScenarioTab::prepareTable() {
+  // Before there are columns: one that is made wider would count as sized by the user.
+  table_->horizontalHeader()->setMinimumSectionSize(leastColumnWidth);
+  table_->setLeastStretchedWidth(leastNameWidth);
+  table_->setTable(adapter_, controller_->scenarioDataSource());
+  table_->setSelectionMode(QAbstractItemView::SingleSelection);
+  new FrozenColumns(*table_, 1);
 }
 
 void ScenarioTab::update() {

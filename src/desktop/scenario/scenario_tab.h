@@ -18,8 +18,8 @@ class AttributedLabel;
 class TableModelAdapter;
 class TableView;
 
-/// Shows a ScenarioViewController: the days above, the panel on the left, and beside it the
-/// summary, the chart, and the table.
+/// Shows a ScenarioViewController: the days above, the panel on the left, beside it the summary and
+/// the chart, and the table below all of it.
 class ScenarioTab : public QWidget {
   Q_OBJECT
 
@@ -37,6 +37,7 @@ class ScenarioTab : public QWidget {
   QWidget* makeTop();
   QWidget* makePanel();
   QWidget* makeOutcome(const QString& name);
+  void prepareTable();
   void updateRows(bool areAppended);
   void showSelection(bool takesKeyboard);
 

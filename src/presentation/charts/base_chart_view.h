@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/text/styled/attributed_text.h"
-#include "presentation/charts/axis_renderers.h"
+#include "presentation/axes/axis_renderers.h"
 #include "presentation/charts/chart_data.h"
 
 namespace corvane {

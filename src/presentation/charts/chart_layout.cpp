@@ -73,6 +73,7 @@ ChartLayout::ChartLayout(const BaseChartView& chart, const Surface& surface) : c
   placeLegend(surface);
   placePlot(surface);
   if (chart_.drawsAxes) {
+    leaveRoomForCircles();
     placeDates(surface);
     placeBandLabels(surface);
   }
@@ -209,28 +210,56 @@ void ChartLayout::chooseTicks(const Surface& surface) {
   rightTicks_ = ticks(chart_.rightAxisRenderer.get());
 }
 
+/// Circles that stand at the ends of the data would cover the labels of the value axes.
+void ChartLayout::leaveRoomForCircles() {
+  double radius = 0;
+  forEachDataSet(chart_, [&](const ChartDataSet& dataSet) {
+    if (dataSet.shape == ChartDataSet::Shape::circles && !dataSet.entries.empty()) {
+      radius = std::max(radius, dataSet.circleRadius);
+    }
+  });
+  const double width = plotArea_.width() - 2 * radius;
+  if (radius == 0 || chart_.isZoomed() || width <= 2 * radius) {
+    return;
+  }
+  const double margin = (xRange_.upper - xRange_.lower) * radius / width;
+  xRange_ = {xRange_.lower - margin, xRange_.upper + margin};
+}
+
+/// Every date has a label, or every second one, or every third: as many as stand side by side.
 void ChartLayout::placeDates(const Surface& surface) {
   const auto& lines = chart_.xAxisLimitLines;
-  double free = -std::numeric_limits<double>::infinity();
-  bool isOnlyFirstPlaced = false;
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    const double x = xPixel(lines[i].value);
-    const double width = surface.textWidth(lines[i].label);
-    if (lines[i].label.empty() || x < plotArea_.left - 1 || x + width > surface.width - narrowGap) {
-      continue;
+  std::vector<Label> labels;
+  bool hasFirst = false;
+  for (const LimitLine& line : lines) {
+    const Label label{line.label, xPixel(line.value), plotArea_.bottom + narrowGap,
+                      surface.textWidth(line.label)};
+    if (!label.text.empty() && label.x >= plotArea_.left - 1 &&
+        label.x + label.width <= surface.width - narrowGap) {
+      hasFirst |= &line == &lines.front();
+      labels.push_back(label);
     }
-    if (x < free) {
-      // The first one may name what only a few values at the edge belong to; then the second one,
-      // if it has all the room that it needs, says more.
-      const double end = i + 1 < lines.size() ? xPixel(lines[i + 1].value) : plotArea_.right;
-      if (!isOnlyFirstPlaced || x + width + gap > end) {
-        continue;
+  }
+  const auto collide = [&](std::size_t left, std::size_t right) {
+    return right < labels.size() && labels[left].x + labels[left].width + gap > labels[right].x;
+  };
+  // The first one may name what only a few values at the edge belong to; then the second one, if it
+  // has all the room that it needs, says more.
+  const std::size_t first = hasFirst && collide(0, 1) && !collide(1, 2) ? 1 : 0;
+  std::size_t stride = 1;
+  const auto doCollide = [&] {
+    for (std::size_t i = first; i < labels.size(); i += stride) {
+      if (collide(i, i + stride)) {
+        return true;
       }
-      dateLabels_.clear();
     }
-    isOnlyFirstPlaced = i == 0;
-    free = x + width + gap;
-    dateLabels_.push_back({lines[i].label, x, plotArea_.bottom + narrowGap, width});
+    return false;
+  };
+  while (doCollide()) {
+    ++stride;
+  }
+  for (std::size_t i = first; i < labels.size(); i += stride) {
+    dateLabels_.push_back(labels[i]);
   }
 }
 

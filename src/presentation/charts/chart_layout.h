@@ -100,6 +100,7 @@ class ChartLayout {
   void placeLegend(const Surface& surface);
   void placePlot(const Surface& surface);
   void chooseTicks(const Surface& surface);
+  void leaveRoomForCircles();
   void placeDates(const Surface& surface);
   void placeBandLabels(const Surface& surface);
 

@@ -9,7 +9,7 @@
 #include "core/money/currency.h"
 #include "platform/range.h"
 #include "platform/time/calendar.h"
-#include "presentation/charts/axis_renderers.h"
+#include "presentation/axes/axis_renderers.h"
 #include "presentation/charts/base_chart_view.h"
 
 namespace corvane {

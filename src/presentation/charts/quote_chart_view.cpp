@@ -70,7 +70,9 @@ void QuoteChartView::setQuotes(const std::vector<Quote>& quotes, const QuoteQuer
   if (mode == Mode::presentation) {
     std::vector<std::pair<double, Date>> points;
     for (std::size_t i = 0; i < quotes.size(); ++i) {
-      points.emplace_back(convertXFromDataIndexToGraph(i), quotes[i].toDate);
+      if (const double x = convertXFromDataIndexToGraph(i); isOnAxis(x)) {
+        points.emplace_back(x, quotes[i].toDate);
+      }
     }
     addDateLabels(points, range, query.equity->calendar);
     xAxisMinimum = *xAxisMinimum - 0.5;
@@ -115,9 +117,18 @@ void QuoteChartView::placeInSession(const std::vector<Quote>& quotes, const Date
   };
 }
 
+/// Bars of the hours before and after a session have no place on its axis: a cursor that led to
+/// them would be lost.
+bool QuoteChartView::isOnAxis(double x) const {
+  return *xAxisMinimum <= x && x <= *xAxisMaximum;
+}
+
 void QuoteChartView::addEntries(const std::vector<Quote>& quotes) {
   for (std::size_t i = 0; i < quotes.size(); ++i) {
     const double x = convertXFromDataIndexToGraph(i);
+    if (!isOnAxis(x)) {
+      continue;
+    }
     const auto low = doubleOf(quotes[i].low);
     const auto high = doubleOf(quotes[i].high);
     if (low && high) {

@@ -31,13 +31,15 @@ class QuoteChartView : public FiscalChartView {
   ChartDataSet lineChartDataSet{.label = "Close"};
 
   /// Shows `quotes`, the answer to `query`. Those of a running session stand at their minute of the
-  /// session, others one beside the other.
+  /// session, and what was traded before it opened or after it closed is left out; others stand one
+  /// beside the other, whatever the hour.
   void setQuotes(const std::vector<Quote>& quotes, const QuoteQuery& query);
 
   void clear() override;
 
  private:
   void placeInSession(const std::vector<Quote>& quotes, const DateRange& session);
+  [[nodiscard]] bool isOnAxis(double x) const;
   void addEntries(const std::vector<Quote>& quotes);
   void prescribeValues(const std::vector<Quote>& quotes, const QuoteQuery& query);
 };

@@ -101,7 +101,7 @@ void HistoryViewController::setCurrentEquity(EquityPointer equity) {
   if (isAnother) {
     allEquityEvents_.clear();
     currentQuery_.reset();
-    showQuotes(currentEquity_, {});
+    showQuotes(currentEquity_, {}, "");
   }
   isFetchDue_ = true;
   if (isShown_) {
@@ -196,7 +196,7 @@ void HistoryViewController::quotesDidArrive(const MarketInquiry::Answer& answer)
   const Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->quotes) {
     currentQuery_.reset();
-    showQuotes(currentEquity_, {});
+    showQuotes(currentEquity_, {}, "No prices could be had.");
     const ErrorPointer error =
         result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
                : result.error();
@@ -207,7 +207,7 @@ void HistoryViewController::quotesDidArrive(const MarketInquiry::Answer& answer)
     return;
   }
   currentQuery_ = answer.query;
-  showQuotes(answer.query.equity, *result->quotes);
+  showQuotes(answer.query.equity, *result->quotes, "No prices in these days.");
 }
 
 void HistoryViewController::eventsDidArrive(const MarketInquiry::Answer& answer) {
@@ -220,12 +220,11 @@ void HistoryViewController::eventsDidArrive(const MarketInquiry::Answer& answer)
   }
 }
 
-void HistoryViewController::showQuotes(const EquityPointer& equity, std::vector<Quote> quotes) {
+void HistoryViewController::showQuotes(const EquityPointer& equity, std::vector<Quote> quotes,
+                                       const std::string& textForNone) {
   table_.setQuotes(equity, std::move(quotes));
   selectedRow_.reset();
-  chart.noDataText = currentEquity_ == nullptr ? "No equity selected."
-                     : currentQuery_           ? "No prices in these days."
-                                               : "";
+  chart.noDataText = currentEquity_ == nullptr ? "No equity selected." : textForNone;
   if (currentQuery_) {
     showInChart(chart, table_.quotes(), *currentQuery_, *surroundings_.defaults);
   }

@@ -76,7 +76,8 @@ class HistoryViewController : public std::enable_shared_from_this<HistoryViewCon
   [[nodiscard]] std::optional<QuoteQuery> makeQuotesQuery() const;
   void quotesDidArrive(const MarketInquiry::Answer& answer);
   void eventsDidArrive(const MarketInquiry::Answer& answer);
-  void showQuotes(const EquityPointer& equity, std::vector<Quote> quotes);
+  void showQuotes(const EquityPointer& equity, std::vector<Quote> quotes,
+                  const std::string& textForNone);
   void refreshNote();
   void chartSelected(std::optional<std::size_t> index);
   [[nodiscard]] AttributedText tooltip(std::size_t index) const;

@@ -206,6 +206,8 @@ void OverviewViewController::quotesDidArrive(const MarketInquiry::Answer& answer
   const Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->quotes) {
     clearQuotes();
+    chart.noDataText = "No prices could be had.";
+    chart.changeHandler();
     const ErrorPointer error =
         result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
                : result.error();
@@ -214,6 +216,13 @@ void OverviewViewController::quotesDidArrive(const MarketInquiry::Answer& answer
       surroundings_.presentError(*error);
     }
     return;
+  }
+  if (seeksSession(answer.query) && answer.query.dateRange.isEmpty()) {
+    // No session was known when this was asked; the answer may have told of it.
+    if (const auto known = makeQuotesQuery(); known && !known->dateRange.isEmpty()) {
+      quotesInquiry_->askAgain();
+      return;
+    }
   }
   // A session that has not begun has no prices, whatever a source tells of the one before.
   const bool hasNotBegun = seeksSession(answer.query) && answer.query.dateRange.isEmpty();

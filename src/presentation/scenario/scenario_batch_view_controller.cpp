@@ -81,6 +81,9 @@ void ScenarioBatchViewController::goToDetailAction() {
   }
   const DateRange& period = batchDataSource().results().at(*selectedRow())->dateRange;
   const Calendar& calendar = currentEquity()->calendar;
+  // The last day is the one in which the last bar ends. A bar of a minute or an hour ends with its
+  // session at the latest. One of a day ends at the same hour of the day after, which is taken too:
+  // a run then has one bar more than the row that it was called from.
   InvestmentScenario detail = scenario();
   detail.fromDateComponents = dayComponents(period.lower(), calendar);
   detail.toDateComponents = dayComponents(period.upper(), calendar);

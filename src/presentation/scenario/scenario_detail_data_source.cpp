@@ -181,7 +181,7 @@ void ScenarioDetailDataSource::beginAnalysis(const EquityPointer& equity, std::v
             take(std::move(outcome));
             run->completion(error);
           } else {
-            disposeElsewhere(std::move(outcome.analysis), std::move(provider));
+            disposeElsewhere(std::make_shared<Outcome>(std::move(outcome)), std::move(provider));
           }
         });
       });
@@ -247,14 +247,21 @@ void ScenarioDetailDataSource::cancel() {
 void ScenarioDetailDataSource::reset() {
   cancel();
   summaryString.reset();
-  disposeElsewhere(std::exchange(analysis_, nullptr),
-                   equity_ == nullptr ? nullptr : equity_->quoteProvider.lock());
+  if (analyzer_ != nullptr) {
+    auto provider = equity_->quoteProvider.lock();
+    disposeElsewhere(std::make_shared<Outcome>(Outcome{
+                         .analyzer = std::exchange(analyzer_, nullptr),
+                         .analysis = std::exchange(analysis_, nullptr),
+                         .buyAndHoldValues = *std::exchange(buyAndHoldValues_, std::nullopt),
+                         .quoteDates = *std::exchange(quoteDates_, std::nullopt),
+                         .dayStarts = std::exchange(dayStarts_, {}),
+                         .transactions = std::exchange(transactionsDataSet_, {}),
+                         .portfolioValues = std::exchange(portfolioValueDataSet_, {}),
+                         .heldValues = std::exchange(buyAndHoldValuesDataSet_, {}),
+                         .error = nullptr}),
+                     std::move(provider));
+  }
   equity_ = nullptr;
-  analyzer_ = nullptr;
-  quoteDates_.reset();
-  buyAndHoldValues_.reset();
-  dayStarts_.clear();
-  transactionsDataSet_ = portfolioValueDataSet_ = buyAndHoldValuesDataSet_ = {};
 }
 
 const ScenarioAnalyzer::Analysis* ScenarioDetailDataSource::analysis() const {
@@ -323,7 +330,11 @@ void ScenarioDetailDataSource::configureChart(FiscalChartView& chart) const {
 void ScenarioDetailDataSource::updateChart(FiscalChartView& chart) const {
   chart.clear();
   if (analysis_ != nullptr && !quoteDates_->empty()) {
-    chart.setNoninteractiveDataSets({buyAndHoldValuesDataSet_, portfolioValueDataSet_});
+    std::vector<ChartDataSet> lines;
+    lines.reserve(2);
+    lines.push_back(buyAndHoldValuesDataSet_);
+    lines.push_back(portfolioValueDataSet_);
+    chart.setNoninteractiveDataSets(std::move(lines));
     chart.interactiveDataSet = transactionsDataSet_;
     chart.prescribedOpeningValue = 0;
     if (!portfolioValueDataSet_.entries.empty()) {

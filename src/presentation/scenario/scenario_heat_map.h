@@ -1,6 +1,7 @@
 // The returns of a strategy for many values of two of its numbers, as a map in colours.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -12,19 +13,26 @@
 #include "core/controls/form_controls.h"
 #include "platform/error.h"
 #include "platform/text/styled/colour.h"
+#include "presentation/charts/fiscal_chart_view.h"
 #include "scenario/strategy_grid.h"
 
 namespace corvane {
 
-/// A map over the quotes of one run of a scenario. It begins at once, and anew when another number
-/// is chosen. What beats buying and holding has a sign as well as a colour. Main queue only.
+/// A map over the quotes of one run of a scenario, and a chart of one of its rows. It begins at
+/// once, and anew when another number is chosen. What beats buying and holding has a sign as well
+/// as a colour. Main queue only.
 class ScenarioHeatMap {
  public:
   /// A number of the strategy that may be varied.
   struct Parameter {
+    /// What its values are: changes of the price, parts of the holding, sums of money.
+    enum class Kind { spread, slice, money };
+
     std::string_view title;
     Decimal InvestmentStrategy::*member;
+    Kind kind;
   };
+  static constexpr std::size_t valuesPerParameter = 9;
 
   /// For the quotes of `analyzer`, which is of a frozen equity, and a `strategy` that is varied.
   ScenarioHeatMap(std::shared_ptr<const ScenarioAnalyzer> analyzer,
@@ -36,7 +44,7 @@ class ScenarioHeatMap {
   /// Called where a run has failed; its cell is empty.
   std::function<void(const Error&)> presentError = [](const Error&) {};
 
-  /// The spreads; those of the stop loss only where it is active.
+  /// All numbers of the strategy; those of the stop loss only where it is active.
   [[nodiscard]] const std::vector<Parameter>& parameters() const { return parameters_; }
   /// Indexes of parameters() for rows and columns, which differ.
   [[nodiscard]] std::size_t rowParameter() const { return rowParameter_; }
@@ -45,10 +53,11 @@ class ScenarioHeatMap {
   void chooseRowParameter(std::size_t index);
   void chooseColumnParameter(std::size_t index);
 
-  [[nodiscard]] static std::size_t numberOfRows();
-  [[nodiscard]] static std::size_t numberOfColumns() { return numberOfRows(); }
-  /// "5.00%", the value that a row or a column stands for.
-  [[nodiscard]] static std::string valueTitle(std::size_t index);
+  [[nodiscard]] static constexpr std::size_t numberOfRows() { return valuesPerParameter; }
+  [[nodiscard]] static constexpr std::size_t numberOfColumns() { return valuesPerParameter; }
+  /// "5.00%", "$300.00" or "No limit": the value that a row or a column stands for.
+  [[nodiscard]] std::string rowTitle(std::size_t row) const;
+  [[nodiscard]] std::string columnTitle(std::size_t column) const;
   /// "+3.20%", with a "▲" behind it where that beats buying and holding; empty until it is known.
   [[nodiscard]] std::string cellText(std::size_t row, std::size_t column) const;
   /// The stronger, the further from what buying and holding yields; none for no colour.
@@ -56,13 +65,28 @@ class ScenarioHeatMap {
   /// The cell in words.
   [[nodiscard]] std::string cellDescription(std::size_t row, std::size_t column) const;
 
+  /// The returns of one row from column to column, with the line of buying and holding beside them;
+  /// its data indexes are the columns.
+  FiscalChartView rowChart;
+  [[nodiscard]] std::size_t chartedRow() const { return chartedRow_; }
+  void chartRow(std::size_t row);
+  /// What the chart is of: "Buy when down by 5.00%".
+  [[nodiscard]] std::string chartTitle() const;
+
   /// What buying and holding yields, how many cells beat it, and what that is worth.
   [[nodiscard]] std::string noteText() const;
   [[nodiscard]] ProgressIndicator progress() const;
 
  private:
+  using Values = std::array<Decimal, valuesPerParameter>;
+
   void begin();
+  [[nodiscard]] Values triedValues(std::size_t parameter) const;
+  [[nodiscard]] std::string valueText(std::size_t parameter, std::size_t index) const;
+  [[nodiscard]] std::string valueTitle(std::size_t parameter, std::size_t index) const;
   [[nodiscard]] bool beatsHolding(std::size_t row, std::size_t column) const;
+  void configureChart();
+  void fillChart();
 
   const std::shared_ptr<const ScenarioAnalyzer> analyzer_;
   const InvestmentStrategy strategy_;
@@ -70,6 +94,7 @@ class ScenarioHeatMap {
   const std::vector<Parameter> parameters_;
   std::size_t rowParameter_ = 0;
   std::size_t columnParameter_ = 1;
+  std::size_t chartedRow_ = 0;
   StrategyGrid grid_;
 };
 

@@ -49,7 +49,7 @@ void ScenarioViewController::connect() {
       living->parametersDidChange();
     }
   };
-  inquiry_->answerHandler = [self](const MarketInquiry::Answer& answer) {
+  inquiry_->answerHandler = [self](MarketInquiry::Answer& answer) {
     if (const auto living = self.lock()) {
       living->quotesDidArrive(answer);
     }
@@ -178,8 +178,8 @@ std::optional<QuoteQuery> ScenarioViewController::makeQuery() const {
                     QuoteQuery::Quotes{scenario().quoteInterval, PriceAdjustment::marketNominal}};
 }
 
-void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer) {
-  const Result<QuoteFetchResult>& result = answer.result;
+void ScenarioViewController::quotesDidArrive(MarketInquiry::Answer& answer) {
+  Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->quotes) {
     const ErrorPointer error =
         result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
@@ -200,8 +200,9 @@ void ScenarioViewController::quotesDidArrive(const MarketInquiry::Answer& answer
   }
   // A refresh may have told the currency of an equity of which only the symbol was known.
   dataSource_->currencyFormatter = cellFormatter(*answer.query.equity);
-  dataSource_->beginAnalysis(answer.query.equity, *result->quotes, scenario().initialInvestment,
-                             strategy(), [self = weak_from_this()](const ErrorPointer& error) {
+  dataSource_->beginAnalysis(answer.query.equity, *std::exchange(result->quotes, std::nullopt),
+                             scenario().initialInvestment, strategy(),
+                             [self = weak_from_this()](const ErrorPointer& error) {
                                if (const auto living = self.lock()) {
                                  living->analysisDidEnd(error);
                                }

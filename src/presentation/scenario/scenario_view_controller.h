@@ -99,7 +99,7 @@ class ScenarioViewController : public std::enable_shared_from_this<ScenarioViewC
   void run();
   void clearOutcome();
   [[nodiscard]] std::optional<QuoteQuery> makeQuery() const;
-  void quotesDidArrive(const MarketInquiry::Answer& answer);
+  void quotesDidArrive(MarketInquiry::Answer& answer);
   void analysisDidEnd(const ErrorPointer& error);
   void showOutcome();
   void parametersDidChange();

@@ -54,8 +54,8 @@ class MarketInquiry : public std::enable_shared_from_this<MarketInquiry> {
   MarketInquiry(const MarketInquiry&) = delete;
   MarketInquiry& operator=(const MarketInquiry&) = delete;
 
-  /// Called with the answer to the latest question.
-  std::function<void(const Answer&)> answerHandler = [](const Answer&) {};
+  /// Called with the answer to the latest question, which may be taken: it is of no further use.
+  std::function<void(Answer&)> answerHandler = [](Answer&) {};
   /// Called when one of the properties below has changed; after answerHandler.
   std::function<void()> changeHandler = [] {};
 

@@ -74,6 +74,12 @@ void WatchlistThumbnails::fetchDidEnd(const QuoteQuery& query,
   if (followed == watchlist_.end()) {
     return;
   }
+  if (query.dateRange.isEmpty() &&
+      !QuoteQuery::currentPeriod(query.equity, true).dateRange.isEmpty()) {
+    // No session was known when this was asked; the answer has told of it.
+    fetch(*followed);
+    return;
+  }
   Thumbnail& thumbnail = thumbnailOf(query.equity);
   if (!result) {
     thumbnail.latest = Date::distantPast();

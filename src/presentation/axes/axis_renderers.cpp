@@ -1,4 +1,4 @@
-#include "presentation/charts/axis_renderers.h"
+#include "presentation/axes/axis_renderers.h"
 
 #include <algorithm>
 #include <array>
