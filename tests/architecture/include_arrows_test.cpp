@@ -49,7 +49,7 @@ const std::map<std::string, Folder> house = {
       {{"database"}, {"workspace"}, {"application"}}}},
     {"reports",
      {{"ledger", "marketdata", "core", "platform"},
-      {{"series"}, {"returns", "tax", "income", "trail"}}}},
+      {{"series"}, {"returns", "tax", "income", "trail", "coverage"}}}},
     {"exchange",
      {{"storage", "ledger", "marketdata", "core", "platform"},
       {{"csv", "strict"},

@@ -132,6 +132,27 @@ TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
   EXPECT_EQ(file("h.csv"), told);
 }
 
+TEST_F(ConsoleMarketTest, ShowsAndFetchesTheCoverageOfPrices) {
+  program.makeFamily();
+  EXPECT_EQ(program.run("coverage Family --offline --fetch").exitCode, 2);
+  EXPECT_THAT(program.output("coverage Family"),
+              AllOf(StartsWith("Symbol    Kind    State    From        To "),
+                    ContainsRegex("\nBOREA.TO  equity  missing  2024-01-12  2")));
+
+  const auto market = std::make_unique<SampleMarket>();
+  useService(*market);
+  const std::string told = program.output("coverage Family --fetch --csv");
+  EXPECT_THAT(told, AllOf(StartsWith("\"symbol\",\"kind\",\"state\",\"from\",\"to\",\"days\","),
+                          HasSubstr("\"BOREA.TO\",\"equity\",\"covered\",\"2024-01-12\","),
+                          HasSubstr("\"USDCAD=X\",\"rate\",\"covered\",\"2024-02-05\","),
+                          Not(HasSubstr("missing"))));
+  const auto again = JSONValue::parse(program.output("coverage Family --json"));
+  EXPECT_EQ(again.array().at(0).at("state").string(), "covered");
+  const int asked = market->requestCount("/v8/");
+  EXPECT_EQ(program.output("coverage Family --fetch --csv"), told);
+  EXPECT_EQ(market->requestCount("/v8/"), asked) << "nothing is missing";
+}
+
 TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSaysSo) {
   ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
   testing::writeText(

@@ -42,10 +42,11 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 
 std::span<const Command> commands() {
   static const std::array table = {
-      createCommand(),  importCommand(),   statementsCommand(), recordCommand(),  reviseCommand(),
-      deleteCommand(),  exportCommand(),   listCommand(),       ledgerCommand(),  valueCommand(),
-      returnsCommand(), incomeCommand(),   taxCommand(),        explainCommand(), quotesCommand(),
-      watchCommand(),   backtestCommand(), verifyCommand(),     recoverCommand(), removeCommand()};
+      createCommand(),  importCommand(), statementsCommand(), recordCommand(),  reviseCommand(),
+      deleteCommand(),  exportCommand(), listCommand(),       ledgerCommand(),  valueCommand(),
+      returnsCommand(), incomeCommand(), taxCommand(),        explainCommand(), coverageCommand(),
+      quotesCommand(),  watchCommand(),  backtestCommand(),   verifyCommand(),  recoverCommand(),
+      removeCommand()};
   return table;
 }
 

@@ -108,10 +108,10 @@ PriceSource::~PriceSource() {
   }
 }
 
-void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
+bool refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
                      const Console& console) {
   if (equities.empty()) {
-    return;
+    return true;
   }
   // Providers answer on a queue of their choice, and perhaps when nobody waits any more.
   const auto outcome = std::make_shared<std::optional<ErrorPointer>>();
@@ -132,6 +132,7 @@ void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& 
       console.warn(*equity->refreshProblem);
     }
   }
+  return error == nullptr;
 }
 
 void waitFor(const std::function<bool()>& isDone) {

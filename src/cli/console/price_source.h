@@ -43,8 +43,9 @@ class PriceSource {
 };
 
 /// Brings the recent prices and the other fields of `equities` up to date. What cannot be had is
-/// told as a warning. Where the market cannot be reached, the cache has to do from here on.
-void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
+/// told as a warning. Where the market cannot be reached, the cache has to do from here on. Whether
+/// it has answered.
+bool refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
                      const Console& console);
 
 /// Pumps the main queue until `isDone()`. Throws Failed where the user interrupts the program.
