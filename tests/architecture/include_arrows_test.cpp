@@ -49,7 +49,7 @@ const std::map<std::string, Folder> house = {
       {{"database"}, {"workspace"}, {"application"}}}},
     {"reports",
      {{"ledger", "marketdata", "core", "platform"},
-      {{"inquiry"}, {"series"}, {"returns", "tax", "income"}, {"trail"}}}},
+      {{"inquiry"}, {"series"}, {"returns", "tax", "income", "coverage"}, {"trail"}}}},
     {"exchange",
      {{"reports", "storage", "ledger", "marketdata", "core", "platform"},
       {{"csv", "strict"},

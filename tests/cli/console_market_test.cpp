@@ -14,6 +14,7 @@ using ::testing::AllOf;
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
+using ::testing::Not;
 using testing::ProgramResult;
 using ::testing::StartsWith;
 
@@ -24,6 +25,15 @@ class ConsoleMarketTest : public ::testing::Test {
   ConsoleMarketTest() {
     setenv("XDG_CACHE_HOME", (program.folder / "cache").c_str(), 1);
     setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+  }
+
+  /// Has the program ask `market` as the service of its settings.
+  void useService(const SampleMarket& market) const {
+    std::filesystem::create_directories(program.folder / "config/corvane");
+    testing::writeText(program.folder / "config/corvane/settings.json",
+                       R"({"quoteService.scheme": "http", "quoteService.apiHost": "127.0.0.1",)"
+                       R"( "quoteService.webHost": "127.0.0.1", "quoteService.port": )" +
+                           std::to_string(market.port()) + "}");
   }
 
   [[nodiscard]] std::string file(const std::string& name) const {
@@ -92,16 +102,12 @@ TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
       "symbol,sharesHeld,marketValue";
   const ProgramResult empty = program.run(holdings + " --offline");
   EXPECT_EQ(empty.exitCode, 1);
-  EXPECT_THAT(empty.err, AllOf(HasSubstr("corvane-cli: No rates of USD.\n"),
-                               HasSubstr("corvane-cli: No value of BOREA.TO: ")));
+  EXPECT_THAT(empty.err, AllOf(HasSubstr("corvane-cli: No rates of USD. The cache has none of "),
+                               HasSubstr("corvane-cli: No prices of BOREA.TO. The cache has ")));
   EXPECT_THAT(file("h.csv"), HasSubstr("\"BOREA.TO\",\"60\",\"\"")) << "the rest is written";
 
   auto market = std::make_unique<SampleMarket>();
-  std::filesystem::create_directories(program.folder / "config/corvane");
-  testing::writeText(program.folder / "config/corvane/settings.json",
-                     R"({"quoteService.scheme": "http", "quoteService.apiHost": "127.0.0.1",)"
-                     R"( "quoteService.webHost": "127.0.0.1", "quoteService.port": )" +
-                         std::to_string(market->port()) + "}");
+  useService(*market);
   EXPECT_EQ(program.output(holdings), "");
   const std::string told = file("h.csv");
   EXPECT_THAT(told, AllOf(HasSubstr("\"USD\",\"972.8\",\"1304.8925184\""),
@@ -113,6 +119,38 @@ TEST_F(ConsoleMarketTest, FindsPricesAndRatesInTheCacheOrFails) {
   EXPECT_EQ(program.output(holdings + " --offline"), "");
   EXPECT_EQ(file("h.csv"), told);
   EXPECT_EQ(program.output("value Family --offline"), worth);
+  EXPECT_THAT(program.output("quotes CASTR --offline --from 2024-12-01 --to 2024-12-31"),
+              HasSubstr("\"2024-12-31\","))
+      << "on another basis than the holdings";
+
+  // Who does not say so is told, and has the same.
+  std::filesystem::remove(program.folder / "h.csv");
+  const ProgramResult cutOff = program.run(holdings);
+  EXPECT_EQ(cutOff.exitCode, 0);
+  EXPECT_EQ(cutOff.err,
+            "corvane-cli: The market cannot be reached. Prices are those of the cache.\n");
+  EXPECT_EQ(file("h.csv"), told);
+}
+
+TEST_F(ConsoleMarketTest, ShowsAndFetchesTheCoverageOfPrices) {
+  program.makeFamily();
+  EXPECT_EQ(program.run("coverage Family --offline --fetch").exitCode, 2);
+  EXPECT_THAT(program.output("coverage Family"),
+              AllOf(StartsWith("Symbol    Kind    State    From        To "),
+                    ContainsRegex("\nBOREA.TO  equity  missing  2024-01-12  2")));
+
+  const auto market = std::make_unique<SampleMarket>();
+  useService(*market);
+  const std::string told = program.output("coverage Family --fetch --csv");
+  EXPECT_THAT(told, AllOf(StartsWith("\"symbol\",\"kind\",\"state\",\"from\",\"to\",\"days\","),
+                          HasSubstr("\"BOREA.TO\",\"equity\",\"covered\",\"2024-01-12\","),
+                          HasSubstr("\"USDCAD=X\",\"rate\",\"covered\",\"2024-02-05\","),
+                          Not(HasSubstr("missing"))));
+  const auto again = JSONValue::parse(program.output("coverage Family --json"));
+  EXPECT_EQ(again.array().at(0).at("state").string(), "covered");
+  const int asked = market->requestCount("/v8/");
+  EXPECT_EQ(program.output("coverage Family --fetch --csv"), told);
+  EXPECT_EQ(market->requestCount("/v8/"), asked) << "nothing is missing";
 }
 
 TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSaysSo) {

@@ -86,6 +86,20 @@ TEST(EquityInfo, IsComparedByItsLivingProviderAndItsId) {
   EXPECT_EQ(*ofFirst, *ofFirst);
 }
 
+TEST(EquityInfo, HasARangeWhateverTheServiceTells) {
+  const auto provider = std::make_shared<QuoteProvider>();
+  const auto equity = provider->equityWithId("ABC");
+  EXPECT_EQ(equity->fullDateRange(), DateRange(Date::distantPast(), Date::distantFuture()));
+  equity->firstTradeDate = Date::since1970(100);
+  equity->recentDate = Date::since1970(200);
+  EXPECT_EQ(equity->fullDateRange(), DateRange(Date::since1970(100), Date::since1970(200)));
+  equity->recentDate = Date::since1970(50);
+  EXPECT_TRUE(equity->fullDateRange().isEmpty()) << "a first trade after the last one";
+  equity->firstTradeDate.reset();
+  equity->recentDate = Date::distantPast() - 1;
+  EXPECT_TRUE(equity->fullDateRange().isEmpty());
+}
+
 TEST(EquityTable, DropsEquitiesThatNobodyHolds) {
   const auto provider = std::make_shared<QuoteProvider>();
   std::deque<EquityPointer> held;

@@ -140,6 +140,25 @@ TEST_F(YahooQuoteProviderTest, RefreshesTheDetailsOfEquities) {
   EXPECT_FALSE(unknown->isAuthoritative);
 }
 
+/// The service calls the pair of the US dollar with another currency by the other's code at times.
+TEST_F(YahooQuoteProviderTest, KnowsPairsByTheirShortNamesAndAsksForNoneThatNobodyTrades) {
+  const auto pair = provider->equityWithId("USDCAD=X");
+  const auto none = provider->exchangeRateEquity(Currency::noCurrency(), Currency::usd());
+  server.script(
+      Service::quotePath,
+      {{.body = quoteAnswer({details("CAD=X", {{"quoteType", "CURRENCY"},
+                                               {"shortName", "USD/CAD"},
+                                               {"currency", "CAD"},
+                                               {"regularMarketPrice", number("1.37")}})})}});
+  EXPECT_EQ(refresh({pair, none}), nullptr);
+  EXPECT_EQ(pair->recentPrice, Decimal::fromString("1.37"));
+  EXPECT_THAT(server.requests(Service::quotePath).front().target, HasSubstr("symbols=USDCAD%3DX"));
+  EXPECT_EQ(refresh({none}), nullptr);
+  EXPECT_FALSE(fetch(minutes(none)));
+  EXPECT_THAT(server.requests(Service::quotePath), SizeIs(1));
+  EXPECT_THAT(server.requests(Service::chartPath), SizeIs(0));
+}
+
 TEST_F(YahooQuoteProviderTest, EndsARefreshAtTheFirstEquityThatItCannotRead) {
   struct Case {
     std::string key;

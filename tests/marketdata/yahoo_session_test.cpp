@@ -147,6 +147,18 @@ TEST_F(YahooSessionTest, GivesUpRequestsThatHaveWaitedTooLong) {
   EXPECT_TRUE(later);
 }
 
+TEST_F(YahooSessionTest, KeepsNobodyWaitingForAccessWithoutANetwork) {
+  auto service = server.service();
+  service.webHost = "127.0.0.1";
+  service.port = 1;  // where nobody listens
+  open(service);
+  for (int i = 0; i < 2; ++i) {
+    const auto result = get(send(Service::quotePath, true));
+    ASSERT_FALSE(result);
+    EXPECT_EQ(dynamic_cast<const URLError&>(*result.error()).code, URLError::Code::cannotConnect);
+  }
+}
+
 TEST_F(YahooSessionTest, EndsALongPauseForARequestButNotOneThatTheServiceNamed) {
   auto service = server.service();
   service.pauses.first = service.pauses.longest = 3600;
@@ -163,14 +175,19 @@ TEST_F(YahooSessionTest, EndsALongPauseForARequestButNotOneThatTheServiceNamed) 
   server.release();
   EXPECT_TRUE(get(std::move(early)));
 
-  service.pauses.requestLimit = 0.3;
+  service.pauses.requestLimit = 3000;  // which nobody waits for
   server.script(Service::cookiesPath,
                 {{.status = 429, .headers = {{"Retry-After", "3600"}}}, Service::cookie()});
   const std::size_t before = server.requests(Service::cookiesPath).size();
   open(service);
   waitForRequests(Service::cookiesPath, before + 1);
-  EXPECT_FALSE(get(send(Service::quotePath, true)));
+  for (int i = 0; i < 2; ++i) {
+    const auto refused = get(send(Service::quotePath, true));
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(*refused.error(), YahooProviderError(YahooProviderError::HTTPResponse{429}));
+  }
   EXPECT_THAT(server.requests(Service::cookiesPath), SizeIs(before + 1));
+  EXPECT_GT(session->pauseEnd().value().timeIntervalSince(Date::now()), 3500);
 }
 
 TEST_F(YahooSessionTest, EndsEveryRequestOnceWhenItGoes) {

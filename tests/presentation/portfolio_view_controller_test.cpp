@@ -251,10 +251,14 @@ TEST_F(PortfolioViewControllerTest, FetchesForDaysAndEditsButNotForAssets) {
             (YearMonthDay{2021, 3, 3}));
   EXPECT_EQ(screen->assetMenu().selectedIndex(), 1U);
 
+  NotificationCenter::defaultCenter().post(WatchlistManager::quoteDataSourceChanged, nullptr);
+  settleAfterEdit();
+  EXPECT_EQ(prices->queries.size(), 3 * each) << "of another source";
+
   on(day(2020, 12, 1));
   const auto rows = record({deposit("5")});
   settleAfterEdit();
-  EXPECT_EQ(prices->queries.size(), 3 * each);
+  EXPECT_EQ(prices->queries.size(), 4 * each);
   EXPECT_EQ(presetLabels().back(), "2020");
 
   const auto other = manager->createPortfolio(Currency::cad());
@@ -338,6 +342,14 @@ TEST_F(PortfolioViewControllerTest, ShowsWhatTheCacheHasWhileTheMarketCannotBeRe
   EXPECT_EQ(series(), online);
   EXPECT_THAT(screen->warning(), StartsWith("⚠️ The market cannot be reached. Prices from the "
                                             "cache, up to March 7, 2021 at 4:00:00"));
+  // A price of two days later was refreshed before the network went, and is final with the next
+  // day.
+  kept->recentPrice = 8;
+  kept->recentDate = day(2021, 3, 9);
+  screen->reload(PortfolioViewController::DatesChanged{});
+  settle();
+  EXPECT_THAT(series(), ElementsAre("CAD 950", "Net Deposits 1000", "KEPT 1030"));
+  EXPECT_THAT(screen->warning(), HasSubstr("cache, up to March 9, 2021 at 12:00:00"));
   record({Ledger::make(
       BasicTransaction::Trade{unknown, {Currency::cad(), dec("50")}, dec("50"), dec("10")})});
   settleAfterEdit();

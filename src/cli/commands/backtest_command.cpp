@@ -278,7 +278,7 @@ void backtest(const CommandLine& line, const Console& console) {
   std::vector<Quote> quotes = fetchBars(
       {equity, datesOf(scenario, *equity),
        QuoteQuery::Quotes{scenario.quoteInterval, QuoteQuery::PriceAdjustment::adjustedForSplits}},
-      line, prices, console);
+      prices, console);
   if (method) {
     replayBatch({equity, std::move(quotes), *method, strategy, scenario.initialInvestment},
                 scenario.quoteInterval < QuoteInterval::oneDay, format, console);

@@ -41,13 +41,13 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 }  // namespace
 
 std::span<const Command> commands() {
-  static const std::array table = {createCommand(), importCommand(),      statementsCommand(),
-                                   recordCommand(), reviseCommand(),      deleteCommand(),
-                                   exportCommand(), listCommand(),        ledgerCommand(),
-                                   valueCommand(),  returnsCommand(),     incomeCommand(),
-                                   taxCommand(),    taxSettingsCommand(), explainCommand(),
-                                   quotesCommand(), watchCommand(),       backtestCommand(),
-                                   verifyCommand(), recoverCommand(),     removeCommand()};
+  static const std::array table = {
+      createCommand(),  importCommand(),      statementsCommand(), recordCommand(),
+      reviseCommand(),  deleteCommand(),      exportCommand(),     listCommand(),
+      ledgerCommand(),  valueCommand(),       returnsCommand(),    incomeCommand(),
+      taxCommand(),     taxSettingsCommand(), explainCommand(),    coverageCommand(),
+      quotesCommand(),  watchCommand(),       backtestCommand(),   verifyCommand(),
+      recoverCommand(), removeCommand()};
   return table;
 }
 

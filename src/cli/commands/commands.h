@@ -14,6 +14,7 @@ namespace corvane::cli {
 [[nodiscard]] int run(std::span<const std::string> arguments, const Console& console);
 
 [[nodiscard]] Command backtestCommand();
+[[nodiscard]] Command coverageCommand();
 [[nodiscard]] Command createCommand();
 [[nodiscard]] Command deleteCommand();
 [[nodiscard]] Command explainCommand();

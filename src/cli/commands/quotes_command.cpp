@@ -79,7 +79,7 @@ void writeQuotes(const CommandLine& line, const Console& console) {
   refreshEquities(*prices.provider(), {equity}, console);
   const std::vector<Quote> quotes =
       fetchBars({equity, rangeOf(line, equity->calendar), QuoteQuery::Quotes{interval, adjustment}},
-                line, prices, console);
+                prices, console);
   listingOf(quotes, *equity, interval < QuoteInterval::oneDay).write(format, console.out);
 }
 

@@ -9,6 +9,7 @@
 #include "cli/console/price_source.h"
 #include "core/market/price_adjuster.h"
 #include "core/market/quote_interval_name.h"
+#include "marketdata/chain/refusal_text.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::cli {
@@ -75,8 +76,7 @@ QuoteInterval intervalOf(const CommandLine& line) {
   return *interval;
 }
 
-std::vector<Quote> fetchBars(QuoteQuery query, const CommandLine& line, const PriceSource& prices,
-                             const Console& console) {
+std::vector<Quote> fetchBars(QuoteQuery query, const PriceSource& prices, const Console& console) {
   // Nothing has been traded after now, and services want whole seconds.
   const Date now =
       Date::sinceReferenceDate(std::floor(Date::now().timeIntervalSinceReferenceDate()));
@@ -85,7 +85,7 @@ std::vector<Quote> fetchBars(QuoteQuery query, const CommandLine& line, const Pr
     throw UsageError("--from lies in the future.");
   }
   query.dateRange = DateRange(asked.lower(), std::min(asked.upper(), now));
-  if (!line.has("--offline")) {  // The cache may have a part of the days, which does.
+  if (!prices.isCacheOnly()) {  // The cache may have a part of the days, which does.
     requireInterval(query, *prices.provider(), console);
   }
   // Prices that are kept already may stem from before a split that nobody has told of yet. Where
@@ -95,7 +95,8 @@ std::vector<Quote> fetchBars(QuoteQuery query, const CommandLine& line, const Pr
       prices.provider());
   const auto answer = fetched(query, prices.provider());
   if (!answer) {
-    answer.error()->raise();
+    console.warn(refusalText(*answer.error(), query.equity->symbol));
+    throw Failed(exitCode::failure);
   }
   if (!answer->quotes || answer->quotes->empty()) {
     console.warn("There are no prices of " + query.equity->symbol + " in these days.");

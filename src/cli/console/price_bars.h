@@ -21,9 +21,9 @@ namespace corvane::cli {
 
 /// The bars of `query`, whose subject is QuoteQuery::Quotes; at least one. Nothing is asked for
 /// that lies in the future. Throws UsageError where all of the range does, Failed, having said why,
-/// where there are no bars or none of this length, and what the provider fails with.
-[[nodiscard]] std::vector<Quote> fetchBars(QuoteQuery query, const CommandLine& line,
-                                           const PriceSource& prices, const Console& console);
+/// where there are no bars or none of this length.
+[[nodiscard]] std::vector<Quote> fetchBars(QuoteQuery query, const PriceSource& prices,
+                                           const Console& console);
 
 /// "2024-03-09 09:30"
 [[nodiscard]] std::string timeText(Date date, const Calendar& calendar);

@@ -33,6 +33,8 @@ class PriceSource {
   ~PriceSource();
 
   [[nodiscard]] const std::shared_ptr<QuoteProvider>& provider() const { return provider_; }
+  /// Whether nobody is asked for prices: by an option, or since the market cannot be reached.
+  [[nodiscard]] bool isCacheOnly() const;
 
  private:
   std::unique_ptr<SampleMarket> market_;
@@ -41,8 +43,9 @@ class PriceSource {
 };
 
 /// Brings the recent prices and the other fields of `equities` up to date. What cannot be had is
-/// told as a warning.
-void refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
+/// told as a warning. Where the market cannot be reached, the cache has to do from here on. Whether
+/// it has answered.
+bool refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& equities,
                      const Console& console);
 
 /// Pumps the main queue until `isDone()`. Throws Failed where the user interrupts the program.

@@ -310,12 +310,15 @@ void ScreenRenderer::renderScenarios(const QString& name) {
   detail.selectRow(detail.scenarioDataSource().numberOfRows() / 2);
   write(name + QStringLiteral("-scenario-row"));
 
-  HeatMapDialog map(detail.detailDataSource().makeHeatMap(), &window_);
-  map.setAttribute(Qt::WA_DeleteOnClose, false);
-  map.open();
-  hasFailed_ |= !waitUntil([&] { return !map.map().progress().isAnimated; });
-  write(name + QStringLiteral("-scenario-heat-map"));
-  map.close();
+  // There is none where there were no prices to run the strategy on.
+  if (auto grid = detail.detailDataSource().makeHeatMap()) {
+    HeatMapDialog map(std::move(grid), &window_);
+    map.setAttribute(Qt::WA_DeleteOnClose, false);
+    map.open();
+    hasFailed_ |= !waitUntil([&] { return !map.map().progress().isAnimated; });
+    write(name + QStringLiteral("-scenario-heat-map"));
+    map.close();
+  }
 
   const std::size_t typeBefore = batch.selectedBatchType();
   detail.makeBatchAction();

@@ -33,8 +33,20 @@ double chanceFromZeroToOne() {
   return std::uniform_real_distribution<double>(0, 1)(random);
 }
 
+/// Whether `error` says that no service has been found where it should be.
+bool isOutOfReach(const Error& error) {
+  const auto* transport = dynamic_cast<const URLError*>(&error);
+  return transport != nullptr && (transport->code == URLError::Code::cannotFindHost ||
+                                  transport->code == URLError::Code::cannotConnect ||
+                                  transport->code == URLError::Code::secureConnectionFailed);
+}
+
 ErrorPointer bootstrapFailed(std::string text) {
   return YahooProviderError(YahooProviderError::BootstrapFailed{std::move(text)}).copy();
+}
+
+ErrorPointer refusalForAPause() {
+  return YahooProviderError(YahooProviderError::HTTPResponse{tooManyRequests}).copy();
 }
 
 /// A request that fails as a bad URL where there is none.
@@ -89,6 +101,12 @@ void YahooSession::runRequest(std::string label, URLRequest request, bool includ
   if (access_ == Access::granted) {
     lock.unlock();
     sendWithCrumb(std::move(waiting));
+    return;
+  }
+  if (secondsOfNamedPause() > service_.pauses.requestLimit) {
+    callbackQueue_->async([waiting = std::move(waiting)]() mutable {
+      waiting.completion(std::unexpected(refusalForAPause()));
+    });
     return;
   }
   putInWait(std::move(waiting));
@@ -189,8 +207,18 @@ double YahooSession::secondsOfPause() const {
   return std::chrono::duration<double>(pauseEnd_ - Clock::now()).count();
 }
 
+double YahooSession::secondsOfNamedPause() const {
+  return access_ == Access::refused && namedPause_ > 0
+             ? namedPause_ - std::chrono::duration<double>(Clock::now() - refusedAt_).count()
+             : 0;
+}
+
 std::optional<Date> YahooSession::pauseEnd() const {
-  const double pause = secondsOfPause();
+  double pause = secondsOfPause();
+  {
+    const std::lock_guard lock(mutex_);
+    pause = std::max(pause, secondsOfNamedPause());
+  }
   return pause > 0 ? std::optional(Date::now() + pause) : std::nullopt;
 }
 
@@ -308,6 +336,7 @@ void YahooSession::grantAccess(std::string crumb) {
   std::map<std::uint64_t, WaitingRequest> waiting;
   {
     const std::lock_guard lock(mutex_);
+    attemptsWithoutNetwork_ = 0;
     sessionCrumb_ = std::move(crumb);
     access_ = Access::granted;
     waiting.swap(waiting_);
@@ -322,7 +351,22 @@ void YahooSession::refuseAccess(const ErrorPointer& error, double namedPause) {
   const std::string text = error->description().value_or("unknown reason");
   Log::write("Yahoo bootstrapping failed: ", text);
   const double chance = chanceFromZeroToOne();
-  const std::lock_guard lock(mutex_);
+  const bool isLongPause = namedPause > service_.pauses.requestLimit;
+  std::map<std::uint64_t, WaitingRequest> hopeless;
+  {
+    const std::lock_guard lock(mutex_);
+    attemptsWithoutNetwork_ = isOutOfReach(*error) ? attemptsWithoutNetwork_ + 1 : 0;
+    if (isLongPause || attemptsWithoutNetwork_ >= service_.pauses.attemptsWithoutNetwork) {
+      hopeless.swap(waiting_);
+    }
+    noteRefusal(text, namedPause, chance);
+  }
+  for (auto& [id, waiting] : hopeless) {
+    waiting.completion(std::unexpected(isLongPause ? refusalForAPause() : error));
+  }
+}
+
+void YahooSession::noteRefusal(const std::string& text, double namedPause, double chance) {
   access_ = Access::refused;
   ++refusals_;
   refusedAt_ = Clock::now();

@@ -22,7 +22,10 @@ namespace corvane {
 /// cookies. start() asks for both. A refusal is followed by a pause, and then they are asked for
 /// again: after growing pauses, drawn at random within a quarter of their length so that many
 /// clients do not come at one time, and once sooner for each request that needs the crumb, but
-/// never before the end of a wait that the service itself has named with a status of 429. Crumb and
+/// never before the end of a wait that the service itself has named with a status of 429. While the
+/// service cannot be reached at all, requests that wait for the crumb end with that error after a
+/// few attempts, and with a status of 429 where such a wait is longer than theirs may be: nobody is
+/// kept waiting for access in vain. Crumb and
 /// cookies are kept in memory only. A program may run for longer than they are good for: when the
 /// service refuses the crumb they are asked for anew, at most once in ten minutes, and the request
 /// that was refused is repeated once.
@@ -71,6 +74,9 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   void transmit(std::string label, URLRequest request, Completion completion, Purpose purpose);
   void notePauses(const HTTPResponse& response);
   [[nodiscard]] double secondsOfPause() const;
+  /// What is left of the wait that the service has named when it refused access. To be called with
+  /// the lock held.
+  [[nodiscard]] double secondsOfNamedPause() const;
   /// To be called with the lock held.
   void putInWait(WaitingRequest waiting);
   /// Whether `waiting`, whose crumb was refused, is taken over to be sent once more.
@@ -83,6 +89,8 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   void receiveCrumb(Result<HTTPResponse> response);
   void grantAccess(std::string crumb);
   void refuseAccess(const ErrorPointer& error, double namedPause);
+  /// To be called with the lock held.
+  void noteRefusal(const std::string& text, double namedPause, double chance);
 
   /// Lets access be asked for again when `pause` seconds have passed, unless that has happened by
   /// then.
@@ -107,6 +115,7 @@ class YahooSession : public std::enable_shared_from_this<YahooSession> {
   Clock::time_point refusedAt_;
   double namedPause_ = 0;            ///< seconds after refusedAt_ in which nothing may be asked
   bool hasComeWhileAsking_ = false;  ///< a request that no attempt has been made for since
+  int attemptsWithoutNetwork_ = 0;   ///< in a row
   std::string refusalText_;
   std::uint64_t nextWaitingId_ = 0;
   std::map<std::uint64_t, WaitingRequest> waiting_;

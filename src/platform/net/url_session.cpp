@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <new>
@@ -47,6 +48,13 @@ bool isSecure(std::string_view url) {
   return std::ranges::equal(url.substr(0, scheme.size()), scheme, [](char given, char lower) {
     return given == lower || given == lower - 'a' + 'A';
   });
+}
+
+/// The file of certificate authorities that the user has named as for other programs; empty for the
+/// system's. A company whose network looks into connections has authorities of its own.
+std::string authoritiesFile() {
+  const char* named = std::getenv("SSL_CERT_FILE");
+  return named == nullptr ? "" : named;
 }
 
 URLError::Code codeFor(CURLcode result) {
@@ -297,6 +305,9 @@ class URLSession::Transport {
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
     set(CURLOPT_ACCEPT_ENCODING, "");
     set(CURLOPT_NOSIGNAL, 1L);
+    if (!authoritiesFile_.empty()) {
+      set(CURLOPT_CAINFO, authoritiesFile_.c_str());
+    }
     set(CURLOPT_SHARE, share_);
     set(CURLOPT_COOKIEFILE, "");
     set(CURLOPT_WRITEFUNCTION, &Exchange::receiveBody);
@@ -375,6 +386,7 @@ class URLSession::Transport {
 
   const std::shared_ptr<DispatchQueue> callbackQueue_;
   const HTTPHeaders headers_;
+  const std::string authoritiesFile_ = authoritiesFile();
   CURLM* multi_ = nullptr;
   CURLSH* share_ = nullptr;
   std::mutex shareMutex_;

@@ -24,7 +24,8 @@ struct Cookie {
 /// Sends requests from one thread of its own, eight at a time; more wait for their turn, which does
 /// not count towards their timeout. Cookies live in memory as long as the session and travel with
 /// all of its requests. Redirects are followed, up to ten, but never from https to http; only these
-/// two are spoken; certificates are verified; compressed answers are unpacked. Any thread.
+/// two are spoken; certificates are verified, against the authorities of the file that
+/// SSL_CERT_FILE names where the environment has it; compressed answers are unpacked. Any thread.
 class URLSession {
  public:
   using Completion = std::move_only_function<void(Result<HTTPResponse>)>;

@@ -7,6 +7,7 @@
 #include "core/market/price_adjuster.h"
 #include "marketdata/cache/cache_quote_provider.h"
 #include "marketdata/chain/refusal_text.h"
+#include "marketdata/chain/stored_prices.h"
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "platform/async/notification_center.h"
 #include "platform/net/url_request.h"
@@ -127,15 +128,15 @@ void MarketInquiry::answerDidArrive(const QuoteQuery& query, Result<QuoteFetchRe
   hand({.query = query, .result = std::move(result)});
 }
 
-/// Asks as with the data source that is the cache alone.
+/// Asks for what the cache alone can tell.
 void MarketInquiry::askCache(const QuoteQuery& query, ErrorPointer error) {
   const auto chain = chainOf(*query.equity);
   if (chain == nullptr) {
     fail(query, error);
     return;
   }
-  chain->cacheProvider->fetchQuotes(
-      query, std::make_shared<PriceAdjuster>(chain->cacheProvider),
+  fetchStoredPrices(
+      chain->cacheProvider, query,
       [self = weak_from_this(), generation = generation_, query,
        error = std::move(error)](Result<QuoteFetchResult> result) mutable {
         DispatchQueue::main()->async([self, generation, query = std::move(query),

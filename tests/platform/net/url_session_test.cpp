@@ -5,12 +5,16 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
+#include <openssl/pem.h>
+#include <openssl/x509v3.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <future>
 #include <thread>
+
+#include "support/temporary_folder.h"
 
 namespace corvane {
 namespace {
@@ -22,8 +26,10 @@ constexpr std::chrono::seconds deadline(20);
 class Server {
  public:
   Server() {
-    server_.Get("/plain",
-                [](const auto&, auto& answer) { answer.set_content("plain", "text/plain"); });
+    server_.Get("/plain", [this](const auto&, auto& answer) {
+      ++plain;
+      answer.set_content("plain", "text/plain");
+    });
     server_.Get("/headers", [](const httplib::Request& request, auto& answer) {
       answer.set_content(
           request.get_header_value("User-Agent") + "|" + request.get_header_value("X-Own"),
@@ -92,6 +98,7 @@ class Server {
   }
 
   int port = 0;
+  std::atomic<int> plain = 0;
   std::atomic<int> slow = 0;
   std::atomic<int> mostTrickles = 0;
 
@@ -136,6 +143,64 @@ class RudeServer {
  private:
   const std::string answer_;
   int socket_;
+  std::thread thread_;
+};
+
+/// A server that can be trusted, on a certificate of its own making, and that sends some of its
+/// visitors elsewhere.
+class SecureServer {
+ public:
+  /// Writes the certificate to `file`, for those who are to trust it.
+  SecureServer(const std::filesystem::path& file, std::map<std::string, std::string> redirects) {
+    makeCertificate();
+    FILE* const out = std::fopen(file.c_str(), "w");
+    EXPECT_EQ(PEM_write_X509(out, certificate_.get()), 1);
+    std::fclose(out);
+    server_ = std::make_unique<httplib::SSLServer>(certificate_.get(), key_.get());
+    server_->Get("/plain",
+                 [](const auto&, auto& answer) { answer.set_content("secret", "text/plain"); });
+    for (const auto& [path, target] : redirects) {
+      server_->Get(path,
+                   [target = target](const auto&, auto& answer) { answer.set_redirect(target); });
+    }
+    port_ = server_->bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_->listen_after_bind(); });
+    while (!server_->is_running()) {
+      std::this_thread::yield();
+    }
+  }
+  ~SecureServer() {
+    server_->stop();
+    thread_.join();
+  }
+
+  [[nodiscard]] std::string url(const std::string& path) const {
+    return "https://127.0.0.1:" + std::to_string(port_) + path;
+  }
+
+ private:
+  void makeCertificate() {
+    X509* const certificate = certificate_.get();
+    X509_set_version(certificate, 2);
+    ASN1_INTEGER_set(X509_get_serialNumber(certificate), 1);
+    X509_gmtime_adj(X509_getm_notBefore(certificate), -3600);
+    X509_gmtime_adj(X509_getm_notAfter(certificate), 3600);
+    X509_set_pubkey(certificate, key_.get());
+    X509_NAME* const name = X509_get_subject_name(certificate);
+    const auto* text = reinterpret_cast<const unsigned char*>("test");
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, text, -1, -1, 0);
+    X509_set_issuer_name(certificate, name);
+    X509_EXTENSION* const host =
+        X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1");
+    X509_add_ext(certificate, host, -1);
+    X509_EXTENSION_free(host);
+    EXPECT_GT(X509_sign(certificate, key_.get(), EVP_sha256()), 0);
+  }
+
+  std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key_{EVP_EC_gen("P-256"), &EVP_PKEY_free};
+  std::unique_ptr<X509, decltype(&X509_free)> certificate_{X509_new(), &X509_free};
+  std::unique_ptr<httplib::SSLServer> server_;
+  int port_ = 0;
   std::thread thread_;
 };
 
@@ -216,6 +281,25 @@ TEST_F(URLSessionTest, SaysWhyThereIsNoAnswer) {
   EXPECT_EQ(codeOf(get(slow)), Code::timedOut);
   URLRequest secure{"https://127.0.0.1:" + std::to_string(server.port) + "/plain"};
   EXPECT_EQ(codeOf(get(secure)), Code::secureConnectionFailed);
+}
+
+TEST_F(URLSessionTest, NeverLeavesASecureConnectionForAnOpenOne) {
+  const testing::TemporaryFolder folder;
+  const SecureServer secure(
+      folder / "authorities.pem",
+      {{"/to-open", server.url("/plain")}, {"/to-secure", "/plain"}, {"/by-detour", "/to-open"}});
+  EXPECT_EQ(codeOf(get(URLRequest{secure.url("/plain")})), Code::secureConnectionFailed)
+      << "nobody vouches for it";
+
+  setenv("SSL_CERT_FILE", (folder / "authorities.pem").c_str(), 1);
+  session = std::make_unique<URLSession>(queue);
+  unsetenv("SSL_CERT_FILE");
+  const auto trusted = get(URLRequest{secure.url("/to-secure")});
+  ASSERT_TRUE(trusted) << *trusted.error();
+  EXPECT_EQ(trusted->body, "secret");
+  EXPECT_EQ(codeOf(get(URLRequest{secure.url("/to-open")})), Code::badURL);
+  EXPECT_EQ(codeOf(get(URLRequest{secure.url("/by-detour")})), Code::badURL);
+  EXPECT_EQ(server.plain, 0) << "nothing has been sent in the open";
 }
 
 /// Busy is not timed out: of twelve that are asked together some wait for their turn, and each

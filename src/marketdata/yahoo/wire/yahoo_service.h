@@ -32,6 +32,8 @@ struct YahooService {
     double untilRequestsEndThem = 5;
     /// A request that has waited this long for access is given up.
     double requestLimit = 60;
+    /// So is one that waits when this many attempts in a row have found no service at all.
+    int attemptsWithoutNetwork = 3;
   };
   Pauses pauses = {};
 
