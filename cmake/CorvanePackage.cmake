@@ -1,7 +1,19 @@
 # The Debian package, made by cpack in the build folder. What the programs are linked with is found
 # by dpkg-shlibdeps; what they only load or read is named here.
 
-set(CORVANE_PACKAGE_CONTACT "The Corvane developers <corvane@localhost>" CACHE STRING
+# Whoever builds a package answers for it: as Debian's own tools have it, the name and address in the
+# environment, else the account on this machine.
+if(DEFINED ENV{DEBEMAIL} AND DEFINED ENV{DEBFULLNAME})
+  set(builder "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+else()
+  cmake_host_system_information(RESULT host QUERY FQDN)
+  set(account "$ENV{USER}")
+  if(account STREQUAL "")
+    set(account root)
+  endif()
+  set(builder "${account} <${account}@${host}>")
+endif()
+set(CORVANE_PACKAGE_CONTACT "${builder}" CACHE STRING
     "Who answers for the packages that are made here")
 
 set(CPACK_GENERATOR DEB)

@@ -211,7 +211,9 @@ TEST_F(ConsoleDamage, UnsavedWorkIsToldOfAndSavedOnDemand) {
   EXPECT_EQ(contents(), before);
   EXPECT_THAT(program.output("verify 'Recovered Family 2'"),
               HasSubstr("Savings: 167 transactions"));
-  EXPECT_EQ(program.run("recover .").err, "corvane-cli: There is no unsaved work.\n");
+  const ProgramResult again = program.run("recover . --csv");
+  EXPECT_EQ(again.err, "corvane-cli: There is no unsaved work.\n");
+  EXPECT_THAT(again.out, HasSubstr("workspace")) << "fields are named without a row too";
 }
 
 TEST_F(ConsoleDamage, AnUnusableTemporaryFolderIsToldOfAndReplaced) {

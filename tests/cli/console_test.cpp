@@ -8,6 +8,7 @@
 #include <array>
 
 #include "cli/console_program.h"
+#include "platform/data/json.h"
 #include "platform/data/sqlite.h"
 #include "storage/workspace/general_properties.h"
 #include "storage/workspace/workspace_document.h"
@@ -177,6 +178,9 @@ TEST_F(ConsoleProgramTest, RemovesTransactionsAndPortfolios) {
   EXPECT_THAT(program.output("ledger Family --portfolio Savings"),
               AllOf(Not(HasSubstr("To joint account")), HasSubstr("2304.17")));
   EXPECT_EQ(program.output("verify Family"), "Savings: 5 transactions, all balances are right.\n");
+  EXPECT_EQ(JSONValue::parse(program.output("verify Family --json")),
+            JSONValue::parse(R"([{"portfolio":"Savings","transactions":5,"isRight":true,)"
+                             R"("problem":null}])"));
   EXPECT_EQ(program.output("remove Family --portfolio Savings --whole-portfolio"), "");
   EXPECT_EQ(program.output("list Family"), "Portfolio  Currency  Transactions  From  To\n");
 }
@@ -226,6 +230,13 @@ TEST_F(ConsoleProgramTest, TellsOfADamagedLedger) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.out, "Savings: not right.\n");
   EXPECT_THAT(result.err, StartsWith("Savings: corvane-cli: "));
+  const ProgramResult data = program.run("verify Family --json");
+  EXPECT_EQ(data.exitCode, 1);
+  const auto rows = JSONValue::parse(data.out).array();
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_FALSE(rows[0].at("isRight").boolean());
+  EXPECT_TRUE(rows[0].at("transactions").isNull());
+  EXPECT_THAT(result.err, HasSubstr(rows[0].at("problem").string()));
 }
 
 TEST_F(ConsoleProgramTest, KeepsTheWatchlistOfAWorkspace) {

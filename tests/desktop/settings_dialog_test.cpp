@@ -10,11 +10,13 @@
 
 #include "desktop/app/help_window.h"
 #include "desktop/desktop_world.h"
+#include "desktop/look/qt_text.h"
 #include "desktop/window_driver.h"
 
 namespace corvane::testing {
 namespace {
 
+namespace fs = std::filesystem;
 using desktop::MainWindow;
 using desktop::SettingsDialog;
 
@@ -110,6 +112,22 @@ TEST_F(SettingsWindow, AsksBeforeQuittingWhereThatIsWished) {
   EXPECT_TRUE(world.application.endSession(true)) << "a session that ends asks nothing";
   EXPECT_TRUE(world.application.documentController().documents().empty());
   EXPECT_FALSE(world.application.delegate().lastAppBundleVersion.get().empty());
+}
+
+TEST_F(SettingsWindow, NamesTheFolderThatPanelsOfWorkspacesBeginIn) {
+  fs::create_directory(world.folder / "books");
+  auto* settings = open();
+  auto* folder = named<QLineEdit>(*settings, "Folder of workspaces");
+  QTest::keyClicks(folder, "/no/such/place");
+  QTest::keyClick(folder, Qt::Key_Return);
+  EXPECT_TRUE(folder->accessibleDescription().startsWith("⚠ There is no folder"));
+  folder->selectAll();
+  QTest::keyClicks(folder, desktop::qtPath(world.folder / "books"));
+  QTest::keyClick(folder, Qt::Key_Escape);
+  const auto start = [&] { return world.application.windows().folderForPanels(nullptr); };
+  EXPECT_EQ(start(), world.folder / "books");
+  fs::remove(world.folder / "books");
+  EXPECT_NE(start(), world.folder / "books") << "a panel cannot enter a folder that is gone";
 }
 
 TEST(HelpOfOtherKinds, IsShownByTheProgramWhereTheSystemCannot) {

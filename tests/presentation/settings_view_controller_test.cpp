@@ -103,6 +103,32 @@ TEST_F(SettingsTest, KeepsEachSettingAtOnceAndFollowsOthers) {
   EXPECT_EQ(settings->priceAdjustmentPopUpButton.selectedIndex, 0U);
 }
 
+TEST_F(SettingsTest, KeepsAFolderOfWorkspacesThatIsThere) {
+  std::filesystem::create_directory(folder.path() / "books");
+  const std::string books = (folder.path() / "books").string();
+  const auto settings = open();
+  settings->typeWorkspacesFolder(books);
+  EXPECT_EQ(application->workspacesFolder.get(), "") << "not while typing";
+  settings->keepWorkspacesFolder();
+  EXPECT_EQ(application->workspacesFolder.get(), books);
+  EXPECT_EQ(open()->workspacesFolderField.text, books);
+  for (const std::string& wrong :
+       {books + "/none", std::string("books"), (folder.path() / "settings.json").string()}) {
+    settings->typeWorkspacesFolder(wrong);
+    settings->keepWorkspacesFolder();
+    EXPECT_THAT(settings->workspacesFolderField.error, StartsWith("There is no folder")) << wrong;
+    EXPECT_EQ(settings->workspacesFolderField.text, wrong) << "what was typed is not lost";
+    EXPECT_EQ(application->workspacesFolder.get(), books);
+  }
+  settings->typeWorkspacesFolder("~");
+  settings->keepWorkspacesFolder();
+  EXPECT_EQ(application->workspacesFolder.get(), std::getenv("HOME"));
+  settings->typeWorkspacesFolder(" ");
+  settings->keepWorkspacesFolder();
+  EXPECT_EQ(application->workspacesFolder.get(), "");
+  EXPECT_EQ(settings->workspacesFolderField.error, "");
+}
+
 TEST_F(SettingsTest, KeepsTheAddressOfAServiceThatIsOne) {
   const auto settings = open();
   EXPECT_EQ(settings->serviceField.placeholder, YahooService().apiHost);

@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "cli/commands/commands.h"
+#include "cli/console/listing.h"
 #include "cli/console/workspace_file.h"
 #include "platform/system/resources.h"
 #include "storage/application/info_dictionary.h"
@@ -24,6 +25,7 @@ fs::path freePlace(const fs::path& folder, const std::string& name) {
 }
 
 void recover(const CommandLine& line, const Console& console) {
+  const ListingFormat format = listingFormat(line);
   const fs::path folder = line.word(0);
   std::error_code error;
   if (!fs::is_directory(folder, error)) {
@@ -36,6 +38,7 @@ void recover(const CommandLine& line, const Console& console) {
       .appMarketingVersion = info.shortVersion(),
       .temporaryDirectory = temporaryDirectory(console)};
   bool isAllWell = true;
+  Listing recovered({{"workspace", "Workspace"}, {"path", "Path"}});
   std::size_t count = 0;
   for (auto& copy : WorkingCopy::findAbandoned(surroundings.temporaryDirectory)) {
     endIfInterrupted();
@@ -45,13 +48,19 @@ void recover(const CommandLine& line, const Console& console) {
       document->recover(std::move(copy));
       const fs::path place = freePlace(folder, name);
       document->save(place);
-      console.out << place.string() << '\n';
+      if (format == ListingFormat::table) {
+        console.out << place.string() << '\n';
+      }
+      recovered.add({name, place.string()});
       ++count;
     } catch (const Error& failure) {
       document->keepUnsavedWork();
       console.present(failure);
       isAllWell = false;
     }
+  }
+  if (format != ListingFormat::table) {
+    recovered.write(format, console.out);
   }
   if (!isAllWell) {
     throw Failed(exitCode::failure);
@@ -67,7 +76,7 @@ Command recoverCommand() {
   return {.name = "recover",
           .summary = "Saves what programs that were ended have left unsaved.",
           .words = {"FOLDER"},
-          .options = {},
+          .options = listingOptions(),
           .explanation =
               "Each becomes a workspace “Recovered …” in FOLDER; nothing is replaced there. The "
               "file that\nit was opened from stays as it is. Their paths are written out.\n",

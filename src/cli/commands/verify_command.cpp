@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "cli/commands/commands.h"
+#include "cli/console/listing.h"
 #include "cli/console/workspace_file.h"
 #include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
@@ -29,7 +31,9 @@ std::optional<std::string> missingPart(const std::filesystem::path& path) {
   return std::nullopt;
 }
 
+/// What a reader sees of each portfolio at once; data is written when all have been looked at.
 void verify(const CommandLine& line, const Console& console) {
+  const ListingFormat format = listingFormat(line);
   const WorkspaceFile workspace(line.word(0), console);
   auto& manager = dynamic_cast<StoredPortfolioManager&>(*workspace.manager());
   if (const auto damage = anyDamage(manager.database())) {
@@ -41,18 +45,34 @@ void verify(const CommandLine& line, const Console& console) {
     console.warn(*missing);
     isAllWell = false;
   }
+  using enum Listing::Kind;
+  Listing verdicts({{"portfolio", "Portfolio"},
+                    {"transactions", "Transactions", number},
+                    {"isRight", "Right", boolean},
+                    {"problem", "Problem"}});
+  const auto tell = [&](const std::string& text) {
+    if (format == ListingFormat::table) {
+      console.out << text << '\n';
+    }
+  };
   for (const auto& portfolio : manager.portfolios()) {
     endIfInterrupted();
+    const std::string& name = portfolio->name;
     try {
       manager.verify(portfolio);
-      console.out << portfolio->name << ": " << portfolio->transactions().size()
-                  << " transactions, all balances are right.\n";
+      const std::string count = std::to_string(portfolio->transactions().size());
+      tell(name + ": " + count + " transactions, all balances are right.");
+      verdicts.add({name, count, "true", ""});
     } catch (const Error& error) {
-      console.out << portfolio->name << ": not right.\n";
-      console.err << portfolio->name << ": ";
+      tell(name + ": not right.");
+      verdicts.add({name, "", "false", error.description().value_or("")});
+      console.err << name << ": ";
       console.present(error);
       isAllWell = false;
     }
+  }
+  if (format != ListingFormat::table) {
+    verdicts.write(format, console.out);
   }
   if (!isAllWell) {
     throw Failed(exitCode::failure);
@@ -66,10 +86,11 @@ Command verifyCommand() {
       .name = "verify",
       .summary = "Replays every ledger of a workspace and checks all balances.",
       .words = {"WORKSPACE"},
-      .options = {},
+      .options = listingOptions(),
       .explanation =
           "Balances are compared with a walk over the transactions, and so are the yearly totals "
-          "in the\nfile. Nothing is changed. The exit code is 0 when everything is right.\n",
+          "in the\nfile. Nothing is changed. The exit code is 0 when everything is right. As data, "
+          "a portfolio that\nis not right has its problem with it.\n",
       .run = &verify};
 }
 

@@ -18,7 +18,8 @@ namespace corvane::desktop {
 DesktopApplication::DesktopApplication(DesktopSurroundings surroundings)
     : surroundings_(std::move(surroundings)),
       windows_(std::make_shared<DocumentWindows>(
-          [this](const auto& document) { return std::make_shared<MainWindow>(*this, document); })) {
+          [this](const auto& document) { return std::make_shared<MainWindow>(*this, document); },
+          [this] { return delegate_->workspacesFolder.get(); })) {
   shell_->menuStateChanged = [this] {
     for (const auto& window : windows_->windows()) {
       window->updateMarketMenu();
@@ -110,7 +111,7 @@ void DesktopApplication::newWorkspace(QWidget* from) {
 }
 
 void DesktopApplication::chooseAndOpenWorkspace(QWidget* from, const WorkspaceDocument* near) {
-  if (const auto chosen = OpenWorkspacePanel(from, folderForPanels(near)).ask()) {
+  if (const auto chosen = OpenWorkspacePanel(from, windows_->folderForPanels(near)).ask()) {
     openWorkspace(from, *chosen);
   }
 }

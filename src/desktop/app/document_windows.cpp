@@ -13,7 +13,7 @@
 
 namespace corvane::desktop {
 
-std::filesystem::path folderForPanels(const WorkspaceDocument* document) {
+std::filesystem::path DocumentWindows::folderForPanels(const WorkspaceDocument* document) const {
   if (document != nullptr && document->fileURL()) {
     // The sample lies among the program's own files, where the user cannot save.
     const std::filesystem::path folder = document->fileURL()->parent_path();
@@ -21,7 +21,9 @@ std::filesystem::path folderForPanels(const WorkspaceDocument* document) {
       return folder;
     }
   }
-  return filePath(documentsFolder());
+  const QString chosen = workspacesFolder_ ? qtText(workspacesFolder_()) : QString();
+  const bool isThere = !chosen.isEmpty() && QFileInfo(chosen).isDir();
+  return filePath(isThere ? chosen : documentsFolder());
 }
 
 std::shared_ptr<MainWindow> DocumentWindows::windowOf(const WorkspaceDocument& document) const {

@@ -1,9 +1,12 @@
 // The windows of the open documents, and the questions that documents ask in them.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "storage/workspace/document_shell.h"
 
@@ -20,10 +23,18 @@ class DocumentWindows : public DocumentShell {
   using MakeWindow =
       std::function<std::shared_ptr<MainWindow>(const std::shared_ptr<WorkspaceDocument>&)>;
 
-  explicit DocumentWindows(MakeWindow makeWindow) : makeWindow_(std::move(makeWindow)) {}
+  /// `workspacesFolder` is where the user keeps workspaces; empty for his documents.
+  explicit DocumentWindows(MakeWindow makeWindow,
+                           std::function<std::string()> workspacesFolder = {})
+      : makeWindow_(std::move(makeWindow)), workspacesFolder_(std::move(workspacesFolder)) {}
 
   [[nodiscard]] std::shared_ptr<MainWindow> windowOf(const WorkspaceDocument& document) const;
   [[nodiscard]] std::vector<std::shared_ptr<MainWindow>> windows() const;
+
+  /// The folder that a panel for workspaces starts in: that of `document` where it has a file that
+  /// the user may save beside, else the one of the settings where there is one, else the user's
+  /// documents.
+  [[nodiscard]] std::filesystem::path folderForPanels(const WorkspaceDocument* document) const;
 
   /// Hides the windows of documents that are not in `open`, and lets go of them after the present
   /// event has been handled.
@@ -46,11 +57,8 @@ class DocumentWindows : public DocumentShell {
   [[nodiscard]] QWidget* widgetOf(const WorkspaceDocument& document) const;
 
   MakeWindow makeWindow_;
+  std::function<std::string()> workspacesFolder_;
   std::map<const WorkspaceDocument*, std::shared_ptr<MainWindow>> windows_;
 };
-
-/// The folder that a panel for workspaces starts in: that of `document` where it has a file, else
-/// the user's documents.
-[[nodiscard]] std::filesystem::path folderForPanels(const WorkspaceDocument* document);
 
 }  // namespace corvane::desktop

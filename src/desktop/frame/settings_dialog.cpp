@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "desktop/look/check_mark.h"
+#include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -56,6 +58,9 @@ SettingsDialog::SettingsDialog(AppDelegate& application, UserDefaults& defaults,
       confirmQuit_(new QCheckBox(qtText(controller_.confirmQuitButton.title))),
       diagnosticTools_(new QCheckBox(qtText(controller_.diagnosticToolsButton.title))),
       priceAdjustment_(new QComboBox),
+      folder_(new QLineEdit),
+      chooseFolder_(new QPushButton(QStringLiteral("Choose…"))),
+      folderNote_(makeNote({})),
       service_(new QLineEdit),
       test_(new QPushButton(qtText(controller_.testServiceButton.title))),
       serviceNote_(makeNote({})) {
@@ -73,6 +78,21 @@ SettingsDialog::SettingsDialog(AppDelegate& application, UserDefaults& defaults,
   connect(priceAdjustment_, &QComboBox::activated, this, [this](int index) {
     controller_.choosePriceAdjustment(static_cast<std::size_t>(index));
   });
+  connectFields();
+  controller_.changeHandler = [this] { showState(); };
+  showState();
+}
+
+void SettingsDialog::connectFields() {
+  connect(folder_, &QLineEdit::textEdited, this, [this](const QString& text) {
+    controller_.typeWorkspacesFolder(utf8Text(text));
+    showState();
+  });
+  connect(folder_, &QLineEdit::editingFinished, this, [this] {
+    controller_.keepWorkspacesFolder();
+    showState();
+  });
+  connect(chooseFolder_, &QPushButton::clicked, this, &SettingsDialog::chooseFolder);
   connect(service_, &QLineEdit::textEdited, this, [this](const QString& text) {
     controller_.typeService(utf8Text(text));
     showState();
@@ -85,8 +105,36 @@ SettingsDialog::SettingsDialog(AppDelegate& application, UserDefaults& defaults,
     controller_.testServiceAction();
     showState();
   });
-  controller_.changeHandler = [this] { showState(); };
-  showState();
+}
+
+void SettingsDialog::chooseFolder() {
+  const QString start = folder_->text().isEmpty() ? documentsFolder() : folder_->text();
+  const QString chosen =
+      QFileDialog::getExistingDirectory(this, QStringLiteral("Folder of Workspaces"), start);
+  if (!chosen.isEmpty()) {
+    controller_.typeWorkspacesFolder(utf8Text(chosen));
+    controller_.keepWorkspacesFolder();
+    showState();
+  }
+}
+
+QFormLayout* SettingsDialog::makeWorkspaces() {
+  folder_->setPlaceholderText(qtText(controller_.workspacesFolderField.placeholder));
+  folder_->setAccessibleName(QStringLiteral("Folder of workspaces"));
+  chooseFolder_->setAccessibleName(QStringLiteral("Choose the folder of workspaces"));
+  chooseFolder_->setAutoDefault(false);
+  folderNote_->setTextFormat(Qt::PlainText);
+  auto* row = new QHBoxLayout;
+  row->setSpacing(spacing::narrow);
+  row->addWidget(folder_, 1);
+  row->addWidget(chooseFolder_);
+  auto* label = new QLabel(QStringLiteral("&Workspaces:"));
+  label->setBuddy(folder_);
+  auto* form = new QFormLayout;
+  form->setSpacing(spacing::narrow);
+  form->addRow(label, row);
+  form->addRow(QString(), folderNote_);
+  return form;
 }
 
 void SettingsDialog::layOut() {
@@ -137,6 +185,7 @@ void SettingsDialog::layOut() {
   column->addLayout(prices);
   column->addSpacing(spacing::narrow);
   column->addWidget(makeSection(QStringLiteral("Program")));
+  column->addLayout(makeWorkspaces());
   column->addWidget(confirmQuit_);
   column->addLayout(explained(
       diagnosticTools_,
@@ -154,6 +203,15 @@ void SettingsDialog::showState() {
   showChecked(*diagnosticTools_, controller_.diagnosticToolsButton.isOn);
   priceAdjustment_->setCurrentIndex(
       static_cast<int>(controller_.priceAdjustmentPopUpButton.selectedIndex.value_or(0)));
+  const TextField& folder = controller_.workspacesFolderField;
+  if (const QString text = qtText(folder.text); folder_->text() != text) {
+    folder_->setText(text);
+  }
+  folderNote_->setText(folder.error.empty()
+                           ? QStringLiteral("Where workspaces are opened and saved that have no "
+                                            "folder of their own yet.")
+                           : QStringLiteral("⚠ ") + qtText(folder.error));
+  folder_->setAccessibleDescription(folderNote_->text());
   if (const QString text = qtText(controller_.serviceField.text); service_->text() != text) {
     service_->setText(text);
   }
@@ -169,6 +227,7 @@ void SettingsDialog::showState() {
 }
 
 void SettingsDialog::done(int result) {
+  controller_.keepWorkspacesFolder();
   controller_.keepService();
   QDialog::done(result);
 }

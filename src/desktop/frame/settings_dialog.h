@@ -7,6 +7,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -21,11 +22,14 @@ class SettingsDialog : public QDialog {
   /// The first two outlive this.
   SettingsDialog(AppDelegate& application, UserDefaults& defaults, QWidget* parent);
 
-  /// Keeps an address that is being typed, where it is one.
+  /// Keeps a folder and an address that are being typed, where they are such.
   void done(int result) override;
 
  private:
   void layOut();
+  QFormLayout* makeWorkspaces();
+  void chooseFolder();
+  void connectFields();
   void showState();
 
   SettingsViewController controller_;
@@ -34,6 +38,9 @@ class SettingsDialog : public QDialog {
   QCheckBox* confirmQuit_;
   QCheckBox* diagnosticTools_;
   QComboBox* priceAdjustment_;
+  QLineEdit* folder_;
+  QPushButton* chooseFolder_;
+  QLabel* folderNote_;
   QLineEdit* service_;
   QPushButton* test_;
   QLabel* serviceNote_;

@@ -1,6 +1,8 @@
 #include "presentation/frame/settings_view_controller.h"
 
 #include <array>
+#include <cstdlib>
+#include <filesystem>
 #include <utility>
 
 #include "marketdata/yahoo/yahoo_quote_provider.h"
@@ -50,6 +52,8 @@ SettingsViewController::SettingsViewController(AppDelegate& application, UserDef
     }));
   }
   load();
+  workspacesFolderField.placeholder = "Your documents";
+  workspacesFolderField.text = application.workspacesFolder.get();
   const auto address = QuoteServiceAddress::of(defaults_);
   serviceField.text = address ? address->text() : "";
 }
@@ -85,6 +89,34 @@ void SettingsViewController::setDiagnosticTools(bool isOn) {
 void SettingsViewController::choosePriceAdjustment(std::size_t index) {
   application_.choosePriceAdjustment(*priceAdjustmentPopUpButton.items.at(index).value);
   load();
+}
+
+void SettingsViewController::typeWorkspacesFolder(std::string text) {
+  workspacesFolderField.text = std::move(text);
+  workspacesFolderField.error.clear();
+}
+
+void SettingsViewController::keepWorkspacesFolder() {
+  workspacesFolderField.error.clear();
+  std::string folder = workspacesFolderField.text;
+  if (folder.find_first_not_of(' ') == std::string::npos) {
+    workspacesFolderField.text.clear();
+    application_.workspacesFolder.set("");
+    return;
+  }
+  if (const char* home = std::getenv("HOME");
+      home != nullptr && (folder == "~" || folder.starts_with("~/"))) {
+    folder.replace(0, 1, home);
+  }
+  std::error_code unreadable;
+  if (!std::filesystem::path(folder).is_absolute() ||
+      !std::filesystem::is_directory(folder, unreadable)) {
+    workspacesFolderField.error =
+        "There is no folder of this name. Its path begins with “/” or “~/”.";
+    return;
+  }
+  workspacesFolderField.text = folder;
+  application_.workspacesFolder.set(folder);
 }
 
 void SettingsViewController::typeService(std::string text) {

@@ -32,6 +32,8 @@ class SettingsViewController {
   CheckBox confirmQuitButton;
   CheckBox diagnosticToolsButton;
   PopUpButton<PriceAdjustment> priceAdjustmentPopUpButton;
+  /// Where panels for workspaces begin; empty for the user's documents.
+  TextField workspacesFolderField;
   /// The address of the service; empty for the usual one, which is its placeholder.
   TextField serviceField;
   Button testServiceButton;
@@ -47,6 +49,11 @@ class SettingsViewController {
   void setConfirmQuit(bool isOn);
   void setDiagnosticTools(bool isOn);
   void choosePriceAdjustment(std::size_t index);
+  /// Takes the text as it is being typed; nothing is kept yet.
+  void typeWorkspacesFolder(std::string text);
+  /// Keeps the folder where there is one of this name, "~" being the user's home; says in
+  /// workspacesFolderField.error what is wrong otherwise, and what was kept stays.
+  void keepWorkspacesFolder();
   /// Takes the text as it is being typed; nothing is kept yet.
   void typeService(std::string text);
   /// Keeps the address, if it is one; says in serviceField.error what is wrong otherwise, and what

@@ -17,6 +17,7 @@ AppDelegate::AppDelegate(ApplicationSurroundings surroundings)
       preferLocalTimeZone("preferLocalTimeZone", false, surroundings.defaults),
       indicateFetchedRows("indicateFetchedRows", false, surroundings.defaults),
       confirmBeforeQuit("confirmBeforeQuit", false, surroundings.defaults),
+      workspacesFolder("workspacesFolder", "", surroundings.defaults),
       diagnosticToolsEnabled("diagnosticToolsEnabled", false, surroundings.defaults),
       surroundings_(std::move(surroundings)),
       documentController_(workspaceSurroundings(), surroundings_.defaults),

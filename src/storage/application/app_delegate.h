@@ -91,6 +91,8 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
   UserDefaultsBacked<bool> preferLocalTimeZone;
   UserDefaultsBacked<bool> indicateFetchedRows;
   UserDefaultsBacked<bool> confirmBeforeQuit;
+  /// Where panels for workspaces begin, an absolute path; empty for the user's documents.
+  UserDefaultsBacked<std::string> workspacesFolder;
   /// A change shows in the menus of all windows with the next turn of the main queue. Without the
   /// tools nothing of theirs stays behind: the log closes, and prices come from everywhere again.
   UserDefaultsBacked<bool> diagnosticToolsEnabled;
