@@ -38,7 +38,8 @@ TEST(ScreenRenderer, WritesEveryScreenInBothAppearances) {
   for (const std::string screen :
        {"start", "portfolio-1-retirement-home-holdings", "portfolio-1-retirement-home-transactions",
         "portfolio-1-retirement-home-gains", "form-new-portfolio", "form-portfolio-details",
-        "form-transaction-buy", "form-transaction-journaled-shares", "form-bulk-transactions"}) {
+        "form-transaction-buy", "form-transaction-journaled-shares", "form-bulk-transactions",
+        "form-statement", "form-statement-imports"}) {
     const QImage light(desktop::qtPath(folder / (screen + "-light.png")));
     const QImage dark(desktop::qtPath(folder / (screen + "-dark.png")));
     EXPECT_EQ(light.size(), desktop::ScreenRenderer::pictureSize) << screen;

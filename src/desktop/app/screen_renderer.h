@@ -37,6 +37,7 @@ class ScreenRenderer {
   void renderEquities();
   void renderScenarios(const QString& name);
   void renderForms();
+  void renderStatement();
   void renderTransactionForms();
   /// Writes the window, and on it the dialog that is open, where there is one.
   void write(const QString& name);
