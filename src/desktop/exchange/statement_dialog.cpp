@@ -312,6 +312,9 @@ void StatementDialog::showQuestions() {
     answers_.push_back(field);
   }
   questionBox_->setVisible(!answers_.empty());
+  if (!answers_.empty() && !isVisible()) {
+    answers_.front()->setFocus();  // what has to be answered comes first
+  }
 }
 
 void StatementDialog::giveAnswers() {
