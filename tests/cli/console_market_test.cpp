@@ -174,6 +174,24 @@ TEST_F(ConsoleMarketTest, TakesMissingExchangeRatesFromTheMarketWhereTheUserSays
             "Imported 2 transactions.\n");
 }
 
+TEST_F(ConsoleMarketTest, FindsTheSymbolsOfAStatement) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(
+      program.folder / "a.csv",
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n"
+      "2024-03-05,2024-03-05,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,1000\n"
+      "2024-03-08,2024-03-11,A1,TFSA,Trade,BUY,,MAPRK,Maplerock,CAD,4,25,0,-100\n"
+      "2024-03-08,2024-03-11,A1,TFSA,Trade,BUY,,,Borealind Railway,CAD,4,25,0,-100\n");
+  const ProgramResult preview = program.run(
+      "import a.csv --into Family --portfolio Savings --preview --find-symbols --sample-market");
+  EXPECT_EQ(preview.exitCode, 1);
+  EXPECT_THAT(preview.out,
+              AllOf(HasSubstr("Say --symbol \"Borealind Railway=BOREA.TO\". Found: BOREA.TO, "
+                              "Borealind Railway Company"),
+                    HasSubstr("“MAPRK” has no prices in CAD; say --symbol \"MAPRK=MAPRK.TO\"")));
+}
+
 TEST_F(ConsoleMarketTest, ReplaysAStrategyOverPastPrices) {
   const std::string days = "--from 2022-01-01 --to 2023-12-31 --sample-market";
   const std::string text = program.output("backtest CASTR " + days);

@@ -78,6 +78,7 @@ TEST_F(ConsoleProgramTest, ReadsAStatementByItsLayout) {
   const std::string answered = import + " --symbol 'Boreal Rail=BOREA.TO'";
   EXPECT_EQ(program.output(answered + " --preview"),
             "“Wealthsimple, activities”, UTF-8.\n"
+            "Line 1 has the headings of the layout.\n"
             "Days are year, month, day, as was said.\n"
             "Line  Verdict  Day         Kind     Symbol    Shares  Amount  Currency  Rate  Reason\n"
             "   2  new      2025-01-06  deposit                      1000  CAD\n"
@@ -89,6 +90,59 @@ TEST_F(ConsoleProgramTest, ReadsAStatementByItsLayout) {
   EXPECT_EQ(program.output(import),
             "Nothing is new: all 2 rows of “a.csv” are in the ledger already.\n");
   EXPECT_THAT(program.output("statements"), HasSubstr("wealthsimple-activities"));
+}
+
+TEST_F(ConsoleProgramTest, KeepsWhatIsSaidOfAStatement) {
+  setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  const std::string heading =
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n";
+  const std::string rows =
+      "2025-01-06,2025-01-06,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,USD,,,,1000\n"
+      "2025-01-07,2025-01-08,A1,TFSA,Trade,BUY,,BOREA,Boreal Rail,USD,10,20.5,0,-205\n"
+      "2025-01-07,2025-01-08,B2,RRSP,Corporate,SPINOFF,,,,CAD,,,,1.25\n";
+  testing::writeText(program.folder / "a.csv", heading + rows);
+  testing::writeText(program.folder / "rates.csv", "2025-01-06,USD,1.4\n");
+  const std::string import = "import a.csv --into Family --portfolio Savings";
+  expectRefused(import, 1,
+                "Line 3: no exchange rate for USD on 7 January 2025. Say --rates market to look it "
+                "up.\ncorvane-cli: Line 4, column “activity_type”: “Corporate / SPINOFF” is not in "
+                "the layout. Leave the line out (--leave-out 4) or tell what it means in "
+                "~/.config/corvane/statements/wealthsimple-activities.toml.\n"
+                "Nothing has been imported.\n");
+  EXPECT_THAT(
+      program.output(import + " --rates rates.csv --account A1 --preview"),
+      AllOf(HasSubstr("1.4, rates.csv of 6 January 2025"), HasSubstr("it is of another account")));
+  EXPECT_EQ(
+      program.output(import + " --rates rates.csv --kind 'Corporate / SPINOFF=cash'"),
+      "Kept in " +
+          (program.folder / "config/corvane/statements/wealthsimple-activities.toml").string() +
+          ".\nImported 3 transactions.\n");
+  // The next file begins on the day with which this one has ended, and needs no answer.
+  testing::writeText(program.folder / "a.csv",
+                     heading +
+                         "2025-01-07,2025-01-08,B2,RRSP,Corporate,SPINOFF,,,,CAD,,,,1.25\n"
+                         "2025-01-09,2025-01-09,B2,RRSP,Corporate,SPINOFF,,,,CAD,,,,2.50\n");
+  EXPECT_EQ(program.output(import),
+            "Imported 1 transactions.\n1 row is perhaps there already and left out; see --preview "
+            "and --twins record.\n");
+  EXPECT_EQ(program.output(import + " --twins record --dry-run"), "Imported 1 transactions.\n");
+  EXPECT_EQ(program.run(import + " --twins maybe").exitCode, 2);
+}
+
+TEST_F(ConsoleProgramTest, RemembersWhereColumnsAre) {
+  setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(program.folder / "a.csv", "Day,What,How much\n2025-01-14,Deposit,7.36\n");
+  EXPECT_THAT(program.output("import a.csv --into Family --portfolio Savings --fields "
+                             "tradeDate,type,cashAmount --remember-layout 'My Bank'"),
+              HasSubstr("statements/my-bank.toml.\nImported 1 transactions.\n"));
+  testing::writeText(program.folder / "b.csv",
+                     "Day,What,How much\n2025-01-14,Deposit,7.36\n2025-02-14,Fees,-1.00\n");
+  EXPECT_THAT(program.output("import b.csv --into Family --portfolio Savings"),
+              HasSubstr("Imported 1 transactions.\n"));
+  EXPECT_THAT(program.output("statements"), HasSubstr("my-bank"));
 }
 
 TEST_F(ConsoleProgramTest, RefusesWhatACellDoesNotMean) {

@@ -50,7 +50,7 @@ TEST(ScreenRenderer, WritesEveryScreenInBothAppearances) {
        {"start", "portfolio-1-retirement-home-holdings", "portfolio-1-retirement-home-transactions",
         "portfolio-1-retirement-home-gains", "form-new-portfolio", "form-portfolio-details",
         "form-transaction-buy-1000x640", "form-transaction-journaled-shares-1440x900",
-        "form-bulk-transactions-1000x640"}) {
+        "form-bulk-transactions-1000x640", "form-statement", "form-statement-imports"}) {
     const QImage light(desktop::qtPath(folder / (screen + "-light.png")));
     const QImage dark(desktop::qtPath(folder / (screen + "-dark.png")));
     const QSize size = sizeInName(screen).value_or(desktop::ScreenRenderer::pictureSize);

@@ -54,6 +54,10 @@ TEST_F(EndToEnd, ImportsExportsSavesAndOpensAgain) {
   EXPECT_EQ(wordsOfFailure("one_evening.py' '" CORVANE_PROGRAMS "' '" CORVANE_EXAMPLES "'"), "");
 }
 
+TEST_F(EndToEnd, TakesAStatementAsItIs) {
+  EXPECT_EQ(wordsOfFailure("broker_statement.py' '" CORVANE_PROGRAMS "'"), "");
+}
+
 TEST_F(EndToEnd, KeepsALedgerByHand) {
   EXPECT_EQ(wordsOfFailure("every_entry.py' '" CORVANE_PROGRAMS "'"), "");
 }

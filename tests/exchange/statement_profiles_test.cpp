@@ -81,6 +81,11 @@ TEST(StatementProfile, NamesThePlaceOfWhatIsWrong) {
        "x.toml, line 4, column 11: “{x}” has braces without a name that a pattern knows."},
       {top + fields + "kinds = { \"A b\" = \"buy\", \"a  B\" = \"sell\" }\n",
        "x.toml, line 4, column 26: “a  B” stands here twice."},
+      {top + fields + "kinds = { \"*fee\" = \"cash\", \"*tax\" = \"ignore\" }\n", ""},
+      {top + fields + "kinds = { \"*fee*\" = \"cash\", \"*tax*\" = \"ignore\" }\n",
+       "x.toml, line 4, column 29: “*tax*” and “*fee*” fit the same texts equally well."},
+      {top + fields + "kinds = { \"*fee*\" = \"cash\", \"*tax*\" = \"cash\" }\n", ""},
+      {top + fields + "kinds = { \"{digits}a\" = \"cash\", \"{symbol}b\" = \"buy\" }\n", ""},
       {top + fields + "days = \"ydm\"\nkind = \"cash\"\n",
        "x.toml, line 4, column 8: “ydm” is none of “ymd”, “dmy”, “mdy”."},
       {top + "note = \"\"\"a\"\"\"\n",
@@ -247,12 +252,17 @@ TEST_F(Statements, AsksWhatOnlyTheUserKnows) {
       "Settlement Date,Broker\n"
       "Penwyth World / ISIN IE0000000001,Buy,2.5,£40.00,£100.00,23/12/24 15:18:12,27/12/24,None\n"
       "Penwyth World / ISIN IE0000000001,Swap,2.5,£40.00,£100.00,23/12/24 15:18:12,27/12/24,None\n";
-  EXPECT_THAT(
-      linesOf(preview(text)),
-      ElementsAre("2 asks (“IE0000000001” has no symbol yet. Say --symbol \"IE0000000001=…\".)",
-                  "3 refused (column “Transaction Type”: “Swap” is not in the layout. Leave the "
-                  "line out (--leave-out 3) or tell what it means in "
-                  "~/.config/corvane/statements/investengine.toml.)"));
+  EXPECT_THAT(linesOf(preview(text)),
+              ElementsAre("2 asks (“IE0000000001” has no symbol yet.)",
+                          "3 refused (column “Transaction Type”: “Swap” is not in the layout.)"));
+  std::vector<std::string> remedies;
+  for (const StatementRow& row : preview(text).reading.rows) {
+    remedies.push_back(row.remedy);
+  }
+  EXPECT_THAT(remedies, ::testing::UnorderedElementsAre(
+                            "Say --symbol \"IE0000000001=…\".",
+                            "Leave the line out (--leave-out 3) or tell what it means in "
+                            "~/.config/corvane/statements/investengine.toml."));
   options.symbols = {{"ie0000000001", "PWLD.L"}};
   options.leaveOut = {3};
   const StatementPreview answered = preview(text);

@@ -9,6 +9,7 @@
 #include "cli/console/price_source.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/imports/import_controller.h"
+#include "exchange/imports/import_job.h"
 #include "exchange/imports/portfolio_transactions_importer.h"
 #include "platform/system/terminal.h"
 
@@ -58,10 +59,19 @@ void setUpReading(PortfolioTransactionsImporter& importer, const CommandLine& li
 
 /// Options that say how columns are read which --fields has placed, and those for layouts.
 constexpr std::array forFields = {"--no-header", "--date-format", "--file-reading",
-                                  "--standard-reading"};
-constexpr std::array forLayouts = {"--preview",       "--profile", "--leave-out",
-                                   "--symbol",        "--rates",   "--offline",
-                                   "--sample-market", "--csv",     "--json"};
+                                  "--standard-reading", "--remember-layout"};
+constexpr std::array forLayouts = {
+    "--preview", "--profile", "--leave-out",    "--symbol",        "--rates", "--offline", "--kind",
+    "--account", "--twins",   "--find-symbols", "--sample-market", "--csv",   "--json"};
+
+/// Keeps the places of the columns as a layout, where the user has named one.
+void rememberLayout(const CommandLine& line, PortfolioTransactionsImporter& importer,
+                    const Console& console) {
+  if (const auto name = line.value("--remember-layout")) {
+    const auto heading = ImportSource(line.word(0)).header().strings();
+    console.out << "Kept in " << importer.rememberLayout(*name, heading).string() << ".\n";
+  }
+}
 
 void importStatement(const CommandLine& line, const Console& console) {
   const bool hasFields = line.has("--fields");
@@ -102,13 +112,12 @@ void importStatement(const CommandLine& line, const Console& console) {
   }
   if (!line.has("--dry-run")) {
     workspace.save();
+    rememberLayout(line, *importer, console);
   }
   console.out << "Imported " << importer->transactionsToRecord().size() << " transactions.\n";
 }
 
-}  // namespace
-
-Command importCommand() {
+std::vector<Option> importOptions() {
   std::vector<Option> options = {
       {"--into", "WORKSPACE", "the workspace", true},
       {"--portfolio", "NAME", "the portfolio in it", true},
@@ -117,12 +126,24 @@ Command importCommand() {
       {"--leave-out", "LINES", "lines that are not imported, with commas between"},
       {"--symbol", "TEXT=SYMBOL", "the symbol of what the file calls TEXT; may be repeated", false,
        true},
-      {"--rates", "market", "takes missing exchange rates from the market's daily closes", false,
-       false, "market"},
+      {"--find-symbols", "", "searches the market for symbols that are missing, and tells them"},
+      {"--kind", "WORD=KIND",
+       "what a word of the file means, such as Uttag=withdrawal; may be "
+       "repeated, and is kept in your layouts",
+       false, true},
+      {"--account", "NAME", "takes the rows of this account alone; may be repeated", false, true},
+      {"--rates", "SOURCE",
+       "takes missing exchange rates from the market's daily closes (market), "
+       "or from a file with day, currency and rate",
+       false, false, "market"},
+      {"--twins", "record", "records rows that are perhaps there already", false, false, "record"},
       {"--days", "ORDER", "dmy, mdy or ymd: how days are written", false, false, "dmy mdy ymd"},
       {"--decimal", "MARK", "what stands before decimals, . or ,"},
       {"--currency", "CODE", "the currency of rows that name none"},
       {"--fields", "LIST", "places the columns by hand, see below"},
+      {"--remember-layout", "NAME",
+       "with --fields: keeps a layout of this name in your folder, by "
+       "which such files are read without --fields"},
       {"--no-header", "", "with --fields: the first line is a transaction and no header"},
       {"--date-format", "FORMAT", "with --fields: how dates are written, such as dd.MM.yyyy"},
       {"--file-reading", "", "with --fields: takes each cell for what it means by itself"},
@@ -131,11 +152,17 @@ Command importCommand() {
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   options.push_back({"--csv", "", "with --preview: writes the lines as delimited text"});
   options.push_back({"--json", "", "with --preview: writes the lines as an array of objects"});
+  return options;
+}
+
+}  // namespace
+
+Command importCommand() {
   return {
       .name = "import",
       .summary = "Reads a statement into a portfolio.",
       .words = {"FILE"},
-      .options = std::move(options),
+      .options = importOptions(),
       .explanation =
           "FILE is a statement as a broker or bank writes it. The program knows the layouts that\n"
           "“corvane-cli statements” lists, and finds the one that fits. What the file leaves open\n"

@@ -13,12 +13,12 @@
 #include "cli/console/listing.h"
 #include "cli/console/price_source.h"
 #include "cli/console/workspace_file.h"
-#include "core/market/price_adjuster.h"
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/statements/statement_memory.h"
 #include "exchange/statements/statement_preview.h"
+#include "exchange/statements/statement_rates.h"
+#include "exchange/statements/symbol_search.h"
 #include "exchange/strict/cell_text.h"
-#include "platform/async/dispatch_queue.h"
 #include "platform/overloaded.h"
 #include "platform/system/file_manager.h"
 #include "platform/system/terminal.h"
@@ -48,6 +48,21 @@ void readSymbols(const CommandLine& line, StatementOptions& options) {
     const std::size_t first = entry.ends_with("=X") ? entry.find('=') : sign;
     options.symbols.insert_or_assign(foldedText(entry.substr(0, first)),
                                      std::string(trimmedCell(entry.substr(first + 1))));
+  }
+}
+
+void readKinds(const CommandLine& line, StatementOptions& options) {
+  const std::string given = line.value("--kind").value_or("");
+  for (const std::string_view entry : splitText(given, '\n')) {
+    const std::size_t sign = entry.rfind('=');
+    const auto kind = sign == entry.npos
+                          ? std::nullopt
+                          : statementKindWithRawValue(trimmedCell(entry.substr(sign + 1)));
+    if (!kind || sign == 0) {
+      throw UsageError("“" + std::string(entry) +
+                       "” does not tell what a word means, as in --kind \"Uttag=withdrawal\".");
+    }
+    options.kinds.insert_or_assign(std::string(trimmedCell(entry.substr(0, sign))), *kind);
   }
 }
 
@@ -81,86 +96,27 @@ StatementOptions optionsIn(const CommandLine& line) {
     options.leaveOut.insert(value);
   }
   readSymbols(line, options);
+  readKinds(line, options);
+  const std::string accounts = line.value("--account").value_or("");
+  for (const std::string_view account : splitText(accounts, '\n')) {
+    options.accounts.emplace(account);
+  }
+  if (const auto twins = line.value("--twins")) {
+    if (*twins != "record") {
+      throw UsageError("“" + *twins + "” is not what becomes of twins: record.");
+    }
+    options.recordsTwins = true;
+  }
   return options;
 }
 
-using Rate = StatementSurroundings::Rate;
-
-/// The daily closes of the currencies that a file needs.
-class MarketRates {
- public:
-  /// Notes what is needed, and knows nothing yet.
-  std::optional<Rate> note(const Currency& currency, YearMonthDay day) {
-    const auto [entry, isNew] = needs_.try_emplace(std::string(currency.code), currency, day, day);
-    auto& [unused, first, last] = entry->second;
-    first = std::min(first, day);
-    last = std::max(last, day);
-    return std::nullopt;
-  }
-  [[nodiscard]] bool areNeeded() const { return !needs_.empty(); }
-
-  void fetch(const std::shared_ptr<QuoteProvider>& provider, const Currency& primary,
-             const Calendar& calendar, const Console& console) {
-    for (const auto& [code, need] : needs_) {
-      const auto& [currency, first, last] = need;
-      const DateRange range(
-          YearMonthDay::normalised(first.year, first.month, first.day - longestGap, calendar)
-              .startIn(calendar),
-          YearMonthDay::normalised(last.year, last.month, last.day + 1, calendar)
-              .startIn(calendar));
-      const auto outcome = std::make_shared<std::optional<Result<QuoteFetchResult>>>();
-      provider->fetchQuotes(
-          {provider->exchangeRateEquity(currency, primary), range,
-           QuoteQuery::Quotes{QuoteInterval::oneDay, PriceAdjustment::marketNominal}},
-          std::make_shared<PriceAdjuster>(provider), [outcome](Result<QuoteFetchResult> answer) {
-            DispatchQueue::main()->async(
-                [outcome, answer = std::move(answer)]() mutable { *outcome = std::move(answer); });
-          });
-      waitFor([&] { return outcome->has_value(); });
-      if (!**outcome) {
-        console.warn("No rates of " + code + ". " +
-                     (**outcome).error()->description().value_or(""));
-        continue;
-      }
-      if ((**outcome)->quotes) {
-        for (const Quote& bar : *(**outcome)->quotes) {
-          if (bar.close && *bar.close > 0) {
-            // A day of currencies starts at midnight of another place: its middle tells which it
-            // is.
-            const Date middle = bar.fromDate + bar.toDate.timeIntervalSince(bar.fromDate) / 2;
-            closes_[code].insert_or_assign(YearMonthDay::of(middle, calendar), *bar.close);
-          }
-        }
-      }
-    }
-  }
-
-  /// The close of the day, or of the last one before it within a week.
-  [[nodiscard]] std::optional<Rate> rate(const Currency& currency, YearMonthDay day,
-                                         const Calendar& calendar) const {
-    const auto closes = closes_.find(std::string(currency.code));
-    if (closes == closes_.end()) {
-      return std::nullopt;
-    }
-    auto after = closes->second.upper_bound(day);
-    const auto earliest =
-        YearMonthDay::normalised(day.year, day.month, day.day - longestGap, calendar);
-    if (after == closes->second.begin() || (--after)->first < earliest) {
-      return std::nullopt;
-    }
-    return Rate{after->second, "market close of " + spelledDay(after->first)};
-  }
-
- private:
-  static constexpr int longestGap = 7;
-
-  std::map<std::string, std::tuple<Currency, YearMonthDay, YearMonthDay>> needs_;
-  std::map<std::string, std::map<YearMonthDay, Decimal>> closes_;
-};
+std::string reasonOf(const StatementRow& row) {
+  return row.reason + (row.remedy.empty() ? "" : " " + row.remedy);
+}
 
 std::string messageOf(const StatementRow& row) {
   return "Line " + std::to_string(row.line) + (row.reason.starts_with("column “") ? ", " : ": ") +
-         row.reason;
+         reasonOf(row);
 }
 
 /// Shares and amount of a row as they would be recorded.
@@ -237,7 +193,7 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar, Lis
     lines.add(
         {std::to_string(row->line), std::string(displayName(row->verdict)),
          row->transactions.empty() ? "" : dateText(row->transactions.front().tradeDate, calendar),
-         row->kind, row->symbol, shares, amount, currency, row->rate, row->reason});
+         row->kind, row->symbol, shares, amount, currency, row->rate, reasonOf(*row)});
   }
   lines.write(format, console.out);
 }
@@ -275,52 +231,170 @@ ProfileShelf openShelf(const Console& console) {
   return shelf;
 }
 
+/// Waits for what the market knows of rates and symbols.
+void askMarket(const std::shared_ptr<QuoteProvider>& provider, StatementRates& rates,
+               const Console& console) {
+  const auto problems = std::make_shared<std::optional<std::vector<std::string>>>();
+  rates.fetch(provider, [problems](std::vector<std::string> told) { *problems = std::move(told); });
+  waitFor([&] { return problems->has_value(); });
+  for (const std::string& problem : **problems) {
+    console.warn(problem);
+  }
+}
+
+/// Says with each row that asks for a symbol what the market has found.
+void proposeSymbols(const std::shared_ptr<QuoteProvider>& provider, StatementPreview& preview,
+                    const StatementOptions& options, Portfolio& portfolio) {
+  auto questions = symbolQuestions(preview.reading.rows);
+  const auto doubtful = doubtfulSymbols(preview.reading.rows, options, portfolio);
+  questions.insert(questions.end(), doubtful.begin(), doubtful.end());
+  const auto finds = std::make_shared<std::optional<SymbolFinds>>();
+  searchSymbols(provider, questions, [finds](SymbolFinds found) { *finds = std::move(found); });
+  waitFor([&] { return finds->has_value(); });
+  for (StatementRow& row : preview.reading.rows) {
+    if (!row.question || row.question->about != RowQuestion::About::symbol) {
+      continue;
+    }
+    const auto found = (*finds)->find(row.question->subject);
+    if (found == (*finds)->end()) {
+      row.remedy += " The search finds nothing.";
+      continue;
+    }
+    row.remedy =
+        "Say --symbol \"" + row.question->subject + "=" + found->second.front().symbol + "\".";
+    std::string all;
+    for (const SymbolFind& find : found->second) {
+      all += (all.empty() ? "" : "; ") + find.description();
+    }
+    row.remedy += " Found: " + all + ".";
+  }
+  for (const RowQuestion& doubt : doubtful) {
+    const auto found = (*finds)->find(doubt.subject);
+    const auto likely =
+        found == (*finds)->end() ? std::nullopt : likelySymbol(doubt, found->second);
+    if (likely) {
+      preview.reading.remarks.push_back("“" + doubt.subject + "” has no prices in " +
+                                        doubt.currency + "; say --symbol \"" + doubt.subject + "=" +
+                                        *likely + "\" if that is meant.");
+    }
+  }
+}
+
+/// What one run of the command works with.
+struct StatementRun {
+  const CommandLine& line;
+  const Console& console;
+  StatementOptions options;
+  ProfileShelf shelf;
+  std::string bytes;
+  std::string filename;
+};
+
+/// Reads the statement, with rates from the file or the market that --rates names.
+StatementPreview previewOf(const StatementRun& run, const PortfolioPointer& portfolio,
+                           const Calendar& calendar, const std::vector<RecordedImport>& earlier,
+                           const std::optional<PriceSource>& prices) {
+  StatementRates rates(portfolio->primaryCurrency(), calendar);
+  const auto source = run.line.value("--rates");
+  if (source && *source != "market") {
+    rates.readFile(files::read(*source), std::filesystem::path(*source).filename().string());
+  }
+  const auto read = [&] {
+    return previewStatement(
+        run.bytes, run.shelf.profiles, portfolio, run.options,
+        [&](const Currency& currency, YearMonthDay day) { return rates.rate(currency, day); },
+        earlier);
+  };
+  StatementPreview preview = read();
+  if (source == "market" && rates.areMissing()) {
+    terminal::catchInterrupts();
+    askMarket(prices->provider(), rates, run.console);
+    preview = read();
+  }
+  if (run.line.has("--find-symbols")) {
+    terminal::catchInterrupts();
+    proposeSymbols(prices->provider(), preview, run.options, *portfolio);
+  }
+  return preview;
+}
+
+/// Keeps in the user's layout what was said of words, days and numbers.
+void learn(const StatementRun& run, const StatementPreview& preview) {
+  const LearnedAnswers answers = answersToLearn(preview, run.shelf, run.options);
+  if (answers.isEmpty()) {
+    return;
+  }
+  const auto file =
+      learnAnswers(preview.profileId, answers, shippedProfilesFolder(), userProfilesFolder());
+  run.console.out << "Kept in " << file.string() << ".\n";
+}
+
+void record(const StatementRun& run, const StatementPreview& preview, WorkspaceFile& workspace,
+            const PortfolioPointer& portfolio, StatementMemory& memory) {
+  const std::size_t count = preview.transactions().size();
+  if (count == 0) {
+    run.console.out << (presentCount(preview) > 0
+                            ? "Nothing is new: all " + std::to_string(presentCount(preview)) +
+                                  " rows of “" + run.filename + "” are in the ledger already.\n"
+                            : "There is nothing in “" + run.filename + "” to record.\n");
+    return;
+  }
+  recordStatement(preview, portfolio);
+  memory.rememberAnswers(run.options, preview);
+  memory.rememberImport(run.filename, preview, workspace.manager()->calendar);
+  memory.write();
+  if (!run.line.has("--dry-run")) {
+    workspace.save();
+    learn(run, preview);
+  }
+  run.console.out << "Imported " << count << " transactions.\n";
+  const auto doubtful =
+      std::ranges::count(preview.reading.rows, RowVerdict::perhapsPresent, &StatementRow::verdict);
+  if (doubtful > 0) {
+    run.console.out << doubtful << (doubtful == 1 ? " row is" : " rows are")
+                    << " perhaps there already and left out; see --preview and --twins record.\n";
+  }
+}
+
 }  // namespace
 
 void importStatementByLayout(const CommandLine& line, const Console& console) {
-  const bool usesMarket = line.has("--rates");
-  if (usesMarket && line.value("--rates") != "market") {
-    throw UsageError("“" + *line.value("--rates") + "” is not where rates are from: market.");
-  }
+  const bool usesMarket = line.value("--rates") == "market" || line.has("--find-symbols");
   const ListingFormat format = previewFormat(line);
-  StatementOptions options = optionsIn(line);
+  StatementRun run{.line = line,
+                   .console = console,
+                   .options = optionsIn(line),
+                   .shelf = {},
+                   .bytes = {},
+                   .filename = std::filesystem::path(line.word(0)).filename().string()};
   std::optional<PriceSource> prices;
   if (usesMarket) {
     prices.emplace(line);
   }
   WorkspaceFile workspace(line.required("--into"), console,
                           prices ? prices->provider() : makeOfflineProvider());
+  workspace.requireSound();
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
-  const std::string bytes = files::read(line.word(0));
-  const std::string filename = std::filesystem::path(line.word(0)).filename().string();
-  if (trimmedCell(bytes).empty()) {
+  run.bytes = files::read(line.word(0));
+  if (trimmedCell(run.bytes).empty()) {
     console.warn("“" + line.word(0) + "” is empty. Nothing has been imported.");
     throw Failed(exitCode::failure);
   }
-  const ProfileShelf shelf = openShelf(console);
+  run.shelf = openShelf(console);
   StatementMemory memory(workspace.document()->workingDirectoryURL(), *portfolio);
   if (memory.wasDamaged()) {
     console.warn(
         "What was remembered of earlier statements cannot be read any more; it was put "
         "aside.");
   }
-  memory.rememberSymbols(options.symbols);
-  options.symbols = memory.symbols();
-  options.fingerprintsById = memory.fingerprintsById();
+  // What is said now goes before what was said once.
+  for (const auto& [name, symbol] : memory.symbols()) {
+    run.options.symbols.emplace(name, symbol);
+  }
+  run.options.remembered = memory.answers();
 
   const Calendar calendar = workspace.manager()->calendar;
-  MarketRates rates;
-  StatementPreview preview = previewStatement(
-      bytes, shelf.profiles, portfolio, options,
-      [&](const Currency& currency, YearMonthDay day) { return rates.note(currency, day); });
-  if (usesMarket && rates.areNeeded()) {
-    terminal::catchInterrupts();
-    rates.fetch(prices->provider(), portfolio->primaryCurrency(), calendar, console);
-    preview = previewStatement(bytes, shelf.profiles, portfolio, options,
-                               [&](const Currency& currency, YearMonthDay day) {
-                                 return rates.rate(currency, day, calendar);
-                               });
-  }
+  const StatementPreview preview = previewOf(run, portfolio, calendar, memory.imports(), prices);
   if (line.has("--preview")) {
     writePreview(preview, calendar, format, console);
     if (!preview.isReady()) {
@@ -331,21 +405,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
   if (!preview.isReady()) {
     failOf(preview, console);
   }
-  const auto transactions = preview.transactions();
-  if (transactions.empty()) {
-    console.out << (presentCount(preview) > 0
-                        ? "Nothing is new: all " + std::to_string(presentCount(preview)) +
-                              " rows of “" + filename + "” are in the ledger already.\n"
-                        : "There is nothing in “" + filename + "” to record.\n");
-    return;
-  }
-  recordStatement(preview, portfolio);
-  memory.rememberImport(filename, preview.profileName, preview.reading.rows, calendar);
-  memory.write();
-  if (!line.has("--dry-run")) {
-    workspace.save();
-  }
-  console.out << "Imported " << transactions.size() << " transactions.\n";
+  record(run, preview, workspace, portfolio, memory);
 }
 
 }  // namespace corvane::cli

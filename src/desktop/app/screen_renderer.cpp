@@ -503,6 +503,35 @@ void ScreenRenderer::renderForms() {
     for (const QSize size : formSizes) {
       renderTransactionForms(size);
     }
+    renderStatement();
+  }
+}
+
+/// A statement with rows of several verdicts and questions, and the list of imports.
+void ScreenRenderer::renderStatement() {
+  constexpr std::string_view statement =
+      "Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;Net "
+      "Amount;Balance;Currency\n"
+      "10-03-2025 12:16:00;2;Sell;;Penwyth "
+      "World;IE0000000001;10.0;52.00;20.00;0.00;500.00;2.0;GBP\n"
+      "05-03-2025 12:16:00;1;Buy;;Penwyth "
+      "World;IE0000000001;30.0;51.20;12.80;0.00;-1548.80;1.0;GBP\n"
+      "04-03-2025 12:22:24;3;Rights issue;PWYTH;Penwyth;;1.0;0.00;0.00;0.00;1.25;1.0;CAD\n"
+      "03-03-2025 07:00:15;0;Credit;;;;1.0;5000.00;0.00;0.00;5000.00;5000.00;CAD\n";
+  WorkspaceView& view = window_.workspaceView();
+  const std::filesystem::path folder = files::makePrivateDirectory(files::temporaryDirectory());
+  files::writeAtomically(folder / "transactions.csv", statement);
+  view.openStatement(folder / "transactions.csv");
+  files::remove(folder);
+  if (QDialog* dialog = openDialog(window_)) {
+    write(QStringLiteral("form-statement"));
+    dialog->reject();
+  }
+  QApplication::processEvents();
+  view.showImports();
+  if (QDialog* dialog = openDialog(window_)) {
+    write(QStringLiteral("form-statement-imports"));
+    dialog->reject();
   }
 }
 

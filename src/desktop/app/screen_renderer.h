@@ -56,6 +56,7 @@ class ScreenRenderer {
   void renderUnknownEquity();
   void renderScenarios(const QString& name);
   void renderForms();
+  void renderStatement();
   /// All forms for transactions in a window of `size`, which the names of their pictures tell.
   void renderTransactionForms(QSize size);
   void renderTransactionModes(const QString& sizeName);

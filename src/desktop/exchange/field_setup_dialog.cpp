@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QItemSelection>
 #include <QLabel>
 #include <QPushButton>
@@ -14,6 +15,7 @@
 #include <algorithm>
 
 #include "desktop/exchange/broker_accessory.h"
+#include "desktop/look/alert_box.h"
 #include "desktop/look/check_mark.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/row_mime.h"
@@ -172,7 +174,8 @@ FieldSetupDialog::FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewCon
       header_(new QCheckBox),
       add_(new QPushButton(QStringLiteral("&Add"))),
       remove_(new QPushButton(QStringLiteral("&Remove"))),
-      reset_(new QPushButton(QStringLiteral("R&eset"))) {
+      reset_(new QPushButton(QStringLiteral("R&eset"))),
+      remember_(new QPushButton(QStringLiteral("Remember &Layout…"))) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowModality(Qt::WindowModal);
   layOut();
@@ -192,6 +195,8 @@ FieldSetupDialog::FieldSetupDialog(std::shared_ptr<ImportExportFieldSetupViewCon
   connect(add_, &QPushButton::clicked, this, [this] { setup_->addField(); });
   connect(remove_, &QPushButton::clicked, this, [this] { setup_->removeSelectedFields(); });
   connect(reset_, &QPushButton::clicked, this, [this] { setup_->resetFields(); });
+  connect(remember_, &QPushButton::clicked, this, &FieldSetupDialog::rememberLayout);
+  remember_->setVisible(setup_->rememberLayoutHandler != nullptr);
   changes_ = subscribe(setup_->viewDidUpdate, [this] { update(); });
   update();
 }
@@ -233,6 +238,7 @@ void FieldSetupDialog::layOut() {
   row->addWidget(remove_);
   row->addWidget(reset_);
   row->addStretch(1);
+  row->addWidget(remember_);
 
   auto* buttons = new QDialogButtonBox;
   auto* go = buttons->addButton(isImport ? QStringLiteral("Import") : QStringLiteral("Done"),
@@ -252,10 +258,34 @@ void FieldSetupDialog::layOut() {
   }
   column->addWidget(buttons);
   // Known to the dialog only once it is in it. No other button may take Return.
-  for (QPushButton* button : {add_, remove_, reset_}) {
+  for (QPushButton* button : {add_, remove_, reset_, remember_}) {
     button->setAutoDefault(false);
   }
   go->setDefault(true);
+}
+
+void FieldSetupDialog::rememberLayout() {
+  auto* asked = new QInputDialog(this);
+  asked->setAttribute(Qt::WA_DeleteOnClose);
+  asked->setWindowTitle(QStringLiteral("Remember Layout"));
+  asked->setLabelText(QStringLiteral("Name of the layout, such as “My Bank, transactions”:"));
+  asked->setOkButtonText(QStringLiteral("Remember"));
+  connect(asked, &QInputDialog::textValueSelected, this, [this](const QString& name) {
+    if (name.trimmed().isEmpty()) {
+      return;
+    }
+    try {
+      const auto file = setup_->rememberLayoutHandler(utf8Text(name.trimmed()));
+      showAlert(this, AlertKind::message, QStringLiteral("The layout is kept."),
+                QStringLiteral("“Import Statement…” now reads files with these headings. What the "
+                               "layout knows stands in %1.")
+                    .arg(qtPath(file)),
+                {QStringLiteral("OK")});
+    } catch (const Error& error) {
+      showError(this, error);
+    }
+  });
+  asked->open();
 }
 
 void FieldSetupDialog::addShortcuts() {

@@ -72,6 +72,8 @@ class FieldSetupDialog : public QDialog {
   void addShortcuts();
   void update();
   void moveSelection(int by);
+  /// Asks for a name, and keeps the setup as a layout of statements.
+  void rememberLayout();
 
   std::shared_ptr<ImportExportFieldSetupViewController> setup_;
   FieldSetupModel* model_;
@@ -80,6 +82,7 @@ class FieldSetupDialog : public QDialog {
   QPushButton* add_;
   QPushButton* remove_;
   QPushButton* reset_;
+  QPushButton* remember_;
   bool isUpdating_ = false;
   Subscription changes_;
 };

@@ -1,7 +1,9 @@
 #include "desktop/exchange/statement_dialog.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -11,10 +13,12 @@
 #include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QVBoxLayout>
-#include <array>
+#include <algorithm>
+#include <map>
 
 #include "desktop/controls/table_view.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 #include "presentation/portfolio/statement_preview_controller.h"
 
@@ -87,6 +91,11 @@ StatementDialog::StatementDialog(std::unique_ptr<StatementPreviewController> pre
       filter_(new QComboBox),
       days_(new QComboBox),
       decimal_(new QComboBox),
+      layout_(new QComboBox),
+      account_(new QComboBox),
+      accountLabel_(new QLabel(QStringLiteral("&Account:"))),
+      marketRates_(new QCheckBox(QStringLiteral("Take missing exchange rates from the &market"))),
+      ratesFile_(new QPushButton(QStringLiteral("Rates &File…"))),
       table_(new QTableView),
       rows_(new StatementRowsModel(*preview_, this)),
       filtered_(new StatementRowsFilter(this)),
@@ -107,11 +116,11 @@ StatementDialog::~StatementDialog() {
   preview_->changeHandler = nullptr;
 }
 
-QHBoxLayout* StatementDialog::makeChoices() {
+void StatementDialog::fillFilter() {
   filter_->addItem(QStringLiteral("All lines"), QString());
   for (const RowVerdict verdict :
-       {RowVerdict::isNew, RowVerdict::present, RowVerdict::leftOut, RowVerdict::belongs,
-        RowVerdict::asks, RowVerdict::refused, RowVerdict::ledgerRefuses}) {
+       {RowVerdict::isNew, RowVerdict::present, RowVerdict::perhapsPresent, RowVerdict::leftOut,
+        RowVerdict::belongs, RowVerdict::asks, RowVerdict::refused, RowVerdict::ledgerRefuses}) {
     const QString name = qtText(displayName(verdict));
     filter_->addItem(name, name);
   }
@@ -122,6 +131,56 @@ QHBoxLayout* StatementDialog::makeChoices() {
     filtered_->setFilterRegularExpression(
         verdict.isEmpty() ? QString() : QStringLiteral("^") + verdict + QStringLiteral("$"));
   });
+}
+
+QHBoxLayout* StatementDialog::makeSources() {
+  layout_->addItem(QStringLiteral("Worked out"), QString());
+  for (const auto& [id, name] : preview_->layouts()) {
+    layout_->addItem(qtText(name), qtText(id));
+  }
+  layout_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  constexpr int shownLetters = 24;
+  layout_->setMinimumContentsLength(shownLetters);
+  connect(layout_, &QComboBox::activated, this, [this] {
+    const std::string id = utf8Text(layout_->currentData().toString());
+    preview_->setLayout(id.empty() ? std::nullopt : std::optional(id));
+  });
+  accountLabel_->setBuddy(account_);
+  connect(account_, &QComboBox::activated, this, [this] {
+    const std::string name = utf8Text(account_->currentData().toString());
+    preview_->setAccount(name.empty() ? std::nullopt : std::optional(name));
+  });
+  connect(marketRates_, &QCheckBox::clicked, this,
+          [this](bool isOn) { preview_->setTakesMarketRates(isOn); });
+  ratesFile_->setToolTip(
+      QStringLiteral("A file whose columns are day, code of the currency, and rate"));
+  connect(ratesFile_, &QPushButton::clicked, this, &StatementDialog::chooseRatesFile);
+  auto* sources = new QHBoxLayout;
+  sources->addWidget(labelOf(QStringLiteral("&Layout:"), layout_));
+  sources->addWidget(layout_);
+  sources->addWidget(accountLabel_);
+  sources->addWidget(account_);
+  sources->addStretch();
+  sources->addWidget(marketRates_);
+  sources->addWidget(ratesFile_);
+  return sources;
+}
+
+void StatementDialog::chooseRatesFile() {
+  const QString file =
+      QFileDialog::getOpenFileName(this, QStringLiteral("Exchange Rates"), documentsFolder());
+  if (file.isEmpty()) {
+    return;
+  }
+  try {
+    preview_->readRates(filePath(file));
+  } catch (const Error& error) {
+    showError(this, error);
+  }
+}
+
+QHBoxLayout* StatementDialog::makeChoices() {
+  fillFilter();
   for (const auto& [title, order] : {std::pair(QStringLiteral("Worked out"), -1),
                                      {QStringLiteral("Year, month, day"), 0},
                                      {QStringLiteral("Day, month, year"), 1},
@@ -159,6 +218,7 @@ void StatementDialog::layOut() {
   questionBox_->setLayout(questions_);
   connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
 
+  auto* sources = makeSources();
   auto* choices = makeChoices();
   table_->setModel(filtered_);
   table_->setAccessibleName(QStringLiteral("Lines of the statement"));
@@ -177,6 +237,7 @@ void StatementDialog::layOut() {
   auto* column = new QVBoxLayout(this);
   column->addWidget(summary_);
   column->addWidget(questionBox_);
+  column->addLayout(sources);
   column->addLayout(choices);
   column->addWidget(table_, 1);
   column->addWidget(buttons);
@@ -188,31 +249,81 @@ void StatementDialog::layOut() {
 void StatementDialog::showState() {
   summary_->setText(qtText(preview_->summary()));
   showQuestions();
+  showAccounts();
+  marketRates_->setVisible(preview_->needsRates());
+  marketRates_->setChecked(preview_->takesMarketRates());
+  ratesFile_->setVisible(preview_->needsRates());
   rows_->reload();
   table_->resizeColumnsToContents();
   import_->setText(qtText(preview_->importTitle()));
   import_->setEnabled(preview_->canImport());
 }
 
+void StatementDialog::showAccounts() {
+  const std::vector<std::string> names = preview_->accounts();
+  account_->clear();
+  account_->addItem(QStringLiteral("All"), QString());
+  for (const std::string& name : names) {
+    account_->addItem(qtText(name), qtText(name));
+  }
+  const auto chosen = preview_->account();
+  account_->setCurrentIndex(chosen ? std::max(account_->findData(qtText(*chosen)), 0) : 0);
+  account_->setVisible(names.size() > 1);
+  accountLabel_->setVisible(names.size() > 1);
+}
+
 void StatementDialog::showQuestions() {
+  const auto& questions = preview_->questions();
+  // What is typed stays while the market is searched for more choices.
+  if (shownQuestions_ == questions) {
+    return;
+  }
+  std::map<QString, QString> typed;
+  for (const QComboBox* field : answers_) {
+    if (field->isEditable()) {
+      typed[field->accessibleName()] = field->currentText();
+    }
+  }
+  shownQuestions_ = questions;
   while (questions_->rowCount() > 1) {
     questions_->removeRow(0);
   }
   answers_.clear();
-  for (const auto& question : preview_->questions()) {
-    auto* field = new QLineEdit(qtText(question.answer));
+  for (const auto& question : questions) {
+    auto* field = new QComboBox;
+    field->setEditable(question.takesOtherAnswers);
+    field->setInsertPolicy(QComboBox::NoInsert);
     field->setAccessibleName(qtText(question.text));
-    connect(field, &QLineEdit::returnPressed, this, &StatementDialog::giveAnswers);
+    if (!question.takesOtherAnswers) {
+      field->addItem(QString(), QString());
+    }
+    for (const auto& [value, title] : question.choices) {
+      field->addItem(qtText(title), qtText(value));
+    }
+    if (question.takesOtherAnswers) {
+      const auto before = typed.find(qtText(question.text));
+      field->setCurrentIndex(-1);
+      field->setEditText(before != typed.end() && !before->second.isEmpty()
+                             ? before->second
+                             : qtText(question.answer));
+      connect(field->lineEdit(), &QLineEdit::returnPressed, this, &StatementDialog::giveAnswers);
+    }
     questions_->insertRow(static_cast<int>(answers_.size()), qtText(question.text), field);
     answers_.push_back(field);
   }
   questionBox_->setVisible(!answers_.empty());
+  if (!answers_.empty() && !isVisible()) {
+    answers_.front()->setFocus();  // what has to be answered comes first
+  }
 }
 
 void StatementDialog::giveAnswers() {
   std::vector<std::string> answers;
-  for (const QLineEdit* field : answers_) {
-    answers.push_back(utf8Text(field->text()));
+  for (const QComboBox* field : answers_) {
+    // A choice stands for its value; anything else is taken as it was typed.
+    const int index = field->findText(field->currentText());
+    answers.push_back(
+        utf8Text(index >= 0 ? field->itemData(index).toString() : field->currentText()));
   }
   preview_->answer(answers);
 }

@@ -7,18 +7,15 @@
 #include <vector>
 
 #include "ledger/transaction/basic_transaction.h"
+#include "presentation/portfolio/statement_preview_controller.h"
 
+class QCheckBox;
 class QComboBox;
 class QFormLayout;
 class QHBoxLayout;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 class QTableView;
-
-namespace corvane {
-class StatementPreviewController;
-}
 
 namespace corvane::desktop {
 
@@ -40,6 +37,11 @@ class StatementDialog : public QDialog {
   void layOut();
   /// What the table shows, and how days and numbers are read.
   QHBoxLayout* makeChoices();
+  /// Which layout, which account, and where rates are from.
+  QHBoxLayout* makeSources();
+  void fillFilter();
+  void showAccounts();
+  void chooseRatesFile();
   void showState();
   void showQuestions();
   void giveAnswers();
@@ -50,11 +52,17 @@ class StatementDialog : public QDialog {
   QLabel* summary_;
   QFormLayout* questions_;
   QWidget* questionBox_;
-  std::vector<QLineEdit*> answers_;
+  std::vector<QComboBox*> answers_;
+  std::vector<StatementPreviewController::Question> shownQuestions_;
   QPushButton* answer_;
   QComboBox* filter_;
   QComboBox* days_;
   QComboBox* decimal_;
+  QComboBox* layout_;
+  QComboBox* account_;
+  QLabel* accountLabel_;
+  QCheckBox* marketRates_;
+  QPushButton* ratesFile_;
   QTableView* table_;
   StatementRowsModel* rows_;
   StatementRowsFilter* filtered_;

@@ -20,6 +20,7 @@
 #include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
 #include "desktop/exchange/statement_dialog.h"
+#include "desktop/exchange/statement_imports_dialog.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
@@ -130,7 +131,7 @@ ScreenSurroundings WorkspaceView::surroundings() {
       buttons.append(qtText(button));
     }
     if (self) {
-      desktop::showAlert(self->window(), AlertKind::critical, qtText(alert.messageText),
+      desktop::showAlert(frontOf(self->window()), AlertKind::critical, qtText(alert.messageText),
                          qtText(alert.informativeText), buttons, std::move(pressed));
     }
   };
@@ -187,6 +188,8 @@ void WorkspaceView::addExchangeActions(QMenu* menu) {
   statementAction_ = menu->addAction(QStringLiteral("Import &Statement…"));
   statementAction_->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_I);
   connect(statementAction_, &QAction::triggered, this, &WorkspaceView::importStatement);
+  importsAction_ = menu->addAction(QStringLiteral("Imports of S&tatements…"));
+  connect(importsAction_, &QAction::triggered, this, &WorkspaceView::showImports);
   exportAction_ = menu->addAction(QStringLiteral("&Export…"));
   exportAction_->setShortcut(Qt::CTRL | Qt::Key_E);
   connect(exportAction_, &QAction::triggered, this, &WorkspaceView::exportShown);
@@ -198,13 +201,25 @@ void WorkspaceView::importStatement() {
   if (portfolio == nullptr || !import_->canImport()) {
     return;
   }
-  const QString file =
-      QFileDialog::getOpenFileName(this, QStringLiteral("Import Statement"), documentsFolder());
-  if (file.isEmpty()) {
+  auto* panel = new QFileDialog(this, QStringLiteral("Import Statement"), documentsFolder());
+  panel->setAttribute(Qt::WA_DeleteOnClose);
+  panel->setWindowModality(Qt::WindowModal);
+  panel->setFileMode(QFileDialog::ExistingFile);
+  panel->setNameFilters(
+      {QStringLiteral("Statements (*.csv *.tsv *.tab *.txt)"), QStringLiteral("All files (*)")});
+  panel->setLabelText(QFileDialog::Accept, QStringLiteral("Look At"));
+  connect(panel, &QFileDialog::fileSelected, this,
+          [this](const QString& file) { openStatement(filePath(file)); });
+  panel->open();
+}
+
+void WorkspaceView::openStatement(const std::filesystem::path& file) {
+  const PortfolioPointer portfolio = frame_->portfolioViewController->currentData().portfolio;
+  if (portfolio == nullptr) {
     return;
   }
   try {
-    auto preview = std::make_unique<StatementPreviewController>(filePath(file), portfolio,
+    auto preview = std::make_unique<StatementPreviewController>(file, portfolio,
                                                                 document_.workingDirectoryURL());
     auto* dialog = new StatementDialog(
         std::move(preview),
@@ -212,6 +227,22 @@ void WorkspaceView::importStatement() {
           import->importDidEnd(rows, portfolio);
         },
         this);
+    dialog->open();
+  } catch (const Error& error) {
+    showError(this, error);
+  }
+}
+
+void WorkspaceView::showImports() {
+  const PortfolioPointer portfolio = frame_->portfolioViewController->currentData().portfolio;
+  if (portfolio == nullptr) {
+    return;
+  }
+  try {
+    auto* dialog =
+        new StatementImportsDialog(std::make_unique<StatementImportsController>(
+                                       portfolio, document_.workingDirectoryURL(), surroundings()),
+                                   this);
     dialog->open();
   } catch (const Error& error) {
     showError(this, error);
@@ -373,6 +404,7 @@ void WorkspaceView::updateActions() {
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   statementAction_->setEnabled(importAction_->isEnabled());
+  importsAction_->setEnabled(importAction_->isEnabled());
   exportAction_->setEnabled((showsPortfolio && portfolio.canCreateTransaction()) ||
                             frame_->currentDetailTab() ==
                                 MainSplitViewController::DetailTab::report);

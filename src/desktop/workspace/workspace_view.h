@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QWidget>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -43,6 +44,10 @@ class WorkspaceView : public QWidget {
   [[nodiscard]] ReportsView& reportsView() { return *reports_; }
 
   [[nodiscard]] PortfolioExport& portfolioExport() { return *export_; }
+  /// Shows what an import of a statement into the portfolio on the screen would do.
+  void openStatement(const std::filesystem::path& file);
+  /// Shows the imports of the portfolio on the screen.
+  void showImports();
 
   /// Called when the document may count other changes than before.
   void setDocumentChangedHandler(std::function<void()> handler) {
@@ -85,6 +90,7 @@ class WorkspaceView : public QWidget {
   std::shared_ptr<PortfolioExport> export_;
   QAction* importAction_ = nullptr;
   QAction* statementAction_ = nullptr;
+  QAction* importsAction_ = nullptr;
   QAction* exportAction_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -104,6 +105,15 @@ class ImportBroker : public ImportOrExportBroker {
     if (refusal != nullptr) {
       refusal->raise();
     }
+  }
+
+  /// Whether rememberLayout() is there.
+  [[nodiscard]] virtual bool canRememberLayout() const { return false; }
+  /// Keeps what the configuration says of the columns below `heading` as a layout called `name`, by
+  /// which such files are understood without a setup. Returns the file that it is in. Main queue.
+  virtual std::filesystem::path rememberLayout(const std::string& /*name*/,
+                                               const std::vector<std::string>& /*heading*/) {
+    return {};
   }
 
   /// Called after the last row. Long work throws UserCancelledError, with nothing done, soon after

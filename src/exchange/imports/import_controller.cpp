@@ -68,6 +68,12 @@ void ImportController::loadAndSetUp(const fs::path& url, const WindowPointer& wi
     completion(false);
     return;
   }
+  if (importBroker_->canRememberLayout()) {
+    rememberLayoutHandler = [broker = importBroker_,
+                             heading = source->header().strings()](const std::string& name) {
+      return broker->rememberLayout(name, heading);
+    };
+  }
   presentFieldSetup(
       window, ImportExportWindow::SheetParent::window, static_cast<int>(source->rows().size()) + 1,
       [source](int row, int column) { return source->cell(row, column); },

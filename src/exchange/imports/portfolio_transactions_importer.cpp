@@ -8,6 +8,8 @@
 #include "exchange/imports/date_order_recognition.h"
 #include "exchange/imports/import_row.h"
 #include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
+#include "exchange/profiles/profile_shelf.h"
+#include "exchange/profiles/profile_writer.h"
 #include "exchange/strict/statement_error.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
@@ -65,6 +67,18 @@ std::string textOfDate(const ImportBroker::ValuesByField& values) {
     }
   }
   return "";
+}
+
+/// The order in which a format such as "dd.MM.yyyy" has the parts of a day.
+std::optional<DayOrder> orderOfFormat(const std::string& format) {
+  std::string order;
+  for (const char letter : format) {
+    const char part = letter == 'Y' ? 'y' : letter == 'M' || letter == 'L' ? 'm' : letter;
+    if ((part == 'y' || part == 'm' || part == 'd') && !order.contains(part)) {
+      order += part;
+    }
+  }
+  return dayOrderWithRawValue(order);
 }
 
 TransactionsImportConfiguration initialConfiguration(const Portfolio& portfolio) {
@@ -156,6 +170,28 @@ PortfolioTransactionsImporter::accessoryConfigurationViewController() {
 std::vector<std::string> PortfolioTransactionsImporter::preflightFields() const {
   return settings().useDateFormatString ? std::vector<std::string>()
                                         : std::vector<std::string>{"tradeDate", "settlementDate"};
+}
+
+std::filesystem::path PortfolioTransactionsImporter::rememberLayout(
+    const std::string& name, const std::vector<std::string>& heading) {
+  const Configuration settings = this->settings();
+  if (!settings.includesHeaderRow) {
+    throw StatementError(0, "", "A layout is known by its headings, and this file has none.");
+  }
+  StatementProfile profile = learnedProfile(name, heading, settings.fieldOrder);
+  profile.days = strictOptions.days;
+  profile.decimal = strictOptions.decimal;
+  if (settings.useDateFormatString && !profile.days) {
+    profile.days = orderOfFormat(settings.dateFormatString);
+  }
+  auto& fields = profile.tables.front().fields;
+  if (!fields.contains("currency")) {
+    FieldSource constant;
+    constant.constant =
+        settings.defaultCurrencyCode.value_or(std::string(portfolio_->primaryCurrency().code));
+    fields["currency"].push_back(std::move(constant));
+  }
+  return rememberProfile(profile, userProfilesFolder());
 }
 
 void PortfolioTransactionsImporter::preflight(const ColumnsByField& columnsByField) {

@@ -112,6 +112,12 @@ class PortfolioTransactionsImporter final
   [[nodiscard]] bool canReview() const override {
     return reviewHandler != nullptr || prefersFileReading;
   }
+  [[nodiscard]] bool canRememberLayout() const override { return true; }
+  /// Writes the layout into the user's folder. What was said of days, decimals and the currency of
+  /// rows that name none goes into it. Throws ProfileError where no column holds days, and
+  /// FileError.
+  std::filesystem::path rememberLayout(const std::string& name,
+                                       const std::vector<std::string>& heading) override;
   /// Throws UserCancelledError where the user wants neither reading, StatementError where he wants
   /// the cells' own and they have none, and otherwise the refusal.
   void review(const ImportedCells& cells, const Error* refusal) override;

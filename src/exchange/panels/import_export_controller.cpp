@@ -93,6 +93,7 @@ void ImportExportController::presentFieldSetup(const WindowPointer& window,
       shown->setConfiguration(now);
     }
   };
+  setup->rememberLayoutHandler = rememberLayoutHandler;
   setup->accessoryViewController = broker_->accessoryConfigurationViewController();
   setup->completionHandler = [broker = broker_, window,
                               completion = std::move(completion)](bool goesOn) mutable {

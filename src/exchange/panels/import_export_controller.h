@@ -50,6 +50,9 @@ class ImportExportController : public std::enable_shared_from_this<ImportExportC
                                Completion completion);
 
  protected:
+  /// What the setup keeps layouts with; none where it keeps none.
+  std::function<std::filesystem::path(const std::string& name)> rememberLayoutHandler;
+
   /// Takes the fields that do not exist any more out of the broker's stored order; when nothing is
   /// left it becomes all fields.
   explicit ImportExportController(std::shared_ptr<ImportOrExportBroker> broker);

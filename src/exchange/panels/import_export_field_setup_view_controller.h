@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -69,6 +70,9 @@ class ImportExportFieldSetupViewController
   std::function<void(ConfigurationPointer)> configurationChangedHandler;
   /// Told once whether the user goes on.
   std::move_only_function<void(bool)> completionHandler;
+  /// Keeps the setup as a layout of this name, and returns the file that it is in; none where the
+  /// broker has no layouts. Throws Error.
+  std::function<std::filesystem::path(const std::string& name)> rememberLayoutHandler;
   /// The broker's own settings, shown beside the table; may be null.
   std::shared_ptr<AccessoryConfigurationViewController> accessoryViewController;
   /// Takes the undo steps of all changes.

@@ -1,5 +1,6 @@
 #include "exchange/profiles/profile_shelf.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -27,6 +28,10 @@ std::string shortPath(const fs::path& path) {
 }
 
 }  // namespace
+
+fs::path shippedProfilesFolder() {
+  return resourcePath(folderName);
+}
 
 fs::path userProfilesFolder() {
   return files::configDirectory() / folderName;
@@ -58,7 +63,12 @@ ProfileShelf ProfileShelf::of(const std::vector<fs::path>& folders) {
 }
 
 ProfileShelf ProfileShelf::standard() {
-  return of({resourcePath(folderName), userProfilesFolder()});
+  return of({shippedProfilesFolder(), userProfilesFolder()});
+}
+
+const StatementProfile* ProfileShelf::find(std::string_view id) const {
+  const auto found = std::ranges::find(profiles, id, &StatementProfile::id);
+  return found == profiles.end() ? nullptr : &*found;
 }
 
 }  // namespace corvane

@@ -19,8 +19,13 @@ struct ProfileShelf {
   [[nodiscard]] static ProfileShelf of(const std::vector<std::filesystem::path>& folders);
   /// Those in share/corvane/statements and, before them, in the user's folder.
   [[nodiscard]] static ProfileShelf standard();
+
+  /// The layout with this id; null where there is none.
+  [[nodiscard]] const StatementProfile* find(std::string_view id) const;
 };
 
+/// The folder of the layouts that come with the program.
+[[nodiscard]] std::filesystem::path shippedProfilesFolder();
 /// The user's folder of layouts; it need not exist.
 [[nodiscard]] std::filesystem::path userProfilesFolder();
 

@@ -201,6 +201,8 @@ class ProfileReader {
                                                       {"iso-8859-1", TextEncoding::windowsLatin1},
                                                       {"iso-8859-15", TextEncoding::latin9},
                                                       {"utf-16", TextEncoding::utf16}});
+    } else if (entry.key == "symbols") {
+      profile_.takesFirstWordOfSymbols = oneOf<bool>(value, {{"first word", true}});
     } else if (entry.key == "continued") {
       profile_.continued = textIn(value);
     } else {
@@ -356,6 +358,14 @@ class ProfileReader {
         })) {
       fail(entry.place, "“" + entry.key + "” stands here twice.");
     }
+    for (const KindRule& other : table.kinds) {
+      if (rule.pattern.hasWildcards() && other.pattern.hasWildcards() &&
+          rule.pattern.literalLength() == other.pattern.literalLength() &&
+          !haveSameResult(rule, other) && rule.pattern.overlaps(other.pattern)) {
+        fail(entry.place, "“" + entry.key + "” and “" + other.pattern.text() +
+                              "” fit the same texts equally well.");
+      }
+    }
     table.kinds.push_back(std::move(rule));
   }
 
@@ -438,6 +448,20 @@ void addColumns(const FieldSources& fields, std::set<std::string>& columns) {
 
 std::string_view rawValue(StatementKind kind) {
   return std::ranges::find(kindNames, kind, [](const auto& entry) { return entry.second; })->first;
+}
+
+bool haveSameResult(const KindRule& left, const KindRule& right) {
+  const auto isSame = [](const FieldSource& one, const FieldSource& other) {
+    const auto patternOf = [](const FieldSource& source) {
+      return source.pattern ? source.pattern->text() : std::string();
+    };
+    return one.column == other.column && one.constant == other.constant &&
+           one.times == other.times && one.over == other.over && patternOf(one) == patternOf(other);
+  };
+  return left.kind == right.kind && left.why == right.why &&
+         std::ranges::equal(left.fields, right.fields, [&](const auto& one, const auto& other) {
+           return one.first == other.first && std::ranges::equal(one.second, other.second, isSame);
+         });
 }
 
 std::optional<StatementKind> statementKindWithRawValue(std::string_view rawValue) {

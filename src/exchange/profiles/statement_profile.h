@@ -59,6 +59,9 @@ struct KindRule {
   FieldSources fields;  ///< that differ for these rows; no source means none
 };
 
+/// Whether rows of both come to the same, so that it does not matter which pattern is taken.
+[[nodiscard]] bool haveSameResult(const KindRule& left, const KindRule& right);
+
 /// Texts in columns that a row has, or has not.
 struct RowRule {
   std::vector<std::pair<std::string, std::vector<TextPattern>>> columns;  ///< all have to match
@@ -107,6 +110,8 @@ struct StatementProfile {
   std::map<std::string, CurrencyAlias, std::less<>> currencies;
   TextEncoding encoding = TextEncoding::windowsLatin1;
   std::string continued;
+  /// A cell of several words begins with the symbol, and tells what cash was for.
+  bool takesFirstWordOfSymbols = false;
 
   /// Reads a layout. `path` is what messages call the file. Throws ProfileError.
   [[nodiscard]] static StatementProfile parse(std::string_view text, std::string id,

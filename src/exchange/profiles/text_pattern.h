@@ -23,6 +23,9 @@ class TextPattern {
   /// What the names stand for in `cell`; none where it does not match.
   [[nodiscard]] std::optional<Captures> match(std::string_view cell) const;
 
+  /// Whether there is a cell that both match, as far as their letters tell.
+  [[nodiscard]] bool overlaps(const TextPattern& other) const;
+
   [[nodiscard]] bool hasWildcards() const { return hasWildcards_; }
   /// How much of the text is literal: of two patterns that match the one with more is meant.
   [[nodiscard]] std::size_t literalLength() const { return literalLength_; }

@@ -61,7 +61,7 @@ StatementTable::KindMatch StatementTable::matchOf(const std::string& type) const
       best = {&rule, rule.kind, std::move(*captures)};
       isTie = false;
     } else if (rank(*best.rule) == rank(rule)) {
-      isTie = true;
+      isTie = isTie || !haveSameResult(*best.rule, rule);
     }
   }
   if (isTie) {

@@ -1,12 +1,13 @@
 // Which rows of a statement a ledger holds already.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
+#include "exchange/statements/recorded_import.h"
 #include "exchange/statements/statement_rows.h"
 #include "ledger/portfolio/portfolio.h"
+#include "ledger/portfolio/portfolio_transaction.h"
 
 namespace corvane {
 
@@ -15,15 +16,35 @@ namespace corvane {
 [[nodiscard]] std::string fingerprint(const BasicTransaction& transaction,
                                       const Calendar& calendar);
 
+/// "2025-01-31", of the day in which `date` lies.
+[[nodiscard]] std::string isoDay(Date date, const Calendar& calendar);
+
+/// The file that rows come from.
+struct MatchedFile {
+  std::string sha256;
+  std::string profile;  ///< the layout's name
+  std::string firstDay;
+  std::string lastDay;
+};
+
+/// The days of the trades in `rows`.
+void findDays(MatchedFile& file, const std::vector<StatementRow>& rows, const Calendar& calendar);
+
 /// Gives the rows that `portfolio` has already their verdict. Of n equal rows and m equal
-/// transactions in the ledger, m are there already. A new row that resembles a transaction of the
-/// ledger, of the same equity and shares within three days, says so.
+/// transactions in the ledger, m are there already.
 ///
-/// `fingerprintsById` are those of rows that were recorded before, by the broker's number of the
-/// row: such a row is there as long as the ledger holds what was recorded, and what it accounts for
-/// is no other row's.
+/// A row whose number `earlier` knows is there as long as the ledger holds what was recorded, and
+/// what it accounts for is no other row's. A row without a number, on the one day on which this
+/// file and an earlier one meet, may be another one that is equal: it is perhaps there, unless
+/// `options` say that such rows are recorded. A new row that resembles a transaction of the
+/// ledger, of the same equity and shares within three days, says so.
 void matchWithLedger(std::vector<StatementRow>& rows, Portfolio& portfolio,
-                     const Calendar& calendar,
-                     const std::map<std::string, std::string, std::less<>>& fingerprintsById);
+                     const Calendar& calendar, const MatchedFile& file,
+                     const std::vector<RecordedImport>& earlier, const StatementOptions& options);
+
+/// The transactions of `portfolio` that `import` has recorded and that are as they were.
+[[nodiscard]] std::vector<TransactionPointer> rowsLeftOf(const RecordedImport& import,
+                                                         Portfolio& portfolio,
+                                                         const Calendar& calendar);
 
 }  // namespace corvane

@@ -196,17 +196,52 @@ Candidate recognised(const std::vector<StatementProfile>& profiles,
   std::ranges::stable_sort(best, std::greater<>(),
                            [](const Candidate& candidate) { return candidate.headings.size(); });
   if (best.size() > 1 && best[0].headings.size() == best[1].headings.size()) {
-    throw StatementError(0, "",
-                         "This file fits “" + best[0].profile->name + "” and “" +
-                             best[1].profile->name + "”. Say which with --profile.");
+    throw StatementError(
+        0, "",
+        "This file fits “" + best[0].profile->name + "” and “" + best[1].profile->name + "”.",
+        "Say which with --profile.");
   }
   if (best.empty()) {
-    throw StatementError(0, "",
-                         "No known layout fits this file. Place the columns yourself (--fields), "
-                         "or name a layout (--profile)." +
+    throw StatementError(0, "", "No known layout fits this file.",
+                         "Place the columns yourself (--fields), or name a layout (--profile)." +
                              nearestText(profiles, lines));
   }
   return std::move(best.front());
+}
+
+/// "“A”, “B”": the texts of `all` that `others` lacks.
+std::string namesMissingIn(const std::vector<std::string>& others,
+                           const std::vector<std::string>& all) {
+  std::string names;
+  for (const std::string& name : all) {
+    const std::string folded = foldedText(name);
+    if (!folded.empty() && std::ranges::none_of(others, [&](const std::string& other) {
+          return foldedText(other) == folded;
+        })) {
+      names += (names.empty() ? "“" : ", “") + name + "”";
+    }
+  }
+  return names;
+}
+
+/// By which lines the file was recognised, and what is new or missing in them.
+std::vector<std::string> remarksOn(const Candidate& candidate) {
+  std::vector<std::string> remarks;
+  for (const auto& [table, heading] : candidate.headings) {
+    const std::vector<std::string>& known = candidate.profile->tables[table].heading;
+    const std::string line = std::to_string(heading->number);
+    const std::string added = namesMissingIn(known, heading->cells);
+    const std::string gone = namesMissingIn(heading->cells, known);
+    if (added.empty() && gone.empty()) {
+      remarks.push_back("Line " + line + " has the headings of the layout.");
+      continue;
+    }
+    std::string text = "Line " + line + " has the headings that the layout needs";
+    text += gone.empty() ? "" : ", but not " + gone;
+    text += added.empty() ? "." : "; it does not know " + added + ".";
+    remarks.push_back(std::move(text));
+  }
+  return remarks;
 }
 
 bool matchesRule(const RowRule& rule, const StatementTable& table,
@@ -266,9 +301,13 @@ class RowSorter {
           rowApart(line, std::to_string(cells.size()) + " cells, but the heading has " +
                              std::to_string(width) + ".");
       refused.verdict = RowVerdict::refused;
+      if (!hasDay(*table, cells)) {
+        dayless_.push_back(file_.apart.size());
+      }
       file_.apart.push_back(std::move(refused));
       return;
     }
+    lastDay_ = hasDay(*table, cells) ? line : lastDay_;
     cells.resize(width);
     for (const RowRule& rule : file_.tables[*table].layout().ignore) {
       if (matchesRule(rule, file_.tables[*table], cells)) {
@@ -280,6 +319,16 @@ class RowSorter {
     file_.rows.push_back({line, *table, std::move(cells)});
   }
 
+  /// To be called behind the last row: rows without a day at the end are below the table, however
+  /// many cells they have.
+  void finish() {
+    for (const std::size_t place : dayless_) {
+      if (file_.apart[place].line > lastDay_) {
+        file_.apart[place] = rowApart(file_.apart[place].line, "below the table");
+      }
+    }
+  }
+
  private:
   static StatementRow rowApart(std::uint32_t line, std::string reason) {
     StatementRow row;
@@ -287,6 +336,17 @@ class RowSorter {
     row.verdict = RowVerdict::leftOut;
     row.reason = std::move(reason);
     return row;
+  }
+
+  [[nodiscard]] bool hasDay(std::size_t table, const std::vector<std::string>& cells) const {
+    const auto& fields = file_.tables[table].layout().fields;
+    const auto date = fields.find("date");
+    return date != fields.end() &&
+           std::ranges::any_of(date->second, [&](const FieldSource& source) {
+             const auto column = file_.tables[table].column(source.column);
+             return column && *column < cells.size() &&
+                    cells[*column].find_first_of("0123456789") != std::string::npos;
+           });
   }
 
   void open(std::size_t table) {
@@ -329,6 +389,8 @@ class RowSorter {
   std::map<std::size_t, std::size_t> places_;  ///< of the layout's tables among the file's
   std::vector<std::size_t> open_;
   std::optional<std::size_t> current_;
+  std::vector<std::size_t> dayless_;  ///< rows that are too long and have no day
+  std::uint32_t lastDay_ = 0;         ///< the last line with a day
 };
 
 }  // namespace
@@ -339,6 +401,8 @@ std::string_view displayName(RowVerdict verdict) {
       return "new";
     case RowVerdict::present:
       return "already there";
+    case RowVerdict::perhapsPresent:
+      return "perhaps already there";
     case RowVerdict::leftOut:
       return "left out";
     case RowVerdict::belongs:
@@ -399,6 +463,7 @@ StatementFile StatementFile::read(const std::string& bytes,
   StatementFile file;
   file.profile = candidate.profile;
   file.encoding = decoded.encoding;
+  file.remarks = remarksOn(candidate);
   const HeadingLine* first = nullptr;
   for (const auto& [table, heading] : candidate.headings) {
     first = first == nullptr || heading->number < first->number ? heading : first;
@@ -408,6 +473,7 @@ StatementFile StatementFile::read(const std::string& bytes,
   const auto unclosed =
       parseRows(text, CSVDelimiter::guessed(lineAt(text, 0)), 0, std::nullopt,
                 [&](const CSVRow& row) { sorter.take(row.line() + first->number - 1, row); });
+  sorter.finish();
   requireClosedQuotes(decoded.text,
                       unclosed ? std::optional(*unclosed + first->offset) : std::nullopt);
   return file;

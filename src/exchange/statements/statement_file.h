@@ -58,6 +58,8 @@ struct StatementFile {
   std::vector<StatementTable> tables;
   std::vector<StatementCells> rows;
   std::vector<StatementRow> apart;  ///< rows that belong to no table, or are left out by it
+  /// Sentences: by what the layout was recognised, and which columns are not as it has them.
+  std::vector<std::string> remarks;
 
   /// Finds the layout of `bytes` among `profiles`, which outlive the result. Throws StatementError
   /// where none fits or several do equally well, TextEncodingError and CSVParseError.

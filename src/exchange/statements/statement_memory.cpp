@@ -16,6 +16,62 @@ std::string keyOf(const Portfolio& portfolio) {
   return stored == nullptr ? portfolio.name : std::to_string(stored->portfolioId);
 }
 
+/// The text under `key`; empty where there is none, as in files of earlier versions.
+std::string textUnder(const JSONValue& object, const std::string& key) {
+  const JSONValue* found = object.find(key);
+  return found == nullptr ? std::string() : found->string(key);
+}
+
+RecordedRow recordedRowIn(const JSONValue& entry) {
+  const auto line = Decimal::fromWholeString(entry.at("line").number("line").text());
+  RecordedRow row{.line = static_cast<std::uint32_t>(line.value_or(0).integerValue()),
+                  .id = entry.at("id").string("id"),
+                  .fingerprints = {entry.at("is").string("is")}};
+  if (const JSONValue* further = entry.find("also")) {
+    for (const JSONValue& print : further->array("also")) {
+      row.fingerprints.push_back(print.string("also"));
+    }
+  }
+  return row;
+}
+
+RecordedImport recordedImportIn(const JSONValue& entry) {
+  RecordedImport import{.file = entry.at("file").string("file"),
+                        .sha256 = textUnder(entry, "sha256"),
+                        .day = entry.at("day").string("day"),
+                        .profile = entry.at("profile").string("profile"),
+                        .firstDay = textUnder(entry, "from"),
+                        .lastDay = textUnder(entry, "to"),
+                        .rows = {}};
+  for (const JSONValue& row : entry.at("rows").array("rows")) {
+    import.rows.push_back(recordedRowIn(row));
+  }
+  return import;
+}
+
+JSONValue jsonOf(const RecordedImport& import) {
+  JSONValue entry{JSONValue::Object()};
+  entry.set("file", import.file);
+  entry.set("sha256", import.sha256);
+  entry.set("day", import.day);
+  entry.set("profile", import.profile);
+  entry.set("from", import.firstDay);
+  entry.set("to", import.lastDay);
+  JSONValue::Array rows;
+  for (const RecordedRow& row : import.rows) {
+    JSONValue told{JSONValue::Object()};
+    told.set("line", std::int64_t{row.line});
+    told.set("id", row.id);
+    told.set("is", row.fingerprints.front());
+    if (row.fingerprints.size() > 1) {
+      told.set("also", JSONValue::Array(row.fingerprints.begin() + 1, row.fingerprints.end()));
+    }
+    rows.push_back(std::move(told));
+  }
+  entry.set("rows", std::move(rows));
+  return entry;
+}
+
 }  // namespace
 
 StatementMemory::StatementMemory(const std::filesystem::path& folder, const Portfolio& portfolio)
@@ -29,7 +85,7 @@ StatementMemory::StatementMemory(const std::filesystem::path& folder, const Port
   } catch (const JSONError&) {
     wasDamaged_ = true;
     symbols_.clear();
-    fingerprintsById_.clear();
+    answers_ = {};
     imports_.clear();
     others_.clear();
     std::filesystem::rename(file_, file_.string() + ".damaged", ignored);
@@ -48,41 +104,56 @@ void StatementMemory::read(const std::string& text) {
     symbols_.emplace(name, symbol.string(name));
   }
   for (const JSONValue& entry : own->at("imports").array("imports")) {
-    Import import{.file = entry.at("file").string("file"),
-                  .day = entry.at("day").string("day"),
-                  .profile = entry.at("profile").string("profile"),
-                  .rows = {}};
-    for (const JSONValue& row : entry.at("rows").array("rows")) {
-      const auto line = Decimal::fromWholeString(row.at("line").number("line").text());
-      import.rows.push_back({static_cast<std::uint32_t>(line.value_or(0).integerValue()),
-                             row.at("id").string("id"), row.at("is").string("is")});
-      if (const auto& last = import.rows.back(); !last.id.empty()) {
-        fingerprintsById_.insert_or_assign(last.id, last.fingerprint);
+    imports_.push_back(recordedImportIn(entry));
+  }
+  if (const JSONValue* answers = own->find("answers")) {
+    for (const auto& [layout, given] : answers->object("answers")) {
+      if (const std::string code = textUnder(given, "currency"); !code.empty()) {
+        answers_.currencies.emplace(layout, code);
+      }
+      if (textUnder(given, "rates") == "market") {
+        answers_.marketRates.insert(layout);
+      }
+      if (const JSONValue* accounts = given.find("accounts")) {
+        for (const JSONValue& account : accounts->array("accounts")) {
+          answers_.accounts[layout].insert(account.string("accounts"));
+        }
       }
     }
-    imports_.push_back(std::move(import));
   }
 }
 
-void StatementMemory::rememberSymbols(
-    const std::map<std::string, std::string, std::less<>>& symbols) {
-  for (const auto& [name, symbol] : symbols) {
+void StatementMemory::rememberAnswers(const StatementOptions& options,
+                                      const StatementPreview& preview) {
+  if (options.takesMarketRates) {
+    answers_.marketRates.insert(preview.profileName);
+  }
+  for (const auto& [name, symbol] : options.symbols) {
     symbols_.insert_or_assign(name, symbol);
   }
+  if (options.currencyCode) {
+    answers_.currencies.insert_or_assign(preview.profileName, *options.currencyCode);
+  }
+  if (!options.accounts.empty()) {
+    answers_.accounts.insert_or_assign(preview.profileName, options.accounts);
+  }
 }
 
-void StatementMemory::rememberImport(const std::string& file, const std::string& profile,
-                                     const std::vector<StatementRow>& rows,
+void StatementMemory::rememberImport(const std::string& file, const StatementPreview& preview,
                                      const Calendar& calendar) {
-  const YearMonthDay today = YearMonthDay::of(Date::now(), calendar);
-  Import import{.file = file,
-                .day = std::to_string(today.year) + "-" + std::to_string(today.month) + "-" +
-                       std::to_string(today.day),
-                .profile = profile,
-                .rows = {}};
-  for (const StatementRow& row : rows) {
+  RecordedImport import{.file = file,
+                        .sha256 = preview.file.sha256,
+                        .day = isoDay(Date::now(), calendar),
+                        .profile = preview.profileName,
+                        .firstDay = preview.file.firstDay,
+                        .lastDay = preview.file.lastDay,
+                        .rows = {}};
+  for (const StatementRow& row : preview.reading.rows) {
     if (row.verdict == RowVerdict::isNew && !row.transactions.empty()) {
-      import.rows.push_back({row.line, row.id, fingerprint(row.transactions.front(), calendar)});
+      auto& kept = import.rows.emplace_back(row.line, row.id, std::vector<std::string>());
+      for (const BasicTransaction& transaction : row.transactions) {
+        kept.fingerprints.push_back(fingerprint(transaction, calendar));
+      }
     }
   }
   imports_.push_back(std::move(import));
@@ -96,22 +167,26 @@ void StatementMemory::write() const {
     symbols.set(name, symbol);
   }
   own.set("symbols", std::move(symbols));
+  JSONValue answers{JSONValue::Object()};
+  const auto answer = [&](const std::string& layout, const std::string& key, JSONValue value) {
+    const JSONValue* known = answers.find(layout);
+    JSONValue given = known == nullptr ? JSONValue(JSONValue::Object()) : *known;
+    given.set(key, std::move(value));
+    answers.set(layout, std::move(given));
+  };
+  for (const auto& [layout, code] : answers_.currencies) {
+    answer(layout, "currency", code);
+  }
+  for (const auto& [layout, accounts] : answers_.accounts) {
+    answer(layout, "accounts", JSONValue::Array(accounts.begin(), accounts.end()));
+  }
+  for (const std::string& layout : answers_.marketRates) {
+    answer(layout, "rates", std::string("market"));
+  }
+  own.set("answers", std::move(answers));
   JSONValue::Array imports;
-  for (const Import& import : imports_) {
-    JSONValue entry{JSONValue::Object()};
-    entry.set("file", import.file);
-    entry.set("day", import.day);
-    entry.set("profile", import.profile);
-    JSONValue::Array rows;
-    for (const Import::Row& row : import.rows) {
-      JSONValue told{JSONValue::Object()};
-      told.set("line", std::int64_t{row.line});
-      told.set("id", row.id);
-      told.set("is", row.fingerprint);
-      rows.push_back(std::move(told));
-    }
-    entry.set("rows", std::move(rows));
-    imports.push_back(std::move(entry));
+  for (const RecordedImport& import : imports_) {
+    imports.push_back(jsonOf(import));
   }
   own.set("imports", std::move(imports));
   document.set(key_, std::move(own));

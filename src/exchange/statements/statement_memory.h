@@ -3,16 +3,19 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "exchange/statements/statement_rows.h"
+#include "exchange/statements/recorded_import.h"
+#include "exchange/statements/statement_preview.h"
 #include "ledger/portfolio/portfolio.h"
 
 namespace corvane {
 
 /// Kept as JSON in the file "Statements.json" of a workspace, by portfolio: which symbol an equity
-/// of a statement has, and which rows were recorded from which file.
+/// of a statement has, what else the user has answered, and which rows were recorded from which
+/// file.
 class StatementMemory {
  public:
   static constexpr std::string_view fileName = "Statements.json";
@@ -27,15 +30,16 @@ class StatementMemory {
   [[nodiscard]] const std::map<std::string, std::string, std::less<>>& symbols() const {
     return symbols_;
   }
-  /// The fingerprints of recorded rows by the broker's number of the row.
-  [[nodiscard]] const std::map<std::string, std::string, std::less<>>& fingerprintsById() const {
-    return fingerprintsById_;
-  }
+  [[nodiscard]] const RememberedAnswers& answers() const { return answers_; }
+  /// The imports, the oldest first.
+  [[nodiscard]] const std::vector<RecordedImport>& imports() const { return imports_; }
 
-  void rememberSymbols(const std::map<std::string, std::string, std::less<>>& symbols);
-  /// Keeps the new ones of `rows`, which were recorded from `file` by the layout `profile`.
-  void rememberImport(const std::string& file, const std::string& profile,
-                      const std::vector<StatementRow>& rows, const Calendar& calendar);
+  /// Keeps what `options` say of symbols, and of the account and currency of the layout of
+  /// `preview`.
+  void rememberAnswers(const StatementOptions& options, const StatementPreview& preview);
+  /// Keeps the new rows of `preview`, which were recorded from `file`.
+  void rememberImport(const std::string& file, const StatementPreview& preview,
+                      const Calendar& calendar);
 
   /// Writes the file. Throws FileError.
   void write() const;
@@ -45,16 +49,8 @@ class StatementMemory {
   std::string key_;
   bool wasDamaged_ = false;
   std::map<std::string, std::string, std::less<>> symbols_;
-  std::map<std::string, std::string, std::less<>> fingerprintsById_;
-  struct Import {
-    std::string file, day, profile;
-    struct Row {
-      std::uint32_t line;
-      std::string id, fingerprint;
-    };
-    std::vector<Row> rows;
-  };
-  std::vector<Import> imports_;
+  RememberedAnswers answers_;
+  std::vector<RecordedImport> imports_;
   std::string others_;  ///< the whole document as it was read, for the other portfolios
 
   void read(const std::string& text);

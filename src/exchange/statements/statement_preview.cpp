@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "exchange/statements/ledger_matching.h"
 #include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/data/sha256.h"
 
 namespace corvane {
 namespace {
@@ -142,6 +142,20 @@ Decimal heldAfter(Portfolio& portfolio, const EquityPointer& equity, Date day) {
   return 0;
 }
 
+/// `options` with what was said before about files of a layout.
+StatementOptions withRemembered(const StatementOptions& options, const std::string& layout) {
+  StatementOptions said = options;
+  if (const auto code = said.remembered.currencies.find(layout);
+      !said.currencyCode && code != said.remembered.currencies.end()) {
+    said.currencyCode = code->second;
+  }
+  if (const auto accounts = said.remembered.accounts.find(layout);
+      said.accounts.empty() && accounts != said.remembered.accounts.end()) {
+    said.accounts = accounts->second;
+  }
+  return said;
+}
+
 }  // namespace
 
 bool StatementPreview::isReady() const {
@@ -163,10 +177,11 @@ std::size_t StatementPreview::newRowCount() const {
 StatementPreview previewStatement(
     const std::string& bytes, const std::vector<StatementProfile>& profiles,
     const PortfolioPointer& portfolio, const StatementOptions& options,
-    std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)>
-        rateOf) {
+    std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)> rateOf,
+    const std::vector<RecordedImport>& earlier) {
   const auto manager = portfolio->manager.lock();
   const StatementFile file = StatementFile::read(bytes, profiles, options.profile);
+  const StatementOptions said = withRemembered(options, file.profile->name);
   const StatementSurroundings surroundings = {
       .primaryCurrency = portfolio->primaryCurrency(),
       .calendar = manager->calendar,
@@ -176,14 +191,42 @@ StatementPreview previewStatement(
       .heldAfter = [&](const EquityPointer& equity,
                        Date day) { return heldAfter(*portfolio, equity, day); },
       .rateOf = std::move(rateOf)};
-  StatementPreview preview{.profileName = file.profile->name,
+  StatementPreview preview{.profileId = file.profile->id,
+                           .profileName = file.profile->name,
+                           .file = {.sha256 = sha256(bytes),
+                                    .profile = file.profile->name,
+                                    .firstDay = {},
+                                    .lastDay = {}},
                            .encodingName = std::string(displayName(file.encoding)),
-                           .reading = readStatement(file, surroundings, options)};
-  matchWithLedger(preview.reading.rows, *portfolio, manager->calendar, options.fingerprintsById);
+                           .reading = readStatement(file, surroundings, said)};
+  preview.reading.remarks.insert(preview.reading.remarks.begin(), file.remarks.begin(),
+                                 file.remarks.end());
+  findDays(preview.file, preview.reading.rows, manager->calendar);
+  for (const RecordedImport& import : earlier) {
+    if (import.sha256 == preview.file.sha256) {
+      preview.reading.remarks.push_back("The same file was imported on " + import.day + ".");
+      break;
+    }
+  }
+  matchWithLedger(preview.reading.rows, *portfolio, manager->calendar, preview.file, earlier, said);
   if (preview.newRowCount() > 0) {
     tryOnCopy(preview.reading.rows, *portfolio);
   }
   return preview;
+}
+
+LearnedAnswers answersToLearn(const StatementPreview& preview, const ProfileShelf& shelf,
+                              const StatementOptions& options) {
+  const StatementProfile* profile = shelf.find(preview.profileId);
+  if (profile == nullptr) {
+    return {};
+  }
+  LearnedAnswers answers{.kinds = options.kinds, .days = {}, .decimal = {}};
+  answers.days = profile->days ? std::nullopt : options.days;
+  if (!profile->decimal && !profile->decimalOfEachCell) {
+    answers.decimal = options.decimal;
+  }
+  return answers;
 }
 
 std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,

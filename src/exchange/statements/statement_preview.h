@@ -4,6 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "exchange/profiles/profile_shelf.h"
+#include "exchange/profiles/profile_writer.h"
+#include "exchange/statements/ledger_matching.h"
 #include "exchange/statements/statement_reader.h"
 #include "ledger/portfolio/portfolio.h"
 
@@ -11,7 +14,9 @@ namespace corvane {
 
 /// What an import of a statement would do. Nothing else is recorded than what is new in it.
 struct StatementPreview {
+  std::string profileId;
   std::string profileName;
+  MatchedFile file;
   std::string encodingName;
   StatementReading reading;
 
@@ -25,13 +30,20 @@ struct StatementPreview {
 /// Reads the file `bytes` by one of `profiles` for `portfolio`. Finds what its ledger has already:
 /// of equal rows as many as the ledger holds are there, and the others are new. Tries the new ones
 /// on a copy of the ledger, so that its refusals stand at their rows. `rateOf` may be null.
+/// `earlier` is what was imported into the portfolio before.
 ///
 /// Main queue only. Throws StatementError, TextEncodingError, CSVParseError.
 [[nodiscard]] StatementPreview previewStatement(
     const std::string& bytes, const std::vector<StatementProfile>& profiles,
     const PortfolioPointer& portfolio, const StatementOptions& options,
     std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)>
-        rateOf = nullptr);
+        rateOf = nullptr,
+    const std::vector<RecordedImport>& earlier = {});
+
+/// What `options` say of files of the layout of `preview` that the layout itself does not.
+[[nodiscard]] LearnedAnswers answersToLearn(const StatementPreview& preview,
+                                            const ProfileShelf& shelf,
+                                            const StatementOptions& options);
 
 /// Records the new rows of `preview` in `portfolio` as one edit that cannot be undone, and returns
 /// their transactions. Throws StatementError with the line that the ledger or its store refuses;

@@ -24,7 +24,16 @@ constexpr std::array<std::string_view, 11> readNumberFields = {
 struct Obstacle {
   RowVerdict verdict;
   std::string reason;
+  std::string remedy = {};
+  std::optional<RowQuestion> question = {};
 };
+
+void stopAt(StatementRow& row, const Obstacle& obstacle) {
+  row.verdict = obstacle.verdict;
+  row.reason = obstacle.reason;
+  row.remedy = obstacle.remedy;
+  row.question = obstacle.question;
+}
 
 /// A row on its way to a transaction.
 struct Draft {
@@ -84,6 +93,9 @@ class RowsReader {
     for (const StatementCells& row : file.rows) {
       texts_.emplace_back(file.tables[row.table], row);
     }
+    for (const auto& [word, kind] : options.kinds) {
+      kinds_.emplace(foldedText(word), kind);
+    }
   }
 
   StatementReading read() {
@@ -141,7 +153,11 @@ class RowsReader {
     DecimalMarkRecognition marks;
     for (std::size_t i = 0; i < end_; ++i) {
       const RowTexts& row = texts_[i];
-      if (row.kind() == RowKind::ignore || options_.leaveOut.contains(row.line())) {
+      if (const std::string account = row.text("account"); !account.empty()) {
+        reading_.accounts.insert(account);
+      }
+      if (kindOfRow(row) == RowKind::ignore || options_.leaveOut.contains(row.line()) ||
+          !takesAccountOf(row)) {
         continue;
       }
       days.add(row.line(), row.columnOf("date"), row.text("date"), row.columnOf("settle"),
@@ -150,6 +166,13 @@ class RowsReader {
         marks.add(row.line(), row.columnOf(field), row.text(field));
       }
       marks.addTrade(row.text("shares"), row.text("price"), row.text("amount"));
+    }
+    if (reading_.accounts.size() > 1 && options_.accounts.empty()) {
+      std::string names;
+      for (const std::string& account : reading_.accounts) {
+        names += (names.empty() ? "“" : ", “") + account + "”";
+      }
+      reading_.remarks.push_back("The file has rows of several accounts: " + names + ".");
     }
     const auto told = options_.days ? options_.days : profile_.days;
     const auto verdict = days.verdict(surroundings_.today, told);
@@ -161,8 +184,10 @@ class RowsReader {
     }
   }
 
-  [[noreturn]] void fail(const RowTexts& row, std::string_view field, std::string reason) const {
-    throw StatementError(row.line(), field.empty() ? "" : row.columnOf(field), std::move(reason));
+  [[noreturn]] void fail(const RowTexts& row, std::string_view field, std::string reason,
+                         std::string remedy = {}) const {
+    throw StatementError(row.line(), field.empty() ? "" : row.columnOf(field), std::move(reason),
+                         std::move(remedy));
   }
 
   std::optional<Decimal> number(const RowTexts& row, std::string_view field) const {
@@ -189,26 +214,40 @@ class RowsReader {
     if (cell && decimal_) {
       value = cell->value(*decimal_);
     } else if (cell) {
-      switch (cell->evidence()) {
-        case NumberCell::Evidence::undecided:
-          fail(row, field,
-               "“" + text + "” may be " +
-                   cell->value(DecimalMark::point).value_or(0).description() + " or " +
-                   cell->value(DecimalMark::comma).value_or(0).description() +
-                   ". Say --decimal . or --decimal ,");
-        case NumberCell::Evidence::comma:
-          value = cell->value(DecimalMark::comma);
-          break;
-        case NumberCell::Evidence::point:
-        case NumberCell::Evidence::none:
-          value = cell->value(DecimalMark::point);
-          break;
-      }
+      value = cell->value(markOf(*cell, row, field, text));
     }
     if (!value) {
       fail(row, field, "“" + text + "” is not a number.");
     }
     return *value;
+  }
+
+  /// The mark of a cell of a layout in which each cell has its own.
+  [[nodiscard]] DecimalMark markOf(const NumberCell& cell, const RowTexts& row,
+                                   std::string_view field, const std::string& text) const {
+    switch (cell.evidence()) {
+      case NumberCell::Evidence::comma:
+        return DecimalMark::comma;
+      case NumberCell::Evidence::point:
+      case NumberCell::Evidence::none:
+        return DecimalMark::point;
+      case NumberCell::Evidence::undecided:
+        break;
+    }
+    if (options_.decimal) {
+      return *options_.decimal;
+    }
+    // Shares times price may tell.
+    DecimalMarkRecognition byTrade;
+    byTrade.add(row.line(), field, text);
+    byTrade.addTrade(row.text("shares"), row.text("price"), row.text("amount"));
+    if (field == "amount" && !byTrade.isUndecided()) {
+      return byTrade.mark();
+    }
+    fail(row, field,
+         "“" + text + "” may be " + cell.value(DecimalMark::point).value_or(0).description() +
+             " or " + cell.value(DecimalMark::comma).value_or(0).description() + ".",
+         "Say --decimal . or --decimal ,");
   }
 
   [[nodiscard]] YearMonthDay dayIn(const RowTexts& row, std::string_view field,
@@ -233,31 +272,50 @@ class RowsReader {
       if (options_.leaveOut.contains(row.line())) {
         throw Obstacle{RowVerdict::leftOut, "you leave it out"};
       }
-      if (!row.kind()) {
-        fail(row, "type",
-             "“" + row.text("type") + "” is not in the layout. Leave the line out (--leave-out " +
-                 std::to_string(row.line()) +
+      if (!takesAccountOf(row)) {
+        throw Obstacle{RowVerdict::leftOut, "it is of another account"};
+      }
+      const auto kind = kindOfRow(row);
+      if (!kind) {
+        draft.row.question = RowQuestion{RowQuestion::About::kind, row.text("type"), {}, {}, {}};
+        fail(row, "type", "“" + row.text("type") + "” is not in the layout.",
+             "Leave the line out (--leave-out " + std::to_string(row.line()) +
                  ") or tell what it means in ~/.config/corvane/statements/" + profile_.id +
                  ".toml.");
       }
-      if (*row.kind() == RowKind::ignore) {
+      draft.row.kind = rawValue(*kind);
+      if (*kind == RowKind::ignore) {
         throw Obstacle{RowVerdict::leftOut,
                        row.why().empty() ? "the layout leaves it out" : row.why()};
       }
+      draft.kind = *kind;
       fill(draft, row);
     } catch (const Obstacle& obstacle) {
-      draft.row.verdict = obstacle.verdict;
-      draft.row.reason = obstacle.reason;
+      stopAt(draft.row, obstacle);
     } catch (const StatementError& error) {
       draft.row.verdict = RowVerdict::refused;
       draft.row.reason =
           (error.column.empty() ? "" : "column “" + error.column + "”: ") + error.reason;
+      draft.row.remedy = error.remedy;
     }
     return draft;
   }
 
+  /// What the layout makes of the row; where it does not know the word, what the user has said.
+  [[nodiscard]] std::optional<RowKind> kindOfRow(const RowTexts& row) const {
+    if (row.kind()) {
+      return row.kind();
+    }
+    const auto said = kinds_.find(foldedText(row.text("type")));
+    return said == kinds_.end() ? std::nullopt : std::optional(said->second);
+  }
+
+  [[nodiscard]] bool takesAccountOf(const RowTexts& row) const {
+    const std::string account = row.text("account");
+    return options_.accounts.empty() || account.empty() || options_.accounts.contains(account);
+  }
+
   void fill(Draft& draft, const RowTexts& row) {
-    draft.kind = *row.kind();
     draft.trade = dayIn(row, "date", row.text("date"), draft.row.time);
     if (const std::string time = row.text("time"); !time.empty()) {
       const auto cell = DayCell::read("2000-01-01 " + time);
@@ -269,6 +327,9 @@ class RowsReader {
       draft.settlement = std::max(draft.trade, dayIn(row, "settle", settle, unused));
     }
     draft.note = row.text("note");
+    if (draft.note.empty() && profile_.takesFirstWordOfSymbols && isCash(draft.kind)) {
+      draft.note = row.text("symbol");
+    }
     draft.group = row.text("group");
     fillMoney(draft, row);
     if (!isCash(draft.kind)) {
@@ -316,9 +377,13 @@ class RowsReader {
     if (asked.empty()) {
       fail(row, "symbol", "the cell is empty.");
     }
-    throw Obstacle{RowVerdict::asks, "“" + (isin.empty() ? draft.row.symbol : isin) +
-                                         "” has no symbol yet. Say --symbol \"" +
-                                         (isin.empty() ? draft.row.symbol : isin) + "=…\"."};
+    const std::string subject = isin.empty() ? draft.row.symbol : isin;
+    const std::string proposal =
+        profile_.takesFirstWordOfSymbols ? symbol.substr(0, symbol.find(' ')) : std::string();
+    throw Obstacle{RowVerdict::asks, "“" + subject + "” has no symbol yet.",
+                   "Say --symbol \"" + subject + "=" + (proposal.empty() ? "…" : proposal) + "\".",
+                   RowQuestion{RowQuestion::About::symbol, subject, isin.empty() ? "" : name,
+                               std::string(draft.cash.currency.code), proposal}};
   }
 
   struct RowCurrency {
@@ -338,7 +403,8 @@ class RowsReader {
       code = *options_.currencyCode;
     }
     if (code.empty()) {
-      throw Obstacle{RowVerdict::asks, "no column tells the currency. Say --currency CODE."};
+      throw Obstacle{RowVerdict::asks, "no column tells the currency.", "Say --currency CODE.",
+                     RowQuestion{RowQuestion::About::currency, {}, {}, {}, {}}};
     }
     if (const auto alias = profile_.currencies.find(code); alias != profile_.currencies.end()) {
       return {Currency::byCode().at(alias->second.code), alias->second.divide};
@@ -472,7 +538,7 @@ class RowsReader {
   }
 
   /// Rows of one order are one transaction where one of them is a trade or a yield, and their legs
-  /// come to one currency.
+  /// come to one currency. An order that was carried out in parts is one trade.
   static void mergeGroups(std::vector<Draft>& drafts) {
     std::map<std::string, std::vector<std::size_t>> groups;
     for (std::size_t i = 0; i < drafts.size(); ++i) {
@@ -481,20 +547,32 @@ class RowsReader {
       }
     }
     for (const auto& [group, places] : groups) {
-      std::vector<std::size_t> chief;
-      std::ranges::copy_if(places, std::back_inserter(chief), [&](std::size_t i) {
+      std::vector<std::size_t> chiefs;
+      std::ranges::copy_if(places, std::back_inserter(chiefs), [&](std::size_t i) {
         return isTrade(drafts[i].kind) || isYield(drafts[i].kind);
       });
-      if (chief.size() == 1 && places.size() > 1) {
-        mergeGroup(drafts, places, chief.front());
+      if (places.size() > 1 && !chiefs.empty() && areOfOneKind(drafts, chiefs)) {
+        mergeGroup(drafts, places, chiefs);
       }
     }
   }
 
+  /// Whether these can be parts of one trade.
+  static bool areOfOneKind(const std::vector<Draft>& drafts,
+                           const std::vector<std::size_t>& chiefs) {
+    const Draft& first = drafts[chiefs.front()];
+    return chiefs.size() == 1 ||
+           (isTrade(first.kind) && std::ranges::all_of(chiefs, [&](std::size_t i) {
+              return drafts[i].kind == first.kind && drafts[i].equity == first.equity &&
+                     drafts[i].trade == first.trade && drafts[i].tax.isZero() &&
+                     !drafts[i].equivalent;
+            }));
+  }
+
   static void mergeGroup(std::vector<Draft>& drafts, const std::vector<std::size_t>& places,
-                         std::size_t chiefPlace) {
+                         const std::vector<std::size_t>& chiefs) {
     std::map<std::string, CurrencyAmount, std::less<>> legs;
-    Draft& chief = drafts[chiefPlace];
+    Draft& chief = drafts[chiefs.front()];
     for (const std::size_t i : places) {
       const Draft& draft = drafts[i];
       const Decimal amount = draft.kind == RowKind::buy ? -draft.cash.amount : draft.cash.amount;
@@ -510,8 +588,11 @@ class RowsReader {
     }
     const CurrencyAmount& sum = legs.begin()->second;
     chief.cash = {sum.currency, chief.kind == RowKind::buy ? -sum.amount : sum.amount};
+    for (const std::size_t i : chiefs) {
+      chief.shares += i == chiefs.front() ? Decimal(0) : drafts[i].shares;
+    }
     for (const std::size_t i : places) {
-      if (i != chiefPlace) {
+      if (i != chiefs.front()) {
         drafts[i].row.verdict = RowVerdict::belongs;
         drafts[i].row.reason = "to line " + std::to_string(chief.row.line);
       }
@@ -535,8 +616,8 @@ class RowsReader {
       }
       follow(draft);
     } catch (const Obstacle& obstacle) {
-      draft.row.verdict = obstacle.verdict;
-      draft.row.reason = obstacle.reason;
+      draft.row.transactions.clear();
+      stopAt(draft.row, obstacle);
     }
   }
 
@@ -611,9 +692,11 @@ class RowsReader {
       }
     }
     if (!draft.rate) {
+      const std::string code(draft.cash.currency.code);
       throw Obstacle{RowVerdict::asks,
-                     "no exchange rate for " + std::string(draft.cash.currency.code) + " on " +
-                         spelledDay(draft.trade) + ". Say --rates market to look it up."};
+                     "no exchange rate for " + code + " on " + spelledDay(draft.trade) + ".",
+                     "Say --rates market to look it up.",
+                     RowQuestion{RowQuestion::About::rate, code, {}, code, {}}};
     }
     if (draft.row.rate.empty()) {
       draft.row.rate = rounded(*draft.rate, 6, RoundingMode::bankers).description();
@@ -653,7 +736,8 @@ class RowsReader {
   const StatementSurroundings& surroundings_;
   const StatementOptions& options_;
   std::vector<RowTexts> texts_;
-  std::size_t end_ = 0;  ///< of the rows that are rows of a table
+  std::map<std::string, RowKind> kinds_;  ///< that the user has told, by the folded word
+  std::size_t end_ = 0;                   ///< of the rows that are rows of a table
   DayOrder days_ = DayOrder::ymd;
   std::optional<DecimalMark> decimal_;
   std::map<EquityPointer, Decimal> added_;

@@ -12,8 +12,9 @@ namespace corvane {
 /// of them.
 struct StatementReading {
   std::vector<StatementRow> rows;
-  std::vector<std::string>
-      remarks;  ///< sentences: how days and numbers were read, what was rounded
+  /// Sentences: how days and numbers were read, what was rounded.
+  std::vector<std::string> remarks;
+  std::set<std::string> accounts;  ///< whose rows the file has
 };
 
 /// Reads all rows of `file`. Whatever is wrong with one row stands at the row; what is wrong with

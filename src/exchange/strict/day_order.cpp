@@ -500,7 +500,8 @@ void DayOrderRecognition::failUndecided(const std::vector<DayOrder>& orders) con
   }
   throw StatementError(told.line, told.column,
                        "“" + told.text + "” may be " + firstText + " or " + spelledDay(second) +
-                           ", and no other row tells. Say " + options + ".");
+                           ", and no other row tells.",
+                       "Say " + options + ".");
 }
 
 }  // namespace corvane

@@ -310,7 +310,8 @@ DecimalMark DecimalMarkRecognition::mark() const {
       std::minmax(asPoint, asComma, [](const auto& a, const auto& b) { return abs(a) < abs(b); });
   throw StatementError(undecided_->line, undecided_->column,
                        "“" + undecided_->text + "” may be " + larger.description() + " or " +
-                           smaller.description() + ". Say --decimal . or --decimal ,");
+                           smaller.description() + ".",
+                       "Say --decimal . or --decimal ,");
 }
 
 }  // namespace corvane

@@ -1,9 +1,11 @@
 #include "presentation/portfolio/statement_preview_controller.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "exchange/strict/cell_text.h"
+#include "exchange/strict/statement_error.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/overloaded.h"
 #include "platform/system/file_manager.h"
@@ -11,8 +13,24 @@
 namespace corvane {
 namespace {
 
-constexpr std::string_view symbolAsked = "” has no symbol yet";
-constexpr std::string_view currencyAsked = "no column tells the currency";
+/// What a word of a file may mean, in the user's words.
+constexpr std::array<std::pair<StatementKind, std::string_view>, 15> kindTitles = {{
+    {StatementKind::buy, "Purchase"},
+    {StatementKind::sell, "Sale"},
+    {StatementKind::deposit, "Deposit"},
+    {StatementKind::withdrawal, "Withdrawal"},
+    {StatementKind::transfer, "Transfer, in or out by its sign"},
+    {StatementKind::dividend, "Dividend"},
+    {StatementKind::capitalGainsDividend, "Capital-gains dividend"},
+    {StatementKind::reinvested, "Reinvested distribution"},
+    {StatementKind::returnOfCapital, "Return of capital"},
+    {StatementKind::splitAdded, "Split, with the shares that were added"},
+    {StatementKind::journal, "Journaled shares"},
+    {StatementKind::cash, "Cash adjustment, by its sign"},
+    {StatementKind::credit, "Credit"},
+    {StatementKind::expense, "Fee or expense"},
+    {StatementKind::ignore, "Nothing; leave such lines out"},
+}};
 
 bool isObstacle(RowVerdict verdict) {
   return verdict == RowVerdict::asks || verdict == RowVerdict::refused ||
@@ -62,17 +80,43 @@ StatementPreviewController::StatementPreviewController(const std::filesystem::pa
       bytes_(files::read(file)),
       portfolio_(std::move(portfolio)),
       memory_(memoryFolder, *portfolio_),
-      shelf_(ProfileShelf::standard()) {
+      shelf_(ProfileShelf::standard()),
+      rates_(portfolio_->primaryCurrency(), portfolio_->manager.lock()->calendar),
+      self_(std::make_shared<StatementPreviewController*>(this)) {
   options_.symbols = memory_.symbols();
-  options_.fingerprintsById = memory_.fingerprintsById();
+  options_.remembered = memory_.answers();
   readAgain();
+  if (options_.remembered.marketRates.contains(preview_.profileName)) {
+    setTakesMarketRates(true);
+  }
+}
+
+StatementPreviewController::~StatementPreviewController() {
+  *self_ = nullptr;
 }
 
 void StatementPreviewController::readAgain() {
   rows_.clear();
   problem_.clear();
   try {
-    preview_ = previewStatement(bytes_, shelf_.profiles, portfolio_, options_);
+    preview_ = previewStatement(
+        bytes_, shelf_.profiles, portfolio_, options_,
+        [&](const Currency& currency, const YearMonthDay& day) {
+          needsRates_ = true;
+          return rates_.rate(currency, day);
+        },
+        memory_.imports());
+  } catch (const StatementError& error) {
+    preview_ = {};
+    problem_ = error.withoutRemedy();
+    if (const std::size_t nearest = error.remedy.find("Nearest:"); nearest != std::string::npos) {
+      problem_ += " " + error.remedy.substr(nearest);
+    }
+    if (error.line == 0 && !error.remedy.contains("Say which")) {
+      problem_ +=
+          "\nPlace the columns with “Import Transactions…”; “Remember Layout…” there keeps "
+          "them for the next time.";
+    }
   } catch (const Error& error) {
     preview_ = {};
     problem_ = error.description().value_or("");
@@ -81,32 +125,124 @@ void StatementPreviewController::readAgain() {
     rows_.push_back(&row);
   }
   std::ranges::stable_sort(rows_, {}, &StatementRow::line);
+  if (options_.takesMarketRates && rates_.areMissing() && !isFetchingRates_) {
+    fetchRates();
+  }
+  searchSymbols();
+  show();
+}
+
+void StatementPreviewController::show() {
   findQuestions();
   if (changeHandler) {
     changeHandler();
   }
 }
 
+void StatementPreviewController::searchSymbols() {
+  std::vector<RowQuestion> wanted = symbolQuestions(preview_.reading.rows);
+  doubtful_ = doubtfulSymbols(preview_.reading.rows, options_, *portfolio_);
+  constexpr std::size_t mostDoubtful = 40;  // a search each
+  wanted.insert(
+      wanted.end(), doubtful_.begin(),
+      doubtful_.begin() + static_cast<std::ptrdiff_t>(std::min(doubtful_.size(), mostDoubtful)));
+  std::erase_if(wanted, [&](const RowQuestion& question) {
+    return !searched_.insert(question.subject).second;
+  });
+  const auto manager = portfolio_->manager.lock();
+  if (wanted.empty() || manager == nullptr) {
+    return;
+  }
+  ++searches_;
+  corvane::searchSymbols(manager->quoteProvider, wanted, [self = self_](SymbolFinds found) {
+    if (*self != nullptr) {
+      --(*self)->searches_;
+      (*self)->finds_.merge(found);
+      (*self)->show();
+    }
+  });
+}
+
+void StatementPreviewController::fetchRates() {
+  const auto manager = portfolio_->manager.lock();
+  if (manager == nullptr) {
+    return;
+  }
+  isFetchingRates_ = true;
+  rates_.fetch(manager->quoteProvider, [self = self_](std::vector<std::string> problems) {
+    if (*self != nullptr) {
+      (*self)->rateProblems_ = std::move(problems);
+      (*self)->readAgain();
+      // Still taken for under way while it was read, so that a day without a rate is asked once.
+      (*self)->isFetchingRates_ = false;
+      (*self)->show();
+    }
+  });
+}
+
+void StatementPreviewController::setTakesMarketRates(bool takes) {
+  options_.takesMarketRates = takes;
+  rateProblems_.clear();
+  if (!takes) {
+    rates_.forgetMarket();
+  }
+  readAgain();
+}
+
+void StatementPreviewController::readRates(const std::filesystem::path& file) {
+  rates_.readFile(files::read(file), file.filename().string());
+  readAgain();
+}
+
 void StatementPreviewController::findQuestions() {
   questions_.clear();
   for (const StatementRow* row : rows_) {
-    if (row->verdict != RowVerdict::asks) {
+    if (!row->question || row->question->about == RowQuestion::About::rate) {
       continue;
     }
-    Question question;
-    if (const std::size_t end = row->reason.find(symbolAsked); end != std::string::npos) {
-      question.key =
-          row->reason.substr(std::string_view("“").size(), end - std::string_view("“").size());
-      question.text = "Which symbol has “" + question.key + "”?";
-      if (!row->symbol.empty() && row->symbol != question.key) {
-        question.text += " (" + row->symbol + ")";
+    const RowQuestion& asked = *row->question;
+    Question question{.text = {},
+                      .key = asked.subject,
+                      .about = asked.about,
+                      .choices = {},
+                      .takesOtherAnswers = true,
+                      .answer = asked.proposal};
+    if (asked.about == RowQuestion::About::symbol) {
+      question.text = "Which symbol has “" + asked.subject + "”?";
+      question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
+      if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
+        for (const SymbolFind& find : found->second) {
+          question.choices.push_back({find.symbol, find.description()});
+        }
       }
-    } else if (row->reason.starts_with(currencyAsked)) {
+    } else if (asked.about == RowQuestion::About::currency) {
       question.text = "Which currency is the account in?";
+      question.answer = std::string(portfolio_->primaryCurrency().code);
     } else {
-      continue;
+      question.text = "What does “" + asked.subject + "” mean?";
+      question.takesOtherAnswers = false;
+      for (const auto& [kind, title] : kindTitles) {
+        question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
+      }
     }
     if (std::ranges::find(questions_, question.text, &Question::text) == questions_.end()) {
+      questions_.push_back(std::move(question));
+    }
+  }
+  for (const RowQuestion& doubt : doubtful_) {
+    const auto found = finds_.find(doubt.subject);
+    const auto likely = found == finds_.end() ? std::nullopt : likelySymbol(doubt, found->second);
+    if (likely) {
+      Question question{.text = "“" + doubt.subject + "” has no prices in " + doubt.currency +
+                                ". Which symbol is meant?",
+                        .key = doubt.subject,
+                        .about = RowQuestion::About::symbol,
+                        .choices = {{doubt.subject, doubt.subject + ", as it is"}},
+                        .takesOtherAnswers = true,
+                        .answer = *likely};
+      for (const SymbolFind& find : found->second) {
+        question.choices.push_back({find.symbol, find.description()});
+      }
       questions_.push_back(std::move(question));
     }
   }
@@ -115,15 +251,43 @@ void StatementPreviewController::findQuestions() {
 void StatementPreviewController::answer(const std::vector<std::string>& answers) {
   for (std::size_t i = 0; i < std::min(answers.size(), questions_.size()); ++i) {
     const std::string given(trimmedCell(answers[i]));
+    const Question& question = questions_[i];
     if (given.empty()) {
       continue;
     }
-    if (!questions_[i].key.empty()) {
-      options_.symbols.insert_or_assign(foldedText(questions_[i].key), given);
-    } else if (Currency::byCode().contains(given)) {
-      options_.currencyCode = given;
+    switch (question.about) {
+      case RowQuestion::About::symbol:
+        options_.symbols.insert_or_assign(foldedText(question.key), given);
+        break;
+      case RowQuestion::About::currency:
+        if (Currency::byCode().contains(given)) {
+          options_.currencyCode = given;
+        }
+        break;
+      case RowQuestion::About::kind:
+        if (const auto kind = statementKindWithRawValue(given)) {
+          options_.kinds.insert_or_assign(question.key, *kind);
+        }
+        break;
+      case RowQuestion::About::rate:
+        break;
     }
   }
+  readAgain();
+}
+
+std::vector<StatementPreviewController::Question::Choice> StatementPreviewController::layouts()
+    const {
+  std::vector<Question::Choice> all;
+  for (const StatementProfile& profile : shelf_.profiles) {
+    all.push_back({profile.id, profile.name});
+  }
+  std::ranges::sort(all, {}, &Question::Choice::title);
+  return all;
+}
+
+void StatementPreviewController::setLayout(std::optional<std::string> id) {
+  options_.profile = std::move(id);
   readAgain();
 }
 
@@ -137,6 +301,24 @@ void StatementPreviewController::setDecimal(std::optional<DecimalMark> mark) {
   readAgain();
 }
 
+std::vector<std::string> StatementPreviewController::accounts() const {
+  return {preview_.reading.accounts.begin(), preview_.reading.accounts.end()};
+}
+
+std::optional<std::string> StatementPreviewController::account() const {
+  const auto remembered = options_.remembered.accounts.find(preview_.profileName);
+  const auto& said = options_.accounts.empty() && remembered != options_.remembered.accounts.end()
+                         ? remembered->second
+                         : options_.accounts;
+  return said.size() == 1 ? std::optional(*said.begin()) : std::nullopt;
+}
+
+void StatementPreviewController::setAccount(const std::optional<std::string>& account) {
+  options_.remembered.accounts.erase(preview_.profileName);
+  options_.accounts = account ? std::set<std::string>{*account} : std::set<std::string>();
+  readAgain();
+}
+
 std::string StatementPreviewController::summary() const {
   if (!problem_.empty()) {
     return problem_;
@@ -145,6 +327,14 @@ std::string StatementPreviewController::summary() const {
       "“" + filename_ + "” is “" + preview_.profileName + "”, " + preview_.encodingName + ".";
   for (const std::string& remark : preview_.reading.remarks) {
     text += "\n" + remark;
+  }
+  for (const std::string& problem : rateProblems_) {
+    text += "\n" + problem;
+  }
+  if (isFetchingRates_) {
+    text += "\nLooking up exchange rates…";
+  } else if (searches_ > 0) {
+    text += "\nSearching for symbols…";
   }
   return text;
 }
@@ -177,21 +367,27 @@ AttributedText StatementPreviewController::cell(std::size_t row, std::size_t col
 }
 
 bool StatementPreviewController::isTicked(std::size_t row) const {
-  return mayBeTicked(row) && !options_.leaveOut.contains(rows_.at(row)->line);
+  return mayBeTicked(row) && rows_.at(row)->verdict != RowVerdict::perhapsPresent &&
+         !options_.leaveOut.contains(rows_.at(row)->line);
 }
 
 bool StatementPreviewController::mayBeTicked(std::size_t row) const {
   const StatementRow& shown = *rows_.at(row);
-  return shown.verdict == RowVerdict::isNew || isObstacle(shown.verdict) ||
-         options_.leaveOut.contains(shown.line);
+  return shown.verdict == RowVerdict::isNew || shown.verdict == RowVerdict::perhapsPresent ||
+         isObstacle(shown.verdict) || options_.leaveOut.contains(shown.line);
 }
 
 void StatementPreviewController::setTicked(std::size_t row, bool isOn) {
-  const std::uint32_t line = rows_.at(row)->line;
-  if (isOn) {
-    options_.leaveOut.erase(line);
-  } else {
+  const StatementRow& shown = *rows_.at(row);
+  const std::uint32_t line = shown.line;
+  if (!isOn && options_.twins.erase(line) > 0) {
+    // It is left out again as one that is perhaps there.
+  } else if (!isOn) {
     options_.leaveOut.insert(line);
+  } else if (shown.verdict == RowVerdict::perhapsPresent) {
+    options_.twins.insert(line);
+  } else {
+    options_.leaveOut.erase(line);
   }
   readAgain();
 }
@@ -208,9 +404,13 @@ bool StatementPreviewController::canImport() const {
 std::vector<BasicTransaction> StatementPreviewController::import() {
   const auto manager = portfolio_->manager.lock();
   auto transactions = recordStatement(preview_, portfolio_);
-  memory_.rememberSymbols(options_.symbols);
-  memory_.rememberImport(filename_, preview_.profileName, preview_.reading.rows, manager->calendar);
+  memory_.rememberAnswers(options_, preview_);
+  memory_.rememberImport(filename_, preview_, manager->calendar);
   memory_.write();
+  if (const LearnedAnswers learned = answersToLearn(preview_, shelf_, options_);
+      !learned.isEmpty()) {
+    learnAnswers(preview_.profileId, learned, shippedProfilesFolder(), userProfilesFolder());
+  }
   return transactions;
 }
 

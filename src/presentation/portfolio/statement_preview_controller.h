@@ -10,18 +10,24 @@
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/statements/statement_memory.h"
 #include "exchange/statements/statement_preview.h"
+#include "exchange/statements/statement_rates.h"
+#include "exchange/statements/symbol_search.h"
 #include "presentation/controls/table_model.h"
 
 namespace corvane {
 
 /// A statement that has been read for a portfolio, the questions that it leaves open, and the rows
-/// that the user has ticked. Main queue only; the portfolio's manager outlives it.
+/// that the user has ticked. Symbols that are missing are searched for by itself; rates only where
+/// the user allows it. Main queue only; the portfolio's manager outlives it.
 class StatementPreviewController final : public TableModel {
  public:
   /// Reads `file` for `portfolio`. `memoryFolder` is where the workspace keeps its further files.
   /// What is wrong with the whole file is told by problem(). Throws FileError.
   StatementPreviewController(const std::filesystem::path& file, PortfolioPointer portfolio,
                              const std::filesystem::path& memoryFolder);
+  StatementPreviewController(const StatementPreviewController&) = delete;
+  StatementPreviewController& operator=(const StatementPreviewController&) = delete;
+  ~StatementPreviewController();
 
   /// Called when something else is to be shown.
   std::function<void()> changeHandler;
@@ -30,26 +36,56 @@ class StatementPreviewController final : public TableModel {
   [[nodiscard]] std::string summary() const;
   /// Why nothing can be shown of the file; empty where it can.
   [[nodiscard]] const std::string& problem() const { return problem_; }
+  /// Whether the market is being asked.
+  [[nodiscard]] bool isLookingUp() const { return searches_ > 0 || isFetchingRates_; }
 
   /// What only the user knows.
   struct Question {
     std::string text;  ///< "Which symbol has “ISHARES CORE EQUITY ETF”?"
     std::string key;   ///< what the file calls it
-    std::string answer;
+    RowQuestion::About about = RowQuestion::About::symbol;
+    struct Choice {
+      std::string value;  ///< what is answered
+      std::string title;
+      friend bool operator==(const Choice&, const Choice&) = default;
+    };
+    std::vector<Choice> choices;  ///< what may be meant
+    bool takesOtherAnswers = true;
+    std::string answer;  ///< a proposal, may be empty
+    friend bool operator==(const Question&, const Question&) = default;
   };
   [[nodiscard]] const std::vector<Question>& questions() const { return questions_; }
   /// Reads the file once more with these answers, one for each question; empty ones stay open.
   void answer(const std::vector<std::string>& answers);
-  /// Says how days are written, or what stands before decimals.
+
+  // How the file is read. Nothing said means that it is worked out.
+
+  [[nodiscard]] std::vector<Question::Choice> layouts() const;
+  void setLayout(std::optional<std::string> id);
   void setDays(std::optional<DayOrder> days);
   void setDecimal(std::optional<DecimalMark> mark);
+  /// The accounts whose rows the file has; more than one is worth a question.
+  [[nodiscard]] std::vector<std::string> accounts() const;
+  [[nodiscard]] std::optional<std::string> account() const;
+  /// Takes the rows of one account alone, or those of all.
+  void setAccount(const std::optional<std::string>& account);
+
+  // Exchange rates that the file does not tell.
+
+  /// Whether a row lacks one, or would without the market or a file.
+  [[nodiscard]] bool needsRates() const { return needsRates_; }
+  [[nodiscard]] bool takesMarketRates() const { return options_.takesMarketRates; }
+  void setTakesMarketRates(bool takes);
+  /// Takes the rates of a file of days, codes and rates. Throws FileError and StatementError.
+  void readRates(const std::filesystem::path& file);
 
   // The rows, in the order of the lines of the file.
 
   [[nodiscard]] const std::vector<TableColumn>& columns() const override;
   [[nodiscard]] std::size_t numberOfRows() const override { return rows_.size(); }
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
-  /// Whether a row is to be recorded. Only new ones and those that ask or are refused can be.
+  /// Whether a row is to be recorded. Only new ones, those that ask or are refused, and those that
+  /// are perhaps there already can be.
   [[nodiscard]] bool isTicked(std::size_t row) const;
   [[nodiscard]] bool mayBeTicked(std::size_t row) const;
   void setTicked(std::size_t row, bool isOn);
@@ -58,13 +94,17 @@ class StatementPreviewController final : public TableModel {
   [[nodiscard]] std::string importTitle() const;
   /// Whether there is a row to record, and no ticked one asks or is refused.
   [[nodiscard]] bool canImport() const;
-  /// Records the ticked rows as one edit that cannot be undone, and remembers the answers. Throws
-  /// what the ledger throws; then nothing has changed.
+  /// Records the ticked rows as one edit that cannot be undone, and remembers the answers. What was
+  /// said of words, days and decimals goes into the user's layout. Throws what the ledger throws;
+  /// then nothing has changed.
   std::vector<BasicTransaction> import();
 
  private:
   void readAgain();
+  void show();
   void findQuestions();
+  void searchSymbols();
+  void fetchRates();
 
   std::string filename_;
   std::string bytes_;
@@ -72,10 +112,20 @@ class StatementPreviewController final : public TableModel {
   StatementMemory memory_;
   ProfileShelf shelf_;
   StatementOptions options_;
+  StatementRates rates_;
   StatementPreview preview_;
+  std::vector<RowQuestion> doubtful_;  ///< symbols that the market may have under another name
+  SymbolFinds finds_;
+  std::set<std::string> searched_;  ///< subjects that were searched for
+  int searches_ = 0;
+  bool needsRates_ = false;
+  bool isFetchingRates_ = false;
+  std::vector<std::string> rateProblems_;
   std::string problem_;
   std::vector<Question> questions_;
   std::vector<const StatementRow*> rows_;
+  /// Answers of the market that arrive when this is gone find it gone.
+  std::shared_ptr<StatementPreviewController*> self_;
 };
 
 }  // namespace corvane

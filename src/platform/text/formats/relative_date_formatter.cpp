@@ -14,13 +14,14 @@ struct Unit {
   URelativeDateTimeUnit icuUnit;
 };
 
-constexpr std::array unitsLargestFirst = {Unit{CalendarUnit::year, UDAT_REL_UNIT_YEAR},
-                                          Unit{CalendarUnit::month, UDAT_REL_UNIT_MONTH},
-                                          Unit{CalendarUnit::weekOfYear, UDAT_REL_UNIT_WEEK},
-                                          Unit{CalendarUnit::day, UDAT_REL_UNIT_DAY},
-                                          Unit{CalendarUnit::hour, UDAT_REL_UNIT_HOUR},
-                                          Unit{CalendarUnit::minute, UDAT_REL_UNIT_MINUTE},
-                                          Unit{CalendarUnit::second, UDAT_REL_UNIT_SECOND}};
+constexpr std::array relativeUnitsLargestFirst = {
+    Unit{CalendarUnit::year, UDAT_REL_UNIT_YEAR},
+    Unit{CalendarUnit::month, UDAT_REL_UNIT_MONTH},
+    Unit{CalendarUnit::weekOfYear, UDAT_REL_UNIT_WEEK},
+    Unit{CalendarUnit::day, UDAT_REL_UNIT_DAY},
+    Unit{CalendarUnit::hour, UDAT_REL_UNIT_HOUR},
+    Unit{CalendarUnit::minute, UDAT_REL_UNIT_MINUTE},
+    Unit{CalendarUnit::second, UDAT_REL_UNIT_SECOND}};
 
 struct Distance {
   Unit unit;
@@ -28,13 +29,13 @@ struct Distance {
 };
 
 Distance distanceBetween(Date reference, Date date, const Calendar& calendar) {
-  for (const Unit& unit : unitsLargestFirst) {
+  for (const Unit& unit : relativeUnitsLargestFirst) {
     const int count = calendar.dateComponents({unit.unit}, reference, date).valueOr(unit.unit, 0);
     if (count != 0) {
       return {unit, count};
     }
   }
-  return {unitsLargestFirst.back(), 0};
+  return {relativeUnitsLargestFirst.back(), 0};
 }
 
 /// The start of the Monday on or before `date`.

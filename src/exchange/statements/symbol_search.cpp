@@ -1,0 +1,162 @@
+#include "exchange/statements/symbol_search.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "platform/async/dispatch_queue.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t mostFinds = 5;
+
+/// The searches of one statement, one after the other, so that a service is not flooded.
+class SymbolSearch : public std::enable_shared_from_this<SymbolSearch> {
+ public:
+  SymbolSearch(std::shared_ptr<QuoteProvider> provider, std::vector<RowQuestion> questions,
+               std::move_only_function<void(SymbolFinds)> completion)
+      : provider_(std::move(provider)),
+        questions_(std::move(questions)),
+        completion_(std::move(completion)) {}
+
+  void next() {
+    if (place_ == questions_.size()) {
+      completion_(std::move(finds_));
+      return;
+    }
+    search(questions_[place_].subject, true);
+  }
+
+ private:
+  void search(const std::string& text, bool maySearchName) {
+    provider_->searchEquities(
+        text, [self = shared_from_this(), maySearchName](Result<std::vector<EquityPointer>> found) {
+          DispatchQueue::main()->async([self, maySearchName, found = std::move(found)]() mutable {
+            self->take(found ? std::move(*found) : std::vector<EquityPointer>(), maySearchName);
+          });
+        });
+  }
+
+  void take(std::vector<EquityPointer> found, bool maySearchName) {
+    const RowQuestion& question = questions_[place_];
+    if (found.empty() && maySearchName && !question.name.empty()) {
+      search(question.name, false);
+      return;
+    }
+    if (found.empty()) {
+      ++place_;
+      next();
+      return;
+    }
+    // Finds do not tell their currency, by which the exchange is chosen.
+    constexpr std::size_t mostLookedAt = 10;
+    found.resize(std::min(found.size(), mostLookedAt));
+    provider_->refreshEquities(found, [self = shared_from_this(), found](ErrorPointer) mutable {
+      DispatchQueue::main()->async(
+          [self, found = std::move(found)]() mutable { self->keep(std::move(found)); });
+    });
+  }
+
+  void keep(std::vector<EquityPointer> found) {
+    const RowQuestion& question = questions_[place_];
+    std::ranges::stable_partition(found, [&](const EquityPointer& equity) {
+      return !question.currency.empty() &&
+             std::string_view(equity->currency.code) == question.currency;
+    });
+    found.resize(std::min(found.size(), mostFinds));
+    std::vector<SymbolFind> finds;
+    for (const EquityPointer& equity : found) {
+      finds.push_back({equity->id(), equity->name.value_or(""), equity->exchange.value_or(""),
+                       equity->isAuthoritative ? std::string(equity->currency.code) : ""});
+    }
+    finds_.insert_or_assign(question.subject, std::move(finds));
+    ++place_;
+    next();
+  }
+
+  std::shared_ptr<QuoteProvider> provider_;
+  std::vector<RowQuestion> questions_;
+  std::move_only_function<void(SymbolFinds)> completion_;
+  std::size_t place_ = 0;
+  SymbolFinds finds_;
+};
+
+}  // namespace
+
+std::string SymbolFind::description() const {
+  std::string text = symbol;
+  for (const std::string* part : {&name, &exchange, &currency}) {
+    if (!part->empty()) {
+      text += ", " + *part;
+    }
+  }
+  return text;
+}
+
+void searchSymbols(const std::shared_ptr<QuoteProvider>& provider,
+                   const std::vector<RowQuestion>& questions,
+                   std::move_only_function<void(SymbolFinds)> completion) {
+  const auto search = std::make_shared<SymbolSearch>(provider, questions, std::move(completion));
+  DispatchQueue::main()->async([search] { search->next(); });
+}
+
+std::vector<RowQuestion> doubtfulSymbols(const std::vector<StatementRow>& rows,
+                                         const StatementOptions& options, Portfolio& portfolio) {
+  std::set<std::string> known;
+  for (const TransactionPointer& row : portfolio.transactions()) {
+    if (const EquityPointer* equity = row->basic.equity()) {
+      known.insert((*equity)->id());
+    }
+  }
+  for (const auto& [name, symbol] : options.symbols) {
+    known.insert(symbol);
+  }
+  std::vector<RowQuestion> questions;
+  for (const StatementRow& row : rows) {
+    const EquityPointer* equity =
+        row.transactions.empty() ? nullptr : row.transactions.front().equity();
+    const auto* trade = row.transactions.empty()
+                            ? nullptr
+                            : std::get_if<BasicTransaction::Trade>(&row.transactions.front().kind);
+    if (row.verdict != RowVerdict::isNew || equity == nullptr || trade == nullptr ||
+        !known.insert((*equity)->id()).second) {
+      continue;
+    }
+    RowQuestion question;
+    question.subject = (*equity)->id();
+    question.currency = std::string(trade->cashDisposed.currency.code);
+    questions.push_back(std::move(question));
+  }
+  return questions;
+}
+
+std::optional<std::string> likelySymbol(const RowQuestion& question,
+                                        const std::vector<SymbolFind>& finds) {
+  std::optional<std::string> likely;
+  for (const SymbolFind& find : finds) {
+    if (find.symbol == question.subject &&
+        (find.currency.empty() || find.currency == question.currency)) {
+      return std::nullopt;
+    }
+    if (!likely && find.symbol.starts_with(question.subject + ".") &&
+        find.currency == question.currency) {
+      likely = find.symbol;
+    }
+  }
+  return likely;
+}
+
+std::vector<RowQuestion> symbolQuestions(const std::vector<StatementRow>& rows) {
+  std::vector<RowQuestion> questions;
+  for (const StatementRow& row : rows) {
+    if (row.question && row.question->about == RowQuestion::About::symbol &&
+        std::ranges::find(questions, row.question->subject, &RowQuestion::subject) ==
+            questions.end()) {
+      questions.push_back(*row.question);
+    }
+  }
+  return questions;
+}
+
+}  // namespace corvane

@@ -1,0 +1,107 @@
+#include "presentation/portfolio/statement_imports_controller.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "exchange/statements/ledger_matching.h"
+#include "ledger/manager/portfolio_manager.h"
+
+namespace corvane {
+namespace {
+
+std::size_t recordedCount(const RecordedImport& import) {
+  std::size_t count = 0;
+  for (const RecordedRow& row : import.rows) {
+    count += row.fingerprints.size();
+  }
+  return count;
+}
+
+std::string transactionsText(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " transaction" : " transactions");
+}
+
+}  // namespace
+
+StatementImportsController::StatementImportsController(PortfolioPointer portfolio,
+                                                       const std::filesystem::path& memoryFolder,
+                                                       ScreenSurroundings surroundings)
+    : portfolio_(std::move(portfolio)),
+      surroundings_(std::move(surroundings)),
+      imports_(StatementMemory(memoryFolder, *portfolio_).imports()) {
+  std::ranges::reverse(imports_);
+  count();
+}
+
+void StatementImportsController::count() {
+  left_.clear();
+  const auto manager = portfolio_->manager.lock();
+  for (const RecordedImport& import : imports_) {
+    left_.push_back(manager == nullptr ? 0
+                                       : rowsLeftOf(import, *portfolio_, manager->calendar).size());
+  }
+}
+
+const std::vector<TableColumn>& StatementImportsController::columns() const {
+  static const std::vector<TableColumn> all = {{"day", "Imported"},
+                                               {"file", "File"},
+                                               {"layout", "Layout"},
+                                               {"recorded", "Transactions", true},
+                                               {"left", "In the Ledger", true}};
+  return all;
+}
+
+AttributedText StatementImportsController::cell(std::size_t row, std::size_t column) const {
+  const RecordedImport& import = imports_.at(row);
+  const std::vector<std::string> texts = {import.day, import.file, import.profile,
+                                          std::to_string(recordedCount(import)),
+                                          std::to_string(left_.at(row))};
+  return AttributedText(texts.at(column));
+}
+
+bool StatementImportsController::canTakeBack(std::size_t row) const {
+  return row < left_.size() && left_[row] > 0;
+}
+
+void StatementImportsController::takeBackAction(std::size_t row) {
+  if (!canTakeBack(row)) {
+    return;
+  }
+  const std::size_t gone = recordedCount(imports_[row]) - left_[row];
+  DocumentAlert alert;
+  alert.messageText = "Take back the import of “" + imports_[row].file + "”?";
+  alert.informativeText = "This deletes " + transactionsText(left_[row]) + " of the portfolio.";
+  if (gone > 0) {
+    alert.informativeText +=
+        " " + transactionsText(gone) + " that were changed or deleted since then are left alone.";
+  }
+  alert.buttons = {"Take Back", "Cancel"};
+  surroundings_.showAlert(alert, [this, row](std::size_t button) {
+    if (button == 0) {
+      takeBack(row);
+    }
+  });
+}
+
+void StatementImportsController::takeBack(std::size_t row) {
+  const auto manager = portfolio_->manager.lock();
+  if (manager == nullptr) {
+    return;
+  }
+  try {
+    manager->deleteTransactions(rowsLeftOf(imports_.at(row), *portfolio_, manager->calendar),
+                                portfolio_, surroundings_.undoManager);
+    if (surroundings_.undoManager != nullptr) {
+      surroundings_.undoManager->setActionName("Take Back Import");
+    }
+  } catch (const Error& error) {
+    surroundings_.presentError(error);
+    return;
+  }
+  count();
+  if (changeHandler) {
+    changeHandler();
+  }
+}
+
+}  // namespace corvane
