@@ -27,6 +27,7 @@ TEST(CommandLine, TakesAWorkspaceAndOptionsInAnyOrder) {
   EXPECT_TRUE(line.usesSampleMarket);
   EXPECT_EQ(line.renderFolder, "out");
   EXPECT_EQ(parsed({}).workspace, std::nullopt);
+  EXPECT_EQ(parsed({"--render", "out", "--size", "1000x640"}).pictureSize, QSize(1000, 640));
 }
 
 TEST(CommandLine, SaysWhatIsWrong) {
@@ -34,6 +35,9 @@ TEST(CommandLine, SaysWhatIsWrong) {
   EXPECT_THAT(refusal({"--nonsense"}).text, HasSubstr("nonsense"));
   EXPECT_EQ(refusal({"one", "two"}).exitStatus, 2);
   EXPECT_EQ(refusal({"--render"}).exitStatus, 2);
+  for (const char* size : {"1000", "0x640", "1000x640x1", "1000x99999"}) {
+    EXPECT_EQ(refusal({"--size", size}).exitStatus, 2) << size;
+  }
   EXPECT_EQ(refusal({"--version"}).text, "Corvane 1.2");
   EXPECT_EQ(refusal({"--help"}).exitStatus, 0);
 }

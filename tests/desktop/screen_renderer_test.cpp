@@ -61,8 +61,12 @@ TEST(ScreenRenderer, FitsSmallAndLargeWindows) {
     const fs::path folder =
         (kept != nullptr ? fs::path(kept) : world.folder / "s") / std::to_string(size.width());
     desktop::ScreenRenderer renderer(*window, folder, size);
-    EXPECT_TRUE(renderer.renderAll(
-        [&](const fs::path& file) { EXPECT_EQ(QImage(desktop::qtPath(file)).size(), size); }));
+    EXPECT_TRUE(renderer.renderAll([&](const fs::path& file) {
+      // Windows beside the main one, and sheets on a panel, have a size of their own.
+      const std::string name = file.stem().string();
+      const bool isOther = name.starts_with("window-") || name.starts_with("sheet-");
+      EXPECT_TRUE(isOther || QImage(desktop::qtPath(file)).size() == size) << name;
+    }));
   }
 }
 

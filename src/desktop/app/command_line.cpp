@@ -5,6 +5,19 @@
 #include "desktop/look/qt_text.h"
 
 namespace corvane::desktop {
+namespace {
+
+constexpr int greatestSide = 8192;
+
+std::optional<QSize> sizeFromText(const QString& text) {
+  const QStringList sides = text.split(QLatin1Char('x'));
+  const QSize size(sides.constFirst().toInt(), sides.constLast().toInt());
+  const bool isSize = sides.size() == 2 && size.width() > 0 && size.height() > 0 &&
+                      size.width() <= greatestSide && size.height() <= greatestSide;
+  return isSize ? std::optional(size) : std::nullopt;
+}
+
+}  // namespace
 
 std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QStringList& arguments,
                                                                    const std::string& version) {
@@ -20,12 +33,17 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
       QStringLiteral("render"),
       QStringLiteral("Draw every screen of the workspace into PNG files in DIR, and end."),
       QStringLiteral("DIR"));
+  const QCommandLineOption size(
+      QStringLiteral("size"),
+      QStringLiteral("How large the window is in the pictures of --render."),
+      QStringLiteral("WIDTHxHEIGHT"));
   // For measuring how long a start takes; of no use to a user.
   QCommandLineOption quitAfterFirstPaint(QStringLiteral("quit-after-first-paint"));
   quitAfterFirstPaint.setFlags(QCommandLineOption::HiddenFromHelp);
   parser.addOption(quitAfterFirstPaint);
   parser.addOption(sampleMarket);
   parser.addOption(render);
+  parser.addOption(size);
   const QCommandLineOption help = parser.addHelpOption();
   const QCommandLineOption versionOption = parser.addVersionOption();
 
@@ -53,6 +71,14 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
       return Message{"--render needs the name of a folder.", 2};
     }
     line.renderFolder = filePath(parser.value(render));
+  }
+  if (parser.isSet(size)) {
+    line.pictureSize = sizeFromText(parser.value(size));
+    if (!line.pictureSize) {
+      return Message{"--size needs a width and a height, such as 1280x800, of no more than " +
+                         std::to_string(greatestSide) + " each.",
+                     2};
+    }
   }
   return line;
 }

@@ -1,6 +1,7 @@
 // What the user asks for when the program is started.
 #pragma once
 
+#include <QSize>
 #include <QStringList>
 #include <filesystem>
 #include <optional>
@@ -9,7 +10,7 @@
 
 namespace corvane::desktop {
 
-/// corvane [WORKSPACE] [--sample-market] [--render DIR]
+/// corvane [WORKSPACE] [--sample-market] [--render DIR [--size WIDTHxHEIGHT]]
 struct CommandLine {
   std::optional<std::filesystem::path> workspace;
   /// Prices come from the invented market in the program, not from the network.
@@ -18,6 +19,8 @@ struct CommandLine {
   bool quitsAfterFirstPaint = false;
   /// Draws every screen into this folder and ends.
   std::optional<std::filesystem::path> renderFolder;
+  /// The size of the window in these pictures; without one, what is usual for them.
+  std::optional<QSize> pictureSize;
 
   /// What was typed wrongly, or asked for (`--help`, `--version`), with the status to exit with.
   struct Message {

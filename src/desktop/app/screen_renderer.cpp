@@ -6,6 +6,7 @@
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 #include <QPixmap>
 #include <QTabWidget>
@@ -45,16 +46,6 @@ QString slug(const QString& text) {
   return made.isEmpty() ? QStringLiteral("unnamed") : made;
 }
 
-/// The dialog of `window` that is open.
-QDialog* openDialog(const QWidget& window) {
-  for (QDialog* dialog : window.findChildren<QDialog*>()) {
-    if (dialog->isVisible()) {
-      return dialog;
-    }
-  }
-  return nullptr;
-}
-
 /// Fills `form` in `mode` with figures that show all of its rows, foreign ones where it can.
 void fillIn(EditTransactionViewController& form, TransactionMode mode) {
   form.chooseMode(mode);
@@ -80,6 +71,19 @@ void fillIn(EditTransactionViewController& form, TransactionMode mode) {
 
 }  // namespace
 
+QDialog* ScreenRenderer::openDialog(const QWidget& window) {
+  if (auto* front = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      front != nullptr && window.isAncestorOf(front)) {
+    return front;
+  }
+  for (QDialog* dialog : window.findChildren<QDialog*>()) {
+    if (dialog->isVisible()) {
+      return dialog;
+    }
+  }
+  return nullptr;
+}
+
 ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder, QSize size)
     : window_(window), folder_(std::move(folder)), size_(size) {
   std::error_code error;
@@ -92,13 +96,17 @@ ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder,
 bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& written) {
   written_ = written;
   window_.setFixedSize(size_);
+  inBothAppearances([this] { renderScreens(); });
+  return !hasFailed_;
+}
+
+void ScreenRenderer::inBothAppearances(const std::function<void()>& render) {
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-    theme::apply(*qApp, appearance);
+    theme::apply(*qApp, appearance, theme::contrast());
     appearance_ =
         appearance == Appearance::light ? QStringLiteral("light") : QStringLiteral("dark");
-    renderScreens();
+    render();
   }
-  return !hasFailed_;
 }
 
 void ScreenRenderer::renderScreens() {
@@ -110,6 +118,9 @@ void ScreenRenderer::renderScreens() {
     renderPortfolio(i);
   }
   renderForms();
+  renderMenus();
+  renderAlerts();
+  renderWindows();
   renderEquities();
 }
 
@@ -266,6 +277,8 @@ void ScreenRenderer::renderForms() {
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
     render(QStringLiteral("panel-export"),
            [&] { window_.workspaceView().portfolioExport().exportAction(); });
+    renderFieldSetup();
+    renderChartData();
     renderTransactionForms();
   }
 }
@@ -320,13 +333,20 @@ void ScreenRenderer::capture(const QString& name) {
   QPixmap picture = window_.grab();
   if (QDialog* dialog = openDialog(window_)) {
     QPainter painter(&picture);
-    painter.fillRect(picture.rect(), QColor(0, 0, 0, 90));
+    painter.fillRect(window_.rect(), QColor(0, 0, 0, 90));
     const QPixmap front = dialog->grab();
-    const QPoint corner((picture.width() - front.width()) / 2,
-                        (picture.height() - front.height()) / 2);
+    const QPoint corner((window_.width() - dialog->width()) / 2,
+                        (window_.height() - dialog->height()) / 2);
     painter.drawPixmap(corner, front);
     painter.setPen(theme::colour(Colour::Name::separator));
-    painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
+    painter.drawRect(QRect(corner, dialog->size()).adjusted(-1, -1, 0, 0));
+  }
+  // So are menus that are open.
+  for (const QMenu* menu : window_.findChildren<QMenu*>()) {
+    if (menu->isVisible()) {
+      QPainter painter(&picture);
+      painter.drawPixmap(window_.mapFromGlobal(menu->pos()), const_cast<QMenu*>(menu)->grab());
+    }
   }
   // A tooltip is a window of its own, which the picture of this one lacks.
   for (const ChartWidget* chart : window_.findChildren<ChartWidget*>()) {
@@ -335,6 +355,10 @@ void ScreenRenderer::capture(const QString& name) {
       painter.drawPixmap(window_.mapFromGlobal(chart->tooltip().pos()), chart->tooltip().grab());
     }
   }
+  save(picture, name);
+}
+
+void ScreenRenderer::save(const QPixmap& picture, const QString& name) {
   const std::filesystem::path file =
       folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));
   if (picture.save(qtPath(file), "PNG")) {

@@ -7,6 +7,8 @@
 #include <functional>
 #include <vector>
 
+class QDialog;
+class QPixmap;
 class QWidget;
 
 namespace corvane::desktop {
@@ -27,11 +29,23 @@ class ScreenRenderer {
   /// where a file could not be written or a screen's prices did not arrive in time.
   bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
 
+  /// As renderAll(), of a window whose workspace has nothing in it: what it says then, and what a
+  /// portfolio without transactions does, for which it makes one.
+  bool renderBlank(const std::function<void(const std::filesystem::path&)>& written);
+
   /// Runs the event loop until `isDone` holds; whether it did before the deadline.
   static bool waitUntil(const std::function<bool()>& isDone);
 
  private:
+  /// The dialog of `window` that is open, in front of others that are; null for none.
+  [[nodiscard]] static QDialog* openDialog(const QWidget& window);
+  void inBothAppearances(const std::function<void()>& render);
   void renderScreens();
+  void renderMenus();
+  void renderAlerts();
+  void renderChartData();
+  void renderFieldSetup();
+  void renderWindows();
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
   void renderEquities();
@@ -42,6 +56,9 @@ class ScreenRenderer {
   void write(const QString& name);
   /// As write(), of what is there at this moment.
   void capture(const QString& name);
+  /// Writes a window that stands beside the main one.
+  void writeWindow(QWidget& window, const QString& name);
+  void save(const QPixmap& picture, const QString& name);
 
   MainWindow& window_;
   const std::filesystem::path folder_;

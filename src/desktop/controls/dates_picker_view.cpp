@@ -24,6 +24,15 @@ YearMonthDay yearMonthDay(const QDate& date) {
   return {date.year(), date.month(), date.day()};
 }
 
+/// The order of the user's place with all digits of the year, which a range of decades needs.
+QString dayFormat() {
+  QString format = QLocale().dateFormat(QLocale::ShortFormat);
+  if (!format.contains(QLatin1String("yyyy"))) {
+    format.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+  }
+  return format;
+}
+
 QDateEdit* makeDateEdit(const QString& accessibleName) {
   auto* edit = new QDateEdit;
   edit->setCalendarPopup(true);
@@ -32,9 +41,7 @@ QDateEdit* makeDateEdit(const QString& accessibleName) {
   new WindowShortcuts(*edit);
   edit->setAccessibleName(accessibleName);
   edit->setToolTip(accessibleName);
-  edit->setDisplayFormat(QLocale().dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
-                             ? QLocale().dateFormat(QLocale::ShortFormat)
-                             : QStringLiteral("yyyy-MM-dd"));
+  edit->setDisplayFormat(dayFormat());
   return edit;
 }
 

@@ -13,6 +13,7 @@
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
+#include "desktop/controls/first_steps.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -35,10 +36,13 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       details_(new QPushButton(QStringLiteral("Details…"))),
       asset_(new QComboBox),
       fetching_(new QProgressBar),
+      chart_(new ChartWidget(controller_->chart, QStringLiteral("Performance"))),
+      selectors_(makeSelectors()),
+      firstSteps_(new FirstSteps),
       warning_(new QLabel),
       tabs_(new QTabWidget),
       transactions_(new TransactionsTab(controller_->transactions)) {
-  auto* chart = new ChartWidget(controller_->chart, QStringLiteral("Performance"));
+  firstSteps_->setMessage(QStringLiteral("Nothing has been recorded in this portfolio yet."));
   warning_->setWordWrap(true);
   warning_->setContentsMargins(0, 0, 0, spacing::narrow);
 
@@ -47,8 +51,9 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   upperColumn->setContentsMargins(0, 0, 0, 0);
   upperColumn->setSpacing(spacing::narrow);
   upperColumn->addWidget(makeHeading());
-  upperColumn->addWidget(makeSelectors());
-  upperColumn->addWidget(chart, 1);
+  upperColumn->addWidget(selectors_);
+  upperColumn->addWidget(chart_, 1);
+  upperColumn->addWidget(firstSteps_, 1);
   upperColumn->addWidget(warning_);
 
   tabs_->setDocumentMode(true);
@@ -90,6 +95,8 @@ QWidget* PortfolioView::makeHeading() {
   for (QLabel* label : {name_, value_}) {
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setTextFormat(Qt::PlainText);
+    // A name that is written from right to left stands where all others do.
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter | Qt::AlignAbsolute);
   }
   summary_->setWordWrap(true);
 
@@ -150,6 +157,12 @@ void PortfolioView::update() {
   newTransaction_->setEnabled(controller_->canCreateTransaction());
   details_->setEnabled(controller_->canEditPortfolio());
   fetching_->setVisible(controller_->isFetching());
+  const PortfolioPointer& portfolio = controller_->currentData().portfolio;
+  const bool isNew = portfolio != nullptr && portfolio->transactions().empty();
+  firstSteps_->setVisible(isNew);
+  chart_->setVisible(!isNew);
+  selectors_->setVisible(!isNew);
+  tabs_->setVisible(!isNew);
   warning_->setText(qtText(controller_->warning()));
   warning_->setVisible(!controller_->warning().empty());
   updateAssets();

@@ -17,6 +17,8 @@ class QTabWidget;
 namespace corvane::desktop {
 
 class AttributedLabel;
+class ChartWidget;
+class FirstSteps;
 class TransactionsTab;
 
 /// Shows a PortfolioViewController: heading, range and asset, chart, warning, tabs.
@@ -29,6 +31,8 @@ class PortfolioView : public QWidget {
 
   [[nodiscard]] TransactionsTab& transactionsTab() { return *transactions_; }
   [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
+  /// What stands in place of the chart while nothing has been recorded.
+  [[nodiscard]] FirstSteps& firstSteps() { return *firstSteps_; }
 
  private:
   QWidget* makeHeading();
@@ -46,6 +50,9 @@ class PortfolioView : public QWidget {
   QPushButton* details_;
   QComboBox* asset_;
   QProgressBar* fetching_;
+  ChartWidget* chart_;
+  QWidget* selectors_;
+  FirstSteps* firstSteps_;
   QLabel* warning_;
   QTabWidget* tabs_;
   TransactionsTab* transactions_;

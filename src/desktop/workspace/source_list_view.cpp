@@ -18,6 +18,7 @@
 namespace corvane::desktop {
 namespace {
 
+constexpr int lettersOfWidth = 37;
 constexpr int mostPortfoliosShown = 6;  // before the list of portfolios scrolls
 
 std::vector<std::size_t> selectedRows(const QListView& view) {
@@ -51,11 +52,10 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       controller_(*frame_->masterSourceViewController),
       watchlist_(new WatchlistModel(controller_, this)),
       portfolios_(new PortfolioListModel(controller_, this)),
-      watchlistView_(new SourceListView(
-          QStringLiteral("Watchlist"),
-          QStringLiteral("Search for an equity and add it to follow its price here."))),
+      watchlistView_(new SourceListView(QStringLiteral("Watchlist"), {})),
       portfolioView_(
           new SourceListView(QStringLiteral("Portfolios"), QStringLiteral("No portfolios yet."))),
+      emptyWatchlist_(new QWidget),
       newPortfolio_(new QPushButton(QStringLiteral("New…"))),
       search_(new EquityComboBoxView(controller_.equityComboBox, QStringLiteral("Search"))),
       add_(new QPushButton(QStringLiteral("Add"))),
@@ -79,9 +79,8 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
     watchlistView_->addAction(action);
   }
   newPortfolio_->setAccessibleName(QStringLiteral("New portfolio"));
-  newPortfolio_->setFlat(true);
   newPortfolio_->setMaximumWidth(
-      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::narrow);
+      newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::medium);
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::medium, 0, 0);
@@ -91,7 +90,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   column->addWidget(portfolioView_);
   column->addSpacing(spacing::medium);
   addHeading(column, QStringLiteral("Watchlist"), nullptr);
-  column->addWidget(watchlistView_, 1);
+  addWatchlist(column);
   addPriceStatus(column);
 
   connect(newPortfolio_, &QPushButton::clicked, this, [this] { frame_->createPortfolioAction(); });
@@ -128,6 +127,27 @@ void SourceView::addSearchBox(QVBoxLayout* column) {
   column->addLayout(row);
 }
 
+/// The list, or in its place what to do to have one.
+void SourceView::addWatchlist(QVBoxLayout* column) {
+  auto* hint = new QLabel(QStringLiteral("Search for an equity and add it to follow its price."));
+  hint->setWordWrap(true);
+  hint->setForegroundRole(QPalette::PlaceholderText);
+  auto* find = new QPushButton(QStringLiteral("Find an Equity"));
+  connect(find, &QPushButton::clicked, this, &SourceView::startSearch);
+  auto* steps = new QVBoxLayout(emptyWatchlist_);
+  steps->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, 0);
+  steps->setSpacing(spacing::narrow);
+  steps->addWidget(hint);
+  steps->addWidget(find, 0, Qt::AlignLeft);
+  steps->addStretch(1);
+  column->addWidget(watchlistView_, 1);
+  column->addWidget(emptyWatchlist_, 1);
+}
+
+QSize SourceView::sizeHint() const {
+  return {theme::widthOfLetters(lettersOfWidth), 600};
+}
+
 void SourceView::startSearch() {
   search_->startEditing();
 }
@@ -140,7 +160,7 @@ void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* b
   label->setFont(font);
   label->setForegroundRole(QPalette::PlaceholderText);
   auto* row = new QHBoxLayout;
-  row->setContentsMargins(spacing::wide, 0, spacing::narrow, 0);
+  row->setContentsMargins(spacing::wide, 0, spacing::wide, 0);
   row->addWidget(label, 1);
   if (button != nullptr) {
     row->addWidget(button);
@@ -192,6 +212,8 @@ void SourceView::update(const MasterSourceViewController::Update& update) {
     portfolios_->reloadRows(update.reloadedPortfolioRows);
   }
   isShowingSelection_ = false;
+  watchlistView_->setVisible(watchlist_->rowCount() > 0);
+  emptyWatchlist_->setVisible(watchlist_->rowCount() == 0);
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   add_->setEnabled(controller_.canAddToWatchlist());
   showPriceStatus();

@@ -35,7 +35,7 @@ class SourceView : public QWidget {
   [[nodiscard]] QAction* moveDownAction() const { return moveDown_; }
   /// Puts the keyboard into the search box.
   void startSearch();
-  [[nodiscard]] QSize sizeHint() const override { return {300, 600}; }
+  [[nodiscard]] QSize sizeHint() const override;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -44,6 +44,7 @@ class SourceView : public QWidget {
   void addSearchBox(QVBoxLayout* column);
   void addHeading(QVBoxLayout* column, const QString& text, QWidget* button);
   void addPriceStatus(QVBoxLayout* column);
+  void addWatchlist(QVBoxLayout* column);
   void update(const MasterSourceViewController::Update& update);
   void showSelection();
   void showPriceStatus();
@@ -55,6 +56,7 @@ class SourceView : public QWidget {
   PortfolioListModel* portfolios_;
   SourceListView* watchlistView_;
   SourceListView* portfolioView_;
+  QWidget* emptyWatchlist_;
   QPushButton* newPortfolio_;
   EquityComboBoxView* search_;
   QPushButton* add_;

@@ -13,7 +13,6 @@
 #include "storage/workspace/workspace_document.h"
 
 class QAction;
-class QLabel;
 class QMenu;
 class QSplitter;
 class QStackedWidget;
@@ -23,6 +22,7 @@ namespace corvane::desktop {
 
 class ColumnChoice;
 class EquityView;
+class FirstSteps;
 class PortfolioView;
 class SourceView;
 
@@ -59,6 +59,7 @@ class WorkspaceView : public QWidget {
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
   void importStatement();
+  void addFirstSteps();
   void fillColumnsMenu(QMenu& menu);
   [[nodiscard]] QTabWidget* shownTabs();
 
@@ -69,7 +70,7 @@ class WorkspaceView : public QWidget {
   SourceView* source_;
   QSplitter* split_;
   QStackedWidget* detail_;
-  QLabel* empty_;
+  FirstSteps* empty_;
   EquityView* equity_;
   PortfolioView* portfolio_;
   std::shared_ptr<PortfolioImport> import_;
@@ -77,6 +78,7 @@ class WorkspaceView : public QWidget {
   QAction* importAction_ = nullptr;
   QAction* statementAction_ = nullptr;
   QAction* exportAction_ = nullptr;
+  QAction* search_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;
