@@ -15,6 +15,7 @@
 
 #include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/attributed_text_view.h"
+#include "desktop/look/clear_button.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -158,7 +159,7 @@ EquityComboBoxView::EquityComboBoxView(EquityComboBox& box, const QString& acces
       popup_(new EquityPopup(box, accessibleName, this)) {
   setFocusProxy(field_);
   field_->setAccessibleName(accessibleName);
-  field_->setClearButtonEnabled(true);
+  addClearButton(*field_);
   field_->installEventFilter(this);
   new WindowShortcuts(*field_);
   arrow_->setArrowType(Qt::DownArrow);
