@@ -10,7 +10,7 @@
 
 namespace corvane::desktop {
 
-/// corvane [WORKSPACE] [--sample-market] [--render DIR] [--size WIDTHxHEIGHT]
+/// corvane [WORKSPACE] [--sample-market] [--render DIR [--size WIDTHxHEIGHT]]
 struct CommandLine {
   std::optional<std::filesystem::path> workspace;
   /// Prices come from the invented market in the program, not from the network.

@@ -9,6 +9,7 @@
 
 #include "desktop/look/alert_box.h"
 #include "desktop/look/front_window.h"
+#include "desktop/look/line_icon.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -26,10 +27,15 @@ HelpWindow::HelpWindow(QWidget* parent)
 
   QToolBar* bar = addToolBar(QStringLiteral("Navigation"));
   bar->setMovable(false);
+  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  bar->setIconSize(QSize(18, 18));
   QAction* back = bar->addAction(QStringLiteral("Back"), browser_, &QTextBrowser::backward);
   back->setShortcut(QKeySequence::Back);
   QAction* forward = bar->addAction(QStringLiteral("Forward"), browser_, &QTextBrowser::forward);
   forward->setShortcut(QKeySequence::Forward);
+  back_ = back;
+  forward_ = forward;
+  showIcons();
   back->setEnabled(false);
   forward->setEnabled(false);
   subtitle_->setForegroundRole(QPalette::PlaceholderText);
@@ -43,6 +49,19 @@ HelpWindow::HelpWindow(QWidget* parent)
   close->setShortcuts({QKeySequence(QKeySequence::Close), QKeySequence(Qt::Key_Escape)});
   connect(close, &QAction::triggered, this, &QWidget::close);
   addAction(close);
+}
+
+/// In the ink of the appearance that is applied now.
+void HelpWindow::showIcons() {
+  back_->setIcon(lineIcon(LineIcon::back));
+  forward_->setIcon(lineIcon(LineIcon::forward));
+}
+
+void HelpWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange && forward_ != nullptr) {
+    showIcons();
+  }
 }
 
 bool HelpWindow::canShow(const std::filesystem::path& file) {

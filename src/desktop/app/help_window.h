@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <filesystem>
 
+class QAction;
 class QLabel;
 class QTextBrowser;
 class QUrl;
@@ -22,12 +23,18 @@ class HelpWindow : public QMainWindow {
   [[nodiscard]] static bool canShow(const std::filesystem::path& file);
   void showPage(const std::filesystem::path& file);
 
+ protected:
+  void changeEvent(QEvent* event) override;
+
  private:
+  void showIcons();
   void follow(const QUrl& link);
   void showTitle();
 
   QTextBrowser* browser_;
   QLabel* subtitle_;
+  QAction* back_ = nullptr;
+  QAction* forward_ = nullptr;
 };
 
 }  // namespace corvane::desktop

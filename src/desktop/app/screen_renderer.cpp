@@ -55,16 +55,6 @@ QString slug(const QString& text) {
   return made.isEmpty() ? QStringLiteral("unnamed") : made;
 }
 
-/// The dialog of `window` that is open.
-QDialog* openDialog(const QWidget& window) {
-  for (QDialog* dialog : window.findChildren<QDialog*>()) {
-    if (dialog->isVisible()) {
-      return dialog;
-    }
-  }
-  return nullptr;
-}
-
 Decimal sharesHeld(const Portfolio& portfolio, const EquityPointer& equity) {
   const auto& years = portfolio.snapshotsByYear;
   return years.empty() || equity == nullptr
@@ -104,6 +94,19 @@ void fillIn(EditTransactionViewController& form, TransactionMode mode) {
 
 }  // namespace
 
+QDialog* ScreenRenderer::openDialog(const QWidget& window) {
+  if (auto* front = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      front != nullptr && window.isAncestorOf(front)) {
+    return front;
+  }
+  for (QDialog* dialog : window.findChildren<QDialog*>()) {
+    if (dialog->isVisible()) {
+      return dialog;
+    }
+  }
+  return nullptr;
+}
+
 ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder, QSize size)
     : window_(window), folder_(std::move(folder)), size_(size) {
   std::error_code error;
@@ -114,26 +117,19 @@ ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder,
 }
 
 bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& written) {
-  return renderInBothAppearances([this] { renderScreens(); }, written);
-}
-
-bool ScreenRenderer::renderWindow(
-    const QString& name, const std::function<void(const std::filesystem::path&)>& written) {
-  return renderInBothAppearances([&] { write(name); }, written);
-}
-
-bool ScreenRenderer::renderInBothAppearances(
-    const std::function<void()>& render,
-    const std::function<void(const std::filesystem::path&)>& written) {
   written_ = written;
   window_.setFixedSize(size_);
+  inBothAppearances([this] { renderScreens(); });
+  return !hasFailed_;
+}
+
+void ScreenRenderer::inBothAppearances(const std::function<void()>& render) {
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-    theme::apply(*qApp, appearance);
+    theme::apply(*qApp, appearance, theme::contrast());
     appearance_ =
         appearance == Appearance::light ? QStringLiteral("light") : QStringLiteral("dark");
     render();
   }
-  return !hasFailed_;
 }
 
 void ScreenRenderer::renderScreens() {
@@ -152,6 +148,9 @@ void ScreenRenderer::renderScreens() {
   }
   renderForms();
   renderPopups();
+  renderMenus();
+  renderAlerts();
+  renderWindows();
   renderEquities();
   renderUnknownEquity();
 }
@@ -500,6 +499,8 @@ void ScreenRenderer::renderForms() {
     render(QStringLiteral("form-portfolio-details"), [&] { portfolio.editPortfolioAction(); });
     render(QStringLiteral("panel-export"),
            [&] { window_.workspaceView().portfolioExport().exportAction(); });
+    renderFieldSetup();
+    renderChartData();
     for (const QSize size : formSizes) {
       renderTransactionForms(size);
     }
@@ -609,13 +610,13 @@ void ScreenRenderer::capture(const QString& name) {
   QPixmap picture = window_.grab();
   if (QDialog* dialog = openDialog(window_)) {
     QPainter painter(&picture);
-    painter.fillRect(picture.rect(), QColor(0, 0, 0, 90));
+    painter.fillRect(window_.rect(), QColor(0, 0, 0, 90));
     const QPixmap front = dialog->grab();
-    const QPoint corner((picture.width() - front.width()) / 2,
-                        (picture.height() - front.height()) / 2);
+    const QPoint corner((window_.width() - dialog->width()) / 2,
+                        (window_.height() - dialog->height()) / 2);
     painter.drawPixmap(corner, front);
     painter.setPen(theme::colour(Colour::Name::separator));
-    painter.drawRect(QRect(corner, front.size()).adjusted(-1, -1, 0, 0));
+    painter.drawRect(QRect(corner, dialog->size()).adjusted(-1, -1, 0, 0));
   }
   // Menus, lists and tooltips are windows of their own, which the picture of this one lacks.
   for (QWidget* other : QApplication::topLevelWidgets()) {
@@ -625,6 +626,10 @@ void ScreenRenderer::capture(const QString& name) {
       painter.drawPixmap(window_.mapFromGlobal(other->pos()), other->grab());
     }
   }
+  save(picture, name);
+}
+
+void ScreenRenderer::save(const QPixmap& picture, const QString& name) {
   const std::filesystem::path file =
       folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));
   if (picture.save(qtPath(file), "PNG")) {

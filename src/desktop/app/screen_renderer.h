@@ -8,6 +8,8 @@
 #include <functional>
 #include <vector>
 
+class QDialog;
+class QPixmap;
 class QWidget;
 
 namespace corvane::desktop {
@@ -32,9 +34,9 @@ class ScreenRenderer {
   /// Writes all screens in both appearances. `written` is told each file when it is there. False
   /// where a file could not be written or a screen's prices did not arrive in time.
   bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
-  /// Writes the window as it is, in both appearances.
-  bool renderWindow(const QString& name,
-                    const std::function<void(const std::filesystem::path&)>& written);
+  /// As renderAll(), of a window whose workspace has nothing in it: what it says then, and what a
+  /// portfolio without transactions does, for which it makes one.
+  bool renderBlank(const std::function<void(const std::filesystem::path&)>& written);
 
   /// Runs the event loop for so long.
   static void waitFor(int milliseconds);
@@ -42,9 +44,15 @@ class ScreenRenderer {
   static bool waitUntil(const std::function<bool()>& isDone);
 
  private:
-  bool renderInBothAppearances(const std::function<void()>& render,
-                               const std::function<void(const std::filesystem::path&)>& written);
+  /// The dialog of `window` that is open, in front of others that are; null for none.
+  [[nodiscard]] static QDialog* openDialog(const QWidget& window);
+  void inBothAppearances(const std::function<void()>& render);
   void renderScreens();
+  void renderMenus();
+  void renderAlerts();
+  void renderChartData();
+  void renderFieldSetup();
+  void renderWindows();
   void renderPortfolio(std::size_t index);
   void renderCursor(const QString& name);
   void renderReports();
@@ -66,6 +74,9 @@ class ScreenRenderer {
   void write(const QString& name);
   /// As write(), of what is there at this moment.
   void capture(const QString& name);
+  /// Writes a window that stands beside the main one.
+  void writeWindow(QWidget& window, const QString& name);
+  void save(const QPixmap& picture, const QString& name);
 
   MainWindow& window_;
   const std::filesystem::path folder_;

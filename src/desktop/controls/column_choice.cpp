@@ -13,8 +13,8 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int leastWidth = 24;
-constexpr int greatestWidth = 2000;
+constexpr int leastColumnWidth = 24;
+constexpr int greatestColumnWidth = 2000;
 
 /// One column in the settings: its identifier, then "=" and its width in pixels where it was sized,
 /// or a "-" before it where it is hidden.
@@ -34,7 +34,7 @@ KeptColumn keptColumn(const std::string& text) {
     bool isNumber = false;
     const int width = qtText(column.identifier.substr(sign + 1)).toInt(&isNumber);
     if (isNumber) {
-      column.width = std::clamp(width, leastWidth, greatestWidth);
+      column.width = std::clamp(width, leastColumnWidth, greatestColumnWidth);
     }
     column.identifier.resize(sign);
   }

@@ -16,6 +16,7 @@
 #include "desktop/controls/field_button.h"
 #include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/attributed_text_view.h"
+#include "desktop/look/clear_button.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::string_view nameColumn = "name";
 constexpr int mostRowsMeasured = 200;
+constexpr int lettersOfName = 15;  // that are seen at least of the column of names
 
 Qt::Alignment alignmentOf(const TableColumn& column, const AttributedText& text) {
   switch (text.alignment) {
@@ -119,7 +120,8 @@ QVariant TableModelAdapter::headerData(int section, Qt::Orientation orientation,
   return {};
 }
 
-TableView::TableView(const QString& accessibleName, QWidget* parent) : QTableView(parent) {
+TableView::TableView(const QString& accessibleName, QWidget* parent)
+    : QTableView(parent), leastStretchedWidth_(theme::widthOfLetters(lettersOfName)) {
   setAccessibleName(accessibleName);
   setFont(theme::font(theme::tableFactor));
   horizontalHeader()->setFont(theme::font(theme::figureFactor));
@@ -158,13 +160,19 @@ void TableView::fitColumns() {
   if (model() == nullptr) {
     return;
   }
+  fittedWidths_.clear();
   for (int column = 0; column < model()->columnCount(); ++column) {
     if (!isColumnHidden(column)) {
-      setWidth(column, chosenWidth(column).value_or(fittingWidth(column)));
+      fittedWidths_[column] = chosenWidth(column).value_or(fittingWidth(column));
     }
   }
-  stretchedColumnWidth_ = columnWidth(stretchedColumn_);
+  stretchedColumnWidth_ = fittedWidth(stretchedColumn_);
   stretch();
+}
+
+int TableView::fittedWidth(int column) const {
+  const auto found = fittedWidths_.find(column);
+  return found == fittedWidths_.end() ? 0 : found->second;
 }
 
 int TableView::fittingWidth(int column) const {
@@ -197,8 +205,8 @@ void TableView::widenColumns(int first, int last) {
     const int needed = widthOfRows(column, first, last);
     if (column == stretchedColumn_) {
       stretchedColumnWidth_ = std::max(stretchedColumnWidth_, needed);
-    } else if (needed > columnWidth(column)) {
-      setWidth(column, needed);
+    } else if (needed > fittedWidth(column)) {
+      fittedWidths_[column] = needed;
     }
   }
   stretch();
@@ -216,6 +224,7 @@ void TableView::noteWidth(int column, int oldWidth, int width) {
     return;
   }
   setChosenWidth(column, width);
+  fittedWidths_[column] = width;
   emit columnSized();
 }
 
@@ -260,26 +269,51 @@ void TableView::setChosenWidth(int column, std::optional<int> width) {
   }
 }
 
+/// Where there is too little room the column of names gives way first, down to a readable width.
+/// Where there is more than all columns need, they share it, so that no name is far from its
+/// numbers.
 void TableView::stretch() {
-  if (isColumnHidden(stretchedColumn_) || chosenWidth(stretchedColumn_)) {
+  int others = 0;
+  int shares = 0;
+  for (const auto& [column, width] : fittedWidths_) {
+    others += column == stretchedColumn_ ? 0 : width;
+    shares += chosenWidth(column) ? 0 : 1;
+  }
+  const bool isFixed = isColumnHidden(stretchedColumn_) || chosenWidth(stretchedColumn_);
+  const int names = isFixed ? fittedWidth(stretchedColumn_) : stretchedColumnWidth_;
+  const int left = viewport()->width() - others - names;
+  const int share = left > 0 && shares > 0 ? left / shares : 0;
+  for (const auto& [column, width] : fittedWidths_) {
+    if (column != stretchedColumn_) {
+      setWidth(column, width + (chosenWidth(column) ? 0 : share));
+    }
+  }
+  if (isFixed) {
+    if (fittedWidths_.contains(stretchedColumn_)) {
+      setWidth(stretchedColumn_, names);
+    }
     return;
   }
-  int others = 0;
-  for (int column = 0; column < horizontalHeader()->count(); ++column) {
-    others += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
-  }
-  // Where there is too little room the stretched column gives way first, down to a readable width.
   const int least = std::min(stretchedColumnWidth_, leastStretchedWidth_);
-  setWidth(stretchedColumn_, std::max(viewport()->width() - others, least));
+  // What the division leaves over is the names'.
+  setWidth(stretchedColumn_,
+           left > 0 ? names + left - share * (shares - 1) : std::max(names + left, least));
+}
+
+int TableView::widthBesideStretchedColumn() const {
+  int width = 2 * frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+  for (int column = 0; column < horizontalHeader()->count(); ++column) {
+    width += column == stretchedColumn_ || isColumnHidden(column) ? 0 : fittedWidth(column);
+  }
+  return width;
 }
 
 int TableView::neededWidth() const {
-  int width = stretchedColumnWidth_ + 2 * frameWidth() +
-              style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
-  for (int column = 0; column < horizontalHeader()->count(); ++column) {
-    width += column == stretchedColumn_ || isColumnHidden(column) ? 0 : columnWidth(column);
-  }
-  return width;
+  return widthBesideStretchedColumn() + stretchedColumnWidth_;
+}
+
+int TableView::leastWidth() const {
+  return widthBesideStretchedColumn() + std::min(stretchedColumnWidth_, leastStretchedWidth_);
 }
 
 void TableView::copySelectedRows() const {

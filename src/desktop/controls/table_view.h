@@ -56,6 +56,8 @@ class TableView : public QTableView {
   void chooseRow(std::optional<std::size_t> row);
   /// The width at which no column is cut short.
   [[nodiscard]] int neededWidth() const;
+  /// The width at which only the column of names is cut short, as far as it may be.
+  [[nodiscard]] int leastWidth() const;
 
   /// How narrow the column of names may get, in pixels, before the table scrolls sideways.
   void setLeastStretchedWidth(int width) { leastStretchedWidth_ = width; }
@@ -88,6 +90,8 @@ class TableView : public QTableView {
  private:
   void noteWidth(int column, int oldWidth, int width);
   [[nodiscard]] int fittingWidth(int column) const;
+  [[nodiscard]] int fittedWidth(int column) const;
+  [[nodiscard]] int widthBesideStretchedColumn() const;
   [[nodiscard]] int widthOfRows(int column, int first, int last) const;
   void widenColumns(int first, int last);
   void stretch();
@@ -97,10 +101,12 @@ class TableView : public QTableView {
   const TableModel* table_ = nullptr;
   std::set<int> putAway_;
   std::map<int, int> chosenWidths_;  ///< by column
-  bool isFitting_ = false;           ///< sections are sized by the table, not by its user
+  std::map<int, int>
+      fittedWidths_;        ///< of the columns that are shown, before they share what is left
+  bool isFitting_ = false;  ///< sections are sized by the table, not by its user
   int stretchedColumn_ = 0;
   int stretchedColumnWidth_ = 0;  ///< that it needs
-  int leastStretchedWidth_ = 120;
+  int leastStretchedWidth_;
 };
 
 }  // namespace corvane::desktop

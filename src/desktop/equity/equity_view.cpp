@@ -58,6 +58,8 @@ QWidget* EquityView::makeHeading() {
   for (QLabel* label : {symbol_, name_, price_}) {
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setTextFormat(Qt::PlainText);
+    // A name that is written from right to left stands where all others do.
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter | Qt::AlignAbsolute);
   }
   summary_->setWordWrap(true);
 

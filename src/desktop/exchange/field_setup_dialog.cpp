@@ -83,6 +83,9 @@ QVariant FieldSetupModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant FieldSetupModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation == Qt::Horizontal && role == Qt::AccessibleTextRole && section == order) {
+    return QStringLiteral("Number");
+  }
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
     return role == Qt::TextAlignmentRole
                ? QVariant::fromValue(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter))

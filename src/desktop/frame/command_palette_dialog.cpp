@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/look/clear_button.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "platform/async/dispatch_queue.h"
@@ -241,7 +242,7 @@ void CommandPaletteDialog::layOut(Contents contents) {
                                  ? QStringLiteral("Find a command that has a shortcut")
                                  : QStringLiteral("Find a command, portfolio or equity"));
   query_->setAccessibleName(query_->placeholderText());
-  query_->setClearButtonEnabled(true);
+  addClearButton(*query_);
   list_->setAccessibleName(isListOfShortcuts ? QStringLiteral("Shortcuts")
                                              : QStringLiteral("What fits"));
   list_->setModel(rows_.get());

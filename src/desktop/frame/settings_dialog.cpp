@@ -19,7 +19,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int settingsWidth = 460;
+constexpr int lettersOfSettings = 57;
 
 /// The words below a setting, smaller and as wide as the window.
 QLabel* makeNote(const QString& text) {
@@ -193,7 +193,7 @@ void SettingsDialog::layOut() {
                      "portfolios with random transactions.")));
   column->addSpacing(spacing::narrow);
   column->addLayout(buttons);
-  setFixedWidth(settingsWidth + 2 * spacing::section);
+  setFixedWidth(theme::widthOfLetters(lettersOfSettings) + 2 * spacing::section);
 }
 
 void SettingsDialog::showState() {

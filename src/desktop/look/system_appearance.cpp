@@ -5,6 +5,7 @@
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPalette>
+#include <utility>
 
 namespace corvane::desktop {
 namespace {
@@ -14,6 +15,7 @@ const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString appearanceScope = QStringLiteral("org.freedesktop.appearance");
 const QString colourSchemeKey = QStringLiteral("color-scheme");
+const QString contrastKey = QStringLiteral("contrast");
 constexpr int portalTimeoutMilliseconds = 500;
 
 Appearance ofPalette() {
@@ -37,32 +39,47 @@ QVariant unwrapped(QVariant value) {
 
 }  // namespace
 
-SystemAppearance::SystemAppearance(std::function<void(Appearance)> changed)
-    : changed_(std::move(changed)), appearance_(ofPalette()) {
+SystemAppearance::SystemAppearance(std::function<void(Appearance, Contrast)> changed)
+    : changed_(std::move(changed)), ofPlatform_(ofPalette()), appearance_(ofPlatform_) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) {
     return;
   }
-  auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
-                                                 QStringLiteral("Read"));
-  question << appearanceScope << colourSchemeKey;
-  const QDBusMessage answer = bus.call(question, QDBus::Block, portalTimeoutMilliseconds);
-  if (answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty()) {
-    appearance_ = ofScheme(unwrapped(answer.arguments().constFirst()), appearance_);
+  for (const QString& key : {colourSchemeKey, contrastKey}) {
+    auto question = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
+                                                   QStringLiteral("Read"));
+    question << appearanceScope << key;
+    const QDBusMessage answer = bus.call(question, QDBus::Block, portalTimeoutMilliseconds);
+    if (answer.type() != QDBusMessage::ReplyMessage) {
+      // No portal, or an old one that knows nothing of contrast.
+      break;
+    }
+    if (!answer.arguments().isEmpty()) {
+      take(key, unwrapped(answer.arguments().constFirst()));
+    }
   }
   bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"), this,
               SLOT(settingChanged(QString, QString, QDBusVariant)));
 }
 
+void SystemAppearance::take(const QString& key, const QVariant& value) {
+  if (key == colourSchemeKey) {
+    appearance_ = ofScheme(value, ofPlatform_);
+  } else if (key == contrastKey) {
+    // 1 for more contrast, anything else for no preference.
+    contrast_ = value.toUInt() == 1 ? Contrast::high : Contrast::normal;
+  }
+}
+
 void SystemAppearance::settingChanged(const QString& scope, const QString& key,
                                       const QDBusVariant& value) {
-  if (scope != appearanceScope || key != colourSchemeKey) {
+  if (scope != appearanceScope) {
     return;
   }
-  const Appearance now = ofScheme(unwrapped(value.variant()), Appearance::light);
-  if (now != appearance_) {
-    appearance_ = now;
-    changed_(now);
+  const auto before = std::pair(appearance_, contrast_);
+  take(key, unwrapped(value.variant()));
+  if (before != std::pair(appearance_, contrast_)) {
+    changed_(appearance_, contrast_);
   }
 }
 

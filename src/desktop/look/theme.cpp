@@ -7,15 +7,34 @@
 #include <QPainterPath>
 #include <QPalette>
 #include <QPixmap>
-#include <QProxyStyle>
-#include <QStyleFactory>
-#include <QStyleOption>
 #include <algorithm>
+
+#include "desktop/look/corvane_style.h"
 
 namespace corvane::desktop::theme {
 namespace {
 
 Appearance current = Appearance::light;
+Contrast currentContrast = Contrast::normal;
+
+/// Text and lines further away from the background that they stand on, and the backgrounds, which
+/// are nearly white or nearly black, as they are.
+QColor withHighContrast(const QColor& colour) {
+  constexpr float palestInk = 0.9F;
+  constexpr float darkestInk = 0.2F;
+  constexpr float kept = 0.5F;
+  float hue = 0;
+  float saturation = 0;
+  float lightness = 0;
+  float alpha = 0;
+  colour.getHslF(&hue, &saturation, &lightness, &alpha);
+  if (current == Appearance::light && lightness < palestInk) {
+    lightness *= kept;
+  } else if (current == Appearance::dark && lightness > darkestInk) {
+    lightness = 1 - (1 - lightness) * kept;
+  }
+  return QColor::fromHslF(std::max(hue, 0.0F), saturation, lightness, alpha);
+}
 
 QPalette palette() {
   const bool isDark = current == Appearance::dark;
@@ -62,103 +81,13 @@ QString styleSheet() {
              "QTabBar::tab:selected { color: %4; border-bottom: 2px solid %5; }"
              "QTabBar::tab:hover { color: %4; }"
              "QTabBar::tab:focus { color: %5; }"
+             "QMessageBox QLabel#qt_msgbox_label { font-weight: 600; }"
+             "QFileDialog QListView#sidebar { min-width: 130px; }"
              "QToolTip { border: 1px solid %1; padding: 3px; }")
       .arg(colour(Colour::Name::separator).name(), colour(Colour::Name::controlBackground).name(),
            colour(Colour::Name::secondaryLabel).name(), colour(Colour::Name::label).name(),
            colour(Colour::Name::systemBlue).name());
 }
-
-/// Fusion with edges that a dark window does not swallow, and with air around the text of a button.
-class CorvaneStyle : public QProxyStyle {
- public:
-  CorvaneStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
-
-  QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
-                         const QWidget* widget) const override {
-    QSize made = QProxyStyle::sizeFromContents(type, option, size, widget);
-    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
-    if (type == CT_PushButton && button != nullptr && !button->text.isEmpty()) {
-      // A button has a least width of its own, in which a short text has air enough.
-      made.setWidth(std::max(made.width(), size.width() + 2 * spacing::medium));
-    }
-    return made;
-  }
-
-  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                     const QWidget* widget) const override {
-    switch (element) {
-      case PE_IndicatorCheckBox:
-      case PE_IndicatorRadioButton:
-        drawIndicator(*option, *painter, element == PE_IndicatorRadioButton);
-        return;
-      case PE_FrameLineEdit:
-      case PE_Frame:
-        QProxyStyle::drawPrimitive(element, option, painter, widget);
-        drawEdge(*option, *painter);
-        return;
-      default:
-        QProxyStyle::drawPrimitive(element, option, painter, widget);
-    }
-  }
-
-  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
-                          QPainter* painter, const QWidget* widget) const override {
-    QProxyStyle::drawComplexControl(control, option, painter, widget);
-    if (control == CC_ComboBox || control == CC_SpinBox) {
-      drawEdge(*option, *painter);
-    }
-  }
-
- private:
-  /// The edge of a field in a dark window; that of the field with the keyboard is the style's own.
-  static void drawEdge(const QStyleOption& option, QPainter& painter) {
-    const bool hasKeyboard = option.state.testFlag(State_HasFocus);
-    if (current != Appearance::dark || (hasKeyboard && option.state.testFlag(State_Enabled))) {
-      return;
-    }
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(option.state.testFlag(State_Enabled) ? QColor(0x58, 0x59, 0x5F)
-                                                        : QColor(0x40, 0x41, 0x46));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
-    painter.restore();
-  }
-
-  static void drawIndicator(const QStyleOption& option, QPainter& painter, bool isRound) {
-    const bool isEnabled = option.state.testFlag(State_Enabled);
-    const bool isFull = option.state.testFlag(State_On) || option.state.testFlag(State_NoChange);
-    const double side = std::min(option.rect.width(), option.rect.height()) - 1;
-    QRectF box(0, 0, side, side);
-    box.moveCenter(QRectF(option.rect).center());
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QColor fill = option.palette.color(isFull ? QPalette::Highlight : QPalette::Base);
-    QColor edge = theme::colour(isEnabled ? Colour::Name::secondaryLabel : Colour::Name::separator);
-    if (isFull) {
-      edge = fill;
-    }
-    if (option.state.testFlag(State_HasFocus)) {
-      edge = theme::colour(Colour::Name::systemBlue);
-    }
-    painter.setPen(QPen(edge, 1));
-    painter.setBrush(fill);
-    isRound ? painter.drawEllipse(box) : painter.drawRoundedRect(box, 3, 3);
-    const QColor ink = option.palette.color(QPalette::HighlightedText);
-    if (isFull && isRound) {
-      painter.setPen(Qt::NoPen);
-      painter.setBrush(ink);
-      painter.drawEllipse(box.center(), side * 0.2, side * 0.2);
-    } else if (isFull) {
-      painter.setPen(QPen(ink, side * 0.14, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-      const auto at = [&](double x, double y) { return box.topLeft() + QPointF(x, y) * side; };
-      painter.drawPolyline(option.state.testFlag(State_On)
-                               ? QPolygonF({at(0.24, 0.52), at(0.43, 0.72), at(0.78, 0.30)})
-                               : QPolygonF({at(0.26, 0.5), at(0.74, 0.5)}));
-    }
-    painter.restore();
-  }
-};
 
 /// The first of `families` that is installed; `otherwise` where none is.
 QString installed(std::initializer_list<const char*> families, const QString& otherwise) {
@@ -199,8 +128,9 @@ QFont bodyFont() {
 
 }  // namespace
 
-void apply(QApplication& application, Appearance appearance) {
+void apply(QApplication& application, Appearance appearance, Contrast contrast) {
   current = appearance;
+  currentContrast = contrast;
   static const QFont body = bodyFont();
   QApplication::setStyle(new CorvaneStyle);
   QApplication::setFont(body);
@@ -213,10 +143,16 @@ Appearance appearance() {
   return current;
 }
 
+Contrast contrast() {
+  return currentContrast;
+}
+
 QColor colour(const Colour& colour) {
   const RGBA rgba = colour.resolved(current);
-  return QColor::fromRgbF(static_cast<float>(rgba.red), static_cast<float>(rgba.green),
-                          static_cast<float>(rgba.blue), static_cast<float>(rgba.alpha));
+  const QColor made =
+      QColor::fromRgbF(static_cast<float>(rgba.red), static_cast<float>(rgba.green),
+                       static_cast<float>(rgba.blue), static_cast<float>(rgba.alpha));
+  return currentContrast == Contrast::high && made.alpha() > 0 ? withHighContrast(made) : made;
 }
 
 QColor sidebarBackground() {
@@ -259,6 +195,10 @@ QFont font(const QFont& base, const TextStyle& style) {
     styled.setWeight(qtWeight(style.weight));
   }
   return styled;
+}
+
+int widthOfLetters(int count) {
+  return count * QFontMetrics(QApplication::font()).averageCharWidth();
 }
 
 QIcon applicationIcon() {

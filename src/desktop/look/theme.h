@@ -21,14 +21,18 @@ constexpr int wide = 16;
 constexpr int section = 24;
 }  // namespace spacing
 
+/// How far texts and lines are from what they stand on.
+enum class Contrast { normal, high };
+
 namespace theme {
 
 /// Sets style, font, palette and style sheet of `application` for `appearance`. Widgets hear of a
 /// change as QEvent::PaletteChange.
-void apply(QApplication& application, Appearance appearance);
+void apply(QApplication& application, Appearance appearance, Contrast contrast = Contrast::normal);
 
 /// What is applied now.
 [[nodiscard]] Appearance appearance();
+[[nodiscard]] Contrast contrast();
 
 [[nodiscard]] QColor colour(const Colour& colour);
 
@@ -44,6 +48,10 @@ constexpr double tableFactor = 0.96;
 constexpr double figureFactor = 0.92;
 /// `base` with the weight and the figures of `style`.
 [[nodiscard]] QFont font(const QFont& base, const TextStyle& style);
+
+/// The width in pixels that so many letters of the body text take, for columns and panels that are
+/// to grow with the user's font.
+[[nodiscard]] int widthOfLetters(int count);
 
 /// The application's icon, drawn at every size that a desktop asks for.
 [[nodiscard]] QIcon applicationIcon();

@@ -17,6 +17,8 @@ namespace {
 
 constexpr int leastPieWidth = 172;
 constexpr int mostPieWidth = 360;
+constexpr int lettersOfSymbol = 9;  // in a small window
+constexpr int lettersOfNameBesidePie = 15;
 
 }  // namespace
 
@@ -30,6 +32,8 @@ HoldingsTab::HoldingsTab(std::shared_ptr<PortfolioHoldingsViewController> contro
       pie_(new PieChartWidget(QStringLiteral("Holdings by market value"))) {
   title_->setFont(theme::font(1, QFont::DemiBold));
   table_->setObjectName(QStringLiteral("holdings"));
+  // In a small window the symbols are enough; the whole names are in the tooltips.
+  table_->setLeastStretchedWidth(theme::widthOfLetters(lettersOfSymbol));
   table_->setTable(adapter_, *controller_);
 
   auto* row = new QHBoxLayout;
@@ -70,9 +74,14 @@ void HoldingsTab::resizeEvent(QResizeEvent* event) {
   shareWidth();
 }
 
+/// The table has what it needs first. Where the pie would push columns of money out of sight, it
+/// gives way as a whole: its shares can be read off the market values.
 void HoldingsTab::shareWidth() {
-  pie_->setFixedWidth(
-      std::clamp(width() - spacing::narrow - table_->neededWidth(), leastPieWidth, mostPieWidth));
+  const int beside = width() - spacing::narrow;
+  const int wanted =
+      table_->leastWidth() + theme::widthOfLetters(lettersOfNameBesidePie - lettersOfSymbol);
+  pie_->setVisible(!controller_->pie().slices.empty() && beside - wanted >= leastPieWidth);
+  pie_->setFixedWidth(std::clamp(beside - table_->neededWidth(), leastPieWidth, mostPieWidth));
 }
 
 }  // namespace corvane::desktop

@@ -15,6 +15,7 @@
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
+#include "desktop/controls/first_steps.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -39,11 +40,14 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
       details_(new QPushButton(QStringLiteral("Details…"))),
       asset_(new QComboBox),
       fetching_(new QProgressBar),
+      chart_(new ChartWidget(controller_->chart, QStringLiteral("Performance"))),
+      selectors_(makeSelectors()),
+      firstSteps_(new FirstSteps),
       warning_(new QLabel),
       tabs_(new QTabWidget),
       transactions_(new TransactionsTab(controller_->transactions)),
-      chart_(new ChartWidget(controller_->chart, QStringLiteral("Performance"))),
       split_(new QSplitter(Qt::Vertical)) {
+  firstSteps_->setMessage(QStringLiteral("Nothing has been recorded in this portfolio yet."));
   warning_->setWordWrap(true);
   warning_->setContentsMargins(0, 0, 0, spacing::narrow);
 
@@ -52,8 +56,9 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   upperColumn->setContentsMargins(0, 0, 0, 0);
   upperColumn->setSpacing(spacing::narrow);
   upperColumn->addWidget(makeHeading());
-  upperColumn->addWidget(makeSelectors());
+  upperColumn->addWidget(selectors_);
   upperColumn->addWidget(chart_, 1);
+  upperColumn->addWidget(firstSteps_, 1);
   upperColumn->addWidget(warning_);
 
   tabs_->setDocumentMode(true);
@@ -95,15 +100,17 @@ PortfolioView::PortfolioView(std::shared_ptr<PortfolioViewController> controller
   update();
 }
 
-/// A tab with charts of its own has all of the place below the days.
+/// A tab with charts of its own has all of the place below the days, and so have the first steps of
+/// a portfolio without rows.
 void PortfolioView::giveChartItsPlace() {
-  const bool hasOwnChart = controller_->selectedTab().hasOwnChart();
+  const bool isNew = !firstSteps_->isHidden();
+  const bool hasOwnChart = !isNew && controller_->selectedTab().hasOwnChart();
   QWidget* upper = chart_->parentWidget();
   if (hasOwnChart && !chart_->isHidden()) {
     sharedHeights_ = split_->sizes();
   }
-  const bool comesBack = !hasOwnChart && chart_->isHidden();
-  chart_->setVisible(!hasOwnChart);
+  const bool comesBack = !hasOwnChart && !isNew && chart_->isHidden();
+  chart_->setVisible(!hasOwnChart && !isNew);
   warning_->setVisible(!hasOwnChart && !controller_->warning().empty());
   assetRow_->setVisible(!hasOwnChart);
   upper->setMaximumHeight(hasOwnChart ? upper->sizeHint().height() : QWIDGETSIZE_MAX);
@@ -119,6 +126,8 @@ QWidget* PortfolioView::makeHeading() {
   for (QLabel* label : {name_, value_}) {
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setTextFormat(Qt::PlainText);
+    // A name that is written from right to left stands where all others do.
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter | Qt::AlignAbsolute);
   }
   summary_->setWordWrap(true);
 
@@ -203,6 +212,11 @@ void PortfolioView::update() {
   details_->setEnabled(controller_->canEditPortfolio());
   fetching_->setVisible(controller_->isFetching());
   tabs_->setCurrentIndex(static_cast<int>(controller_->selectedTabIndex()));
+  const PortfolioPointer& portfolio = controller_->currentData().portfolio;
+  const bool isNew = portfolio != nullptr && portfolio->transactions().empty();
+  firstSteps_->setVisible(isNew);
+  selectors_->setVisible(!isNew);
+  tabs_->setVisible(!isNew);
   warning_->setText(qtText(controller_->warning()));
   updateAssets();
   giveChartItsPlace();

@@ -21,6 +21,7 @@ namespace corvane::desktop {
 
 class AttributedLabel;
 class ChartWidget;
+class FirstSteps;
 class TransactionsTab;
 
 /// Shows a PortfolioViewController: heading, range and asset, chart, warning, tabs.
@@ -33,6 +34,8 @@ class PortfolioView : public QWidget {
 
   [[nodiscard]] TransactionsTab& transactionsTab() { return *transactions_; }
   [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
+  /// What stands in place of the chart while nothing has been recorded.
+  [[nodiscard]] FirstSteps& firstSteps() { return *firstSteps_; }
 
  private:
   QWidget* makeHeading();
@@ -53,6 +56,9 @@ class PortfolioView : public QWidget {
   QPushButton* details_;
   QComboBox* asset_;
   QProgressBar* fetching_;
+  ChartWidget* chart_;
+  QWidget* selectors_;
+  FirstSteps* firstSteps_;
   QLabel* warning_;
   QTabWidget* tabs_;
   TransactionsTab* transactions_;

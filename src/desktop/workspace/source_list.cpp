@@ -11,7 +11,7 @@
 namespace corvane::desktop {
 namespace {
 
-QString dragType() {
+QString watchlistDragType() {
   return qtText(MasterSourceViewController::watchlistEquityIndexPasteboardType);
 }
 
@@ -62,7 +62,7 @@ Qt::ItemFlags WatchlistModel::flags(const QModelIndex& index) const {
 }
 
 QStringList WatchlistModel::mimeTypes() const {
-  return {dragType()};
+  return {watchlistDragType()};
 }
 
 QMimeData* WatchlistModel::mimeData(const QModelIndexList& indexes) const {
@@ -70,13 +70,13 @@ QMimeData* WatchlistModel::mimeData(const QModelIndexList& indexes) const {
   for (const QModelIndex& index : indexes) {
     rows.push_back(static_cast<std::size_t>(index.row()));
   }
-  return mimeDataOfRows(dragType(), std::move(rows));
+  return mimeDataOfRows(watchlistDragType(), std::move(rows));
 }
 
 bool WatchlistModel::dropMimeData(const QMimeData* data, Qt::DropAction /*action*/, int row,
                                   int /*column*/, const QModelIndex& parent) {
   if (!parent.isValid()) {
-    controller_.moveWatchlistRows(rowsOfMimeData(dragType(), *data),
+    controller_.moveWatchlistRows(rowsOfMimeData(watchlistDragType(), *data),
                                   static_cast<std::size_t>(row < 0 ? rows_ : row));
   }
   // The rows have been moved already; the view must not remove any.

@@ -19,6 +19,7 @@
 namespace corvane::desktop {
 namespace {
 
+constexpr int lettersOfWidth = 37;
 constexpr int mostPortfoliosShown = 6;  // before the list of portfolios scrolls
 
 std::vector<std::size_t> selectedRows(const QListView& view) {
@@ -52,12 +53,11 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       controller_(*frame_->masterSourceViewController),
       watchlist_(new WatchlistModel(controller_, this)),
       portfolios_(new PortfolioListModel(controller_, this)),
-      watchlistView_(new SourceListView(
-          QStringLiteral("Watchlist"),
-          QStringLiteral("Search for an equity and add it to follow its price here."))),
+      watchlistView_(new SourceListView(QStringLiteral("Watchlist"), {})),
       portfolioView_(
           new SourceListView(QStringLiteral("Portfolios"), QStringLiteral("No portfolios yet."))),
       reports_(new QListWidget),
+      emptyWatchlist_(new QWidget),
       newPortfolio_(new QPushButton(QStringLiteral("New…"))),
       search_(new EquityComboBoxView(controller_.equityComboBox, QStringLiteral("Search"))),
       add_(new QPushButton(QStringLiteral("Add"))),
@@ -92,7 +92,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
   column->addWidget(portfolioView_);
   column->addSpacing(spacing::medium);
   addHeading(column, QStringLiteral("Watchlist"), nullptr);
-  column->addWidget(watchlistView_, 1);
+  addWatchlist(column);
   addReports(column);
   addPriceStatus(column);
 
@@ -168,6 +168,27 @@ void SourceView::showReportSelection() {
   isShowingSelection_ = false;
 }
 
+/// The list, or in its place what to do to have one.
+void SourceView::addWatchlist(QVBoxLayout* column) {
+  auto* hint = new QLabel(QStringLiteral("Search for an equity and add it to follow its price."));
+  hint->setWordWrap(true);
+  hint->setForegroundRole(QPalette::PlaceholderText);
+  auto* find = new QPushButton(QStringLiteral("Find an Equity"));
+  connect(find, &QPushButton::clicked, this, &SourceView::startSearch);
+  auto* steps = new QVBoxLayout(emptyWatchlist_);
+  steps->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, 0);
+  steps->setSpacing(spacing::narrow);
+  steps->addWidget(hint);
+  steps->addWidget(find, 0, Qt::AlignLeft);
+  steps->addStretch(1);
+  column->addWidget(watchlistView_, 1);
+  column->addWidget(emptyWatchlist_, 1);
+}
+
+QSize SourceView::sizeHint() const {
+  return {theme::widthOfLetters(lettersOfWidth), 600};
+}
+
 void SourceView::startSearch() {
   search_->startEditing();
 }
@@ -232,6 +253,8 @@ void SourceView::update(const MasterSourceViewController::Update& update) {
     portfolios_->reloadRows(update.reloadedPortfolioRows);
   }
   isShowingSelection_ = false;
+  watchlistView_->setVisible(watchlist_->rowCount() > 0);
+  emptyWatchlist_->setVisible(watchlist_->rowCount() == 0);
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   add_->setEnabled(controller_.canAddToWatchlist());
   showPriceStatus();

@@ -38,7 +38,7 @@ class SourceView : public QWidget {
   void startSearch();
   /// Selects the report that is shown, or none.
   void showReportSelection();
-  [[nodiscard]] QSize sizeHint() const override { return {300, 600}; }
+  [[nodiscard]] QSize sizeHint() const override;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -48,6 +48,7 @@ class SourceView : public QWidget {
   void addHeading(QVBoxLayout* column, const QString& text, QWidget* button);
   void addReports(QVBoxLayout* column);
   void addPriceStatus(QVBoxLayout* column);
+  void addWatchlist(QVBoxLayout* column);
   void update(const MasterSourceViewController::Update& update);
   void showSelection();
   void showPriceStatus();
@@ -60,6 +61,7 @@ class SourceView : public QWidget {
   SourceListView* watchlistView_;
   SourceListView* portfolioView_;
   QListWidget* reports_;
+  QWidget* emptyWatchlist_;
   QPushButton* newPortfolio_;
   EquityComboBoxView* search_;
   QPushButton* add_;

@@ -1,6 +1,7 @@
 #include "desktop/workspace/source_row_delegate.h"
 
 #include <QPainter>
+#include <algorithm>
 #include <optional>
 
 #include "desktop/charts/quote_thumbnail.h"
@@ -112,8 +113,9 @@ void SourceRowDelegate::paintEquity(QPainter& painter, const QRectF& area,
                                     const EquitySourceRow& row, bool isSelected) const {
   const auto [strong, weak, areOwn] = rowColours(isSelected);
   // The price column has room for any usual price, so that charts stand below each other.
-  const double priceWidth =
-      QFontMetricsF(nameFont()).horizontalAdvance(QStringLiteral("$00,000.00"));
+  const double ownPriceWidth = widthOf(nameFont(), AttributedText(row.price));
+  const double priceWidth = std::max(
+      ownPriceWidth, QFontMetricsF(nameFont()).horizontalAdvance(QStringLiteral("$00,000.00")));
   const QRectF above(area.left(), area.top(), area.width(), area.height() * upperLineShare);
   const QRectF below(area.left(), above.bottom(), area.width(), area.bottom() - above.bottom());
   const QRectF price(above.right() - priceWidth, above.top(), priceWidth, above.height());
@@ -123,7 +125,6 @@ void SourceRowDelegate::paintEquity(QPainter& painter, const QRectF& area,
   const double besideChart = chart.left() - spacing::tight - above.left();
   const bool showsChart =
       row.thumbnail != nullptr && widthOf(nameFont(), AttributedText(row.symbol)) <= besideChart;
-  const double ownPriceWidth = widthOf(nameFont(), AttributedText(row.price));
   const QRectF symbol(above.left(), above.top(),
                       showsChart ? besideChart : above.width() - ownPriceWidth - spacing::narrow,
                       above.height());

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QDialog>
 #include <QFileDialog>
-#include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
@@ -16,6 +15,7 @@
 #include <algorithm>
 
 #include "desktop/controls/column_choice.h"
+#include "desktop/controls/first_steps.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
@@ -61,7 +61,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       source_(new SourceView(frame_)),
       split_(new QSplitter(Qt::Horizontal)),
       detail_(new QStackedWidget),
-      empty_(new QLabel),
+      empty_(new FirstSteps),
       equity_(new EquityView(frame_->equityViewController)),
       portfolio_(new PortfolioView(frame_->portfolioViewController)),
       reports_(new ReportsView(frame_->reports)),
@@ -70,11 +70,6 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
                                     std::make_shared<ExchangePanels>(this))),
       export_(PortfolioExport::make(frame_->portfolioViewController, surroundings(),
                                     std::make_shared<ExchangePanels>(this))) {
-  empty_->setAlignment(Qt::AlignCenter);
-  empty_->setWordWrap(true);
-  empty_->setFont(theme::font(1.3));
-  empty_->setForegroundRole(QPalette::PlaceholderText);
-  empty_->setMargin(spacing::section);
   equity_->addTab(new ScenarioDetailTab(frame_->scenarioDetailViewController),
                   QStringLiteral("Scenario"));
   equity_->addTab(new ScenarioBatchTab(frame_->scenarioBatchViewController),
@@ -95,8 +90,8 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setCollapsible(2, false);
   explanation_->setMinimumWidth(280);
   explanation_->setMaximumWidth(720);
-  source_->setMinimumWidth(230);
-  source_->setMaximumWidth(460);
+  source_->setMinimumWidth(theme::widthOfLetters(28));
+  source_->setMaximumWidth(theme::widthOfLetters(57));
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(split_);
@@ -152,7 +147,10 @@ void WorkspaceView::setDocumentModel(const std::weak_ptr<WorkspaceModel>& model)
 }
 
 void WorkspaceView::showDetail() {
-  empty_->setText(qtText(frame_->emptyStateMessage()));
+  const auto& source = *frame_->masterSourceViewController;
+  empty_->setMessage(qtText(frame_->emptyStateMessage()));
+  empty_->setStepsVisible(source.numberOfPortfolioRows() == 0 &&
+                          source.numberOfWatchlistRows() == 0);
   switch (frame_->currentDetailTab()) {
     case MainSplitViewController::DetailTab::portfolio:
       detail_->setCurrentWidget(portfolio_);
@@ -276,13 +274,22 @@ void WorkspaceView::addPortfolioActions(QMenu* menu) {
   menu->addAction(source_->moveDownAction());
   menu->addAction(source_->removeAction());
   connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
+  addFirstSteps();
   updateActions();
 }
 
+/// What screens without anything in them offer. The menus of files and of editing are there by now.
+void WorkspaceView::addFirstSteps() {
+  empty_->addStep(newPortfolio_, QStringLiteral("New Portfolio…"));
+  empty_->addStep(search_, QStringLiteral("Find an Equity"));
+  portfolio_->firstSteps().addStep(statementAction_, QStringLiteral("Import a Statement…"));
+  portfolio_->firstSteps().addStep(newTransaction_, QStringLiteral("Add a Transaction…"));
+}
+
 void WorkspaceView::addSearchAction(QMenu* menu) {
-  QAction* search = menu->addAction(QStringLiteral("&Find an Equity"));
-  search->setShortcut(QKeySequence::Find);
-  connect(search, &QAction::triggered, this, [this] {
+  search_ = menu->addAction(QStringLiteral("&Find an Equity"));
+  search_->setShortcut(QKeySequence::Find);
+  connect(search_, &QAction::triggered, this, [this] {
     source_->show();
     source_->startSearch();
   });

@@ -14,7 +14,6 @@
 #include "storage/workspace/workspace_document.h"
 
 class QAction;
-class QLabel;
 class QMenu;
 class QSplitter;
 class QStackedWidget;
@@ -25,6 +24,7 @@ namespace corvane::desktop {
 class ColumnChoice;
 class EquityView;
 class ExplanationPanel;
+class FirstSteps;
 class PortfolioView;
 class ReportsView;
 class SourceView;
@@ -67,6 +67,7 @@ class WorkspaceView : public QWidget {
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
   void importStatement();
+  void addFirstSteps();
   void fillColumnsMenu(QMenu& menu);
   void addReportActions(QMenu* menu);
   /// Explains the figure that the keyboard is on, or else the one in the heading.
@@ -81,7 +82,7 @@ class WorkspaceView : public QWidget {
   SourceView* source_;
   QSplitter* split_;
   QStackedWidget* detail_;
-  QLabel* empty_;
+  FirstSteps* empty_;
   EquityView* equity_;
   PortfolioView* portfolio_;
   ReportsView* reports_;
@@ -92,6 +93,7 @@ class WorkspaceView : public QWidget {
   QAction* statementAction_ = nullptr;
   QAction* importsAction_ = nullptr;
   QAction* exportAction_ = nullptr;
+  QAction* search_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;

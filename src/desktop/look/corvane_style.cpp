@@ -1,0 +1,281 @@
+#include "desktop/look/corvane_style.h"
+
+#include <QMenu>
+#include <QPainter>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <algorithm>
+#include <optional>
+
+#include "desktop/look/line_icon.h"
+#include "desktop/look/theme.h"
+
+namespace corvane::desktop {
+namespace {
+
+constexpr int scrollBarExtent = 12;
+constexpr int leastThumb = 28;
+constexpr double thumbInset = 2.5;
+
+/// The edge of a field in a dark window or one of high contrast; that of the field with the
+/// keyboard is the style's own.
+void drawFieldEdge(const QStyleOption& option, QPainter& painter) {
+  const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
+  const bool isDark = theme::appearance() == Appearance::dark;
+  const bool isStrong = theme::contrast() == Contrast::high;
+  if ((!isDark && !isStrong) || (option.state.testFlag(QStyle::State_HasFocus) && isEnabled)) {
+    return;
+  }
+  QColor edge = isEnabled ? QColor(0x6A, 0x6B, 0x72) : QColor(0x48, 0x49, 0x4F);
+  if (isStrong) {
+    edge = theme::colour(isEnabled ? Colour::Name::label : Colour::Name::tertiaryLabel);
+  }
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(edge);
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+  painter.restore();
+}
+
+void drawTick(QPainter& painter, const QRectF& box, const QColor& ink, bool isWhole) {
+  const double side = box.width();
+  const auto at = [&](double x, double y) { return box.topLeft() + QPointF(x, y) * side; };
+  painter.setPen(QPen(ink, side * 0.14, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.drawPolyline(isWhole ? QPolygonF({at(0.24, 0.52), at(0.43, 0.72), at(0.78, 0.30)})
+                               : QPolygonF({at(0.26, 0.5), at(0.74, 0.5)}));
+}
+
+QRectF indicatorBox(const QStyleOption& option) {
+  const double side = std::min(option.rect.width(), option.rect.height()) - 1;
+  QRectF box(0, 0, side, side);
+  box.moveCenter(QRectF(option.rect).center());
+  return box;
+}
+
+void drawCheckIndicator(const QStyleOption& option, QPainter& painter, bool isRound) {
+  const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
+  const bool isFull =
+      option.state.testFlag(QStyle::State_On) || option.state.testFlag(QStyle::State_NoChange);
+  const QRectF box = indicatorBox(option);
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  const QColor fill = option.palette.color(isFull ? QPalette::Highlight : QPalette::Base);
+  QColor edge = theme::colour(isEnabled ? Colour::Name::secondaryLabel : Colour::Name::separator);
+  if (isFull) {
+    edge = fill;
+  }
+  if (option.state.testFlag(QStyle::State_HasFocus)) {
+    edge = theme::colour(Colour::Name::systemBlue);
+  }
+  painter.setPen(QPen(edge, 1));
+  painter.setBrush(fill);
+  isRound ? painter.drawEllipse(box) : painter.drawRoundedRect(box, 3, 3);
+  const QColor ink = option.palette.color(QPalette::HighlightedText);
+  if (isFull && isRound) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ink);
+    painter.drawEllipse(box.center(), box.width() * 0.2, box.width() * 0.2);
+  } else if (isFull) {
+    drawTick(painter, box, ink, option.state.testFlag(QStyle::State_On));
+  }
+  painter.restore();
+}
+
+/// What is chosen in a menu has a tick, and what is not has nothing.
+void drawMenuMark(const QStyleOption& option, QPainter& painter) {
+  if (!option.state.testFlag(QStyle::State_On)) {
+    return;
+  }
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  drawTick(
+      painter, indicatorBox(option),
+      option.palette.color(option.state.testFlag(QStyle::State_Selected) ? QPalette::HighlightedText
+                                                                         : QPalette::Text),
+      true);
+  painter.restore();
+}
+
+QRect scrollBarPart(const QStyleOptionSlider& bar, QStyle::SubControl part) {
+  const bool isAcross = bar.orientation == Qt::Horizontal;
+  const int length = isAcross ? bar.rect.width() : bar.rect.height();
+  const qint64 range = qint64{bar.maximum} - bar.minimum;
+  const int thumb = range <= 0
+                        ? length
+                        : std::clamp(static_cast<int>(qint64{bar.pageStep} * length /
+                                                      std::max<qint64>(1, range + bar.pageStep)),
+                                     std::min(leastThumb, length), length);
+  const int start = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition,
+                                                    length - thumb, bar.upsideDown);
+  const auto piece = [&](int from, int size) {
+    const QRect logical =
+        isAcross ? QRect(from, 0, size, bar.rect.height()) : QRect(0, from, bar.rect.width(), size);
+    return QStyle::visualRect(bar.direction, bar.rect, logical.translated(bar.rect.topLeft()));
+  };
+  switch (part) {
+    case QStyle::SC_ScrollBarSubPage:
+      return piece(0, start);
+    case QStyle::SC_ScrollBarAddPage:
+      return piece(start + thumb, length - start - thumb);
+    case QStyle::SC_ScrollBarSlider:
+      return piece(start, thumb);
+    case QStyle::SC_ScrollBarGroove:
+      return bar.rect;
+    default:
+      return {};  // there are no arrows
+  }
+}
+
+void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
+  painter.fillRect(bar.rect, bar.palette.color(QPalette::Base));
+  if (bar.maximum <= bar.minimum) {
+    return;
+  }
+  QColor thumb = theme::colour(Colour::Name::label);
+  const bool isHeld =
+      bar.activeSubControls.testFlag(QStyle::SC_ScrollBarSlider) &&
+      (bar.state.testFlag(QStyle::State_Sunken) || bar.state.testFlag(QStyle::State_MouseOver));
+  thumb.setAlphaF(isHeld ? 0.62F : 0.42F);
+  const QRectF shape = QRectF(scrollBarPart(bar, QStyle::SC_ScrollBarSlider))
+                           .adjusted(thumbInset, thumbInset, -thumbInset, -thumbInset);
+  const double radius = std::min(shape.width(), shape.height()) / 2;
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(thumb);
+  painter.drawRoundedRect(shape, radius, radius);
+  painter.restore();
+}
+
+std::optional<LineIcon> ownIcon(QStyle::StandardPixmap which) {
+  switch (which) {
+    case QStyle::SP_ArrowBack:
+    case QStyle::SP_ArrowLeft:
+    case QStyle::SP_FileDialogBack:
+      return LineIcon::back;
+    case QStyle::SP_ArrowForward:
+    case QStyle::SP_ArrowRight:
+      return LineIcon::forward;
+    case QStyle::SP_ArrowUp:
+    case QStyle::SP_FileDialogToParent:
+      return LineIcon::up;
+    case QStyle::SP_FileDialogNewFolder:
+      return LineIcon::newFolder;
+    case QStyle::SP_FileDialogListView:
+      return LineIcon::list;
+    case QStyle::SP_FileDialogDetailedView:
+      return LineIcon::details;
+    case QStyle::SP_DirIcon:
+    case QStyle::SP_DirOpenIcon:
+    case QStyle::SP_DirClosedIcon:
+    case QStyle::SP_DirLinkIcon:
+      return LineIcon::folder;
+    case QStyle::SP_FileIcon:
+    case QStyle::SP_FileLinkIcon:
+      return LineIcon::file;
+    case QStyle::SP_ComputerIcon:
+    case QStyle::SP_DriveHDIcon:
+      return LineIcon::computer;
+    case QStyle::SP_DirHomeIcon:
+      return LineIcon::home;
+    case QStyle::SP_MessageBoxInformation:
+      return LineIcon::information;
+    case QStyle::SP_MessageBoxWarning:
+      return LineIcon::warning;
+    case QStyle::SP_MessageBoxCritical:
+      return LineIcon::critical;
+    case QStyle::SP_MessageBoxQuestion:
+      return LineIcon::question;
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace
+
+CorvaneStyle::CorvaneStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
+
+QSize CorvaneStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
+                                     const QSize& size, const QWidget* widget) const {
+  QSize made = QProxyStyle::sizeFromContents(type, option, size, widget);
+  const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+  if (type == CT_PushButton && button != nullptr && !button->text.isEmpty()) {
+    // A button has a least width of its own, in which a short text has air enough.
+    made.setWidth(std::max(made.width(), size.width() + 2 * spacing::medium));
+  }
+  return made;
+}
+
+void CorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                                 QPainter* painter, const QWidget* widget) const {
+  switch (element) {
+    case PE_IndicatorCheckBox:
+    case PE_IndicatorRadioButton:
+      if (qobject_cast<const QMenu*>(widget) != nullptr) {
+        drawMenuMark(*option, *painter);
+      } else {
+        drawCheckIndicator(*option, *painter, element == PE_IndicatorRadioButton);
+      }
+      return;
+    case PE_PanelScrollAreaCorner:
+      painter->fillRect(option->rect, option->palette.color(QPalette::Base));
+      return;
+    case PE_FrameLineEdit:
+    case PE_Frame:
+      QProxyStyle::drawPrimitive(element, option, painter, widget);
+      drawFieldEdge(*option, *painter);
+      return;
+    default:
+      QProxyStyle::drawPrimitive(element, option, painter, widget);
+  }
+}
+
+void CorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                      QPainter* painter, const QWidget* widget) const {
+  if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+      control == CC_ScrollBar && bar != nullptr) {
+    drawScrollBar(*bar, *painter);
+    return;
+  }
+  QProxyStyle::drawComplexControl(control, option, painter, widget);
+  if (control == CC_ComboBox || control == CC_SpinBox) {
+    drawFieldEdge(*option, *painter);
+  }
+}
+
+QRect CorvaneStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
+                                   SubControl part, const QWidget* widget) const {
+  if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+      control == CC_ScrollBar && bar != nullptr) {
+    return scrollBarPart(*bar, part);
+  }
+  return QProxyStyle::subControlRect(control, option, part, widget);
+}
+
+int CorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                              const QWidget* widget) const {
+  switch (metric) {
+    case PM_ScrollBarExtent:
+      return scrollBarExtent;
+    case PM_ScrollBarSliderMin:
+      return leastThumb;
+    default:
+      return QProxyStyle::pixelMetric(metric, option, widget);
+  }
+}
+
+QIcon CorvaneStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                                 const QWidget* widget) const {
+  const auto own = ownIcon(which);
+  return own ? lineIcon(*own) : QProxyStyle::standardIcon(which, option, widget);
+}
+
+QPixmap CorvaneStyle::standardPixmap(StandardPixmap which, const QStyleOption* option,
+                                     const QWidget* widget) const {
+  const auto own = ownIcon(which);
+  return own ? lineIcon(*own).pixmap(pixelMetric(PM_LargeIconSize, option, widget))
+             : QProxyStyle::standardPixmap(which, option, widget);
+}
+
+}  // namespace corvane::desktop
