@@ -145,6 +145,16 @@ BENCHMARK(openReport)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
+void nameNeeds(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  for (auto _ : state) {
+    MarketNeeds needs;
+    addMarketNeeds(needs, *world.portfolio, firstDay, lastDay, world.manager->calendar);
+    benchmark::DoNotOptimize(needs);
+  }
+}
+BENCHMARK(nameNeeds)->Name("Reports/what a report needs")->Unit(benchmark::kMillisecond);
+
 void explainReturns(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();
   const ValuationSeries series =

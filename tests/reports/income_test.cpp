@@ -153,5 +153,35 @@ TEST(IncomeReport, TakesPaymentsToTheSharesOfToday) {
       equityIncomes(*world.portfolio, {2021, 6, 29}, world.calendar, noRate)[0].yieldOnValue);
 }
 
+/// A year that is not over stands beside the same months of the last one, which is whole itself.
+TEST(IncomeReport, ComparesAPartOfAYearWithTheSameMonths) {
+  ReportWorld world;
+  world.portfolio->usesCashAccounts = false;
+  const auto paid = [&](Date date, const std::string& amount) {
+    return world.on(date).yield(BasicTransaction::YieldType::dividend, amount);
+  };
+  world.record({world.on(day(2019, 1, 2)).buy("10", "100"), paid(day(2019, 5, 3), "1"),
+                paid(day(2020, 2, 3), "2"), paid(day(2020, 5, 31), "4"), paid(day(2020, 6, 1), "8"),
+                paid(day(2021, 2, 3), "16")});
+  const auto rows = recordedIncome(*world.portfolio, world.calendar);
+  const auto told = [&](IncomePeriod::Length length) {
+    std::vector<std::string> lines;
+    for (const IncomePeriod& period : incomeByPeriod(rows, length, {2021, 5, 7})) {
+      lines.push_back(period.name() + ": " + period.income.description() + " after " +
+                      period.sameMonthsBefore.description());
+    }
+    return lines;
+  };
+  using ::testing::ElementsAre;
+  EXPECT_THAT(told(IncomePeriod::Length::year),
+              ElementsAre("2019: 1 after 0", "2020: 14 after 1", "2021: 16 after 6"));
+  EXPECT_THAT(told(IncomePeriod::Length::quarter),
+              ElementsAre("2019 Q2: 1 after 0", "2020 Q1: 2 after 0", "2020 Q2: 12 after 1",
+                          "2021 Q1: 16 after 2"));
+  EXPECT_THAT(told(IncomePeriod::Length::month),
+              ElementsAre("2019-05: 1 after 0", "2020-02: 2 after 0", "2020-05: 4 after 1",
+                          "2020-06: 8 after 0", "2021-02: 16 after 2"));
+}
+
 }  // namespace
 }  // namespace corvane::testing

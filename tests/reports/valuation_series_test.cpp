@@ -2,6 +2,8 @@
 
 #include "reports/series/valuation_series.h"
 
+#include <cmath>
+
 #include "ledger/transaction/transaction_effect.h"
 #include "platform/async/dispatch_queue.h"
 #include "random_cases.h"
@@ -345,11 +347,18 @@ TEST(ValuationProperty, AgreesWithAPlainReckoningAndAddsUp) {
     Decimal earned = report.series.bridge.adjustments;
     for (const EquityReturns& line : report.equities) {
       earned += line.figures.gain() + line.figures.dividends;
-      EXPECT_EQ(line.figures.closing,
-                valuationSeries(*world.portfolio, {scope.from, scope.to, line.figures.equity},
-                                world.market, world.calendar)
-                    .days.back()
-                    .value);
+      const auto own =
+          valuationSeries(*world.portfolio, {scope.from, scope.to, line.figures.equity},
+                          world.market, world.calendar)
+              .days;
+      EXPECT_EQ(line.figures.closing, own.back().value);
+      // From the days that a return needs comes what all days give.
+      const auto ofAllDays = timeWeightedReturn(own).total;
+      EXPECT_EQ(line.timeWeighted.has_value(), ofAllDays.has_value());
+      EXPECT_NEAR(line.timeWeighted.value_or(0), ofAllDays.value_or(0),
+                  1e-9 * (1 + std::abs(ofAllDays.value_or(0))));
+      const auto rate = moneyWeightedReturn(ownersPayments(own), ofAllDays.value_or(0)).period;
+      EXPECT_NEAR(line.moneyWeighted.value_or(9), rate.value_or(9), 1e-9 * (1 + rate.value_or(9)));
     }
     EXPECT_EQ(earned, report.series.bridge.gain());
   });

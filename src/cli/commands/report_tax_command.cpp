@@ -15,23 +15,23 @@
 namespace corvane::cli {
 namespace {
 
-constexpr Listing::Kind asNumber = Listing::Kind::number;
+constexpr Listing::Kind numeric = Listing::Kind::number;
 
 ReportTable disposalsTable(const TaxYear& year) {
   ReportTable table({{"settlement", "Settlement"},
                      {"tradeDate", "Trade Date"},
                      {"portfolio", "Portfolio"},
                      {"symbol", "Symbol"},
-                     {"shares", "Shares", asNumber},
-                     {"proceeds", "Proceeds", asNumber},
+                     {"shares", "Shares", numeric},
+                     {"proceeds", "Proceeds", numeric},
                      {"currency", "Currency"},
-                     {"rate", "Rate", asNumber},
-                     {"equivalent", "In Primary", asNumber},
-                     {"costBase", "Cost Base", asNumber},
-                     {"ledgerGain", "Ledger Gain", asNumber},
-                     {"denied", "Denied", asNumber},
+                     {"rate", "Rate", numeric},
+                     {"equivalent", "In Primary", numeric},
+                     {"costBase", "Cost Base", numeric},
+                     {"ledgerGain", "Ledger Gain", numeric},
+                     {"denied", "Denied", numeric},
                      {"addedTo", "Added To"},
-                     {"taxGain", "Tax Gain", asNumber},
+                     {"taxGain", "Tax Gain", numeric},
                      {"primaryCurrency", "Primary"},
                      {"note", "Note"}});
   for (const TaxYear::Disposal& line : year.disposals) {
@@ -53,12 +53,12 @@ ReportTable disposalsTable(const TaxYear& year) {
 ReportTable totalsTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
                      {"currency", "Currency"},
-                     {"proceeds", "Proceeds", asNumber},
-                     {"costBase", "Cost Base", asNumber},
-                     {"gains", "Gains", asNumber},
-                     {"losses", "Losses", asNumber},
-                     {"denied", "Denied", asNumber},
-                     {"net", "Net", asNumber}});
+                     {"proceeds", "Proceeds", numeric},
+                     {"costBase", "Cost Base", numeric},
+                     {"gains", "Gains", numeric},
+                     {"losses", "Losses", numeric},
+                     {"denied", "Denied", numeric},
+                     {"net", "Net", numeric}});
   for (const TaxYear::Totals& line : year.totals) {
     const auto money = [&](const Decimal& amount) { return moneyText(amount, line.currency); };
     const auto add = line.equity == nullptr ? &ReportTable::addTotal : &ReportTable::add;
@@ -75,9 +75,9 @@ ReportTable totalsTable(const TaxYear& year) {
 ReportTable taxIncomeTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
                      {"kind", "Kind"},
-                     {"amount", "Amount", asNumber},
+                     {"amount", "Amount", numeric},
                      {"currency", "Currency"},
-                     {"equivalent", "Equivalent", asNumber},
+                     {"equivalent", "Equivalent", numeric},
                      {"primaryCurrency", "Primary"}});
   std::map<std::pair<std::string, std::string>, std::pair<Currency, Decimal>> sums;
   for (const TaxYear::Income& line : year.income) {
@@ -103,7 +103,7 @@ ReportTable taxIncomeTable(const TaxYear& year) {
 ReportTable checkTable(const TaxYear& year) {
   ReportTable table({{"settlement", "Settlement"},
                      {"portfolio", "Portfolio"},
-                     {"row", "Row", asNumber},
+                     {"row", "Row", numeric},
                      {"symbol", "Symbol"},
                      {"toCheck", "To Check"}});
   const auto add = [&](const TaxRowPlace& place, const std::string& what) {
@@ -123,8 +123,8 @@ ReportTable checkTable(const TaxYear& year) {
 
 ReportTable costsTable(const TaxYear& year) {
   ReportTable table({{"symbol", "Symbol"},
-                     {"shares", "Shares at End", asNumber},
-                     {"costBase", "Cost Base at End", asNumber},
+                     {"shares", "Shares at End", numeric},
+                     {"costBase", "Cost Base at End", numeric},
                      {"currency", "Currency"}});
   for (const TaxYear::CostAtEnd& cost : year.costs) {
     table.add({cost.equity->symbol, cost.pool.shares.description(),
@@ -189,14 +189,14 @@ void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
     const auto money = [&](const Decimal& amount) { return moneyText(amount, currency); };
     ReportTable table({{"portfolio", "Portfolio"},
                        {"symbol", "Symbol"},
-                       {"shares", "Shares", asNumber},
-                       {"held", "Held", asNumber},
-                       {"proceeds", "Proceeds", asNumber},
-                       {"costBase", "Cost Base", asNumber},
-                       {"gain", "Gain", asNumber},
-                       {"denied", "Denied", asNumber},
+                       {"shares", "Shares", numeric},
+                       {"held", "Held", numeric},
+                       {"proceeds", "Proceeds", numeric},
+                       {"costBase", "Cost Base", numeric},
+                       {"gain", "Gain", numeric},
+                       {"denied", "Denied", numeric},
                        {"addedTo", "Added To"},
-                       {"taxGain", "Tax Gain", asNumber},
+                       {"taxGain", "Tax Gain", numeric},
                        {"primaryCurrency", "Primary"}});
     table.add({estimate->place.portfolio->name, equity->symbol, shares->description(),
                estimate->held.description(), money(*brought), money(tax.costDisposed),

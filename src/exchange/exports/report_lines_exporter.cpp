@@ -27,6 +27,9 @@ ReportLinesExporter::ReportLinesExporter(UserDefaults* defaults, std::span<const
                                          const std::string& title)
     : PortfolioExporter(defaults, std::string(userDefaultsKey), fields, lines.size()),
       lines_(std::move(lines)) {
+  constexpr int digitsOfFractions = 12;
+  fractionFormatter_.maximumFractionDigits = digitsOfFractions;
+  fractionFormatter_.usesGroupingSeparator = false;
   setDefaultFilename(title);
   setTitleForSavePanel("Exporting " + title + ".");
 }
@@ -47,7 +50,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofReturns(
   const auto money = [&](const Decimal& amount) {
     return CurrencyAmount{report.series.currency, amount};
   };
-  const auto fraction = [](double value) { return Rate{Decimal::fromDouble(value)}; };
+  const auto fraction = [](double value) { return Fraction{value}; };
   auto measured = report.timeWeighted.days.begin();
   const auto end = report.timeWeighted.days.end();
   double peak = 1;
@@ -180,6 +183,9 @@ std::optional<std::string> ReportLinesExporter::cellText(std::size_t row, std::s
   }
   if (const auto* rate = std::get_if<Rate>(&cell)) {
     return rateText(rate->value, std::nullopt);
+  }
+  if (const auto* fraction = std::get_if<Fraction>(&cell)) {
+    return fractionFormatter_.string(Decimal::fromDouble(fraction->value));
   }
   if (const auto* amount = std::get_if<CurrencyAmount>(&cell)) {
     return moneyText(amount->amount, amount->currency);

@@ -57,7 +57,12 @@ class ReportLinesExporter final : public PortfolioExporter {
   struct Rate {
     Decimal value;
   };
-  using Cell = std::variant<std::monostate, std::string, Date, Shares, Rate, CurrencyAmount>;
+  /// A return or an index, with digits for the smallest move of a day.
+  struct Fraction {
+    double value;
+  };
+  using Cell =
+      std::variant<std::monostate, std::string, Date, Shares, Rate, Fraction, CurrencyAmount>;
 
   ReportLinesExporter(UserDefaults* defaults, std::span<const Field> fields,
                       std::vector<std::vector<Cell>> lines, const std::string& title);
@@ -65,6 +70,7 @@ class ReportLinesExporter final : public PortfolioExporter {
   [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
 
   const std::vector<std::vector<Cell>> lines_;
+  DecimalNumberFormatter fractionFormatter_;
 };
 
 }  // namespace corvane

@@ -1,7 +1,6 @@
 #include "reports/inquiry/frozen_ledger.h"
 
 #include <cassert>
-#include <limits>
 #include <utility>
 
 #include "core/market/frozen_equity.h"
@@ -62,12 +61,8 @@ bool LedgerFreezer::advance(std::size_t rowCount) {
 std::vector<PortfolioPointer> LedgerFreezer::take() {
   assert(current_ == originals_.size() && "not all rows are copied");
   std::vector<PortfolioPointer> ledgers;
-  for (const auto& copy : std::exchange(copies_, {})) {
-    copy->pointers_.reserve(copy->rows_->size());
-    for (PortfolioTransaction& row : *copy->rows_) {
-      copy->pointers_.emplace_back(copy->rows_, &row);
-    }
-    ledgers.push_back(copy);
+  for (auto& copy : std::exchange(copies_, {})) {
+    ledgers.push_back(std::move(copy));
   }
   return ledgers;
 }
@@ -86,6 +81,7 @@ void LedgerFreezer::copyRow(const PortfolioTransaction& row,
   copy.cashNet = row.cashNet;
   copy.sharesNet = row.sharesNet;
   copy.costBasePrior = row.costBasePrior;
+  into->pointers_.emplace_back(into->rows_, &copy);
 }
 
 const EquityPointer& LedgerFreezer::frozenOf(const EquityPointer& equity) {
@@ -94,12 +90,6 @@ const EquityPointer& LedgerFreezer::frozenOf(const EquityPointer& equity) {
     frozen = frozenEquity(*equity);
   }
   return frozen;
-}
-
-std::vector<PortfolioPointer> frozenLedgers(std::vector<PortfolioPointer> portfolios) {
-  LedgerFreezer freezer(std::move(portfolios));
-  freezer.advance(std::numeric_limits<std::size_t>::max());
-  return freezer.take();
 }
 
 }  // namespace corvane

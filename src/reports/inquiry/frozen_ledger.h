@@ -59,7 +59,4 @@ class LedgerFreezer {
   std::size_t current_ = 0;
 };
 
-/// Copies all of `portfolios` at once. Main queue only.
-[[nodiscard]] std::vector<PortfolioPointer> frozenLedgers(std::vector<PortfolioPointer> portfolios);
-
 }  // namespace corvane

@@ -9,8 +9,8 @@
 namespace corvane {
 namespace {
 
-/// So many rows are copied in about two milliseconds.
-constexpr std::size_t rowsOfSlice = 8'000;
+/// So many rows are copied in a few milliseconds, also on a machine that has other things to do.
+constexpr std::size_t rowsOfSlice = 4'000;
 /// How long an import in the background is waited for before it is looked at again.
 constexpr double secondsBetweenLooks = 0.05;
 

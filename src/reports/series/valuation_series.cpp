@@ -484,7 +484,10 @@ class SeriesBuilder {
                           .value = before.amount,
                           .isAtTradePrice = before.isAtTradePrice});
     }
-    const bool isMeasurable = own.value > 0 && before.amount > 0;
+    const auto isPositive = [](const Decimal& worth) {
+      return worth.sign() == Sign::plus && !worth.isZero();
+    };
+    const bool isMeasurable = isPositive(own.value) && isPositive(before.amount);
     const bool isNothing = own.value.isZero() && before.amount.isZero();
     if (hasFlow || day == 0 || day + 1 == count_ || !(isMeasurable || isNothing)) {
       ownDays_.push_back(own);

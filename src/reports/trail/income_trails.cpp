@@ -155,7 +155,6 @@ std::optional<TrailNode> projectionTrail(const ExpectedIncome& income) {
         {.label = payment.isDeclared ? "Declared per share" : "Paid per share a year before",
          .value = payment.perShare,
          .unit = std::string(own.code),
-         .day = payment.day,
          .source = income.isFromOwnRows ? "the ledger of “" + income.portfolio->name + "”"
                                         : "dividends of " + income.line.equity->symbol}};
     if (own != primary) {
