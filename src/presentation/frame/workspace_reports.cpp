@@ -102,8 +102,8 @@ void WorkspaceReports::limitDays(const std::vector<PortfolioPointer>& portfolios
   if (showedAll) {
     datesPicker.setDates(first, last);
   } else {
-    datesPicker.setStartDate(std::clamp(datesPicker.startDate(), first, last));
-    datesPicker.setEndDate(std::clamp(datesPicker.endDate(), first, last));
+    datesPicker.setDates(std::clamp(datesPicker.startDate(), first, last),
+                         std::clamp(datesPicker.endDate(), first, last));
   }
 }
 
