@@ -4,6 +4,7 @@
 #include <random>
 #include <set>
 
+#include "platform/net/url_request.h"
 #include "presentation/frame/main_split_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/scenario/scenario_batch_view_controller.h"
@@ -409,6 +410,19 @@ TEST_F(ScenarioScreensTest, UndoAndRedoAChange) {
   EXPECT_THAT(market->queries, SizeIs(asked));
   showAndWait(*detail);
   EXPECT_THAT(column(*detail, "transaction"), SizeIs(3));
+}
+
+TEST_F(ScenarioScreensTest, SayWithoutAnAlertThatTheNetworkIsMissing) {
+  market->script = [](const QuoteQuery&) {
+    return failure(URLError(URLError::Code::cannotFindHost, "https://nowhere", ""));
+  };
+  for (ScenarioViewController* screen : screens()) {
+    showAndWait(*screen);
+    EXPECT_EQ(screen->statusText(),
+              "The market cannot be reached, and the cache has no prices for this. Asking again by "
+              "itself.");
+  }
+  EXPECT_THAT(errors, IsEmpty());
 }
 
 TEST_F(ScenarioScreensTest, TellOfFailures) {

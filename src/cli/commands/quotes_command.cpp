@@ -64,7 +64,7 @@ Listing listingOf(const std::vector<Quote>& quotes, const EquityInfo& equity, bo
                          : dateText(quote.fromDate, equity.calendar),
               price(quote.open), price(quote.high), price(quote.low), price(quote.close),
               quote.volume ? std::to_string(*quote.volume) : "", std::string(equity.currency.code),
-              quote.toDate > now ? "true" : "false"});
+              quote.toDate > now || (quote.isCached && quote.isPartial) ? "true" : "false"});
   }
   return bars;
 }

@@ -489,7 +489,10 @@ void ScreenRenderer::renderForms() {
   using Palette = CommandPaletteDialog;
   render(QStringLiteral("command-palette"), [&] {
     window_.openCommandPalette(Palette::Contents::everything);
-    openDialog(window_)->findChild<QLineEdit*>()->setText(QStringLiteral("pr"));
+    // An alert may stand there in its place.
+    if (auto* sought = openDialog(window_)->findChild<QLineEdit*>()) {
+      sought->setText(QStringLiteral("pr"));
+    }
   });
   render(QStringLiteral("keyboard-shortcuts"),
          [&] { window_.openCommandPalette(Palette::Contents::shortcuts); });

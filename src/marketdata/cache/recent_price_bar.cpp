@@ -1,6 +1,5 @@
 #include "marketdata/cache/recent_price_bar.h"
 
-#include <algorithm>
 #include <optional>
 
 namespace corvane {
@@ -37,16 +36,15 @@ std::optional<Quote> barOfRecentPrice(const QuoteFetchResult& stored, const Quot
   if (!start || *start <= last || !query.dateRange.contains(*start)) {
     return std::nullopt;
   }
-  return Quote{
-      .fromDate = *start,
-      .toDate = equity.calendar.dateByAdding(CalendarUnit::day, 1, *start).value_or(*start),
-      .open = std::nullopt,
-      .close = equity.recentPrice,
-      .low = std::nullopt,
-      .high = std::nullopt,
-      .volume = std::nullopt,
-      .isPartial = true,
-      .isCached = true};
+  return Quote{.fromDate = *start,
+               .toDate = *equity.recentDate,
+               .open = std::nullopt,
+               .close = equity.recentPrice,
+               .low = std::nullopt,
+               .high = std::nullopt,
+               .volume = std::nullopt,
+               .isPartial = true,
+               .isCached = true};
 }
 
 }  // namespace
@@ -56,15 +54,6 @@ QuoteFetchResult withRecentPrice(QuoteFetchResult stored, const QuoteQuery& quer
     stored.quotes->push_back(*bar);
   }
   return stored;
-}
-
-std::optional<Date> endOfPrices(const QuoteFetchResult& told, const QuoteQuery& query) {
-  if (!told.quotes || told.quotes->empty()) {
-    return std::nullopt;
-  }
-  const Quote& last = told.quotes->back();
-  return last.isPartial ? std::max(last.fromDate, query.equity->recentDate.value_or(last.fromDate))
-                        : last.toDate;
 }
 
 }  // namespace corvane

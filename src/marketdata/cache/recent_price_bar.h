@@ -12,15 +12,9 @@ namespace corvane {
 ///
 /// The bar of a day is final with the next opening and is not kept before. But each refresh keeps
 /// the price last paid, which after the close is that of the day. The further bar has this price as
-/// its close and nothing else, and is partial. None is added to bars of other lengths than a day,
-/// for a range that the session does not begin in, or where nothing at all is stored. Main queue
-/// only.
+/// its close and nothing else, ends when that was paid, and is partial. None is added to bars of
+/// other lengths than a day, for a range that the session does not begin in, or where nothing at
+/// all is stored. Main queue only.
 [[nodiscard]] QuoteFetchResult withRecentPrice(QuoteFetchResult stored, const QuoteQuery& query);
-
-/// When the last price of `told`, which withRecentPrice() has made for `query`, was paid at the
-/// latest: at the end of its last bar, for a running one at the equity's recent date. None where
-/// there are no bars.
-[[nodiscard]] std::optional<Date> endOfPrices(const QuoteFetchResult& told,
-                                              const QuoteQuery& query);
 
 }  // namespace corvane

@@ -184,7 +184,9 @@ void ScenarioViewController::quotesDidArrive(MarketInquiry::Answer& answer) {
     const ErrorPointer error =
         result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
                : result.error();
-    if (!answer.isRepeatedFailure && !isOfUnknownEquity(*error)) {
+    // Where the network is missing the line with the status says so, as long as it is so.
+    if (!answer.isRepeatedFailure && !MarketInquiry::isForWantOfNetwork(*error) &&
+        !isOfUnknownEquity(*error)) {
       surroundings_.presentError(*error);
     }
     return;

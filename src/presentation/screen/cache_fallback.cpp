@@ -4,8 +4,6 @@
 #include <utility>
 
 #include "core/market/price_adjuster.h"
-#include "marketdata/cache/cache_quote_provider.h"
-#include "marketdata/cache/recent_price_bar.h"
 #include "marketdata/chain/stored_prices.h"
 #include "platform/async/dispatch_queue.h"
 #include "presentation/screen/market_inquiry.h"
@@ -13,23 +11,6 @@
 namespace corvane {
 
 struct CacheFallback::Record {
-  /// Notes until when there are prices and hands them on, or `error` where there are none. Main
-  /// queue only.
-  void answer(const QuoteQuery& query, Result<QuoteFetchResult> stored, const ErrorPointer& error,
-              QuoteCompletion completion) {
-    const auto end = stored ? endOfPrices(*stored, query) : std::nullopt;
-    if (end) {
-      const std::scoped_lock lock(mutex);
-      ends.insert_or_assign(query.equity, *end);
-    } else {
-      stored = std::unexpected(error);
-    }
-    DispatchQueue::global()->async(
-        [completion = std::move(completion), stored = std::move(stored)]() mutable {
-          completion(std::move(stored));
-        });
-  }
-
   std::mutex mutex;
   EquityMap<Date> ends;
 };
@@ -64,14 +45,17 @@ void CacheFallback::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster>
         return;
       }
       fetchStoredPrices(chain->smartQuoteProvider->cacheProvider, query,
-                        [record, query, completion = std::move(completion),
+                        [record, equity = query.equity, completion = std::move(completion),
                          error](Result<QuoteFetchResult> stored) mutable {
-                          // What an equity has learned is read on the main queue.
-                          DispatchQueue::main()->async([record, query = std::move(query),
-                                                        completion = std::move(completion), error,
-                                                        stored = std::move(stored)]() mutable {
-                            record->answer(query, std::move(stored), error, std::move(completion));
-                          });
+                          if (!stored || !stored->quotes || stored->quotes->empty()) {
+                            completion(std::unexpected(error));
+                            return;
+                          }
+                          {
+                            const std::scoped_lock lock(record->mutex);
+                            record->ends.insert_or_assign(equity, stored->quotes->back().toDate);
+                          }
+                          completion(std::move(stored));
                         });
     });
   };
