@@ -18,6 +18,9 @@ constexpr std::string_view undoName = "Strategy Change";
 constexpr int mostMoneyDigits = 2;
 /// Rows are shown a few at a time: a batch brings hundreds in a second.
 constexpr DispatchQueue::Duration reloadDelay{0.1};
+/// From the table of an outcome to its chart: each takes a good part of the time in which the
+/// window has to answer.
+constexpr DispatchQueue::Duration chartDelay{0.001};
 
 DecimalNumberFormatter cellFormatter(const EquityInfo& equity) {
   DecimalNumberFormatter formatter = DecimalNumberFormatter::money(equity.currency);
@@ -156,6 +159,7 @@ void ScenarioViewController::run() {
 }
 
 void ScenarioViewController::clearOutcome() {
+  isChartDue_ = false;
   dataSource_->reset();
   newestPrice_.reset();
   selectedRow_.reset();
@@ -224,9 +228,23 @@ void ScenarioViewController::showOutcome() {
   // Sorting has moved the rows, so that the one that was selected is another.
   selectedRow_.reset();
   summaryTextLabel_ = dataSource_->summaryString.value_or(AttributedText());
-  dataSource_->updateChart(scenarioChartView);
+  isChartDue_ = true;
   rowsChangeHandler(false);
   changeHandler();
+  DispatchQueue::main()->asyncAfter(chartDelay, [self = weak_from_this()] {
+    if (const auto living = self.lock()) {
+      living->showChart();
+    }
+  });
+}
+
+void ScenarioViewController::showChart() {
+  if (std::exchange(isChartDue_, false)) {
+    dataSource_->updateChart(scenarioChartView);
+    scenarioChartView.highlight(selectedRow_ ? dataSource_->chartIndexForRow(*selectedRow_)
+                                             : std::nullopt);
+    changeHandler();
+  }
 }
 
 void ScenarioViewController::rowsDidArrive() {
@@ -272,7 +290,7 @@ void ScenarioViewController::parametersDidChange() {
 }
 
 bool ScenarioViewController::isBusy() const {
-  return inquiry_->isWaiting() || dataSource_->isAnalyzing();
+  return inquiry_->isWaiting() || dataSource_->isAnalyzing() || isChartDue_;
 }
 
 ProgressIndicator ScenarioViewController::progress() const {
@@ -286,6 +304,9 @@ void ScenarioViewController::cancelAction() {
   if (dataSource_->isAnalyzing()) {
     dataSource_->cancel();
     showOutcome();
+    showChart();
+  } else if (isChartDue_) {
+    showChart();
   } else {
     summaryTextLabel_ = AttributedText("Cancelled.");
   }

@@ -102,6 +102,7 @@ class ScenarioViewController : public std::enable_shared_from_this<ScenarioViewC
   void quotesDidArrive(MarketInquiry::Answer& answer);
   void analysisDidEnd(const ErrorPointer& error);
   void showOutcome();
+  void showChart();
   void parametersDidChange();
   bool store(const InvestmentScenario& scenario, const InvestmentStrategy& strategy);
   void chartSelected(std::optional<std::size_t> index);
@@ -119,6 +120,7 @@ class ScenarioViewController : public std::enable_shared_from_this<ScenarioViewC
   bool isShown_ = false;
   bool isRunDue_ = true;      ///< when it is shown next
   bool isReloadDue_ = false;  ///< of the table, soon
+  bool isChartDue_ = false;   ///< its table is shown already
 };
 
 }  // namespace corvane
