@@ -13,6 +13,7 @@ import json
 import os
 import random
 import re
+import subprocess
 import sys
 import time
 
@@ -255,8 +256,9 @@ class Soak:
             "the recovered work",
             lambda: next((w for w in self.screen.windows() if w.name.startswith("Recovered")), None),
         )
-        next_item(window, "Savings").press()
+        bring_to_front("Recovered")
         self.screen.window(window.name)
+        self.screen.click(next_item(window, "Savings"))
         self.screen.key("ctrl+2")
         if count > 0:
             wait_for(
@@ -264,7 +266,6 @@ class Soak:
                 lambda: window.find("table", "Transactions").row_count == count,
                 20,
             )
-        self.screen.window(window.name)
         self.screen.key("ctrl+F4")
         asked = self.screen.window_shown("Corvane")
         press_button(asked, "Don")
@@ -272,6 +273,7 @@ class Soak:
             "the recovered work to close",
             lambda: not any(w.name.startswith("Recovered") for w in self.screen.windows()),
         )
+        bring_to_front("Book")
 
     def kill(self):
         self.note_memory()
@@ -351,6 +353,12 @@ class Soak:
 
 def amounts(entries):
     return sorted(cents for _, cents in entries)
+
+
+def bring_to_front(start):
+    """Of several windows, the one that the user would click on in his bar."""
+    command = ["xdotool", "search", "--onlyvisible", "--name", f"^{start}", "windowactivate", "--sync"]
+    subprocess.run(command, check=True)
 
 
 def press_button(window, start):
