@@ -1,12 +1,20 @@
 #include "presentation/performance/portfolio_history.h"
 
+#include <chrono>
 #include <utility>
 
 #include "marketdata/chain/switchable_quote_provider.h"
+#include "platform/async/dispatch_queue.h"
 #include "platform/system/log.h"
 #include "presentation/screen/cache_fallback.h"
 
 namespace corvane {
+namespace {
+
+/// A window draws what has changed as soon as it is back in its loop.
+constexpr std::chrono::milliseconds timeToDraw{10};
+
+}  // namespace
 
 void PortfolioHistory::follow(PortfolioPointer portfolio) {
   portfolio_ = std::move(portfolio);
@@ -14,19 +22,34 @@ void PortfolioHistory::follow(PortfolioPointer portfolio) {
 }
 
 void PortfolioHistory::fetch(const ClosedRange<YearMonthDay>& days) {
-  const auto manager = portfolio_ == nullptr ? nullptr : portfolio_->manager.lock();
-  if (manager == nullptr) {
+  if (portfolio_ == nullptr || portfolio_->manager.expired()) {
     return;
   }
   days_ = days;
   ++fetchesUnderWay_;
+  DispatchQueue::main()->asyncAfter(timeToDraw,
+                                    [self = weak_from_this(), question = ++latestQuestion_] {
+                                      if (const auto living = self.lock()) {
+                                        living->ask(question);
+                                      }
+                                    });
+}
+
+void PortfolioHistory::ask(int question) {
+  const auto manager = portfolio_ == nullptr ? nullptr : portfolio_->manager.lock();
+  // Who edits in the background asks again when that has ended.
+  if (question != latestQuestion_ || manager == nullptr || manager->isEditedInBackground()) {
+    --fetchesUnderWay_;
+    changeHandler();
+    return;
+  }
   const auto chain = std::dynamic_pointer_cast<SwitchableQuoteProvider>(manager->quoteProvider);
   const auto fallback = chain == nullptr ? nullptr : std::make_shared<CacheFallback>(chain);
   manager->fetchDailySnapshots(
-      portfolio_, days.lower(), days.upper(),
+      portfolio_, days_.lower(), days_.upper(),
       fallback == nullptr ? manager->quoteProvider : fallback,
       [self = weak_from_this(), fallback, portfolio = portfolio_,
-       days](Result<FetchResult> result) {
+       days = days_](Result<FetchResult> result) {
         const auto living = self.lock();
         if (living == nullptr) {
           return;

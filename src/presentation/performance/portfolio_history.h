@@ -27,7 +27,9 @@ class PortfolioHistory : public std::enable_shared_from_this<PortfolioHistory> {
   /// From now on only answers about `portfolio` count, which is null for none. Nothing is known to
   /// be missing.
   void follow(PortfolioPointer portfolio);
-  /// Asks for `days` of the portfolio that is followed; does nothing without its manager.
+  /// Asks for `days` of the portfolio that is followed, in a moment: what an edit has done to its
+  /// rows is shown before all of them are gone through for their prices. Of several questions of
+  /// one moment the last one is asked. Does nothing without a manager.
   void fetch(const ClosedRange<YearMonthDay>& days);
 
   [[nodiscard]] bool isFetching() const { return fetchesUnderWay_ > 0; }
@@ -37,6 +39,7 @@ class PortfolioHistory : public std::enable_shared_from_this<PortfolioHistory> {
  private:
   using FetchResult = PortfolioManager::FetchDailySnapshotsResult;
 
+  void ask(int question);
   void take(Result<FetchResult> result, EquityMap<Date> endsOfStoredPrices);
   void keepAccount(const FetchResult& result);
 
@@ -44,6 +47,7 @@ class PortfolioHistory : public std::enable_shared_from_this<PortfolioHistory> {
   ClosedRange<YearMonthDay> days_{{}, {}};  ///< asked for last
   MissingPrices missing_;
   int fetchesUnderWay_ = 0;
+  int latestQuestion_ = 0;
 };
 
 }  // namespace corvane
