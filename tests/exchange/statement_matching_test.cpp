@@ -96,6 +96,9 @@ TEST_F(StatementHistory, TakesANumberForWhatWasRecordedUnderItAndNothingElse) {
   EXPECT_EQ(preview(fileOf({{1, 10, "0"}, {1, 11, "0"}, {9, 12, "0"}, {2, 5, "a"}, {2, 6, "a"}}))
                 .newRowCount(),
             3U);
+  const StatementPreview mixed = preview(fileOf({{1, 11, "0"}, {1, 10, "0"}}));
+  EXPECT_EQ(mixed.reading.rows[0].verdict, RowVerdict::isNew);
+  EXPECT_EQ(mixed.reading.rows[1].verdict, RowVerdict::present);
   // Another row with another number, equal to the letter, is new on the same day.
   EXPECT_EQ(preview(fileOf({{2, 5, "b"}})).newRowCount(), 1U);
   // What is no longer in the ledger is new, number or not.
@@ -252,11 +255,14 @@ TEST_F(StatementHistory, IsTakenBackAsFarAsItIsUnchanged) {
   EXPECT_EQ(imports[0].lastDay, "2025-03-02");
   auto rows = ledger.portfolio->transactions();
   ledger.manager->deleteTransactions({rows[1]}, ledger.portfolio, nullptr);
+  // One more that is equal was typed by hand, and stays.
+  ledger.manager->recordTransactions({rows[0]->basic}, ledger.portfolio, nullptr);
   const auto left = rowsLeftOf(imports[0], *ledger.portfolio, Calendar::current());
   EXPECT_EQ(left.size(), 2U);
   ledger.manager->deleteTransactions(left, ledger.portfolio, nullptr);
-  ASSERT_EQ(ledger.portfolio->transactions().size(), 1U);
-  EXPECT_EQ(told(ledger.portfolio->transactions()[0]->basic), "2025-03-03 transfer 30 CAD");
+  ASSERT_EQ(ledger.portfolio->transactions().size(), 2U);
+  EXPECT_EQ(told(ledger.portfolio->transactions()[0]->basic), "2025-03-01 transfer 10 CAD");
+  EXPECT_EQ(told(ledger.portfolio->transactions()[1]->basic), "2025-03-03 transfer 30 CAD");
 }
 
 TEST_F(StatementHistory, RemembersAnswersOfOnePortfolioBesideThoseOfOthers) {

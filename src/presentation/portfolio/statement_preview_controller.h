@@ -32,12 +32,11 @@ class StatementPreviewController final : public TableModel {
   /// Called when something else is to be shown.
   std::function<void()> changeHandler;
 
-  /// What was recognised, and how days and numbers were read; a sentence on each line.
+  /// What was recognised, how days and numbers were read, and whether the market is being asked; a
+  /// sentence on each line.
   [[nodiscard]] std::string summary() const;
   /// Why nothing can be shown of the file; empty where it can.
   [[nodiscard]] const std::string& problem() const { return problem_; }
-  /// Whether the market is being asked.
-  [[nodiscard]] bool isLookingUp() const { return searches_ > 0 || isFetchingRates_; }
 
   /// What only the user knows.
   struct Question {
