@@ -57,13 +57,12 @@ class PortfolioView : public QWidget {
   QComboBox* asset_;
   QProgressBar* fetching_;
   ChartWidget* chart_;
+  QWidget* assetRow_ = nullptr;  ///< one of the selectors
   QWidget* selectors_;
   FirstSteps* firstSteps_;
   QLabel* warning_;
   QTabWidget* tabs_;
   TransactionsTab* transactions_;
-  ChartWidget* chart_;
-  QWidget* assetRow_ = nullptr;
   QSplitter* split_;
   QList<int> sharedHeights_ = {390, 350};  ///< of chart and tabs, where both are shown
   Subscription changes_;
