@@ -19,9 +19,10 @@ namespace corvane::desktop {
 namespace {
 
 constexpr int eventsWidth = 270;
-constexpr int leastEventsWidth = 224;
-constexpr int leastDateWidth = 88;
+constexpr int leastEventsWidth = 236;
+constexpr int leastDateWidth = 86;
 constexpr int busyWidth = 48;
+constexpr int chosenPadding = 9;
 
 }  // namespace
 
@@ -78,7 +79,8 @@ QWidget* OverviewTab::makePeriods() {
   bar->setStyleSheet(
       QStringLiteral("QPushButton:checked { background: palette(highlight);"
                      " color: palette(highlighted-text); border: none; border-radius: 3px;"
-                     " padding: 5px 9px; font-weight: 600; }"));
+                     " padding: 5px %1px; font-weight: 600; }")
+          .arg(chosenPadding));
   auto* row = new QHBoxLayout(bar);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(2);
@@ -89,8 +91,10 @@ QWidget* OverviewTab::makePeriods() {
     button->setAutoExclusive(true);
     button->setAutoDefault(false);
     button->setAccessibleName(QStringLiteral("Period ") + qtText(preset.label));
-    button->setMaximumWidth(button->fontMetrics().horizontalAdvance(button->text()) +
-                            3 * spacing::narrow);
+    // Bold, and with the padding of the one that is chosen.
+    const QFontMetrics chosen(theme::font(1, QFont::DemiBold));
+    button->setMinimumWidth(chosen.horizontalAdvance(button->text()) + 2 * chosenPadding + 1);
+    button->setMaximumWidth(button->minimumWidth() + spacing::tight);
     periods_->addButton(button, segment++);
     row->addWidget(button);
   }
