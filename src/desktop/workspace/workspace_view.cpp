@@ -92,7 +92,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
   split_->setCollapsible(2, false);
-  explanation_->setMinimumWidth(280);
+  explanation_->setMinimumWidth(360);
   explanation_->setMaximumWidth(720);
   source_->setMinimumWidth(230);
   source_->setMaximumWidth(460);
