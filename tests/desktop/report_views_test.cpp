@@ -40,9 +40,10 @@ class ReportViewsTest : public ::testing::Test {
   /// The figures of the page that is seen.
   std::vector<desktop::FigureButton*> figures() {
     std::vector<desktop::FigureButton*> seen;
-    for (auto* button : window->findChildren<desktop::FigureButton*>()) {
-      if (button->isVisible()) {
-        seen.push_back(button);
+    for (auto* button : window->findChildren<QAbstractButton*>()) {
+      auto* figure = dynamic_cast<desktop::FigureButton*>(button);
+      if (figure != nullptr && figure->isVisible()) {
+        seen.push_back(figure);
       }
     }
     return seen;
@@ -124,7 +125,7 @@ TEST_F(ReportViewsTest, ShowTheReportsOfTheWorkspaceFromTheSourceList) {
   EXPECT_TRUE(person->isEnabled());
   QTest::keyClicks(person, "Kim");
   buttonWith(*sheet, "Apply")->click();
-  EXPECT_EQ(tax.persons().back(), "Kim");
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] { return tax.persons().back() == "Kim"; }));
   EXPECT_TRUE(window->document()->isDocumentEdited());
 
   list->setCurrentRow(0);

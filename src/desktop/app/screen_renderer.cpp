@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPixmap>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTimer>
@@ -23,7 +24,6 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/portfolio/portfolio_view.h"
-#include "desktop/reports/report_parts.h"
 #include "desktop/reports/tax_year_view.h"
 #include "desktop/scenario/heat_map_dialog.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
@@ -159,13 +159,13 @@ void ScreenRenderer::renderReportSizes(const QString& name) {
   for (const QSize size : reportSizes) {
     window_.setFixedSize(size);
     write(name + QStringLiteral("-%1x%2").arg(size.width()).arg(size.height()));
-    for (ReportPage* page : window_.findChildren<ReportPage*>()) {
+    for (QScrollArea* page : window_.findChildren<QScrollArea*>()) {
       page->verticalScrollBar()->setValue(page->verticalScrollBar()->maximum());
     }
     if (size == reportSizes.at(1)) {
       write(name + QStringLiteral("-end"));
     }
-    for (ReportPage* page : window_.findChildren<ReportPage*>()) {
+    for (QScrollArea* page : window_.findChildren<QScrollArea*>()) {
       page->verticalScrollBar()->setValue(0);
     }
   }

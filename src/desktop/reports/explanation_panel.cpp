@@ -89,7 +89,7 @@ void ExplanationPanel::showState() {
   }
   addNode(*trail, outline_->invisibleRootItem(), 0);
   outline_->resizeColumnToContents(valueColumn);
-  outline_->header()->resizeSection(labelColumn, 220);
+  outline_->header()->resizeSection(labelColumn, 180);
   outline_->setCurrentItem(outline_->topLevelItem(0));
   outline_->setFocus();
 }

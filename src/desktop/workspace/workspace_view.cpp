@@ -88,7 +88,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
   split_->setCollapsible(2, false);
-  explanation_->setMinimumWidth(280);
+  explanation_->setMinimumWidth(360);
   explanation_->setMaximumWidth(720);
   source_->setMinimumWidth(theme::widthOfLetters(28));
   source_->setMaximumWidth(theme::widthOfLetters(57));
