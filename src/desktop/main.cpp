@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -138,6 +139,14 @@ void shareMemoryAmongThreads() {
 #endif
 }
 
+/// What is free in these arenas goes back to the system now and then. Prices come every half
+/// minute, and what their answers took is not needed until the next ones.
+void returnMemory() {
+#ifdef __GLIBC__
+  (void)malloc_trim(0);
+#endif
+}
+
 int run(int argumentCount, char** arguments) {
   const auto log = Log::listen([](std::string_view line) { std::cout << line << std::endl; });
   QStringList texts;
@@ -187,6 +196,10 @@ int run(int argumentCount, char** arguments) {
     program.start(line.workspace);
   }
   program.showProblems(problemsOfFolders());
+  QTimer returns;
+  QObject::connect(&returns, &QTimer::timeout, &returnMemory);
+  constexpr int millisecondsBetweenReturns = 60'000;
+  returns.start(millisecondsBetweenReturns);
   // Before the loop of events runs there is nothing to end in order: what is to be recovered stays.
   const TerminationSignals endings([&] { program.endSession(true); });
   return QApplication::exec();

@@ -65,7 +65,6 @@ class Accessibility : public ::testing::Test {
 };
 
 TEST_F(Accessibility, HasANameForEverythingOnEveryScreen) {
-  application.delegate().diagnosticToolsEnabled.set(true);
   const auto written = [this](const fs::path& file) { look(file); };
   const auto full =
       application.documentController().openDocument(resourcePath("SampleMarket.corvane"));

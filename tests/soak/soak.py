@@ -266,7 +266,7 @@ class Soak:
                 lambda: window.find("table", "Transactions").row_count == count,
                 20,
             )
-        self.screen.key("ctrl+F4")
+        self.screen.key("alt+F4")
         asked = self.screen.window_shown("Corvane")
         press_button(asked, "Don")
         wait_for(

@@ -19,7 +19,7 @@ HelpWindow::HelpWindow(QWidget* parent)
     : QMainWindow(parent), browser_(new QTextBrowser), subtitle_(new QLabel) {
   setWindowTitle(QStringLiteral("Corvane Help"));
   setCentralWidget(browser_);
-  resize(720, 640);
+  resize(780, 680);
   browser_->setFrameShape(QFrame::NoFrame);
   browser_->setOpenLinks(false);
   browser_->setAccessibleName(QStringLiteral("Page"));

@@ -198,7 +198,8 @@ QFont font(const QFont& base, const TextStyle& style) {
 }
 
 int widthOfLetters(int count) {
-  return count * QFontMetrics(QApplication::font()).averageCharWidth();
+  constexpr int leastLetter = 8;  // below which a small font makes nothing narrower
+  return count * std::max(leastLetter, QFontMetrics(QApplication::font()).averageCharWidth());
 }
 
 QIcon applicationIcon() {
