@@ -40,6 +40,7 @@ TEST(CommandLine, SaysWhatIsWrong) {
   }
   EXPECT_EQ(refusal({"--version"}).text, "Corvane 1.2");
   EXPECT_EQ(refusal({"--help"}).exitStatus, 0);
+  EXPECT_THAT(refusal({"--help"}).text, HasSubstr("Usage: corvane [options]"));
 }
 
 }  // namespace

@@ -51,7 +51,10 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
     return Message{utf8Text(parser.errorText()), 2};
   }
   if (parser.isSet(help)) {
-    return Message{utf8Text(parser.helpText()), 0};
+    // Without an application Qt does not know the program's name.
+    QString text = parser.helpText();
+    return Message{
+        utf8Text(text.replace(QStringLiteral("<executable_name>"), QStringLiteral("corvane"))), 0};
   }
   if (parser.isSet(versionOption)) {
     return Message{"Corvane " + version, 0};
