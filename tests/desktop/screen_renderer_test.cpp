@@ -26,7 +26,7 @@ std::size_t coloursIn(const QImage& image) {
 
 /// The size that the name of a picture tells; none where it tells none.
 std::optional<QSize> sizeInName(const std::string& name) {
-  for (const QSize size : desktop::ScreenRenderer::formSizes) {
+  for (const QSize size : desktop::ScreenRenderer::reportSizes) {
     if (name.find(std::to_string(size.width()) + "x" + std::to_string(size.height())) !=
         std::string::npos) {
       return size;

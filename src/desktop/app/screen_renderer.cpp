@@ -158,12 +158,13 @@ void ScreenRenderer::renderScreens() {
 void ScreenRenderer::renderReportSizes(const QString& name) {
   for (const QSize size : reportSizes) {
     window_.setFixedSize(size);
-    write(name + QStringLiteral("-%1x%2").arg(size.width()).arg(size.height()));
+    const auto sizeName = QStringLiteral("-%1x%2").arg(size.width()).arg(size.height());
+    write(name + sizeName);
     for (QScrollArea* page : window_.findChildren<QScrollArea*>()) {
       page->verticalScrollBar()->setValue(page->verticalScrollBar()->maximum());
     }
     if (size == reportSizes.at(1)) {
-      write(name + QStringLiteral("-end"));
+      write(name + QStringLiteral("-end") + sizeName);
     }
     for (QScrollArea* page : window_.findChildren<QScrollArea*>()) {
       page->verticalScrollBar()->setValue(0);
