@@ -168,6 +168,7 @@ TEST(Tidiness, EveryPublicFunctionIsCalledSomewhere) {
                                            "filteredEquityEvents",
                                            "currentQuery",
                                            "currentAsset",
+                                           "tableColumnSpecs",
                                            "portfolioValueDataSet",
                                            "buyAndHoldValuesDataSet",
                                            "transactionsDataSet",

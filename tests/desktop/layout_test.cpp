@@ -3,9 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
-#include <QDateEdit>
 #include <QHeaderView>
-#include <QLocale>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionSlider>
@@ -13,7 +11,6 @@
 #include <QTest>
 
 #include "desktop/charts/pie_chart_widget.h"
-#include "desktop/controls/dates_picker_view.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
@@ -147,19 +144,6 @@ TEST(ScrollBars, AreThumbsWithoutArrows) {
   QTest::mouseMove(&bar, hold + QPoint(0, 100));
   QTest::mouseRelease(&bar, Qt::LeftButton, {}, hold + QPoint(0, 100));
   EXPECT_GT(bar.value(), 400);
-}
-
-TEST(DatesOfAPlace, HaveItsOrderAndAllDigitsOfTheYear) {
-  const QLocale before;
-  for (const auto& [locale, format] :
-       {std::pair{"de_DE", "dd.MM.yyyy"}, std::pair{"en_US", "M/d/yyyy"},
-        std::pair{"en_CA", "yyyy-MM-dd"}}) {
-    QLocale::setDefault(QLocale(QString::fromLatin1(locale)));
-    QueryDatesPicker picker;
-    const desktop::DatesPickerView view(picker);
-    EXPECT_EQ(named<QDateEdit>(view, "First day")->displayFormat(), format);
-  }
-  QLocale::setDefault(before);
 }
 
 TEST(HighContrast, StrengthensTextsAndLeavesBackgrounds) {

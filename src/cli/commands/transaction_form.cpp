@@ -176,7 +176,8 @@ std::vector<Option> transactionOptions() {
       {"--currency", "CODE", "of price and total; else that of the symbol's last transaction"},
       {"--price", "AMOUNT", "what one share cost or paid; the total follows"},
       {"--total", "AMOUNT", "or the whole amount, without a sign"},
-      {"--rate", "NUMBER", "what one unit of the currency is worth in the portfolio's"},
+      {"--rate", "NUMBER",
+       "what one unit of the currency is worth in the portfolio's; the equivalent is rounded"},
       {"--equivalent", "AMOUNT", "or the total in the portfolio's currency, or a cost base"},
       {"--note", "TEXT", "your note"}};
 }
@@ -194,6 +195,10 @@ void fillForm(EditTransactionViewController& form, const CommandLine& line) {
   enterNumber(form, &Form::totalAmountField, line, "--total");
   enterNumber(form, &Form::exchangeRateField, line, "--rate");
   enterNumber(form, &Form::equivalentValueField, line, "--equivalent");
+  if (!line.has("--equivalent") && !form.roundButton.isHidden) {
+    // What the rate comes to, in amounts that can be paid. Nobody is there to be asked.
+    form.roundEquivalent();
+  }
   if (const auto note = line.value("--note")) {
     form.setNote(*note);
   }

@@ -51,10 +51,9 @@ std::variant<CommandLine, CommandLine::Message> CommandLine::parse(const QString
     return Message{utf8Text(parser.errorText()), 2};
   }
   if (parser.isSet(help)) {
-    // Without an application Qt does not know the program's name.
-    QString text = parser.helpText();
-    return Message{
-        utf8Text(text.replace(QStringLiteral("<executable_name>"), QStringLiteral("corvane"))), 0};
+    // Qt names the program by its path, or not at all where there is no application yet.
+    static const QRegularExpression usage(QStringLiteral("^Usage: \\S+"));
+    return Message{utf8Text(parser.helpText().replace(usage, QStringLiteral("Usage: corvane"))), 0};
   }
   if (parser.isSet(versionOption)) {
     return Message{"Corvane " + version, 0};
