@@ -84,9 +84,14 @@ QWidget* IncomeView::makeHeading() {
 
 QWidget* IncomeView::makeKinds() {
   auto* kinds = new QWidget;
-  auto* row = new QHBoxLayout(kinds);
-  row->setContentsMargins(0, 0, 0, 0);
+  auto* column = new QVBoxLayout(kinds);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(spacing::narrow);
+  auto* row = new QHBoxLayout;
   row->setSpacing(spacing::medium);
+  column->addLayout(row);
+  // By itself, since a small window has no room for it beside the kinds.
+  column->addWidget(byYear_);
   for (const IncomeViewController::Kind& kind : IncomeViewController::kinds) {
     auto* box = new QCheckBox(qtText(kind.title));
     connect(box, &QCheckBox::toggled, this,
@@ -95,7 +100,6 @@ QWidget* IncomeView::makeKinds() {
     kinds_.push_back(box);
   }
   row->addStretch(1);
-  row->addWidget(byYear_);
   connect(byYear_, &QCheckBox::toggled, this,
           [this](bool isOn) { controller_->setShowsYearsBesideEachOther(isOn); });
   return kinds;
