@@ -78,10 +78,10 @@ TEST_F(Accessibility, HasANameForEverythingOnEveryScreen) {
   // Sheets and menus are looked at while they are open, and screens have their controls.
   const int bare = controlsOf.at("start-light");
   for (const std::string screen :
-       {"settings", "menu-edit", "form-transaction-buy-1000x640", "form-bulk-transactions-1000x640",
-        "panel-export", "sheet-export-fields", "alert-delete", "chart-data", "window-help",
-        "keyboard-shortcuts", "portfolio-1-retirement-gains", "equity-1-cto60-history",
-        "equity-1-cto60-scenario"}) {
+       {"settings", "menu-edit", "search-matches", "form-transaction-buy-1000x640",
+        "form-bulk-transactions-1000x640", "panel-export", "sheet-export-fields", "alert-delete",
+        "chart-data", "window-help", "keyboard-shortcuts", "portfolio-1-retirement-gains",
+        "equity-1-cto60-history", "equity-1-cto60-scenario"}) {
     ASSERT_TRUE(controlsOf.contains(screen + "-light")) << screen << " is not drawn";
     EXPECT_GT(controlsOf.at(screen + "-light"), bare) << screen;
   }

@@ -28,6 +28,7 @@
 #include "desktop/scenario/heat_map_dialog.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/workspace/reports_view.h"
+#include "desktop/workspace/source_list_view.h"
 #include "desktop/workspace/workspace_view.h"
 #include "platform/system/file_manager.h"
 
@@ -37,7 +38,7 @@ namespace {
 constexpr int pollMilliseconds = 10;
 constexpr std::size_t mostEquities = 4;
 constexpr int settlingMilliseconds = 100;
-constexpr int searchMilliseconds = 1500;  // a search begins half a second after the last key
+constexpr int searchMilliseconds = 5000;  // a search begins half a second after the last key
 
 /// `text` as a part of a file name.
 QString slug(const QString& text) {
@@ -442,7 +443,8 @@ void ScreenRenderer::renderHover(const QString& name) {
 /// What opens over the window: the matches of a search, the menus, and an alert.
 void ScreenRenderer::renderPopups() {
   const QString wanted = QStringLiteral("a");
-  auto* search = window_.findChild<EquityComboBoxView*>();
+  // The report of returns has such a box as well.
+  auto* search = window_.findChild<SourceView*>()->findChild<EquityComboBoxView*>();
   if (search != nullptr && search->isVisible()) {
     // What is still to come of the dialogs before would take the keyboard away.
     window_.activateWindow();
