@@ -4,7 +4,7 @@
 
 set(pictures
   empty-portfolio empty-portfolio-light
-  form-transaction-buy form-transaction-buy-light
+  form-transaction-buy form-transaction-buy-1000x640-light
   holdings portfolio-1-retirement-holdings-light
   gains portfolio-1-retirement-gains-light
   equity equity-1-cto60-overview-1y-light

@@ -3,11 +3,11 @@
 #include <cassert>
 #include <utility>
 
+#include "core/market/frozen_equity.h"
 #include "core/market/quote_provider.h"
 #include "platform/async/dispatch_group.h"
 #include "platform/async/dispatch_work_item.h"
 #include "scenario/background_disposal.h"
-#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {

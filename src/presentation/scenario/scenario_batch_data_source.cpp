@@ -2,12 +2,12 @@
 
 #include <utility>
 
+#include "core/market/frozen_equity.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/log.h"
 #include "presentation/scenario/scenario_text.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
-#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {

@@ -5,13 +5,13 @@
 #include <cmath>
 #include <utility>
 
+#include "core/market/frozen_equity.h"
 #include "core/market/quote_provider.h"
 #include "platform/async/dispatch_queue.h"
 #include "presentation/scenario/scenario_text.h"
 #include "presentation/text/formatting.h"
 #include "presentation/text/table_text.h"
 #include "scenario/background_disposal.h"
-#include "core/market/frozen_equity.h"
 
 namespace corvane {
 namespace {
