@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
+#include <memory>
 
 #include "core/market/price_adjuster.h"
 #include "ledger_world.h"
@@ -54,7 +56,12 @@ template <typename Screen, typename Open>
 double longestHold(const Screen& screen, Open open) {
   double longest = 0;
   Clock::time_point last = Clock::now();
-  std::function<void()> probe = [&] {
+  // The last of the turns comes when nobody measures any more.
+  const auto isOver = std::make_shared<bool>(false);
+  std::function<void()> probe = [&, isOver] {
+    if (*isOver) {
+      return;
+    }
     const Clock::time_point now = Clock::now();
     longest = std::max(longest, std::chrono::duration<double>(now - last).count());
     last = now;
@@ -66,6 +73,7 @@ double longestHold(const Screen& screen, Open open) {
   probe();
   MainLoop::runUntil([&] { return !screen.isBusy(); }, std::chrono::seconds(60));
   probe();
+  *isOver = true;
   return longest;
 }
 
