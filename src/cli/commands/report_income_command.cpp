@@ -7,6 +7,7 @@
 #include "cli/commands/report_output.h"
 #include "cli/console/price_source.h"
 #include "cli/console/text_table.h"
+#include "exchange/exports/report_lines_exporter.h"
 #include "reports/income/income_payments.h"
 #include "reports/series/report_days.h"
 

@@ -38,19 +38,6 @@ void ReportTable::write(ListingFormat format, std::ostream& out) const {
   listing.write(format, out);
 }
 
-std::string kindOfIncome(TransactionType kind) {
-  switch (kind) {
-    case TransactionType::dividend:
-      return "dividend";
-    case TransactionType::capitalGainsDividend:
-      return "capital gains dividend";
-    case TransactionType::reinvestedDistribution:
-      return "reinvested distribution";
-    default:
-      return "return of capital";
-  }
-}
-
 std::vector<PortfolioPointer> portfoliosOf(const CommandLine& line,
                                            const WorkspaceFile& workspace) {
   if (const auto name = line.value("--portfolio")) {

@@ -25,9 +25,6 @@ inline constexpr std::string_view noFigure = "—";
 /// 0.1234 as "12.34 %".
 [[nodiscard]] std::string percentText(const std::optional<double>& value);
 
-/// "dividend", "capital gains dividend", "reinvested distribution", "return of capital"
-[[nodiscard]] std::string kindOfIncome(TransactionType kind);
-
 /// A listing in which a cell without a figure has a dash for eyes and nothing for programs.
 class ReportTable {
  public:

@@ -7,6 +7,7 @@
 #include "cli/commands/tax_question.h"
 #include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
+#include "exchange/exports/report_lines_exporter.h"
 #include "reports/series/report_days.h"
 #include "reports/tax/denied_loss_booking.h"
 #include "reports/tax/sale_estimate.h"

@@ -5,9 +5,7 @@
 #include <utility>
 
 namespace corvane {
-namespace {
-
-std::string incomeKindText(TransactionType kind) {
+std::string kindOfIncome(TransactionType kind) {
   switch (kind) {
     case TransactionType::dividend:
       return "dividend";
@@ -19,8 +17,6 @@ std::string incomeKindText(TransactionType kind) {
       return "return of capital";
   }
 }
-
-}  // namespace
 
 ReportLinesExporter::ReportLinesExporter(UserDefaults* defaults, std::span<const Field> fields,
                                          std::vector<std::vector<Cell>> lines,
@@ -132,7 +128,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxIncome(const TaxY
                                                    {"primaryCurrency", "Portfolio Currency"}}};
   std::vector<std::vector<Cell>> lines;
   for (const TaxYear::Income& income : year.income) {
-    lines.push_back({income.equity->symbol, incomeKindText(income.kind), income.amount,
+    lines.push_back({income.equity->symbol, kindOfIncome(income.kind), income.amount,
                      std::string(income.amount.currency.code), income.equivalent,
                      std::string(income.equivalent.currency.code)});
   }
@@ -158,7 +154,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofIncome(
   std::vector<std::vector<Cell>> lines;
   for (const IncomePayment& payment : payments) {
     lines.push_back({payment.day.startIn(calendar), payment.portfolio, payment.equity->symbol,
-                     incomeKindText(payment.kind),
+                     kindOfIncome(payment.kind),
                      payment.shares ? Cell(Shares{*payment.shares}) : Cell(),
                      payment.perShare ? Cell(Rate{*payment.perShare}) : Cell(), payment.amount,
                      std::string(payment.amount.currency.code),

@@ -17,6 +17,9 @@
 
 namespace corvane {
 
+/// "dividend", "capital gains dividend", "reinvested distribution", "return of capital"
+[[nodiscard]] std::string kindOfIncome(TransactionType kind);
+
 /// The lines of a report, with all their figures taken when the exporter is made. What has no
 /// figure has an empty cell, and a note says why.
 class ReportLinesExporter final : public PortfolioExporter {
