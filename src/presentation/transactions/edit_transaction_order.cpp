@@ -1,4 +1,5 @@
 // What the form of a transaction makes of its fields: an order, or what is wrong with them.
+#include <optional>
 #include <utility>
 
 #include "presentation/transactions/edit_transaction_view_controller.h"
@@ -21,6 +22,22 @@ bool isOutgoing(Mode mode) {
 
 Decimal signedFor(Mode mode, const Decimal& value) {
   return isOutgoing(mode) ? 0 - value : value;
+}
+
+/// What is wrong with an entry of shares and the money that goes with them.
+std::optional<OrderError::Case> lackOf(const EquityPointer& equity, const auto& numberOfShares,
+                                       const std::optional<Decimal>& total,
+                                       const std::optional<Decimal>& equivalent) {
+  if (equity == nullptr) {
+    return OrderError::invalidEquity;
+  }
+  if (!numberOfShares.isGreaterThan(0)) {
+    return OrderError::invalidNumberOfShares;
+  }
+  if (!total || !equivalent) {
+    return OrderError::indeterminateMoneyAmount;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -65,15 +82,10 @@ KindResult EditTransactionViewController::makeKind() const {
 }
 
 KindResult EditTransactionViewController::makeTrade() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  if (!numberOfSharesField.isGreaterThan(0)) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
   const auto& value = equivalentValueField.value();
-  if (!totalAmountField.value() || !value) {
-    return failed(OrderError::indeterminateMoneyAmount);
+  if (const auto lack =
+          lackOf(currentEquity_, numberOfSharesField, totalAmountField.value(), value)) {
+    return failed(*lack);
   }
   return BasicTransaction::Trade{
       .equity = currentEquity_,
@@ -83,15 +95,10 @@ KindResult EditTransactionViewController::makeTrade() const {
 }
 
 KindResult EditTransactionViewController::makeYield() const {
-  if (currentEquity_ == nullptr) {
-    return failed(OrderError::invalidEquity);
-  }
-  if (!numberOfSharesField.isGreaterThan(0)) {
-    return failed(OrderError::invalidNumberOfShares);
-  }
   const auto& value = equivalentValueField.value();
-  if (!totalAmountField.value() || !value) {
-    return failed(OrderError::indeterminateMoneyAmount);
+  if (const auto lack =
+          lackOf(currentEquity_, numberOfSharesField, totalAmountField.value(), value)) {
+    return failed(*lack);
   }
   return BasicTransaction::Yield{.type = *yieldTypeOf(transactionMode_),
                                  .equity = currentEquity_,
