@@ -335,6 +335,7 @@ ProgramResult runOnTerminal(const std::filesystem::path& folder,
       values.push_back(argument.data());
     }
     values.push_back(nullptr);
+    setenv("TMPDIR", (folder / "temporary").c_str(), 1);
     if (chdir(folder.c_str()) == 0) {
       execv(program.c_str(), values.data());
     }
@@ -376,6 +377,24 @@ TEST_F(ConsoleProgramTest, ShowsABarOnATerminalAndCanBeInterrupted) {
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_THAT(finished.out, AllOf(HasSubstr("Importing long.csv… ["), HasSubstr("[#"),
                                   HasSubstr("Imported 100000 transactions.")));
+}
+
+/// The key was pressed while the file was still being read, before there was anything to cancel.
+TEST_F(ConsoleProgramTest, AnInterruptionBeforeTheImportBeginsIsNotForgotten) {
+  makeFamily();
+  const auto before = contents();
+  const std::string script =
+      "cd '" + program.folder.path().string() + "' && mkfifo pipe && { TMPDIR='" +
+      program.temporary.string() +
+      "' '" CORVANE_CLI
+      "' import pipe --into Family --portfolio Savings --fields tradeDate,type,cashAmount"
+      " --file-reading 2>err.txt & } && exec 3>pipe && kill -TERM $! &&"
+      " printf 'Date,Type,Amount\\n2024-06-01,Deposit,1.00\\n' >&3 && exec 3>&- && wait $!";
+  const int status = std::system(script.c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 130);
+  EXPECT_EQ(testing::readText(program.folder / "err.txt"),
+            "corvane-cli: Cancelled. Nothing has been imported.\n");
+  EXPECT_EQ(contents(), before);
 }
 
 }  // namespace

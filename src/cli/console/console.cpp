@@ -47,12 +47,12 @@ void endIfInterrupted() {
 void pumpUntil(const std::function<bool()>& isDone, const std::function<void()>& interrupted) {
   constexpr auto betweenLooks = std::chrono::milliseconds(20);
   bool isTold = false;
-  while (!MainLoop::runUntil(isDone, betweenLooks)) {
+  do {
     if (terminal::wasInterrupted() && !isTold) {
       isTold = true;
       interrupted();
     }
-  }
+  } while (!MainLoop::runUntil(isDone, betweenLooks));
 }
 
 }  // namespace corvane::cli

@@ -8,6 +8,7 @@
 namespace corvane::cli {
 
 void ConsoleExchangeWindow::cancel() {
+  isCancelled_ = true;
   if (progress_ != nullptr) {
     progress_->cancel();
   }
@@ -82,6 +83,9 @@ void ConsoleExchangeWindow::beginProgress(
     const auto& indicator = progress_->progressIndicator;
     bar_->show(indicator.maximum > 0 ? indicator.value / indicator.maximum : 0);
   });
+  if (isCancelled_) {
+    progress->cancel();
+  }
 }
 
 void ConsoleExchangeWindow::endProgress() {

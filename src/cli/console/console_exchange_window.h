@@ -33,7 +33,7 @@ class ConsoleExchangeWindow : public ImportExportWindow {
   ConsoleExchangeWindow(ExchangeAnswers answers, const Console& console)
       : answers_(std::move(answers)), console_(console) {}
 
-  /// Cancels what is under way.
+  /// Cancels what is under way, or else the next thing that begins.
   void cancel();
   /// Whether an error was shown.
   [[nodiscard]] bool hasPresentedError() const { return hasPresentedError_; }
@@ -57,6 +57,7 @@ class ConsoleExchangeWindow : public ImportExportWindow {
   const ExchangeAnswers answers_;
   const Console& console_;
   bool hasPresentedError_ = false;
+  bool isCancelled_ = false;
   std::shared_ptr<ImportExportProgressViewController> progress_;
   Subscription progressChanges_;
   std::optional<ProgressBar> bar_;

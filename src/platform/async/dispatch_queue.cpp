@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/async/background_thread.h"
 #include "platform/async/clamped_duration.h"
 #include "platform/async/thread_pool.h"
 #include "platform/fatal_error.h"
@@ -239,7 +240,7 @@ class Delays {
   };
 
   Delays() {
-    std::thread([this] { run(); }).detach();
+    startBackgroundThread([this] { run(); }).detach();
   }
 
   void run() {

@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/async/background_thread.h"
+
 namespace corvane {
 namespace {
 
@@ -33,7 +35,7 @@ void ThreadPool::submit(Task task) {
 void ThreadPool::growIfStarving() {
   if (tasks_.size() > idle_ && threads_ - blocked_ < cores_) {
     ++threads_;
-    std::thread([this] { runThread(); }).detach();
+    startBackgroundThread([this] { runThread(); }).detach();
   }
 }
 

@@ -15,6 +15,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/async/background_thread.h"
+
 namespace corvane {
 namespace {
 
@@ -151,7 +153,7 @@ class URLSession::Transport {
     curl_share_setopt(share_, CURLSHOPT_LOCKFUNC, &lockShared);
     curl_share_setopt(share_, CURLSHOPT_UNLOCKFUNC, &unlockShared);
     curl_share_setopt(share_, CURLSHOPT_USERDATA, this);
-    thread_ = std::thread([this] { run(); });
+    thread_ = startBackgroundThread([this] { run(); });
   }
 
   ~Transport() {

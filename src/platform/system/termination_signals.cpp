@@ -9,6 +9,7 @@
 #include <csignal>
 #include <thread>
 
+#include "platform/async/background_thread.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {
@@ -41,7 +42,7 @@ class TerminationSignals::Listener {
       return;
     }
     terminationPipe = ends_[1];
-    thread_ = std::thread([end = ends_[0], weakHandler = std::weak_ptr(handler_)] {
+    thread_ = startBackgroundThread([end = ends_[0], weakHandler = std::weak_ptr(handler_)] {
       char byte = 0;
       while (read(end, &byte, 1) == -1 && errno == EINTR) {
       }
