@@ -102,20 +102,27 @@ JSONValue meta(const MarketView& view, const std::string& symbol, const ChartInt
   return fields;
 }
 
-/// As the real service does: the first and the latest, as many as there are bars.
-void leaveOutWhatBarsHaveNoPlaceFor(JSONValue::Object& dividends, std::size_t bars) {
-  if (bars > 0 && dividends.size() > bars) {
-    dividends.erase(dividends.begin() + static_cast<std::ptrdiff_t>(bars - 1), dividends.end() - 1);
-  }
+/// The time that is told for what happens at the opening of `session`, `open`: as the real service
+/// does, the start of its bar where bars are longer than a day.
+std::int64_t toldTime(std::size_t session, std::int64_t open, const std::vector<ChartBar>& bars) {
+  const auto bar = std::ranges::lower_bound(bars, session, {}, &ChartBar::lastSession);
+  // The running bar is told with the time of the last price, which is later.
+  return bar == bars.end() ? open : std::min(bar->time, open);
 }
 
-JSONValue events(const MarketView& view, const std::string& wanted, const TimeRange& range,
-                 std::size_t bars) {
+JSONValue events(const MarketView& view, const ChartRequest& request, const ChartInterval& interval,
+                 const TimeRange& range, const std::vector<ChartBar>& bars) {
   const DailyHistory& history = view.history();
+  const std::string& wanted = request.events;
+  const bool isLongerThanADay =
+      interval.kind != ChartInterval::Kind::minutes && interval.kind != ChartInterval::Kind::day;
   const auto timeWithin = [&](std::size_t session) -> std::optional<std::int64_t> {
     const std::int64_t time = history.sessions()[session].open;
     const bool isWithin = time >= range.from && time < range.to && session <= view.lastSession();
-    return isWithin ? std::optional(time) : std::nullopt;
+    if (!isWithin) {
+      return std::nullopt;
+    }
+    return isLongerThanADay ? toldTime(session, time, bars) : time;
   };
   JSONValue result;
   JSONValue::Object dividends;
@@ -123,13 +130,15 @@ JSONValue events(const MarketView& view, const std::string& wanted, const TimeRa
     const auto time = timeWithin(dividend.session);
     if (time && wanted.find("div") != std::string::npos) {
       const std::int64_t amount = view.prices().price(dividend.amount, dividend.session);
+      const std::string key = std::to_string(*time);
+      if (!dividends.empty() && dividends.back().first == key) {
+        dividends.pop_back();  // a bar has no place for two
+      }
       dividends.emplace_back(
-          std::to_string(*time),
-          JSONValue::Object{{"amount", decimalValue(amount, view.prices().decimals() + 2)},
-                            {"date", *time}});
+          key, JSONValue::Object{{"amount", decimalValue(amount, view.prices().decimals() + 2)},
+                                 {"date", *time}});
     }
   }
-  leaveOutWhatBarsHaveNoPlaceFor(dividends, bars);
   JSONValue::Object splits;
   for (const Split& split : history.splits()) {
     const auto time = timeWithin(split.session);
@@ -267,7 +276,7 @@ Answer chartAnswer(MarketData& market, const ChartRequest& request, std::int64_t
   }
   std::string body =
       R"({"chart":{"result":[{"meta":)" + meta(view, request.symbol, *interval, range).text() + ',';
-  if (const JSONValue told = events(view, request.events, range, bars.size()); !told.isNull()) {
+  if (const JSONValue told = events(view, request, *interval, range, bars); !told.isNull()) {
     body += "\"events\":" + told.text() + ',';
   }
   appendSeries(body, bars, view, interval->kind == ChartInterval::Kind::minutes);

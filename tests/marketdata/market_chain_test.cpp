@@ -93,6 +93,23 @@ TEST(MarketChainTest, KeepsTheLastBarOfARangeOfThePast) {
   }
 }
 
+/// The service dates what happens within a month's bar to the first of the month.
+TEST(MarketChainTest, KeepsTheDaysOfEventsWhateverBarsAreAskedFor) {
+  const TestClock clock(now);
+  MarketChain chain(clock);
+  const auto equity = chain.refreshed("BNDUS");
+  const QuoteQuery events = {
+      equity, {opening(1, 3, 2024), opening(1, 3)}, QuoteQuery::EventsOnly{adjustedForSplits}};
+  const auto days = chain.fetch(events).value().events;
+  ASSERT_GT(days->size(), 20U);
+  for (const QuoteInterval interval : {oneMonth, oneWeek, threeMonths, oneDay}) {
+    for (const PriceAdjustment prices : bases) {
+      (void)chain.fetch(bars(equity, opening(1, 3, 2024), opening(1, 3), interval, prices)).value();
+      EXPECT_EQ(chain.fetch(events).value().events, days) << json(interval).text();
+    }
+  }
+}
+
 TEST(MarketChainTest, FetchesAllAfreshOnceASplitTurnsUp) {
   TestClock clock(now);
   MarketChain chain(clock);

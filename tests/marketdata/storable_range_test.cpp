@@ -68,5 +68,17 @@ TEST(StorableRangeTest, CountsWhatIsBeforeTheFirstTrade) {
   EXPECT_TRUE(kept(piece(range(10, 10), {}), at(10)).isEmpty());
 }
 
+/// Of a kind that is told twice for a moment the later counts, since the cache has one place.
+TEST(StorableRangeTest, KeepsOneEventOfAKindForAMoment) {
+  const auto equity = std::make_shared<EquityInfo>("ABC", std::weak_ptr<QuoteProvider>());
+  const QuoteQuery asked = {equity, range(0, 50), daily(adjustedForSplits)};
+  const std::vector<EquityEvent> told = {
+      dividend(10, "0.5", adjustedForSplits), split(10, 2, 1, adjustedForSplits),
+      dividend(10, "0.7", adjustedForSplits), dividend(20, "0.5", adjustedForSplits)};
+  EXPECT_THAT(storableEvents(answer(range(0, 50), {}, told), asked),
+              ::testing::Optional(::testing::ElementsAre(told[1], told[2], told[3])));
+  EXPECT_EQ(storableEvents(answer(range(0, 50), {}), asked), std::nullopt);
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -299,6 +299,7 @@ SmartFetch::Settlement SmartFetch::settle() {
   }
   for (Write& write : writes_) {
     write.result.durableDateRange = storableRange(write.result, write.query);
+    write.result.events = storableEvents(write.result, write.query);
     provider_->cacheProvider->storeFetchResult(write.result, write.query);
   }
   return Settlement::stored;

@@ -73,4 +73,20 @@ DateRange storableRange(const QuoteFetchResult& piece, const QuoteQuery& asked) 
   return lower < upper ? wholeSecondsWithin(lower, upper) : DateRange(lower, lower);
 }
 
+std::optional<std::vector<EquityEvent>> storableEvents(const QuoteFetchResult& piece,
+                                                       const QuoteQuery& asked) {
+  const auto* quotes = std::get_if<QuoteQuery::Quotes>(&asked.seeking);
+  if (!piece.events || (quotes != nullptr && quotes->interval > QuoteInterval::oneDay)) {
+    return std::nullopt;
+  }
+  std::vector<EquityEvent> kept;
+  for (const EquityEvent& event : *piece.events) {
+    std::erase_if(kept, [&](const EquityEvent& earlier) {
+      return earlier.date == event.date && earlier.kind.index() == event.kind.index();
+    });
+    kept.push_back(event);
+  }
+  return kept;
+}
+
 }  // namespace corvane

@@ -1,5 +1,8 @@
-// Which part of a source's answer may be recorded as covered.
+// Which part of a source's answer may be recorded, and recorded as covered.
 #pragma once
+
+#include <optional>
+#include <vector>
 
 #include "core/market/quote_fetch_result.h"
 
@@ -22,5 +25,13 @@ namespace corvane {
 /// equity's first trade, where it is known: what of `asked` lies before it is final, and a bar that
 /// begins in that part is whole. Main queue only.
 [[nodiscard]] DateRange storableRange(const QuoteFetchResult& piece, const QuoteQuery& asked);
+
+/// The events of `piece`, the answer to `asked`, whose days are known; of a kind that is told twice
+/// for one moment the later. None where bars longer than a day were asked for: the service dates
+/// what happens within such a bar to the bar's start (a dividend of 7 November to the first of the
+/// month, seen in October 2024), and tells no more than one payment a bar. Recorded, that would
+/// take the place of the true days.
+[[nodiscard]] std::optional<std::vector<EquityEvent>> storableEvents(const QuoteFetchResult& piece,
+                                                                     const QuoteQuery& asked);
 
 }  // namespace corvane
