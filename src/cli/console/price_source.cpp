@@ -1,6 +1,10 @@
 #include "cli/console/price_source.h"
 
+#include <chrono>
+#include <iostream>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "core/market/price_adjuster.h"
@@ -11,6 +15,7 @@
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/file_manager.h"
+#include "platform/system/terminal.h"
 #include "platform/system/user_defaults.h"
 
 namespace corvane::cli {
@@ -63,6 +68,35 @@ class ConsoleChain : public SwitchableQuoteProvider {
       return false;
     }
   }
+};
+
+/// Says on a terminal that the program waits for prices, once that takes long. The line is gone at
+/// the end.
+class WaitNotice {
+ public:
+  WaitNotice() = default;
+  WaitNotice(const WaitNotice&) = delete;
+  WaitNotice& operator=(const WaitNotice&) = delete;
+  ~WaitNotice() {
+    if (isShown_) {
+      std::cerr << '\r' << std::string(text.size(), ' ') << '\r' << std::flush;
+    }
+  }
+
+  void look() {
+    if (!isShown_ && Clock::now() - start_ > patience && terminal::isErrorStreamShown()) {
+      std::cerr << text << std::flush;
+      isShown_ = true;
+    }
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  static constexpr std::string_view text = "Waiting for the quote service... (Ctrl+C gives up)";
+  static constexpr std::chrono::seconds patience{2};
+  const Clock::time_point start_ = Clock::now();
+  bool isShown_ = false;
 };
 
 }  // namespace
@@ -136,7 +170,12 @@ bool refreshEquities(QuoteProvider& provider, const std::vector<EquityPointer>& 
 }
 
 void waitFor(const std::function<bool()>& isDone) {
-  pumpUntil(isDone, [] { throw Failed(exitCode::interrupted); });
+  WaitNotice notice;
+  const auto look = [&] {
+    notice.look();
+    return isDone();
+  };
+  pumpUntil(look, [] { throw Failed(exitCode::interrupted); });
 }
 
 }  // namespace corvane::cli
