@@ -369,7 +369,7 @@ TEST_F(PortfolioViewControllerTest, ShowsWhatTheCacheHasWhileTheMarketCannotBeRe
                                            {portfolio});
   settleAfterEdit();
   EXPECT_THAT(screen->warning(),
-              StartsWith("⚠️ Past performance is unavailable for symbol (NEW)"));
+              StartsWith("⚠️ Past performance is unavailable for symbol (NEW). "));
 }
 
 TEST(PerformanceWarning, CountsWhatIsTooMuchToName) {

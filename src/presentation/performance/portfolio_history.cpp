@@ -87,8 +87,8 @@ void PortfolioHistory::keepAccount(const FetchResult& result) {
     // The neutral one is that of an equity of which a refresh has told nothing yet.
     if (currency != Currency::noCurrency()) {
       Log::write("Failed to fetch exchange rates for ", currency.code, ": ", *error);
+      missing_.incompleteCurrencies.insert(currency);
     }
-    missing_.incompleteCurrencies.insert(currency);
   }
 }
 
