@@ -126,6 +126,25 @@ TEST_F(WorkspaceRecovery, RemovesWhatIsSavedOrNotWantedWithoutAQuestionTooMany) 
   EXPECT_THAT(copies(), SizeIs(1));
 }
 
+TEST_F(WorkspaceRecovery, DoesNotOfferWhatWasSavedJustBeforeTheEnd) {
+  for (const bool isEditedAgain : {false, true}) {
+    killAfter([&](WorkspaceDocument& document) {
+      world.deposit(document, "5");
+      const auto note =
+          world.surroundings.temporaryDirectory / copies().front() / WorkingCopy::noteName;
+      const std::string said = readText(note);
+      document.save(world.file);
+      if (isEditedAgain) {
+        world.deposit(document, "6");
+      }
+      writeText(note, said);
+    });
+    controller.offerRecovery();
+    EXPECT_THAT(world.shell->takeHeard(), SizeIs(isEditedAgain ? 1 : 0));
+    EXPECT_THAT(copies(), SizeIs(isEditedAgain ? 1 : 0));
+  }
+}
+
 TEST_F(WorkspaceRecovery, LeavesACopyThatCannotBeOpenedForAnotherAttempt) {
   killAfter([&](WorkspaceDocument& document) {
     world.deposit(document, "5");

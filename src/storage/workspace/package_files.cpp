@@ -71,6 +71,18 @@ void removeFiles(const fs::path& directory) {
   });
 }
 
+bool isContained(const fs::path& directory, const fs::path& other) {
+  bool isContained = true;
+  forEachEntry(directory, [&](const fs::path& path) {
+    if (!isContained || !holdsSomething(path) || path.native().ends_with("-shm")) {
+      return;
+    }
+    const fs::path twin = other / path.filename();
+    isContained = holdsSomething(twin) && files::read(path) == files::read(twin);
+  });
+  return isContained;
+}
+
 std::optional<Stamp> stamp(const fs::path& path) {
   std::error_code error;
   const auto status = fs::symlink_status(path, error);

@@ -55,6 +55,11 @@ void copyFiles(const std::filesystem::path& source, const std::filesystem::path&
 /// Removes every file of `directory`.
 void removeFiles(const std::filesystem::path& directory);
 
+/// Whether every file of `directory` stands in `other` with the same bytes. What processes share of
+/// a database ("…-shm") says nothing of that, and is passed over.
+[[nodiscard]] bool isContained(const std::filesystem::path& directory,
+                               const std::filesystem::path& other);
+
 /// All that is in a package, by name: equal as long as nobody has changed it.
 using Stamp = std::map<std::string, FileStamp>;
 

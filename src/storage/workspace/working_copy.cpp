@@ -8,6 +8,7 @@
 
 #include "platform/data/json.h"
 #include "platform/system/log.h"
+#include "storage/workspace/package_files.h"
 
 namespace corvane {
 namespace {
@@ -52,6 +53,20 @@ std::optional<WorkingCopy::Unsaved> readNote(const fs::path& path) {
   return unsaved;
 }
 
+/// What is unsaved in the abandoned copy `folder`. A program that ended between the end of a save
+/// and the removal of the note has left work that stands in the file already.
+std::optional<WorkingCopy::Unsaved> unsavedIn(const fs::path& folder) {
+  auto unsaved = readNote(folder / WorkingCopy::noteName);
+  try {
+    if (unsaved && unsaved->file && package::isContained(folder / filesName, *unsaved->file)) {
+      return std::nullopt;
+    }
+  } catch (const Error& error) {
+    Log::write("Failed to compare ", folder.string(), " with its file: ", error);
+  }
+  return unsaved;
+}
+
 }  // namespace
 
 WorkingCopy::WorkingCopy(const fs::path& parent) {
@@ -72,7 +87,7 @@ WorkingCopy::WorkingCopy(fs::path folder, DirectoryLock lock)
     : folder_(std::move(folder)),
       files_(folder_ / filesName),
       lock_(std::move(lock)),
-      unsaved_(readNote(folder_ / noteName)),
+      unsaved_(unsavedIn(folder_)),
       isKept_(unsaved_.has_value()) {}
 
 WorkingCopy::~WorkingCopy() {

@@ -46,7 +46,8 @@ class WorkingCopy {
   void setKept(bool isKept) { isKept_ = isKept; }
 
   /// The copies in `parent` with unsaved work whose programs run no more, each of which is kept
-  /// until it is told otherwise. Others that nobody uses are removed. Copies of other users and
+  /// until it is told otherwise. Others that nobody uses are removed, among them those whose work
+  /// was saved although their notes say otherwise. Copies of other users and
   /// those in use are passed over, as is a folder that cannot be listed.
   [[nodiscard]] static std::vector<std::unique_ptr<WorkingCopy>> findAbandoned(
       const std::filesystem::path& parent);
