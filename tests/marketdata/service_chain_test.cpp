@@ -332,8 +332,8 @@ TEST_F(ServiceChainTest, PausesWhenItIsAskedTo) {
     return fetch(equity, now - days * day, now, QuoteInterval::oneDay);
   };
   market.addFault({.fault = Fault::tooManyRequests, .pathPrefix = "/v8/"});
-  EXPECT_EQ(*fetchDays(30).error(), httpResponse(429));
   const auto asked = std::chrono::steady_clock::now();
+  EXPECT_EQ(*fetchDays(30).error(), httpResponse(429));
   EXPECT_EQ(refresh({equity}), nullptr) << "other requests wait too";
   EXPECT_GT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(500));
 

@@ -287,9 +287,9 @@ TEST(ScenarioBatches, MayGoWhileTheyRun) {
     if (progress == 0) {
       batch.reset();
     }
-    MainLoop::runUntil([&] { return batch == nullptr && calls > 0; },
-                       std::chrono::milliseconds(100));
-    EXPECT_EQ(batch, nullptr);
+    ASSERT_TRUE(MainLoop::runUntil([&] { return batch == nullptr; }, std::chrono::seconds(20)));
+    // Whatever was under way still comes.
+    MainLoop::runUntil([&] { return calls > 0; }, std::chrono::milliseconds(100));
   }
   EXPECT_EQ(calls, 0);
 }

@@ -194,8 +194,10 @@ TEST_F(WatchlistManagerTest, AskingByHandLeavesOneTimer) {
   }
   waitFor([&] { return portfolioNews.size() >= 6; });
   const std::size_t before = portfolioNews.size();
+  const auto start = std::chrono::steady_clock::now();
   std::ignore = MainLoop::runUntil([] { return false; }, 500ms);
-  EXPECT_LE(portfolioNews.size(), before + 3);
+  const auto rounds = (std::chrono::steady_clock::now() - start) / 200ms + 1;
+  EXPECT_LE(portfolioNews.size(), before + static_cast<std::size_t>(rounds));
 }
 
 TEST_F(WatchlistManagerTest, TellsHowTheRefreshesGo) {
