@@ -39,7 +39,7 @@ class ScenarioDataSource : public TableModel {
   /// A column with what stands in it, for rows that are told by a `Row`.
   template <typename Row>
   struct ColumnSpecOf {
-    ColumnSpec spec;
+    ColumnSpec column;
     AttributedText (*cell)(const Row&);
   };
   /// Told the error of the run; null for success.
@@ -102,7 +102,7 @@ class ScenarioDataSource : public TableModel {
   [[nodiscard]] static AttributedText cellOf(const std::array<ColumnSpecOf<Row>, count>& table,
                                              std::string_view ident, const Row& row) {
     const auto column = std::ranges::find(
-        table, ident, [](const ColumnSpecOf<Row>& each) { return each.spec.ident; });
+        table, ident, [](const ColumnSpecOf<Row>& each) { return each.column.ident; });
     return column == table.end() ? AttributedText(std::string(absentValue)) : column->cell(row);
   }
 
@@ -112,7 +112,7 @@ class ScenarioDataSource : public TableModel {
       const std::array<ColumnSpecOf<Row>, count>& table) {
     std::vector<ColumnSpec> specs;
     for (const ColumnSpecOf<Row>& each : table) {
-      specs.push_back(each.spec);
+      specs.push_back(each.column);
     }
     return specs;
   }
