@@ -39,7 +39,7 @@ endfunction()
 # One test program for one folder under tests/, named <folder>_tests. CTest runs it in SHARDS parts
 # that may run side by side, and with ABROAD once more in another time zone. COMMAS is for folders
 # whose files and messages are no user's language: they are run once more where decimals follow a
-# comma, in the optimised build, since that finds no faults of memory. APART are those of the sources
+# comma. Both are for the optimised build, since they find no faults of memory. APART are those of the sources
 # that have names of their own in common with others, and so must be compiled by themselves.
 # CONCURRENT is for folders whose code runs on several threads: they carry that label, and the target
 # concurrent_tests builds them, for the thread sanitizer.
@@ -76,7 +76,7 @@ function(corvane_tests folder)
       set_tests_properties(${folder}.${shard} PROPERTIES LABELS concurrent)
     endforeach()
   endif()
-  if(ARG_ABROAD)
+  if(ARG_ABROAD AND CMAKE_BUILD_TYPE STREQUAL "Release")
     corvane_test_run(${folder}.abroad ${program} "TZ=Asia/Tokyo;LC_ALL=C.UTF-8")
   endif()
   if(ARG_COMMAS AND CMAKE_BUILD_TYPE STREQUAL "Release")

@@ -11,21 +11,21 @@ namespace corvane::samplemarket {
 
 namespace {
 
-using Kind = ChartInterval::Kind;
+using BarKind = ChartInterval::Kind;
 
 constexpr std::array<ChartInterval, 12> intervals = {{
-    {"1m", Kind::minutes, 1, 30, 8},
-    {"2m", Kind::minutes, 2, 60},
-    {"5m", Kind::minutes, 5, 60},
-    {"15m", Kind::minutes, 15, 60},
-    {"30m", Kind::minutes, 30, 60},
-    {"90m", Kind::minutes, 90, 60},
-    {"1h", Kind::minutes, 60, 730},
-    {"1d", Kind::day},
-    {"5d", Kind::fiveDays},
-    {"1wk", Kind::week},
-    {"1mo", Kind::month},
-    {"3mo", Kind::quarter},
+    {"1m", BarKind::minutes, 1, 30, 8},
+    {"2m", BarKind::minutes, 2, 60},
+    {"5m", BarKind::minutes, 5, 60},
+    {"15m", BarKind::minutes, 15, 60},
+    {"30m", BarKind::minutes, 30, 60},
+    {"90m", BarKind::minutes, 90, 60},
+    {"1h", BarKind::minutes, 60, 730},
+    {"1d", BarKind::day},
+    {"5d", BarKind::fiveDays},
+    {"1wk", BarKind::week},
+    {"1mo", BarKind::month},
+    {"3mo", BarKind::quarter},
 }};
 
 /// Puts the minutes of one stretch of trading together to bars of `length` minutes.
@@ -66,38 +66,38 @@ std::vector<ChartBar> minuteBars(const MarketView& view, int length, std::int64_
 }
 
 /// The day on which the bar that holds `session` starts.
-std::int64_t firstDayOfBar(const DailyHistory& history, Kind kind, std::size_t session) {
+std::int64_t firstDayOfBar(const DailyHistory& history, BarKind kind, std::size_t session) {
   const std::int64_t day = history.sessions()[session].day;
   const CivilDay date = civilDay(day);
   switch (kind) {
-    case Kind::week:
+    case BarKind::week:
       return day - dayOfWeek(day);
-    case Kind::month:
+    case BarKind::month:
       return day - date.day + 1;
-    case Kind::quarter:
+    case BarKind::quarter:
       return dayCount(date.year, (date.month - 1) / 3 * 3 + 1, 1);
-    case Kind::fiveDays: {
+    case BarKind::fiveDays: {
       const std::size_t first = std::max(session / 5 * 5, history.firstSession());
       return history.sessions()[first].day;
     }
-    case Kind::minutes:
-    case Kind::day:
+    case BarKind::minutes:
+    case BarKind::day:
       break;
   }
   return day;
 }
 
-std::int64_t startOfBar(const MarketView& view, Kind kind, std::size_t first) {
+std::int64_t startOfBar(const MarketView& view, BarKind kind, std::size_t first) {
   const Session& session = view.history().sessions()[first];
-  if (kind == Kind::day) {
+  if (kind == BarKind::day) {
     return first == view.currentSession() ? view.regularMarketTime() : session.open;
   }
-  return kind == Kind::fiveDays
+  return kind == BarKind::fiveDays
              ? session.open
              : view.history().calendar().midnight(firstDayOfBar(view.history(), kind, first));
 }
 
-std::vector<ChartBar> dayBars(const MarketView& view, Kind kind, std::int64_t from,
+std::vector<ChartBar> dayBars(const MarketView& view, BarKind kind, std::int64_t from,
                               std::int64_t to) {
   const DailyHistory& history = view.history();
   const auto barOf = [&](std::size_t session) { return firstDayOfBar(history, kind, session); };
@@ -165,8 +165,9 @@ std::int64_t MarketView::priceBefore(std::size_t session) const {
 
 std::vector<ChartBar> chartBars(const MarketView& view, const ChartInterval& interval,
                                 std::int64_t from, std::int64_t to, bool withPrePost) {
-  return interval.kind == Kind::minutes ? minuteBars(view, interval.minutes, from, to, withPrePost)
-                                        : dayBars(view, interval.kind, from, to);
+  return interval.kind == BarKind::minutes
+             ? minuteBars(view, interval.minutes, from, to, withPrePost)
+             : dayBars(view, interval.kind, from, to);
 }
 
 SessionSpan sessionsTouched(const MarketView& view, std::int64_t from, std::int64_t to) {

@@ -52,8 +52,7 @@ bool hasRate(std::string_view code) {
 
 int rateDecimals(std::string_view base, std::string_view quote) {
   constexpr int digits = 7;
-  CurrencyWorth::Wide price =
-      CurrencyWorth::Wide{longRunWorth(base)} * powerOfTen(14) / longRunWorth(quote);  // 10^14 is 1
+  Wide price = Wide{longRunWorth(base)} * powerOfTen(14) / longRunWorth(quote);  // 10^14 is 1
   int integerDigits = -14;
   while (price > 0) {
     price /= 10;
@@ -74,7 +73,7 @@ void CurrencyWorth::advance() {
   ++session_;
 }
 
-CurrencyWorth::Wide CurrencyWorth::worth() const {
+Wide CurrencyWorth::worth() const {
   return Wide{longRunWorth_} * (1000000 + deviation_);
 }
 

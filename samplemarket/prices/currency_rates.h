@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include "samplemarket/prices/wide.h"
 
 namespace corvane::samplemarket {
 
@@ -24,7 +25,6 @@ class CurrencyWorth {
   void advance();
 
   /// In units that are the same for all currencies. Up to 2 × 10^20.
-  __extension__ using Wide = __int128;
   [[nodiscard]] Wide worth() const;
 
  private:

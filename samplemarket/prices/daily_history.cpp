@@ -9,12 +9,11 @@
 #include "platform/time/civil_day.h"
 #include "samplemarket/prices/currency_rates.h"
 #include "samplemarket/prices/noise.h"
+#include "samplemarket/prices/wide.h"
 
 namespace corvane::samplemarket {
 
 namespace {
-
-__extension__ using Wide = __int128;
 
 constexpr std::int64_t million = 1000000;
 constexpr std::int64_t sessionsPerYear = 252;

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <limits>
+#include "samplemarket/prices/wide.h"
 
 namespace corvane::samplemarket {
 
 namespace {
-
-__extension__ using Wide = __int128;
 
 constexpr std::int64_t wholePrice = 1000000000000;
 constexpr std::size_t afterAll = std::numeric_limits<std::size_t>::max();

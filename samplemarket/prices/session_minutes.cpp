@@ -6,17 +6,18 @@
 #include <utility>
 
 #include "samplemarket/prices/noise.h"
+#include "samplemarket/prices/trading_calendar.h"
+#include "samplemarket/prices/wide.h"
 
 namespace corvane::samplemarket {
 
 namespace {
 
-constexpr std::int64_t secondsPerMinute = 60;
 /// Paths are walked in fractions of a tick.
 constexpr std::int64_t fraction = 1024;
 
 /// What the streams of a session's noise are for.
-enum Stream : int {
+enum MinuteStream : int {
   step,
   highPlace,
   lowPlace,
@@ -43,7 +44,7 @@ struct Anchor {
 
 /// Fills in `path` from one anchor to the next with a random walk that ends where it should.
 void walkBetween(std::vector<std::int64_t>& path, const Anchor& from, const Anchor& to,
-                 const Noise& noise, Stream stream, std::int64_t deviation, int direction) {
+                 const Noise& noise, MinuteStream stream, std::int64_t deviation, int direction) {
   const int length = to.minute - from.minute;
   std::vector<std::int64_t> walk(static_cast<std::size_t>(length) + 1, 0);
   for (int i = 1; i <= length; ++i) {
@@ -67,7 +68,7 @@ struct SessionPath {
 };
 
 SessionPath sessionPath(const TradingDay& day, const Noise& noise, int minutes, bool isInverse) {
-  const auto place = [&](Stream stream) {
+  const auto place = [&](MinuteStream stream) {
     return 1 + static_cast<int>(noise.uniform(stream, 0, minutes - 1));
   };
   SessionPath result{.prices = std::vector<std::int64_t>(static_cast<std::size_t>(minutes) + 1),
@@ -106,7 +107,6 @@ std::vector<std::int64_t> volumePath(std::int64_t volume, const Noise& noise, in
                                                     300 + 900 * fromMiddle / minutes +
                                                     noise.uniform(volumeShare, minute, 500);
   }
-  __extension__ using Wide = __int128;
   const std::int64_t all = weights.back();
   for (std::int64_t& weight : weights) {
     weight = static_cast<std::int64_t>(Wide{weight} * volume / all);
@@ -139,7 +139,7 @@ std::vector<PublishedBar> quietMinutes(std::int64_t start, std::int64_t end, std
 std::vector<PublishedBar> thinMinutes(const DailyHistory& history, const PublishedPrices& published,
                                       std::size_t session, std::int64_t start, std::int64_t end,
                                       std::int64_t now, const Anchor& from, std::int64_t target,
-                                      Stream steps, Stream trades) {
+                                      MinuteStream steps, MinuteStream trades) {
   std::vector<PublishedBar> bars = quietMinutes(start, end, now);
   if (bars.empty() || history.day(session).isHalted) {
     return bars;

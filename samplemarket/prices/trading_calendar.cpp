@@ -10,8 +10,6 @@ namespace corvane::samplemarket {
 
 namespace {
 
-constexpr std::int64_t secondsPerMinute = 60;
-
 std::int32_t offsetAtNoon(const TimeZone& zone, std::int64_t day) {
   return zone.secondsFromGMT(Date::since1970(static_cast<double>(day * secondsPerDay + 43200)));
 }

@@ -10,6 +10,8 @@
 
 namespace corvane::samplemarket {
 
+inline constexpr std::int64_t secondsPerMinute = 60;
+
 /// One day's trading. Times are seconds since 1970.
 struct Session {
   std::int64_t day;  ///< the day in the exchange's zone, counted as dayCount does

@@ -2,14 +2,13 @@
 
 #include "platform/time/civil_day.h"
 #include "samplemarket/prices/chart_bars.h"
+#include "samplemarket/prices/wide.h"
 #include "samplemarket/service/answer.h"
 #include "samplemarket/service/json_text.h"
 
 namespace corvane::samplemarket {
 
 namespace {
-
-__extension__ using Wide = __int128;
 
 std::string_view marketState(const MarketView& view) {
   const Session& today = view.history().sessions()[view.currentSession()];

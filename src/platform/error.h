@@ -1,8 +1,9 @@
 // The base of every error that a user may see, and the result type of asynchronous work.
 //
 // Each subsystem has its own error values, made of named alternatives, and derives them from
-// ErrorValue. Synchronous operations throw them; asynchronous ones deliver them in a Result.
-// Nothing else is thrown across the border of a folder. All of it is safe on any thread.
+// VariantError, or from ErrorValue where there is but one. Synchronous operations throw them;
+// asynchronous ones deliver them in a Result. Nothing else is thrown across the border of a folder.
+// All of it is safe on any thread.
 #pragma once
 
 #include <exception>
@@ -12,6 +13,8 @@
 #include <ostream>
 #include <string>
 #include <typeinfo>
+#include <utility>
+#include <variant>
 
 namespace corvane {
 
@@ -69,6 +72,30 @@ class ErrorValue : public Error {
 
  private:
   [[nodiscard]] const Derived& self() const { return static_cast<const Derived&>(*this); }
+};
+
+/// An error that is one of several cases, each with values of its own. `Cases` is a struct of the
+/// alternatives, which are comparable, and calls their std::variant `Case`; what it names is named
+/// by the error as well. `Derived` inherits the constructor.
+template <typename Derived, typename Cases>
+class VariantError : public ErrorValue<Derived>, public Cases {
+ public:
+  using Case = typename Cases::Case;
+
+  explicit VariantError(Case what) : case_(std::move(what)) {}
+
+  [[nodiscard]] const Case& which() const { return case_; }
+
+  /// This case's values, or null where the error is of another case.
+  template <typename Alternative>
+  [[nodiscard]] const Alternative* as() const {
+    return std::get_if<Alternative>(&case_);
+  }
+
+  [[nodiscard]] bool hasSameValues(const Derived& other) const { return case_ == other.which(); }
+
+ private:
+  Case case_;
 };
 
 /// The outcome of asynchronous work: a value, or the error that prevented it, never null.

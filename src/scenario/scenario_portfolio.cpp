@@ -1,5 +1,7 @@
 #include "scenario/scenario_portfolio.h"
 
+#include "ledger/manager/portfolio_manager.h"
+
 namespace corvane {
 
 ScenarioPortfolio::ScenarioPortfolio(std::weak_ptr<PortfolioManager> owner,

@@ -68,7 +68,7 @@ ScenarioAnalyzer::Analysis ScenarioRun::finish() {
 void ScenarioRun::open(const Quote& quote) {
   const Currency& currency = analysis_.portfolio->primaryCurrency();
   pending_.push_back({BasicTransaction::Transfer{{currency, initialInvestment_}}, quote.fromDate,
-                      EventType::open, *quote.close});
+                      EventType::open, quote.close});
   cash_ = initialInvestment_;
   if (cash_ < 0) {
     settle();

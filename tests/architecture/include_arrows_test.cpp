@@ -93,12 +93,6 @@ const std::map<std::string, Folder> house = {
       {{"console"}, {"commands"}, {""}}}},
 };
 
-/// Arrows that run up, with the reason why they may.
-const std::set<std::pair<std::string, std::string>> exceptions = {
-    // The day on which a row settled is that of its manager's calendar.
-    {"ledger/portfolio/settlement_date_text.cpp", "ledger/manager/portfolio_manager.h"},
-};
-
 struct Place {
   std::string folder;
   std::string room;
@@ -123,9 +117,6 @@ std::optional<std::size_t> floorOf(const Place& place) {
 }
 
 std::optional<std::string> faultOfArrow(const std::string& from, const std::string& target) {
-  if (exceptions.contains({from, target})) {
-    return std::nullopt;
-  }
   const Place here = placeOf(from);
   const Place there = placeOf(target);
   if (!house.contains(there.folder)) {

@@ -333,7 +333,7 @@ TEST_F(ImportTransactions, AsksTheProviderOnTheMainQueueOnceForEachSymbol) {
 }
 
 TEST_F(ImportTransactions, RecordsNothingInAPortfolioWithoutAManager) {
-  world.ledger.portfolio->manager.reset();
+  world.ledger.manager.reset();
   EXPECT_EQ(imported({"type", "symbol", "numberOfShares", "cashAmount"}, "buy,ABC,1,1"),
             "Problem on line 2: The symbol is not specified for a trade transaction.");
   (void)imported({"type", "cashAmount"}, "deposit,1");

@@ -164,7 +164,7 @@ Decimal worthOf(const Decimal& shares, const EquityPointer& equity, const Curren
 void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
                        const TaxYearQuestion& question,
                        const std::vector<TaxedPortfolio>& portfolios, const Console& console) {
-  const std::string text = line.required("--if-sold");
+  const std::string& text = line.required("--if-sold");
   const std::size_t blank = text.rfind(' ');
   const auto shares =
       blank == std::string::npos ? std::nullopt : Decimal::fromWholeString(text.substr(blank + 1));

@@ -39,9 +39,8 @@ void askMarket(ReturnsQuestion& question, PortfolioManager& manager, const Conso
     addMarketNeeds(needs, *portfolio, question.from, question.to, manager.calendar,
                    question.currency);
   }
-  fetchMarketHistory(
-      manager.quoteProvider, needs, question.from, question.to,
-      [&question](std::shared_ptr<MarketHistory> history) { question.market = history; });
+  fetchMarketHistory(manager.quoteProvider, needs, question.from, question.to,
+                     [&question](auto history) { question.market = std::move(history); });
   waitFor([&] { return question.market != nullptr; });
 }
 
@@ -104,7 +103,7 @@ std::optional<BenchmarkReturn> benchmarkOf(const CommandLine& line, const Return
     needs.pairs.insert({equity->currency, currency});
   }
   fetchMarketHistory(provider.shared_from_this(), needs, question.from, question.to,
-                     [&](auto history) { rates = history; });
+                     [&](auto history) { rates = std::move(history); });
   waitFor([&] { return answer.has_value() && rates != nullptr; });
   if (!*answer) {
     (*answer).error()->raise();

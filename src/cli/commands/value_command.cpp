@@ -26,7 +26,7 @@ void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
       }
     }
     hasMore = !wanted.empty();
-    refreshEquities(provider, std::move(wanted), console);
+    refreshEquities(provider, wanted, console);
   }
 }
 

@@ -206,7 +206,7 @@ Decimal rounded(const Decimal& value, int scale, RoundingMode mode) {
   if (drop > Decimal::maximumDigits)
     return {};
   const Uint128 divisor = wide::powersOfTen128[static_cast<std::size_t>(drop)];
-  Uint128 kept = value.mantissa() / divisor;
+  const Uint128 kept = value.mantissa() / divisor;
   const Rest rest = wide::restOf(value.mantissa() % divisor, divisor);
   const bool away = mode == RoundingMode::plain ? rest >= Rest::half
                     : mode == RoundingMode::bankers

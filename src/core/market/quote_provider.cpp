@@ -30,6 +30,8 @@ std::string QuoteProvider::providerName() const {
   return "";
 }
 
+// The providers keep what they are given.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void QuoteProvider::searchEquities(std::string /*text*/, EquitiesCompletion completion) {
   DispatchQueue::main()->async(
       [completion = std::move(completion)]() mutable { completion(std::vector<EquityPointer>()); });
@@ -62,6 +64,8 @@ void QuoteProvider::fetchQuotes(QuoteQuery /*query*/, std::shared_ptr<PriceAdjus
     completion(failure(QuoteProviderError(QuoteProviderError::NotAvailable{})));
   });
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 std::vector<QuoteQuery> QuoteProvider::sourceQueries(const QuoteQuery& query) const {
   return {query};
@@ -103,7 +107,7 @@ std::optional<std::string> QuoteProviderError::description() const {
                  [](QueryNotSatisfied) {
                    return std::optional<std::string>("Fetch result does not satisfy the query.");
                  }},
-      case_);
+      which());
 }
 
 }  // namespace corvane

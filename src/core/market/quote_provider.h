@@ -91,9 +91,8 @@ class QuoteProvider : public std::enable_shared_from_this<QuoteProvider> {
   std::shared_ptr<EquityTable> equitiesById_;
 };
 
-/// Why a provider or a price conversion could not answer.
-class QuoteProviderError : public ErrorValue<QuoteProviderError> {
- public:
+/// The cases of QuoteProviderError.
+struct QuoteProviderErrorCases {
   struct DataInconsistency {
     std::optional<std::string> description;
     friend bool operator==(const DataInconsistency&, const DataInconsistency&) = default;
@@ -126,17 +125,14 @@ class QuoteProviderError : public ErrorValue<QuoteProviderError> {
   using Case =
       std::variant<DataInconsistency, CurrencyMismatch, UnsupportedCurrency, UnrecognizedTimeZone,
                    UnsupportedPriceAdjustment, NotAvailable, QueryNotSatisfied>;
+};
 
-  explicit QuoteProviderError(Case what) : case_(std::move(what)) {}
+/// Why a provider or a price conversion could not answer.
+class QuoteProviderError : public VariantError<QuoteProviderError, QuoteProviderErrorCases> {
+ public:
+  using VariantError::VariantError;
 
-  [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
-  [[nodiscard]] bool hasSameValues(const QuoteProviderError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

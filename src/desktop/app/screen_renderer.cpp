@@ -201,7 +201,7 @@ void ScreenRenderer::renderReports() {
 
 /// The first equities of the watchlist: every period of the first one, and the tabs of all.
 void ScreenRenderer::renderEquities() {
-  MainSplitViewController& frame = window_.workspaceView().controller();
+  const MainSplitViewController& frame = window_.workspaceView().controller();
   auto& source = *frame.masterSourceViewController;
   EquityViewController& screen = *frame.equityViewController;
   const auto settle = [&] {
@@ -263,7 +263,7 @@ void ScreenRenderer::renderHistory(const QString& name) {
 
 /// A symbol of which the market knows nothing: the alert, and the screen without it.
 void ScreenRenderer::renderUnknownEquity() {
-  MainSplitViewController& frame = window_.workspaceView().controller();
+  const MainSplitViewController& frame = window_.workspaceView().controller();
   auto& source = *frame.masterSourceViewController;
   const auto model = window_.documentModel().lock();
   if (model == nullptr || model->portfolioManagers.empty() ||
@@ -287,7 +287,7 @@ void ScreenRenderer::renderUnknownEquity() {
 /// The screens of a strategy: before there is anything to run, with one run, and with a batch under
 /// way and done.
 void ScreenRenderer::renderScenarios(const QString& name) {
-  MainSplitViewController& frame = window_.workspaceView().controller();
+  const MainSplitViewController& frame = window_.workspaceView().controller();
   EquityViewController& screen = *frame.equityViewController;
   ScenarioDetailViewController& detail = *frame.scenarioDetailViewController;
   ScenarioBatchViewController& batch = *frame.scenarioBatchViewController;
@@ -469,7 +469,7 @@ void ScreenRenderer::renderPopups() {
       menu->hide();
     }
   }
-  MainSplitViewController& frame = window_.workspaceView().controller();
+  const MainSplitViewController& frame = window_.workspaceView().controller();
   if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
     frame.portfolioViewController->deletePortfolioAction();
     write(QStringLiteral("alert-delete-portfolio"));
@@ -584,7 +584,7 @@ void ScreenRenderer::renderTransactionModes(const QString& sizeName) {
 }
 
 void ScreenRenderer::renderBulkForm(const QString& sizeName) {
-  PortfolioViewController& portfolio =
+  const PortfolioViewController& portfolio =
       *window_.workspaceView().controller().portfolioViewController;
   QTabWidget& tabs = window_.workspaceView().portfolioView().tabs();
   const int shownBefore = tabs.currentIndex();

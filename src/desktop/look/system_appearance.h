@@ -26,7 +26,7 @@ class SystemAppearance : public QObject {
  private slots:
   void settingChanged(const QString& scope, const QString& key, const QDBusVariant& value);
 
- private:
+ private:  // NOLINT(readability-redundant-access-specifiers): those above are slots
   void take(const QString& key, const QVariant& value);
 
   std::function<void(Appearance, Contrast)> changed_;

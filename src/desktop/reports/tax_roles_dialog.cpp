@@ -99,7 +99,7 @@ void TaxRolesDialog::addPortfolios(QVBoxLayout& column) {
   auto* grid = new QGridLayout(content);
   grid->setContentsMargins(0, 0, 0, 0);
   for (std::size_t i = 0; i < form_->lines.size(); ++i) {
-    TaxRolesForm::Line& line = form_->lines[i];
+    const TaxRolesForm::Line& line = form_->lines[i];
     const QString name = qtText(line.portfolio->name);
     auto* label = new QLabel(name);
     auto* role = new QComboBox;

@@ -9,7 +9,7 @@
 
 namespace corvane::desktop {
 
-ScenarioBatchTab::ScenarioBatchTab(std::shared_ptr<ScenarioBatchViewController> controller)
+ScenarioBatchTab::ScenarioBatchTab(const std::shared_ptr<ScenarioBatchViewController>& controller)
     : ScenarioTab(controller, QStringLiteral("Scenario batch")),
       controller_(*controller),
       method_(new QComboBox),

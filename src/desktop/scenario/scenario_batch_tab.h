@@ -16,7 +16,7 @@ class ScenarioBatchTab : public ScenarioTab {
   Q_OBJECT
 
  public:
-  explicit ScenarioBatchTab(std::shared_ptr<ScenarioBatchViewController> controller);
+  explicit ScenarioBatchTab(const std::shared_ptr<ScenarioBatchViewController>& controller);
 
  protected:
   void update() override;

@@ -7,7 +7,8 @@
 
 namespace corvane::desktop {
 
-ScenarioDetailTab::ScenarioDetailTab(std::shared_ptr<ScenarioDetailViewController> controller)
+ScenarioDetailTab::ScenarioDetailTab(
+    const std::shared_ptr<ScenarioDetailViewController>& controller)
     : ScenarioTab(controller, QStringLiteral("Scenario")),
       controller_(*controller),
       heatMap_(new QPushButton(QStringLiteral("&Heat Map…"))) {

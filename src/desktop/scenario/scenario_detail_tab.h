@@ -15,7 +15,7 @@ class ScenarioDetailTab : public ScenarioTab {
   Q_OBJECT
 
  public:
-  explicit ScenarioDetailTab(std::shared_ptr<ScenarioDetailViewController> controller);
+  explicit ScenarioDetailTab(const std::shared_ptr<ScenarioDetailViewController>& controller);
 
  protected:
   void update() override;

@@ -48,7 +48,6 @@ QVariant WatchlistModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return qtText(row.symbol);
     case Qt::AccessibleTextRole:
-      return qtText(row.accessibleText());
     case Qt::ToolTipRole:
       return qtText(row.accessibleText());
     default:

@@ -28,8 +28,8 @@ class AccessoryConfigurationViewController {
   std::function<void()> viewDidUpdate;
 };
 
-/// What both kinds of broker offer. A broker names the cases of its SchemaField, in their fixed
-/// order, by raw names. Main queue only but for what says otherwise; held by shared pointer.
+/// What both kinds of broker offer. A broker has a table of its SchemaFields, in a fixed order, and
+/// names them by raw names. Main queue only but for what says otherwise; held by shared pointer.
 class ImportOrExportBroker {
  public:
   ImportOrExportBroker() = default;
@@ -37,7 +37,7 @@ class ImportOrExportBroker {
   ImportOrExportBroker& operator=(const ImportOrExportBroker&) = delete;
   virtual ~ImportOrExportBroker() = default;
 
-  /// The raw names of all fields, in the order of the SchemaField.
+  /// The raw names of all fields, in the order of that table.
   [[nodiscard]] virtual std::vector<std::string> allFields() const = 0;
   /// The title of a field in the setup and in the header row.
   [[nodiscard]] virtual std::string fieldTitle(std::string_view field) const = 0;

@@ -73,7 +73,7 @@ struct ImportExportConfigurationValue : ImportExportConfiguration {
 /// `configuration` after `change(ImportExportConfiguration&)`.
 template <typename Change>
 [[nodiscard]] ConfigurationPointer changed(const ImportExportConfiguration& configuration,
-                                           Change change) {
+                                           const Change& change) {
   auto copy = configuration.copy();
   change(*copy);
   return copy;

@@ -18,16 +18,16 @@ std::optional<std::string> ImportExportError::description() const {
                                [](InternalMisconfiguration) {
                                  return std::string("Internal misconfiguration.");
                                }},
-                    case_);
+                    which());
 }
 
 std::optional<std::string> ImportExportError::recoverySuggestion() const {
-  const auto* broker = std::get_if<BrokerImportError>(&case_);
+  const auto* broker = as<BrokerImportError>();
   return broker == nullptr ? std::nullopt : broker->underlyingError->recoverySuggestion();
 }
 
 std::optional<std::string> ImportExportError::advice() const {
-  const auto* broker = std::get_if<BrokerImportError>(&case_);
+  const auto* broker = as<BrokerImportError>();
   return broker == nullptr ? std::nullopt : broker->underlyingError->advice();
 }
 

@@ -11,9 +11,8 @@
 
 namespace corvane {
 
-/// The errors of the framework. Rows count from 0, which is the file's first line.
-class ImportExportError : public ErrorValue<ImportExportError> {
- public:
+/// The cases of ImportExportError.
+struct ImportExportErrorCases {
   /// A row has another number of cells than the rows before it have led to expect.
   struct InconsistentColumnLayout {
     int row;
@@ -35,22 +34,19 @@ class ImportExportError : public ErrorValue<ImportExportError> {
     friend bool operator==(InternalMisconfiguration, InternalMisconfiguration) = default;
   };
   using Case = std::variant<InconsistentColumnLayout, BrokerImportError, InternalMisconfiguration>;
+};
+
+/// The errors of the framework. Rows count from 0, which is the file's first line.
+class ImportExportError : public VariantError<ImportExportError, ImportExportErrorCases> {
+ public:
+  using VariantError::VariantError;
 
   /// The one button under the message; nothing is attempted when it is pressed.
   static constexpr std::array<std::string_view, 1> recoveryOptions = {"Cancel"};
 
-  explicit ImportExportError(Case what) : case_(std::move(what)) {}
-
-  [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
   [[nodiscard]] std::optional<std::string> advice() const override;
-  [[nodiscard]] bool hasSameValues(const ImportExportError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 /// The user has pressed Cancel. Nobody is told of it, who knows it best.

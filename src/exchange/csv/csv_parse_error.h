@@ -10,9 +10,8 @@
 
 namespace corvane {
 
-/// The error of the reader of delimited text; the description is the message.
-class CSVParseError : public ErrorValue<CSVParseError> {
- public:
+/// The cases of CSVParseError.
+struct CSVParseErrorCases {
   /// The reader itself cannot go on: "me_irl" where it has lost its state, which no text brings
   /// about, or that the text is longer than it can take.
   struct Generic {
@@ -25,20 +24,16 @@ class CSVParseError : public ErrorValue<CSVParseError> {
     friend bool operator==(const Quotation&, const Quotation&) = default;
   };
   using Case = std::variant<Generic, Quotation>;
+};
 
-  explicit CSVParseError(Case what) : case_(std::move(what)) {}
-
-  [[nodiscard]] const Case& which() const { return case_; }
+/// The error of the reader of delimited text; the description is the message.
+class CSVParseError : public VariantError<CSVParseError, CSVParseErrorCases> {
+ public:
+  using VariantError::VariantError;
 
   [[nodiscard]] std::optional<std::string> description() const override {
-    return std::visit([](const auto& what) { return what.message; }, case_);
+    return std::visit([](const auto& what) { return what.message; }, which());
   }
-  [[nodiscard]] bool hasSameValues(const CSVParseError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

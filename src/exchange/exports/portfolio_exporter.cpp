@@ -54,7 +54,7 @@ PortfolioExporter::PortfolioExporter(UserDefaults* defaults,
                                      std::string configurationUserDefaultsKey,
                                      std::span<const Field> fields, std::size_t totalNumberOfItems)
     : ConfiguredBroker(defaults, std::move(configurationUserDefaultsKey), Configuration()),
-      fields_(fields),
+      fields_(fields.begin(), fields.end()),
       totalNumberOfItems_(static_cast<int>(totalNumberOfItems)) {
   applyConfiguration();
 }

@@ -2,6 +2,7 @@
 // written.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -90,16 +91,35 @@ class PortfolioExporter : public ConfiguredBroker<ExportBroker, PortfolioExportC
     std::string_view title;
   };
 
-  /// `fields` are in the order of the SchemaField and live as long as the program. `defaults` may
-  /// be null; otherwise it outlives the exporter. The constructor of the exporter calls
-  /// applyConfiguration() last.
+  /// The text of a cell; none where there is nothing to tell.
+  using CellText = std::optional<std::string>;
+
+  /// A column with what an exporter writes in it, for lines that are told by a `Line`.
+  template <typename Exporter, typename Line>
+  struct SchemaFieldOf {
+    Field field;
+    CellText (*text)(Exporter&, const Line&);
+  };
+
+  template <typename Exporter, typename Line, std::size_t count>
+  [[nodiscard]] static std::vector<Field> fieldsOf(
+      const std::array<SchemaFieldOf<Exporter, Line>, count>& schema) {
+    std::vector<Field> fields;
+    for (const auto& each : schema) {
+      fields.push_back(each.field);
+    }
+    return fields;
+  }
+
+  /// The texts of `fields` live as long as the program. `defaults` may be null; otherwise it
+  /// outlives the exporter. The constructor of the exporter calls applyConfiguration() last.
   PortfolioExporter(UserDefaults* defaults, std::string configurationUserDefaultsKey,
                     std::span<const Field> fields, std::size_t totalNumberOfItems);
 
   void applyConfiguration() final;
 
   /// The text of a cell, for exportValue(): the field is told by its place.
-  [[nodiscard]] virtual std::optional<std::string> cellText(std::size_t row, std::size_t field) = 0;
+  [[nodiscard]] virtual CellText cellText(std::size_t row, std::size_t field) = 0;
 
   // The texts of values. An absent one has none, nor has one that is no number.
   [[nodiscard]] std::string dateText(Date date);
@@ -115,7 +135,7 @@ class PortfolioExporter : public ConfiguredBroker<ExportBroker, PortfolioExportC
   /// Makes the formatters those of the configuration, if they are not. With the lock held.
   void updateFormatters();
 
-  const std::span<const Field> fields_;
+  const std::vector<Field> fields_;
   const int totalNumberOfItems_;
   std::optional<std::string> defaultFilename_;
   std::optional<std::string> titleForSavePanel_;

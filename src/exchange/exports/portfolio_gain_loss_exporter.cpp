@@ -1,10 +1,58 @@
 #include "exchange/exports/portfolio_gain_loss_exporter.h"
 
-#include <array>
 #include <cassert>
 #include <utility>
 
 namespace corvane {
+namespace {
+
+using Summary = PortfolioSnapshotGroup::TradingSummary;
+
+}  // namespace
+
+const std::array<PortfolioGainLossExporter::SchemaField, 12> PortfolioGainLossExporter::schema = {{
+    {{"openingDate", "Opening Date"},
+     [](Self& self, const Line& /*line*/) -> CellText {
+       return self.dateText(self.dataSlice_.nominalDateRange.lower());
+     }},
+    {{"closingDate", "Closing Date"},
+     [](Self& self, const Line& /*line*/) -> CellText {
+       return self.dateText(self.dataSlice_.nominalDateRange.upper());
+     }},
+    {{"symbol", "Symbol"},
+     [](Self& /*self*/, const Line& line) -> CellText { return line.symbol; }},
+    {{"name", "Name"}, [](Self& /*self*/, const Line& line) -> CellText { return line.name; }},
+    {{"sharesBought", "Shares Bought"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.shareText(traded(line, &Summary::sharesBought));
+     }},
+    {{"sharesSold", "Shares Sold"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.shareText(traded(line, &Summary::sharesSold));
+     }},
+    {{"sharesNet", "Net Shares"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.shareText(line.figures.sharesNet);
+     }},
+    {{"costBaseAdded", "Cost Base Added †"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.money(traded(line, &Summary::costBaseAdded));
+     }},
+    {{"costBaseDisposed", "Cost Base Sold †"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.money(traded(line, &Summary::costBaseDisposed));
+     }},
+    {{"proceedsOfSale", "Proceeds of Sale †"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.money(traded(line, &Summary::proceedsOfSale));
+     }},
+    {{"capitalGain", "Capital Gain †"},
+     [](Self& self, const Line& line) -> CellText { return self.money(line.figures.capitalGain); }},
+    {{"portfolioCurrency", "Portfolio Currency †"},
+     [](Self& self, const Line& /*line*/) -> CellText {
+       return std::string(std::string_view(self.primaryCurrency_.code));
+     }},
+}};
 
 std::shared_ptr<PortfolioGainLossExporter> PortfolioGainLossExporter::make(PortfolioDataSlice slice,
                                                                            UserDefaults* defaults) {
@@ -17,27 +65,7 @@ std::shared_ptr<PortfolioGainLossExporter> PortfolioGainLossExporter::make(Portf
 PortfolioGainLossExporter::PortfolioGainLossExporter(PortfolioDataSlice slice,
                                                      std::vector<PortfolioAsset> entries,
                                                      UserDefaults* defaults)
-    : PortfolioExporter(
-          defaults, std::string(userDefaultsKey),
-          [] {
-            // In the order of the SchemaField.
-            static constexpr std::array<Field, 12> fields = {{
-                {"openingDate", "Opening Date"},
-                {"closingDate", "Closing Date"},
-                {"symbol", "Symbol"},
-                {"name", "Name"},
-                {"sharesBought", "Shares Bought"},
-                {"sharesSold", "Shares Sold"},
-                {"sharesNet", "Net Shares"},
-                {"costBaseAdded", "Cost Base Added †"},
-                {"costBaseDisposed", "Cost Base Sold †"},
-                {"proceedsOfSale", "Proceeds of Sale †"},
-                {"capitalGain", "Capital Gain †"},
-                {"portfolioCurrency", "Portfolio Currency †"},
-            }};
-            return std::span<const Field>(fields);
-          }(),
-          entries.size()),
+    : PortfolioExporter(defaults, std::string(userDefaultsKey), fieldsOf(schema), entries.size()),
       dataSlice_(std::move(slice)),
       assetEntries_(std::move(entries)),
       primaryCurrency_(dataSlice_.portfolio->primaryCurrency()) {
@@ -59,43 +87,18 @@ std::optional<PortfolioGainLossExporter::Line> PortfolioGainLossExporter::lineOf
   return Line{equity->symbol, equity->name, gainLine(*dataSlice_.snapshotGroup, equity)};
 }
 
-std::optional<std::string> PortfolioGainLossExporter::cellText(std::size_t row, std::size_t field) {
-  using Summary = PortfolioSnapshotGroup::TradingSummary;
-  if (!lines_[row]) {
-    return std::nullopt;
-  }
-  const Line& line = *lines_[row];
-  const auto traded = [&](Decimal Summary::*figure) {
-    const auto& trades = line.figures.trades;
-    return trades ? std::optional((*trades).*figure) : std::nullopt;
-  };
-  switch (static_cast<SchemaField>(field)) {
-    case SchemaField::openingDate:
-      return dateText(dataSlice_.nominalDateRange.lower());
-    case SchemaField::closingDate:
-      return dateText(dataSlice_.nominalDateRange.upper());
-    case SchemaField::symbol:
-      return line.symbol;
-    case SchemaField::name:
-      return line.name;
-    case SchemaField::sharesBought:
-      return shareText(traded(&Summary::sharesBought));
-    case SchemaField::sharesSold:
-      return shareText(traded(&Summary::sharesSold));
-    case SchemaField::sharesNet:
-      return shareText(line.figures.sharesNet);
-    case SchemaField::costBaseAdded:
-      return moneyText(traded(&Summary::costBaseAdded), primaryCurrency_);
-    case SchemaField::costBaseDisposed:
-      return moneyText(traded(&Summary::costBaseDisposed), primaryCurrency_);
-    case SchemaField::proceedsOfSale:
-      return moneyText(traded(&Summary::proceedsOfSale), primaryCurrency_);
-    case SchemaField::capitalGain:
-      return moneyText(line.figures.capitalGain, primaryCurrency_);
-    case SchemaField::portfolioCurrency:
-      return std::string(std::string_view(primaryCurrency_.code));
-  }
-  return std::nullopt;
+std::optional<Decimal> PortfolioGainLossExporter::traded(const Line& line, Figure figure) {
+  const auto& trades = line.figures.trades;
+  return trades ? std::optional((*trades).*figure) : std::nullopt;
+}
+
+PortfolioExporter::CellText PortfolioGainLossExporter::money(const std::optional<Decimal>& amount) {
+  return moneyText(amount, primaryCurrency_);
+}
+
+PortfolioExporter::CellText PortfolioGainLossExporter::cellText(std::size_t row,
+                                                                std::size_t field) {
+  return lines_[row] ? schema.at(field).text(*this, *lines_[row]) : std::nullopt;
 }
 
 }  // namespace corvane

@@ -2,6 +2,7 @@
 // file.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,20 +19,6 @@ namespace corvane {
 /// A line for each equity that was bought or sold in a choice of days.
 class PortfolioGainLossExporter final : public PortfolioExporter {
  public:
-  enum class SchemaField {
-    openingDate,
-    closingDate,
-    symbol,
-    name,
-    sharesBought,
-    sharesSold,
-    sharesNet,
-    costBaseAdded,
-    costBaseDisposed,
-    proceedsOfSale,
-    capitalGain,
-    portfolioCurrency
-  };
   static constexpr std::string_view userDefaultsKey = "portfolioGainLossExportConfiguration";
 
   /// `slice` has a portfolio. `defaults` may be null; otherwise it outlives the exporter.
@@ -48,13 +35,21 @@ class PortfolioGainLossExporter final : public PortfolioExporter {
     std::optional<std::string> name;
     GainLine figures;
   };
+  using Figure = Decimal PortfolioSnapshotGroup::TradingSummary::*;
+  using Self = PortfolioGainLossExporter;
+  using SchemaField = SchemaFieldOf<Self, Line>;
+  static const std::array<SchemaField, 12> schema;
 
   PortfolioGainLossExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,
                             UserDefaults* defaults);
 
   /// None for what is no equity.
   [[nodiscard]] std::optional<Line> lineOf(const PortfolioAsset& asset) const;
-  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+  /// A figure of what was traded; none where nothing was.
+  [[nodiscard]] static std::optional<Decimal> traded(const Line& line, Figure figure);
+  /// In the portfolio's currency.
+  [[nodiscard]] CellText money(const std::optional<Decimal>& amount);
+  [[nodiscard]] CellText cellText(std::size_t row, std::size_t field) override;
 
   const PortfolioDataSlice dataSlice_;
   const std::vector<PortfolioAsset> assetEntries_;

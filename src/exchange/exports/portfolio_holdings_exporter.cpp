@@ -1,12 +1,41 @@
 #include "exchange/exports/portfolio_holdings_exporter.h"
 
-#include <array>
 #include <cassert>
 #include <utility>
 
 #include "platform/text/unicode/locale.h"
 
 namespace corvane {
+
+const std::array<PortfolioHoldingsExporter::SchemaField, 11> PortfolioHoldingsExporter::schema = {{
+    {{"date", "Date"},
+     [](Self& self, const Line& /*line*/) -> CellText {
+       return self.dateText(self.dataSlice_.nominalDateRange.upper());
+     }},
+    {{"kind", "Kind"},
+     [](Self& /*self*/, const Line& line) -> CellText { return line.isCash ? "Cash" : "Shares"; }},
+    {{"symbol", "Symbol"},
+     [](Self& /*self*/, const Line& line) -> CellText { return line.symbol; }},
+    {{"name", "Name"}, [](Self& /*self*/, const Line& line) -> CellText { return line.name; }},
+    {{"sharesHeld", "Shares Held"},
+     [](Self& self, const Line& line) -> CellText { return self.shareText(line.figures.held); }},
+    {{"marketPrice", "Share Price †"},
+     [](Self& self, const Line& line) -> CellText { return self.money(line.figures.marketPrice); }},
+    {{"marketValue", "Total Market Value †"},
+     [](Self& self, const Line& line) -> CellText { return self.money(line.figures.marketValue); }},
+    {{"averagePrice", "Average Cost †"},
+     [](Self& self, const Line& line) -> CellText {
+       return self.money(line.figures.averagePrice);
+     }},
+    {{"costBase", "Adj. Cost Base †"},
+     [](Self& self, const Line& line) -> CellText { return self.money(line.figures.costBase); }},
+    {{"marketGain", "Total Market Gain †"},
+     [](Self& self, const Line& line) -> CellText { return self.money(line.figures.marketGain); }},
+    {{"portfolioCurrency", "Portfolio Currency †"},
+     [](Self& self, const Line& line) -> CellText {
+       return line.isCash ? std::nullopt : CellText(std::string_view(self.primaryCurrency_.code));
+     }},
+}};
 
 std::shared_ptr<PortfolioHoldingsExporter> PortfolioHoldingsExporter::make(PortfolioDataSlice slice,
                                                                            UserDefaults* defaults) {
@@ -19,26 +48,7 @@ std::shared_ptr<PortfolioHoldingsExporter> PortfolioHoldingsExporter::make(Portf
 PortfolioHoldingsExporter::PortfolioHoldingsExporter(PortfolioDataSlice slice,
                                                      std::vector<PortfolioAsset> entries,
                                                      UserDefaults* defaults)
-    : PortfolioExporter(
-          defaults, std::string(userDefaultsKey),
-          [] {
-            // In the order of the SchemaField.
-            static constexpr std::array<Field, 11> fields = {{
-                {"date", "Date"},
-                {"kind", "Kind"},
-                {"symbol", "Symbol"},
-                {"name", "Name"},
-                {"sharesHeld", "Shares Held"},
-                {"marketPrice", "Share Price †"},
-                {"marketValue", "Total Market Value †"},
-                {"averagePrice", "Average Cost †"},
-                {"costBase", "Adj. Cost Base †"},
-                {"marketGain", "Total Market Gain †"},
-                {"portfolioCurrency", "Portfolio Currency †"},
-            }};
-            return std::span<const Field>(fields);
-          }(),
-          entries.size()),
+    : PortfolioExporter(defaults, std::string(userDefaultsKey), fieldsOf(schema), entries.size()),
       dataSlice_(std::move(slice)),
       assetEntries_(std::move(entries)),
       primaryCurrency_(dataSlice_.portfolio->primaryCurrency()) {
@@ -69,34 +79,13 @@ PortfolioHoldingsExporter::Line PortfolioHoldingsExporter::lineOf(
           .figures = holdingLine(snapshot, equity)};
 }
 
-std::optional<std::string> PortfolioHoldingsExporter::cellText(std::size_t row, std::size_t field) {
-  const Line& line = lines_[row];
-  switch (static_cast<SchemaField>(field)) {
-    case SchemaField::date:
-      return dateText(dataSlice_.nominalDateRange.upper());
-    case SchemaField::kind:
-      return line.isCash ? "Cash" : "Shares";
-    case SchemaField::symbol:
-      return line.symbol;
-    case SchemaField::name:
-      return line.name;
-    case SchemaField::sharesHeld:
-      return shareText(line.figures.held);
-    case SchemaField::marketPrice:
-      return moneyText(line.figures.marketPrice, primaryCurrency_);
-    case SchemaField::marketValue:
-      return moneyText(line.figures.marketValue, primaryCurrency_);
-    case SchemaField::averagePrice:
-      return moneyText(line.figures.averagePrice, primaryCurrency_);
-    case SchemaField::costBase:
-      return moneyText(line.figures.costBase, primaryCurrency_);
-    case SchemaField::marketGain:
-      return moneyText(line.figures.marketGain, primaryCurrency_);
-    case SchemaField::portfolioCurrency:
-      return line.isCash ? std::nullopt
-                         : std::optional<std::string>(std::string_view(primaryCurrency_.code));
-  }
-  return std::nullopt;
+PortfolioExporter::CellText PortfolioHoldingsExporter::money(const std::optional<Decimal>& amount) {
+  return moneyText(amount, primaryCurrency_);
+}
+
+PortfolioExporter::CellText PortfolioHoldingsExporter::cellText(std::size_t row,
+                                                                std::size_t field) {
+  return schema.at(field).text(*this, lines_[row]);
 }
 
 }  // namespace corvane

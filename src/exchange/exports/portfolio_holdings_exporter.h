@@ -1,6 +1,7 @@
 // Writes the holdings of a portfolio on a day to a delimited text file.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,19 +18,6 @@ namespace corvane {
 /// A line for each currency and each equity held at the end of a choice of days.
 class PortfolioHoldingsExporter final : public PortfolioExporter {
  public:
-  enum class SchemaField {
-    date,
-    kind,
-    symbol,
-    name,
-    sharesHeld,
-    marketPrice,
-    marketValue,
-    averagePrice,
-    costBase,
-    marketGain,
-    portfolioCurrency
-  };
   static constexpr std::string_view userDefaultsKey = "portfolioHoldingsExportConfiguration";
 
   /// `slice` has a portfolio. `defaults` may be null; otherwise it outlives the exporter.
@@ -47,13 +35,18 @@ class PortfolioHoldingsExporter final : public PortfolioExporter {
     std::optional<std::string> name;
     HoldingLine figures;
   };
+  using Self = PortfolioHoldingsExporter;
+  using SchemaField = SchemaFieldOf<Self, Line>;
+  static const std::array<SchemaField, 11> schema;
 
   PortfolioHoldingsExporter(PortfolioDataSlice slice, std::vector<PortfolioAsset> entries,
                             UserDefaults* defaults);
 
   [[nodiscard]] static Line lineOf(const Currency& cash, const PortfolioSnapshot& snapshot);
   [[nodiscard]] static Line lineOf(const EquityPointer& equity, const PortfolioSnapshot& snapshot);
-  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+  /// In the portfolio's currency.
+  [[nodiscard]] CellText money(const std::optional<Decimal>& amount);
+  [[nodiscard]] CellText cellText(std::size_t row, std::size_t field) override;
 
   const PortfolioDataSlice dataSlice_;
   const std::vector<PortfolioAsset> assetEntries_;

@@ -1,10 +1,8 @@
 #include "exchange/exports/portfolio_transactions_exporter.h"
 
-#include <array>
 #include <utility>
 
 #include "ledger/reports/asset_lines.h"
-#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 namespace {
@@ -51,6 +49,74 @@ std::string_view exportedWord(const BasicTransaction::Kind& kind) {
   return "";
 }
 
+const std::array<PortfolioTransactionsExporter::SchemaField, 16>
+    PortfolioTransactionsExporter::schema = {{
+        {{"tradeDate", "Trade Date"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.dateText(line.row.tradeDate());
+         }},
+        {{"settlementDate", "Settlement Date"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.dateText(line.row.settlementDate());
+         }},
+        {{"type", "Transaction Type"},
+         [](Self& /*self*/, const Line& line) -> CellText {
+           return std::string(exportedWord(line.row.basic.kind));
+         }},
+        {{"symbol", "Symbol"},
+         [](Self& self, const Line& line) -> CellText {
+           const EquityPointer* equity = line.row.basic.equity();
+           return equity != nullptr ? std::optional(self.symbols_.at(*equity)) : std::nullopt;
+         }},
+        {{"numberOfShares", "Number of Shares"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.shareText(numberOfShares(line.effect));
+         }},
+        {{"sharesNet", "Shares Net"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.shareText(line.row.sharesNet);
+         }},
+        {{"cashAdded", "Cash Amount"},
+         [](Self& self, const Line& line) -> CellText {
+           return line.effect.currency == nullptr
+                      ? std::nullopt
+                      : self.moneyText(line.effect.amount, line.ownCurrency());
+         }},
+        {{"cashNet", "Cash Net"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.moneyText(line.row.cashNet, line.ownCurrency());
+         }},
+        {{"cashCurrency", "Transaction Currency"},
+         [](Self& /*self*/, const Line& line) -> CellText { return codeText(line.ownCurrency()); }},
+        {{"exchangeRate", "Exchange Rate †"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.rateText(exchangeRate(line.effect), line.primaryCurrency());
+         }},
+        {{"equivalentAmount", "Equivalent Amount †"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.moneyText(line.effect.equivalentAmount, line.primaryCurrency());
+         }},
+        {{"equivalentCurrency", "Portfolio Currency †"},
+         [](Self& /*self*/, const Line& line) -> CellText {
+           return line.row.basic.equity() != nullptr ? codeText(line.primaryCurrency())
+                                                     : std::nullopt;
+         }},
+        {{"costBaseAdded", "Cost Base Added †"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.moneyText(costBaseAddedBy(line.row), line.primaryCurrency());
+         }},
+        {{"costBaseNet", "Cost Base Net †"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.moneyText(line.row.costBaseNet(), line.primaryCurrency());
+         }},
+        {{"capitalGain", "Capital Gain †"},
+         [](Self& self, const Line& line) -> CellText {
+           return self.moneyText(line.row.capitalGain(), line.primaryCurrency());
+         }},
+        {{"note", "Note"},
+         [](Self& /*self*/, const Line& line) -> CellText { return line.row.basic.note; }},
+    }};
+
 std::shared_ptr<PortfolioTransactionsExporter> PortfolioTransactionsExporter::make(
     const Portfolio& portfolio, std::vector<TransactionPointer> transactions,
     UserDefaults* defaults) {
@@ -61,31 +127,8 @@ std::shared_ptr<PortfolioTransactionsExporter> PortfolioTransactionsExporter::ma
 PortfolioTransactionsExporter::PortfolioTransactionsExporter(
     const Portfolio& portfolio, std::vector<TransactionPointer> transactions,
     UserDefaults* defaults)
-    : PortfolioExporter(
-          defaults, std::string(userDefaultsKey),
-          [] {
-            // In the order of the SchemaField.
-            static constexpr std::array<Field, 16> fields = {{
-                {"tradeDate", "Trade Date"},
-                {"settlementDate", "Settlement Date"},
-                {"type", "Transaction Type"},
-                {"symbol", "Symbol"},
-                {"numberOfShares", "Number of Shares"},
-                {"sharesNet", "Shares Net"},
-                {"cashAdded", "Cash Amount"},
-                {"cashNet", "Cash Net"},
-                {"cashCurrency", "Transaction Currency"},
-                {"exchangeRate", "Exchange Rate †"},
-                {"equivalentAmount", "Equivalent Amount †"},
-                {"equivalentCurrency", "Portfolio Currency †"},
-                {"costBaseAdded", "Cost Base Added †"},
-                {"costBaseNet", "Cost Base Net †"},
-                {"capitalGain", "Capital Gain †"},
-                {"note", "Note"},
-            }};
-            return std::span<const Field>(fields);
-          }(),
-          transactions.size()),
+    : PortfolioExporter(defaults, std::string(userDefaultsKey), fieldsOf(schema),
+                        transactions.size()),
       transactions_(std::move(transactions)) {
   setDefaultFilename(portfolio.name);
   for (const TransactionPointer& row : transactions_) {
@@ -95,55 +138,20 @@ PortfolioTransactionsExporter::PortfolioTransactionsExporter(
   }
 }
 
-std::optional<std::string> PortfolioTransactionsExporter::cellText(std::size_t rowIndex,
-                                                                   std::size_t field) {
-  const PortfolioTransaction& row = *transactions_[rowIndex];
-  const TransactionEffect effect = transactionEffect(row.basic.kind);
-  const auto primary = [&] {
-    const auto portfolio = row.portfolio.lock();
-    return portfolio ? std::optional(portfolio->primaryCurrency()) : std::nullopt;
-  };
-  const auto own = [&] {
-    const Currency* currency = row.basic.currency();
-    return currency != nullptr ? std::optional(*currency) : std::nullopt;
-  };
-  switch (static_cast<SchemaField>(field)) {
-    case SchemaField::tradeDate:
-      return dateText(row.tradeDate());
-    case SchemaField::settlementDate:
-      return dateText(row.settlementDate());
-    case SchemaField::type:
-      return std::string(exportedWord(row.basic.kind));
-    case SchemaField::symbol: {
-      const EquityPointer* equity = row.basic.equity();
-      return equity != nullptr ? std::optional(symbols_.at(*equity)) : std::nullopt;
-    }
-    case SchemaField::numberOfShares:
-      return shareText(numberOfShares(effect));
-    case SchemaField::sharesNet:
-      return shareText(row.sharesNet);
-    case SchemaField::cashAdded:
-      return effect.currency == nullptr ? std::nullopt : moneyText(effect.amount, own());
-    case SchemaField::cashNet:
-      return moneyText(row.cashNet, own());
-    case SchemaField::cashCurrency:
-      return codeText(own());
-    case SchemaField::exchangeRate:
-      return rateText(exchangeRate(effect), primary());
-    case SchemaField::equivalentAmount:
-      return moneyText(effect.equivalentAmount, primary());
-    case SchemaField::equivalentCurrency:
-      return row.basic.equity() != nullptr ? codeText(primary()) : std::nullopt;
-    case SchemaField::costBaseAdded:
-      return moneyText(costBaseAddedBy(row), primary());
-    case SchemaField::costBaseNet:
-      return moneyText(row.costBaseNet(), primary());
-    case SchemaField::capitalGain:
-      return moneyText(row.capitalGain(), primary());
-    case SchemaField::note:
-      return row.basic.note;
-  }
-  return std::nullopt;
+std::optional<Currency> PortfolioTransactionsExporter::Line::primaryCurrency() const {
+  const auto portfolio = row.portfolio.lock();
+  return portfolio ? std::optional(portfolio->primaryCurrency()) : std::nullopt;
+}
+
+std::optional<Currency> PortfolioTransactionsExporter::Line::ownCurrency() const {
+  const Currency* currency = row.basic.currency();
+  return currency != nullptr ? std::optional(*currency) : std::nullopt;
+}
+
+PortfolioExporter::CellText PortfolioTransactionsExporter::cellText(std::size_t row,
+                                                                    std::size_t field) {
+  const PortfolioTransaction& written = *transactions_[row];
+  return schema.at(field).text(*this, {written, transactionEffect(written.basic.kind)});
 }
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 // Writes the rows of a ledger to a delimited text file.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "exchange/exports/portfolio_exporter.h"
 #include "ledger/portfolio/portfolio.h"
+#include "ledger/transaction/transaction_effect.h"
 
 namespace corvane {
 
@@ -16,24 +18,6 @@ namespace corvane {
 /// understands the words and the numbers.
 class PortfolioTransactionsExporter final : public PortfolioExporter {
  public:
-  enum class SchemaField {
-    tradeDate,
-    settlementDate,
-    type,
-    symbol,
-    numberOfShares,
-    sharesNet,
-    cashAdded,
-    cashNet,
-    cashCurrency,
-    exchangeRate,
-    equivalentAmount,
-    equivalentCurrency,
-    costBaseAdded,
-    costBaseNet,
-    capitalGain,
-    note
-  };
   static constexpr std::string_view userDefaultsKey = "portfolioTransactionsExportConfiguration";
 
   /// Exports `transactions`, rows of `portfolio`, in the given order. `defaults` may be null;
@@ -47,11 +31,22 @@ class PortfolioTransactionsExporter final : public PortfolioExporter {
   }
 
  private:
+  struct Line {
+    const PortfolioTransaction& row;
+    TransactionEffect effect;
+
+    [[nodiscard]] std::optional<Currency> primaryCurrency() const;
+    [[nodiscard]] std::optional<Currency> ownCurrency() const;
+  };
+  using Self = PortfolioTransactionsExporter;
+  using SchemaField = SchemaFieldOf<Self, Line>;
+  static const std::array<SchemaField, 16> schema;
+
   PortfolioTransactionsExporter(const Portfolio& portfolio,
                                 std::vector<TransactionPointer> transactions,
                                 UserDefaults* defaults);
 
-  [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
+  [[nodiscard]] CellText cellText(std::size_t row, std::size_t field) override;
 
   const std::vector<TransactionPointer> transactions_;
   /// As they were when the exporter was made: equities belong to the main queue.

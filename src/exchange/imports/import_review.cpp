@@ -233,7 +233,7 @@ bool wouldBeTaken(const std::vector<BasicTransaction>& rows, Portfolio& portfoli
     present.push_back(row->basic);
   }
   try {
-    manager->recordTransactions(std::move(present), copy, nullptr);
+    manager->recordTransactions(present, copy, nullptr);
     manager->recordTransactions(rows, copy, nullptr);
     return true;
   } catch (const Error&) {

@@ -37,27 +37,6 @@ class BackgroundEdit {
   PortfolioManager& manager_;
 };
 
-struct Field {
-  std::string_view rawValue;
-  std::string_view title;
-};
-
-/// In the order of the SchemaField.
-constexpr std::array<Field, PortfolioTransactionsImporter::schemaFieldCount> fields = {{
-    {"type", "Transaction Type"},
-    {"tradeDate", "Trade Date"},
-    {"settlementDate", "Settlement Date"},
-    {"symbol", "Symbol/Description"},
-    {"numberOfShares", "Number of Shares"},
-    {"sharesNet", "Shares Net"},
-    {"cashAmount", "Cash Amount"},
-    {"cashCurrency", "Transaction Currency"},
-    {"exchangeRate", "Exchange Rate"},
-    {"equivalentAmount", "Equivalent Amount †"},
-    {"costBaseAdded", "Cost Base Added †"},
-    {"note", "Notes"},
-}};
-
 /// What stands in the first of the date cells that is not empty.
 std::string textOfDate(const ImportBroker::ValuesByField& values) {
   for (const std::string_view field : {"tradeDate", "settlementDate"}) {
@@ -147,15 +126,15 @@ void PortfolioTransactionsImporter::updateAccessory() {
 
 std::vector<std::string> PortfolioTransactionsImporter::allFields() const {
   std::vector<std::string> names;
-  for (const Field& field : fields) {
+  for (const SchemaField& field : transactionsSchema) {
     names.emplace_back(field.rawValue);
   }
   return names;
 }
 
 std::string PortfolioTransactionsImporter::fieldTitle(std::string_view field) const {
-  const auto* found = std::ranges::find(fields, field, &Field::rawValue);
-  return found == fields.end() ? "" : std::string(found->title);
+  const auto* found = std::ranges::find(transactionsSchema, field, &SchemaField::rawValue);
+  return found == transactionsSchema.end() ? "" : std::string(found->title);
 }
 
 std::shared_ptr<AccessoryConfigurationViewController>
@@ -370,8 +349,8 @@ bool PortfolioTransactionsImporter::takesOtherReading(const Error& refusal) {
     if (reading.rows == transactionsToRecord_ || !wouldBeTaken(reading.rows, *portfolio_)) {
       continue;
     }
-    ReadingQuestion question = {.problem = refusal.description().value_or(""),
-                                .fileReading = readingLines(reading.rows, 0, calendar())};
+    const ReadingQuestion question = {.problem = refusal.description().value_or(""),
+                                      .fileReading = readingLines(reading.rows, 0, calendar())};
     if (reviewHandler(question) != ReadingAnswer::file) {
       throw UserCancelledError();
     }

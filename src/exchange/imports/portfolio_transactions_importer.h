@@ -1,7 +1,6 @@
 // Reads the transactions of brokers' and banks' statements into a portfolio.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +15,7 @@
 #include "exchange/imports/import_review.h"
 #include "exchange/imports/strict_import.h"
 #include "exchange/imports/transactions_import_error.h"
+#include "exchange/imports/transactions_schema.h"
 #include "ledger/portfolio/portfolio.h"
 #include "platform/system/user_defaults.h"
 #include "platform/text/formats/date_formatter.h"
@@ -59,21 +59,7 @@ class PortfolioTransactionsImporter final
  public:
   using Configuration = TransactionsImportConfiguration;
   using ImportError = TransactionsImportError;
-  enum class SchemaField {
-    type,
-    tradeDate,
-    settlementDate,
-    symbol,
-    numberOfShares,
-    sharesNet,
-    cashAmount,
-    cashCurrency,
-    exchangeRate,
-    equivalentAmount,
-    costBaseAdded,
-    note
-  };
-  static constexpr std::size_t schemaFieldCount = 12;
+  using SchemaField = TransactionsSchemaField;
   static constexpr std::string_view userDefaultsKey = "portfolioTransactionsImportConfiguration";
 
   /// `defaults` may be null; otherwise it outlives the importer.

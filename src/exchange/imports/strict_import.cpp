@@ -6,32 +6,13 @@
 #include <utility>
 
 #include "exchange/imports/transactions_import_error.h"
+#include "exchange/imports/transactions_schema.h"
 #include "exchange/strict/cell_text.h"
 #include "exchange/strict/statement_error.h"
 #include "platform/text/formats/date_formatter.h"
 
 namespace corvane {
 namespace {
-
-/// The fields that a row may have, with the titles that an exported ledger has over them.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 12> ownTitles = {{
-    {"type", "Transaction Type"},
-    {"tradeDate", "Trade Date"},
-    {"settlementDate", "Settlement Date"},
-    {"symbol", "Symbol"},
-    {"numberOfShares", "Number of Shares"},
-    {"sharesNet", "Shares Net"},
-    {"cashAmount", "Cash Amount"},
-    {"cashCurrency", "Transaction Currency"},
-    {"exchangeRate", "Exchange Rate †"},
-    {"equivalentAmount", "Equivalent Amount †"},
-    {"costBaseAdded", "Cost Base Added †"},
-    {"note", "Note"},
-}};
-
-constexpr std::array<std::string_view, 6> numberFields = {"numberOfShares",   "sharesNet",
-                                                          "cashAmount",       "exchangeRate",
-                                                          "equivalentAmount", "costBaseAdded"};
 
 /// What comes first in the short dates of the user's locale.
 std::optional<DayOrder> orderOfShortDates() {
@@ -60,10 +41,10 @@ class StrictReader {
     };
     rowSurroundings_.isOwnExport = surroundings.options.isOwnExport;
     rowSurroundings_.strictCurrency = [this](const std::string& text) { return currencyIn(text); };
-    for (std::size_t field = 0; field < ownTitles.size(); ++field) {
-      columns_[field] = cells.column(ownTitles[field].first);
+    for (std::size_t field = 0; field < transactionsSchema.size(); ++field) {
+      columns_[field] = cells.column(transactionsSchema[field].rawValue);
       if (columns_[field]) {
-        const auto value = values_.emplace(ownTitles[field].first, "").first;
+        const auto value = values_.emplace(transactionsSchema[field].rawValue, "").first;
         places_.emplace_back(*columns_[field], &value->second);
       }
     }
@@ -89,7 +70,7 @@ class StrictReader {
     return trimmedCell(cells_.cell(row_, field).value_or(std::string_view()));
   }
   [[nodiscard]] std::string titleOf(std::string_view field) const {
-    std::string title = cells_.columnTitle(field);
+    const std::string title = cells_.columnTitle(field);
     return title.empty() ? std::string(field) : title;
   }
   [[noreturn]] void fail(std::string_view field, std::string reason) const {
@@ -111,9 +92,9 @@ class StrictReader {
       std::string title;
     };
     std::vector<NumberColumn> columns;
-    for (const std::string_view field : numberFields) {
-      if (const auto column = cells_.column(field)) {
-        columns.push_back({*column, titleOf(field)});
+    for (const TransactionsSchemaField& field : transactionsSchema) {
+      if (const auto column = field.isNumber ? cells_.column(field.rawValue) : std::nullopt) {
+        columns.push_back({*column, titleOf(field.rawValue)});
       }
     }
     for (row_ = 0; row_ < cells_.rowCount(); ++row_) {
@@ -277,7 +258,7 @@ class StrictReader {
   ImportSurroundings rowSurroundings_;
   DecimalMark mark_ = DecimalMark::point;
   DayOrder order_ = DayOrder::ymd;
-  std::array<std::optional<std::size_t>, ownTitles.size()> columns_;
+  std::array<std::optional<std::size_t>, transactionsSchema.size()> columns_;
   /// The cells of a row, in one map for all rows: its texts keep their room.
   ImportBroker::ValuesByField values_;
   std::vector<std::pair<std::size_t, std::string*>> places_;  ///< of values_, by column
@@ -333,8 +314,9 @@ bool hasOwnHeadings(const ImportedCells& cells) {
   if (cells.rowCount() == 0 || !cells.cell(0, "type") || !cells.cell(0, "tradeDate")) {
     return false;
   }
-  return std::ranges::all_of(ownTitles, [&](const auto& field) {
-    return !cells.cell(0, field.first) || cells.columnTitle(field.first) == field.second;
+  return std::ranges::all_of(transactionsSchema, [&](const TransactionsSchemaField& field) {
+    return !cells.cell(0, field.rawValue) ||
+           cells.columnTitle(field.rawValue) == field.exportedTitle;
   });
 }
 

@@ -31,11 +31,11 @@ std::optional<std::string> TransactionsImportError::description() const {
           [](CostBaseAdjustmentMissing) {
             return std::string("The cost base adjustment is not specified.");
           }},
-      case_);
+      which());
 }
 
 std::optional<std::string> TransactionsImportError::recoverySuggestion() const {
-  const auto* date = std::get_if<DateMissing>(&case_);
+  const auto* date = as<DateMissing>();
   return date == nullptr || date->text.empty()
              ? std::nullopt
              : std::optional("“" + date->text + "” is not read as a date.");

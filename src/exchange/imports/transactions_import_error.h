@@ -9,8 +9,8 @@
 
 namespace corvane {
 
-class TransactionsImportError : public ErrorValue<TransactionsImportError> {
- public:
+/// The cases of TransactionsImportError.
+struct TransactionsImportErrorCases {
   struct UnrecognizedType {
     std::string text;  ///< in lower case
     friend bool operator==(const UnrecognizedType&, const UnrecognizedType&) = default;
@@ -44,18 +44,15 @@ class TransactionsImportError : public ErrorValue<TransactionsImportError> {
   using Case = std::variant<UnrecognizedType, InvalidExchangeRate, TypeMissing, DateMissing,
                             SymbolMissing, SharesMissing, CashAmountMissing,
                             EquivalentAmountMissing, CostBaseAdjustmentMissing>;
+};
 
-  explicit TransactionsImportError(Case what) : case_(std::move(what)) {}
+class TransactionsImportError
+    : public VariantError<TransactionsImportError, TransactionsImportErrorCases> {
+ public:
+  using VariantError::VariantError;
 
-  [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
-  [[nodiscard]] bool hasSameValues(const TransactionsImportError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

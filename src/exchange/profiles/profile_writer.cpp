@@ -91,7 +91,7 @@ std::string sourceText(const FieldSource& source) {
 
 std::string fieldText(const std::pair<const std::string, std::vector<FieldSource>>& field) {
   const auto& [name, sources] = field;
-  std::string text = name + " = ";
+  const std::string text = name + " = ";
   if (sources.empty()) {
     return text + "\"\"";
   }

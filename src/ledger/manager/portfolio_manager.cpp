@@ -119,8 +119,7 @@ std::size_t placeAtFault(const PortfolioTransaction* row, const Transactions& re
 PortfolioManager::PortfolioManager(std::shared_ptr<QuoteProvider> provider,
                                    TransactionType recordedTransactions,
                                    std::vector<OrderFeature> orderFeatures)
-    : calendar(Calendar::current()),
-      quoteProvider(std::move(provider)),
+    : quoteProvider(std::move(provider)),
       presentError([](const Error& error) { Log::write(error); }),
       recordedTransactionType_(recordedTransactions),
       supportedOrderFeatures_(std::move(orderFeatures)) {}

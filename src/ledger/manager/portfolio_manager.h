@@ -12,13 +12,13 @@
 #include "core/market/quote_provider.h"
 #include "ledger/manager/ledger_trial.h"
 #include "ledger/portfolio/portfolio.h"
+#include "ledger/portfolio/portfolio_keeper.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
 #include "ledger/reports/daily_snapshots_fetch.h"
 #include "ledger/reports/portfolio_valuation.h"
 #include "ledger/transaction/order.h"
 #include "platform/async/notification_center.h"
 #include "platform/async/undo_manager.h"
-#include "platform/time/calendar.h"
 
 namespace corvane {
 
@@ -43,7 +43,8 @@ struct TransactionChanges {
 /// A subclass that keeps the ledger elsewhere wraps every change of a ledger through keepEdit,
 /// which hands it all that the change has done, or hears of each row through
 /// transactionRecalculated.
-class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
+class PortfolioManager : public PortfolioKeeper,
+                         public std::enable_shared_from_this<PortfolioManager> {
  public:
   using Order = corvane::Order;
   using OrderFeatures = corvane::OrderFeature;
@@ -82,8 +83,6 @@ class PortfolioManager : public std::enable_shared_from_this<PortfolioManager> {
   PortfolioManager& operator=(const PortfolioManager&) = delete;
   virtual ~PortfolioManager();
 
-  /// All year boundaries of the ledgers are taken in it. The user's calendar at creation.
-  Calendar calendar;
   std::shared_ptr<QuoteProvider> quoteProvider;
 
   /// Shows an error that an undo or redo met, to which nobody else can answer. Prints it until the

@@ -73,11 +73,11 @@ std::optional<std::string> Refusal::description() const {
                                  return transferText(*error.transaction) + " exists on " +
                                         settlementDateText(*error.transaction) + ".";
                                }},
-                    case_);
+                    which());
 }
 
 std::optional<std::string> Refusal::recoverySuggestion() const {
-  return std::holds_alternative<ExistingNegativeBalanceTransaction>(case_)
+  return std::holds_alternative<ExistingNegativeBalanceTransaction>(which())
              ? "Ensure that all existing transactions balance in order to change this setting."
              : "First remove all deposit and withdrawal transactions in order to change this "
                "setting.";

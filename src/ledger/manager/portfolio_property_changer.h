@@ -25,9 +25,8 @@ class PortfolioPropertyChanger {
     friend bool operator==(const Properties&, const Properties&) = default;
   };
 
-  /// Which row stands against the change: the first in ledger order.
-  class Error : public ErrorValue<Error> {
-   public:
+  /// What an Error can be: of the first row in ledger order that stands against the change.
+  struct ErrorCases {
     struct ExistingNegativeBalanceTransaction {
       TransactionPointer transaction;
       friend bool operator==(const ExistingNegativeBalanceTransaction&,
@@ -39,16 +38,15 @@ class PortfolioPropertyChanger {
                              const ExistingTransferTransaction&) = default;
     };
     using Case = std::variant<ExistingNegativeBalanceTransaction, ExistingTransferTransaction>;
+  };
 
-    explicit Error(Case what) : case_(std::move(what)) {}
+  /// Which row stands against the change.
+  class Error : public VariantError<Error, ErrorCases> {
+   public:
+    using VariantError::VariantError;
 
-    [[nodiscard]] const Case& which() const { return case_; }
     [[nodiscard]] std::optional<std::string> description() const override;
     [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
-    [[nodiscard]] bool hasSameValues(const Error& other) const { return case_ == other.case_; }
-
-   private:
-    Case case_;
   };
 
   /// Gives `portfolio` the properties, walks its ledger again where cash accounts are turned on or

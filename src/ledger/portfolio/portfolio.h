@@ -1,14 +1,17 @@
 // A portfolio: its settings, its ledger, and the state at the end of each year.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/money/currency.h"
+#include "ledger/portfolio/portfolio_keeper.h"
 #include "ledger/portfolio/portfolio_snapshot.h"
 #include "ledger/portfolio/portfolio_transaction.h"
 
@@ -19,13 +22,17 @@ class PortfolioManager;
 /// A portfolio and its rows. Only its manager changes the ledger; not safe on two threads at once.
 class Portfolio {
  public:
-  Portfolio(std::weak_ptr<PortfolioManager> owner, Currency primaryCurrency)
-      : manager(std::move(owner)), primaryCurrency_(primaryCurrency) {}
+  /// `Manager` is the manager's class or one derived from it.
+  template <std::derived_from<PortfolioKeeper> Manager>
+  Portfolio(std::weak_ptr<Manager> owner, Currency primaryCurrency)
+      : keeper(owner), manager(std::move(owner)), primaryCurrency_(primaryCurrency) {}
   Portfolio(const Portfolio&) = delete;
   Portfolio& operator=(const Portfolio&) = delete;
   virtual ~Portfolio() = default;
 
-  std::weak_ptr<PortfolioManager> manager;
+  /// The manager, as far as it is known down here.
+  const std::weak_ptr<const PortfolioKeeper> keeper;
+  const std::weak_ptr<PortfolioManager> manager;
   std::string name = "Untitled Portfolio";
 
   /// Whether cash and shares may go below 0.

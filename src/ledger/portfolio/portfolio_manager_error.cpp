@@ -89,7 +89,7 @@ struct Describe {
 }  // namespace
 
 std::optional<std::string> PortfolioManagerError::description() const {
-  return std::visit(Describe(), case_);
+  return std::visit(Describe(), which());
 }
 
 std::optional<std::string> PortfolioManagerError::recoverySuggestion() const {

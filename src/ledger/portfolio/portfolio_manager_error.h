@@ -14,12 +14,8 @@
 
 namespace corvane {
 
-/// The error of all ledger operations. Rows are compared by identity, other values by value.
-///
-/// An error keeps the currency or the equity that it speaks of, because a row whose revision was
-/// refused has its former transaction back by the time that the user reads the text.
-class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
- public:
+/// The cases of PortfolioManagerError.
+struct PortfolioManagerErrorCases {
   struct InsufficientCash {
     TransactionPointer transaction;
     Decimal need;
@@ -93,16 +89,16 @@ class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
                             InvalidSettlementDate, InvalidCashDenomination, LedgerInconsistency,
                             InvalidPortfolio, InvalidOrderType, UnknownCurrency,
                             ViolatesExistingTransaction, ForeignExchangeRateMissing>;
+};
 
-  explicit PortfolioManagerError(Case what) : case_(std::move(what)) {}
-
-  [[nodiscard]] const Case& which() const { return case_; }
-
-  /// This case's values, or null where the error is of another case.
-  template <typename Alternative>
-  [[nodiscard]] const Alternative* as() const {
-    return std::get_if<Alternative>(&case_);
-  }
+/// The error of all ledger operations. Rows are compared by identity, other values by value.
+///
+/// An error keeps the currency or the equity that it speaks of, because a row whose revision was
+/// refused has its former transaction back by the time that the user reads the text.
+class PortfolioManagerError
+    : public VariantError<PortfolioManagerError, PortfolioManagerErrorCases> {
+ public:
+  using VariantError::VariantError;
 
   [[nodiscard]] std::optional<std::string> description() const override;
 
@@ -112,13 +108,6 @@ class PortfolioManagerError : public ErrorValue<PortfolioManagerError> {
   /// For IncompleteYield of a row that stands in the ledger. A yield counts the shares of its day
   /// once and for all, so that it has to make room for a purchase that is found later.
   [[nodiscard]] std::optional<std::string> advice() const override;
-
-  [[nodiscard]] bool hasSameValues(const PortfolioManagerError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

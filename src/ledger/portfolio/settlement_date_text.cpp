@@ -1,6 +1,5 @@
 #include "ledger/portfolio/settlement_date_text.h"
 
-#include "ledger/manager/portfolio_manager.h"
 #include "ledger/portfolio/portfolio.h"
 #include "platform/text/formats/date_formatter.h"
 
@@ -11,8 +10,8 @@ std::string settlementDateText(const PortfolioTransaction& row) {
   formatter.dateStyle = DateFormatter::Style::mediumStyle;
   formatter.timeStyle = DateFormatter::Style::none;
   if (const auto portfolio = row.portfolio.lock()) {
-    if (const auto manager = portfolio->manager.lock()) {
-      formatter.timeZone = manager->calendar.timeZone();
+    if (const auto keeper = portfolio->keeper.lock()) {
+      formatter.timeZone = keeper->calendar.timeZone();
     }
   }
   return formatter.string(row.settlementDate());

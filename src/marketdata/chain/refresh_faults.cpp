@@ -47,14 +47,14 @@ class RefreshInParts : public std::enable_shared_from_this<RefreshInParts> {
     if (untried.empty() && knownFault_ != nullptr) {
       DispatchQueue::main()->async([self = shared_from_this()] { self->finish(); });
     } else {
-      ask(std::move(untried));
+      ask(untried);
     }
   }
 
  private:
-  void ask(std::vector<EquityPointer> part) {
+  void ask(const std::vector<EquityPointer>& part) {
     ++underWay_;
-    source_->refreshEquities(part, [self = shared_from_this(), part](ErrorPointer error) {
+    source_->refreshEquities(part, [self = shared_from_this(), part](const ErrorPointer& error) {
       const auto take = [self, part, error] { self->take(part, error); };
       if (DispatchQueue::main()->isCurrent()) {
         take();
@@ -120,7 +120,7 @@ ErrorPointer RefreshFaults::find(std::string_view id, Clock::time_point now) con
 }
 
 void refreshAroundFaults(
-    const std::shared_ptr<QuoteProvider>& source, std::vector<EquityPointer> equities,
+    const std::shared_ptr<QuoteProvider>& source, const std::vector<EquityPointer>& equities,
     const std::shared_ptr<RefreshFaults>& faults,
     std::move_only_function<void(ErrorPointer, const std::vector<EquityPointer>&)> completion) {
   std::make_shared<RefreshInParts>(source, faults, std::move(completion))->start(equities);

@@ -41,7 +41,7 @@ class RefreshFaults {
 /// Main queue only, where `completion` runs too. It gets what has been refreshed, and an error
 /// where nothing has been or where the source itself failed.
 void refreshAroundFaults(
-    const std::shared_ptr<QuoteProvider>& source, std::vector<EquityPointer> equities,
+    const std::shared_ptr<QuoteProvider>& source, const std::vector<EquityPointer>& equities,
     const std::shared_ptr<RefreshFaults>& faults,
     std::move_only_function<void(ErrorPointer, const std::vector<EquityPointer>&)> completion);
 

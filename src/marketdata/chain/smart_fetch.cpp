@@ -100,7 +100,7 @@ void SmartFetch::start(const std::shared_ptr<PriceAdjuster>& adjuster) {
   const auto global = DispatchQueue::global();
   adjuster_ = adjuster;
   try {
-    CacheQuoteProvider& cache = *provider_->cacheProvider;
+    const CacheQuoteProvider& cache = *provider_->cacheProvider;
     latestEventDate_ = cache.latestEventDate(query_.equity);
     const QuoteQuery sought = withAllKnownEvents(query_);
     const CoveragePlan plan = cache.coveragePlan(withLastBar(sought));

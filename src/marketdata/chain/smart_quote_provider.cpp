@@ -102,7 +102,7 @@ EquityPointer SmartQuoteProvider::exchangeRateEquity(const Currency& from, const
 
 void SmartQuoteProvider::refreshEquities(std::vector<EquityPointer> equities,
                                          RefreshCompletion completion) {
-  refreshAroundFaults(sourceProvider, std::move(equities), refreshFaults_,
+  refreshAroundFaults(sourceProvider, equities, refreshFaults_,
                       [weakSelf = weak_from_this(), completion = std::move(completion)](
                           ErrorPointer error, const std::vector<EquityPointer>& refreshed) mutable {
                         const auto self =
@@ -129,8 +129,7 @@ ErrorPointer SmartQuoteProvider::storeAll(const std::vector<EquityPointer>& equi
 
 void SmartQuoteProvider::fetchQuotes(QuoteQuery query, std::shared_ptr<PriceAdjuster> adjuster,
                                      QuoteCompletion completion) {
-  std::make_shared<SmartFetch>(shared(), std::move(query), std::move(completion))
-      ->start(std::move(adjuster));
+  std::make_shared<SmartFetch>(shared(), std::move(query), std::move(completion))->start(adjuster);
 }
 
 std::vector<QuoteQuery> SmartQuoteProvider::sourceQueries(const QuoteQuery& query) const {

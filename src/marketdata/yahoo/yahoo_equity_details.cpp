@@ -48,8 +48,8 @@ void applyQuoteResult(EquityInfo& equity, const YahooFinanceAPI::QuoteResult& de
   equity.exchange = details.exchange;
   equity.name = std::move(name);
   if (details.firstTradeDateMilliseconds) {
-    equity.firstTradeDate =
-        Date::since1970(static_cast<double>(*details.firstTradeDateMilliseconds / 1000));
+    const std::int64_t seconds = *details.firstTradeDateMilliseconds / 1000;
+    equity.firstTradeDate = Date::since1970(static_cast<double>(seconds));
   }
   equity.previousClosePrice = unit->amount(details.regularMarketPreviousClose);
   setRecentPrice(equity, unit->amount(details.regularMarketPrice), details.regularMarketTime);

@@ -11,7 +11,7 @@ std::optional<std::string> YahooProviderError::description() const {
                                  return "HTTP status " + std::to_string(error.statusCode);
                                },
                                [](IncompleteData) { return std::string("Incomplete data"); }},
-                    case_);
+                    which());
 }
 
 }  // namespace corvane

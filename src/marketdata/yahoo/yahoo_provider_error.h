@@ -10,10 +10,8 @@
 
 namespace corvane {
 
-/// A refusal of the service. Faults of the transport arrive as URLError, answers that do not have
-/// the agreed form as JSONError.
-class YahooProviderError : public ErrorValue<YahooProviderError> {
- public:
+/// The cases of YahooProviderError.
+struct YahooProviderErrorCases {
   /// The service gives no access.
   struct BootstrapFailed {
     std::string text;
@@ -34,17 +32,15 @@ class YahooProviderError : public ErrorValue<YahooProviderError> {
     friend bool operator==(IncompleteData, IncompleteData) = default;
   };
   using Case = std::variant<BootstrapFailed, APIError, HTTPResponse, IncompleteData>;
+};
 
-  explicit YahooProviderError(Case what) : case_(std::move(what)) {}
+/// A refusal of the service. Faults of the transport arrive as URLError, answers that do not have
+/// the agreed form as JSONError.
+class YahooProviderError : public VariantError<YahooProviderError, YahooProviderErrorCases> {
+ public:
+  using VariantError::VariantError;
 
-  [[nodiscard]] const Case& which() const { return case_; }
   [[nodiscard]] std::optional<std::string> description() const override;
-  [[nodiscard]] bool hasSameValues(const YahooProviderError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

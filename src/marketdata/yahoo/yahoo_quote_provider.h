@@ -74,7 +74,6 @@ class YahooQuoteProvider : public QuoteProvider {
   [[nodiscard]] static std::set<QuoteInterval> intervalsServed(const Calendar& calendar, Date start,
                                                                Date now);
 
- public:
   struct ChartOrder;
 
  private:

@@ -166,7 +166,7 @@ fs::path configDirectory() {
 
 fs::path temporaryDirectory(std::optional<FileError>* problem) {
   const char* named = std::getenv("TMPDIR");
-  const fs::path wanted = named != nullptr && *named != '\0' ? named : "/tmp";
+  fs::path wanted = named != nullptr && *named != '\0' ? named : "/tmp";
   const int reason = whyUnusable(wanted);
   if (reason == 0) {
     return wanted;

@@ -47,8 +47,10 @@ std::vector<double> roundValues(double minimum, double maximum, std::size_t aim,
   const double step = std::max(roundStep(wanted), leastStep);
   constexpr double tolerance = 1e-9;  // of a step: binary fractions are not quite round
   std::vector<double> values;
+  const double first = std::ceil(minimum / step - tolerance);
   const double last = std::floor(maximum / step + tolerance);
-  for (double i = std::ceil(minimum / step - tolerance); i <= last; ++i) {
+  for (int steps = 0; first + steps <= last; ++steps) {
+    const double i = first + steps;
     values.push_back(i == 0 ? 0 : i * step);  // never a negative zero
   }
   return values;

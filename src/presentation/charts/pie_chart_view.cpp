@@ -1,9 +1,28 @@
 #include "presentation/charts/pie_chart_view.h"
 
+#include <array>
 #include <cmath>
 #include <numbers>
 
 namespace corvane {
+namespace {
+
+AttributedText sliceLabelCell(const PieSlice& slice) {
+  return AttributedText("● ", {.colour = slice.colour}).append(slice.label);
+}
+
+AttributedText sliceShareCell(const PieSlice& slice) {
+  AttributedText text(slice.percentText, {.isMonospaced = true});
+  text.alignment = TextAlignment::right;
+  return text;
+}
+
+constexpr std::array<ColumnOf<PieSlice>, 2> sliceColumns = {{
+    {{"label", "Holding"}, sliceLabelCell},
+    {{"share", "Share", true}, sliceShareCell},
+}};
+
+}  // namespace
 
 std::string PieChartView::accessibleText() const {
   if (slices.empty()) {
@@ -18,20 +37,12 @@ std::string PieChartView::accessibleText() const {
 }
 
 const std::vector<TableColumn>& PieChartView::columns() const {
-  static const std::vector<TableColumn> columns = {
-      {.identifier = "label", .title = "Holding"},
-      {.identifier = "share", .title = "Share", .isNumeric = true}};
+  static const std::vector<TableColumn> columns = columnsOf(sliceColumns);
   return columns;
 }
 
 AttributedText PieChartView::cell(std::size_t row, std::size_t column) const {
-  const PieSlice& slice = slices.at(slices.size() - 1 - row);
-  if (column == 0) {
-    return AttributedText("● ", {.colour = slice.colour}).append(slice.label);
-  }
-  AttributedText text(slice.percentText, {.isMonospaced = true});
-  text.alignment = TextAlignment::right;
-  return text;
+  return sliceColumns.at(column).cell(slices.at(slices.size() - 1 - row));
 }
 
 const PieSlice* PieChartView::sliceAt(double x, double y) const {

@@ -52,7 +52,7 @@ void EquityComboBoxDataSource::setDefaultEquities(std::vector<EquityPointer> equ
   }
 }
 
-void EquityComboBoxDataSource::setText(std::string text) {
+void EquityComboBoxDataSource::setText(const std::string& text) {
   cancelDelayedSearch();
   text_ = withoutOuterSpaces(text);
   if (text_.empty()) {
@@ -437,7 +437,7 @@ void EquityComboBox::chooseExactMatchWhenFound() {
   }
 }
 
-void EquityComboBox::select(EquityPointer equity) {
+void EquityComboBox::select(const EquityPointer& equity) {
   const EquityPointer former = selectedEquity_;
   setSelectedEquity(equity);
   if (former == nullptr || !(*former == *equity)) {

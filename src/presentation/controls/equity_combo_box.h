@@ -56,7 +56,7 @@ class EquityComboBoxDataSource : public std::enable_shared_from_this<EquityCombo
   }
 
   /// Looks for `text` after the delay; without text, lists the default equities at once.
-  void setText(std::string text);
+  void setText(const std::string& text);
   /// Looks for the text now; while a search is under way, when that has ended.
   void searchWithoutDelay();
   /// Gives up a search that has not begun.
@@ -189,7 +189,7 @@ class EquityComboBox {
   void askForPopup();
   void moveHighlight(bool forwards);
   void chooseExactMatchWhenFound();
-  void select(EquityPointer equity);
+  void select(const EquityPointer& equity);
 
   std::string text_;
   std::string placeholder_;

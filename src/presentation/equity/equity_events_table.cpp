@@ -1,6 +1,7 @@
 #include "presentation/equity/equity_events_table.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/overloaded.h"
@@ -10,11 +11,43 @@
 namespace corvane {
 namespace {
 
-enum class EventColumn { date, event, amount };
+struct EventRow {
+  const EquityEvent& event;
+  const EquityInfo& equity;
+  const UserDefaults& defaults;
+};
 
-std::string dividendText(const Decimal& amount, const Currency& currency) {
-  return DecimalNumberFormatter::money(currency).string(amount).value_or("");
+AttributedText eventDateCell(const EventRow& row) {
+  DateFormatter formatter = Formatting::equityDateFormatter(row.equity, row.defaults);
+  formatter.dateStyle = DateFormatter::Style::mediumStyle;
+  formatter.timeStyle = DateFormatter::Style::none;
+  return AttributedText(formatter.string(row.event.date));
 }
+
+AttributedText eventNameCell(const EventRow& row) {
+  return AttributedText(std::holds_alternative<EquityEvent::Split>(row.event.kind) ? "Split"
+                                                                                   : "Dividend");
+}
+
+AttributedText eventAmountCell(const EventRow& row) {
+  return numericCell(std::visit(Overloaded{[](const EquityEvent::Split& split) {
+                                             return std::to_string(split.ratio.numerator) + ":" +
+                                                    std::to_string(split.ratio.denominator);
+                                           },
+                                           [&](const EquityEvent::Dividend& dividend) {
+                                             return DecimalNumberFormatter::money(
+                                                        row.equity.currency)
+                                                 .string(dividend.amount)
+                                                 .value_or("");
+                                           }},
+                                row.event.kind));
+}
+
+constexpr std::array<ColumnOf<EventRow>, 3> eventColumns = {{
+    {{"date", "Date"}, eventDateCell},
+    {{"event", "Event"}, eventNameCell},
+    {{"amount", "Amount", true}, eventAmountCell},
+}};
 
 }  // namespace
 
@@ -44,37 +77,12 @@ void EquityEventsTable::filter() {
 }
 
 const std::vector<TableColumn>& EquityEventsTable::columns() const {
-  static const std::vector<TableColumn> columns = {
-      {.identifier = "date", .title = "Date"},
-      {.identifier = "event", .title = "Event"},
-      {.identifier = "amount", .title = "Amount", .isNumeric = true}};
+  static const std::vector<TableColumn> columns = columnsOf(eventColumns);
   return columns;
 }
 
 AttributedText EquityEventsTable::cell(std::size_t row, std::size_t column) const {
-  const EquityEvent& event = filteredEquityEvents_.at(row);
-  switch (static_cast<EventColumn>(column)) {
-    case EventColumn::date: {
-      DateFormatter formatter = Formatting::equityDateFormatter(*equity_, defaults_);
-      formatter.dateStyle = DateFormatter::Style::mediumStyle;
-      formatter.timeStyle = DateFormatter::Style::none;
-      return AttributedText(formatter.string(event.date));
-    }
-    case EventColumn::event:
-      return AttributedText(std::holds_alternative<EquityEvent::Split>(event.kind) ? "Split"
-                                                                                   : "Dividend");
-    case EventColumn::amount:
-      return numericCell(
-          std::visit(Overloaded{[](const EquityEvent::Split& split) {
-                                  return std::to_string(split.ratio.numerator) + ":" +
-                                         std::to_string(split.ratio.denominator);
-                                },
-                                [&](const EquityEvent::Dividend& dividend) {
-                                  return dividendText(dividend.amount, equity_->currency);
-                                }},
-                     event.kind));
-  }
-  return {};
+  return eventColumns.at(column).cell({filteredEquityEvents_.at(row), *equity_, defaults_});
 }
 
 }  // namespace corvane

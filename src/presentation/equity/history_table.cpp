@@ -1,5 +1,6 @@
 #include "presentation/equity/history_table.h"
 
+#include <array>
 #include <utility>
 
 #include "presentation/equity/equity_formats.h"
@@ -9,7 +10,50 @@
 namespace corvane {
 namespace {
 
-enum class BarColumn { date, open, high, low, close, change, volume };
+struct BarRow {
+  const Quote& quote;
+  const Quote& first;  ///< of the table
+  const EquityInfo& equity;
+  const UserDefaults& defaults;
+};
+
+AttributedText barDateCell(const BarRow& row) {
+  return AttributedText(Formatting::quoteDateRangeText(row.quote, row.equity, row.defaults) +
+                        (row.quote.isPartial ? " (incomplete)" : ""));
+}
+
+template <std::optional<Decimal> Quote::*price>
+AttributedText priceCell(const BarRow& row) {
+  const auto& shown = row.quote.*price;
+  return numericCell(shown ? equityPriceFormatter(row.equity).string(*shown).value_or("") : "");
+}
+
+/// Since the first price of the table.
+AttributedText changeCell(const BarRow& row) {
+  const auto& reference = row.first.open;
+  if (!row.quote.close || !reference) {
+    return numericCell("");
+  }
+  DecimalNumberFormatter percent;
+  percent.style = NumberFormatter::Style::percent;
+  percent.minimumFractionDigits = 2;
+  percent.maximumFractionDigits = 2;
+  percent.positivePrefix = "+";
+  return numericCell(percent.string(*row.quote.close / *reference - 1).value_or(""));
+}
+
+constexpr std::array<ColumnOf<BarRow>, 7> barColumns = {{
+    {{"date", "Date"}, barDateCell},
+    {{"open", "Open", true}, priceCell<&Quote::open>},
+    {{"high", "High", true}, priceCell<&Quote::high>},
+    {{"low", "Low", true}, priceCell<&Quote::low>},
+    {{"close", "Close", true}, priceCell<&Quote::close>},
+    {{"change", "Change", true}, changeCell},
+    {{"volume", "Volume", true},
+     [](const BarRow& row) {
+       return numericCell(row.quote.volume ? std::to_string(*row.quote.volume) : "");
+     }},
+}};
 
 constexpr double markStrength = 0.3;
 
@@ -21,37 +65,12 @@ void HistoryTable::setQuotes(EquityPointer equity, std::vector<Quote> quotes) {
 }
 
 const std::vector<TableColumn>& HistoryTable::columns() const {
-  static const std::vector<TableColumn> columns = {
-      {.identifier = "date", .title = "Date"},
-      {.identifier = "open", .title = "Open", .isNumeric = true},
-      {.identifier = "high", .title = "High", .isNumeric = true},
-      {.identifier = "low", .title = "Low", .isNumeric = true},
-      {.identifier = "close", .title = "Close", .isNumeric = true},
-      {.identifier = "change", .title = "Change", .isNumeric = true},
-      {.identifier = "volume", .title = "Volume", .isNumeric = true}};
+  static const std::vector<TableColumn> columns = columnsOf(barColumns);
   return columns;
 }
 
 AttributedText HistoryTable::cell(std::size_t row, std::size_t column) const {
-  const Quote& quote = quotes_.at(row);
-  switch (static_cast<BarColumn>(column)) {
-    case BarColumn::date:
-      return AttributedText(Formatting::quoteDateRangeText(quote, *equity_, defaults_) +
-                            (quote.isPartial ? " (incomplete)" : ""));
-    case BarColumn::open:
-      return priceCell(quote.open);
-    case BarColumn::high:
-      return priceCell(quote.high);
-    case BarColumn::low:
-      return priceCell(quote.low);
-    case BarColumn::close:
-      return priceCell(quote.close);
-    case BarColumn::change:
-      return changeCell(quote);
-    case BarColumn::volume:
-      return numericCell(quote.volume ? std::to_string(*quote.volume) : "");
-  }
-  return {};
+  return barColumns.at(column).cell({quotes_.at(row), quotes_.front(), *equity_, defaults_});
 }
 
 std::optional<Colour> HistoryTable::rowBackground(std::size_t row) const {
@@ -68,24 +87,6 @@ std::string HistoryTable::rowNote(std::size_t row) const {
 
 bool HistoryTable::isMarked(std::size_t row) const {
   return marksFetchedRows_ && !quotes_.at(row).isCached;
-}
-
-AttributedText HistoryTable::priceCell(const std::optional<Decimal>& price) const {
-  return numericCell(price ? equityPriceFormatter(*equity_).string(*price).value_or("") : "");
-}
-
-/// Since the first price of the table.
-AttributedText HistoryTable::changeCell(const Quote& quote) const {
-  const auto& reference = quotes_.front().open;
-  if (!quote.close || !reference) {
-    return numericCell("");
-  }
-  DecimalNumberFormatter percent;
-  percent.style = NumberFormatter::Style::percent;
-  percent.minimumFractionDigits = 2;
-  percent.maximumFractionDigits = 2;
-  percent.positivePrefix = "+";
-  return numericCell(percent.string(*quote.close / *reference - 1).value_or(""));
 }
 
 }  // namespace corvane

@@ -31,8 +31,6 @@ class HistoryTable : public TableModel {
 
  private:
   [[nodiscard]] bool isMarked(std::size_t row) const;
-  [[nodiscard]] AttributedText priceCell(const std::optional<Decimal>& price) const;
-  [[nodiscard]] AttributedText changeCell(const Quote& quote) const;
 
   const UserDefaults& defaults_;
   EquityPointer equity_;

@@ -49,16 +49,17 @@ std::shared_ptr<HistoryViewController> HistoryViewController::make(
     const ScreenSurroundings& surroundings) {
   auto made = std::make_shared<HistoryViewController>(Passkey{}, surroundings);
   made->connect();
+  made->datesPicker.action = [self = made->weak_from_this()] {
+    if (const auto living = self.lock()) {
+      living->reload();
+    }
+  };
   return made;
 }
 
 HistoryViewController::HistoryViewController(Passkey /*passkey*/,
                                              const ScreenSurroundings& surroundings)
-    : datesPicker(surroundings.now),
-      surroundings_(surroundings),
-      table_(*surroundings.defaults),
-      quotesInquiry_(MarketInquiry::make(surroundings.now)),
-      eventsInquiry_(MarketInquiry::make(surroundings.now)) {
+    : EquityMarketTab(surroundings), datesPicker(surroundings.now), table_(*surroundings.defaults) {
   datesPicker.setPresets(historyPresets());
   datesPicker.choosePreset(initialPreset);
   datesPicker.setAvailableIntervalsFilter([this](const DateRange& range) {
@@ -71,80 +72,25 @@ HistoryViewController::HistoryViewController(Passkey /*passkey*/,
   chart.valueSelectedHandler = [this](std::optional<std::size_t> index) { chartSelected(index); };
 }
 
-void HistoryViewController::connect() {
-  const auto self = weak_from_this();
-  quotesInquiry_->answerHandler = [self](const MarketInquiry::Answer& answer) {
-    if (const auto living = self.lock()) {
-      living->quotesDidArrive(answer);
-    }
-  };
-  eventsInquiry_->answerHandler = [self](const MarketInquiry::Answer& answer) {
-    if (const auto living = self.lock()) {
-      living->eventsDidArrive(answer);
-    }
-  };
-  quotesInquiry_->changeHandler = eventsInquiry_->changeHandler = [self] {
-    if (const auto living = self.lock()) {
-      living->changeHandler();
-    }
-  };
-  datesPicker.action = [self] {
-    if (const auto living = self.lock()) {
-      living->reload();
-    }
-  };
+const std::vector<Quote>& HistoryViewController::shownQuotes() const {
+  return table_.quotes();
 }
 
-void HistoryViewController::setCurrentEquity(EquityPointer equity) {
-  const bool isAnother = currentEquity_ != equity;
-  currentEquity_ = std::move(equity);
-  if (isAnother) {
-    allEquityEvents_.clear();
-    currentQuery_.reset();
-    showQuotes(currentEquity_, {}, "");
-  }
-  isFetchDue_ = true;
-  if (isShown_) {
-    fetch();
-  } else {
-    quotesInquiry_->stop();
-    eventsInquiry_->stop();
-  }
-}
-
-void HistoryViewController::setShown(bool isShown) {
-  isShown_ = isShown;
-  if (isShown_ && isFetchDue_) {
-    fetch();
-  }
-}
-
-void HistoryViewController::reload() {
-  if (isShown_) {
-    fetchQuotes();
-  } else {
-    isFetchDue_ = true;
-  }
-}
-
-void HistoryViewController::fetch() {
-  isFetchDue_ = false;
-  fetchQuotes();
-  fetchEvents();
+void HistoryViewController::forgetAnswers() {
+  allEquityEvents_.clear();
+  currentQuery_.reset();
+  showQuotes(currentEquity_, {}, "");
 }
 
 void HistoryViewController::fetchQuotes() {
-  if (currentEquity_ == nullptr || currentEquity_->quoteProvider.expired()) {
+  if (!canAsk()) {
     quotesInquiry_->stop();
     return;
   }
   table_.setMarksFetchedRows(
       surroundings_.defaults->boolean("indicateFetchedRows").value_or(false));
   preparePicker();
-  quotesInquiry_->ask([self = weak_from_this()] {
-    const auto living = self.lock();
-    return living == nullptr ? std::nullopt : living->makeQuotesQuery();
-  });
+  askForQuotes();
 }
 
 /// Days to come have no prices, and what today is depends on the exchange.
@@ -167,17 +113,6 @@ void HistoryViewController::preparePicker() {
   datesPicker.setDates(from, to);
 }
 
-void HistoryViewController::fetchEvents() {
-  eventsInquiry_->ask([self = weak_from_this()]() -> std::optional<QuoteQuery> {
-    const auto living = self.lock();
-    if (living == nullptr || living->currentEquity_ == nullptr) {
-      return std::nullopt;
-    }
-    return QuoteQuery{living->currentEquity_, living->currentEquity_->fullDateRange(),
-                      QuoteQuery::EventsOnly{PriceAdjustment::marketNominal}};
-  });
-}
-
 std::optional<QuoteQuery> HistoryViewController::makeQuotesQuery() const {
   if (currentEquity_ == nullptr) {
     return std::nullopt;
@@ -197,13 +132,7 @@ void HistoryViewController::quotesDidArrive(const MarketInquiry::Answer& answer)
   if (!result || !result->quotes) {
     currentQuery_.reset();
     showQuotes(currentEquity_, {}, "No prices could be had.");
-    const ErrorPointer error =
-        result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
-               : result.error();
-    // Where the network is missing the line with the status says so, as long as it is so.
-    if (!answer.isRepeatedFailure && !MarketInquiry::isForWantOfNetwork(*error)) {
-      surroundings_.presentError(*error);
-    }
+    presentFailure(answer);
     return;
   }
   currentQuery_ = answer.query;
@@ -213,11 +142,8 @@ void HistoryViewController::quotesDidArrive(const MarketInquiry::Answer& answer)
 void HistoryViewController::eventsDidArrive(const MarketInquiry::Answer& answer) {
   const Result<QuoteFetchResult>& result = answer.result;
   allEquityEvents_ = result && result->events ? *result->events : std::vector<EquityEvent>();
-  refreshNote();
-  // A split that has just become known makes the stored prices on the screen those of before.
-  if (quotesInquiry_->isOutdated()) {
-    quotesInquiry_->askAgain();
-  }
+  refreshAdjustmentText(allEquityEvents_);
+  askAgainIfOutdated();
 }
 
 void HistoryViewController::showQuotes(const EquityPointer& equity, std::vector<Quote> quotes,
@@ -231,14 +157,8 @@ void HistoryViewController::showQuotes(const EquityPointer& equity, std::vector<
   if (table_.quotes().empty()) {
     chart.clear();
   }
-  refreshNote();
+  refreshAdjustmentText(allEquityEvents_);
   rowsChangeHandler();
-}
-
-void HistoryViewController::refreshNote() {
-  priceAdjustmentText_ =
-      Formatting::priceAdjustmentNote(AppDelegate::selectedPriceAdjustment(*surroundings_.defaults),
-                                      table_.quotes(), allEquityEvents_);
 }
 
 std::optional<std::size_t> HistoryViewController::rowToScrollTo() const {
@@ -273,15 +193,6 @@ AttributedText HistoryViewController::tooltip(std::size_t index) const {
   }
   return text.append(
       Formatting::quoteDateRangeText(quote, *currentEquity_, *surroundings_.defaults));
-}
-
-std::string HistoryViewController::statusText() const {
-  return currentEquity_ == nullptr
-             ? ""
-             : marketStatusText(*quotesInquiry_,
-                                table_.quotes().empty()
-                                    ? std::nullopt
-                                    : std::optional(table_.quotes().back().toDate));
 }
 
 }  // namespace corvane

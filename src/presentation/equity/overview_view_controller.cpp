@@ -86,63 +86,13 @@ std::shared_ptr<OverviewViewController> OverviewViewController::make(
 
 OverviewViewController::OverviewViewController(Passkey /*passkey*/,
                                                const ScreenSurroundings& surroundings)
-    : surroundings_(surroundings),
-      eventsTable_(*surroundings.defaults),
-      quotesInquiry_(MarketInquiry::make(surroundings.now)),
-      eventsInquiry_(MarketInquiry::make(surroundings.now)) {
+    : EquityMarketTab(surroundings), eventsTable_(*surroundings.defaults) {
   chart.tooltipProvider = [this](std::size_t index) { return tooltip(index); };
-}
-
-void OverviewViewController::connect() {
-  const auto self = weak_from_this();
-  quotesInquiry_->answerHandler = [self](const MarketInquiry::Answer& answer) {
-    if (const auto living = self.lock()) {
-      living->quotesDidArrive(answer);
-    }
-  };
-  eventsInquiry_->answerHandler = [self](const MarketInquiry::Answer& answer) {
-    if (const auto living = self.lock()) {
-      living->eventsDidArrive(answer);
-    }
-  };
-  quotesInquiry_->changeHandler = eventsInquiry_->changeHandler = [self] {
-    if (const auto living = self.lock()) {
-      living->changeHandler();
-    }
-  };
-}
-
-void OverviewViewController::setCurrentEquity(EquityPointer equity) {
-  const bool isAnother = currentEquity_ != equity;
-  currentEquity_ = std::move(equity);
-  if (isAnother) {
-    clearQuotes();
-    eventsTable_.setEvents(currentEquity_, {});
-    eventsChangeHandler();
-  }
-  isFetchDue_ = true;
-  if (isShown_) {
-    fetch();
-  } else {
-    quotesInquiry_->stop();
-    eventsInquiry_->stop();
-  }
-}
-
-void OverviewViewController::setShown(bool isShown) {
-  isShown_ = isShown;
-  if (isShown_ && isFetchDue_) {
-    fetch();
-  }
 }
 
 void OverviewViewController::selectPeriod(std::size_t segment) {
   selectedPeriod_ = std::min(segment, periodPresets.size() - 1);
-  if (isShown_) {
-    fetchQuotes();
-  } else {
-    isFetchDue_ = true;
-  }
+  reload();
   changeHandler();
 }
 
@@ -153,30 +103,24 @@ void OverviewViewController::equityDidRefresh() {
   }
 }
 
-void OverviewViewController::fetch() {
-  isFetchDue_ = false;
-  fetchQuotes();
-  eventsInquiry_->ask([self = weak_from_this()]() -> std::optional<QuoteQuery> {
-    const auto living = self.lock();
-    if (living == nullptr || living->currentEquity_ == nullptr) {
-      return std::nullopt;
-    }
-    return QuoteQuery{living->currentEquity_, living->currentEquity_->fullDateRange(),
-                      QuoteQuery::EventsOnly{PriceAdjustment::marketNominal}};
-  });
+const std::vector<Quote>& OverviewViewController::shownQuotes() const {
+  return currentQuotes_;
+}
+
+void OverviewViewController::forgetAnswers() {
+  clearQuotes();
+  eventsTable_.setEvents(currentEquity_, {});
+  eventsChangeHandler();
 }
 
 void OverviewViewController::fetchQuotes() {
-  if (currentEquity_ == nullptr || currentEquity_->quoteProvider.expired()) {
+  if (!canAsk()) {
     quotesInquiry_->stop();
     clearQuotes();
     changeHandler();
     return;
   }
-  quotesInquiry_->ask([self = weak_from_this()] {
-    const auto living = self.lock();
-    return living == nullptr ? std::nullopt : living->makeQuotesQuery();
-  });
+  askForQuotes();
 }
 
 std::optional<QuoteQuery> OverviewViewController::makeQuotesQuery() const {
@@ -208,13 +152,7 @@ void OverviewViewController::quotesDidArrive(const MarketInquiry::Answer& answer
     clearQuotes();
     chart.noDataText = "No prices could be had.";
     chart.changeHandler();
-    const ErrorPointer error =
-        result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
-               : result.error();
-    // Where the network is missing the line with the status says so, as long as it is so.
-    if (!answer.isRepeatedFailure && !MarketInquiry::isForWantOfNetwork(*error)) {
-      surroundings_.presentError(*error);
-    }
+    presentFailure(answer);
     return;
   }
   if (seeksSession(answer.query) && answer.query.dateRange.isEmpty()) {
@@ -238,9 +176,7 @@ void OverviewViewController::quotesDidArrive(const MarketInquiry::Answer& answer
 void OverviewViewController::eventsDidArrive(const MarketInquiry::Answer& answer) {
   const Result<QuoteFetchResult>& result = answer.result;
   if (!result || !result->events) {
-    const ErrorPointer error =
-        result ? QuoteProviderError(QuoteProviderError::QueryNotSatisfied{}).copy()
-               : result.error();
+    const ErrorPointer error = failureOf(answer);
     const bool isToldAlready = answer.isRepeatedFailure || (quotesInquiry_->failure() != nullptr &&
                                                             *quotesInquiry_->failure() == *error);
     if (!isToldAlready && !MarketInquiry::isForWantOfNetwork(*error)) {
@@ -249,12 +185,9 @@ void OverviewViewController::eventsDidArrive(const MarketInquiry::Answer& answer
     return;
   }
   eventsTable_.setEvents(currentEquity_, *result->events);
-  refreshAdjustmentText();
+  refreshAdjustmentText(eventsTable_.allEquityEvents());
   eventsChangeHandler();
-  // A split that has just become known makes the stored prices on the screen those of before.
-  if (quotesInquiry_->isOutdated()) {
-    quotesInquiry_->askAgain();
-  }
+  askAgainIfOutdated();
 }
 
 void OverviewViewController::clearQuotes() {
@@ -282,13 +215,7 @@ void OverviewViewController::refreshLabels(const QuoteQuery& query) {
   if (!range.isEmpty() && !equity.calendar.isDateInSameDay(first, range.upper())) {
     dateRangeText_ += " – " + formatter.string(range.upper());
   }
-  refreshAdjustmentText();
-}
-
-void OverviewViewController::refreshAdjustmentText() {
-  priceAdjustmentText_ =
-      Formatting::priceAdjustmentNote(AppDelegate::selectedPriceAdjustment(*surroundings_.defaults),
-                                      currentQuotes_, eventsTable_.allEquityEvents());
+  refreshAdjustmentText(eventsTable_.allEquityEvents());
 }
 
 AttributedText OverviewViewController::tooltip(std::size_t index) const {
@@ -309,14 +236,6 @@ AttributedText OverviewViewController::tooltip(std::size_t index) const {
                                 .timeStyle = DateFormatter::Style::shortStyle,
                                 .timeZone = shownTimeZone(equity, *surroundings_.defaults)};
   return text.append("\n" + formatter.string(quote.toDate));
-}
-
-std::string OverviewViewController::statusText() const {
-  return currentEquity_ == nullptr
-             ? ""
-             : marketStatusText(*quotesInquiry_, currentQuotes_.empty()
-                                                     ? std::nullopt
-                                                     : std::optional(currentQuotes_.back().toDate));
 }
 
 void OverviewViewController::setShowsSplits(bool shows) {

@@ -71,6 +71,38 @@ RowFigures figuresIn(const StatementRow& row, const Calendar& calendar) {
   return figures;
 }
 
+struct PreviewLine {
+  const StatementRow& row;
+  RowFigures figures;
+};
+
+template <auto StatementRow::*text>
+AttributedText rowTextCell(const PreviewLine& line) {
+  return AttributedText(std::string(line.row.*text));
+}
+
+template <std::string RowFigures::*text>
+AttributedText figureCell(const PreviewLine& line) {
+  return AttributedText(line.figures.*text);
+}
+
+constexpr std::array<ColumnOf<PreviewLine>, 10> previewColumns = {{
+    {{"line", "Line", true},
+     [](const PreviewLine& line) { return AttributedText(std::to_string(line.row.line)); }},
+    {{"verdict", "Verdict"},
+     [](const PreviewLine& line) {
+       return AttributedText(std::string(displayName(line.row.verdict)));
+     }},
+    {{"day", "Day"}, figureCell<&RowFigures::day>},
+    {{"kind", "Kind"}, rowTextCell<&StatementRow::kind>},
+    {{"symbol", "Symbol"}, rowTextCell<&StatementRow::symbol>},
+    {{"shares", "Shares", true}, figureCell<&RowFigures::shares>},
+    {{"amount", "Amount", true}, figureCell<&RowFigures::amount>},
+    {{"currency", "Currency"}, figureCell<&RowFigures::currency>},
+    {{"rate", "Rate"}, rowTextCell<&StatementRow::rate>},
+    {{"reason", "Reason"}, rowTextCell<&StatementRow::reason>},
+}};
+
 }  // namespace
 
 StatementPreviewController::StatementPreviewController(const std::filesystem::path& file,
@@ -340,30 +372,15 @@ std::string StatementPreviewController::summary() const {
 }
 
 const std::vector<TableColumn>& StatementPreviewController::columns() const {
-  static const std::vector<TableColumn> all = {
-      {"line", "Line", true},     {"verdict", "Verdict"},   {"day", "Day"},
-      {"kind", "Kind"},           {"symbol", "Symbol"},     {"shares", "Shares", true},
-      {"amount", "Amount", true}, {"currency", "Currency"}, {"rate", "Rate"},
-      {"reason", "Reason"}};
-  return all;
+  static const std::vector<TableColumn> columns = columnsOf(previewColumns);
+  return columns;
 }
 
 AttributedText StatementPreviewController::cell(std::size_t row, std::size_t column) const {
   const StatementRow& shown = *rows_.at(row);
   const auto manager = portfolio_->manager.lock();
-  const RowFigures figures =
-      figuresIn(shown, manager == nullptr ? Calendar::current() : manager->calendar);
-  const std::vector<std::string> texts = {std::to_string(shown.line),
-                                          std::string(displayName(shown.verdict)),
-                                          figures.day,
-                                          shown.kind,
-                                          shown.symbol,
-                                          figures.shares,
-                                          figures.amount,
-                                          figures.currency,
-                                          shown.rate,
-                                          shown.reason};
-  return AttributedText(texts.at(column));
+  return previewColumns.at(column).cell(
+      {shown, figuresIn(shown, manager == nullptr ? Calendar::current() : manager->calendar)});
 }
 
 bool StatementPreviewController::isTicked(std::size_t row) const {

@@ -27,7 +27,7 @@ class StatementPreviewController final : public TableModel {
                              const std::filesystem::path& memoryFolder);
   StatementPreviewController(const StatementPreviewController&) = delete;
   StatementPreviewController& operator=(const StatementPreviewController&) = delete;
-  ~StatementPreviewController();
+  ~StatementPreviewController() override;
 
   /// Called when something else is to be shown.
   std::function<void()> changeHandler;

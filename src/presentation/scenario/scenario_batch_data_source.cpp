@@ -1,5 +1,6 @@
 #include "presentation/scenario/scenario_batch_data_source.h"
 
+#include <array>
 #include <utility>
 
 #include "core/market/frozen_equity.h"
@@ -18,14 +19,43 @@ constexpr double barWidth = 0.85;
 constexpr double holdingShift = 0.1;  // to the left, so that it shows behind the strategy's bar
 constexpr double holdingOpacity = 0.25;
 
-std::vector<ScenarioDataSource::ColumnSpec> batchColumns() {
-  return {{"date", "Period", false, 1000, 100, 250},
-          {"tradingDays", "# of Days", true, 90, 90, 120},
-          {"totalValue", "Final Value", true, 90, 90, 120},
-          {"netMoneyGain", "Gain/Loss", true, 90, 90, 120},
-          {"netPercentGain", "Gain/Loss", true, 90, 90, 120},
-          {"approxARR", "Annualized", true, 90, 90, 120}};
+struct BatchRow {
+  const BatchResult& result;
+  const EquityInfo* equity;  ///< null once the run is forgotten
+  const UserDefaults& defaults;
+  const std::optional<DecimalNumberFormatter>& money;
+};
+
+std::string batchPeriodText(const BatchResult& result, const EquityInfo* equity,
+                            const UserDefaults& defaults) {
+  return equity == nullptr ? std::string(absentValue)
+                           : Formatting::dateRangeText(result.dateRange, *equity, defaults);
 }
+
+constexpr std::array<ScenarioDataSource::ColumnSpecOf<BatchRow>, 6> batchColumns = {{
+    {{"date", "Period", false, 1000, 100, 250},
+     [](const BatchRow& row) {
+       return AttributedText(batchPeriodText(row.result, row.equity, row.defaults));
+     }},
+    {{"tradingDays", "# of Days", true, 90, 90, 120},
+     [](const BatchRow& row) {
+       return numericCell(std::to_string(row.result.analysis.totalTradingDays));
+     }},
+    {{"totalValue", "Final Value", true, 90, 90, 120},
+     [](const BatchRow& row) {
+       return scenarioMoneyCell(row.result.analysis.portfolio->currentValue(), row.money);
+     }},
+    {{"netMoneyGain", "Gain/Loss", true, 90, 90, 120},
+     [](const BatchRow& row) {
+       return scenarioMoneyCell(row.result.analysis.netGain(), row.money);
+     }},
+    {{"netPercentGain", "Gain/Loss", true, 90, 90, 120},
+     [](const BatchRow& row) { return scenarioReturnCell(row.result.strategyPeriodReturn); }},
+    // Scaled by the days on which the exchange was open: trading days turn at another hour, and a
+    // year would be too short by those that a session has been cut into.
+    {{"approxARR", "Annualized", true, 90, 90, 120},
+     [](const BatchRow& row) { return scenarioReturnCell(row.result.strategyAnnualizedReturn); }},
+}};
 
 Colour gainColour() {
   return Colour::Name::systemGreen;
@@ -54,7 +84,7 @@ std::optional<std::string> ScenarioBatchDataSource::NoBatchMethodError::descript
 }
 
 ScenarioBatchDataSource::ScenarioBatchDataSource(const UserDefaults& defaults)
-    : ScenarioDataSource(batchColumns()), defaults_(defaults) {}
+    : ScenarioDataSource(batchColumns), defaults_(defaults) {}
 
 void ScenarioBatchDataSource::beginAnalysis(const EquityPointer& equity, std::vector<Quote> quotes,
                                             const Decimal& initialInvestment,
@@ -94,35 +124,13 @@ void ScenarioBatchDataSource::reset() {
 }
 
 std::string ScenarioBatchDataSource::periodText(const BatchResult& result) const {
-  return equity_ == nullptr ? "—"
-                            : Formatting::dateRangeText(result.dateRange, *equity_, defaults_);
+  return batchPeriodText(result, equity_.get(), defaults_);
 }
 
 std::optional<AttributedText> ScenarioBatchDataSource::cellValue(std::string_view ident,
                                                                  std::size_t row) const {
-  const BatchResult& result = *results().at(row);
-  const ScenarioAnalyzer::Analysis& analysis = result.analysis;
-  if (ident == "date") {
-    return AttributedText(periodText(result));
-  }
-  if (ident == "tradingDays") {
-    return numericCell(std::to_string(analysis.totalTradingDays));
-  }
-  if (ident == "totalValue") {
-    return moneyCell(analysis.portfolio->currentValue());
-  }
-  if (ident == "netMoneyGain") {
-    return moneyCell(analysis.netGain());
-  }
-  if (ident == "netPercentGain") {
-    return percentCell(result.strategyPeriodReturn);
-  }
-  if (ident == "approxARR") {
-    // Scaled by the days on which the exchange was open: trading days turn at another hour, and a
-    // year would be too short by those that a session has been cut into.
-    return percentCell(result.strategyAnnualizedReturn);
-  }
-  return AttributedText("—");
+  return cellOf<BatchRow>(batchColumns, ident,
+                          {*results().at(row), equity_.get(), defaults_, currencyFormatter});
 }
 
 void ScenarioBatchDataSource::configureChart(FiscalChartView& chart) const {

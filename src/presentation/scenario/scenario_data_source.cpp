@@ -2,13 +2,9 @@
 
 #include <utility>
 
-#include "presentation/scenario/scenario_text.h"
-#include "presentation/text/table_text.h"
-
 namespace corvane {
 namespace {
 
-constexpr std::string_view absentValue = "—";
 constexpr double labelSteps = 10'000;  // a hundredth of a percent
 
 }  // namespace
@@ -21,11 +17,14 @@ ScenarioDataSource::ScenarioDataSource(std::vector<ColumnSpec> columns)
   }
 }
 
+// Those derived from it keep what they are given.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 void ScenarioDataSource::beginAnalysis(const EquityPointer& /*equity*/,
                                        std::vector<Quote> /*quotes*/,
                                        const Decimal& /*initialInvestment*/,
                                        const InvestmentStrategy& /*strategy*/,
                                        Completion /*completion*/) {}
+// NOLINTEND(performance-unnecessary-value-param)
 
 AttributedText ScenarioDataSource::cell(std::size_t row, std::size_t column) const {
   return cellValue(tableColumnSpecs_.at(column).ident, row).value_or(AttributedText());
@@ -63,16 +62,6 @@ std::string ScenarioDataSource::stringForValue(double value) {
   }
   const Decimal number = Decimal::fromDouble(value);
   return returnText(number).value_or(number.description());
-}
-
-AttributedText ScenarioDataSource::moneyCell(const Decimal& amount) const {
-  return numericCell(currencyFormatter
-                         ? currencyFormatter->string(amount).value_or(std::string(absentValue))
-                         : std::string(absentValue));
-}
-
-AttributedText ScenarioDataSource::percentCell(const Decimal& rate) {
-  return numericCell(returnText(rate).value_or(std::string(absentValue)));
 }
 
 }  // namespace corvane

@@ -1,6 +1,8 @@
 // What the two scenario screens show, as a table and as a chart: the base of both sources.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -14,6 +16,7 @@
 #include "core/strategy/investment_strategy.h"
 #include "presentation/charts/fiscal_chart_view.h"
 #include "presentation/controls/table_model.h"
+#include "presentation/scenario/scenario_text.h"
 
 namespace corvane {
 
@@ -33,10 +36,20 @@ class ScenarioDataSource : public TableModel {
     int minWidth = 0;
     int maxWidth = 0;
   };
+  /// A column with what stands in it, for rows that are told by a `Row`.
+  template <typename Row>
+  struct ColumnSpecOf {
+    ColumnSpec column;
+    AttributedText (*cell)(const Row&);
+  };
   /// Told the error of the run; null for success.
   using Completion = std::function<void(ErrorPointer)>;
 
   explicit ScenarioDataSource(std::vector<ColumnSpec> columns);
+  /// Of a table of columns that are known when the program is compiled.
+  template <typename Row, std::size_t count>
+  explicit ScenarioDataSource(const std::array<ColumnSpecOf<Row>, count>& table)
+      : ScenarioDataSource(specsOf(table)) {}
   ScenarioDataSource(const ScenarioDataSource&) = delete;
   ScenarioDataSource& operator=(const ScenarioDataSource&) = delete;
 
@@ -83,11 +96,27 @@ class ScenarioDataSource : public TableModel {
   [[nodiscard]] static std::string stringForValue(double value);
 
  protected:
-  [[nodiscard]] AttributedText moneyCell(const Decimal& amount) const;
-  /// "—" for what is no number.
-  [[nodiscard]] static AttributedText percentCell(const Decimal& rate);
+  /// The text of the cell of `row` in the column `ident` of `table`; "—" where it has no such
+  /// column.
+  template <typename Row, std::size_t count>
+  [[nodiscard]] static AttributedText cellOf(const std::array<ColumnSpecOf<Row>, count>& table,
+                                             std::string_view ident, const Row& row) {
+    const auto column = std::ranges::find(
+        table, ident, [](const ColumnSpecOf<Row>& each) { return each.column.ident; });
+    return column == table.end() ? AttributedText(std::string(absentValue)) : column->cell(row);
+  }
 
  private:
+  template <typename Row, std::size_t count>
+  [[nodiscard]] static std::vector<ColumnSpec> specsOf(
+      const std::array<ColumnSpecOf<Row>, count>& table) {
+    std::vector<ColumnSpec> specs;
+    for (const ColumnSpecOf<Row>& each : table) {
+      specs.push_back(each.column);
+    }
+    return specs;
+  }
+
   const std::vector<ColumnSpec> tableColumnSpecs_;
   std::vector<TableColumn> columns_;
 };

@@ -1,6 +1,7 @@
 #include "presentation/scenario/scenario_detail_data_source.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <utility>
@@ -20,17 +21,6 @@ using Row = ScenarioPortfolio::Transaction;
 
 constexpr double circleRadius = 8;
 
-std::vector<ScenarioDataSource::ColumnSpec> detailColumns() {
-  return {{"date", "Date", false, 1000, 100, 250},
-          {"transaction", "Transaction", false, 80, 80, 120},
-          {"quantity", "Qty", true, 60, 60, 120},
-          {"price", "Price", true, 90, 90, 120},
-          {"netShares", "Net Qty", true, 60, 60, 120},
-          {"netEquity", "Net Equity", true, 90, 90, 120},
-          {"netCash", "Net Cash", true, 90, 90, 120},
-          {"totalValue", "Total Value", true, 90, 90, 120}};
-}
-
 Decimal quantityOf(const Row& row) {
   const auto* trade = std::get_if<BasicTransaction::Trade>(&row.basic.kind);
   return trade == nullptr ? Decimal() : trade->sharesAdded;
@@ -47,6 +37,46 @@ Decimal totalValueOf(const Row& row) {
 ScenarioEventLook lookOf(const Row& row) {
   return scenarioEventLook(row.eventType.value_or(Row::EventType::open));
 }
+
+/// Where there was no price at all, the close of the books has no day.
+std::string eventDayText(Date date, const DateFormatter& formatter) {
+  return date == Date::distantPast() ? std::string(absentValue) : formatter.string(date);
+}
+
+struct EventLine {
+  const Row& row;
+  const DateFormatter& dates;
+  const std::optional<DecimalNumberFormatter>& money;
+};
+
+AttributedText scenarioEventCell(const EventLine& line) {
+  const ScenarioEventLook look = lookOf(line.row);
+  return AttributedText("●", {.colour = look.colour}).append(" " + std::string(look.label));
+}
+
+constexpr std::array<ScenarioDataSource::ColumnSpecOf<EventLine>, 8> eventLineColumns = {{
+    {{"date", "Date", false, 1000, 100, 250},
+     [](const EventLine& line) {
+       return AttributedText(eventDayText(line.row.settlementDate(), line.dates));
+     }},
+    {{"transaction", "Transaction", false, 80, 80, 120}, scenarioEventCell},
+    {{"quantity", "Qty", true, 60, 60, 120},
+     [](const EventLine& line) { return numericCell(quantityOf(line.row).description()); }},
+    {{"price", "Price", true, 90, 90, 120},
+     [](const EventLine& line) {
+       return scenarioMoneyCell(line.row.mostRecentSharePrice, line.money);
+     }},
+    {{"netShares", "Net Qty", true, 60, 60, 120},
+     [](const EventLine& line) { return numericCell(line.row.runningNetShares.description()); }},
+    {{"netEquity", "Net Equity", true, 90, 90, 120},
+     [](const EventLine& line) { return scenarioMoneyCell(netEquityOf(line.row), line.money); }},
+    {{"netCash", "Net Cash", true, 90, 90, 120},
+     [](const EventLine& line) {
+       return scenarioMoneyCell(line.row.cashNet.value_or(0), line.money);
+     }},
+    {{"totalValue", "Total Value", true, 90, 90, 120},
+     [](const EventLine& line) { return scenarioMoneyCell(totalValueOf(line.row), line.money); }},
+}};
 
 const Row& rowOf(const TransactionPointer& pointer) {
   return dynamic_cast<const Row&>(*pointer);
@@ -145,7 +175,7 @@ struct ScenarioDetailDataSource::Outcome {
 };
 
 ScenarioDetailDataSource::ScenarioDetailDataSource(const UserDefaults& defaults)
-    : ScenarioDataSource(detailColumns()), defaults_(defaults) {}
+    : ScenarioDataSource(eventLineColumns), defaults_(defaults) {}
 
 ScenarioDetailDataSource::~ScenarioDetailDataSource() {
   ScenarioDetailDataSource::reset();
@@ -283,39 +313,13 @@ const Row& ScenarioDetailDataSource::rowAt(std::size_t row) const {
 }
 
 std::string ScenarioDetailDataSource::dateText(Date date) const {
-  // Where there was no price at all, the close of the books has no day.
-  return date == Date::distantPast() ? "—" : dateFormatter_.string(date);
+  return eventDayText(date, dateFormatter_);
 }
 
 std::optional<AttributedText> ScenarioDetailDataSource::cellValue(std::string_view ident,
                                                                   std::size_t row) const {
-  const Row& shown = rowAt(row);
-  if (ident == "date") {
-    return AttributedText(dateText(shown.settlementDate()));
-  }
-  if (ident == "transaction") {
-    const ScenarioEventLook look = lookOf(shown);
-    return AttributedText("●", {.colour = look.colour}).append(" " + std::string(look.label));
-  }
-  if (ident == "quantity") {
-    return numericCell(quantityOf(shown).description());
-  }
-  if (ident == "price") {
-    return moneyCell(shown.mostRecentSharePrice);
-  }
-  if (ident == "netShares") {
-    return numericCell(shown.runningNetShares.description());
-  }
-  if (ident == "netEquity") {
-    return moneyCell(netEquityOf(shown));
-  }
-  if (ident == "netCash") {
-    return moneyCell(shown.cashNet.value_or(0));
-  }
-  if (ident == "totalValue") {
-    return moneyCell(totalValueOf(shown));
-  }
-  return AttributedText("—");
+  return cellOf<EventLine>(eventLineColumns, ident,
+                           {rowAt(row), dateFormatter_, currencyFormatter});
 }
 
 void ScenarioDetailDataSource::configureChart(FiscalChartView& chart) const {

@@ -1,6 +1,6 @@
 #include "presentation/scenario/scenario_text.h"
 
-#include "core/money/decimal_number_formatter.h"
+#include "presentation/text/table_text.h"
 
 namespace corvane {
 
@@ -11,6 +11,16 @@ std::optional<std::string> returnText(const Decimal& rate) {
   percent.minimumFractionDigits = 2;
   percent.maximumFractionDigits = 2;
   return percent.string(rate);
+}
+
+AttributedText scenarioMoneyCell(const Decimal& amount,
+                                 const std::optional<DecimalNumberFormatter>& formatter) {
+  const auto text = formatter ? formatter->string(amount) : std::nullopt;
+  return numericCell(text.value_or(std::string(absentValue)));
+}
+
+AttributedText scenarioReturnCell(const Decimal& rate) {
+  return numericCell(returnText(rate).value_or(std::string(absentValue)));
 }
 
 ScenarioEventLook scenarioEventLook(ScenarioPortfolio::Transaction::EventType type) {

@@ -139,8 +139,7 @@ void MarketInquiry::askCache(const QuoteQuery& query, ErrorPointer error) {
       chain->cacheProvider, query,
       [self = weak_from_this(), generation = generation_, query,
        error = std::move(error)](Result<QuoteFetchResult> result) mutable {
-        DispatchQueue::main()->async([self, generation, query = std::move(query),
-                                      error = std::move(error),
+        DispatchQueue::main()->async([self, generation, query = query, error = std::move(error),
                                       result = std::move(result)]() mutable {
           const auto living = self.lock();
           if (living == nullptr || living->generation_ != generation) {

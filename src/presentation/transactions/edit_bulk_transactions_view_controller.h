@@ -43,7 +43,7 @@ class EditBulkTransactionsViewController {
   PortfolioPointer portfolio;
   /// Called with what the form has come to, or with nothing where the user cancelled or there is
   /// nothing to change. The caller closes the form.
-  std::function<void(std::optional<BulkRevision>)> completionHandler = [](auto) {};
+  std::function<void(std::optional<BulkRevision>)> completionHandler = [](const auto&) {};
   /// Called when there is something new to draw.
   std::function<void()> changeHandler = [] {};
 

@@ -65,7 +65,7 @@ class EditTransactionViewController {
   /// Called with what the form has come to, or with nothing where the user cancelled or the
   /// portfolio is gone. The caller closes the form, or keeps it open and calls
   /// prepareForAnother() where insertsAnother() says so.
-  std::function<void(std::optional<Placement>)> completionHandler = [](auto) {};
+  std::function<void(std::optional<Placement>)> completionHandler = [](const auto&) {};
   /// Shows why there is no order; the form stays open.
   std::function<void(const Error&)> presentError = [](const Error&) {};
   /// Called when there is something new to draw.

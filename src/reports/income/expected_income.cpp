@@ -13,7 +13,7 @@ namespace corvane {
 namespace {
 
 constexpr int yearsOfDividends = 3;
-constexpr int daysOfYear = 366;
+constexpr std::int64_t daysOfYear = 366;
 
 struct CalendarFetch {
   std::shared_ptr<DispatchQueue> queue =

@@ -46,7 +46,7 @@ std::optional<Decimal> medianOf(std::span<const SharePayment> payments) {
 
 /// 0.5 with two digits: amounts per share read as money does.
 std::string perShareText(const Decimal& amount) {
-  std::string text = amount.description();
+  const std::string text = amount.description();
   const std::size_t point = text.find('.');
   if (point == std::string::npos) {
     return text + ".00";

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/market/frozen_equity.h"
+#include "ledger/manager/portfolio_manager.h"
 
 namespace corvane {
 namespace {

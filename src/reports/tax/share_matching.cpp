@@ -122,24 +122,17 @@ class ShareMatcher {
         bookSale(i, pool);
         break;
       case TaxRow::Kind::journaled:
-        if (row.shares < 0) {
-          giveUp(pool, -row.shares);
-        } else {
-          pool.shares += row.shares;
-          pool.cost = inMinorUnits(pool.cost + row.amount);
-        }
+        pool.journal(row.shares, row.amount, rules_.currency);
         break;
       case TaxRow::Kind::split:
         bookSplit(row, pool);
         break;
       case TaxRow::Kind::reinvestedDistribution:
-        pool.cost = inMinorUnits(pool.cost + row.amount);
+        pool.addCost(row.amount, rules_.currency);
         break;
       case TaxRow::Kind::returnOfCapital:
-        pool.cost = inMinorUnits(pool.cost - row.amount);
-        if (pool.cost < 0) {
-          walk_.deemedGains.push_back({i, -pool.cost});
-          pool.cost = 0;
+        if (const Decimal beyond = pool.returnCost(row.amount, rules_.currency); beyond > 0) {
+          walk_.deemedGains.push_back({i, beyond});
         }
         break;
     }
@@ -153,8 +146,7 @@ class ShareMatcher {
       return;
     }
     if (day->unmatched > 0) {
-      pool.shares += day->unmatched;
-      pool.cost = inMinorUnits(pool.cost + day->cost * day->unmatched / day->shares);
+      pool.take(day->unmatched, day->cost * day->unmatched / day->shares, rules_.currency);
     }
     for (const auto& [portfolio, shares] : earlySales_[i]) {
       pending_[portfolio] -= shares;
@@ -191,7 +183,7 @@ class ShareMatcher {
     if (rest > 0) {
       const Decimal cost = pool.shares > 0 ? pool.cost * rest / pool.shares : Decimal();
       made.matches.push_back({Rule::pool, row.day, rest, cost});
-      giveUp(pool, rest);
+      pool.giveUp(rest, rules_.currency);
       made.superficial.isProvisional = rules_.today < made.superficial.to;
     }
     for (const TaxDisposal::Match& match : made.matches) {
@@ -201,12 +193,6 @@ class ShareMatcher {
     made.gain = inMinorUnits(row.amount - made.costDisposed);
     made.taxGain = made.gain;
     walk_.disposals.push_back(std::move(made));
-  }
-
-  void giveUp(TaxWalk::Pool& pool, const Decimal& shares) const {
-    const Decimal left = pool.shares - shares;
-    pool.cost = pool.shares > 0 ? inMinorUnits(pool.cost * left / pool.shares) : Decimal();
-    pool.shares = left;
   }
 
   struct EarlySale {

@@ -94,41 +94,27 @@ class TaxWalker {
     TaxWalk::Pool& pool = walk_.pools[row.holder];
     switch (row.kind) {
       case Kind::purchase:
-        pool.shares += row.shares;
-        pool.cost = inMinorUnits(pool.cost + row.amount);
+        pool.take(row.shares, row.amount, rules_.currency);
         break;
       case Kind::sale:
         walk_.disposals.push_back(disposal(i, pool));
-        giveUp(pool, row.shares);
+        pool.giveUp(row.shares, rules_.currency);
         break;
       case Kind::journaled:
-        if (row.shares < 0) {
-          giveUp(pool, -row.shares);
-        } else {
-          pool.shares += row.shares;
-          pool.cost = inMinorUnits(pool.cost + row.amount);
-        }
+        pool.journal(row.shares, row.amount, rules_.currency);
         break;
       case Kind::split:
         pool.shares += row.splitInto - row.splitFrom;
         break;
       case Kind::reinvestedDistribution:
-        pool.cost = inMinorUnits(pool.cost + row.amount);
+        pool.addCost(row.amount, rules_.currency);
         break;
       case Kind::returnOfCapital:
-        pool.cost = inMinorUnits(pool.cost - row.amount);
-        if (pool.cost < 0) {
-          walk_.deemedGains.push_back({i, -pool.cost});
-          pool.cost = 0;
+        if (const Decimal beyond = pool.returnCost(row.amount, rules_.currency); beyond > 0) {
+          walk_.deemedGains.push_back({i, beyond});
         }
         break;
     }
-  }
-
-  void giveUp(TaxWalk::Pool& pool, const Decimal& shares) const {
-    const Decimal left = pool.shares - shares;
-    pool.cost = pool.shares > 0 ? inMinorUnits(pool.cost * left / pool.shares) : Decimal();
-    pool.shares = left;
   }
 
   [[nodiscard]] TaxDisposal disposal(std::size_t i, const TaxWalk::Pool& pool) const {

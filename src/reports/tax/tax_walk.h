@@ -17,6 +17,7 @@
 #include "core/money/currency_amount.h"
 #include "core/money/year_month_day.h"
 #include "core/tax/tax_settings.h"
+#include "reports/tax/tax_pool.h"
 
 namespace corvane {
 
@@ -100,10 +101,7 @@ struct TaxDisposal {
 };
 
 struct TaxWalk {
-  struct Pool {
-    Decimal shares;
-    Decimal cost;
-  };
+  using Pool = TaxPool;
   struct DeemedGain {
     std::size_t row;
     Decimal amount;

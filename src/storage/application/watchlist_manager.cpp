@@ -206,7 +206,7 @@ void WatchlistManager::refreshRates(const WorkspaceModel& model, const EquitySet
 }
 
 void WatchlistManager::refreshEquitySet(EquitySet equities, const std::function<void()>& begins,
-                                        Ended ended) {
+                                        const Ended& ended) {
   while (!equities.empty()) {
     std::uniform_int_distribution<std::size_t> position(0, equities.size() - 1);
     const auto picked = std::next(equities.begin(), static_cast<std::ptrdiff_t>(position(random_)));

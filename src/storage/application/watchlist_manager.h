@@ -86,7 +86,8 @@ class WatchlistManager : public std::enable_shared_from_this<WatchlistManager> {
 
   /// Asks each provider for its part of `equities`. `begins` is called before each request, and
   /// `ended` after it on whatever thread.
-  void refreshEquitySet(EquitySet equities, const std::function<void()>& begins, Ended ended);
+  void refreshEquitySet(EquitySet equities, const std::function<void()>& begins,
+                        const Ended& ended);
   /// Refreshes what the portfolios of `model` need for a valuation beside `known`.
   void refreshRates(const WorkspaceModel& model, const EquitySet& known);
   void requestDidEnd(const ErrorPointer& error, std::optional<Date> nextRequestDate);

@@ -148,7 +148,7 @@ bool DocumentController::save(const std::shared_ptr<WorkspaceDocument>& document
 
 bool DocumentController::closeDocument(const std::shared_ptr<WorkspaceDocument>& document) {
   // A copy, since what is given may be the very place in the list that goes.
-  const auto closing = document;
+  const auto closing = document;  // NOLINT(performance-unnecessary-copy-initialization)
   if (closing->isDocumentEdited()) {
     switch (surroundings_.shell->askToSaveChanges(*closing)) {
       case DocumentShell::ChangesAnswer::save:

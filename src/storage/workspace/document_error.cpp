@@ -35,23 +35,23 @@ std::optional<std::string> DocumentError::description() const {
           [](NothingLoaded) {
             return std::string("The workspace could not be read, so there is nothing to save.");
           }},
-      case_);
+      which());
 }
 
 std::optional<std::string> DocumentError::recoverySuggestion() const {
-  if (std::holds_alternative<ChangedElsewhere>(case_)) {
+  if (std::holds_alternative<ChangedElsewhere>(which())) {
     return "Saving loses those changes. Save under another name to keep both.";
   }
-  if (std::holds_alternative<AlreadyExists>(case_)) {
+  if (std::holds_alternative<AlreadyExists>(which())) {
     return "Saving replaces what is there.";
   }
-  if (std::holds_alternative<Unreadable>(case_)) {
+  if (std::holds_alternative<Unreadable>(which())) {
     return "The file has been left as it is.";
   }
-  if (std::holds_alternative<Damaged>(case_)) {
+  if (std::holds_alternative<Damaged>(which())) {
     return "The file has been left as it is. Go back to a copy of the workspace.";
   }
-  if (std::holds_alternative<OpenElsewhere>(case_)) {
+  if (std::holds_alternative<OpenElsewhere>(which())) {
     return "Close it first, or save under another name.";
   }
   return std::nullopt;

@@ -11,8 +11,8 @@
 
 namespace corvane {
 
-class DocumentError : public ErrorValue<DocumentError> {
- public:
+/// The cases of DocumentError.
+struct DocumentErrorCases {
   /// The document cannot be kept as a file of this type.
   struct UnsupportedType {
     static constexpr std::string_view domain = "NSOSStatusErrorDomain";
@@ -54,23 +54,19 @@ class DocumentError : public ErrorValue<DocumentError> {
   };
   using Case = std::variant<UnsupportedType, ChangedElsewhere, AlreadyExists, OpenElsewhere,
                             Unreadable, Damaged, NothingLoaded>;
+};
 
-  explicit DocumentError(Case what) : case_(std::move(what)) {}
+class DocumentError : public VariantError<DocumentError, DocumentErrorCases> {
+ public:
+  using VariantError::VariantError;
 
-  [[nodiscard]] const Case& which() const { return case_; }
   /// Whether the user may decide to save all the same.
   [[nodiscard]] bool isAboutReplacing() const {
-    return std::holds_alternative<ChangedElsewhere>(case_) ||
-           std::holds_alternative<AlreadyExists>(case_);
+    return std::holds_alternative<ChangedElsewhere>(which()) ||
+           std::holds_alternative<AlreadyExists>(which());
   }
   [[nodiscard]] std::optional<std::string> description() const override;
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override;
-  [[nodiscard]] bool hasSameValues(const DocumentError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 }  // namespace corvane

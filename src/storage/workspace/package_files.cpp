@@ -6,7 +6,7 @@
 namespace corvane {
 
 std::optional<std::string> WorkspaceDocumentError::description() const {
-  const auto& [directory, number] = std::get<FileEnumerationError>(case_);
+  const auto& [directory, number] = std::get<FileEnumerationError>(which());
   return "The files of “" + directory.string() +
          "” cannot be listed: " + std::generic_category().message(number) + ".";
 }

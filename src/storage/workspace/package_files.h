@@ -14,9 +14,8 @@
 
 namespace corvane {
 
-/// Why a package could not be looked through.
-class WorkspaceDocumentError : public ErrorValue<WorkspaceDocumentError> {
- public:
+/// The cases of WorkspaceDocumentError.
+struct WorkspaceDocumentErrorCases {
   /// The folder is missing, is no folder, or cannot be listed.
   struct FileEnumerationError {
     std::filesystem::path directory;
@@ -24,18 +23,16 @@ class WorkspaceDocumentError : public ErrorValue<WorkspaceDocumentError> {
     friend bool operator==(const FileEnumerationError&, const FileEnumerationError&) = default;
   };
   using Case = std::variant<FileEnumerationError>;
+};
 
-  explicit WorkspaceDocumentError(Case what) : case_(std::move(what)) {}
+/// Why a package could not be looked through.
+class WorkspaceDocumentError
+    : public VariantError<WorkspaceDocumentError, WorkspaceDocumentErrorCases> {
+ public:
+  using VariantError::VariantError;
 
-  [[nodiscard]] const Case& which() const { return case_; }
   /// "The files of “/home/a/b” cannot be listed: Not a directory."
   [[nodiscard]] std::optional<std::string> description() const override;
-  [[nodiscard]] bool hasSameValues(const WorkspaceDocumentError& other) const {
-    return case_ == other.case_;
-  }
-
- private:
-  Case case_;
 };
 
 /// Operations on the flat files of a package. Folders inside are passed over, and so are empty

@@ -196,7 +196,7 @@ DateFormats makeDateFormats(const DateFormatter& settings) {
     Format format = makeFormat(readingPattern, language, readingZone, FormattingContext::unknown);
     if (format != nullptr) {
       format->setBooleanAttribute(UDAT_PARSE_PARTIAL_LITERAL_MATCH, false, status);
-      format->setLenient(settings.isLenient);
+      format->setLenient(static_cast<UBool>(settings.isLenient));
       formats.readers.push_back({std::move(format), takesPlainSeparators});
     }
   };

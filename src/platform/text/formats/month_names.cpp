@@ -3,7 +3,9 @@
 #include <unicode/dtfmtsym.h>
 #include <unicode/locid.h>
 
+#include <algorithm>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -34,9 +36,10 @@ void addNames(const std::string& language, MonthsByName& months) {
     for (const auto width : {Symbols::WIDE, Symbols::ABBREVIATED}) {
       std::int32_t count = 0;
       const icu::UnicodeString* names = symbols.getMonths(count, context, width);
-      for (int month = 0; month < count && month < 12; ++month) {
+      int month = 0;
+      for (const auto& name : std::span(names, static_cast<std::size_t>(std::min(count, 12)))) {
         // What an earlier language calls it counts.
-        months.emplace(plainName(toUtf8(names[month])), month + 1);
+        months.emplace(plainName(toUtf8(name)), ++month);
       }
     }
   }

@@ -28,6 +28,7 @@ CodePoint codePointAt(std::string_view text, std::size_t position) {
       static_cast<std::int32_t>(std::min<std::size_t>(text.size() - position, U8_MAX_LENGTH));
   std::int32_t length = 0;
   UChar32 value = 0;
+  // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): what the macro does
   U8_NEXT(text.data() + position, length, available, value);
   return value < 0 ? CodePoint{U_SENTINEL, 1} : CodePoint{value, static_cast<std::size_t>(length)};
 }

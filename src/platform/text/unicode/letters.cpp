@@ -18,6 +18,7 @@ char32_t takeCharacter(std::string_view& text) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   std::int32_t length = 0;
   UChar32 character = 0;
+  // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): what the macro does
   U8_NEXT_OR_FFFD(bytes, length, size, character);
   text.remove_prefix(static_cast<std::size_t>(length));
   return static_cast<char32_t>(character);
