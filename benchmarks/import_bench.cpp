@@ -98,11 +98,11 @@ void Import_rows(benchmark::State& state) {
       importer->reviewHandler = [](const ReadingQuestion&) { return ReadingAnswer::cancel; };
     }
     MainLoop::drain();
-    const ImportSource source(prepared().file());
+    auto source = std::make_shared<const ImportSource>(prepared().file());
     Progress progress;
     DispatchQueue::main()->async([&] {
       try {
-        runImportJob(source, *importer, progress);
+        runImportJob(std::move(source), *importer, progress);
       } catch (const Error& error) {
         state.SkipWithError(error.description().value_or("").c_str());
       }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 #include "platform/time/civil_day.h"
 #include "samplemarket/prices/currency_rates.h"
@@ -177,12 +178,47 @@ DailyHistory::DailyHistory(Instrument instrument, std::span<const Split> addedSp
       first_(calendar_->firstOpeningFrom(dayCount(instrument_.character.firstYear, 1, 1) *
                                          secondsPerDay)) {
   end = std::clamp(end, first_ + 1, sessions().size());
-  days_.reserve(end - first_);
   if (instrument_.kind == InstrumentKind::currencyPair) {
+    rateDays_.reserve(end - first_);
     makeRates(end);
   } else {
+    listedDays_.reserve(end - first_);
     makeListedDays(addedSplits, end);
   }
+}
+
+DailyHistory::ListedDay DailyHistory::packed(const TradingDay& day) {
+  const auto narrow = [](std::int64_t price) {
+    assert(std::in_range<std::int32_t>(price) && "a listed price is no rate of currencies");
+    return static_cast<std::int32_t>(price);
+  };
+  return {.open = narrow(day.open),
+          .high = narrow(day.high),
+          .low = narrow(day.low),
+          .close = narrow(day.close),
+          .previousClose = narrow(day.previousClose),
+          .isHalted = day.isHalted,
+          .volume = day.volume};
+}
+
+TradingDay DailyHistory::day(std::size_t session) const {
+  const std::size_t index = session - first_;
+  if (!rateDays_.empty()) {
+    const RateDay& rate = rateDays_[index];
+    return {.open = rate.open,
+            .high = rate.high,
+            .low = rate.low,
+            .close = rate.close,
+            .previousClose = rate.open};
+  }
+  const ListedDay& day = listedDays_[index];
+  return {.open = day.open,
+          .high = day.high,
+          .low = day.low,
+          .close = day.close,
+          .volume = day.volume,
+          .previousClose = day.previousClose,
+          .isHalted = day.isHalted};
 }
 
 void DailyHistory::makeListedDays(std::span<const Split> addedSplits, std::size_t end) {
@@ -208,7 +244,7 @@ void DailyHistory::makeListedDays(std::span<const Split> addedSplits, std::size_
     if (dividend > 0) {
       dividends_.push_back({session, dividend});
     }
-    days_.push_back(walk.next(session, shares, dividend));
+    listedDays_.push_back(packed(walk.next(session, shares, dividend)));
   }
 }
 
@@ -229,18 +265,15 @@ void DailyHistory::makeRates(std::size_t end) {
     const auto index = static_cast<std::int64_t>(session);
     base.advance();
     quote.advance();
-    const std::int64_t open = days_.empty() ? firstRate : days_.back().close;
+    const std::int64_t open = rateDays_.empty() ? firstRate : rateDays_.back().close;
     const std::int64_t close = rate();
     const auto reach = [&](Stream stream) { return std::abs(noise.normal(stream, index, 1500)); };
     const std::int64_t up = reach(isInverse ? lowReach : highReach);
     const std::int64_t down = reach(isInverse ? highReach : lowReach);
-    days_.push_back({.open = open,
-                     .high = scaled(std::max(open, close), million + up, million),
-                     .low = scaled(std::min(open, close), million, million + down),
-                     .close = close,
-                     .volume = 0,
-                     .previousClose = open,
-                     .isHalted = false});
+    rateDays_.push_back({.open = open,
+                         .high = scaled(std::max(open, close), million + up, million),
+                         .low = scaled(std::min(open, close), million, million + down),
+                         .close = close});
   }
 }
 

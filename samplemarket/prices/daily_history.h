@@ -59,21 +59,37 @@ class DailyHistory {
   [[nodiscard]] const std::vector<Session>& sessions() const { return calendar_->sessions(); }
 
   [[nodiscard]] std::size_t firstSession() const { return first_; }
-  [[nodiscard]] std::size_t endSession() const { return first_ + days_.size(); }
-  [[nodiscard]] const TradingDay& day(std::size_t session) const { return days_[session - first_]; }
+  [[nodiscard]] std::size_t endSession() const {
+    return first_ + listedDays_.size() + rateDays_.size();
+  }
+  [[nodiscard]] TradingDay day(std::size_t session) const;
 
   /// By date.
   [[nodiscard]] const std::vector<Split>& splits() const { return splits_; }
   [[nodiscard]] const std::vector<Dividend>& dividends() const { return dividends_; }
 
  private:
+  // There are thousands of days, and a program that has a market in it keeps them all the time.
+  /// A day of something listed, in ticks, of which the dearest share has millions.
+  struct ListedDay {
+    std::int32_t open, high, low, close, previousClose;
+    bool isHalted;
+    std::int64_t volume;
+  };
+  /// A day of a pair of currencies, whose ticks are finer.
+  struct RateDay {
+    std::int64_t open, high, low, close;
+  };
+
+  static ListedDay packed(const TradingDay& day);
   void makeListedDays(std::span<const Split> addedSplits, std::size_t end);
   void makeRates(std::size_t end);
 
   Instrument instrument_;
   const TradingCalendar* calendar_;
   std::size_t first_;
-  std::vector<TradingDay> days_;
+  std::vector<ListedDay> listedDays_;
+  std::vector<RateDay> rateDays_;
   std::vector<Split> splits_;
   std::vector<Dividend> dividends_;
 };

@@ -65,14 +65,15 @@ TradingCalendar::TradingCalendar(ExchangeID id) : exchange_(samplemarket::exchan
       };
       const int close =
           rest.halfDay.contains(day) ? exchange_.halfDayClose : regularClose(exchange_, day);
-      sessions_.push_back({.day = day,
+      sessions_.push_back({.day = static_cast<std::int32_t>(day),
+                           .gmtOffset = offset,
                            .preOpen = at(exchange_.preOpen),
                            .open = at(exchange_.open),
                            .close = at(close),
-                           .postClose = at(close + exchange_.postClose - exchange_.close),
-                           .gmtOffset = offset});
+                           .postClose = at(close + exchange_.postClose - exchange_.close)});
     }
   }
+  sessions_.shrink_to_fit();
 }
 
 std::size_t TradingCalendar::firstOpeningFrom(std::int64_t seconds) const {

@@ -14,12 +14,12 @@ inline constexpr std::int64_t secondsPerMinute = 60;
 
 /// One day's trading. Times are seconds since 1970.
 struct Session {
-  std::int64_t day;  ///< the day in the exchange's zone, counted as dayCount does
+  std::int32_t day;        ///< the day in the exchange's zone, counted as dayCount does
+  std::int32_t gmtOffset;  ///< of the exchange's zone on this day
   std::int64_t preOpen;
   std::int64_t open;
   std::int64_t close;
   std::int64_t postClose;
-  std::int32_t gmtOffset;  ///< of the exchange's zone on this day
 
   [[nodiscard]] int minutes() const { return static_cast<int>((close - open) / 60); }
 };

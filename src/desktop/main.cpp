@@ -169,7 +169,7 @@ int run(int argumentCount, char** arguments) {
   QApplication::setDesktopFileName(QStringLiteral("corvane"));
   const SystemAppearance system(
       [&](Appearance now, Contrast contrast) { theme::apply(application, now, contrast); });
-  theme::apply(application, system.appearance(), system.contrast());
+  theme::prepare(system.appearance(), system.contrast());
 
   if (line.usesSampleMarket) {
     // A look at the invented market changes nothing of the real thing, which opens what it had

@@ -20,6 +20,7 @@
 #include "core/market/quote_provider.h"
 #include "core/money/year_month_day.h"
 #include "desktop/charts/chart_data_dialog.h"
+#include "desktop/charts/chart_plot.h"
 #include "desktop/charts/pie_chart_widget.h"
 #include "desktop/charts/quote_thumbnail.h"
 #include "desktop/look/qt_text.h"
@@ -123,6 +124,31 @@ TEST_F(ChartWidgetTest, FollowsThePointerAndHidesItsPanel) {
   ASSERT_EQ(clicks.size(), 2U);
   EXPECT_TRUE(clicks[0]);
   EXPECT_FALSE(clicks[1]) << "below the plot";
+}
+
+TEST_F(ChartWidgetTest, KeepsNoPicturesThatNobodySees) {
+  auto* plot = static_cast<desktop::ChartPlot*>(widget.findChild<QCustomPlot*>());
+  const auto buffers = [&] { return plot->bufferCount(); };
+  ASSERT_TRUE(QTest::qWaitFor([&] { return buffers() == 1; }));
+  const QImage before = widget.grab().toImage();
+
+  press(Qt::Key_Right);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return buffers() == 2; })) << "the cursor has one of its own";
+  EXPECT_NE(widget.grab().toImage(), before);
+  press(Qt::Key_Escape);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return buffers() == 1; }));
+  EXPECT_EQ(widget.grab().toImage(), before);
+
+  widget.hide();
+  EXPECT_EQ(buffers(), 0);
+  chart.interactiveDataSet->entries.back().y = 500;
+  chart.changeHandler();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(buffers(), 0) << "what changes meanwhile is drawn when it is seen";
+  widget.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return buffers() == 1; }));
+  EXPECT_NE(widget.grab().toImage(), before);
 }
 
 TEST_F(ChartWidgetTest, SelectsASpanByDraggingAndByKeys) {

@@ -62,4 +62,8 @@ TEST_F(EndToEnd, KeepsALedgerByHand) {
   EXPECT_EQ(wordsOfFailure("every_entry.py' '" CORVANE_PROGRAMS "'"), "");
 }
 
+TEST_F(EndToEnd, TellsOfAFolderThatCannotBeUsed) {
+  EXPECT_EQ(wordsOfFailure("unusable_folders.py' '" CORVANE_PROGRAMS "'"), "");
+}
+
 }  // namespace

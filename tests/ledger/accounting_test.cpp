@@ -12,8 +12,9 @@ using Failure = PortfolioManagerError;
 /// "cash shares costBefore costAfter gain" of a row, "-" for what it has not.
 std::string figures(const TransactionPointer& row) {
   std::string text;
-  for (const auto& figure :
-       {row->cashNet, row->sharesNet, row->costBasePrior, row->costBaseNet(), row->capitalGain()}) {
+  for (const std::optional<Decimal>& figure : std::initializer_list<std::optional<Decimal>>{
+           row->cashNet, row->sharesNet, row->costBasePrior, row->costBaseNet(),
+           row->capitalGain()}) {
     text += (text.empty() ? "" : " ") + (figure ? figure->description() : "-");
   }
   return text;

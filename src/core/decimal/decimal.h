@@ -122,6 +122,7 @@ class Decimal {
   friend std::ostream& operator<<(std::ostream& out, const Decimal& value);
 
  private:
+  friend class OptionalDecimal;
   enum Flags : std::uint8_t { positive = 0, negative = 1, notANumber = 2 };
 
   constexpr Decimal(Mantissa mantissa, int exponent, Flags flags)

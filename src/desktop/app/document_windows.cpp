@@ -1,5 +1,6 @@
 #include "desktop/app/document_windows.h"
 
+#include <QApplication>
 #include <QFileInfo>
 #include <algorithm>
 
@@ -9,6 +10,7 @@
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::desktop {
@@ -68,6 +70,7 @@ std::shared_ptr<WorkspaceDocumentModelHaving> DocumentWindows::showWindow(
   if (window == nullptr) {
     window = makeWindow_(document);
   }
+  theme::complete(*qApp);
   bringToFront(*window);
   return window;
 }

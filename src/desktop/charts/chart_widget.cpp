@@ -20,6 +20,7 @@
 
 #include "desktop/charts/chart_data_dialog.h"
 #include "desktop/charts/chart_drawing.h"
+#include "desktop/charts/chart_plot.h"
 #include "desktop/charts/painted_item.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -134,7 +135,7 @@ bool writeFile(const QString& path, const QByteArray& bytes) {
 ChartWidget::ChartWidget(BaseChartView& chart, const QString& accessibleName, QWidget* parent)
     : QFrame(parent),
       chart_(chart),
-      plot_(new QCustomPlot),
+      plot_(new ChartPlot),
       noData_(new QLabel),
       tooltip_(makePanel(this, Qt::ToolTip | Qt::FramelessWindowHint)),
       selectionLabel_(makePanel(plot_, Qt::Widget)) {
@@ -150,9 +151,8 @@ ChartWidget::ChartWidget(BaseChartView& chart, const QString& accessibleName, QW
   plot_->setMouseTracking(true);
   plot_->installEventFilter(this);
   plot_->setNoAntialiasingOnDrag(false);
-  // So that a move of the pointer paints nothing but what follows it.
   overlay_ = plot_->layer(overlayName);
-  overlay_->setMode(QCPLayer::lmBuffered);
+  overlay_->setMode(QCPLayer::lmLogical);
   noData_->setAlignment(Qt::AlignCenter);
   noData_->setWordWrap(true);
   noData_->setForegroundRole(QPalette::PlaceholderText);
@@ -198,7 +198,7 @@ void ChartWidget::redraw() {
     fillPlot(*plot_, chart_, *layout_);
     addOverlay();
   }
-  plot_->replot(QCustomPlot::rpQueuedReplot);
+  plot_->redraw();
   updateTooltip();
   updateSelectionLabel();
 }
@@ -218,9 +218,23 @@ void ChartWidget::addOverlay() {
   });
 }
 
+/// With a buffer of its own a move of the pointer paints nothing but what follows it. That takes as
+/// much memory as the chart, so it is there as long as there is something in it.
+void ChartWidget::repaintOverlay() {
+  const bool isNeeded =
+      chart_.selection() || chart_.highlightedDataIndex() || chart_.currentMouseoverDataIndex();
+  const auto mode = isNeeded ? QCPLayer::lmBuffered : QCPLayer::lmLogical;
+  if (overlay_->mode() != mode) {
+    overlay_->setMode(mode);
+    plot_->redraw();
+  } else if (isNeeded && plot_->bufferCount() > 0) {
+    overlay_->replot();
+  }
+}
+
 void ChartWidget::updateOverlay() {
   if (layout_ != nullptr) {
-    overlay_->replot();
+    repaintOverlay();
   }
   updateTooltip();
   updateSelectionLabel();
@@ -543,6 +557,7 @@ void ChartWidget::changeEvent(QEvent* event) {
 void ChartWidget::hideEvent(QHideEvent* event) {
   QFrame::hideEvent(event);
   tooltip_->hide();
+  overlay_->setMode(QCPLayer::lmLogical);
 }
 
 }  // namespace corvane::desktop

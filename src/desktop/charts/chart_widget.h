@@ -11,12 +11,12 @@
 #include "presentation/charts/chart_layout.h"
 
 class QCPLayer;
-class QCustomPlot;
 class QLabel;
 
 namespace corvane::desktop {
 
 class AttributedLabel;
+class ChartPlot;
 
 /// Draws a BaseChartView and tells it what pointer and keys do. The chart must outlive this, which
 /// takes its changeHandler and highlightChangeHandler; where it has no data, its noDataText stands
@@ -57,6 +57,7 @@ class ChartWidget : public QFrame {
   void redraw();
   void addOverlay();
   void updateOverlay();
+  void repaintOverlay();
   void updateTooltip();
   void updateSelectionLabel();
   void addActions();
@@ -75,7 +76,7 @@ class ChartWidget : public QFrame {
 
   BaseChartView& chart_;
   std::unique_ptr<ChartLayout> layout_;  ///< none where there is nothing to draw
-  QCustomPlot* plot_;
+  ChartPlot* plot_;
   QCPLayer* overlay_ = nullptr;
   QLabel* noData_;
   AttributedLabel* tooltip_;

@@ -128,15 +128,25 @@ QFont bodyFont() {
 
 }  // namespace
 
-void apply(QApplication& application, Appearance appearance, Contrast contrast) {
+void prepare(Appearance appearance, Contrast contrast) {
   current = appearance;
   currentContrast = contrast;
   static const QFont body = bodyFont();
   QApplication::setStyle(new CorvaneStyle);
   QApplication::setFont(body);
   QApplication::setPalette(palette());
-  application.setStyleSheet(styleSheet());
   QApplication::setWindowIcon(applicationIcon());
+}
+
+void complete(QApplication& application) {
+  if (application.styleSheet().isEmpty()) {
+    application.setStyleSheet(styleSheet());
+  }
+}
+
+void apply(QApplication& application, Appearance appearance, Contrast contrast) {
+  prepare(appearance, contrast);
+  application.setStyleSheet(styleSheet());
 }
 
 Appearance appearance() {

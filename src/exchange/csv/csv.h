@@ -61,6 +61,8 @@ class CSV {
   [[nodiscard]] const CSVDelimiter& delimiter() const { return delimiter_; }
   /// The rows after the first one.
   [[nodiscard]] const View& content() const { return content_; }
+  /// Hands them over; the text may go away then.
+  [[nodiscard]] View takeContent() && { return std::move(content_); }
 
   /// Reads the text once more, row by row, the header being row 0; see parseRows. The rows have the
   /// length that they have in the text. Throws CSVParseError, and what the callback throws.

@@ -61,6 +61,7 @@ class Enumerated {
 
   /// The rows without the header: a sequence with size() and [].
   [[nodiscard]] const CSVTable& rows() const { return rows_; }
+  [[nodiscard]] CSVTable takeRows() && { return std::move(rows_); }
   /// None unless they were asked for.
   [[nodiscard]] std::optional<Columns> columns() const {
     return hasColumns_ ? std::optional(Columns(*this)) : std::nullopt;

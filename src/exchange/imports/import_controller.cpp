@@ -76,7 +76,10 @@ void ImportController::loadAndSetUp(const fs::path& url, const WindowPointer& wi
   }
   presentFieldSetup(
       window, ImportExportWindow::SheetParent::window, static_cast<int>(source->rows().size()) + 1,
-      [source](int row, int column) { return source->cell(row, column); },
+      [shown = std::weak_ptr(source)](int row, int column) {
+        const auto file = shown.lock();
+        return file == nullptr ? std::nullopt : file->cell(row, column);
+      },
       [weak = std::weak_ptr(std::static_pointer_cast<ImportController>(shared_from_this())), window,
        source, saved = std::move(saved), completion = std::move(completion)](bool goesOn) mutable {
         const auto self = weak.lock();
@@ -86,7 +89,7 @@ void ImportController::loadAndSetUp(const fs::path& url, const WindowPointer& wi
           self->setConfiguration(std::move(saved));
           completion(false);
         } else {
-          self->runImport(source, window, std::move(completion));
+          self->runImport(std::move(source), window, std::move(completion));
         }
       });
 }
@@ -123,8 +126,8 @@ void ImportController::runImport(std::shared_ptr<const ImportSource> source,
   std::string statusText = "Importing " + source->filename() + "…";
   runWithProgress(
       window, std::move(statusText),
-      [source = std::move(source), broker = importBroker_, counted = progress()] {
-        runImportJob(*source, *broker, *counted);
+      [source = std::move(source), broker = importBroker_, counted = progress()]() mutable {
+        runImportJob(std::move(source), *broker, *counted);
       },
       std::move(completion));
 }

@@ -88,14 +88,20 @@ void requireNotCancelled(const Progress& progress) {
 
 }  // namespace
 
-ImportSource::ImportSource(const std::filesystem::path& file)
-    : filename_(file.filename()), csv_(file) {
-  requireClosedQuotes(csv_.text(), csv_.content().unclosedQuote());
+ImportSource::ImportSource(const std::filesystem::path& file, CSV<Enumerated> csv)
+    : filename_(file.filename()), isTabDelimited_(csv.delimiter() == CSVDelimiter::tab()) {
+  requireClosedQuotes(csv.text(), csv.content().unclosedQuote());
+  if (!csv.header().empty()) {
+    header_.append(csv.header());
+  }
+  rows_ = std::move(csv).takeContent().takeRows();
 }
 
+ImportSource::ImportSource(const std::filesystem::path& file)
+    : ImportSource(file, CSV<Enumerated>(file)) {}
+
 ImportSource::ImportSource(const std::filesystem::path& file, const Error& refusal)
-    : filename_(file.filename()), csv_(readableText(file)) {
-  requireClosedQuotes(csv_.text(), csv_.content().unclosedQuote());
+    : ImportSource(file, readableText(file)) {
   for (const CSVRow& row : rows()) {
     for (std::size_t column = columnCount(); column < row.size(); ++column) {
       if (!trimmedCell(row[column]).empty()) {
@@ -111,7 +117,7 @@ std::optional<std::string> ImportSource::cell(int row, int column) const {
   if (row < 0 || column < 0 || index > rows().size()) {
     return std::nullopt;
   }
-  const CSVRow cells = row == 0 ? csv_.header() : rows().row(index - 1);
+  const CSVRow cells = row == 0 ? header() : rows().row(index - 1);
   const auto position = static_cast<std::size_t>(column);
   return position < cells.size() ? std::optional(std::string(cells[position])) : std::nullopt;
 }
@@ -182,10 +188,11 @@ ErrorPointer takeRows(const ImportSource& source, const ImportExportConfiguratio
 
 }  // namespace
 
-void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& progress) {
+void runImportJob(std::shared_ptr<const ImportSource> source, ImportBroker& broker,
+                  Progress& progress) {
   const ConfigurationPointer configuration = broker.configuration();
   const auto& order = configuration->fieldOrder;
-  const auto rowCount = static_cast<std::int64_t>(source.rows().size());
+  const auto rowCount = static_cast<std::int64_t>(source->rows().size());
   const auto tenth = static_cast<std::int64_t>(static_cast<double>(rowCount) * 0.1);
   progress.setTotalUnitCount(rowCount + tenth);
   progress.setCompletedUnitCount(0);
@@ -193,21 +200,22 @@ void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& pr
   std::int64_t completed = 0;
   if (const auto preflightFields = broker.preflightFields(); !preflightFields.empty()) {
     progress.setTotalUnitCount(rowCount + 2 * tenth);
-    broker.preflight(preflightColumns(source, preflightFields, order));
+    broker.preflight(preflightColumns(*source, preflightFields, order));
     completed += tenth;
     progress.setCompletedUnitCount(completed);
   }
 
-  const SourceCells cells(source, *configuration);
+  const SourceCells cells(*source, *configuration);
   broker.willImport(cells.rowCount());
-  const ErrorPointer refusal = takeRows(source, *configuration, broker, progress, completed);
+  const ErrorPointer refusal = takeRows(*source, *configuration, broker, progress, completed);
 
   broker.setConfiguration(changed(*configuration, [&](ImportExportConfiguration& layout) {
-    layout.fieldDelimiter = source.isTabDelimited() ? ImportExportFieldDelimiter::tab
-                                                    : ImportExportFieldDelimiter::comma;
+    layout.fieldDelimiter = source->isTabDelimited() ? ImportExportFieldDelimiter::tab
+                                                     : ImportExportFieldDelimiter::comma;
   }));
   requireNotCancelled(progress);
   broker.review(cells, refusal.get());
+  source.reset();
   broker.finishImport(progress);
   progress.setCompletedUnitCount(progress.totalUnitCount());
 }

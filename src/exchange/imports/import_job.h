@@ -13,7 +13,7 @@
 
 namespace corvane {
 
-/// A delimited text file that has been read. Any thread, one at a time.
+/// A delimited text file that has been read: its rows, not its text. Any thread, one at a time.
 class ImportSource {
  public:
   /// Throws FileError, TextEncodingError, CSVParseError. A quote that is never closed is an error
@@ -30,12 +30,12 @@ class ImportSource {
 
   /// The last component of the path.
   [[nodiscard]] const std::string& filename() const { return filename_; }
-  [[nodiscard]] std::size_t columnCount() const { return csv_.header().size(); }
+  [[nodiscard]] std::size_t columnCount() const { return header().size(); }
   /// The first line.
-  [[nodiscard]] CSVRow header() const { return csv_.header(); }
+  [[nodiscard]] CSVRow header() const { return header_.empty() ? CSVRow() : header_[0]; }
   /// The rows after the first line.
-  [[nodiscard]] const CSVTable& rows() const { return csv_.content().rows(); }
-  [[nodiscard]] bool isTabDelimited() const { return csv_.delimiter() == CSVDelimiter::tab(); }
+  [[nodiscard]] const CSVTable& rows() const { return rows_; }
+  [[nodiscard]] bool isTabDelimited() const { return isTabDelimited_; }
 
   /// The text of a cell; the first line is row 0.
   [[nodiscard]] std::optional<std::string> cell(int row, int column) const;
@@ -51,7 +51,7 @@ class ImportSource {
   template <typename Take>
   void forEachRow(std::size_t startAt, Take take) const {
     if (startAt == 0) {
-      take(std::size_t{0}, csv_.header());
+      take(std::size_t{0}, header());
     }
     for (std::size_t index = 0; index < rows().size(); ++index) {
       take(index + 1, rows().row(index));
@@ -59,14 +59,19 @@ class ImportSource {
   }
 
  private:
+  ImportSource(const std::filesystem::path& file, CSV<Enumerated> csv);
+
   std::string filename_;
   ErrorPointer refusal_;
-  CSV<Enumerated> csv_;
+  CSVTable header_;
+  CSVTable rows_;
+  bool isTabDelimited_;
 };
 
 /// Hands the rows of `source` to `broker` and counts them in `progress`, which it looks at before
-/// every row. Off the main queue. Throws UserCancelledError, ImportExportError, and what the broker
-/// throws at its end.
-void runImportJob(const ImportSource& source, ImportBroker& broker, Progress& progress);
+/// every row. Lets go of the source before the broker records what it has understood. Off the main
+/// queue. Throws UserCancelledError, ImportExportError, and what the broker throws at its end.
+void runImportJob(std::shared_ptr<const ImportSource> source, ImportBroker& broker,
+                  Progress& progress);
 
 }  // namespace corvane

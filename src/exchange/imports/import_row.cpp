@@ -146,10 +146,10 @@ BasicTransaction::Kind ImportRow::kind() const {
   throw Failure(Failure::UnrecognizedType{type});
 }
 
-std::optional<std::string> ImportRow::note(const Kind& kind) const {
-  const auto textIn = [this](std::string_view field) -> std::optional<std::string> {
+std::optional<std::string_view> ImportRow::note(const Kind& kind) const {
+  const auto textIn = [this](std::string_view field) -> std::optional<std::string_view> {
     const std::string* text = cell(field);
-    return text == nullptr || text->empty() ? std::nullopt : std::optional(*text);
+    return text == nullptr || text->empty() ? std::nullopt : std::optional<std::string_view>(*text);
   };
   const bool isOfCashAlone = transactionEffect(kind).equity == nullptr;
   auto note = textIn("note");

@@ -47,8 +47,9 @@ class ImportRow {
   /// What happened. Throws TransactionsImportError.
   [[nodiscard]] BasicTransaction::Kind kind() const;
 
-  /// The row's note. In rows that name no equity the symbol's column holds a description.
-  [[nodiscard]] std::optional<std::string> note(const BasicTransaction::Kind& kind) const;
+  /// The row's note, as long as its cells. In rows that name no equity the symbol's column holds a
+  /// description.
+  [[nodiscard]] std::optional<std::string_view> note(const BasicTransaction::Kind& kind) const;
 
  private:
   using Kind = BasicTransaction::Kind;

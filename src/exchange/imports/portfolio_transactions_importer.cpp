@@ -202,7 +202,7 @@ void PortfolioTransactionsImporter::importRow(const ValuesByField& valuesByField
       .equityFor = [this](std::string_view symbol) { return equityFor(symbol); }};
   const ImportRow row(valuesByField, surroundings);
   BasicTransaction::Kind kind = row.kind();
-  auto note = row.note(kind);
+  auto note = notes_.note(row.note(kind));
   transactionsToRecord_.push_back({std::move(kind), *tradeDate, *settlementDate, std::move(note)});
 }
 

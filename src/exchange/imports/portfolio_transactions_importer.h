@@ -147,6 +147,7 @@ class PortfolioTransactionsImporter final
     std::optional<Date> date;
   };
   std::unordered_map<std::string, ReadDate> lastDates_;
+  NoteReader notes_;
 };
 
 }  // namespace corvane

@@ -148,7 +148,7 @@ class StrictReader {
     }
     const ImportRow row(values_, rowSurroundings_);
     auto kind = kindOf(row);
-    auto note = row.note(kind);
+    auto note = notes_.note(row.note(kind));
     result.rows.push_back({std::move(kind), *trade, *settlement, std::move(note)});
     result.lines.push_back(cells_.line(row_));
     result.positions.push_back(row_);
@@ -266,6 +266,7 @@ class StrictReader {
   std::optional<std::int64_t> time_;
   LastDay lastTrade_;
   LastDay lastSettlement_;
+  NoteReader notes_;
 };
 
 }  // namespace

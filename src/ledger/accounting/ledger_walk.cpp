@@ -8,10 +8,9 @@
 namespace corvane {
 namespace {
 
-void assignDerived(std::optional<Decimal>& field, const std::optional<Decimal>& value,
-                   PortfolioTransaction& row) {
+void assignDerived(OptionalDecimal& field, OptionalDecimal value, PortfolioTransaction& row) {
   if (field != value) {
-    field = value;
+    field = std::move(value);
     row.isDirty = true;
   }
 }
@@ -34,7 +33,7 @@ void LedgerWalk::derive(const TransactionPointer& row) {
   assert(booked.sharesNet.has_value() == (row->basic.equity() != nullptr));
   assert(booked.cashNet.has_value() == (row->basic.currency() != nullptr));
 
-  const Before::Figures former = {row->cashNet, row->sharesNet, row->costBasePrior};
+  Before::Figures former = {row->cashNet, row->sharesNet, row->costBasePrior};
   const bool wasDirty = row->isDirty;
   // A revision may have turned a trade into a transfer, whose other figures are none.
   assignDerived(row->cashNet, booked.cashNet, *row);
@@ -46,9 +45,9 @@ void LedgerWalk::derive(const TransactionPointer& row) {
   }
   if (row->isDirty) {
     const bool hadFigures = former.cashNet || former.sharesNet;
-    dirtyRows_.push_back({row,
-                          hadFigures ? std::make_unique<const Before::Figures>(former) : nullptr,
-                          wasDirty, booked.sharesOfYield.has_value()});
+    dirtyRows_.push_back(
+        {row, hadFigures ? std::make_unique<const Before::Figures>(std::move(former)) : nullptr,
+         wasDirty, booked.sharesOfYield.has_value()});
   }
   previous_ = row.get();
 }

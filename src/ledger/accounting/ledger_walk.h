@@ -36,9 +36,9 @@ class LedgerWalk {
     void restore();
 
     struct Figures {
-      std::optional<Decimal> cashNet;
-      std::optional<Decimal> sharesNet;
-      std::optional<Decimal> costBasePrior;
+      OptionalDecimal cashNet;
+      OptionalDecimal sharesNet;
+      OptionalDecimal costBasePrior;
     };
     TransactionPointer row;
     std::unique_ptr<const Figures> figures;  ///< null where it had none, as a new row

@@ -103,7 +103,12 @@ void LedgerRowsEdit::reviseByDate(const TransactionPointer& row, BasicTransactio
 
 void LedgerRowsEdit::insertAt(std::size_t position, const TransactionPointer& row) {
   assert(position <= rows_.size());
-  changes_.push_back({Change::Kind::inserted, position, row, nullptr, false});
+  if (!changes_.empty() && changes_.back().kind == Change::Kind::inserted &&
+      changes_.back().position + changes_.back().count == position) {
+    ++changes_.back().count;
+  } else {
+    changes_.push_back({Change::Kind::inserted, position, nullptr, nullptr, false});
+  }
   rows_.insert(at(rows_, position), row);
   lowest_ = std::min(lowest_, position);
 }
@@ -145,7 +150,7 @@ void LedgerRowsEdit::takeBack() {
     } else if (formerRows_) {
       continue;
     } else if (change.kind == Change::Kind::inserted) {
-      rows_.erase(at(rows_, change.position));
+      rows_.erase(at(rows_, change.position), at(rows_, change.position + change.count));
     } else {
       rows_.insert(at(rows_, change.position), change.row);
     }

@@ -51,9 +51,10 @@ class LedgerRowsEdit {
   struct Change {
     enum class Kind { inserted, removed, revised } kind;
     std::size_t position;
-    TransactionPointer row;
+    TransactionPointer row;                               ///< null for those that were inserted
     std::unique_ptr<BasicTransaction> formerTransaction;  ///< of a revised row
     bool wasDirty = false;                                ///< of a revised row
+    std::size_t count = 1;                                ///< rows that were inserted in a run
   };
 
   void insertAt(std::size_t position, const TransactionPointer& row);

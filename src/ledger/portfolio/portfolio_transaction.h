@@ -28,15 +28,15 @@ class PortfolioTransaction {
   std::weak_ptr<Portfolio> portfolio;
   BasicTransaction basic;
 
+  /// Cash on hand in the transaction's currency after it; none for splits and journaled shares.
+  OptionalDecimal cashNet;
+  /// Shares of the equity held after it; none for transfers and cash adjustments.
+  OptionalDecimal sharesNet;
+  /// Cost base of the equity before it, in the primary currency; none where sharesNet is none.
+  OptionalDecimal costBasePrior;
+
   /// The balances differ from what the manager was last told to keep.
   bool isDirty;
-
-  /// Cash on hand in the transaction's currency after it; none for splits and journaled shares.
-  std::optional<Decimal> cashNet;
-  /// Shares of the equity held after it; none for transfers and cash adjustments.
-  std::optional<Decimal> sharesNet;
-  /// Cost base of the equity before it, in the primary currency; none where sharesNet is none.
-  std::optional<Decimal> costBasePrior;
 
   [[nodiscard]] Date tradeDate() const { return basic.tradeDate; }
   [[nodiscard]] Date settlementDate() const { return basic.settlementDate; }

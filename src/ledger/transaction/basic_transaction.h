@@ -1,15 +1,16 @@
 // What happened in a portfolio: the record that the user enters, without any balance.
 #pragma once
 
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <variant>
 
 #include "core/decimal/decimal.h"
+#include "core/decimal/optional_decimal.h"
 #include "core/market/equity_info.h"
 #include "core/money/currency_amount.h"
+#include "ledger/transaction/transaction_note.h"
 #include "platform/time/date.h"
 
 namespace corvane {
@@ -40,7 +41,7 @@ struct BasicTransaction {
   struct JournaledShares {
     EquityPointer equity;
     Decimal sharesAdded;
-    std::optional<Decimal> costBaseAdded;  ///< in the primary currency; absent means 0
+    OptionalDecimal costBaseAdded;  ///< in the primary currency; absent means 0
     friend bool operator==(const JournaledShares& left, const JournaledShares& right);
   };
 
@@ -51,9 +52,8 @@ struct BasicTransaction {
   struct Yield {
     YieldType type;
     EquityPointer equity;
-    std::optional<Decimal>
-        netShares;             ///< the holding it was paid on; the ledger fills in an absent one
-    CurrencyAmount netAmount;  ///< the total paid, positive
+    OptionalDecimal netShares;  ///< the holding it was paid on; the ledger fills in an absent one
+    CurrencyAmount netAmount;   ///< the total paid, positive
     Decimal equivalentNetAmount;
     friend bool operator==(const Yield& left, const Yield& right);
   };
@@ -75,7 +75,7 @@ struct BasicTransaction {
   Kind kind;
   Date tradeDate;
   Date settlementDate;  ///< the ledger is ordered by this alone; never before tradeDate
-  std::optional<std::string> note;
+  TransactionNote note;
 
   /// The equity that the transaction names; null for transfers and cash adjustments.
   [[nodiscard]] const EquityPointer* equity() const;

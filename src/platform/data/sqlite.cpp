@@ -189,10 +189,18 @@ std::string immutableName(const std::filesystem::path& path) {
   return name + "?immutable=1";
 }
 
+/// The engine counts its memory, behind a lock that it takes for every allocation. Nobody asks.
+void leaveMemoryUncounted() {
+  static const int result = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  // Refused where the engine is in use already, as by a test; then it goes on counting.
+  static_cast<void>(result);
+}
+
 }  // namespace
 
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path, Mode mode,
                                int busyTimeoutMilliseconds) {
+  leaveMemoryUncounted();
   int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
   switch (mode) {
     case Mode::readOnly:

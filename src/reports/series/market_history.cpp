@@ -140,7 +140,7 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
   const Date end = YearMonthDay{to.year, to.month, to.day + 1}.startIn(calendar);
   const Currency& primary = portfolio.primaryCurrency();
   struct Line {
-    const Decimal* sharesBefore = nullptr;
+    bool heldSharesBefore = false;
     bool hasRows = false;
     bool hasSplit = false;
   };
@@ -159,7 +159,7 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
       line.hasSplit |=
           isInRange && std::holds_alternative<BasicTransaction::Split>(row->basic.kind);
       if (!isInRange) {
-        line.sharesBefore = row->sharesNet ? &*row->sharesNet : nullptr;
+        line.heldSharesBefore = !row->sharesNet.value_or(0).isZero();
       }
     }
     if (const Currency* currency = row->basic.currency()) {
@@ -171,7 +171,7 @@ void addMarketNeeds(MarketNeeds& needs, Portfolio& portfolio, const YearMonthDay
     }
   }
   for (const auto& [equity, line] : lines) {
-    if (line.hasRows || (line.sharesBefore != nullptr && !line.sharesBefore->isZero())) {
+    if (line.hasRows || line.heldSharesBefore) {
       needs.equities.insert(equity);
       currencies.insert(equity->currency);
     }

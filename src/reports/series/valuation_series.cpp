@@ -382,7 +382,8 @@ class SeriesBuilder {
       }
     }
     const Decimal cost =
-        (holding.isBeforeLastRow ? holding.lastRow->costBasePrior : holding.lastRow->costBaseNet())
+        (holding.isBeforeLastRow ? std::optional<Decimal>(holding.lastRow->costBasePrior)
+                                 : holding.lastRow->costBaseNet())
             .value_or(0);
     return {holding.shares.isZero() ? 0 : cost * shares / holding.shares, true};
   }

@@ -87,9 +87,7 @@ class TransactionReader {
     }
 
     BasicTransaction basic = {transactionKind(figures), *tradeDate, *settlementDate, std::nullopt};
-    if (const auto note = values_.text(note_)) {
-      basic.note = std::string(*note);
-    }
+    basic.note = notes_.note(values_.text(note_));
     auto row = std::make_shared<StoredPortfolioTransaction>(std::move(basic), portfolio_,
                                                             /*isDirty=*/false);
     row->transactionId = id;
@@ -151,6 +149,7 @@ class TransactionReader {
       equityId_, equityIdentifier_, shareUnitsAdded_, shareUnitsNet_, equivalentCashAdded_,
       costBasePrior_, note_;
   const Currency* lastCurrency_ = nullptr;
+  NoteReader notes_;
   std::unordered_map<std::int64_t, EquityPointer> equities_;
 };
 

@@ -132,6 +132,7 @@ void LedgerWriter::resequence(const Transactions& placed) {
 }
 
 void LedgerWriter::write(LedgerChange& change) {
+  changed_.reserve(std::ranges::size(change.wasRecalculated()));
   for (const TransactionPointer& row : change.wasRecalculated()) {
     rowChanged(stored(row));
   }
@@ -218,8 +219,8 @@ void LedgerWriter::rescaleShares(int decimals) {
 void LedgerWriter::write(StoredPortfolioTransaction& row) {
   const Currency& primary = portfolio_.primaryCurrency();
   const StoredFigures figures = storedFigures(row, primary);
-  std::vector<SQLiteValue> values;
-  values.reserve(15);
+  std::vector<SQLiteValue>& values = values_;
+  values.clear();
   if (!row.transactionId) {
     values.emplace_back(portfolio_.portfolioId);
   }

@@ -68,6 +68,7 @@ class LedgerWriter {
   const Decimal formerSharesFactor_;
   std::vector<Former> changed_;  ///< the rows that await writing
   std::vector<Former> removed_;
+  std::vector<SQLiteValue> values_;  ///< of the row that is written, to keep their room
 };
 
 }  // namespace corvane

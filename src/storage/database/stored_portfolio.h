@@ -17,16 +17,18 @@ namespace corvane {
 
 /// A row with its place in the database.
 class StoredPortfolioTransaction : public PortfolioTransaction {
+  // Here and in this order it costs no room of its own.
+  friend class LedgerWriter;
+  bool awaitsWriting_ = false;
+
  public:
   using PortfolioTransaction::PortfolioTransaction;
 
-  std::optional<std::int64_t> transactionId;  ///< none until the row is in the file
   int dateSequence = 0;                       ///< place among the rows of its settlement date
-
- private:
-  friend class LedgerWriter;
-  bool awaitsWriting_ = false;
+  std::optional<std::int64_t> transactionId;  ///< none until the row is in the file
 };
+
+static_assert(sizeof(StoredPortfolioTransaction) <= 216, "there are very many rows");
 
 /// What the column `settings` of a portfolio holds, as JSON.
 struct PortfolioSettings {
