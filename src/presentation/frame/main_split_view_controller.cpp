@@ -149,6 +149,7 @@ void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> mod
   documentModel_ = model;
   equityViewController->setDocumentModel(model);
   masterSourceViewController->setDocumentModel(model);
+  portfolioViewController->setDocumentModel(model);
   reports->setDocumentModel(model);
   masterSourceViewController->setCurrentDetailObject(initialDetailObject());
   changeHandler();
