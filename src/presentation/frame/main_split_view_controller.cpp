@@ -106,6 +106,7 @@ void MainSplitViewController::connectReports() {
   reports->taxYear->explainHandler = explain;
   reports->returns->openEquityHandler = openEquity;
   reports->income->openEquityHandler = openEquity;
+  reports->coverage->openEquityHandler = openEquity;
   reports->taxYear->openRowHandler = open;
   explanation.openRowHandler = open;
 }
