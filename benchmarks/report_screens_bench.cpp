@@ -2,16 +2,23 @@
 // years, 50 equities, prices from memory.
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "core/market/price_adjuster.h"
 #include "ledger_world.h"
+#include "marketdata/chain/switchable_quote_provider.h"
+#include "presentation/coverage/coverage_view_controller.h"
 #include "presentation/reports/income_view_controller.h"
 #include "presentation/reports/returns_view_controller.h"
+#include "presentation/taxes/tax_year_view_controller.h"
 
 namespace corvane {
 namespace {
@@ -94,6 +101,76 @@ BENCHMARK(openReport<ReturnsViewController>)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(openReport<IncomeViewController>)
     ->Name("ReportScreens/income: longest hold of the window")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+std::shared_ptr<WorkspaceModel> workspaceOf(const World& world) {
+  auto model = std::make_shared<WorkspaceModel>();
+  model->portfolioManagers = {world.manager};
+  return model;
+}
+
+template <typename Screen>
+void openWorkspaceReport(benchmark::State& state, const World& world) {
+  const auto model = workspaceOf(world);
+  for (auto _ : state) {
+    const auto screen = Screen::make({});
+    screen->setDocumentModel(model);
+    state.SetIterationTime(longestHold(*screen, [&] { screen->setShown(true); }));
+  }
+}
+
+void openTaxYear(benchmark::State& state) {
+  openWorkspaceReport<TaxYearViewController>(state, reportedWorld());
+}
+BENCHMARK(openTaxYear)
+    ->Name("ReportScreens/tax year: longest hold of the window")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+/// The ledger behind a cache that has a close for every day of every equity.
+World& cachedWorld() {
+  static const auto folder = std::filesystem::temp_directory_path() /
+                             ("corvane-bench-coverage-" + std::to_string(::getpid()));
+  static World world = [] {
+    std::filesystem::create_directories(folder);
+    std::atexit([] {
+      std::error_code ignored;
+      std::filesystem::remove_all(folder, ignored);
+    });
+    const auto chain = std::make_shared<SwitchableQuoteProvider>(std::make_shared<SteadyProvider>(),
+                                                                 folder / "Cache.sqlite3");
+    World made(chain);
+    made.record(100'000);
+    const DateRange days(reportedDays.lower().startIn(made.manager->calendar),
+                         reportedDays.upper().startIn(made.manager->calendar));
+    std::vector<Quote> bars;
+    for (Date date = days.lower() + 34200; date < days.upper(); date = date + 86400) {
+      Quote bar;
+      bar.fromDate = date;
+      bar.toDate = date + 23400;
+      bar.open = bar.close = 10;
+      bars.push_back(bar);
+    }
+    for (const EquityPointer& equity : made.equities) {
+      chain->smartQuoteProvider->cacheProvider->storeFetchResult(
+          {.quotes = bars,
+           .prices = PriceAdjustment::marketNominal,
+           .events = std::nullopt,
+           .durableDateRange = days},
+          {equity, days,
+           QuoteQuery::Quotes{QuoteInterval::oneDay, PriceAdjustment::marketNominal}});
+    }
+    return made;
+  }();
+  return world;
+}
+
+void openCoverage(benchmark::State& state) {
+  openWorkspaceReport<CoverageViewController>(state, cachedWorld());
+}
+BENCHMARK(openCoverage)
+    ->Name("ReportScreens/coverage: longest hold of the window")
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 

@@ -69,7 +69,7 @@ const std::map<std::string, Folder> house = {
        {"equity"},
        {"scenario"},
        {"reports"},
-       {"portfolio", "taxes"},
+       {"coverage", "portfolio", "taxes"},
        {"frame"}}}},
     {"samplemarket", {{"core", "platform"}, {{"prices"}, {"service"}, {""}}}},
     // The programs that make the sample workspaces.

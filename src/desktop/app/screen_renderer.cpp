@@ -181,7 +181,8 @@ void ScreenRenderer::renderReports() {
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
     frame.showReport(entry.report);
     const auto isDone = [&] {
-      return !reports.returns->isBusy() && !reports.taxYear->isBusy() && !reports.income->isBusy();
+      return !reports.returns->isBusy() && !reports.taxYear->isBusy() &&
+             !reports.income->isBusy() && !reports.coverage->isBusy();
     };
     hasFailed_ |= !waitUntil(isDone);
     if (entry.report == WorkspaceReport::taxYear && reports.taxYear->years().size() > 1) {

@@ -12,8 +12,10 @@ namespace corvane::desktop {
 class TableView;
 
 /// Adds "Explain This Number" to the commands and the context menu of `table`, which shows `model`.
-/// It is enabled while the current cell can be explained; `explain` is handed what tells of it.
-/// Both must outlive the table. The table owns the action.
+/// It tells of the current cell, or where that cannot be explained of the first one in its row that
+/// can, so that nobody has to find the column by keys. A click on the text of such a cell, which is
+/// underlined with dots, does the same. `explain` is handed what tells of it. Both must outlive the
+/// table. The table owns the action.
 QAction* addExplainCommand(TableView& table, const TableModel& model,
                            std::function<void(const TrailMaker&)> explain);
 

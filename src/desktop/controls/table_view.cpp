@@ -78,13 +78,16 @@ QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
       return qtText(table_.cell(row, column).plainText() + (note.empty() ? "" : "\n" + note));
     }
     case Qt::AccessibleDescriptionRole:
-      return qtText(table_.rowNote(row));
+      return qtText(table_.rowNote(row) +
+                    (table_.trailOf(row, column) == nullptr ? "" : " Can be explained."));
     case Qt::BackgroundRole: {
       const auto background = table_.rowBackground(row);
       return background ? QVariant(theme::colour(*background)) : QVariant();
     }
     case AttributedTextDelegate::attributedTextRole:
       return QVariant::fromValue(table_.cell(row, column));
+    case AttributedTextDelegate::explainedRole:
+      return table_.trailOf(row, column) != nullptr;
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(alignmentOf(table_.columns()[column], table_.cell(row, column)));
     case Qt::FontRole:
@@ -191,7 +194,7 @@ int TableView::widthOfRows(int column, int first, int last) const {
     const QModelIndex index = model()->index(row, column);
     const QVariant font = index.data(Qt::FontRole);
     option.font = font.isValid() ? font.value<QFont>() : this->font();
-    width = std::max(width, itemDelegate()->sizeHint(option, index).width());
+    width = std::max(width, itemDelegateForIndex(index)->sizeHint(option, index).width());
   }
   return width;
 }

@@ -29,6 +29,14 @@ QString cssOf(const TextStyle& style) {
   return css;
 }
 
+double widthOfRuns(const AttributedText& text, const QFont& font) {
+  double width = 0;
+  for (const TextRun& run : text.runs()) {
+    width += QFontMetricsF(theme::font(font, run.style)).horizontalAdvance(qtText(run.text));
+  }
+  return width;
+}
+
 }  // namespace
 
 QString richText(const AttributedText& text) {
@@ -128,6 +136,27 @@ void AttributedTextDelegate::paint(QPainter* painter, const QStyleOptionViewItem
   const QColor colour = cell.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
   drawLine(*painter, QRectF(cell.rect).adjusted(cellMargin, 0, -cellMargin, 0),
            value.value<AttributedText>(), cell.font, colour, cell.displayAlignment, !isSelected);
+  if (index.data(explainedRole).toBool()) {
+    const QRectF line = textArea(cell.rect, cell.font, index);
+    painter->save();
+    painter->setPen(
+        QPen(isSelected ? colour : theme::colour(Colour::Name::secondaryLabel), 1, Qt::DotLine));
+    painter->drawLine(QPointF(line.left(), line.bottom()), QPointF(line.right(), line.bottom()));
+    painter->restore();
+  }
+}
+
+QRectF AttributedTextDelegate::textArea(const QRectF& cell, const QFont& font,
+                                        const QModelIndex& index) const {
+  const QRectF area = cell.adjusted(cellMargin, 0, -cellMargin, 0);
+  const auto text = index.data(attributedTextRole).value<AttributedText>();
+  const double width = std::min(widthOfRuns(text, font), area.width());
+  const double height = QFontMetricsF(font).height();
+  const auto alignment = index.data(Qt::TextAlignmentRole).value<Qt::Alignment>();
+  const double left = (alignment & Qt::AlignRight) != 0     ? area.right() - width
+                      : (alignment & Qt::AlignHCenter) != 0 ? area.center().x() - width / 2
+                                                            : area.left();
+  return {left, area.center().y() - height / 2, width, height};
 }
 
 QSize AttributedTextDelegate::sizeHint(const QStyleOptionViewItem& option,
@@ -136,11 +165,7 @@ QSize AttributedTextDelegate::sizeHint(const QStyleOptionViewItem& option,
   if (!value.canConvert<AttributedText>()) {
     return QStyledItemDelegate::sizeHint(option, index);
   }
-  const auto text = value.value<AttributedText>();
-  double width = 0;
-  for (const TextRun& run : text.runs()) {
-    width += QFontMetricsF(theme::font(option.font, run.style)).horizontalAdvance(qtText(run.text));
-  }
+  const double width = widthOfRuns(value.value<AttributedText>(), option.font);
   return {qRound(width) + 2 * cellMargin + 2, QFontMetrics(option.font).height() + 10};
 }
 

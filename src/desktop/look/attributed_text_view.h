@@ -26,16 +26,22 @@ class AttributedLabel : public QLabel {
 };
 
 /// Draws the cells of a table whose model answers attributedTextRole, on one line that ends in an
-/// ellipsis where it is too long.
+/// ellipsis where it is too long. Where the model answers explainedRole with true, the text is
+/// underlined with dots.
 class AttributedTextDelegate : public QStyledItemDelegate {
  public:
   static constexpr int attributedTextRole = Qt::UserRole + 1;
+  static constexpr int explainedRole = Qt::UserRole + 2;
 
   using QStyledItemDelegate::QStyledItemDelegate;
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override;
   [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
                                const QModelIndex& index) const override;
+
+  /// Where the text of `index` stands in its cell, which has `cell` as its place.
+  [[nodiscard]] QRectF textArea(const QRectF& cell, const QFont& font,
+                                const QModelIndex& index) const;
 };
 
 /// Draws `text` on one line in `area`. Without colours of its own it is drawn in `colour`.

@@ -13,6 +13,7 @@
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -48,7 +49,8 @@ ExplanationPanel::ExplanationPanel(ExplanationViewController& controller, QWidge
   outline_->setUniformRowHeights(true);
   outline_->setAlternatingRowColors(true);
   outline_->setFrameShape(QFrame::NoFrame);
-  outline_->header()->setStretchLastSection(true);
+  outline_->header()->setStretchLastSection(false);
+  outline_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   outline_->setFont(theme::font(theme::tableFactor));
 
   auto* heading = new QHBoxLayout;
@@ -88,10 +90,32 @@ void ExplanationPanel::showState() {
     return;
   }
   addNode(*trail, outline_->invisibleRootItem(), 0);
-  outline_->resizeColumnToContents(valueColumn);
-  outline_->header()->resizeSection(labelColumn, 180);
+  fitColumns();
   outline_->setCurrentItem(outline_->topLevelItem(0));
   outline_->setFocus();
+}
+
+/// Steps and values are seen whole, as far as a step is no longer than the most of the panel; where
+/// they come from is scrolled to if there is no room for it. Levels that are opened later may need
+/// more.
+void ExplanationPanel::fitColumns() {
+  constexpr int gap = 2 * spacing::narrow;
+  for (const int column : {labelColumn, valueColumn, sourceColumn}) {
+    outline_->resizeColumnToContents(column);
+  }
+  QHeaderView& header = *outline_->header();
+  const int whole = outline_->viewport()->width();
+  const int label = std::min(header.sectionSize(labelColumn) + gap, whole * 3 / 5);
+  const int value = header.sectionSize(valueColumn) + gap;
+  header.resizeSection(labelColumn, label);
+  header.resizeSection(valueColumn, value);
+  header.resizeSection(sourceColumn,
+                       std::max(header.sectionSize(sourceColumn), whole - label - value));
+}
+
+void ExplanationPanel::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  fitColumns();
 }
 
 void ExplanationPanel::addNode(const TrailNode& node, QTreeWidgetItem* parent, int depth) {

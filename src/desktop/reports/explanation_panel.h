@@ -22,13 +22,15 @@ class ExplanationPanel : public QWidget {
  public:
   explicit ExplanationPanel(ExplanationViewController& controller, QWidget* parent = nullptr);
 
-  [[nodiscard]] QSize sizeHint() const override { return {440, 400}; }
+  [[nodiscard]] QSize sizeHint() const override { return {560, 400}; }
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void showState();
+  void fitColumns();
   void addNode(const TrailNode& node, QTreeWidgetItem* parent, int depth);
   void copyText() const;
   void exportCSV();

@@ -4,12 +4,10 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QProgressBar>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include "desktop/charts/chart_widget.h"
-#include "desktop/controls/busy_bar.h"
 #include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
@@ -25,61 +23,22 @@ constexpr int leastBarsHeight = 200;
 }  // namespace
 
 IncomeView::IncomeView(std::shared_ptr<IncomeViewController> controller, QWidget* parent)
-    : QWidget(parent),
+    : ReportView(controller, QStringLiteral("Computing income"), parent),
       controller_(std::move(controller)),
-      title_(new QLabel),
-      currency_(new QComboBox),
       year_(new QComboBox),
       byYear_(new QCheckBox(QStringLiteral("&Years beside each other"))),
-      busy_(makeBusyBar(QStringLiteral("Computing income"))),
-      warning_(new ReportWarningBar),
-      page_(new ReportPage),
-      figures_(new FiguresRow),
       monthAdapter_(new TableModelAdapter(controller_->monthTable, this)),
       expectedAdapter_(new TableModelAdapter(controller_->expectedTable, this)),
       months_(new TableView(QStringLiteral("Income by equity and month"))),
       expected_(new TableView(QStringLiteral("Yields and expected income"))) {
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(0, spacing::narrow, 0, 0);
-  column->setSpacing(spacing::narrow);
-  column->addWidget(makeHeading());
-  column->addWidget(warning_);
-  column->addWidget(page_, 1);
   auto* chart = new ChartWidget(controller_->chart, QStringLiteral("Income by month"));
   chart->setMinimumHeight(leastBarsHeight);
-  page_->column().addWidget(figures_);
-  page_->column().addWidget(makeKinds());
-  page_->column().addWidget(chart, 1);
+  page().column().addWidget(makeKinds());
+  page().column().addWidget(chart, 1);
   addTables();
-  notes_ = page_->addNote();
-
-  warning_->retry = [this] { controller_->retryAction(); };
-  figures_->explain = [this](const ReportFigure& figure) {
-    controller_->explainHandler(figure.explain);
-  };
-  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
+  addNotes();
+  warning().retry = [this] { controller_->retryAction(); };
   showState();
-}
-
-IncomeView::~IncomeView() {
-  // The chart gives its handlers back, so it goes before what holds them.
-  delete page_;
-}
-
-QWidget* IncomeView::makeHeading() {
-  title_->setFont(theme::font(1, QFont::DemiBold));
-  title_->setWordWrap(true);
-  currency_->setAccessibleName(QStringLiteral("Currency of the report"));
-  auto* heading = new QWidget;
-  auto* row = new QHBoxLayout(heading);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addWidget(title_, 1);
-  row->addWidget(busy_);
-  row->addWidget(currency_);
-  connect(currency_, &QComboBox::activated, this,
-          [this](int index) { controller_->chooseCurrency(static_cast<std::size_t>(index)); });
-  return heading;
 }
 
 QWidget* IncomeView::makeKinds() {
@@ -114,18 +73,19 @@ void IncomeView::addTables() {
   yearRow->addWidget(heading);
   yearRow->addWidget(year_);
   yearRow->addStretch(1);
-  page_->column().addLayout(yearRow);
+  page().column().addLayout(yearRow);
   months_->setObjectName(QStringLiteral("incomeByMonth"));
   months_->setTable(monthAdapter_, controller_->monthTable);
-  page_->column().addWidget(months_);
-  page_->addHeading(
+  page().column().addWidget(months_);
+  page().addHeading(
       QStringLiteral("Yields and what to expect"),
       QStringLiteral("Payments of the last twelve months a year later, on the shares of today"));
   expected_->setObjectName(QStringLiteral("expectedIncome"));
   expected_->setTable(expectedAdapter_, controller_->expectedTable);
-  page_->column().addWidget(expected_);
-  addExplainCommand(*expected_, controller_->expectedTable,
-                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
+  page().column().addWidget(expected_);
+  const auto explains = [this](const TrailMaker& trail) { explain(trail); };
+  addExplainCommand(*months_, controller_->monthTable, explains);
+  addExplainCommand(*expected_, controller_->expectedTable, explains);
   connect(year_, &QComboBox::activated, this, [this](int index) {
     controller_->chooseYear(controller_->years().at(static_cast<std::size_t>(index)));
   });
@@ -138,10 +98,7 @@ void IncomeView::addTables() {
 }
 
 void IncomeView::showState() {
-  title_->setText(qtText(controller_->title()));
-  busy_->setVisible(controller_->isBusy());
-  warning_->setWarning(controller_->warning());
-  figures_->setFigures(controller_->figures());
+  ReportView::showState();
   showChoices();
   monthAdapter_->reload();
   expectedAdapter_->reload();
@@ -150,17 +107,10 @@ void IncomeView::showState() {
   expected_->setPlaceholderText(QStringLiteral("Nothing is held."));
   fitHeight(*months_, mostIncomeRows);
   fitHeight(*expected_, mostIncomeRows);
-  QString notes;
-  for (const std::string& note : controller_->notes()) {
-    notes += (notes.isEmpty() ? "" : "\n") + qtText(note);
-  }
-  notes_->setText(notes);
-  notes_->setVisible(!notes.isEmpty());
 }
 
 void IncomeView::showChoices() {
   const QSignalBlocker blockYear(year_);
-  const QSignalBlocker blockCurrency(currency_);
   const QSignalBlocker blockByYear(byYear_);
   for (std::size_t i = 0; i < kinds_.size(); ++i) {
     const QSignalBlocker block(kinds_[i]);
@@ -174,14 +124,6 @@ void IncomeView::showChoices() {
       year_->setCurrentIndex(year_->count() - 1);
     }
   }
-  currency_->clear();
-  for (const Currency& currency : controller_->currencies()) {
-    currency_->addItem(qtText(currency.code));
-    if (currency == controller_->currency()) {
-      currency_->setCurrentIndex(currency_->count() - 1);
-    }
-  }
-  currency_->setVisible(controller_->currencies().size() > 1);
 }
 
 }  // namespace corvane::desktop

@@ -204,6 +204,13 @@ QLabel* ReportPage::addNote() {
 }
 
 void fitHeight(TableView& table, int mostRows) {
+  constexpr const char* mostRowsProperty = "mostRowsShown";
+  if (!table.property(mostRowsProperty).isValid()) {
+    // The width, and with it the bar, comes with the layout.
+    QObject::connect(table.horizontalScrollBar(), &QScrollBar::rangeChanged, &table,
+                     [&table] { fitHeight(table, table.property(mostRowsProperty).toInt()); });
+  }
+  table.setProperty(mostRowsProperty, mostRows);
   const int rows = std::clamp(table.model()->rowCount(), 1, mostRows);
   const int bar = table.horizontalScrollBar()->maximum() > 0
                       ? table.horizontalScrollBar()->sizeHint().height()

@@ -92,7 +92,8 @@ class ReportPage : public QScrollArea {
   QVBoxLayout* column_;
 };
 
-/// Makes `table` as high as its rows, of which it shows `mostRows` before it scrolls by itself.
+/// Makes `table` as high as its rows, of which it shows `mostRows` before it scrolls by itself,
+/// also when it turns out to need a bar to scroll sideways.
 void fitHeight(TableView& table, int mostRows);
 
 }  // namespace corvane::desktop

@@ -3,13 +3,12 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QProgressBar>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include "desktop/charts/chart_widget.h"
-#include "desktop/controls/busy_bar.h"
 #include "desktop/controls/equity_combo_box_view.h"
+#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -26,91 +25,54 @@ constexpr int drawdownHeight = 120;
 }  // namespace
 
 ReturnsView::ReturnsView(std::shared_ptr<ReturnsViewController> controller, QWidget* parent)
-    : QWidget(parent),
+    : ReportView(controller, QStringLiteral("Computing returns"), parent),
       controller_(std::move(controller)),
-      title_(new QLabel),
       equity_(new QComboBox),
-      currency_(new QComboBox),
-      benchmark_(new EquityComboBoxView(controller_->benchmarkBox, QStringLiteral("Benchmark"))),
-      busy_(makeBusyBar(QStringLiteral("Computing returns"))),
-      warning_(new ReportWarningBar),
-      page_(new ReportPage),
-      figures_(new FiguresRow),
-      notes_(nullptr),
       monthAdapter_(new TableModelAdapter(controller_->monthTable, this)),
       equityAdapter_(new TableModelAdapter(controller_->equityTable, this)),
       reconciliationAdapter_(new TableModelAdapter(controller_->reconciliationTable, this)) {
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(0, spacing::narrow, 0, 0);
-  column->setSpacing(spacing::narrow);
-  addChoices(*column);
-  column->addWidget(warning_);
-  column->addWidget(page_, 1);
-
+  addChoices();
   auto* index =
       new ChartWidget(controller_->returnsChart, QStringLiteral("Return since the first day"));
   auto* drawdown =
       new ChartWidget(controller_->drawdownChart, QStringLiteral("Below the highest point"));
   index->setMinimumHeight(leastIndexHeight);
   drawdown->setFixedHeight(drawdownHeight);
-  page_->column().addWidget(figures_);
-  page_->column().addWidget(index, 1);
-  page_->column().addWidget(drawdown);
-  notes_ = page_->addNote();
+  page().column().addWidget(index, 1);
+  page().column().addWidget(drawdown);
+  addNotes();
   addTables();
-
-  warning_->retry = [this] { controller_->retryAction(); };
-  warning_->leaveOut = [this] { controller_->leaveOutAction(); };
-  figures_->explain = [this](const ReportFigure& figure) {
-    controller_->explainHandler(figure.explain);
-  };
-  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
+  warning().retry = [this] { controller_->retryAction(); };
+  warning().leaveOut = [this] { controller_->leaveOutAction(); };
   showState();
 }
 
-ReturnsView::~ReturnsView() {
-  // Charts and box give their handlers back, so they go before what holds them.
-  delete page_;
-  delete benchmark_;
-}
-
-void ReturnsView::addChoices(QVBoxLayout& column) {
-  title_->setFont(theme::font(1, QFont::DemiBold));
-  title_->setWordWrap(true);
+void ReturnsView::addChoices() {
   equity_->setAccessibleName(QStringLiteral("Equity"));
   equity_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  currency_->setAccessibleName(QStringLiteral("Currency of the report"));
-  currency_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  benchmark_->setMinimumWidth(190);
-  benchmark_->setToolTip(QStringLiteral("An equity to compare with, its dividends included"));
+  auto* benchmark = new EquityComboBoxView(controller_->benchmarkBox, QStringLiteral("Benchmark"));
+  benchmark->setMinimumWidth(190);
+  benchmark->setToolTip(QStringLiteral("An equity to compare with, its dividends included"));
   auto* label = new QLabel(QStringLiteral("Com&pare with:"));
-  label->setBuddy(benchmark_);
-  auto* row = new QHBoxLayout;
-  row->setSpacing(spacing::narrow);
-  row->addWidget(title_, 1);
-  row->addWidget(busy_);
-  row->addWidget(equity_);
-  row->addWidget(currency_);
-  row->addWidget(label);
-  row->addWidget(benchmark_);
-  column.addLayout(row);
+  label->setBuddy(benchmark);
+  addChoice(equity_);
+  heading().addWidget(label);
+  heading().addWidget(benchmark);
   connect(equity_, &QComboBox::activated, this, [this](int index) {
     controller_->chooseEquity(
         index == 0 ? nullptr : controller_->equities().at(static_cast<std::size_t>(index - 1)));
   });
-  connect(currency_, &QComboBox::activated, this,
-          [this](int index) { controller_->chooseCurrency(static_cast<std::size_t>(index)); });
 }
 
 void ReturnsView::addTables() {
-  page_->addHeading(QStringLiteral("By month"),
+  page().addHeading(QStringLiteral("By month"),
                     QStringLiteral("Time-weighted returns, linked by month and by year"));
   months_ = addTable(monthAdapter_, controller_->monthTable, QStringLiteral("Returns by month"),
                      QStringLiteral("returnsByMonth"));
-  equitiesHeading_ = page_->addHeading(QStringLiteral("By equity"));
+  equitiesHeading_ = page().addHeading(QStringLiteral("By equity"));
   equities_ = addTable(equityAdapter_, controller_->equityTable,
                        QStringLiteral("Returns by equity"), QStringLiteral("returnsByEquity"));
-  page_->addHeading(QStringLiteral("Reconciliation"),
+  page().addHeading(QStringLiteral("Reconciliation"),
                     QStringLiteral("What made of the opening value the closing value"));
   reconciliation_ =
       addTable(reconciliationAdapter_, controller_->reconciliationTable,
@@ -129,28 +91,19 @@ TableView* ReturnsView::addTable(TableModelAdapter* adapter, const TableModel& m
   auto* table = new TableView(name);
   table->setObjectName(objectName);
   table->setTable(adapter, model);
-  page_->column().addWidget(table);
+  page().column().addWidget(table);
+  addExplainCommand(*table, model, [this](const TrailMaker& trail) { explain(trail); });
   return table;
 }
 
 void ReturnsView::showState() {
-  title_->setText(qtText(controller_->title()));
-  busy_->setVisible(controller_->isBusy());
-  warning_->setWarning(controller_->warning());
-  figures_->setFigures(controller_->figures());
-  QString notes;
-  for (const std::string& note : controller_->notes()) {
-    notes += (notes.isEmpty() ? "" : "\n") + qtText(note);
-  }
-  notes_->setText(notes);
-  notes_->setVisible(!notes.isEmpty());
+  ReportView::showState();
   showChoices();
   showTables();
 }
 
 void ReturnsView::showChoices() {
-  const QSignalBlocker blockEquity(equity_);
-  const QSignalBlocker blockCurrency(currency_);
+  const QSignalBlocker block(equity_);
   equity_->clear();
   equity_->addItem(QStringLiteral("All"));
   int chosen = 0;
@@ -162,14 +115,6 @@ void ReturnsView::showChoices() {
   }
   equity_->setCurrentIndex(chosen);
   equity_->setVisible(!controller_->equities().empty());
-  currency_->clear();
-  for (const Currency& currency : controller_->currencies()) {
-    currency_->addItem(qtText(currency.code));
-    if (currency == controller_->currency()) {
-      currency_->setCurrentIndex(currency_->count() - 1);
-    }
-  }
-  currency_->setVisible(controller_->currencies().size() > 1);
 }
 
 void ReturnsView::showTables() {

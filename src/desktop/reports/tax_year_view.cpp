@@ -6,11 +6,13 @@
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QMenu>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 
 #include "desktop/controls/busy_bar.h"
 #include "desktop/controls/explain_command.h"
@@ -39,11 +41,14 @@ TaxYearView::TaxYearView(std::shared_ptr<TaxYearViewController> controller, QWid
       page_(new ReportPage),
       figures_(new FiguresRow) {
   auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(spacing::wide, spacing::wide, spacing::wide, spacing::narrow);
+  column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
   column->addWidget(makeChoices());
   column->addWidget(banner_);
   column->addWidget(page_, 1);
+  figures_->explain = [this](const ReportFigure& figure) {
+    controller_->explainHandler(figure.explain);
+  };
   page_->column().addWidget(figures_);
   page_->addHeading(QStringLiteral("Disposals"));
   TableView* disposals =
@@ -63,33 +68,57 @@ TaxYearView::TaxYearView(std::shared_ptr<TaxYearViewController> controller, QWid
   footnote_ = page_->addNote();
   page_->column().addStretch(1);
 
-  addExplainCommand(*disposals, controller_->disposals,
-                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
-  auto* adjustment = new QAction(QStringLiteral("Record Adjustment…"), disposals);
-  disposals->addAction(adjustment);
-  connect(adjustment, &QAction::triggered, this, [this, disposals] {
-    const int row = disposals->currentIndex().row();
+  connectTables(*disposals, *check);
+  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
+  showState();
+}
+
+void TaxYearView::connectTables(TableView& disposals, TableView& check) {
+  auto* adjustment = new QAction(QStringLiteral("Record Adjustment…"), &disposals);
+  disposals.addAction(adjustment);
+  connect(adjustment, &QAction::triggered, this, [this, &disposals] {
+    const int row = disposals.currentIndex().row();
     controller_->recordAdjustmentAction(static_cast<std::size_t>(std::max(row, 0)));
   });
-  connect(disposals->selectionModel(), &QItemSelectionModel::currentRowChanged, adjustment,
+  connect(disposals.selectionModel(), &QItemSelectionModel::currentRowChanged, adjustment,
           [this, adjustment](const QModelIndex& current) {
             adjustment->setEnabled(
                 current.isValid() &&
                 controller_->canRecordAdjustment(static_cast<std::size_t>(current.row())));
           });
   adjustment->setEnabled(false);
-  connect(disposals, &QTableView::activated, this, [this](const QModelIndex& index) {
+  connect(&disposals, &QTableView::activated, this, [this](const QModelIndex& index) {
     controller_->openDisposal(static_cast<std::size_t>(index.row()));
   });
-  connect(check, &QTableView::activated, this, [this](const QModelIndex& index) {
+  connect(&check, &QTableView::activated, this, [this](const QModelIndex& index) {
     controller_->openCheck(static_cast<std::size_t>(index.row()));
   });
-  changes_ = subscribe(controller_->changeHandler, [this] { showState(); });
-  showState();
+}
+
+QWidget* TaxYearView::makeExportButton() {
+  struct Section {
+    const char* title;
+    TaxSection section;
+  };
+  static constexpr std::array<Section, 5> sections = {
+      {{"&Disposals…", TaxSection::disposals},
+       {"&Totals…", TaxSection::totals},
+       {"&Income…", TaxSection::income},
+       {"To &Check…", TaxSection::toCheck},
+       {"Cost &Base at the End of the Year…", TaxSection::costs}}};
+  auto* button = new QPushButton(QStringLiteral("E&xport"));
+  button->setToolTip(QStringLiteral("Writes one of the lists below to a file"));
+  auto* menu = new QMenu(button);
+  for (const auto& [title, section] : sections) {
+    connect(menu->addAction(QString::fromUtf8(title)), &QAction::triggered, this,
+            [this, section = section] { exportHandler(controller_->makeExporter(section)); });
+  }
+  button->setMenu(menu);
+  return button;
 }
 
 QWidget* TaxYearView::makeChoices() {
-  title_->setFont(theme::font(1.15, QFont::DemiBold));
+  title_->setFont(theme::font(1, QFont::DemiBold));
   title_->setWordWrap(true);
   year_->setAccessibleName(QStringLiteral("Tax year"));
   person_->setAccessibleName(QStringLiteral("Person"));
@@ -105,6 +134,7 @@ QWidget* TaxYearView::makeChoices() {
   row->addWidget(year_);
   row->addWidget(person_);
   row->addWidget(roles);
+  row->addWidget(makeExportButton());
   connect(year_, &QComboBox::activated, this, [this](int index) {
     controller_->chooseYear(controller_->years().at(static_cast<std::size_t>(index)));
   });
@@ -135,6 +165,8 @@ TableView* TaxYearView::addTable(const QString& name, const QString& objectName,
   table->setObjectName(objectName);
   table->setTable(adapter, model);
   page_->column().addWidget(table);
+  addExplainCommand(*table, model,
+                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
   tables_.push_back(table);
   adapters_.push_back(adapter);
   return table;

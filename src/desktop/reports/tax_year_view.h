@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -26,6 +27,10 @@ class TaxYearView : public QWidget {
   Q_OBJECT
 
  public:
+  /// Writes one of the lists of the year to a file.
+  std::function<void(std::shared_ptr<PortfolioExporter>)> exportHandler =
+      [](const std::shared_ptr<PortfolioExporter>&) {};
+
   explicit TaxYearView(std::shared_ptr<TaxYearViewController> controller,
                        QWidget* parent = nullptr);
 
@@ -35,6 +40,8 @@ class TaxYearView : public QWidget {
  private:
   [[nodiscard]] QWidget* makeChoices();
   [[nodiscard]] QFrame* makeBanner();
+  [[nodiscard]] QWidget* makeExportButton();
+  void connectTables(TableView& disposals, TableView& check);
   TableView* addTable(const QString& name, const QString& objectName, const TableModel& model);
   void showState();
   void showChoices();

@@ -313,7 +313,7 @@ void EditTransactionDialog::showState() {
   showButton(buttons_->go(), form_->goButton);
   showButton(*insertAnother_, form_->insertAnotherButton);
   showButton(buttons_->cancel(), form_->cancelButton);
-  preview_->show(form_->preview(), form_->missing(), form_->notice);
+  preview_->show(form_->preview(), form_->missing(), form_->notice, form_->taxHint());
   isShowing_ = false;
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr int panelWidth = 230;
 
 AttributedText wordsOf(const TransactionPreview& preview, const std::vector<std::string>& missing,
-                       const std::string& notice) {
+                       const std::string& notice, const std::string& hint) {
   AttributedText words;
   const auto add = [&words](const std::string& text, const TextStyle& style) {
     if (!text.empty()) {
@@ -28,6 +28,8 @@ AttributedText wordsOf(const TransactionPreview& preview, const std::vector<std:
     for (const std::string& sentence : missing) {
       add(sentence, {.colour = Colour::Name::secondaryLabel});
     }
+  } else {
+    add(hint, {});
   }
   return words;
 }
@@ -64,8 +66,8 @@ PreviewPanel::PreviewPanel() : words_(new AttributedLabel) {
 }
 
 void PreviewPanel::show(const TransactionPreview& preview, const std::vector<std::string>& missing,
-                        const std::string& notice) {
-  const AttributedText words = wordsOf(preview, missing, notice);
+                        const std::string& notice, const std::string& hint) {
+  const AttributedText words = wordsOf(preview, missing, notice, hint);
   if (preview == shown_ && words.plainText() == shownWords_) {
     return;
   }

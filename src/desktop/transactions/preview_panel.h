@@ -19,8 +19,9 @@ class PreviewPanel : public QFrame {
  public:
   PreviewPanel();
 
+  /// `notice` stands above what is wrong or missing, `hint` below the figures.
   void show(const TransactionPreview& preview, const std::vector<std::string>& missing,
-            const std::string& notice);
+            const std::string& notice, const std::string& hint);
 
  private:
   static constexpr std::size_t mostFigures = 5;

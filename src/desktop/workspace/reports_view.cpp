@@ -6,6 +6,7 @@
 
 #include "desktop/controls/dates_picker_view.h"
 #include "desktop/look/theme.h"
+#include "desktop/reports/coverage_view.h"
 #include "desktop/reports/income_view.h"
 #include "desktop/reports/returns_view.h"
 #include "desktop/reports/tax_year_view.h"
@@ -48,8 +49,11 @@ ReportsView::ReportsView(std::shared_ptr<WorkspaceReports> reports, QWidget* par
           reportPage(QStringLiteral("Returns"), {atLeft(new DatesPickerView(reports_->datesPicker)),
                                                  new ReturnsView(reports_->returns)})),
       taxYear_(new TaxYearView(reports_->taxYear)),
-      income_(reportPage(QStringLiteral("Income"), {new IncomeView(reports_->income)})) {
-  for (QWidget* page : std::initializer_list<QWidget*>{returns_, taxYear_, income_}) {
+      taxYearPage_(reportPage(QStringLiteral("Tax Year"), {taxYear_})),
+      income_(reportPage(QStringLiteral("Income"), {new IncomeView(reports_->income)})),
+      coverage_(reportPage(QStringLiteral("Coverage"), {new CoverageView(reports_->coverage)})) {
+  for (QWidget* page :
+       std::initializer_list<QWidget*>{returns_, taxYearPage_, income_, coverage_}) {
     addWidget(page);
   }
 }
@@ -61,10 +65,13 @@ void ReportsView::showReport() {
         setCurrentWidget(returns_);
         break;
       case WorkspaceReport::taxYear:
-        setCurrentWidget(taxYear_);
+        setCurrentWidget(taxYearPage_);
         break;
       case WorkspaceReport::income:
         setCurrentWidget(income_);
+        break;
+      case WorkspaceReport::coverage:
+        setCurrentWidget(coverage_);
         break;
     }
   }

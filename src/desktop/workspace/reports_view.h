@@ -23,7 +23,9 @@ class ReportsView : public QStackedWidget {
   std::shared_ptr<WorkspaceReports> reports_;
   QWidget* returns_;
   TaxYearView* taxYear_;
+  QWidget* taxYearPage_;
   QWidget* income_;
+  QWidget* coverage_;
 };
 
 }  // namespace corvane::desktop

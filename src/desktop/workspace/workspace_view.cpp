@@ -28,6 +28,7 @@
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/reports/explanation_panel.h"
+#include "desktop/reports/tax_year_view.h"
 #include "desktop/scenario/scenario_batch_tab.h"
 #include "desktop/scenario/scenario_detail_tab.h"
 #include "desktop/transactions/transactions_tab.h"
@@ -102,6 +103,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       columnChoices_.push_back(new ColumnChoice(*table, defaults_));
     }
   }
+  reports_->taxYear().exportHandler = [this](const auto& exporter) { exportReport(exporter); };
   changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
   segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
@@ -353,13 +355,17 @@ void WorkspaceView::explainNumber() {
 }
 
 void WorkspaceView::exportShown() {
-  if (const auto exporter = frame_->reports->makeExporter()) {
-    // Held by the completion: a second export waits for the sheet of the first one anyway.
-    const auto controller = ExportController::make(exporter);
-    controller->beginExport(std::make_shared<ExchangePanels>(this), [controller](bool) {});
-    return;
+  if (!frame_->reports->shown()) {
+    export_->exportAction();
+  } else if (const auto exporter = frame_->reports->makeExporter()) {
+    exportReport(exporter);
   }
-  export_->exportAction();
+}
+
+void WorkspaceView::exportReport(const std::shared_ptr<PortfolioExporter>& exporter) {
+  // Held by the completion: a second export waits for the sheet of the first one anyway.
+  const auto controller = ExportController::make(exporter);
+  controller->beginExport(std::make_shared<ExchangePanels>(this), [controller](bool) {});
 }
 
 /// The columns of the table that is seen, as its heading offers them.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "exchange/exports/portfolio_exporter.h"
+#include "reports/coverage/price_coverage.h"
 #include "reports/income/income_payments.h"
 #include "reports/returns/returns_report.h"
 #include "reports/returns/total_return_index.h"
@@ -46,6 +47,31 @@ class ReportLinesExporter final : public PortfolioExporter {
   [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofTaxIncome(const TaxYear& year,
                                                                         const std::string& title,
                                                                         UserDefaults* defaults);
+
+  /// A line for each equity with disposals, and for the sum of each currency: symbol,
+  /// primaryCurrency, proceeds, costBase, gains, losses, denied, net. The sum has no symbol.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofTaxTotals(const TaxYear& year,
+                                                                        const std::string& title,
+                                                                        UserDefaults* defaults);
+
+  /// A line for each deemed gain and for each row that wants a human eye: settlement, tradeDate,
+  /// portfolio, symbol, deemedGain, primaryCurrency, note.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofTaxChecks(const TaxYear& year,
+                                                                        const std::string& title,
+                                                                        const Calendar& calendar,
+                                                                        UserDefaults* defaults);
+
+  /// A line for each equity that is held at the end of a tax year: symbol, shares, costBase,
+  /// primaryCurrency.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofTaxCosts(const TaxYear& year,
+                                                                       const std::string& title,
+                                                                       UserDefaults* defaults);
+
+  /// A line for each stretch of days of an equity or exchange rate: symbol, kind, state, from, to,
+  /// days, note; one without days where the market has refused its prices.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofCoverage(
+      std::span<const PriceCoverage> coverages, const std::string& title, const Calendar& calendar,
+      UserDefaults* defaults);
 
   /// A line for each payment: date, portfolio, symbol, kind, shares, perShare, amount, currency,
   /// rate, equivalent, status, note.

@@ -106,6 +106,7 @@ void MainSplitViewController::connectReports() {
   reports->taxYear->explainHandler = explain;
   reports->returns->openEquityHandler = openEquity;
   reports->income->openEquityHandler = openEquity;
+  reports->coverage->openEquityHandler = openEquity;
   reports->taxYear->openRowHandler = open;
   explanation.openRowHandler = open;
 }
@@ -149,6 +150,7 @@ void MainSplitViewController::setDocumentModel(std::weak_ptr<WorkspaceModel> mod
   documentModel_ = model;
   equityViewController->setDocumentModel(model);
   masterSourceViewController->setDocumentModel(model);
+  portfolioViewController->setDocumentModel(model);
   reports->setDocumentModel(model);
   masterSourceViewController->setCurrentDetailObject(initialDetailObject());
   changeHandler();

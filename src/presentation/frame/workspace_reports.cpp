@@ -24,6 +24,7 @@ WorkspaceReports::WorkspaceReports(Passkey /*passkey*/, ScreenSurroundings surro
     : returns(ReturnsViewController::make(surroundings)),
       taxYear(TaxYearViewController::make(surroundings)),
       income(IncomeViewController::make(surroundings)),
+      coverage(CoverageViewController::make(surroundings)),
       datesPicker(surroundings.now),
       surroundings_(std::move(surroundings)) {
   datesPicker.setAllowsIntervalSelection(false);
@@ -48,7 +49,8 @@ void WorkspaceReports::observe() {
 void WorkspaceReports::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
   documentModel_ = model;
   showsAllTime_ = true;
-  taxYear->setDocumentModel(std::move(model));
+  taxYear->setDocumentModel(model);
+  coverage->setDocumentModel(std::move(model));
   reload();
 }
 
@@ -58,6 +60,7 @@ void WorkspaceReports::show(std::optional<WorkspaceReport> report) {
   returns->setShown(shown_ == WorkspaceReport::returns);
   taxYear->setShown(shown_ == WorkspaceReport::taxYear);
   income->setShown(shown_ == WorkspaceReport::income);
+  coverage->setShown(shown_ == WorkspaceReport::coverage);
 }
 
 void WorkspaceReports::reload() {
@@ -118,6 +121,8 @@ std::shared_ptr<PortfolioExporter> WorkspaceReports::makeExporter() const {
       return taxYear->makeExporter();
     case WorkspaceReport::income:
       return income->makeExporter();
+    case WorkspaceReport::coverage:
+      return coverage->makeExporter();
   }
   return nullptr;
 }

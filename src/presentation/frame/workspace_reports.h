@@ -10,13 +10,14 @@
 
 #include "platform/async/notification_center.h"
 #include "presentation/controls/query_dates_picker.h"
+#include "presentation/coverage/coverage_view_controller.h"
 #include "presentation/reports/income_view_controller.h"
 #include "presentation/reports/returns_view_controller.h"
 #include "presentation/taxes/tax_year_view_controller.h"
 
 namespace corvane {
 
-enum class WorkspaceReport { returns, taxYear, income };
+enum class WorkspaceReport { returns, taxYear, income, coverage };
 
 /// Shows one of the reports at a time, or none. The one that is shown follows edits of the ledgers
 /// and refreshes of their prices. Held by shared pointer only. Main queue only.
@@ -29,9 +30,10 @@ class WorkspaceReports : public std::enable_shared_from_this<WorkspaceReports> {
     std::string_view title;
   };
   /// As the source list has them.
-  static constexpr std::array<Entry, 3> entries = {{{WorkspaceReport::returns, "Returns"},
+  static constexpr std::array<Entry, 4> entries = {{{WorkspaceReport::returns, "Returns"},
                                                     {WorkspaceReport::taxYear, "Tax Year"},
-                                                    {WorkspaceReport::income, "Income"}}};
+                                                    {WorkspaceReport::income, "Income"},
+                                                    {WorkspaceReport::coverage, "Coverage"}}};
 
   [[nodiscard]] static std::shared_ptr<WorkspaceReports> make(ScreenSurroundings surroundings);
   WorkspaceReports(Passkey passkey, ScreenSurroundings surroundings);
@@ -39,6 +41,7 @@ class WorkspaceReports : public std::enable_shared_from_this<WorkspaceReports> {
   const std::shared_ptr<ReturnsViewController> returns;
   const std::shared_ptr<TaxYearViewController> taxYear;
   const std::shared_ptr<IncomeViewController> income;
+  const std::shared_ptr<CoverageViewController> coverage;
   /// The days of the report of returns.
   QueryDatesPicker datesPicker;
 
@@ -46,7 +49,8 @@ class WorkspaceReports : public std::enable_shared_from_this<WorkspaceReports> {
   /// None for none.
   void show(std::optional<WorkspaceReport> report);
   [[nodiscard]] std::optional<WorkspaceReport> shown() const { return shown_; }
-  /// What writes the report that is shown to a file; null without one.
+  /// What writes the report that is shown to a file; null where there is
+  /// nothing to write.
   [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const;
 
  private:

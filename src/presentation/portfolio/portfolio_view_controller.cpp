@@ -302,6 +302,7 @@ std::unique_ptr<EditTransactionViewController> PortfolioViewController::makeCrea
   form->behaviour = EditTransactionViewController::Create{segue.portfolio, segue.original};
   form->presentError = surroundings_.presentError;
   form->now = surroundings_.now;
+  form->setWorkspace(documentModel_);
   return form;
 }
 

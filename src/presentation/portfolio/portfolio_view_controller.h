@@ -25,6 +25,7 @@
 #include "presentation/reports/returns_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
+#include "storage/workspace/workspace_model.h"
 
 namespace corvane {
 
@@ -87,6 +88,8 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   QueryDatesPicker datesPicker;
   FiscalChartView chart;
 
+  /// The workspace of the portfolios, whose rules about taxes the form for a transaction knows.
+  void setDocumentModel(std::weak_ptr<WorkspaceModel> model) { documentModel_ = std::move(model); }
   /// Shows `portfolio`; null for none.
   void setPortfolio(const PortfolioPointer& portfolio);
   void reload(ReloadReason reason);
@@ -144,6 +147,7 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   void showInTabs();
 
   ScreenSurroundings surroundings_;
+  std::weak_ptr<WorkspaceModel> documentModel_;
   PortfolioDataSlice currentData_;
   PortfolioHeading heading_;
   PortfolioDays days_;

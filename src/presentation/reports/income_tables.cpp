@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "presentation/reports/report_sums.h"
 #include "presentation/text/table_text.h"
 #include "reports/series/report_days.h"
 #include "reports/trail/income_trails.h"
@@ -192,6 +193,7 @@ ReportFigure expectedFigure(const std::vector<ExpectedIncome>& expected, const C
   if (!expected.empty()) {
     figure.value = reportMoneyCell(declared + estimated, currency);
     figure.detail = "of it declared: " + reportMoneyText(declared, currency);
+    figure.explain = [expected, currency] { return expectedTrail(expected, currency); };
   }
   return figure;
 }
@@ -212,7 +214,8 @@ AttributedText IncomeChartView::changeText(double from, double to) const {
 }
 
 std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency) {
+    std::function<Currency()> currency,
+    const std::function<std::vector<IncomePayment>()>& payments) {
   static const std::array<std::string, 12> names = [] {
     std::array<std::string, 12> made;
     for (std::size_t i = 0; i < made.size(); ++i) {
@@ -226,6 +229,22 @@ std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
   const auto money = [currency](const Decimal& amount) {
     return amount.isZero() ? AttributedText() : reportMoneyCell(amount, currency());
   };
+  // `month` from 1 to 12, or 0 for all of them.
+  const auto trail = [currency, payments](const IncomeOfYear& line, const Decimal& amount,
+                                          int month) -> TrailMaker {
+    if (amount.isZero()) {
+      return nullptr;
+    }
+    return [currency, payments, equity = line.equity, year = line.year, month] {
+      const auto counts = [&](const IncomePayment& payment) {
+        return payment.day.year == year && (month == 0 || payment.day.month == month) &&
+               (equity == nullptr || *payment.equity == *equity);
+      };
+      const std::string name = equity == nullptr ? "Income" : "Income of " + equity->symbol;
+      const std::string when = month == 0 ? std::to_string(year) : monthText({year, month, 1});
+      return std::optional(paymentsTrail(name + ", " + when, payments(), currency(), counts));
+    };
+  };
   std::vector<RecordTable<IncomeOfYear>::Column> columns = {
       {{"symbol", "Symbol"}, [](const IncomeOfYear& line) {
          return line.equity == nullptr ? AttributedText("Total", {.weight = FontWeight::semibold})
@@ -233,10 +252,14 @@ std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
        }}};
   for (std::size_t i = 0; i < names.size(); ++i) {
     columns.push_back({{identifiers.at(i), names.at(i), true},
-                       [i, money](const IncomeOfYear& line) { return money(line.months.at(i)); }});
+                       [i, money](const IncomeOfYear& line) { return money(line.months.at(i)); },
+                       [i, trail](const IncomeOfYear& line) {
+                         return trail(line, line.months.at(i), static_cast<int>(i) + 1);
+                       }});
   }
-  columns.push_back(
-      {{"total", "Total", true}, [money](const IncomeOfYear& line) { return money(line.total); }});
+  columns.push_back({{"total", "Total", true},
+                     [money](const IncomeOfYear& line) { return money(line.total); },
+                     [trail](const IncomeOfYear& line) { return trail(line, line.total, 0); }});
   return columns;
 }
 
@@ -307,6 +330,7 @@ std::vector<RecordTable<ExpectedIncome>::Column> expectedIncomeColumns(
 std::vector<IncomeOfYear> incomeOfYear(const std::vector<IncomePayment>& payments, int year) {
   std::map<std::string, IncomeOfYear> bySymbol;
   IncomeOfYear sum;
+  sum.year = year;
   for (const IncomePayment& payment : payments) {
     if (payment.day.year != year) {
       continue;
@@ -314,6 +338,7 @@ std::vector<IncomeOfYear> incomeOfYear(const std::vector<IncomePayment>& payment
     const EquityPointer& equity = payment.equity;
     IncomeOfYear& line = bySymbol[equity->symbol + '\n' + equity->id()];
     line.equity = equity;
+    line.year = year;
     for (IncomeOfYear* each : {&line, &sum}) {
       each->months.at(static_cast<std::size_t>(payment.day.month - 1)) +=
           payment.equivalent->amount;
@@ -374,15 +399,30 @@ std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& paymen
     cost += each.line.costBase;
   }
   const bool hasCost = cost > 0;
+  const auto paidTrail = [&](const std::string& label, int first, int last) -> TrailMaker {
+    return [payments, currency, label, first, last] {
+      return std::optional(
+          paymentsTrail(label, payments, currency, [&](const IncomePayment& payment) {
+            return first <= monthNumber(payment.day) && monthNumber(payment.day) <= last;
+          }));
+    };
+  };
+  year.explain = paidTrail(year.title, january, month);
+  const std::string fullYear = "Full " + std::to_string(today.year - 1);
   return {std::move(year),
-          {.title = "Full " + std::to_string(today.year - 1),
-           .value = reportMoneyCell(paidIn(payments, january - 12, january - 1), currency)},
+          {.title = fullYear,
+           .value = reportMoneyCell(paidIn(payments, january - 12, january - 1), currency),
+           .explain = paidTrail(fullYear, january - 12, january - 1)},
           expectedFigure(expected, currency),
           {.title = "Yield on cost",
            .value = plainRateCell(
                hasCost ? std::optional(lastYear.doubleValue() / cost.doubleValue()) : std::nullopt),
            .detail = hasCost ? "of all holdings" : "",
-           .hint = "What today's shares were paid in the last twelve months, by their cost base."}};
+           .hint = "What today's shares were paid in the last twelve months, by their cost base.",
+           .explain = hasCost ? TrailMaker([expected, currency] {
+             return yieldOfAllTrail(expected, currency);
+           })
+                              : nullptr}};
 }
 
 }  // namespace corvane

@@ -9,8 +9,11 @@
 
 namespace corvane {
 
+/// `currency` is asked for whenever a cell is made, `payments` when somebody wants to know how it
+/// came about.
 [[nodiscard]] std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency);
+    std::function<Currency()> currency,
+    const std::function<std::vector<IncomePayment>()>& payments);
 
 /// What trails of the table of expectations need of the moment.
 struct IncomeMoment {
@@ -31,7 +34,7 @@ void drawIncome(IncomeChartView& chart, const std::vector<IncomePayment>& paymen
                 const std::vector<ExpectedIncome>& expected, const Currency& currency,
                 const YearMonthDay& today, bool isByYear);
 
-/// The figures in one row.
+/// The figures in one row, with all that tells how they came about.
 [[nodiscard]] std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& payments,
                                                       const std::vector<ExpectedIncome>& expected,
                                                       const Currency& currency,

@@ -34,49 +34,24 @@ std::shared_ptr<IncomeViewController> IncomeViewController::make(ScreenSurroundi
 }
 
 IncomeViewController::IncomeViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : monthTable(incomeMonthColumns([this] { return currency_; })),
+    : ReportViewController(std::move(surroundings)),
+      monthTable(
+          incomeMonthColumns([this] { return currency_; }, [this] { return paidPayments(); })),
       expectedTable(expectedIncomeColumns([this] {
         return IncomeMoment{today(), calendarOf(scope_)};
       })),
-      surroundings_(std::move(surroundings)),
       counted_{TransactionType::dividend, TransactionType::capitalGainsDividend,
-               TransactionType::reinvestedDistribution},
-      message_("No portfolio selected.") {}
-
-void IncomeViewController::setCurrentData(PortfolioDataSlice data,
-                                          const std::optional<TransactionChanges>& /*changes*/) {
-  currentData_ = std::move(data);
-  ReportScope scope{.name = "", .portfolios = {}, .days = currentData_.ymdRange};
-  if (currentData_.portfolio != nullptr && currentData_.transactions) {
-    scope.name = currentData_.portfolio->name;
-    scope.portfolios = {currentData_.portfolio};
-  }
-  setScope(std::move(scope));
+               TransactionType::reinvestedDistribution} {
+  message_ = "No portfolio selected.";
 }
 
-void IncomeViewController::setScope(ReportScope scope) {
-  const bool isOther = scope.portfolios != scope_.portfolios;
-  scope_ = std::move(scope);
-  currencies_ = primaryCurrencies(scope_.portfolios);
-  if (!currencies_.empty() && std::ranges::count(currencies_, currency_) == 0) {
-    currency_ = currencies_.front();
-  }
-  if (isOther) {
-    answer_ = {};
-    errors_.clear();
-    chosenYear_ = today().year;
-    show();
-    message_ = scope_.portfolios.empty() ? "No portfolio selected." : "";
-    chart.noDataText = message_;
-  }
-  reload();
-}
-
-void IncomeViewController::setShown(bool isShown) {
-  isShown_ = isShown;
-  if (isShown_ && isStale_) {
-    reload();
-  }
+void IncomeViewController::forget(const std::string& message) {
+  answer_ = {};
+  errors_.clear();
+  chosenYear_ = today().year;
+  show();
+  message_ = message;
+  chart.noDataText = message_;
 }
 
 void IncomeViewController::setCounts(TransactionType kind, bool counts) {
@@ -98,34 +73,18 @@ void IncomeViewController::setShowsYearsBesideEachOther(bool isByYear) {
   show();
 }
 
-void IncomeViewController::chooseCurrency(std::size_t index) {
-  currency_ = currencies_.at(index);
-  show();
-}
-
 YearMonthDay IncomeViewController::today() const {
   return YearMonthDay::of(surroundings_.now(), calendarOf(scope_));
 }
 
-/// Asks the market for the dividends of what is held, and then for the report.
-void IncomeViewController::reload() {
-  const auto quotes = reportQuotes(scope_);
-  ++generation_;
-  inquiry_.cancel();
-  isStale_ = quotes != nullptr && !isShown_;
-  isFetching_ = quotes != nullptr && isShown_;
-  if (isFetching_) {
-    fetchDividendCalendar(
-        quotes, equitiesHeld(scope_.portfolios), today(),
-        [self = weak_from_this(), quotes, generation = generation_](DividendCalendar dividends) {
-          const auto living = self.lock();
-          if (living != nullptr && living->generation_ == generation) {
-            living->isFetching_ = false;
-            living->compute(std::move(dividends));
-          }
-        });
-  }
-  changeHandler();
+/// Asks for the dividends of what is held, and then for the report.
+void IncomeViewController::askMarket(const std::shared_ptr<QuoteProvider>& quotes) {
+  // The provider is held until it has answered.
+  fetchDividendCalendar(
+      quotes, equitiesHeld(scope_.portfolios), today(),
+      whileCurrent(*this, [quotes](IncomeViewController& living, DividendCalendar dividends) {
+        living.compute(std::move(dividends));
+      }));
 }
 
 void IncomeViewController::compute(DividendCalendar dividends) {

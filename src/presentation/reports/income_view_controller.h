@@ -12,18 +12,15 @@
 
 #include "presentation/charts/fiscal_chart_view.h"
 #include "presentation/reports/record_table.h"
-#include "presentation/reports/report_scope.h"
-#include "presentation/reports/report_text.h"
-#include "presentation/screen/current_portfolio_having.h"
-#include "presentation/screen/screen_surroundings.h"
+#include "presentation/reports/report_view_controller.h"
 #include "reports/income/income_payments.h"
-#include "reports/inquiry/report_inquiry.h"
 
 namespace corvane {
 
 /// What an equity has paid in each month of a year; the sum of all where it has no equity.
 struct IncomeOfYear {
   EquityPointer equity;
+  int year = 0;
   std::array<Decimal, 12> months;
   Decimal total;
 };
@@ -38,11 +35,10 @@ class IncomeChartView final : public FiscalChartView {
   [[nodiscard]] AttributedText changeText(double from, double to) const override;
 };
 
-/// The income of a portfolio, or of all portfolios of a workspace with one primary currency. It
-/// asks the market only while it is shown, computes on the queue of reports, and drops answers that
-/// have been overtaken. What is recorded stands at the equivalents that were entered, net of what
-/// was withheld. Held by shared pointer only. Main queue only.
-class IncomeViewController : public PortfolioTab,
+/// The income of a portfolio, or of all portfolios of a workspace with one primary currency, on all
+/// of their days up to today and a year further. What is recorded stands at the equivalents that
+/// were entered, net of what was withheld. Held by shared pointer only. Main queue only.
+class IncomeViewController : public ReportViewController,
                              public std::enable_shared_from_this<IncomeViewController> {
   struct Passkey {};
 
@@ -60,23 +56,8 @@ class IncomeViewController : public PortfolioTab,
   [[nodiscard]] static std::shared_ptr<IncomeViewController> make(ScreenSurroundings surroundings);
   IncomeViewController(Passkey passkey, ScreenSurroundings surroundings);
 
-  /// Called when anything but the chart and the tables has changed.
-  std::function<void()> changeHandler = [] {};
-
-  // As a tab of a portfolio.
-  [[nodiscard]] const PortfolioDataSlice& currentData() const override { return currentData_; }
-  void setCurrentData(PortfolioDataSlice data,
-                      const std::optional<TransactionChanges>& changes) override;
   [[nodiscard]] std::string_view tabTitle() const override { return "Income"; }
   [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
-  [[nodiscard]] bool hasOwnChart() const override { return true; }
-  void setReceivesCommands(bool receivesCommands) override { setShown(receivesCommands); }
-
-  // As a report of a workspace.
-
-  /// Reports on the portfolios of `scope`, on all of their days up to today and a year further.
-  void setScope(ReportScope scope);
-  void setShown(bool isShown);
 
   // What is chosen.
 
@@ -89,19 +70,10 @@ class IncomeViewController : public PortfolioTab,
   /// Whether the chart has the same months of different years beside each other.
   [[nodiscard]] bool showsYearsBesideEachOther() const { return isByYear_; }
   void setShowsYearsBesideEachOther(bool isByYear);
-  [[nodiscard]] const std::vector<Currency>& currencies() const { return currencies_; }
-  [[nodiscard]] const Currency& currency() const { return currency_; }
-  void chooseCurrency(std::size_t index);
 
   // What is shown.
 
-  [[nodiscard]] bool isBusy() const { return isFetching_ || inquiry_.isAsking(); }
-  [[nodiscard]] std::string title() const;
-  /// In place of figures; empty where there are some.
-  [[nodiscard]] const std::string& message() const { return message_; }
-  [[nodiscard]] const std::vector<ReportFigure>& figures() const { return figures_; }
-  [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
-  [[nodiscard]] const ReportWarning& warning() const { return warning_; }
+  [[nodiscard]] std::string title() const override;
   void retryAction() { reload(); }
 
   IncomeChartView chart;
@@ -118,7 +90,9 @@ class IncomeViewController : public PortfolioTab,
     std::vector<ExpectedIncome> expected;
   };
 
-  void reload();
+  void forget(const std::string& message) override;
+  void currencyDidChange() override { show(); }
+  void askMarket(const std::shared_ptr<QuoteProvider>& quotes) override;
   void compute(DividendCalendar dividends);
   void take(Answer answer);
   void show();
@@ -130,26 +104,12 @@ class IncomeViewController : public PortfolioTab,
   [[nodiscard]] std::vector<IncomePayment> paidPayments() const;
   [[nodiscard]] std::vector<ExpectedIncome> shownExpectations() const;
 
-  ScreenSurroundings surroundings_;
-  PortfolioDataSlice currentData_;
-  ReportScope scope_;
   std::set<TransactionType> counted_;
   std::vector<int> years_;
   int chosenYear_ = 0;
   bool isByYear_ = false;
-  std::vector<Currency> currencies_;
-  Currency currency_ = Currency::cad();
-  bool isShown_ = false;
-  bool isStale_ = false;
-  bool isFetching_ = false;
-  int generation_ = 0;
   Answer answer_;
   EquityMap<ErrorPointer> errors_;
-  std::string message_;
-  std::vector<ReportFigure> figures_;
-  std::vector<std::string> notes_;
-  ReportWarning warning_;
-  ReportInquiry inquiry_;
 };
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "presentation/reports/report_sums.h"
 #include "presentation/text/table_text.h"
 #include "reports/series/report_days.h"
 #include "reports/trail/returns_trails.h"
@@ -100,7 +101,16 @@ std::optional<TrailNode> bridgeGainTrail(const ReturnsReport& report) {
 
 }  // namespace
 
-std::vector<RecordTable<YearOfReturns>::Column> monthColumns() {
+std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
+    const std::function<std::shared_ptr<const ReturnsReport>()>& report) {
+  const auto trail = [report](const std::optional<PeriodReturn>& period) -> TrailMaker {
+    if (!period) {
+      return nullptr;
+    }
+    return [shown = report(), measured = *period]() -> std::optional<TrailNode> {
+      return shown == nullptr ? std::nullopt : periodTrail(*shown, measured);
+    };
+  };
   static const std::array<std::string, 12> names = [] {
     std::array<std::string, 12> made;
     for (std::size_t i = 0; i < made.size(); ++i) {
@@ -117,10 +127,12 @@ std::vector<RecordTable<YearOfReturns>::Column> monthColumns() {
                                   }}};
   for (std::size_t i = 0; i < names.size(); ++i) {
     columns.push_back({{identifiers.at(i), names.at(i), true},
-                       [i](const YearOfReturns& line) { return periodCell(line.months.at(i)); }});
+                       [i](const YearOfReturns& line) { return periodCell(line.months.at(i)); },
+                       [i, trail](const YearOfReturns& line) { return trail(line.months.at(i)); }});
   }
-  columns.push_back(
-      {{"whole", "Year", true}, [](const YearOfReturns& line) { return periodCell(line.whole); }});
+  columns.push_back({{"whole", "Year", true},
+                     [](const YearOfReturns& line) { return periodCell(line.whole); },
+                     [trail](const YearOfReturns& line) { return trail(line.whole); }});
   return columns;
 }
 
@@ -144,6 +156,11 @@ std::vector<RecordTable<EquityReturns>::Column> equityReturnsColumns(
       {{"gain", "Gain", true},
        [currency](const EquityReturns& line) {
          return signedMoneyCell(line.figures.gain(), currency());
+       },
+       [currency](const EquityReturns& line) -> TrailMaker {
+         return [figures = line.figures, shown = currency()] {
+           return equityGainTrail(figures, shown);
+         };
        }},
       {{"timeWeighted", "Time-w.", true},
        [](const EquityReturns& line) { return returnRateCell(line.timeWeighted); }},
@@ -166,7 +183,8 @@ std::vector<RecordTable<ReconciliationLine>::Column> reconciliationColumns(
           {{"amount", "Amount", true},
            [currency](const ReconciliationLine& line) {
              return reportMoneyCell(line.amount, currency());
-           }},
+           },
+           [](const ReconciliationLine& line) { return line.explain; }},
           {{"note", "Note"}, [](const ReconciliationLine& line) {
              return AttributedText(line.note, {.colour = Colour::Name::secondaryLabel});
            }}};
@@ -219,9 +237,16 @@ ReportFigure benchmarkFigure(const BenchmarkReturn& benchmark, const std::string
   return figure;
 }
 
-std::vector<ReconciliationLine> bridgeLines(const ValueBridge& bridge,
+std::vector<ReconciliationLine> bridgeLines(const std::shared_ptr<const ReturnsReport>& report,
                                             const ClosedRange<YearMonthDay>& days) {
   using enum ReconciliationLine::Kind;
+  const ValueBridge& bridge = report->series.bridge;
+  const auto ofEquities = [&](const char* label, auto amountOf) -> TrailMaker {
+    if (report->equities.empty()) {
+      return nullptr;
+    }
+    return [report, label, amountOf] { return equitiesTrail(*report, label, amountOf); };
+  };
   std::vector<ReconciliationLine> lines = {
       {"Opening value", bridge.opening, sum,
        "at the end of " + mediumDayText(daysAfter(days.lower(), -1))},
@@ -232,14 +257,21 @@ std::vector<ReconciliationLine> bridgeLines(const ValueBridge& bridge,
   }
   lines.insert(
       lines.end(),
-      {{"+ Gain of equities", bridge.equityGain},
-       {"of it realized", bridge.realised, part, "the ledger's capital gains"},
-       {"of it unrealized", bridge.equityGain - bridge.realised, part},
-       {"+ Dividends", bridge.dividends},
+      {{"+ Gain of equities", bridge.equityGain, term, "",
+        ofEquities("Gain of equities", [](const EquityFigures& line) { return line.gain(); })},
+       {"of it realized", bridge.realised, part, "the ledger's capital gains",
+        ofEquities("Realized gain", [](const EquityFigures& line) { return line.realised; })},
+       {"of it unrealized", bridge.equityGain - bridge.realised, part, "",
+        ofEquities("Unrealized gain",
+                   [](const EquityFigures& line) { return line.gain() - line.realised; })},
+       {"+ Dividends", bridge.dividends, term, "",
+        ofEquities("Dividends", [](const EquityFigures& line) { return line.dividends; })},
        {"± Interest, fees and adjustments", bridge.adjustments},
        {"± Currency", bridge.currency(), term,
-        bridge.currency().isZero() ? "" : "foreign cash, and rates other than those of the day"},
-       {"= Closing value", bridge.closing, sum, "at the end of " + mediumDayText(days.upper())}});
+        bridge.currency().isZero() ? "" : "foreign cash, and rates other than those of the day",
+        [report] { return std::optional(currencyTrail(*report)); }},
+       {"= Closing value", bridge.closing, sum, "at the end of " + mediumDayText(days.upper()),
+        [report] { return std::optional(closingTrail(*report)); }}});
   return lines;
 }
 

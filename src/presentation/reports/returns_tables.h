@@ -10,7 +10,9 @@
 
 namespace corvane {
 
-[[nodiscard]] std::vector<RecordTable<YearOfReturns>::Column> monthColumns();
+/// `report` is asked for when somebody wants to know how a return came about.
+[[nodiscard]] std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
+    const std::function<std::shared_ptr<const ReturnsReport>()>& report);
 /// `currency` is asked for whenever a cell is made.
 [[nodiscard]] std::vector<RecordTable<EquityReturns>::Column> equityReturnsColumns(
     std::function<Currency()> currency);
@@ -25,7 +27,7 @@ namespace corvane {
                                            const TimeWeightedReturn& returns);
 
 /// The bridge from the opening value to the closing one.
-[[nodiscard]] std::vector<ReconciliationLine> bridgeLines(const ValueBridge& bridge,
-                                                          const ClosedRange<YearMonthDay>& days);
+[[nodiscard]] std::vector<ReconciliationLine> bridgeLines(
+    const std::shared_ptr<const ReturnsReport>& report, const ClosedRange<YearMonthDay>& days);
 
 }  // namespace corvane

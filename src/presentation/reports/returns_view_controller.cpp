@@ -63,38 +63,24 @@ std::shared_ptr<ReturnsViewController> ReturnsViewController::make(
 }
 
 ReturnsViewController::ReturnsViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : monthTable(monthColumns()),
+    : ReportViewController(std::move(surroundings)),
+      monthTable(monthColumns([this] { return report_; })),
       equityTable(equityReturnsColumns([this] { return currency_; })),
-      reconciliationTable(reconciliationColumns([this] { return currency_; })),
-      surroundings_(std::move(surroundings)) {
+      reconciliationTable(reconciliationColumns([this] { return currency_; })) {
   benchmarkBox.setPlaceholder("None");
   clearFigures("No portfolio selected.");
 }
 
-void ReturnsViewController::setCurrentData(PortfolioDataSlice data,
-                                           const std::optional<TransactionChanges>& /*changes*/) {
-  currentData_ = std::move(data);
-  ReportScope scope{.name = "", .portfolios = {}, .days = currentData_.ymdRange};
-  if (currentData_.portfolio != nullptr && currentData_.transactions) {
-    scope.name = currentData_.portfolio->name;
-    scope.portfolios = {currentData_.portfolio};
-    if (scope.portfolios == scope_.portfolios) {
-      scope.equity = scope_.equity;
-    }
-  }
-  setScope(std::move(scope));
+void ReturnsViewController::forget(const std::string& message) {
+  report_ = nullptr;
+  history_ = nullptr;
+  leftOut_.clear();
+  leftOutCurrencies_.clear();
+  warning_ = {};
+  clearFigures(message);
 }
 
-void ReturnsViewController::setScope(ReportScope scope) {
-  if (scope.portfolios != scope_.portfolios) {
-    report_ = nullptr;
-    history_ = nullptr;
-    leftOut_.clear();
-    leftOutCurrencies_.clear();
-    warning_ = {};
-    clearFigures(scope.portfolios.empty() ? "No portfolio selected." : "");
-  }
-  scope_ = std::move(scope);
+void ReturnsViewController::scopeDidChange() {
   equities_.clear();
   if (currentData_.portfolio != nullptr) {
     for (const PortfolioAsset& asset : currentData_.assetEntries({})) {
@@ -103,27 +89,10 @@ void ReturnsViewController::setScope(ReportScope scope) {
       }
     }
   }
-  currencies_ = primaryCurrencies(scope_.portfolios);
-  if (!currencies_.empty() && std::ranges::count(currencies_, currency_) == 0) {
-    currency_ = currencies_.front();
-  }
-  reload();
-}
-
-void ReturnsViewController::setShown(bool isShown) {
-  isShown_ = isShown;
-  if (isShown_ && isStale_) {
-    reload();
-  }
 }
 
 void ReturnsViewController::chooseEquity(const EquityPointer& equity) {
   scope_.equity = equity;
-  reload();
-}
-
-void ReturnsViewController::chooseCurrency(std::size_t index) {
-  currency_ = currencies_.at(index);
   reload();
 }
 
@@ -148,36 +117,23 @@ void ReturnsViewController::leaveOutAction() {
   compute();
 }
 
-/// Asks the market for what the scope needs, and then for the figures.
-void ReturnsViewController::reload() {
-  const auto quotes = reportQuotes(scope_);
-  ++generation_;
-  inquiry_.cancel();
-  isStale_ = quotes != nullptr && !isShown_;
-  isFetching_ = quotes != nullptr && isShown_;
-  if (!isFetching_) {
-    changeHandler();
-    return;
-  }
+/// Asks for what the scope needs, and then for the figures.
+void ReturnsViewController::askMarket(const std::shared_ptr<QuoteProvider>& quotes) {
   MarketNeeds needs;
   for (const PortfolioPointer& portfolio : scope_.portfolios) {
     addMarketNeeds(needs, *portfolio, scope_.days.lower(), scope_.days.upper(), calendarOf(scope_),
                    currency_);
   }
+  // The provider is held until it has answered.
   fetchMarketHistory(quotes, needs, scope_.days.lower(), scope_.days.upper(),
-                     [self = weak_from_this(), quotes,
-                      generation = generation_](std::shared_ptr<MarketHistory> history) {
-                       const auto living = self.lock();
-                       if (living != nullptr && living->generation_ == generation) {
-                         living->marketDidAnswer(std::move(history));
-                       }
-                     });
+                     whileCurrent(*this, [quotes](ReturnsViewController& living,
+                                                  std::shared_ptr<MarketHistory> history) {
+                       living.marketDidAnswer(std::move(history));
+                     }));
   fetchBenchmark();
-  changeHandler();
 }
 
 void ReturnsViewController::marketDidAnswer(std::shared_ptr<MarketHistory> history) {
-  isFetching_ = false;
   history_ = std::move(history);
   compute();
 }
@@ -299,7 +255,7 @@ void ReturnsViewController::gatherNotes() {
 }
 
 std::vector<ReconciliationLine> ReturnsViewController::reconciliation() const {
-  std::vector<ReconciliationLine> lines = bridgeLines(report_->series.bridge, scope_.days);
+  std::vector<ReconciliationLine> lines = bridgeLines(report_, scope_.days);
   if (scope_.isOnePortfolio() && scope_.equity == nullptr && leftOut_.empty() &&
       leftOutCurrencies_.empty()) {
     addHeadingLines(lines);

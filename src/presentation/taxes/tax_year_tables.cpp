@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/market/portfolio_asset.h"
+#include "presentation/taxes/tax_year_sums.h"
 #include "presentation/text/table_text.h"
 
 namespace corvane {
@@ -22,6 +23,10 @@ std::string taxKindTitle(TransactionType kind) {
   }
   return kind == TransactionType::reinvestedDistribution ? "Reinvested distribution"
                                                          : "Return of capital";
+}
+
+bool isIncome(TransactionType kind) {
+  return kind != TransactionType::returnOfCapital;
 }
 
 TaxYear::Totals noTotals(const Currency& currency) {
@@ -49,7 +54,7 @@ CurrencyFigures figuresIn(const TaxYear& year, const Currency& currency) {
     }
   }
   for (const TaxYear::Income& line : year.income) {
-    if (line.equivalent.currency == currency && line.kind != TransactionType::returnOfCapital) {
+    if (line.equivalent.currency == currency && isIncome(line.kind)) {
       figures.income += line.equivalent.amount;
     }
   }
@@ -61,36 +66,62 @@ CurrencyFigures figuresIn(const TaxYear& year, const Currency& currency) {
   return figures;
 }
 
+// What the lines of the totals are sums of.
+Decimal gainOf(const TaxYear::Disposal& line) {
+  return line.tax.gain < 0 ? Decimal(0) : line.tax.gain;
+}
+Decimal lossOf(const TaxYear::Disposal& line) {
+  return line.tax.gain < 0 ? -line.tax.gain : Decimal(0);
+}
+Decimal deniedOf(const TaxYear::Disposal& line) {
+  return line.tax.superficial.denied;
+}
+Decimal taxGainOf(const TaxYear::Disposal& line) {
+  return line.tax.taxGain;
+}
+
 void addFigures(const CurrencyFigures& sums, bool namesCurrency,
-                std::vector<ReportFigure>& figures) {
+                const std::shared_ptr<const TaxYear>& year, std::vector<ReportFigure>& figures) {
   const TaxYear::Totals& totals = sums.totals;
   const Currency& currency = totals.currency;
+  const auto ofDisposals = [&](const char* label, auto amountOf) -> TrailMaker {
+    return [year, label, currency, amountOf] {
+      return std::optional(disposalsTrail(label, *year, nullptr, currency, amountOf));
+    };
+  };
   const std::string in = namesCurrency ? ", " + std::string(currency.code) : "";
   figures.push_back({.title = "Net gain" + in,
                      .value = signedMoneyCell(totals.net(), currency),
                      .detail = "gains " + reportMoneyText(totals.gains, currency) + ", losses " +
                                reportMoneyText(totals.losses, currency),
-                     .hint = "Gains less losses, with what is denied added back."});
+                     .hint = "Gains less losses, with what is denied added back.",
+                     .explain = ofDisposals("Net gain", &taxGainOf)});
   figures.push_back({.title = "Denied losses" + in,
                      .value = reportMoneyCell(totals.denied, currency),
                      .detail = "superficial-loss hint",
-                     .hint = "Practice of the tax office, and not law."});
+                     .hint = "Practice of the tax office, and not law.",
+                     .explain = ofDisposals("Denied losses", &deniedOf)});
   figures.push_back({.title = "Income" + in,
                      .value = reportMoneyCell(sums.income, currency),
                      .detail = "without returns of capital",
-                     .hint = "Net of what was withheld, at the equivalents that were entered."});
+                     .hint = "Net of what was withheld, at the equivalents that were entered.",
+                     .explain = [year, currency] {
+                       return std::optional(taxIncomeTrail("Income", *year, currency, &isIncome));
+                     }});
   if (!sums.deemed.isZero()) {
-    figures.push_back({.title = "Deemed gains" + in,
-                       .value = signedMoneyCell(sums.deemed, currency),
-                       .detail = "see “To check”",
-                       .hint = "Returns of capital beyond the cost base."});
+    figures.push_back(
+        {.title = "Deemed gains" + in,
+         .value = signedMoneyCell(sums.deemed, currency),
+         .detail = "see “To check”",
+         .hint = "Returns of capital beyond the cost base.",
+         .explain = [year, currency] { return std::optional(deemedGainsTrail(*year, currency)); }});
   }
 }
 
 }  // namespace
 
 std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
-    const std::function<TrailMaker(const TaxYear::Disposal&)>& trail) {
+    const DisposalTrail& taxTrail, const DisposalTrail& ledgerTrail) {
   using Line = TaxYear::Disposal;
   const auto money = [](std::string_view identifier, std::string_view title, auto amountOf) {
     return RecordTable<Line>::Column{{identifier, title, true}, [amountOf](const Line& line) {
@@ -127,19 +158,34 @@ std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
          return AttributedText(line.note, {.colour = Colour::Name::secondaryLabel});
        }}};
   for (auto& column : columns) {
-    if (column.head.identifier == "taxGain" || column.head.identifier == "denied") {
-      column.trail = trail;
+    const std::string_view identifier = column.head.identifier;
+    if (identifier == "taxGain" || identifier == "denied") {
+      column.trail = taxTrail;
+    } else if (identifier == "ledgerGain") {
+      column.trail = ledgerTrail;
     }
   }
   return columns;
 }
 
-std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns() {
+std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns(const ShownTaxYear& year) {
   using Line = TaxYear::Totals;
-  const auto money = [](std::string_view identifier, std::string_view title, auto amountOf) {
-    return RecordTable<Line>::Column{{identifier, title, true}, [amountOf](const Line& line) {
-                                       return reportMoneyCell(amountOf(line), line.currency);
-                                     }};
+  // A sum over `part` of each disposal.
+  const auto trailOf = [year](std::string_view title, const TaxAmountOf& part) {
+    return [year, title, part](const Line& line) -> TrailMaker {
+      return [shown = year(), title, part, equity = line.equity, currency = line.currency] {
+        const std::string label =
+            std::string(title) + (equity == nullptr ? "" : " of " + equity->symbol);
+        return std::optional(disposalsTrail(label, *shown, equity, currency, part));
+      };
+    };
+  };
+  const auto money = [&](std::string_view identifier, std::string_view title, auto amountOf,
+                         const TaxAmountOf& part) {
+    return RecordTable<Line>::Column{
+        {identifier, title, true},
+        [amountOf](const Line& line) { return reportMoneyCell(amountOf(line), line.currency); },
+        trailOf(title, part)};
   };
   return {
       {{"symbol", "Symbol"},
@@ -148,17 +194,35 @@ std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns() {
                                        : plainCell(line.equity->symbol);
        }},
       {{"currency", "Currency"}, [](const Line& line) { return plainCell(line.currency.code); }},
-      money("proceeds", "Proceeds", [](const Line& line) { return line.proceeds; }),
-      money("costBase", "Cost Base", [](const Line& line) { return line.costBase; }),
-      money("gains", "Gains", [](const Line& line) { return line.gains; }),
-      money("losses", "Losses", [](const Line& line) { return line.losses; }),
-      money("denied", "Denied", [](const Line& line) { return line.denied; }),
+      money(
+          "proceeds", "Proceeds", [](const Line& line) { return line.proceeds; },
+          [](const TaxYear::Disposal& sale) { return sale.equivalent; }),
+      money(
+          "costBase", "Cost Base", [](const Line& line) { return line.costBase; },
+          [](const TaxYear::Disposal& sale) { return sale.equivalent - sale.tax.gain; }),
+      money(
+          "gains", "Gains", [](const Line& line) { return line.gains; }, &gainOf),
+      money(
+          "losses", "Losses", [](const Line& line) { return line.losses; }, &lossOf),
+      money(
+          "denied", "Denied", [](const Line& line) { return line.denied; }, &deniedOf),
       {{"net", "Net", true},
-       [](const Line& line) { return signedMoneyCell(line.net(), line.currency); }}};
+       [](const Line& line) { return signedMoneyCell(line.net(), line.currency); },
+       trailOf("Net", &taxGainOf)}};
 }
 
-std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns() {
+std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns(const ShownTaxYear& year) {
   using Line = TaxIncomeLine;
+  const auto trail = [year](const Line& line) -> TrailMaker {
+    if (line.equity != nullptr || !line.equivalent) {
+      return nullptr;
+    }
+    return [shown = year(), kind = line.kind, currency = line.equivalent->currency] {
+      return std::optional(taxIncomeTrail(kind, *shown, currency, [&](TransactionType each) {
+        return taxKindTitle(each) == kind;
+      }));
+    };
+  };
   return {
       {{"symbol", "Symbol"},
        [](const Line& line) {
@@ -168,11 +232,13 @@ std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns() {
       {{"kind", "Kind"}, [](const Line& line) { return plainCell(line.kind); }},
       {{"amount", "Amount", true},
        [](const Line& line) { return reportMoneyCell(line.amount.amount, line.amount.currency); }},
-      {{"equivalent", "In Primary", true}, [](const Line& line) {
+      {{"equivalent", "In Primary", true},
+       [](const Line& line) {
          return line.equivalent
                     ? reportMoneyCell(line.equivalent->amount, line.equivalent->currency)
                     : AttributedText();
-       }}};
+       },
+       trail}};
 }
 
 std::vector<RecordTable<TaxCheckLine>::Column> taxCheckColumns() {
@@ -233,20 +299,21 @@ std::vector<TaxCheckLine> taxCheckLines(const TaxYear& year) {
   return lines;
 }
 
-std::vector<ReportFigure> taxFigures(const TaxYear& year, const std::vector<Currency>& currencies) {
+std::vector<ReportFigure> taxFigures(const std::shared_ptr<const TaxYear>& year,
+                                     const std::vector<Currency>& currencies) {
   std::vector<CurrencyFigures> found;
   for (const Currency& currency : currencies) {
-    CurrencyFigures figures = figuresIn(year, currency);
+    CurrencyFigures figures = figuresIn(*year, currency);
     if (!figures.isEmpty()) {
       found.push_back(std::move(figures));
     }
   }
   if (found.empty()) {
-    found.push_back(figuresIn(year, currencies.empty() ? Currency::cad() : currencies.front()));
+    found.push_back(figuresIn(*year, currencies.empty() ? Currency::cad() : currencies.front()));
   }
   std::vector<ReportFigure> figures;
   for (const CurrencyFigures& each : found) {
-    addFigures(each, found.size() > 1, figures);
+    addFigures(each, found.size() > 1, year, figures);
   }
   return figures;
 }

@@ -9,11 +9,17 @@
 
 namespace corvane {
 
-/// `trail` makes the trail of a tax gain.
+using DisposalTrail = std::function<TrailMaker(const TaxYear::Disposal&)>;
+/// The year that the lines are of, asked for when somebody wants to know how one came about.
+using ShownTaxYear = std::function<std::shared_ptr<const TaxYear>()>;
+
+/// `taxTrail` makes the trail of a tax gain, `ledgerTrail` that of the ledger's.
 [[nodiscard]] std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
-    const std::function<TrailMaker(const TaxYear::Disposal&)>& trail);
-[[nodiscard]] std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns();
-[[nodiscard]] std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns();
+    const DisposalTrail& taxTrail, const DisposalTrail& ledgerTrail);
+[[nodiscard]] std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns(
+    const ShownTaxYear& year);
+[[nodiscard]] std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns(
+    const ShownTaxYear& year);
 [[nodiscard]] std::vector<RecordTable<TaxCheckLine>::Column> taxCheckColumns();
 [[nodiscard]] std::vector<RecordTable<TaxYear::CostAtEnd>::Column> costAtEndColumns();
 
@@ -26,7 +32,7 @@ namespace corvane {
 
 /// The figures of each of `currencies`, the primary ones, with which `year` has to do; of the first
 /// where it has to do with none.
-[[nodiscard]] std::vector<ReportFigure> taxFigures(const TaxYear& year,
+[[nodiscard]] std::vector<ReportFigure> taxFigures(const std::shared_ptr<const TaxYear>& year,
                                                    const std::vector<Currency>& currencies);
 
 }  // namespace corvane

@@ -9,6 +9,7 @@
 #include "presentation/reports/report_scope.h"
 #include "presentation/taxes/tax_year_tables.h"
 #include "reports/inquiry/frozen_ledger.h"
+#include "reports/trail/ledger_trails.h"
 #include "reports/trail/tax_trails.h"
 
 namespace corvane {
@@ -39,9 +40,11 @@ std::shared_ptr<TaxYearViewController> TaxYearViewController::make(
 }
 
 TaxYearViewController::TaxYearViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : disposals(disposalColumns([this](const TaxYear::Disposal& line) { return trailOf(line); })),
-      totals(taxTotalsColumns()),
-      income(taxIncomeColumns()),
+    : disposals(
+          disposalColumns([this](const TaxYear::Disposal& line) { return trailOf(line); },
+                          [this](const TaxYear::Disposal& line) { return ledgerTrailOf(line); })),
+      totals(taxTotalsColumns([this] { return year_; })),
+      income(taxIncomeColumns([this] { return year_; })),
       toCheck(taxCheckColumns()),
       costs(costAtEndColumns()),
       surroundings_(std::move(surroundings)) {}
@@ -186,17 +189,17 @@ void TaxYearViewController::reload() {
 }
 
 void TaxYearViewController::take(TaxYear year) {
-  year_ = std::move(year);
+  year_ = std::make_shared<const TaxYear>(std::move(year));
   const auto currencies = primaryCurrencies(portfolios());
   const Currency currency = currencies.empty() ? Currency::cad() : currencies.front();
   message_ =
-      year_.disposals.empty() ? "No disposals in " + yearTitle(chosenYear_) + "." : std::string();
+      year_->disposals.empty() ? "No disposals in " + yearTitle(chosenYear_) + "." : std::string();
   figures_ = taxFigures(year_, currencies);
-  disposals.setRecords(year_.disposals);
-  totals.setRecords(taxTotals(year_, currency));
-  income.setRecords(taxIncomeLines(year_));
-  toCheck.setRecords(taxCheckLines(year_));
-  costs.setRecords(year_.costs);
+  disposals.setRecords(year_->disposals);
+  totals.setRecords(taxTotals(*year_, currency));
+  income.setRecords(taxIncomeLines(*year_));
+  toCheck.setRecords(taxCheckLines(*year_));
+  costs.setRecords(year_->costs);
   changeHandler();
 }
 
@@ -250,6 +253,20 @@ TrailMaker TaxYearViewController::trailOf(const TaxYear::Disposal& disposal) con
     }
     return std::nullopt;
   };
+}
+
+/// Of the ledger itself, whose row may have moved since the line was made.
+TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposal) const {
+  if (!disposal.ledgerGain) {
+    return nullptr;
+  }
+  return
+      [place = disposal.place, calendar = taxCalendar(portfolios())]() -> std::optional<TrailNode> {
+        const PortfolioPointer original = originalOf(place.portfolio);
+        return original == nullptr || original->transactions().size() <= place.position
+                   ? std::nullopt
+                   : capitalGainTrail(*original, place.position, calendar);
+      };
 }
 
 void TaxYearViewController::openPlace(const TaxRowPlace& place) {
@@ -324,9 +341,23 @@ std::unique_ptr<TaxRolesForm> TaxYearViewController::makeRolesForm() const {
              : std::make_unique<TaxRolesForm>(std::move(model), surroundings_.undoManager);
 }
 
-std::shared_ptr<PortfolioExporter> TaxYearViewController::makeExporter() const {
-  return ReportLinesExporter::ofDisposals(year_, "Tax Year " + std::to_string(chosenYear_),
-                                          taxCalendar(portfolios()), surroundings_.defaults);
+std::shared_ptr<PortfolioExporter> TaxYearViewController::makeExporter(TaxSection section) const {
+  const std::string title = "Tax Year " + std::to_string(chosenYear_);
+  const Calendar& calendar = taxCalendar(portfolios());
+  UserDefaults* defaults = surroundings_.defaults;
+  switch (section) {
+    case TaxSection::disposals:
+      return ReportLinesExporter::ofDisposals(*year_, title, calendar, defaults);
+    case TaxSection::totals:
+      return ReportLinesExporter::ofTaxTotals(*year_, title + " Totals", defaults);
+    case TaxSection::income:
+      return ReportLinesExporter::ofTaxIncome(*year_, title + " Income", defaults);
+    case TaxSection::toCheck:
+      return ReportLinesExporter::ofTaxChecks(*year_, title + " To Check", calendar, defaults);
+    case TaxSection::costs:
+      return ReportLinesExporter::ofTaxCosts(*year_, title + " Cost Base", defaults);
+  }
+  return nullptr;
 }
 
 }  // namespace corvane

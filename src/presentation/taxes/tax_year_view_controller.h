@@ -28,6 +28,9 @@ struct TaxCheckLine {
   std::string reason;
 };
 
+/// The lists of a tax year, each of which can be written to a file.
+enum class TaxSection { disposals, totals, income, toCheck, costs };
+
 /// Income of one kind of one equity; a sum of a kind where it has no equity; fees and adjustments
 /// where it has neither.
 struct TaxIncomeLine {
@@ -100,7 +103,8 @@ class TaxYearViewController : public std::enable_shared_from_this<TaxYearViewCon
   /// The form that says whose the portfolios are and when a year starts; null without a workspace.
   [[nodiscard]] std::unique_ptr<TaxRolesForm> makeRolesForm() const;
 
-  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const;
+  [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter(
+      TaxSection section = TaxSection::disposals) const;
 
  private:
   void observe();
@@ -112,6 +116,7 @@ class TaxYearViewController : public std::enable_shared_from_this<TaxYearViewCon
   [[nodiscard]] std::vector<PortfolioPointer> portfolios() const;
   [[nodiscard]] std::vector<TaxedPortfolio> taxed() const;
   [[nodiscard]] TrailMaker trailOf(const TaxYear::Disposal& disposal) const;
+  [[nodiscard]] TrailMaker ledgerTrailOf(const TaxYear::Disposal& disposal) const;
   void openPlace(const TaxRowPlace& place);
   void record(const std::vector<DeniedLossBooking>& bookings);
 
@@ -126,7 +131,7 @@ class TaxYearViewController : public std::enable_shared_from_this<TaxYearViewCon
   std::string banner_;
   std::string message_;
   std::vector<ReportFigure> figures_;
-  TaxYear year_;
+  std::shared_ptr<const TaxYear> year_ = std::make_shared<TaxYear>();
   ReportInquiry inquiry_;
   std::vector<Subscription> observations_;
 };

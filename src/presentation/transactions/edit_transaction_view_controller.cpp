@@ -9,6 +9,7 @@
 #include "platform/overloaded.h"
 #include "platform/text/unicode/locale.h"
 #include "presentation/text/formatting.h"
+#include "presentation/transactions/sale_tax_hint.h"
 
 namespace corvane {
 namespace {
@@ -48,6 +49,8 @@ EditTransactionViewController::EditTransactionViewController() {
   exchangeRateField.label = "Exchange Rate:";
   equityComboBox.action = [this] { chooseEquity(equityComboBox.selectedEquity()); };
 }
+
+EditTransactionViewController::~EditTransactionViewController() = default;
 
 std::shared_ptr<PortfolioManager> EditTransactionViewController::portfolioManager() const {
   return portfolio_ == nullptr ? nullptr : portfolio_->manager.lock();
@@ -493,13 +496,25 @@ void EditTransactionViewController::didChange() {
   changeHandler();
 }
 
+void EditTransactionViewController::setWorkspace(std::weak_ptr<WorkspaceModel> workspace) {
+  taxHint_ = std::make_unique<SaleTaxHint>(std::move(workspace));
+  taxHint_->changeHandler = [this] { changeHandler(); };
+}
+
+const std::string& EditTransactionViewController::taxHint() const {
+  static const std::string none;
+  return taxHint_ == nullptr ? none : taxHint_->text();
+}
+
 void EditTransactionViewController::updatePreview() {
   preview_ = {};
-  if (!goButton.isEnabled) {
-    return;
+  const auto order = goButton.isEnabled ? std::optional(makeOrder()) : std::nullopt;
+  const auto* record = order && *order ? std::get_if<Order::Record>(&(*order)->kind) : nullptr;
+  if (taxHint_ != nullptr) {
+    taxHint_->consider(
+        record != nullptr && isCreating() ? std::optional(record->transaction) : std::nullopt,
+        portfolio_, now());
   }
-  const auto order = makeOrder();
-  const auto* record = order ? std::get_if<Order::Record>(&order->kind) : nullptr;
   if (record == nullptr) {
     return;
   }

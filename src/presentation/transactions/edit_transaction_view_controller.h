@@ -18,8 +18,11 @@
 #include "presentation/transactions/order_error.h"
 #include "presentation/transactions/transaction_mode.h"
 #include "presentation/transactions/transaction_preview.h"
+#include "storage/workspace/workspace_model.h"
 
 namespace corvane {
+
+class SaleTaxHint;
 
 /// Turns its fields into an order. Amounts are entered as positive numbers; the mode gives the
 /// sign. Every operation leaves the form consistent and calls `changeHandler` once, at its end.
@@ -57,6 +60,7 @@ class EditTransactionViewController {
   enum class RedrawLevel { mode, equity, currency };
 
   EditTransactionViewController();
+  ~EditTransactionViewController();
   EditTransactionViewController(const EditTransactionViewController&) = delete;
   EditTransactionViewController& operator=(const EditTransactionViewController&) = delete;
 
@@ -71,6 +75,9 @@ class EditTransactionViewController {
   /// Called when there is something new to draw.
   std::function<void()> changeHandler = [] {};
   std::function<Date()> now = &Date::now;
+  /// Has a new sale at a loss say what taxes would deny of it, as `workspace` has its portfolios;
+  /// to be called before load().
+  void setWorkspace(std::weak_ptr<WorkspaceModel> workspace);
 
   void load();
 
@@ -112,6 +119,9 @@ class EditTransactionViewController {
   [[nodiscard]] const std::vector<std::string>& missing() const { return missing_; }
   /// What the entry would do to the ledger, or why the ledger would refuse it.
   [[nodiscard]] const TransactionPreview& preview() const { return preview_; }
+
+  /// What of a sale at a loss would be denied. It comes a moment after the entry; else empty.
+  [[nodiscard]] const std::string& taxHint() const;
 
   [[nodiscard]] PortfolioPointer portfolio() const { return portfolio_; }
   [[nodiscard]] std::shared_ptr<PortfolioManager> portfolioManager() const;
@@ -205,6 +215,7 @@ class EditTransactionViewController {
   bool insertsAnother_ = false;
   std::vector<std::string> missing_;
   TransactionPreview preview_;
+  std::unique_ptr<SaleTaxHint> taxHint_;  ///< null without a workspace
 };
 
 }  // namespace corvane

@@ -53,6 +53,14 @@ void mergeSpans(std::vector<DaySpan>& spans) {
   spans = std::move(merged);
 }
 
+void mergeAllSpans(HeldDays& held) {
+  for (auto* spansOf : {&held.equities, &held.rates}) {
+    for (auto& [equity, spans] : *spansOf) {
+      mergeSpans(spans);
+    }
+  }
+}
+
 void addPortfolio(HeldDays& held, Portfolio& portfolio, const Calendar& calendar,
                   const YearMonthDay& today, QuoteProvider& quotes) {
   EquityMap<BalanceSpans> shares;
@@ -94,12 +102,18 @@ HeldDays heldDays(const std::vector<PortfolioPointer>& portfolios, const Calenda
   for (const PortfolioPointer& portfolio : portfolios) {
     addPortfolio(held, *portfolio, calendar, today, quotes);
   }
-  for (auto* spansOf : {&held.equities, &held.rates}) {
-    for (auto& [equity, spans] : *spansOf) {
-      mergeSpans(spans);
-    }
-  }
+  mergeAllSpans(held);
   return held;
+}
+
+void addHeldDays(HeldDays& days, const HeldDays& more) {
+  for (const auto& [equity, spans] : more.equities) {
+    addSpans(days.equities[equity], spans);
+  }
+  for (const auto& [pair, spans] : more.rates) {
+    addSpans(days.rates[pair], spans);
+  }
+  mergeAllSpans(days);
 }
 
 }  // namespace corvane

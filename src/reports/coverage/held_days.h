@@ -31,4 +31,7 @@ struct HeldDays {
                                 const Calendar& calendar, const YearMonthDay& today,
                                 QuoteProvider& quotes);
 
+/// Adds the days of `more` to `days`.
+void addHeldDays(HeldDays& days, const HeldDays& more);
+
 }  // namespace corvane

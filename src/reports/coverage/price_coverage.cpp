@@ -188,23 +188,6 @@ class SpanReading {
   std::vector<Day> days_;
 };
 
-PriceCoverage coverageOf(const EquityPointer& equity, const std::vector<DaySpan>& held,
-                         const CoverageSources& sources) {
-  PriceCoverage coverage;
-  coverage.equity = equity;
-  coverage.problem = equity->refreshProblem;
-  bool hasEarlierClose = false;
-  for (const DaySpan& span : held) {
-    SpanReading reading(equity, span);
-    reading.read(sources.cache, span);
-    if (span.last == sources.today) {
-      reading.markRunning(sources.isRefreshed);
-    }
-    std::ranges::move(reading.stretches(hasEarlierClose), std::back_inserter(coverage.stretches));
-  }
-  return coverage;
-}
-
 void appendCoverages(std::vector<PriceCoverage>& list, const EquityMap<std::vector<DaySpan>>& held,
                      const CoverageSources& sources, bool isExchangeRate) {
   const auto count = static_cast<std::ptrdiff_t>(list.size());
@@ -250,6 +233,23 @@ void requestStretch(const std::shared_ptr<MissingFetch>& fetch, const DispatchGr
 
 bool PriceCoverage::hasMissingDays() const {
   return std::ranges::find(stretches, CoverageState::missing, &Stretch::state) != stretches.end();
+}
+
+PriceCoverage coverageOf(const EquityPointer& equity, const std::vector<DaySpan>& held,
+                         const CoverageSources& sources) {
+  PriceCoverage coverage;
+  coverage.equity = equity;
+  coverage.problem = equity->refreshProblem;
+  bool hasEarlierClose = false;
+  for (const DaySpan& span : held) {
+    SpanReading reading(equity, span);
+    reading.read(sources.cache, span);
+    if (span.last == sources.today) {
+      reading.markRunning(sources.isRefreshed);
+    }
+    std::ranges::move(reading.stretches(hasEarlierClose), std::back_inserter(coverage.stretches));
+  }
+  return coverage;
 }
 
 std::vector<PriceCoverage> priceCoverage(const std::vector<PortfolioPointer>& portfolios,

@@ -59,6 +59,12 @@ struct CoverageSources {
 [[nodiscard]] std::vector<PriceCoverage> priceCoverage(
     const std::vector<PortfolioPointer>& portfolios, const CoverageSources& sources);
 
+/// The coverage of `equity` on the days of `held`: a line of priceCoverage() by itself, for whoever
+/// has other things to do between two lines. Main queue only; throws as it does.
+[[nodiscard]] PriceCoverage coverageOf(const EquityPointer& equity,
+                                       const std::vector<DaySpan>& held,
+                                       const CoverageSources& sources);
+
 /// Asks `provider` for all missing days of `coverages`, which a chain then keeps.
 ///
 /// Main queue only, where `progress` is called with the part that is done, from 0 to 1, and at last

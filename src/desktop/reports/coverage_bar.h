@@ -1,0 +1,38 @@
+// The days of an equity as a bar over time.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "desktop/look/attributed_text_view.h"
+#include "presentation/coverage/coverage_view_controller.h"
+
+namespace corvane::desktop {
+
+/// Draws the cells of the column with the bars in place of their text. The controller must outlive
+/// this.
+class CoverageBarDelegate : public AttributedTextDelegate {
+ public:
+  explicit CoverageBarDelegate(const CoverageViewController& controller, QObject* parent = nullptr);
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override;
+  /// Room for a bar, however long the text is that says the same.
+  [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                               const QModelIndex& index) const override;
+
+ private:
+  const CoverageViewController& controller_;
+};
+
+/// What the parts of a bar mean.
+class CoverageLegend : public QWidget {
+ public:
+  explicit CoverageLegend(QWidget* parent = nullptr);
+  [[nodiscard]] QSize sizeHint() const override;
+  [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+};
+
+}  // namespace corvane::desktop

@@ -1,0 +1,99 @@
+#include "desktop/reports/report_view.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "desktop/controls/busy_bar.h"
+#include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
+#include "desktop/reports/report_parts.h"
+
+namespace corvane::desktop {
+
+ReportView::ReportView(std::shared_ptr<ReportViewController> report, const QString& work,
+                       QWidget* parent)
+    : QWidget(parent),
+      report_(std::move(report)),
+      top_(new QWidget),
+      title_(new QLabel),
+      currency_(new QComboBox),
+      busy_(makeBusyBar(work)),
+      warning_(new ReportWarningBar),
+      page_(new ReportPage),
+      figures_(new FiguresRow) {
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, spacing::narrow, 0, 0);
+  column->setSpacing(spacing::narrow);
+  addHeading();
+  column->addWidget(top_);
+  column->addWidget(warning_);
+  column->addWidget(page_, 1);
+  page_->column().addWidget(figures_);
+  figures_->explain = [this](const ReportFigure& figure) { explain(figure.explain); };
+  changes_ = subscribe(report_->changeHandler, [this] { showState(); });
+}
+
+ReportView::~ReportView() {
+  // Charts and boxes give their handlers back, so they go before what holds them.
+  delete page_;
+  delete top_;
+}
+
+void ReportView::addHeading() {
+  title_->setFont(theme::font(1, QFont::DemiBold));
+  title_->setWordWrap(true);
+  currency_->setAccessibleName(QStringLiteral("Currency of the report"));
+  currency_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+  heading_ = new QHBoxLayout(top_);
+  heading_->setContentsMargins(0, 0, 0, 0);
+  heading_->setSpacing(spacing::narrow);
+  heading_->addWidget(title_, 1);
+  heading_->addWidget(busy_);
+  heading_->addWidget(currency_);
+  connect(currency_, &QComboBox::activated, this,
+          [this](int index) { report_->chooseCurrency(static_cast<std::size_t>(index)); });
+}
+
+void ReportView::addChoice(QWidget* choice) {
+  heading_->insertWidget(heading_->indexOf(currency_), choice);
+}
+
+void ReportView::addNotes() {
+  notes_ = page_->addNote();
+}
+
+void ReportView::showState() {
+  title_->setText(qtText(report_->title()));
+  busy_->setVisible(report_->isBusy());
+  warning_->setWarning(report_->warning());
+  figures_->setFigures(report_->figures());
+  showCurrencies();
+  if (notes_ == nullptr) {
+    return;
+  }
+  QString notes;
+  for (const std::string& note : report_->notes()) {
+    notes += (notes.isEmpty() ? "" : "\n") + qtText(note);
+  }
+  notes_->setText(notes);
+  notes_->setVisible(!notes.isEmpty());
+}
+
+void ReportView::showCurrencies() {
+  const QSignalBlocker block(currency_);
+  currency_->clear();
+  for (const Currency& currency : report_->currencies()) {
+    currency_->addItem(qtText(currency.code));
+    if (currency == report_->currency()) {
+      currency_->setCurrentIndex(currency_->count() - 1);
+    }
+  }
+  currency_->setVisible(report_->currencies().size() > 1);
+}
+
+}  // namespace corvane::desktop

@@ -1,0 +1,70 @@
+#include "presentation/taxes/tax_year_sums.h"
+
+#include <utility>
+
+#include "exchange/exports/report_lines_exporter.h"
+
+namespace corvane {
+namespace {
+
+/// A line of a sum that comes from a row of a ledger.
+TrailNode placedLeaf(const TaxRowPlace& place, const char* what, const Decimal& amount) {
+  return {.label = std::string(what) + " of " + place.equity->symbol,
+          .value = amount,
+          .unit = std::string(place.portfolio->primaryCurrency().code),
+          .day = place.settlement,
+          .source =
+              "row " + std::to_string(place.position + 1) + " of “" + place.portfolio->name + "”"};
+}
+
+TrailNode shownTaxSum(const std::string& label, const Currency& currency,
+                      std::vector<TrailNode> parts) {
+  return roundedTo(currency.minorUnits, label,
+                   sumOf(label + ", exact", std::string(currency.code), std::move(parts)));
+}
+
+}  // namespace
+
+TrailNode disposalsTrail(const std::string& label, const TaxYear& year, const EquityPointer& equity,
+                         const Currency& currency, const TaxAmountOf& amountOf) {
+  std::vector<TrailNode> parts;
+  for (const TaxYear::Disposal& disposal : year.disposals) {
+    const bool isMeant = disposal.place.portfolio->primaryCurrency() == currency &&
+                         (equity == nullptr || *disposal.place.equity == *equity);
+    const Decimal amount = isMeant ? amountOf(disposal) : Decimal(0);
+    if (!amount.isZero()) {
+      parts.push_back(placedLeaf(disposal.place, "Sale", amount));
+    }
+  }
+  return shownTaxSum(label, currency, std::move(parts));
+}
+
+TrailNode taxIncomeTrail(const std::string& label, const TaxYear& year, const Currency& currency,
+                         const std::function<bool(TransactionType)>& counts) {
+  std::vector<TrailNode> parts;
+  for (const TaxYear::Income& line : year.income) {
+    if (line.equivalent.currency != currency || !counts(line.kind)) {
+      continue;
+    }
+    TrailNode leaf{.label = line.equity->symbol + ", " + kindOfIncome(line.kind),
+                   .value = line.equivalent.amount,
+                   .unit = std::string(currency.code)};
+    if (line.amount.currency != currency) {
+      leaf.note = line.amount.description() + " at the equivalents that were entered";
+    }
+    parts.push_back(std::move(leaf));
+  }
+  return shownTaxSum(label, currency, std::move(parts));
+}
+
+TrailNode deemedGainsTrail(const TaxYear& year, const Currency& currency) {
+  std::vector<TrailNode> parts;
+  for (const TaxYear::DeemedGain& deemed : year.deemedGains) {
+    if (deemed.place.portfolio->primaryCurrency() == currency) {
+      parts.push_back(placedLeaf(deemed.place, "Return of capital", deemed.amount));
+    }
+  }
+  return shownTaxSum("Deemed gains", currency, std::move(parts));
+}
+
+}  // namespace corvane

@@ -1,0 +1,305 @@
+// What a user does in the reports of the windows, by keys where keys do it.
+
+#include <gmock/gmock.h>
+
+#include <QComboBox>
+#include <QFrame>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QRegularExpression>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTest>
+#include <QTreeWidget>
+#include <stdexcept>
+
+#include "desktop/controls/equity_combo_box_view.h"
+#include "desktop/desktop_world.h"
+#include "desktop/portfolio/portfolio_view.h"
+#include "desktop/reports/explanation_panel.h"
+#include "desktop/reports/report_parts.h"
+#include "desktop/reports/tax_roles_dialog.h"
+#include "desktop/window_driver.h"
+#include "desktop/workspace/reports_view.h"
+
+namespace corvane::testing {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+
+class ReportCommandsTest : public ::testing::Test {
+ protected:
+  ReportCommandsTest() {
+    portfolio = world.addPortfolio(*window, "Long Run");
+    EXPECT_TRUE(DesktopWorld::show(*window, portfolio));
+    window->resize(1300, 800);
+    window->show();
+    window->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  }
+  MainSplitViewController& frame() { return DesktopWorld::frameOf(*window); }
+  WorkspaceReports& reports() { return *frame().reports; }
+  /// Chooses a report in the source list as the keyboard does.
+  void openReport(WorkspaceReport report) {
+    auto* list = named<QListWidget>(*window, "Reports");
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Home);
+    for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
+      if (entry.report == report) {
+        break;
+      }
+      QTest::keyClick(list, Qt::Key_Down);
+    }
+    // The first row has the keyboard before it is chosen.
+    if (reports().shown() != report) {
+      QTest::keyClick(list, Qt::Key_Space);
+    }
+    EXPECT_EQ(reports().shown(), report);
+    settle();
+  }
+  void settle() {
+    EXPECT_TRUE(DesktopWorld::waitUntil([&] {
+      return !reports().returns->isBusy() && !reports().income->isBusy() &&
+             !reports().taxYear->isBusy() && !reports().coverage->isBusy();
+    }));
+  }
+  /// The table with this name on the page that is shown.
+  QTableView* table(const char* name) {
+    for (auto* each : window->findChildren<QTableView*>()) {
+      if (each->accessibleName() == QLatin1String(name) && each->isVisible()) {
+        return each;
+      }
+    }
+    throw std::runtime_error(std::string("no table ") + name);
+  }
+  static QString textAt(QTableView* table, int row, const char* column) {
+    for (int i = 0; i < table->model()->columnCount(); ++i) {
+      if (table->model()->headerData(i, Qt::Horizontal).toString() == QLatin1String(column)) {
+        return table->model()->index(row, i).data().toString();
+      }
+    }
+    ADD_FAILURE() << "no column " << column;
+    return {};
+  }
+  /// The accessible names of the figures that are seen.
+  std::string figures() {
+    std::string names;
+    for (auto* button : window->findChildren<QAbstractButton*>()) {
+      if (dynamic_cast<desktop::FigureButton*>(button) != nullptr && button->isVisible()) {
+        names += button->accessibleName().toStdString() + "\n";
+      }
+    }
+    return names;
+  }
+  QPushButton* seenButton(const QString& text) {
+    for (auto* button : window->findChildren<QPushButton*>()) {
+      if (button->text().remove(QLatin1Char('&')) == text && button->isVisible()) {
+        return button;
+      }
+    }
+    return nullptr;
+  }
+  /// All that the market tells is final, and `refused` is refused; XYZ declares a dividend.
+  void answerForGood() {
+    world.market->script = [this, script = world.market->script](const QuoteQuery& query) {
+      if (query.equity->id() == refused) {
+        return ScriptedQuoteProvider::refusal();
+      }
+      auto answer = script(query);
+      answer->events = std::vector<EquityEvent>();
+      answer->durableDateRange = query.dateRange;
+      if (query.equity->id() == "NOR") {
+        const Date soon = Date::now() + 40 * 86400.0;
+        if (query.dateRange.contains(soon)) {
+          answer->events->push_back(
+              {soon, EquityEvent::Dividend{1}, PriceAdjustment::adjustedForSplits});
+        }
+      }
+      return answer;
+    };
+  }
+
+  DesktopWorld world;
+  std::string refused;
+  std::shared_ptr<desktop::MainWindow> window = world.newWindow();
+  PortfolioPointer portfolio;
+};
+
+TEST_F(ReportCommandsTest, CompareWithABenchmarkByKeys) {
+  answerForGood();
+  openReport(WorkspaceReport::returns);
+  auto& box = reports().returns->benchmarkBox;
+  box.equityComboBoxDataSource->searchDelayInterval = std::chrono::milliseconds(5);
+  desktop::EquityComboBoxView* view = nullptr;
+  for (auto* each : window->findChildren<desktop::EquityComboBoxView*>()) {
+    const bool isBenchmark = each->field().accessibleName() == QLatin1String("Benchmark");
+    view = isBenchmark && each->isVisible() ? each : view;
+  }
+  ASSERT_NE(view, nullptr);
+  view->startEditing();
+  QTest::keyClicks(&view->field(), "IDX");
+  ASSERT_TRUE(DesktopWorld::waitUntil(
+      [&] { return view->field().accessibleDescription().contains(QLatin1String("IDX")); }));
+  QTest::keyClick(&view->field(), Qt::Key_Return);
+  ASSERT_TRUE(
+      DesktopWorld::waitUntil([&] { return reports().returns->figures().back().title == "IDX"; }));
+  EXPECT_THAT(figures(), AllOf(HasSubstr("IDX: "), HasSubstr("difference: "),
+                               HasSubstr("Volatility a year: "), HasSubstr("Max drawdown: -")));
+}
+
+TEST_F(ReportCommandsTest, LeaveOutWhatHasNoPriceAndTryAgain) {
+  refused = "LUM";
+  answerForGood();
+  openReport(WorkspaceReport::returns);
+  EXPECT_EQ(figures(), "") << "nothing that looks complete";
+  QPushButton* leaveOut = seenButton(QStringLiteral("Leave Out"));
+  ASSERT_NE(leaveOut, nullptr);
+  leaveOut->setFocus();
+  QTest::keyClick(leaveOut, Qt::Key_Space);
+  settle();
+  EXPECT_THAT(figures(), HasSubstr("Time-weighted: "));
+  EXPECT_EQ(seenButton(QStringLiteral("Leave Out")), nullptr);
+  refused.clear();
+  QPushButton* retry = seenButton(QStringLiteral("Retry"));
+  ASSERT_NE(retry, nullptr);
+  retry->setFocus();
+  QTest::keyClick(retry, Qt::Key_Space);
+  settle();
+  EXPECT_EQ(seenButton(QStringLiteral("Retry")), nullptr) << "nothing is missing any more";
+}
+
+TEST_F(ReportCommandsTest, ExplainFiguresOfTablesByClickAndByKeys) {
+  openReport(WorkspaceReport::returns);
+  auto* panel = window->findChild<desktop::ExplanationPanel*>();
+  auto* months = table("Returns by month");
+  ASSERT_GE(months->model()->rowCount(), 3);
+  months->setFocus();
+  months->setCurrentIndex(months->model()->index(1, 0));
+  menuItem(*window, "Explain This Number")->trigger();
+  ASSERT_TRUE(panel->isVisible()) << "the first figure of the row";
+  auto* outline = panel->findChild<QTreeWidget*>();
+  QTest::keyClick(outline, Qt::Key_Escape);
+  ASSERT_FALSE(panel->isVisible());
+
+  const QModelIndex january = months->model()->index(1, 1);
+  months->scrollTo(january);
+  const QRect cell = months->visualRect(january);
+  QTest::mouseClick(months->viewport(), Qt::LeftButton, {},
+                    QPoint(cell.left() + 2, cell.center().y()));
+  QApplication::processEvents();
+  EXPECT_FALSE(panel->isVisible()) << "beside the text a click selects the row";
+  QTest::mouseClick(months->viewport(), Qt::LeftButton, {},
+                    QPoint(cell.right() - 12, cell.center().y()));
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return panel->isVisible(); }));
+  EXPECT_EQ(outline->topLevelItem(0)->text(1).remove(QRegularExpression(QStringLiteral("[^0-9.]"))),
+            january.data().toString().remove(QRegularExpression(QStringLiteral("[^0-9.]"))));
+}
+
+TEST_F(ReportCommandsTest, TellDeclaredPaymentsApart) {
+  answerForGood();
+  openReport(WorkspaceReport::income);
+  EXPECT_THAT(figures(), HasSubstr("of it declared: CA$400.00")) << "1 on 400 shares";
+  auto* expected = table("Yields and expected income");
+  EXPECT_EQ(textAt(expected, 1, "Symbol"), QStringLiteral("NOR — NOR Incorporated"));
+  EXPECT_EQ(textAt(expected, 1, "Next 12 Months"), QStringLiteral("CA$400.00"));
+}
+
+TEST_F(ReportCommandsTest, ChooseYearAndPersonByKeys) {
+  openReport(WorkspaceReport::taxYear);
+  auto& tax = *reports().taxYear;
+  QPushButton* answer = seenButton(QStringLiteral("Say Whose…"));
+  ASSERT_NE(answer, nullptr) << "the banner asks whose the portfolio is";
+  answer->setFocus();
+  QTest::keyClick(answer, Qt::Key_Space);
+  auto* sheet = openDialog<desktop::TaxRolesDialog>(*window);
+  ASSERT_NE(sheet, nullptr);
+  named<QComboBox>(*sheet, "Role of Long Run")->setCurrentIndex(2);
+  QTest::keyClicks(named<QLineEdit>(*sheet, "Person of Long Run"), "Kim");
+  buttonWith(*sheet, "Apply")->click();
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return tax.persons().size() == 2; }));
+  EXPECT_EQ(seenButton(QStringLiteral("Say Whose…")), nullptr);
+
+  auto* year = named<QComboBox>(*window, "Tax year");
+  year->setFocus();
+  QTest::keyClick(year, Qt::Key_Down);
+  settle();
+  EXPECT_EQ(table("Disposals")->model()->rowCount(), 0) << "not the user's own";
+  auto* person = named<QComboBox>(*window, "Person");
+  person->setFocus();
+  QTest::keyClick(person, Qt::Key_Down);
+  settle();
+  EXPECT_EQ(tax.chosenPerson(), 1U);
+  EXPECT_EQ(table("Disposals")->model()->rowCount(), 1);
+}
+
+TEST_F(ReportCommandsTest, RecordAnAdjustmentFromItsRow) {
+  const auto& manager = window->document()->model()->portfolioManagers.front();
+  const YearMonthDay today = YearMonthDay::of(Date::now(), manager->calendar);
+  const auto sale = [&](int shares, int cash, Date date) {
+    return BasicTransaction{BasicTransaction::Trade{world.market->equityWithId("WHT"),
+                                                    {Currency::cad(), Decimal(cash)},
+                                                    Decimal(cash),
+                                                    Decimal(shares)},
+                            date, date, std::nullopt};
+  };
+  const Date date = today.startIn(manager->calendar);
+  manager->recordTransactions({sale(100, 2500, date), sale(-50, -250, date)}, portfolio, nullptr);
+  openReport(WorkspaceReport::taxYear);
+  auto* disposals = table("Disposals");
+  ASSERT_EQ(disposals->model()->rowCount(), 1);
+  QAction* record = nullptr;
+  for (QAction* each : disposals->actions()) {
+    record = each->text() == QStringLiteral("Record Adjustment…") ? each : record;
+  }
+  ASSERT_NE(record, nullptr);
+  EXPECT_FALSE(record->isEnabled()) << "no row is chosen";
+  disposals->setFocus();
+  QTest::keyClick(disposals, Qt::Key_Down);
+  if (!disposals->currentIndex().isValid()) {
+    disposals->setCurrentIndex(disposals->model()->index(0, 0));
+  }
+  ASSERT_TRUE(record->isEnabled());
+  const std::size_t before = portfolio->transactions().size();
+  answerNextAlert(QStringLiteral("Record Adjustment"));
+  record->trigger();
+  EXPECT_TRUE(
+      DesktopWorld::waitUntil([&] { return portfolio->transactions().size() == before + 1; }));
+}
+
+TEST_F(ReportCommandsTest, FetchWhatTheCoverageLacksByKeys) {
+  openReport(WorkspaceReport::coverage);
+  auto* lines = table("Coverage by equity");
+  ASSERT_EQ(lines->model()->rowCount(), 3);
+  EXPECT_THAT(textAt(lines, 0, "Days Held").toStdString(), HasSubstr("days missing"))
+      << "what a bar shows is read out";
+  lines->setFocus();
+  QTest::keyClick(lines, Qt::Key_Down);
+  EXPECT_EQ(reports().coverage->chosenRow(), 1U);
+  EXPECT_GT(table("Stretches of days")->model()->rowCount(), 0);
+  const auto missing = [&] {
+    return reports().coverage->table.records().front().daysIn(PriceCoverage::State::missing);
+  };
+  EXPECT_GT(missing(), 300);
+
+  answerForGood();
+  QPushButton* fetch = seenButton(QStringLiteral("Fetch What Is Missing"));
+  ASSERT_NE(fetch, nullptr);
+  fetch->setFocus();
+  QTest::keyClick(fetch, Qt::Key_Space);
+  EXPECT_EQ(fetch->text().remove(QLatin1Char('&')), QStringLiteral("Cancel"));
+  EXPECT_TRUE(fetch->hasFocus());
+  EXPECT_TRUE(named<QProgressBar>(*window, "Fetching what is missing")->isVisible());
+  settle();
+  // Whether the session of yesterday is final depends on the hour.
+  EXPECT_LT(missing(), 7);
+  EXPECT_EQ(reports().coverage->chosenRow(), 1U) << "the choice stays";
+  EXPECT_EQ(lines->currentIndex().row(), 1);
+  QTest::keyClick(lines, Qt::Key_Return);
+  EXPECT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
+}
+
+}  // namespace
+}  // namespace corvane::testing
