@@ -172,5 +172,39 @@ void Statement_preview(benchmark::State& state) {
 }
 BENCHMARK(Statement_preview)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+/// The console's preview of the statement, and its import, by the layout; the peak is told in MB
+/// and as a multiple of the file.
+void Statement_console(benchmark::State& state) {
+  const bool isPreview = state.range(0) != 0;
+  const std::filesystem::path folder = prepared().file().parent_path();
+  const auto size = static_cast<double>(std::filesystem::file_size(prepared().file()));
+  long peak = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    files::remove(folder / "Family.corvane");
+    (void)runConsole(folder, "create Family --portfolio Savings --currency CAD");
+    state.ResumeTiming();
+    const auto usage =
+        runConsole(folder, std::string("import statement.csv --into Family --portfolio "
+                                       "Savings") +
+                               (isPreview ? " --preview --csv" : ""));
+    if (!usage) {
+      state.SkipWithError("the console has refused the statement");
+      break;
+    }
+    peak = std::max(peak, usage->ru_maxrss);
+  }
+  state.counters["peak MB"] = static_cast<double>(peak) / 1000;
+  state.counters["times the file"] = static_cast<double>(peak) * 1024 / size;
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
+}
+BENCHMARK(Statement_console)
+    ->ArgName("preview")
+    ->Arg(1)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3);
+
 }  // namespace
 }  // namespace corvane

@@ -36,6 +36,26 @@ std::string refusal(std::string_view text) {
   return "";
 }
 
+TEST(CSVReader, ReadsARowAgainFromWhereItStarts) {
+  const std::string text = "a,b\n\"c\nd\",\"e\"\"\"\n\nf,g\r\nh,\"i";
+  CSVRowReader reader(text, CSVDelimiter::comma());
+  std::vector<std::pair<std::size_t, std::uint32_t>> places;
+  Rows rows;
+  for (std::size_t start = 0; const auto row = reader.next(); start = reader.position()) {
+    places.emplace_back(start, row->line());
+    rows.push_back(row->strings());
+  }
+  EXPECT_EQ(rows, rowsOf(text));
+  EXPECT_EQ(reader.unclosedQuote(), text.rfind('"'));
+  for (std::size_t i = rows.size(); i-- > 0;) {
+    reader.moveTo(places[i].first, places[i].second);
+    const auto row = reader.next();
+    ASSERT_TRUE(row);
+    EXPECT_EQ(row->strings(), rows[i]);
+    EXPECT_EQ(row->line(), places[i].second);
+  }
+}
+
 TEST(CSVReader, CutsRowsAndFields) {
   const struct {
     std::string text;

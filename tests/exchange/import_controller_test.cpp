@@ -396,26 +396,34 @@ TEST(RefusalsOfTheStore, NameTheLineThatIsAtFault) {
 
 TEST(RefusalsOfTheStore, NameTheLineOfAStatement) {
   testing::StoredLedger stored;
-  const auto row = [&](std::uint32_t line, const std::string& amount) {
-    StatementRow made;
-    made.line = line;
-    made.transactions = {stored.make.deposit(amount)};
-    return made;
-  };
   StatementPreview preview;
-  preview.reading.rows = {row(3, "90000000000000000.01"), row(5, "1"),
-                          row(8, "90000000000000000.01"), row(9, "1")};
-  preview.reading.rows[1].verdict = RowVerdict::leftOut;
+  StatementRows& rows = preview.reading.rows;
+  for (const auto& [line, amount] : {std::pair(3U, "90000000000000000.01"),
+                                     {5U, "1"},
+                                     {8U, "90000000000000000.01"},
+                                     {9U, "1"}}) {
+    RowDraft draft;
+    draft.line = line;
+    draft.figures.kind = StatementKind::deposit;
+    draft.figures.trade = draft.figures.settlement = {2021, 3, 10};
+    draft.figures.cash = {Currency::cad(), Decimal::fromWholeString(amount).value()};
+    rows.add(draft);
+    rows.finish(rows.size() - 1, draft.figures, "");
+  }
+  const auto leaveOut = [&](std::size_t row) {
+    rows.stop(row, {.verdict = RowVerdict::leftOut, .reason = "you leave it out"});
+  };
+  leaveOut(1);
   const auto error =
       testing::errorOf<StatementError>([&] { (void)recordStatement(preview, stored.portfolio); });
   ASSERT_TRUE(error);
   EXPECT_EQ(error->line, 8U) << *error;
   EXPECT_TRUE(stored.rows().empty());
-  preview.reading.rows[2].verdict = RowVerdict::leftOut;
+  leaveOut(2);
   EXPECT_EQ(recordStatement(preview, stored.portfolio).size(), 2U);
 
   // What is no row's fault is told as it is.
-  preview.reading.rows[0].verdict = RowVerdict::leftOut;
+  leaveOut(0);
   stored.manager->database().executeScript(
       "CREATE TRIGGER full BEFORE UPDATE ON cashByYear BEGIN SELECT RAISE(FAIL, 'full'); END;");
   EXPECT_TRUE(

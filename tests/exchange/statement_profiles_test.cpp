@@ -136,18 +136,14 @@ class Statements : public ::testing::Test {
 
   /// "id: line verdict transaction (reason)" of each row, in the order of the lines.
   static std::vector<std::string> linesOf(const StatementPreview& preview) {
-    std::vector<const StatementRow*> rows;
-    for (const StatementRow& row : preview.reading.rows) {
-      rows.push_back(&row);
-    }
-    std::ranges::stable_sort(rows, {}, &StatementRow::line);
     std::vector<std::string> lines;
-    for (const StatementRow* row : rows) {
-      std::string text = std::to_string(row->line) + " " + std::string(displayName(row->verdict));
-      for (const BasicTransaction& transaction : row->transactions) {
+    for (const std::uint32_t place : preview.reading.rows.byLine()) {
+      const StatementRow row = preview.reading.rows[place];
+      std::string text = std::to_string(row.line) + " " + std::string(displayName(row.verdict));
+      for (const BasicTransaction& transaction : row.transactions) {
         text += ", " + told(transaction);
       }
-      lines.push_back(row->reason.empty() ? text : text + " (" + row->reason + ")");
+      lines.push_back(row.reason.empty() ? text : text + " (" + row.reason + ")");
     }
     return lines;
   }

@@ -41,18 +41,14 @@ StatementPaper paperOf(const std::string& id) {
 }
 
 std::string linesText(const StatementPreview& preview) {
-  std::vector<const StatementRow*> rows;
-  for (const StatementRow& row : preview.reading.rows) {
-    rows.push_back(&row);
-  }
-  std::ranges::stable_sort(rows, {}, &StatementRow::line);
   std::string text;
-  for (const StatementRow* row : rows) {
-    text += std::to_string(row->line) + " " + std::string(displayName(row->verdict));
-    for (const BasicTransaction& transaction : row->transactions) {
+  for (const std::uint32_t place : preview.reading.rows.byLine()) {
+    const StatementRow row = preview.reading.rows[place];
+    text += std::to_string(row.line) + " " + std::string(displayName(row.verdict));
+    for (const BasicTransaction& transaction : row.transactions) {
       text += ", " + told(transaction);
     }
-    text += (row->reason.empty() ? "" : " (" + row->reason + ")") + "\n";
+    text += (row.reason.empty() ? "" : " (" + row.reason + ")") + "\n";
   }
   return text;
 }

@@ -12,6 +12,7 @@
 #include "cli/console/date_text.h"
 #include "cli/console/listing.h"
 #include "cli/console/price_source.h"
+#include "cli/console/progress_bar.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/statements/statement_memory.h"
@@ -182,30 +183,35 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar, Lis
                  {"currency", "Currency"},
                  {"rate", "Rate"},
                  {"reason", "Reason"}});
-  std::vector<const StatementRow*> rows;
-  for (const StatementRow& row : preview.reading.rows) {
-    rows.push_back(&row);
-  }
-  std::ranges::stable_sort(rows, {}, &StatementRow::line);
-  for (const StatementRow* row : rows) {
+  const std::vector<std::uint32_t> order = preview.reading.rows.byLine();
+  lines.write(format, console.out, order.size(), [&](std::size_t place) {
+    const StatementRow row = preview.reading.rows[order[place]];
     std::string currency;
-    const auto [shares, amount] = figuresOf(*row, currency);
-    lines.add(
-        {std::to_string(row->line), std::string(displayName(row->verdict)),
-         row->transactions.empty() ? "" : dateText(row->transactions.front().tradeDate, calendar),
-         row->kind, row->symbol, shares, amount, currency, row->rate, reasonOf(*row)});
-  }
-  lines.write(format, console.out);
+    const auto [shares, amount] = figuresOf(row, currency);
+    return std::vector<std::string>{
+        std::to_string(row.line),
+        std::string(displayName(row.verdict)),
+        row.transactions.empty() ? "" : dateText(row.transactions.front().tradeDate, calendar),
+        row.kind,
+        row.symbol,
+        shares,
+        amount,
+        currency,
+        row.rate,
+        reasonOf(row)};
+  });
 }
 
 [[noreturn]] void failOf(const StatementPreview& preview, const Console& console) {
   constexpr std::size_t mostTold = 3;
   std::size_t count = 0;
-  for (const StatementRow& row : preview.reading.rows) {
-    if (row.verdict == RowVerdict::asks || row.verdict == RowVerdict::refused ||
-        row.verdict == RowVerdict::ledgerRefuses) {
+  const StatementRows& rows = preview.reading.rows;
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    const RowVerdict verdict = rows.verdict(row);
+    if (verdict == RowVerdict::asks || verdict == RowVerdict::refused ||
+        verdict == RowVerdict::ledgerRefuses) {
       if (count < mostTold) {
-        console.warn(messageOf(row));
+        console.warn(messageOf(rows[row]));
       }
       ++count;
     }
@@ -218,8 +224,7 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar, Lis
 }
 
 std::size_t presentCount(const StatementPreview& preview) {
-  return static_cast<std::size_t>(
-      std::ranges::count(preview.reading.rows, RowVerdict::present, &StatementRow::verdict));
+  return preview.reading.rows.count(RowVerdict::present);
 }
 
 /// What the shelf holds; files of it that cannot be read are told.
@@ -251,22 +256,23 @@ void proposeSymbols(const std::shared_ptr<QuoteProvider>& provider, StatementPre
   const auto finds = std::make_shared<std::optional<SymbolFinds>>();
   searchSymbols(provider, questions, [finds](SymbolFinds found) { *finds = std::move(found); });
   waitFor([&] { return finds->has_value(); });
-  for (StatementRow& row : preview.reading.rows) {
-    if (!row.question || row.question->about != RowQuestion::About::symbol) {
+  StatementRows& rows = preview.reading.rows;
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    const RowQuestion* asked = rows.question(row);
+    if (asked == nullptr || asked->about != RowQuestion::About::symbol) {
       continue;
     }
-    const auto found = (*finds)->find(row.question->subject);
+    const auto found = (*finds)->find(asked->subject);
     if (found == (*finds)->end()) {
-      row.remedy += " The search finds nothing.";
+      rows.setRemedy(row, std::string(rows.remedy(row)) + " The search finds nothing.");
       continue;
     }
-    row.remedy =
-        "Say --symbol \"" + row.question->subject + "=" + found->second.front().symbol + "\".";
     std::string all;
     for (const SymbolFind& find : found->second) {
       all += (all.empty() ? "" : "; ") + find.description();
     }
-    row.remedy += " Found: " + all + ".";
+    rows.setRemedy(row, "Say --symbol \"" + asked->subject + "=" + found->second.front().symbol +
+                            "\". Found: " + all + ".");
   }
   for (const RowQuestion& doubt : doubtful) {
     const auto found = (*finds)->find(doubt.subject);
@@ -300,10 +306,11 @@ StatementPreview previewOf(const StatementRun& run, const PortfolioPointer& port
     rates.readFile(files::read(*source), std::filesystem::path(*source).filename().string());
   }
   const auto read = [&] {
+    ProgressBar bar(run.console.err, "Reading");
     return previewStatement(
         run.bytes, run.shelf.profiles, portfolio, run.options,
         [&](const Currency& currency, YearMonthDay day) { return rates.rate(currency, day); },
-        earlier);
+        earlier, [&](double fraction) { bar.show(fraction); });
   };
   StatementPreview preview = read();
   if (source == "market" && rates.areMissing()) {
@@ -329,17 +336,22 @@ void learn(const StatementRun& run, const StatementPreview& preview) {
   run.console.out << "Kept in " << file.string() << ".\n";
 }
 
-void record(const StatementRun& run, const StatementPreview& preview, WorkspaceFile& workspace,
+void record(StatementRun& run, const StatementPreview& preview, WorkspaceFile& workspace,
             const PortfolioPointer& portfolio, StatementMemory& memory) {
-  const std::size_t count = preview.transactions().size();
-  if (count == 0) {
+  run.bytes = {};  // the rows have what is needed of a file that may be large
+  if (preview.newRowCount() == 0) {
     run.console.out << (presentCount(preview) > 0
                             ? "Nothing is new: all " + std::to_string(presentCount(preview)) +
                                   " rows of “" + run.filename + "” are in the ledger already.\n"
                             : "There is nothing in “" + run.filename + "” to record.\n");
     return;
   }
-  recordStatement(preview, portfolio);
+  std::size_t count = 0;
+  {
+    ProgressBar bar(run.console.err, "Recording");
+    count =
+        recordStatement(preview, portfolio, [&](double fraction) { bar.show(fraction); }).size();
+  }
   memory.rememberAnswers(run.options, preview);
   memory.rememberImport(run.filename, preview, workspace.manager()->calendar);
   memory.write();
@@ -348,8 +360,7 @@ void record(const StatementRun& run, const StatementPreview& preview, WorkspaceF
     learn(run, preview);
   }
   run.console.out << "Imported " << count << " transactions.\n";
-  const auto doubtful =
-      std::ranges::count(preview.reading.rows, RowVerdict::perhapsPresent, &StatementRow::verdict);
+  const auto doubtful = preview.reading.rows.count(RowVerdict::perhapsPresent);
   if (doubtful > 0) {
     run.console.out << doubtful << (doubtful == 1 ? " row is" : " rows are")
                     << " perhaps there already and left out; see --preview and --twins record.\n";

@@ -50,51 +50,53 @@ void Listing::add(std::vector<std::string> cells) {
 }
 
 void Listing::write(ListingFormat format, std::ostream& out) const {
+  write(format, out, rows_.size(), [&](std::size_t row) { return rows_[row]; });
+}
+
+void Listing::write(ListingFormat format, std::ostream& out, std::size_t count,
+                    const RowMaker& makeRow) const {
   switch (format) {
     case ListingFormat::table:
-      writeTable(out);
+      writeTable(out, count, makeRow);
       break;
     case ListingFormat::csv:
-      writeCSV(out);
+      writeCSV(out, count, makeRow);
       break;
     case ListingFormat::json:
-      writeJSON(out);
+      writeJSON(out, count, makeRow);
       break;
   }
 }
 
-void Listing::writeTable(std::ostream& out) const {
+void Listing::writeTable(std::ostream& out, std::size_t count, const RowMaker& makeRow) const {
   std::vector<TextTable::Column> columns;
   for (const Field& field : fields_) {
     columns.push_back({std::string(field.title), field.kind == Kind::number
                                                      ? TextTable::Alignment::right
                                                      : TextTable::Alignment::left});
   }
-  TextTable table(std::move(columns));
-  for (const auto& row : rows_) {
-    table.add(row);
-  }
-  table.write(out);
+  TextTable(std::move(columns)).write(out, count, makeRow);
 }
 
-void Listing::writeCSV(std::ostream& out) const {
+void Listing::writeCSV(std::ostream& out, std::size_t count, const RowMaker& makeRow) const {
   std::vector<std::string> names;
   for (const Field& field : fields_) {
     names.emplace_back(field.name);
   }
   out << rowText(names, ImportExportFieldDelimiter::comma);
-  for (const auto& row : rows_) {
-    out << rowText(row, ImportExportFieldDelimiter::comma);
+  for (std::size_t row = 0; row < count; ++row) {
+    out << rowText(makeRow(row), ImportExportFieldDelimiter::comma);
   }
 }
 
-void Listing::writeJSON(std::ostream& out) const {
+void Listing::writeJSON(std::ostream& out, std::size_t count, const RowMaker& makeRow) const {
   out << '[';
   const char* separator = "\n";
-  for (const auto& row : rows_) {
+  for (std::size_t row = 0; row < count; ++row) {
+    const std::vector<std::string> cells = makeRow(row);
     JSONValue::Object object;
     for (std::size_t i = 0; i < fields_.size(); ++i) {
-      object.emplace_back(fields_[i].name, jsonOf(row[i], fields_[i].kind));
+      object.emplace_back(fields_[i].name, jsonOf(cells[i], fields_[i].kind));
     }
     out << std::exchange(separator, ",\n") << JSONValue(std::move(object)).text();
   }

@@ -1,6 +1,8 @@
 // The rows of an answer: a table for a reader, or data for another program.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -48,10 +50,17 @@ class Listing {
 
   void write(ListingFormat format, std::ostream& out) const;
 
+  /// Makes the cells of the row at a place. May be asked twice for each, from the first row on.
+  using RowMaker = std::function<std::vector<std::string>(std::size_t row)>;
+  /// Writes `count` rows that are made on the way, so that none but one is held. Those that were
+  /// added are no part of it.
+  void write(ListingFormat format, std::ostream& out, std::size_t count,
+             const RowMaker& makeRow) const;
+
  private:
-  void writeTable(std::ostream& out) const;
-  void writeCSV(std::ostream& out) const;
-  void writeJSON(std::ostream& out) const;
+  void writeTable(std::ostream& out, std::size_t count, const RowMaker& makeRow) const;
+  void writeCSV(std::ostream& out, std::size_t count, const RowMaker& makeRow) const;
+  void writeJSON(std::ostream& out, std::size_t count, const RowMaker& makeRow) const;
 
   std::vector<Field> fields_;
   std::vector<std::vector<std::string>> rows_;

@@ -1,6 +1,8 @@
 // A table of texts whose columns stand below one another.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -22,6 +24,11 @@ class TextTable {
 
   /// The titles and the rows, two blanks between columns and none at the end of a line.
   void write(std::ostream& out) const;
+
+  /// Makes the cells of the row at a place; it is asked twice for each row.
+  using RowMaker = std::function<std::vector<std::string>(std::size_t row)>;
+  /// The same with `count` rows that are made on the way in place of those that were added.
+  void write(std::ostream& out, std::size_t count, const RowMaker& makeRow) const;
 
  private:
   std::vector<Column> columns_;

@@ -19,6 +19,7 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
+#include "desktop/exchange/reading_progress.h"
 #include "desktop/exchange/statement_dialog.h"
 #include "desktop/exchange/statement_imports_dialog.h"
 #include "desktop/look/alert_box.h"
@@ -34,6 +35,7 @@
 #include "desktop/transactions/transactions_tab.h"
 #include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/source_list_view.h"
+#include "exchange/brokers/import_export_error.h"
 #include "exchange/exports/export_controller.h"
 #include "exchange/exports/portfolio_exporter.h"
 #include "platform/overloaded.h"
@@ -219,8 +221,11 @@ void WorkspaceView::openStatement(const std::filesystem::path& file) {
     return;
   }
   try {
-    auto preview = std::make_unique<StatementPreviewController>(file, portfolio,
-                                                                document_.workingDirectoryURL());
+    const auto progress =
+        std::make_shared<ReadingProgress>(QStringLiteral("Reading the statement…"), this);
+    auto preview = std::make_unique<StatementPreviewController>(
+        file, portfolio, document_.workingDirectoryURL(),
+        [progress](double fraction) { progress->show(fraction); });
     auto* dialog = new StatementDialog(
         std::move(preview),
         [import = import_, portfolio](const std::vector<BasicTransaction>& rows) {
@@ -228,6 +233,8 @@ void WorkspaceView::openStatement(const std::filesystem::path& file) {
         },
         this);
     dialog->open();
+  } catch (const UserCancelledError&) {
+    return;
   } catch (const Error& error) {
     showError(this, error);
   }

@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "platform/text/unicode/characters.h"
 
@@ -29,32 +30,51 @@ std::uint32_t lineBreaksIn(std::string_view text) {
 /// characters; the stretches between quotes, delimiters and line breaks are taken in one piece.
 class Parser {
  public:
-  Parser(std::string_view text, const CSVDelimiter& delimiter, std::size_t startAt,
-         std::size_t endAt, const CSVRowCallback& rowCallback)
-      : text_(text),
-        delimiter_(delimiter.rawValue()),
-        startAt_(startAt),
-        endAt_(endAt),
-        rowCallback_(rowCallback) {
+  /// What stands in rows before the one at `startAt` is not kept. `delimiter` outlives the parser.
+  Parser(std::string_view text, const CSVDelimiter& delimiter, std::size_t startAt)
+      : text_(text), delimiter_(delimiter.rawValue()), startAt_(startAt) {
     for (const char byte : {'"', '\r', '\n', delimiter_.front()}) {
       endsPlainText_[static_cast<unsigned char>(byte)] = true;
     }
   }
 
-  /// Where a quote was opened that is never closed.
-  std::optional<std::size_t> parse() {
-    while (position_ < text_.size() && rowIndex_ < endAt_) {
+  /// Reads one more row, which row() then tells; false at the end of the text.
+  bool next() {
+    row_.clear();
+    isRowWhole_ = false;
+    while (position_ < text_.size()) {
       step();
-    }
-    if (rowIndex_ < endAt_) {
-      if (!row_.isFieldEmpty()) {
-        row_.finishField();
-      }
-      if (row_.hasUnfinishedRow()) {
-        deliverRow();
+      if (isRowWhole_) {
+        return true;
       }
     }
+    if (!row_.isFieldEmpty()) {
+      row_.finishField();
+    }
+    if (!row_.hasUnfinishedRow()) {
+      return false;
+    }
+    row_.finishRow(line_);
+    ++rowIndex_;
+    return true;
+  }
+
+  /// Good until the next one is read.
+  [[nodiscard]] CSVRow row() const { return row_.row(0); }
+  /// How many rows have been read.
+  [[nodiscard]] std::size_t rowCount() const { return rowIndex_; }
+  [[nodiscard]] std::size_t position() const { return position_; }
+  /// Where a quote was opened that is never closed, once the text is read.
+  [[nodiscard]] std::optional<std::size_t> unclosedQuote() const {
     return state_ == State::inQuotes ? std::optional(openingQuote_) : std::nullopt;
+  }
+
+  /// Goes to a place where a row starts.
+  void moveTo(std::size_t position, std::uint32_t line) {
+    position_ = position;
+    line_ = line;
+    linesInRow_ = 0;
+    state_ = State::atStartOfField;
   }
 
  private:
@@ -208,17 +228,12 @@ class Parser {
   void finishRow() {
     if (rowIndex_ >= startAt_) {
       row_.finishField();
-      deliverRow();
-      row_.clear();
+      row_.finishRow(line_);
     }
     line_ += linesInRow_ + 1;
     linesInRow_ = 0;
     ++rowIndex_;
-  }
-
-  void deliverRow() {
-    row_.finishRow(line_);
-    rowCallback_(row_.row(0));
+    isRowWhole_ = true;
   }
 
   /// What stands at the position, where a character starts. Of a character that is none of the
@@ -253,8 +268,6 @@ class Parser {
   std::string_view text_;
   std::string_view delimiter_;
   std::size_t startAt_;
-  std::size_t endAt_;
-  const CSVRowCallback& rowCallback_;
   std::array<bool, 256> endsPlainText_{};
 
   State state_ = State::atStartOfField;
@@ -263,22 +276,63 @@ class Parser {
   std::uint32_t linesInRow_ = 0;
   std::size_t position_ = 0;
   std::size_t rowIndex_ = 0;
+  bool isRowWhole_ = false;
   CSVTable row_;
 };
+
+void requireReadableLength(std::string_view text) {
+  if (text.size() > CSVTable::maximumTextLength) {
+    throw CSVParseError(CSVParseError::Generic{"The text is longer than 4 GiB."});
+  }
+}
 
 }  // namespace
 
 std::optional<std::size_t> parseRows(std::string_view text, const CSVDelimiter& delimiter,
                                      std::size_t startAt, std::optional<std::int64_t> rowLimit,
                                      const CSVRowCallback& rowCallback) {
-  if (text.size() > CSVTable::maximumTextLength) {
-    throw CSVParseError(CSVParseError::Generic{"The text is longer than 4 GiB."});
-  }
+  requireReadableLength(text);
   const bool isLimited = rowLimit && *rowLimit >= 0;
   const std::size_t limit = isLimited ? static_cast<std::size_t>(*rowLimit) : noEnd;
-  return Parser(text, delimiter, startAt, limit < noEnd - startAt ? startAt + limit : noEnd,
-                rowCallback)
-      .parse();
+  const std::size_t endAt = limit < noEnd - startAt ? startAt + limit : noEnd;
+  Parser parser(text, delimiter, startAt);
+  while (parser.rowCount() < endAt && parser.next()) {
+    if (parser.rowCount() > startAt) {
+      rowCallback(parser.row());
+    }
+  }
+  return parser.unclosedQuote();
+}
+
+struct CSVRowReader::State {
+  State(std::string_view text, CSVDelimiter ownDelimiter)
+      : delimiter(std::move(ownDelimiter)), parser(text, delimiter, 0) {}
+
+  CSVDelimiter delimiter;
+  Parser parser;
+};
+
+CSVRowReader::CSVRowReader(std::string_view text, CSVDelimiter delimiter) {
+  requireReadableLength(text);
+  state_ = std::make_unique<State>(text, std::move(delimiter));
+}
+
+CSVRowReader::~CSVRowReader() = default;
+
+std::optional<CSVRow> CSVRowReader::next() {
+  return state_->parser.next() ? std::optional(state_->parser.row()) : std::nullopt;
+}
+
+std::size_t CSVRowReader::position() const {
+  return state_->parser.position();
+}
+
+std::optional<std::size_t> CSVRowReader::unclosedQuote() const {
+  return state_->parser.unclosedQuote();
+}
+
+void CSVRowReader::moveTo(std::size_t position, std::uint32_t line) {
+  state_->parser.moveTo(position, line);
 }
 
 }  // namespace corvane

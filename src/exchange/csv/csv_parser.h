@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -31,5 +32,30 @@ using CSVRowCallback = std::function<void(const CSVRow&)>;
 std::optional<std::size_t> parseRows(std::string_view text, const CSVDelimiter& delimiter,
                                      std::size_t startAt, std::optional<std::int64_t> rowLimit,
                                      const CSVRowCallback& rowCallback);
+
+/// Reads the rows of a text one by one, and once more from any place where one starts: whoever
+/// keeps those places needs no table of the cells. How rows are cut is told at parseRows. Any
+/// thread, one at a time.
+class CSVRowReader {
+ public:
+  /// `text` outlives the reader. Throws CSVParseError for a text that is too long.
+  CSVRowReader(std::string_view text, CSVDelimiter delimiter);
+  CSVRowReader(const CSVRowReader&) = delete;
+  CSVRowReader& operator=(const CSVRowReader&) = delete;
+  ~CSVRowReader();
+
+  /// The next row, good until the next call; none at the end of the text. Throws CSVParseError.
+  [[nodiscard]] std::optional<CSVRow> next();
+  /// Where the next row starts, as an offset into the text.
+  [[nodiscard]] std::size_t position() const;
+  /// At the end of the text: where the quote stands that was opened and never closed.
+  [[nodiscard]] std::optional<std::size_t> unclosedQuote() const;
+  /// Goes to the row that starts at `position`, which stands on `line` of the text.
+  void moveTo(std::size_t position, std::uint32_t line);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
 
 }  // namespace corvane

@@ -184,7 +184,24 @@ std::optional<TextPattern> TextPattern::read(std::string_view text) {
   return pattern;
 }
 
+bool TextPattern::mayBegin(std::string_view cell) const {
+  const auto small = [](char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
+  };
+  if (pieces_.empty() || pieces_.front().literal.empty()) {
+    return true;
+  }
+  const char32_t first = pieces_.front().literal.front();
+  const char begin = cell.empty() ? '\0' : cell.front();
+  // Letters beyond ASCII are looked at in full, as are blanks, which are left out in front.
+  return first <= U' ' || first >= 0x80 || begin < '!' ||
+         static_cast<char32_t>(small(begin)) == first;
+}
+
 std::optional<TextPattern::Captures> TextPattern::match(std::string_view cell) const {
+  if (!mayBegin(cell)) {
+    return std::nullopt;
+  }
   const PatternLetters letters = lettersOf(cell);
   PatternMatch match(pieces_, letters);
   return match.matches(0, 0) ? std::optional(std::move(match.captures)) : std::nullopt;

@@ -34,6 +34,9 @@ class TextPattern {
   [[nodiscard]] const std::string& text() const { return text_; }
 
  private:
+  /// Whether the first letter of `cell` leaves it open that the pattern matches.
+  [[nodiscard]] bool mayBegin(std::string_view cell) const;
+
   struct Piece {
     std::u32string literal;  ///< in small letters; empty for a wildcard
     std::string name;        ///< of the wildcard, "*" for anything

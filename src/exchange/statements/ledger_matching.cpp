@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -30,18 +32,19 @@ std::optional<Decimal> sharesOf(const BasicTransaction& transaction) {
   return journaled == nullptr ? std::nullopt : std::optional(journaled->sharesAdded);
 }
 
-void tellResemblance(StatementRow& row, const std::vector<const BasicTransaction*>& others,
-                     const Calendar& calendar) {
+/// Where `own` resembles one of `others`, what is to be said of it; empty where it does not.
+std::string resemblance(const BasicTransaction& own,
+                        const std::vector<const BasicTransaction*>& others,
+                        const Calendar& calendar) {
   constexpr double days = 3 * 86400.0;
-  const BasicTransaction& own = row.transactions.front();
   for (const BasicTransaction* other : others) {
     if (sharesOf(*other) == sharesOf(own) &&
         std::abs(other->tradeDate.timeIntervalSince(own.tradeDate)) <= days) {
-      row.reason = "resembles the transaction of " +
-                   spelledDay(YearMonthDay::of(other->tradeDate, calendar));
-      return;
+      return "resembles the transaction of " +
+             spelledDay(YearMonthDay::of(other->tradeDate, calendar));
     }
   }
+  return "";
 }
 
 /// The day, equity and shares of a fingerprint, without the amount behind them; empty for
@@ -51,14 +54,99 @@ std::string withoutAmount(const std::string& print) {
   return hasShares ? print.substr(0, print.rfind(' ', print.rfind(' ') - 1)) : std::string();
 }
 
+/// The transactions of a ledger by their fingerprints, which are made anew where two are compared:
+/// held is a number for each.
+class HeldPrints {
+ public:
+  HeldPrints(const std::vector<TransactionPointer>& ledger, const Calendar& calendar)
+      : ledger_(ledger), calendar_(calendar) {
+    entries_.reserve(ledger.size());
+    for (std::uint32_t row = 0; row < ledger.size(); ++row) {
+      entries_.push_back({hashOf(fingerprint(ledger[row]->basic, calendar)), row, 1});
+    }
+    std::ranges::sort(entries_, {},
+                      [](const Entry& entry) { return std::pair(entry.hash, entry.row); });
+    countEqual();
+  }
+
+  /// How many of the transactions with the fingerprint `print` nobody has taken; null for none.
+  [[nodiscard]] int* countOf(const std::string& print) {
+    const std::uint64_t hash = hashOf(print);
+    for (auto entry = std::ranges::lower_bound(entries_, hash, {}, &Entry::hash);
+         entry != entries_.end() && entry->hash == hash; ++entry) {
+      if (printOf(*entry) == print) {
+        return &entry->count;
+      }
+    }
+    return nullptr;
+  }
+  [[nodiscard]] bool has(const std::string& print) {
+    const int* count = countOf(print);
+    return count != nullptr && *count > 0;
+  }
+  void take(const std::string& print) {
+    if (int* count = countOf(print)) {
+      --*count;
+    }
+  }
+  [[nodiscard]] bool empty() const { return entries_.empty(); }
+
+ private:
+  struct Entry {
+    std::uint64_t hash;
+    std::uint32_t row;  ///< of the ledger, the first of equal ones
+    int count;
+  };
+
+  static std::uint64_t hashOf(std::string_view print) {
+    return std::hash<std::string_view>()(print);
+  }
+  [[nodiscard]] std::string printOf(const Entry& entry) const {
+    return fingerprint(ledger_[entry.row]->basic, calendar_);
+  }
+
+  /// Makes one entry of those that are equal.
+  void countEqual() {
+    std::size_t kept = 0;
+    for (std::size_t begin = 0; begin < entries_.size();) {
+      std::size_t end = begin + 1;
+      while (end < entries_.size() && entries_[end].hash == entries_[begin].hash) {
+        ++end;
+      }
+      std::vector<std::pair<std::string, Entry>> different;
+      for (std::size_t i = begin; i < end; ++i) {
+        std::string print = end == begin + 1 ? std::string() : printOf(entries_[i]);
+        const auto same = std::ranges::find(
+            different, print, [](const auto& entry) { return std::string_view(entry.first); });
+        if (same == different.end()) {
+          different.emplace_back(std::move(print), entries_[i]);
+        } else {
+          ++same->second.count;
+        }
+      }
+      for (const auto& [print, entry] : different) {
+        entries_[kept++] = entry;
+      }
+      begin = end;
+    }
+    entries_.resize(kept);
+  }
+
+  const std::vector<TransactionPointer>& ledger_;
+  const Calendar& calendar_;
+  std::vector<Entry> entries_;
+};
+
 /// Finds the rows of one file in one ledger.
 class Matching {
  public:
   Matching(Portfolio& portfolio, const Calendar& calendar, const MatchedFile& file,
            const std::vector<RecordedImport>& earlier, const StatementOptions& options)
-      : calendar_(calendar), file_(file), options_(options) {
+      : calendar_(calendar),
+        file_(file),
+        options_(options),
+        held_(portfolio.transactions(), calendar) {
     for (const TransactionPointer& row : portfolio.transactions()) {
-      ++held_[fingerprint(row->basic, calendar)];
       if (const EquityPointer* equity = row->basic.equity();
           equity != nullptr && sharesOf(row->basic)) {
         byEquity_[(*equity)->id()].push_back(&row->basic);
@@ -70,27 +158,30 @@ class Matching {
     }
   }
 
-  void match(std::vector<StatementRow>& rows) {
+  void match(StatementRows& rows) {
+    if (held_.empty()) {
+      return;
+    }
     // Rows that are the same to the letter go first, so that none is taken for one that was
     // restated.
     for (const bool isExact : {true, false}) {
-      for (StatementRow& row : rows) {
-        if (isOpen(row) && takesRecorded(row, isExact)) {
-          row.verdict = RowVerdict::present;
-          row.reason = "it was recorded from an earlier file";
+      for (std::size_t row = 0; row < rows.size() && !recordedById_.empty(); ++row) {
+        if (isOpen(rows, row) && takesRecorded(rows, row, isExact)) {
+          rows.stop(row, {.verdict = RowVerdict::present,
+                          .reason = "it was recorded from an earlier file"});
         }
       }
     }
-    for (StatementRow& row : rows) {
-      if (isOpen(row)) {
-        matchByCount(row);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      if (isOpen(rows, row)) {
+        matchByCount(rows, row);
       }
     }
   }
 
  private:
-  static bool isOpen(const StatementRow& row) {
-    return row.verdict == RowVerdict::isNew && !row.transactions.empty();
+  static bool isOpen(const StatementRows& rows, std::size_t row) {
+    return rows.verdict(row) == RowVerdict::isNew && rows.transactionCount(row) > 0;
   }
 
   void noteIds(const RecordedImport& import) {
@@ -101,10 +192,9 @@ class Matching {
       if (row.id.empty() || row.fingerprints.empty()) {
         continue;
       }
-      if (const auto found = held_.find(row.fingerprints.front());
-          found != held_.end() && found->second > 0) {
+      if (held_.has(row.fingerprints.front())) {
         for (const std::string& print : row.fingerprints) {
-          --held_[print];
+          held_.take(print);
         }
         recordedById_[row.id].push_back(row.fingerprints.front());
       }
@@ -131,12 +221,15 @@ class Matching {
     }
   }
 
-  bool takesRecorded(const StatementRow& row, bool isExact) {
-    const auto recorded = recordedById_.find(row.id);
-    if (row.id.empty() || recorded == recordedById_.end()) {
+  bool takesRecorded(const StatementRows& rows, std::size_t row, bool isExact) {
+    if (rows.id(row).empty()) {
       return false;
     }
-    const std::string own = fingerprint(row.transactions.front(), calendar_);
+    const auto recorded = recordedById_.find(std::string(rows.id(row)));
+    if (recorded == recordedById_.end()) {
+      return false;
+    }
+    const std::string own = fingerprint(rows.transactions(row).front(), calendar_);
     auto& prints = recorded->second;
     const auto found = std::ranges::find_if(prints, [&](const std::string& print) {
       return isExact ? print == own
@@ -149,45 +242,54 @@ class Matching {
     return true;
   }
 
-  void matchByCount(StatementRow& row) {
-    const std::string print = fingerprint(row.transactions.front(), calendar_);
-    int& count = held_[print];
-    if (count > 0 && mayBeTwin(row, print)) {
-      if (options_.recordsTwins || options_.twins.contains(row.line)) {
+  void matchByCount(StatementRows& rows, std::size_t row) {
+    const std::vector<BasicTransaction> transactions = rows.transactions(row);
+    const BasicTransaction& first = transactions.front();
+    const std::string print = fingerprint(first, calendar_);
+    int* count = held_.countOf(print);
+    if (count != nullptr && *count > 0) {
+      if (mayBeTwin(rows, row, print)) {
+        if (options_.recordsTwins || options_.twins.contains(rows.line(row))) {
+          return;
+        }
+        --*count;
+        rows.stop(row, {.verdict = RowVerdict::perhapsPresent,
+                        .reason = "an equal one of that day came from an earlier file, which ends "
+                                  "or begins there",
+                        .remedy = "Say --twins record if it is another one."});
         return;
       }
-      --count;
-      row.verdict = RowVerdict::perhapsPresent;
-      row.reason = "an equal one of that day came from an earlier file, which ends or begins there";
-      row.remedy = "Say --twins record if it is another one.";
+      --*count;
+      rows.stop(row, {.verdict = RowVerdict::present, .reason = "it is in the ledger"});
+      // What goes with a sale goes with it, too.
+      for (std::size_t i = 1; i < transactions.size(); ++i) {
+        held_.take(fingerprint(transactions[i], calendar_));
+      }
       return;
     }
-    if (count > 0) {
-      --count;
-      row.verdict = RowVerdict::present;
-      row.reason = "it is in the ledger";
-      // What goes with a sale goes with it, too.
-      for (std::size_t i = 1; i < row.transactions.size(); ++i) {
-        --held_[fingerprint(row.transactions[i], calendar_)];
-      }
-    } else if (const EquityPointer* equity = row.transactions.front().equity();
-               equity != nullptr && sharesOf(row.transactions.front())) {
-      if (const auto others = byEquity_.find((*equity)->id()); others != byEquity_.end()) {
-        tellResemblance(row, others->second, calendar_);
+    const EquityPointer* equity = first.equity();
+    if (equity == nullptr || !sharesOf(first)) {
+      return;
+    }
+    if (const auto others = byEquity_.find((*equity)->id()); others != byEquity_.end()) {
+      std::string reason = resemblance(first, others->second, calendar_);
+      if (!reason.empty()) {
+        rows.stop(row, {.verdict = RowVerdict::isNew, .reason = std::move(reason)});
       }
     }
   }
 
-  [[nodiscard]] bool mayBeTwin(const StatementRow& row, const std::string& print) const {
+  [[nodiscard]] bool mayBeTwin(const StatementRows& rows, std::size_t row,
+                               const std::string& print) const {
     const auto met = meeting_.find(print);
-    return row.id.empty() && met != meeting_.end() &&
-           met->second == isoDay(row.transactions.front().tradeDate, calendar_);
+    return rows.id(row).empty() && met != meeting_.end() &&
+           met->second == isoDay(rows.figures(row).trade);
   }
 
   const Calendar& calendar_;
   const MatchedFile& file_;
   const StatementOptions& options_;
-  std::unordered_map<std::string, int> held_;
+  HeldPrints held_;
   std::unordered_map<std::string, std::vector<const BasicTransaction*>> byEquity_;
   std::unordered_map<std::string, std::vector<std::string>> recordedById_;
   std::unordered_map<std::string, std::string> meeting_;  ///< days by fingerprint
@@ -225,7 +327,10 @@ std::string fingerprint(const BasicTransaction& transaction, const Calendar& cal
 }
 
 std::string isoDay(Date date, const Calendar& calendar) {
-  const YearMonthDay day = YearMonthDay::of(date, calendar);
+  return isoDay(YearMonthDay::of(date, calendar));
+}
+
+std::string isoDay(const YearMonthDay& day) {
   const auto padded = [](int number, std::size_t width) {
     const std::string digits = std::to_string(number);
     return std::string(width - std::min(width, digits.size()), '0') + digits;
@@ -233,22 +338,22 @@ std::string isoDay(Date date, const Calendar& calendar) {
   return padded(day.year, 4) + "-" + padded(day.month, 2) + "-" + padded(day.day, 2);
 }
 
-void findDays(MatchedFile& file, const std::vector<StatementRow>& rows, const Calendar& calendar) {
-  std::optional<Date> first;
-  std::optional<Date> last;
-  for (const StatementRow& row : rows) {
-    for (const BasicTransaction& transaction : row.transactions) {
-      first = std::min(first.value_or(transaction.tradeDate), transaction.tradeDate);
-      last = std::max(last.value_or(transaction.tradeDate), transaction.tradeDate);
+void findDays(MatchedFile& file, const StatementRows& rows) {
+  std::optional<std::size_t> first;
+  std::optional<std::size_t> last;
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    if (rows.transactionCount(row) > 0) {
+      first = first && rows.tradeDay(*first) <= rows.tradeDay(row) ? first : row;
+      last = last && rows.tradeDay(*last) >= rows.tradeDay(row) ? last : row;
     }
   }
-  file.firstDay = first ? isoDay(*first, calendar) : "";
-  file.lastDay = last ? isoDay(*last, calendar) : "";
+  file.firstDay = first ? isoDay(rows.figures(*first).trade) : "";
+  file.lastDay = last ? isoDay(rows.figures(*last).trade) : "";
 }
 
-void matchWithLedger(std::vector<StatementRow>& rows, Portfolio& portfolio,
-                     const Calendar& calendar, const MatchedFile& file,
-                     const std::vector<RecordedImport>& earlier, const StatementOptions& options) {
+void matchWithLedger(StatementRows& rows, Portfolio& portfolio, const Calendar& calendar,
+                     const MatchedFile& file, const std::vector<RecordedImport>& earlier,
+                     const StatementOptions& options) {
   Matching(portfolio, calendar, file, earlier, options).match(rows);
 }
 

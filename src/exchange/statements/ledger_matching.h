@@ -4,8 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "core/money/year_month_day.h"
+#include "exchange/reading/statement_options.h"
+#include "exchange/reading/statement_rows.h"
 #include "exchange/statements/recorded_import.h"
-#include "exchange/statements/statement_rows.h"
 #include "ledger/portfolio/portfolio.h"
 #include "ledger/portfolio/portfolio_transaction.h"
 
@@ -18,6 +20,7 @@ namespace corvane {
 
 /// "2025-01-31", of the day in which `date` lies.
 [[nodiscard]] std::string isoDay(Date date, const Calendar& calendar);
+[[nodiscard]] std::string isoDay(const YearMonthDay& day);
 
 /// The file that rows come from.
 struct MatchedFile {
@@ -28,7 +31,7 @@ struct MatchedFile {
 };
 
 /// The days of the trades in `rows`.
-void findDays(MatchedFile& file, const std::vector<StatementRow>& rows, const Calendar& calendar);
+void findDays(MatchedFile& file, const StatementRows& rows);
 
 /// Gives the rows that `portfolio` has already their verdict. Of n equal rows and m equal
 /// transactions in the ledger, m are there already.
@@ -38,9 +41,9 @@ void findDays(MatchedFile& file, const std::vector<StatementRow>& rows, const Ca
 /// file and an earlier one meet, may be another one that is equal: it is perhaps there, unless
 /// `options` say that such rows are recorded. A new row that resembles a transaction of the
 /// ledger, of the same equity and shares within three days, says so.
-void matchWithLedger(std::vector<StatementRow>& rows, Portfolio& portfolio,
-                     const Calendar& calendar, const MatchedFile& file,
-                     const std::vector<RecordedImport>& earlier, const StatementOptions& options);
+void matchWithLedger(StatementRows& rows, Portfolio& portfolio, const Calendar& calendar,
+                     const MatchedFile& file, const std::vector<RecordedImport>& earlier,
+                     const StatementOptions& options);
 
 /// The transactions of `portfolio` that `import` has recorded and that are as they were.
 [[nodiscard]] std::vector<TransactionPointer> rowsLeftOf(const RecordedImport& import,

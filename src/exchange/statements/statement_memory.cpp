@@ -49,7 +49,15 @@ RecordedImport recordedImportIn(const JSONValue& entry) {
   return import;
 }
 
-JSONValue jsonOf(const RecordedImport& import) {
+/// `object` as text, without the brace at its end, so that more can be written into it.
+std::string openText(const JSONValue& object) {
+  std::string text = object.text();
+  text.resize(text.rfind('}'));
+  return text;
+}
+
+/// Writes an import behind `text`, row by row: one of a large file has millions.
+void append(const RecordedImport& import, std::string& text) {
   JSONValue entry{JSONValue::Object()};
   entry.set("file", import.file);
   entry.set("sha256", import.sha256);
@@ -57,7 +65,8 @@ JSONValue jsonOf(const RecordedImport& import) {
   entry.set("profile", import.profile);
   entry.set("from", import.firstDay);
   entry.set("to", import.lastDay);
-  JSONValue::Array rows;
+  text += openText(entry) + ",\"rows\":[";
+  const char* separator = "";
   for (const RecordedRow& row : import.rows) {
     JSONValue told{JSONValue::Object()};
     told.set("line", std::int64_t{row.line});
@@ -66,10 +75,10 @@ JSONValue jsonOf(const RecordedImport& import) {
     if (row.fingerprints.size() > 1) {
       told.set("also", JSONValue::Array(row.fingerprints.begin() + 1, row.fingerprints.end()));
     }
-    rows.push_back(std::move(told));
+    text += std::exchange(separator, ",");
+    text += told.text();
   }
-  entry.set("rows", std::move(rows));
-  return entry;
+  text += "]}";
 }
 
 }  // namespace
@@ -148,10 +157,14 @@ void StatementMemory::rememberImport(const std::string& file, const StatementPre
                         .firstDay = preview.file.firstDay,
                         .lastDay = preview.file.lastDay,
                         .rows = {}};
-  for (const StatementRow& row : preview.reading.rows) {
-    if (row.verdict == RowVerdict::isNew && !row.transactions.empty()) {
-      auto& kept = import.rows.emplace_back(row.line, row.id, std::vector<std::string>());
-      for (const BasicTransaction& transaction : row.transactions) {
+  const StatementRows& rows = preview.reading.rows;
+  import.rows.reserve(rows.count(RowVerdict::isNew));
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    if (rows.verdict(row) == RowVerdict::isNew && rows.transactionCount(row) > 0) {
+      auto& kept = import.rows.emplace_back(rows.line(row), std::string(rows.id(row)),
+                                            std::vector<std::string>());
+      kept.fingerprints.reserve(rows.transactionCount(row));
+      for (const BasicTransaction& transaction : rows.transactions(row)) {
         kept.fingerprints.push_back(fingerprint(transaction, calendar));
       }
     }
@@ -160,7 +173,8 @@ void StatementMemory::rememberImport(const std::string& file, const StatementPre
 }
 
 void StatementMemory::write() const {
-  JSONValue document = others_.empty() ? JSONValue(JSONValue::Object()) : JSONValue::parse(others_);
+  const JSONValue document =
+      others_.empty() ? JSONValue(JSONValue::Object()) : JSONValue::parse(others_);
   JSONValue own{JSONValue::Object()};
   JSONValue symbols{JSONValue::Object()};
   for (const auto& [name, symbol] : symbols_) {
@@ -184,13 +198,22 @@ void StatementMemory::write() const {
     answer(layout, "rates", std::string("market"));
   }
   own.set("answers", std::move(answers));
-  JSONValue::Array imports;
-  for (const RecordedImport& import : imports_) {
-    imports.push_back(jsonOf(import));
+  JSONValue others{JSONValue::Object()};
+  for (const auto& [key, value] : document.object("")) {
+    if (key != key_) {
+      others.set(key, value);
+    }
   }
-  own.set("imports", std::move(imports));
-  document.set(key_, std::move(own));
-  files::writeAtomically(file_, document.text());
+  std::string text = openText(others);
+  text += (others.object("").empty() ? "" : ",") + JSONValue(key_).text() + ":" + openText(own) +
+          ",\"imports\":[";
+  const char* separator = "";
+  for (const RecordedImport& import : imports_) {
+    text += std::exchange(separator, ",");
+    append(import, text);
+  }
+  text += "]}}";
+  files::writeAtomically(file_, text);
 }
 
 }  // namespace corvane

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "exchange/brokers/import_export_error.h"
+#include "exchange/statements/statement_trial.h"
 #include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "ledger/manager/portfolio_manager.h"
@@ -11,14 +13,6 @@
 namespace corvane {
 namespace {
 
-/// More refusals than this are not looked for: the file is not this ledger's.
-constexpr int mostRefusals = 100;
-
-struct Refusal {
-  std::size_t transaction;
-  std::string reason;
-};
-
 /// What went wrong, and why or what helps.
 std::string reasonOf(const Error& error) {
   const std::string further = error.furtherText();
@@ -26,108 +20,18 @@ std::string reasonOf(const Error& error) {
          (further.empty() ? "" : " " + further);
 }
 
-/// Tries rows on copies of a ledger.
-class Trial {
- public:
-  explicit Trial(Portfolio& portfolio) : portfolio_(portfolio) {
-    for (const TransactionPointer& row : portfolio.transactions()) {
-      present_.push_back(row->basic);
-    }
-  }
-
-  /// The first transaction that the ledger refuses; none where it takes all.
-  [[nodiscard]] std::optional<Refusal> refusal(std::vector<BasicTransaction> rows) const {
-    const auto owner = portfolio_.manager.lock();
-    const auto manager = std::make_shared<PortfolioManager>(owner->quoteProvider);
-    manager->calendar = owner->calendar;
-    const PortfolioPointer copy = manager->createPortfolio(portfolio_.primaryCurrency());
-    copy->allowsNegativeBalances = portfolio_.allowsNegativeBalances;
-    copy->usesCashAccounts = portfolio_.usesCashAccounts;
-    manager->recordTransactions(present_, copy, nullptr);
-    std::size_t recorded = 0;
-    try {
-      manager->recordTransactions(std::move(rows), copy, nullptr,
-                                  [&](std::size_t count) { recorded = count; });
-    } catch (const Error& error) {
-      return Refusal{recorded, reasonOf(error)};
-    }
-    return std::nullopt;
-  }
-
- private:
-  Portfolio& portfolio_;
-  std::vector<BasicTransaction> present_;
-};
-
-std::vector<BasicTransaction> newTransactions(const std::vector<StatementRow>& rows) {
-  std::vector<BasicTransaction> transactions;
-  for (const StatementRow& row : rows) {
-    if (row.verdict == RowVerdict::isNew) {
-      transactions.insert(transactions.end(), row.transactions.begin(), row.transactions.end());
-    }
-  }
-  return transactions;
-}
-
-/// The row of `rows` that the new transaction at `index` comes from.
-template <typename Rows>
-auto& rowOf(std::size_t index, Rows& rows) {
-  decltype(&rows.front()) last = nullptr;
-  for (auto& row : rows) {
-    if (row.verdict != RowVerdict::isNew || row.transactions.empty()) {
-      continue;
-    }
-    last = &row;
-    if (index < row.transactions.size()) {
+/// The line of the row that the new transaction at `index` comes from.
+std::uint32_t lineOf(std::size_t index, const StatementRows& rows) {
+  std::uint32_t line = 0;
+  for (const std::uint32_t row : recordingOrder(rows)) {
+    line = rows.line(row);
+    const std::size_t count = rows.transactionCount(row);
+    if (index < count) {
       break;
     }
-    index -= row.transactions.size();
+    index -= count;
   }
-  return *last;
-}
-
-/// `rows` with those of each day the other way round.
-std::vector<StatementRow> turnedWithinDays(const std::vector<StatementRow>& rows) {
-  std::vector<StatementRow> turned = rows;
-  const auto dayOf = [](const StatementRow& row) {
-    return row.transactions.empty() ? std::optional<Date>() : row.transactions.front().tradeDate;
-  };
-  for (auto begin = turned.begin(); begin != turned.end();) {
-    const auto end = std::find_if(
-        begin, turned.end(), [&](const StatementRow& row) { return dayOf(row) != dayOf(*begin); });
-    std::reverse(begin, end);
-    begin = end;
-  }
-  return turned;
-}
-
-void tryOnCopy(std::vector<StatementRow>& rows, Portfolio& portfolio) {
-  const Trial trial(portfolio);
-  auto refusal = trial.refusal(newTransactions(rows));
-  const bool haveTimes =
-      std::ranges::all_of(rows, [](const StatementRow& row) { return row.time.has_value(); });
-  if (refusal && !haveTimes) {
-    std::vector<StatementRow> turned = turnedWithinDays(rows);
-    if (!trial.refusal(newTransactions(turned))) {
-      rows = std::move(turned);
-      return;
-    }
-  }
-  for (int count = 0; refusal && count < mostRefusals; ++count) {
-    StatementRow& row = rowOf(refusal->transaction, rows);
-    row.verdict = RowVerdict::ledgerRefuses;
-    row.reason = refusal->reason;
-    const auto rest = newTransactions(rows);
-    refusal = rest.empty() ? std::nullopt : trial.refusal(rest);
-  }
-  if (refusal) {
-    for (StatementRow& row : rows) {
-      if (row.verdict == RowVerdict::isNew) {
-        row.verdict = RowVerdict::ledgerRefuses;
-        row.reason = "too many rows before it are refused";
-      }
-    }
-  }
+  return line;
 }
 
 /// The shares of `equity` in the ledger of `portfolio` after the day that starts with `day`.
@@ -159,28 +63,40 @@ StatementOptions withRemembered(const StatementOptions& options, const std::stri
 }  // namespace
 
 bool StatementPreview::isReady() const {
-  return std::ranges::none_of(reading.rows, [](const StatementRow& row) {
-    return row.verdict == RowVerdict::asks || row.verdict == RowVerdict::refused ||
-           row.verdict == RowVerdict::ledgerRefuses;
-  });
+  const StatementRows& rows = reading.rows;
+  return rows.count(RowVerdict::asks) + rows.count(RowVerdict::refused) +
+             rows.count(RowVerdict::ledgerRefuses) ==
+         0;
 }
 
 std::vector<BasicTransaction> StatementPreview::transactions() const {
-  return newTransactions(reading.rows);
+  std::vector<BasicTransaction> all;
+  const auto order = recordingOrder(reading.rows);
+  all.reserve(order.size());
+  for (const std::uint32_t row : order) {
+    for (BasicTransaction& transaction : reading.rows.transactions(row)) {
+      all.push_back(std::move(transaction));
+    }
+  }
+  return all;
 }
 
 std::size_t StatementPreview::newRowCount() const {
-  return static_cast<std::size_t>(
-      std::ranges::count(reading.rows, RowVerdict::isNew, &StatementRow::verdict));
+  return reading.rows.count(RowVerdict::isNew);
 }
 
 StatementPreview previewStatement(
-    const std::string& bytes, const std::vector<StatementProfile>& profiles,
+    std::string_view bytes, const std::vector<StatementProfile>& profiles,
     const PortfolioPointer& portfolio, const StatementOptions& options,
     std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)> rateOf,
-    const std::vector<RecordedImport>& earlier) {
+    const std::vector<RecordedImport>& earlier,
+    const std::function<void(double fraction)>& progress) {
   const auto manager = portfolio->manager.lock();
-  const StatementFile file = StatementFile::read(bytes, profiles, options.profile);
+  const auto part = [&](double from, double to) {
+    return progress ? [&progress, from, to](double done) { progress(from + (to - from) * done); }
+                    : std::function<void(double)>();
+  };
+  const StatementFile file = StatementFile::read(bytes, profiles, options.profile, part(0.0, 0.2));
   const StatementOptions said = withRemembered(options, file.profile->name);
   const StatementSurroundings surroundings = {
       .primaryCurrency = portfolio->primaryCurrency(),
@@ -190,7 +106,8 @@ StatementPreview previewStatement(
           [&](std::string_view symbol) { return manager->quoteProvider->equityWithId(symbol); },
       .heldAfter = [&](const EquityPointer& equity,
                        Date day) { return heldAfter(*portfolio, equity, day); },
-      .rateOf = std::move(rateOf)};
+      .rateOf = std::move(rateOf),
+      .progress = part(0.2, 0.7)};
   StatementPreview preview{.profileId = file.profile->id,
                            .profileName = file.profile->name,
                            .file = {.sha256 = sha256(bytes),
@@ -201,7 +118,7 @@ StatementPreview previewStatement(
                            .reading = readStatement(file, surroundings, said)};
   preview.reading.remarks.insert(preview.reading.remarks.begin(), file.remarks.begin(),
                                  file.remarks.end());
-  findDays(preview.file, preview.reading.rows, manager->calendar);
+  findDays(preview.file, preview.reading.rows);
   for (const RecordedImport& import : earlier) {
     if (import.sha256 == preview.file.sha256) {
       preview.reading.remarks.push_back("The same file was imported on " + import.day + ".");
@@ -209,8 +126,9 @@ StatementPreview previewStatement(
     }
   }
   matchWithLedger(preview.reading.rows, *portfolio, manager->calendar, preview.file, earlier, said);
-  if (preview.newRowCount() > 0) {
-    tryOnCopy(preview.reading.rows, *portfolio);
+  tryOnLedger(preview.reading.rows, *portfolio, part(0.7, 1.0));
+  if (progress) {
+    progress(1.0);
   }
   return preview;
 }
@@ -229,18 +147,27 @@ LearnedAnswers answersToLearn(const StatementPreview& preview, const ProfileShel
   return answers;
 }
 
-std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,
-                                              const PortfolioPointer& portfolio) {
+std::vector<BasicTransaction> recordStatement(
+    const StatementPreview& preview, const PortfolioPointer& portfolio,
+    const std::function<void(double fraction)>& progress) {
+  constexpr std::size_t rowsOfUpdate = 256;
   auto transactions = preview.transactions();
   std::size_t recorded = 0;
   try {
-    portfolio->manager.lock()->recordTransactions(transactions, portfolio, nullptr,
-                                                  [&](std::size_t count) { recorded = count; });
+    portfolio->manager.lock()->recordTransactions(
+        transactions, portfolio, nullptr, [&](std::size_t count) {
+          recorded = count;
+          if (progress && count % rowsOfUpdate == 0) {
+            progress(static_cast<double>(count) / static_cast<double>(transactions.size()));
+          }
+        });
+  } catch (const UserCancelledError&) {
+    throw;
   } catch (const Error& error) {
     if (recorded == transactions.size()) {
       throw;
     }
-    throw StatementError(rowOf(recorded, preview.reading.rows).line, "", reasonOf(error));
+    throw StatementError(lineOf(recorded, preview.reading.rows), "", reasonOf(error));
   }
   return transactions;
 }

@@ -1,13 +1,15 @@
 // A statement held against a ledger before anything is recorded.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/profiles/profile_writer.h"
+#include "exchange/reading/statement_reader.h"
 #include "exchange/statements/ledger_matching.h"
-#include "exchange/statements/statement_reader.h"
 #include "ledger/portfolio/portfolio.h"
 
 namespace corvane {
@@ -32,13 +34,17 @@ struct StatementPreview {
 /// on a copy of the ledger, so that its refusals stand at their rows. `rateOf` may be null.
 /// `earlier` is what was imported into the portfolio before.
 ///
+/// `progress` is told again and again what part is done, from 0 to 1; what it throws ends the
+/// reading, and it may be null. Beside `bytes` little more is held than the rows.
+///
 /// Main queue only. Throws StatementError, TextEncodingError, CSVParseError.
 [[nodiscard]] StatementPreview previewStatement(
-    const std::string& bytes, const std::vector<StatementProfile>& profiles,
+    std::string_view bytes, const std::vector<StatementProfile>& profiles,
     const PortfolioPointer& portfolio, const StatementOptions& options,
     std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)>
         rateOf = nullptr,
-    const std::vector<RecordedImport>& earlier = {});
+    const std::vector<RecordedImport>& earlier = {},
+    const std::function<void(double fraction)>& progress = nullptr);
 
 /// What `options` say of files of the layout of `preview` that the layout itself does not.
 [[nodiscard]] LearnedAnswers answersToLearn(const StatementPreview& preview,
@@ -48,7 +54,9 @@ struct StatementPreview {
 /// Records the new rows of `preview` in `portfolio` as one edit that cannot be undone, and returns
 /// their transactions. Throws StatementError with the line that the ledger or its store refuses;
 /// what keeps the whole from being stored is thrown as it is.
-std::vector<BasicTransaction> recordStatement(const StatementPreview& preview,
-                                              const PortfolioPointer& portfolio);
+/// `progress` is as above; what it throws takes all back.
+std::vector<BasicTransaction> recordStatement(
+    const StatementPreview& preview, const PortfolioPointer& portfolio,
+    const std::function<void(double fraction)>& progress = nullptr);
 
 }  // namespace corvane

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/market/quote_provider.h"
-#include "exchange/statements/statement_rows.h"
+#include "exchange/reading/statement_options.h"
 
 namespace corvane {
 

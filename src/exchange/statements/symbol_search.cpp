@@ -101,8 +101,8 @@ void searchSymbols(const std::shared_ptr<QuoteProvider>& provider,
   DispatchQueue::main()->async([search] { search->next(); });
 }
 
-std::vector<RowQuestion> doubtfulSymbols(const std::vector<StatementRow>& rows,
-                                         const StatementOptions& options, Portfolio& portfolio) {
+std::vector<RowQuestion> doubtfulSymbols(const StatementRows& rows, const StatementOptions& options,
+                                         Portfolio& portfolio) {
   std::set<std::string> known;
   for (const TransactionPointer& row : portfolio.transactions()) {
     if (const EquityPointer* equity = row->basic.equity()) {
@@ -113,19 +113,16 @@ std::vector<RowQuestion> doubtfulSymbols(const std::vector<StatementRow>& rows,
     known.insert(symbol);
   }
   std::vector<RowQuestion> questions;
-  for (const StatementRow& row : rows) {
-    const EquityPointer* equity =
-        row.transactions.empty() ? nullptr : row.transactions.front().equity();
-    const auto* trade = row.transactions.empty()
-                            ? nullptr
-                            : std::get_if<BasicTransaction::Trade>(&row.transactions.front().kind);
-    if (row.verdict != RowVerdict::isNew || equity == nullptr || trade == nullptr ||
-        !known.insert((*equity)->id()).second) {
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    const RowFigures figures = rows.figures(row);
+    const bool isTrade = figures.kind == StatementKind::buy || figures.kind == StatementKind::sell;
+    if (rows.verdict(row) != RowVerdict::isNew || rows.transactionCount(row) == 0 || !isTrade ||
+        !known.insert(figures.equity->id()).second) {
       continue;
     }
     RowQuestion question;
-    question.subject = (*equity)->id();
-    question.currency = std::string(trade->cashDisposed.currency.code);
+    question.subject = figures.equity->id();
+    question.currency = std::string(figures.cash.currency.code);
     questions.push_back(std::move(question));
   }
   return questions;
@@ -147,13 +144,14 @@ std::optional<std::string> likelySymbol(const RowQuestion& question,
   return likely;
 }
 
-std::vector<RowQuestion> symbolQuestions(const std::vector<StatementRow>& rows) {
+std::vector<RowQuestion> symbolQuestions(const StatementRows& rows) {
   std::vector<RowQuestion> questions;
-  for (const StatementRow& row : rows) {
-    if (row.question && row.question->about == RowQuestion::About::symbol &&
-        std::ranges::find(questions, row.question->subject, &RowQuestion::subject) ==
-            questions.end()) {
-      questions.push_back(*row.question);
+  std::set<std::string_view> subjects;
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    const RowQuestion* asked = rows.question(row);
+    if (asked != nullptr && asked->about == RowQuestion::About::symbol &&
+        subjects.insert(asked->subject).second) {
+      questions.push_back(*asked);
     }
   }
   return questions;

@@ -9,7 +9,8 @@
 #include <vector>
 
 #include "core/market/quote_provider.h"
-#include "exchange/statements/statement_rows.h"
+#include "exchange/reading/statement_options.h"
+#include "exchange/reading/statement_rows.h"
 #include "ledger/portfolio/portfolio.h"
 
 namespace corvane {
@@ -39,7 +40,7 @@ void searchSymbols(const std::shared_ptr<QuoteProvider>& provider,
 /// Questions whether the symbols of new rows are those of the market, for equities that
 /// `portfolio` does not have yet and the user has not named: a broker's "XEQT" has its prices under
 /// "XEQT.TO".
-[[nodiscard]] std::vector<RowQuestion> doubtfulSymbols(const std::vector<StatementRow>& rows,
+[[nodiscard]] std::vector<RowQuestion> doubtfulSymbols(const StatementRows& rows,
                                                        const StatementOptions& options,
                                                        Portfolio& portfolio);
 /// The symbol of the market that is meant by a doubtful one: none where the market knows it in the
@@ -48,6 +49,6 @@ void searchSymbols(const std::shared_ptr<QuoteProvider>& provider,
                                                       const std::vector<SymbolFind>& finds);
 
 /// The questions for symbols in `rows`, each subject once.
-[[nodiscard]] std::vector<RowQuestion> symbolQuestions(const std::vector<StatementRow>& rows);
+[[nodiscard]] std::vector<RowQuestion> symbolQuestions(const StatementRows& rows);
 
 }  // namespace corvane

@@ -13,6 +13,10 @@ bool isAroundCells(char32_t character) {
 }  // namespace
 
 std::string_view trimmedCell(std::string_view cell) {
+  const auto isLetterOfASCII = [](char byte) { return byte > ' ' && byte < '\x7F'; };
+  if (!cell.empty() && isLetterOfASCII(cell.front()) && isLetterOfASCII(cell.back())) {
+    return cell;
+  }
   std::string_view rest = cell;
   const char* begin = nullptr;
   const char* end = cell.data();

@@ -30,7 +30,7 @@ constexpr int lastYear = 2199;
 constexpr int firstShortYear = 50;
 /// So many days tell that the rows of a file are in order on purpose.
 constexpr std::size_t daysThatTell = 6;
-constexpr std::int64_t longestSettlement = 10;
+constexpr std::int32_t longestSettlement = 10;
 
 bool isDecimalDigit(char byte) {
   return byte >= '0' && byte <= '9';
@@ -290,51 +290,68 @@ std::optional<YearMonthDay> DayCell::day(DayOrder order) const {
 void DayOrderRecognition::add(std::uint32_t line, std::string_view tradeColumn,
                               std::string_view tradeCell, std::string_view settlementColumn,
                               std::string_view settlementCell) {
-  // Many rows of one day follow one another.
-  if (!rows_.empty() && tradeCell == lastTrade_ && settlementCell == lastSettlement_) {
+  if (isLike(tradeCell, settlementCell)) {
     return;
   }
   lastTrade_ = tradeCell;
   lastSettlement_ = settlementCell;
   Row row;
-  row.trade = cellIn(line, tradeColumn, tradeCell);
-  row.settlement = cellIn(line, settlementColumn, settlementCell);
-  rows_.push_back(std::move(row));
+  row.trade = daysIn(line, tradeColumn, tradeCell);
+  row.settlement = daysIn(line, settlementColumn, settlementCell);
+  if (rows_.empty() || rows_.back() != row) {
+    rows_.push_back(row);
+  }
 }
 
-std::optional<DayCell> DayOrderRecognition::cellIn(std::uint32_t line, std::string_view column,
-                                                   std::string_view text) {
+std::optional<std::int32_t> DayOrderRecognition::Days::in(DayOrder order) const {
+  const std::int32_t count = counts[indexOf(order)];
+  return count == none ? std::nullopt : std::optional(count);
+}
+
+std::optional<std::int32_t> DayOrderRecognition::Row::dayIn(DayOrder order) const {
+  return trade == Days() ? settlement.in(order) : trade.in(order);
+}
+
+DayOrderRecognition::Days DayOrderRecognition::daysIn(std::uint32_t line, std::string_view column,
+                                                      std::string_view text) {
   text = trimmedCell(text);
+  Days days;
   if (text.empty()) {
-    return std::nullopt;
+    return days;
   }
-  auto day = DayCell::read(text);
-  const auto isDayIn = [&](DayOrder order) { return day && day->day(order); };
-  if (std::ranges::none_of(allOrders, isDayIn)) {
-    if (!noDay_) {
-      noDay_ = Cell{line, std::string(column), std::string(text)};
+  if (const auto cell = DayCell::read(text)) {
+    for (const DayOrder order : allOrders) {
+      if (const auto day = cell->day(order)) {
+        days.counts[indexOf(order)] = static_cast<std::int32_t>(countOf(*day));
+      }
     }
-    return std::nullopt;
   }
-  strike({line, std::string(column), std::string(text)}, *day);
-  return day;
+  const Cell cell{line, column, text};
+  if (days == Days()) {
+    if (!noDay_) {
+      noDay_ = KeptCell(cell);
+    }
+    return days;
+  }
+  strike(cell, days);
+  return days;
 }
 
-void DayOrderRecognition::strike(const Cell& cell, const DayCell& day) {
+void DayOrderRecognition::strike(const Cell& cell, const Days& days) {
   for (const auto& [one, other] : orderPairs) {
     auto& place = differing_[pairIndex(one, other)];
-    const auto oneDay = day.day(one);
-    const auto otherDay = day.day(other);
+    const auto oneDay = days.in(one);
+    const auto otherDay = days.in(other);
     if (!place && oneDay && otherDay && oneDay != otherDay) {
-      place = cell;
+      place = KeptCell(cell);
     }
   }
   for (const DayOrder order : allOrders) {
     auto& striker = strikers_[indexOf(order)];
-    if (!striker && !day.day(order)) {
-      striker = cell;
+    if (!striker && !days.in(order)) {
+      striker = KeptCell(cell);
       std::ranges::copy_if(allOrders, std::back_inserter(strikerOrders_[indexOf(order)]),
-                           [&](DayOrder other) { return day.day(other).has_value(); });
+                           [&](DayOrder other) { return days.in(other).has_value(); });
     }
   }
 }
@@ -382,10 +399,9 @@ DayOrderRecognition::Verdict DayOrderRecognition::verdict(YearMonthDay today,
   if (left.size() > 1) {
     // Orders that come to the same day in every cell need no choice.
     const bool areSame = std::ranges::all_of(rows_, [&](const Row& row) {
-      const auto isSame = [&](const std::optional<DayCell>& cell) {
-        return !cell || std::ranges::all_of(left, [&](DayOrder order) {
-          return cell->day(order) == cell->day(left.front());
-        });
+      const auto isSame = [&](const Days& days) {
+        return std::ranges::all_of(
+            left, [&](DayOrder order) { return days.in(order) == days.in(left.front()); });
       };
       return isSame(row.trade) && isSame(row.settlement);
     });
@@ -416,20 +432,21 @@ std::string DayOrderRecognition::whyStruck(DayOrder order) const {
 }
 
 bool DayOrderRecognition::hasDaysToCome(DayOrder order, YearMonthDay today) const {
+  const auto last = static_cast<std::int32_t>(countOf(today));
   return std::ranges::any_of(rows_, [&](const Row& row) {
-    const auto day = row.trade ? row.trade->day(order) : std::nullopt;
-    return day && today < *day;
+    const auto day = row.trade.in(order);
+    return day && last < *day;
   });
 }
 
 bool DayOrderRecognition::settlesOddly(DayOrder order) const {
   return std::ranges::any_of(rows_, [&](const Row& row) {
-    const auto trade = row.trade ? row.trade->day(order) : std::nullopt;
-    const auto settlement = row.settlement ? row.settlement->day(order) : std::nullopt;
+    const auto trade = row.trade.in(order);
+    const auto settlement = row.settlement.in(order);
     if (!trade || !settlement) {
       return false;
     }
-    const std::int64_t days = countOf(*settlement) - countOf(*trade);
+    const std::int32_t days = *settlement - *trade;
     return days < 0 || days > longestSettlement;
   });
 }
@@ -437,10 +454,9 @@ bool DayOrderRecognition::settlesOddly(DayOrder order) const {
 bool DayOrderRecognition::isInOrder(DayOrder order) const {
   bool rises = true;
   bool falls = true;
-  std::optional<YearMonthDay> last;
+  std::optional<std::int32_t> last;
   for (const Row& row : rows_) {
-    const auto& cell = row.trade ? row.trade : row.settlement;
-    const auto day = cell ? cell->day(order) : std::nullopt;
+    const auto day = row.dayIn(order);
     if (day && last) {
       rises = rises && *last <= *day;
       falls = falls && *day <= *last;
@@ -451,10 +467,9 @@ bool DayOrderRecognition::isInOrder(DayOrder order) const {
 }
 
 std::size_t DayOrderRecognition::dayCount(DayOrder order) const {
-  std::vector<YearMonthDay> days;
+  std::vector<std::int32_t> days;
   for (const Row& row : rows_) {
-    const auto& cell = row.trade ? row.trade : row.settlement;
-    if (const auto day = cell ? cell->day(order) : std::nullopt) {
+    if (const auto day = row.dayIn(order)) {
       days.push_back(*day);
     }
   }
@@ -468,7 +483,7 @@ void DayOrderRecognition::failOfTwoOrders() const {
   for (std::size_t i = 1; i < strikers_.size(); ++i) {
     last = strikers_[i]->line >= strikers_[last]->line ? i : last;
   }
-  const Cell& breaker = *strikers_[last];
+  const KeptCell& breaker = *strikers_[last];
   const DayOrder breakerOrder = strikerOrders_[last].front();
   const auto& other = strikers_[indexOf(breakerOrder)];
   throw StatementError(
@@ -486,7 +501,7 @@ void DayOrderRecognition::failUndecided(const std::vector<DayOrder>& orders) con
     return isLeft(orderPair.first) && isLeft(orderPair.second) &&
            differing_[pairIndex(orderPair.first, orderPair.second)];
   });
-  const Cell& told = *differing_[pairIndex(pair->first, pair->second)];
+  const KeptCell& told = *differing_[pairIndex(pair->first, pair->second)];
   const auto cell = DayCell::read(told.text);
   const YearMonthDay first = *cell->day(pair->first);
   const YearMonthDay second = *cell->day(pair->second);

@@ -58,6 +58,11 @@ class DayOrderRecognition {
   /// Rows come in the order of the file.
   void add(std::uint32_t line, std::string_view tradeColumn, std::string_view tradeCell,
            std::string_view settlementColumn = {}, std::string_view settlementCell = {});
+  /// Whether the row that was taken last has these cells, so that to take this one changes nothing:
+  /// many rows of one day follow one another.
+  [[nodiscard]] bool isLike(std::string_view tradeCell, std::string_view settlementCell) const {
+    return !rows_.empty() && tradeCell == lastTrade_ && settlementCell == lastSettlement_;
+  }
 
   struct Verdict {
     DayOrder order = DayOrder::ymd;
@@ -71,20 +76,35 @@ class DayOrderRecognition {
   [[nodiscard]] Verdict verdict(YearMonthDay today, std::optional<DayOrder> told) const;
 
  private:
-  /// A cell that somebody may want to be told of.
   struct Cell {
     std::uint32_t line = 0;
+    std::string_view column;
+    std::string_view text;
+  };
+  /// A cell that somebody may want to be told of.
+  struct KeptCell {
+    explicit KeptCell(const Cell& cell) : line(cell.line), column(cell.column), text(cell.text) {}
+    std::uint32_t line;
     std::string column;
     std::string text;
   };
+  /// The days of a cell in each order, counted from 1970.
+  struct Days {
+    static constexpr std::int32_t none = INT32_MIN;
+    std::array<std::int32_t, 3> counts = {none, none, none};
+    [[nodiscard]] std::optional<std::int32_t> in(DayOrder order) const;
+    friend bool operator==(const Days&, const Days&) = default;
+  };
   struct Row {
-    std::optional<DayCell> trade;
-    std::optional<DayCell> settlement;
+    Days trade;
+    Days settlement;
+    /// The day that tells where the row belongs in time.
+    [[nodiscard]] std::optional<std::int32_t> dayIn(DayOrder order) const;
+    friend bool operator==(const Row&, const Row&) = default;
   };
 
-  [[nodiscard]] std::optional<DayCell> cellIn(std::uint32_t line, std::string_view column,
-                                              std::string_view text);
-  void strike(const Cell& cell, const DayCell& day);
+  [[nodiscard]] Days daysIn(std::uint32_t line, std::string_view column, std::string_view text);
+  void strike(const Cell& cell, const Days& days);
   [[nodiscard]] std::string whyStruck(DayOrder order) const;
   [[nodiscard]] bool hasDaysToCome(DayOrder order, YearMonthDay today) const;
   [[nodiscard]] bool settlesOddly(DayOrder order) const;
@@ -94,13 +114,13 @@ class DayOrderRecognition {
   [[noreturn]] void failOfTwoOrders() const;
   [[noreturn]] void failUndecided(const std::vector<DayOrder>& orders) const;
 
-  std::vector<Row> rows_;
-  std::optional<Cell> noDay_;  ///< the first cell that is none in any order
+  std::vector<Row> rows_;  ///< of rows that follow one another and have the same days, the first
+  std::optional<KeptCell> noDay_;  ///< the first cell that is none in any order
   /// The cells that have struck out each order, the first ones, and which orders those allow.
-  std::array<std::optional<Cell>, 3> strikers_;
+  std::array<std::optional<KeptCell>, 3> strikers_;
   std::array<std::vector<DayOrder>, 3> strikerOrders_;
   /// The first cell that is another day in one order than in another, for each pair of orders.
-  std::array<std::optional<Cell>, 3> differing_;
+  std::array<std::optional<KeptCell>, 3> differing_;
   std::string lastTrade_;
   std::string lastSettlement_;
 };

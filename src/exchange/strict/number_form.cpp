@@ -226,6 +226,30 @@ std::optional<Decimal> NumberCell::value(DecimalMark mark) const {
   return number && !number->isNaN() ? number : std::nullopt;
 }
 
+std::optional<Decimal> plainNumber(std::string_view text, DecimalMark mark) {
+  constexpr std::size_t longestWord = 18;  // digits that 64 bits hold
+  const char decimal = mark == DecimalMark::point ? '.' : ',';
+  const bool isNegative = text.starts_with('-');
+  text.remove_prefix(isNegative ? 1 : 0);
+  if (text.empty() || text.size() > longestWord || !isDigit(text.back())) {
+    return std::nullopt;
+  }
+  std::uint64_t mantissa = 0;
+  std::optional<std::size_t> decimals;
+  for (const char byte : text) {
+    if (isDigit(byte)) {
+      mantissa = 10 * mantissa + static_cast<std::uint64_t>(byte - '0');
+      decimals = decimals ? std::optional(*decimals + 1) : std::nullopt;
+    } else if (byte == decimal && !decimals) {
+      decimals = 0;
+    } else {
+      return std::nullopt;
+    }
+  }
+  return Decimal::fromMantissa(isNegative && mantissa != 0 ? Sign::minus : Sign::plus, mantissa,
+                               -static_cast<int>(decimals.value_or(0)));
+}
+
 void DecimalMarkRecognition::add(std::uint32_t line, std::string_view column,
                                  std::string_view cell) {
   const auto keep = [&](std::optional<Witness>& place) {

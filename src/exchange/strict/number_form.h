@@ -50,6 +50,11 @@ class NumberCell {
   Evidence evidence_ = Evidence::none;
 };
 
+/// What NumberCell makes of `text`, where it is written in digits alone, with at most a minus in
+/// front and one `mark` among them: the number of most cells, in a fraction of the time. None for
+/// others.
+[[nodiscard]] std::optional<Decimal> plainNumber(std::string_view text, DecimalMark mark);
+
 /// Learns from the number cells of a file which mark stands before its decimals.
 class DecimalMarkRecognition {
  public:

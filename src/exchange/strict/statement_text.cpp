@@ -24,19 +24,46 @@ bool hasZeros(std::string_view bytes, std::size_t first) {
   return true;
 }
 
+/// Decodes text of one byte a character piece by piece, so that what is between holds little.
+std::string decodedPieces(std::string_view bytes, TextEncoding encoding) {
+  constexpr std::size_t piece = 1 << 20;
+  if (encoding != TextEncoding::windowsLatin1 && encoding != TextEncoding::latin9) {
+    return decodedText(std::string(bytes), encoding);
+  }
+  std::string text;
+  text.reserve(bytes.size() + bytes.size() / 16);
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size()))) {
+    text += decodedText(std::string(bytes.substr(0, piece)), encoding);
+  }
+  return text;
+}
+
 }  // namespace
 
-StatementText decodedStatement(std::string bytes, TextEncoding otherwise) {
+StatementText decodedStatement(std::string_view bytes, TextEncoding otherwise) {
   const bool isMarked = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
   if (!isMarked && hasZeros(bytes, 1)) {
-    bytes.insert(0, "\xFF\xFE");  // the mark tells the order of the bytes
-    return {decodedText(std::move(bytes), TextEncoding::utf16), TextEncoding::utf16};
+    // The mark tells the order of the bytes.
+    return {decodedText("\xFF\xFE" + std::string(bytes), TextEncoding::utf16), TextEncoding::utf16};
   }
   if (isMarked || hasZeros(bytes, 0)) {
-    return {decodedText(std::move(bytes), TextEncoding::utf16), TextEncoding::utf16};
+    return {decodedText(std::string(bytes), TextEncoding::utf16), TextEncoding::utf16};
   }
-  const TextEncoding encoding = isUTF8(bytes) ? TextEncoding::utf8 : otherwise;
-  return {withoutByteOrderMark(decodedText(std::move(bytes), encoding)), encoding};
+  if (isUTF8(bytes)) {
+    return {withoutByteOrderMark(std::string(bytes)), TextEncoding::utf8};
+  }
+  return {withoutByteOrderMark(decodedPieces(bytes, otherwise)), otherwise};
+}
+
+std::optional<std::string_view> plainStatement(std::string_view bytes) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  const bool isUTF16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF") ||
+                       hasZeros(bytes, 0) || hasZeros(bytes, 1);
+  if (isUTF16 || !isUTF8(bytes)) {
+    return std::nullopt;
+  }
+  bytes.remove_prefix(bytes.starts_with(mark) ? mark.size() : 0);
+  return bytes;
 }
 
 StatementText readStatementText(const std::filesystem::path& file, TextEncoding otherwise) {

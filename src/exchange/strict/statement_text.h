@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,8 +18,12 @@ struct StatementText {
 
 /// Bytes with the mark of an encoding are of that one, bytes that are UTF-8 are that, bytes with
 /// a zero in every other place are UTF-16, and others of `otherwise`. Throws TextEncodingError.
-[[nodiscard]] StatementText decodedStatement(std::string bytes,
+[[nodiscard]] StatementText decodedStatement(std::string_view bytes,
                                              TextEncoding otherwise = TextEncoding::windowsLatin1);
+
+/// `bytes` themselves where they are a text in UTF-8 as it stands, so that a large file need not be
+/// held twice; a mark at their start is left out. None where they have to be decoded.
+[[nodiscard]] std::optional<std::string_view> plainStatement(std::string_view bytes);
 
 /// The text of a file. Throws FileError and TextEncodingError.
 [[nodiscard]] StatementText readStatementText(const std::filesystem::path& file,

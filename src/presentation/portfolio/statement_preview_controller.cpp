@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "exchange/brokers/import_export_error.h"
 #include "exchange/strict/cell_text.h"
 #include "exchange/strict/statement_error.h"
 #include "ledger/manager/portfolio_manager.h"
@@ -37,19 +38,19 @@ bool isObstacle(RowVerdict verdict) {
          verdict == RowVerdict::ledgerRefuses;
 }
 
-struct RowFigures {
+struct ShownFigures {
   std::string day, shares, amount, currency;
 };
 
-RowFigures figuresIn(const StatementRow& row, const Calendar& calendar) {
+ShownFigures figuresIn(const StatementRow& row, const Calendar& calendar) {
   if (row.transactions.empty()) {
     return {};
   }
   const BasicTransaction& first = row.transactions.front();
-  RowFigures figures{.day = YearMonthDay::of(first.tradeDate, calendar).description(),
-                     .shares = {},
-                     .amount = {},
-                     .currency = {}};
+  ShownFigures figures{.day = YearMonthDay::of(first.tradeDate, calendar).description(),
+                       .shares = {},
+                       .amount = {},
+                       .currency = {}};
   const auto money = [&](const CurrencyAmount& amount) {
     figures.amount = amount.amount.description();
     figures.currency = std::string(amount.currency.code);
@@ -107,8 +108,10 @@ constexpr std::array<ColumnOf<PreviewLine>, 10> previewColumns = {{
 
 StatementPreviewController::StatementPreviewController(const std::filesystem::path& file,
                                                        PortfolioPointer portfolio,
-                                                       const std::filesystem::path& memoryFolder)
-    : filename_(file.filename().string()),
+                                                       const std::filesystem::path& memoryFolder,
+                                                       ProgressHandler progress)
+    : progress_(std::move(progress)),
+      filename_(file.filename().string()),
       bytes_(files::read(file)),
       portfolio_(std::move(portfolio)),
       memory_(memoryFolder, *portfolio_),
@@ -118,6 +121,10 @@ StatementPreviewController::StatementPreviewController(const std::filesystem::pa
   options_.symbols = memory_.symbols();
   options_.remembered = memory_.answers();
   readAgain();
+  if (isCancelled_) {
+    *self_ = nullptr;
+    throw UserCancelledError();
+  }
   if (options_.remembered.marketRates.contains(preview_.profileName)) {
     setTakesMarketRates(true);
   }
@@ -128,8 +135,30 @@ StatementPreviewController::~StatementPreviewController() {
 }
 
 void StatementPreviewController::readAgain() {
-  rows_.clear();
+  if (isReading_) {
+    isToReadAgain_ = true;
+    return;
+  }
+  isReading_ = true;
+  do {
+    isToReadAgain_ = false;
+    read();
+  } while (isToReadAgain_ && !isCancelled_);
+  isReading_ = false;
+  rows_ = preview_.reading.rows.byLine();
+  if (options_.takesMarketRates && rates_.areMissing() && !isFetchingRates_) {
+    fetchRates();
+  }
+  searchSymbols();
+  show();
+}
+
+void StatementPreviewController::read() {
+  // What was read before makes room, since a file may be large.
+  rows_ = {};
+  preview_ = StatementPreview();
   problem_.clear();
+  isCancelled_ = false;
   try {
     preview_ = previewStatement(
         bytes_, shelf_.profiles, portfolio_, options_,
@@ -137,9 +166,13 @@ void StatementPreviewController::readAgain() {
           needsRates_ = true;
           return rates_.rate(currency, day);
         },
-        memory_.imports());
+        memory_.imports(), progress_);
+    return;
+  } catch (const UserCancelledError&) {
+    isCancelled_ = true;
+    problem_ = "The reading was cancelled.";
+    return;
   } catch (const StatementError& error) {
-    preview_ = {};
     problem_ = error.withoutRemedy();
     if (const std::size_t nearest = error.remedy.find("Nearest:"); nearest != std::string::npos) {
       problem_ += " " + error.remedy.substr(nearest);
@@ -150,18 +183,11 @@ void StatementPreviewController::readAgain() {
           "them for the next time.";
     }
   } catch (const Error& error) {
-    preview_ = {};
     problem_ = error.description().value_or("");
   }
-  for (const StatementRow& row : preview_.reading.rows) {
-    rows_.push_back(&row);
+  if (progress_) {
+    progress_(1.0);
   }
-  std::ranges::stable_sort(rows_, {}, &StatementRow::line);
-  if (options_.takesMarketRates && rates_.areMissing() && !isFetchingRates_) {
-    fetchRates();
-  }
-  searchSymbols();
-  show();
 }
 
 void StatementPreviewController::show() {
@@ -228,11 +254,13 @@ void StatementPreviewController::readRates(const std::filesystem::path& file) {
 
 void StatementPreviewController::findQuestions() {
   questions_.clear();
-  for (const StatementRow* row : rows_) {
-    if (!row->question || row->question->about == RowQuestion::About::rate) {
+  std::set<const RowQuestion*> seen;  // rows share their questions
+  for (const std::uint32_t row : rows_) {
+    const RowQuestion* own = preview_.reading.rows.question(row);
+    if (own == nullptr || own->about == RowQuestion::About::rate || !seen.insert(own).second) {
       continue;
     }
-    const RowQuestion& asked = *row->question;
+    const RowQuestion& asked = *own;
     Question question{.text = {},
                       .key = asked.subject,
                       .about = asked.about,
@@ -377,31 +405,41 @@ const std::vector<TableColumn>& StatementPreviewController::columns() const {
 }
 
 AttributedText StatementPreviewController::cell(std::size_t row, std::size_t column) const {
-  const StatementRow& shown = *rows_.at(row);
+  if (row >= rows_.size()) {
+    return {};  // the table is drawn while the file is read again
+  }
+  const StatementRows& rows = preview_.reading.rows;
+  const std::uint32_t place = rows_.at(row);
+  if (columns().at(column).identifier == "verdict") {
+    // Asked of every row where the table shows those of one verdict.
+    return AttributedText(std::string(displayName(rows.verdict(place))));
+  }
+  const StatementRow shown = rows[place];
   const auto manager = portfolio_->manager.lock();
   return previewColumns.at(column).cell(
       {shown, figuresIn(shown, manager == nullptr ? Calendar::current() : manager->calendar)});
 }
 
 bool StatementPreviewController::isTicked(std::size_t row) const {
-  return mayBeTicked(row) && rows_.at(row)->verdict != RowVerdict::perhapsPresent &&
-         !options_.leaveOut.contains(rows_.at(row)->line);
+  return row < rows_.size() && mayBeTicked(row) &&
+         preview_.reading.rows.verdict(rows_.at(row)) != RowVerdict::perhapsPresent &&
+         !options_.leaveOut.contains(preview_.reading.rows.line(rows_.at(row)));
 }
 
 bool StatementPreviewController::mayBeTicked(std::size_t row) const {
-  const StatementRow& shown = *rows_.at(row);
-  return shown.verdict == RowVerdict::isNew || shown.verdict == RowVerdict::perhapsPresent ||
-         isObstacle(shown.verdict) || options_.leaveOut.contains(shown.line);
+  const RowVerdict verdict = preview_.reading.rows.verdict(rows_.at(row));
+  return verdict == RowVerdict::isNew || verdict == RowVerdict::perhapsPresent ||
+         isObstacle(verdict) ||
+         options_.leaveOut.contains(preview_.reading.rows.line(rows_.at(row)));
 }
 
 void StatementPreviewController::setTicked(std::size_t row, bool isOn) {
-  const StatementRow& shown = *rows_.at(row);
-  const std::uint32_t line = shown.line;
+  const std::uint32_t line = preview_.reading.rows.line(rows_.at(row));
   if (!isOn && options_.twins.erase(line) > 0) {
     // It is left out again as one that is perhaps there.
   } else if (!isOn) {
     options_.leaveOut.insert(line);
-  } else if (shown.verdict == RowVerdict::perhapsPresent) {
+  } else if (preview_.reading.rows.verdict(rows_.at(row)) == RowVerdict::perhapsPresent) {
     options_.twins.insert(line);
   } else {
     options_.leaveOut.erase(line);

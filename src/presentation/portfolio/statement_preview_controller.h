@@ -21,10 +21,17 @@ namespace corvane {
 /// the user allows it. Main queue only; the portfolio's manager outlives it.
 class StatementPreviewController final : public TableModel {
  public:
+  /// Told again and again what part of a reading is done, from 0 to 1, which comes last. It may let
+  /// events be handled, and throws UserCancelledError to end the reading.
+  using ProgressHandler = std::function<void(double fraction)>;
+
   /// Reads `file` for `portfolio`. `memoryFolder` is where the workspace keeps its further files.
-  /// What is wrong with the whole file is told by problem(). Throws FileError.
+  /// What is wrong with the whole file is told by problem(). `progress` is told of this and of
+  /// every later reading, and may be null. Throws FileError, and UserCancelledError where the
+  /// reading was cancelled; one that is cancelled later leaves no rows, and problem() tells.
   StatementPreviewController(const std::filesystem::path& file, PortfolioPointer portfolio,
-                             const std::filesystem::path& memoryFolder);
+                             const std::filesystem::path& memoryFolder,
+                             ProgressHandler progress = nullptr);
   StatementPreviewController(const StatementPreviewController&) = delete;
   StatementPreviewController& operator=(const StatementPreviewController&) = delete;
   ~StatementPreviewController() override;
@@ -100,11 +107,17 @@ class StatementPreviewController final : public TableModel {
 
  private:
   void readAgain();
+  /// Reads the file as the options say; whatever is wrong with it becomes the problem.
+  void read();
   void show();
   void findQuestions();
   void searchSymbols();
   void fetchRates();
 
+  ProgressHandler progress_;
+  bool isReading_ = false;
+  bool isCancelled_ = false;
+  bool isToReadAgain_ = false;  ///< an answer has come during a reading
   std::string filename_;
   std::string bytes_;
   PortfolioPointer portfolio_;
@@ -122,7 +135,7 @@ class StatementPreviewController final : public TableModel {
   std::vector<std::string> rateProblems_;
   std::string problem_;
   std::vector<Question> questions_;
-  std::vector<const StatementRow*> rows_;
+  std::vector<std::uint32_t> rows_;  ///< of the preview, by line
   /// Answers of the market that arrive when this is gone find it gone.
   std::shared_ptr<StatementPreviewController*> self_;
 };

@@ -1,17 +1,20 @@
 // From the cells of a statement to what would be recorded.
 #pragma once
 
+#include <set>
+#include <string>
 #include <vector>
 
-#include "exchange/statements/statement_file.h"
-#include "exchange/statements/statement_rows.h"
+#include "exchange/reading/statement_file.h"
+#include "exchange/reading/statement_options.h"
+#include "exchange/reading/statement_rows.h"
 
 namespace corvane {
 
 /// The rows of a statement in the order in which they would be recorded, and what is to be known
 /// of them.
 struct StatementReading {
-  std::vector<StatementRow> rows;
+  StatementRows rows;
   /// Sentences: how days and numbers were read, what was rounded.
   std::vector<std::string> remarks;
   std::set<std::string> accounts;  ///< whose rows the file has

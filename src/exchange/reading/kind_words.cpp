@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "exchange/statements/statement_file.h"
+#include "exchange/reading/statement_table.h"
 #include "exchange/strict/cell_text.h"
 
 namespace corvane {
@@ -41,31 +41,28 @@ constexpr std::array<std::pair<std::string_view, StatementKind>, 26> standardWor
 
 }  // namespace
 
-const StatementTable::KindMatch& StatementTable::kindOf(const std::string& type) const {
-  const auto known = kinds_.find(type);
-  return known != kinds_.end() ? known->second : kinds_.emplace(type, matchOf(type)).first->second;
-}
-
-StatementTable::KindMatch StatementTable::matchOf(const std::string& type) const {
+StatementTable::KindMatch StatementTable::matchOf(std::string_view type) const {
   KindMatch best;
   bool isTie = false;
   const auto rank = [](const KindRule& of) {
     return std::pair(!of.pattern.hasWildcards(), of.pattern.literalLength());
   };
-  for (const KindRule& rule : layout_->kinds) {
+  best.plan = &plan();
+  for (std::size_t i = 0; i < layout_->kinds.size(); ++i) {
+    const KindRule& rule = layout_->kinds[i];
     auto captures = rule.pattern.match(type);
     if (!captures) {
       continue;
     }
     if (best.rule == nullptr || rank(*best.rule) < rank(rule)) {
-      best = {&rule, rule.kind, std::move(*captures)};
+      best = {&rule, plans_[i + 1].get(), rule.kind, std::move(*captures)};
       isTie = false;
     } else if (rank(*best.rule) == rank(rule)) {
       isTie = isTie || !haveSameResult(*best.rule, rule);
     }
   }
   if (isTie) {
-    return {};
+    return {.rule = nullptr, .plan = &plan(), .kind = std::nullopt, .captures = {}};
   }
   if (best.rule == nullptr) {
     best.kind = layout_->kind;

@@ -1,11 +1,12 @@
-#include "exchange/statements/statement_file.h"
+#include "exchange/reading/statement_file.h"
 
 #include <algorithm>
+#include <array>
+#include <limits>
 #include <map>
 #include <unordered_set>
 #include <utility>
 
-#include "exchange/csv/csv_parser.h"
 #include "exchange/strict/cell_text.h"
 #include "exchange/strict/closed_quotes.h"
 #include "exchange/strict/statement_error.h"
@@ -40,6 +41,33 @@ std::string_view lineAt(std::string_view text, std::size_t offset) {
   return text.substr(offset, std::min(text.find_first_of("\r\n", offset), text.size()) - offset);
 }
 
+/// The letters that cells of headings begin with. Most lines of a file begin with none of them.
+class FirstLetters {
+ public:
+  explicit FirstLetters(const std::unordered_set<std::string>& foldedCells) {
+    for (const std::string& cell : foldedCells) {
+      if (!cell.empty()) {
+        isFirst_[static_cast<unsigned char>(cell.front())] = true;
+      }
+    }
+  }
+
+  /// False where `line` begins with a letter of ASCII, quoted or not, that is none of them.
+  [[nodiscard]] bool mayBegin(std::string_view line) const {
+    line.remove_prefix(line.starts_with('"') ? 1 : 0);
+    if (line.empty() || line.front() <= ' ' || line.front() == '"' || line.front() == 0x7F) {
+      return true;  // also where it begins with a letter beyond ASCII, whose bytes are negative
+    }
+    const char first = line.front();
+    const bool isCapital = first >= 'A' && first <= 'Z';
+    return isFirst_[static_cast<unsigned char>(isCapital ? first + ('a' - 'A') : first)] ||
+           first == ',' || first == ';';
+  }
+
+ private:
+  std::array<bool, 256> isFirst_{};
+};
+
 /// The lines of `text` that begin with a cell of one of the headings.
 std::vector<HeadingLine> headingLines(std::string_view text,
                                       const std::vector<StatementProfile>& profiles) {
@@ -51,10 +79,16 @@ std::vector<HeadingLine> headingLines(std::string_view text,
       }
     }
   }
+  const FirstLetters letters(firstCells);
   std::vector<HeadingLine> found;
   std::uint32_t number = 1;
   for (std::size_t offset = 0; offset < text.size(); ++number) {
     const std::string_view line = lineAt(text, offset);
+    if (!letters.mayBegin(line)) {
+      offset += line.size();
+      offset += text.substr(offset).starts_with("\r\n") ? 2 : 1;
+      continue;
+    }
     std::string_view first = trimmedCell(line.substr(0, line.find_first_of(",;\t")));
     if (first.starts_with('"')) {
       first.remove_prefix(1);
@@ -245,17 +279,17 @@ std::vector<std::string> remarksOn(const Candidate& candidate) {
 }
 
 bool matchesRule(const RowRule& rule, const StatementTable& table,
-                 const std::vector<std::string>& cells) {
+                 const std::vector<std::string_view>& cells) {
   return std::ranges::all_of(rule.columns, [&](const auto& entry) {
     const auto column = table.column(entry.first);
     const std::string_view cell =
-        column && *column < cells.size() ? std::string_view(cells[*column]) : std::string_view();
+        column && *column < cells.size() ? cells[*column] : std::string_view();
     return std::ranges::any_of(
         entry.second, [&](const TextPattern& pattern) { return pattern.match(cell).has_value(); });
   });
 }
 
-/// Puts the rows of a file under the headings that they stand below.
+/// Finds where the rows of a file stand, and under which headings.
 class RowSorter {
  public:
   RowSorter(StatementFile& file, const Candidate& candidate) : file_(file), candidate_(candidate) {
@@ -267,86 +301,74 @@ class RowSorter {
     }
   }
 
-  void take(std::uint32_t line, const CSVRow& row) {
-    std::vector<std::string> cells;
-    for (const std::string_view cell : row) {
-      const std::string_view text = trimmedCell(cell);
-      const bool isEmpty =
-          !text.empty() && std::ranges::find(file_.profile->emptyTexts, foldedText(text)) !=
-                               file_.profile->emptyTexts.end();
-      cells.emplace_back(isEmpty ? std::string_view() : text);
-    }
-    while (!cells.empty() && cells.back().empty()) {
-      cells.pop_back();
-    }
-    if (cells.empty()) {
+  /// Takes the row that starts at `offset`.
+  void take(std::size_t offset, const CSVRow& row) {
+    StatementCells::trim(row, *file_.profile, cells_);
+    if (cells_.empty()) {
       return;
     }
+    const std::uint32_t line = row.line();
     if (const auto heading = candidate_.tablesByLine.find(line);
         heading != candidate_.tablesByLine.end() && places_.contains(heading->second)) {
       open(places_.at(heading->second));
       return;
     }
-    const auto table = tableOf(cells);
+    const auto table = tableOf();
     if (!table) {
-      file_.apart.push_back(rowApart(line, "it belongs to no table that is read"));
+      file_.apart.addApart(line, RowVerdict::leftOut, "it belongs to no table that is read");
+      isLastRowKept_ = false;
       return;
     }
-    if (continuesLastRow(*table, cells)) {
+    if (continuesLastRow(*table)) {
       return;
     }
+    isLastRowKept_ = false;
     const std::size_t width = file_.tables[*table].width();
-    if (cells.size() > width) {
-      StatementRow refused =
-          rowApart(line, std::to_string(cells.size()) + " cells, but the heading has " +
-                             std::to_string(width) + ".");
-      refused.verdict = RowVerdict::refused;
-      if (!hasDay(*table, cells)) {
+    const bool isDated = hasDay(*table);
+    if (cells_.size() > width) {
+      if (!isDated) {
         dayless_.push_back(file_.apart.size());
       }
-      file_.apart.push_back(std::move(refused));
+      file_.apart.addApart(line, RowVerdict::refused,
+                           std::to_string(cells_.size()) + " cells, but the heading has " +
+                               std::to_string(width) + ".");
       return;
     }
-    lastDay_ = hasDay(*table, cells) ? line : lastDay_;
-    cells.resize(width);
+    lastDay_ = isDated ? line : lastDay_;
     for (const RowRule& rule : file_.tables[*table].layout().ignore) {
-      if (matchesRule(rule, file_.tables[*table], cells)) {
-        file_.apart.push_back(
-            rowApart(line, rule.why.empty() ? "the layout leaves it out" : rule.why));
+      if (matchesRule(rule, file_.tables[*table], cells_)) {
+        file_.apart.addApart(
+            line, RowVerdict::leftOut,
+            rule.why.empty() ? std::string_view("the layout leaves it out") : rule.why);
         return;
       }
     }
-    file_.rows.push_back({line, *table, std::move(cells)});
+    file_.rows.push_back({.offset = static_cast<std::uint32_t>(offset),
+                          .line = line,
+                          .table = static_cast<std::uint16_t>(*table),
+                          .continuations = 0});
+    isLastRowKept_ = true;
   }
 
   /// To be called behind the last row: rows without a day at the end are below the table, however
   /// many cells they have.
   void finish() {
     for (const std::size_t place : dayless_) {
-      if (file_.apart[place].line > lastDay_) {
-        file_.apart[place] = rowApart(file_.apart[place].line, "below the table");
+      if (file_.apart.line(place) > lastDay_) {
+        file_.apart.stop(place, {.verdict = RowVerdict::leftOut, .reason = "below the table"});
       }
     }
+    file_.rows.shrink_to_fit();
   }
 
  private:
-  static StatementRow rowApart(std::uint32_t line, std::string reason) {
-    StatementRow row;
-    row.line = line;
-    row.verdict = RowVerdict::leftOut;
-    row.reason = std::move(reason);
-    return row;
-  }
-
-  [[nodiscard]] bool hasDay(std::size_t table, const std::vector<std::string>& cells) const {
-    const auto& fields = file_.tables[table].layout().fields;
-    const auto date = fields.find("date");
-    return date != fields.end() &&
-           std::ranges::any_of(date->second, [&](const FieldSource& source) {
-             const auto column = file_.tables[table].column(source.column);
-             return column && *column < cells.size() &&
-                    cells[*column].find_first_of("0123456789") != std::string::npos;
-           });
+  [[nodiscard]] bool hasDay(std::size_t table) const {
+    const auto& sources =
+        file_.tables[table].plan().sources[static_cast<std::size_t>(RowField::date)];
+    return std::ranges::any_of(sources, [&](const StatementTable::Source& source) {
+      return source.column && *source.column < cells_.size() &&
+             cells_[*source.column].find_first_of("0123456789") != std::string_view::npos;
+    });
   }
 
   void open(std::size_t table) {
@@ -355,128 +377,166 @@ class RowSorter {
     } else {
       current_ = table;
     }
+    isLastRowKept_ = false;
   }
 
-  [[nodiscard]] std::optional<std::size_t> tableOf(const std::vector<std::string>& cells) const {
+  [[nodiscard]] std::optional<std::size_t> tableOf() const {
     for (const std::size_t table : open_) {
-      if (matchesRule(*file_.tables[table].layout().only, file_.tables[table], cells)) {
+      if (matchesRule(*file_.tables[table].layout().only, file_.tables[table], cells_)) {
         return table;
       }
     }
     return current_;
   }
 
-  /// A cell that went on in a line of its own is put together.
-  bool continuesLastRow(std::size_t table, const std::vector<std::string>& cells) {
-    if (file_.profile->continued.empty() || file_.rows.empty()) {
+  /// A cell that went on in a line of its own belongs to the row before, or to none where that is
+  /// left out.
+  bool continuesLastRow(std::size_t table) {
+    if (!StatementCells::continuedColumn(*file_.profile, file_.tables[table], cells_)) {
       return false;
     }
-    const auto column = file_.tables[table].column(file_.profile->continued);
-    if (!column || *column >= cells.size() || cells[*column].empty()) {
-      return false;
+    if (isLastRowKept_ &&
+        file_.rows.back().continuations < std::numeric_limits<std::uint16_t>::max()) {
+      ++file_.rows.back().continuations;
     }
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-      if (i != *column && !cells[i].empty()) {
-        return false;
-      }
-    }
-    file_.rows.back().cells[*column] += cells[*column];
-    return true;
+    return !file_.rows.empty();
   }
 
   StatementFile& file_;
   const Candidate& candidate_;
   std::map<std::size_t, std::size_t> places_;  ///< of the layout's tables among the file's
+  std::vector<std::string_view> cells_;        ///< of the row that is taken
   std::vector<std::size_t> open_;
   std::optional<std::size_t> current_;
   std::vector<std::size_t> dayless_;  ///< rows that are too long and have no day
   std::uint32_t lastDay_ = 0;         ///< the last line with a day
+  bool isLastRowKept_ = false;
 };
+
+/// Decodes `bytes` for `file`, as far as need be.
+void setText(StatementFile& file, std::string_view bytes, TextEncoding otherwise) {
+  if (const auto plain = plainStatement(bytes)) {
+    file.text = *plain;
+    file.encoding = TextEncoding::utf8;
+    return;
+  }
+  StatementText decoded = decodedStatement(bytes, otherwise);
+  file.decoded = std::make_unique<const std::string>(std::move(decoded.text));
+  file.text = *file.decoded;
+  file.encoding = decoded.encoding;
+}
 
 }  // namespace
 
-std::string_view displayName(RowVerdict verdict) {
-  switch (verdict) {
-    case RowVerdict::isNew:
-      return "new";
-    case RowVerdict::present:
-      return "already there";
-    case RowVerdict::perhapsPresent:
-      return "perhaps already there";
-    case RowVerdict::leftOut:
-      return "left out";
-    case RowVerdict::belongs:
-      return "belongs";
-    case RowVerdict::asks:
-      return "asks";
-    case RowVerdict::refused:
-      return "refused";
-    case RowVerdict::ledgerRefuses:
-      break;
-  }
-  return "the ledger refuses";
-}
-
-StatementTable::StatementTable(const StatementTableLayout& layout,
-                               const std::vector<std::string>& heading)
-    : layout_(&layout), width_(std::max(heading.size(), layout.heading.size())) {
-  for (std::size_t i = 0; i < heading.size(); ++i) {
-    columns_.emplace(foldedText(heading[i]), i);
-    columns_.emplace("#" + std::to_string(i + 1), i);
-  }
-  for (std::size_t i = heading.size(); i < width_; ++i) {
-    columns_.emplace("#" + std::to_string(i + 1), i);
-  }
-  // As the layout writes them, so that a look-up need not fold.
-  for (const std::string& name : layout.usedColumns()) {
-    if (const auto found = columns_.find(foldedText(name)); found != columns_.end()) {
-      columns_.emplace(name, found->second);
-    }
-  }
-}
-
-std::optional<std::size_t> StatementTable::column(std::string_view name) const {
-  const auto found = columns_.find(std::string(name));
-  return found == columns_.end() ? std::nullopt : std::optional(found->second);
-}
-
-StatementFile StatementFile::read(const std::string& bytes,
+StatementFile StatementFile::read(std::string_view bytes,
                                   const std::vector<StatementProfile>& profiles,
-                                  const std::optional<std::string>& profileId) {
+                                  const std::optional<std::string>& profileId,
+                                  const ProgressHandler& progress) {
   if (profileId &&
       std::ranges::find(profiles, *profileId, &StatementProfile::id) == profiles.end()) {
     throw StatementError(0, "", "There is no layout “" + *profileId + "”.");
   }
-  StatementText decoded = decodedStatement(bytes);
+  StatementFile file;
+  setText(file, bytes, TextEncoding::windowsLatin1);
   Candidate candidate;
   std::vector<HeadingLine> lines;
   for (int attempt = 0;; ++attempt) {
-    lines = headingLines(decoded.text, profiles);
+    lines = headingLines(file.text, profiles);
     candidate = recognised(profiles, lines, profileId);
     // The layout knows best which of the single-byte encodings its bank writes.
-    if (attempt > 0 || decoded.encoding != TextEncoding::windowsLatin1 ||
+    if (attempt > 0 || file.encoding != TextEncoding::windowsLatin1 ||
         candidate.profile->encoding == TextEncoding::windowsLatin1) {
       break;
     }
-    decoded = decodedStatement(bytes, candidate.profile->encoding);
+    setText(file, bytes, candidate.profile->encoding);
   }
-  StatementFile file;
   file.profile = candidate.profile;
-  file.encoding = decoded.encoding;
   file.remarks = remarksOn(candidate);
   const HeadingLine* first = nullptr;
   for (const auto& [table, heading] : candidate.headings) {
     first = first == nullptr || heading->number < first->number ? heading : first;
   }
+  file.delimiter = CSVDelimiter::guessed(lineAt(file.text, first->offset));
   RowSorter sorter(file, candidate);
-  const std::string_view text = std::string_view(decoded.text).substr(first->offset);
-  const auto unclosed =
-      parseRows(text, CSVDelimiter::guessed(lineAt(text, 0)), 0, std::nullopt,
-                [&](const CSVRow& row) { sorter.take(row.line() + first->number - 1, row); });
+  CSVRowReader reader(file.text, file.delimiter);
+  reader.moveTo(first->offset, first->number);
+  constexpr std::size_t rowsOfUpdate = 4096;
+  std::size_t offset = first->offset;
+  for (std::size_t count = 0; const auto row = reader.next(); ++count) {
+    sorter.take(offset, *row);
+    offset = reader.position();
+    if (progress && count % rowsOfUpdate == 0) {
+      progress(static_cast<double>(offset) / static_cast<double>(file.text.size()));
+    }
+  }
   sorter.finish();
-  requireClosedQuotes(decoded.text,
-                      unclosed ? std::optional(*unclosed + first->offset) : std::nullopt);
+  requireClosedQuotes(file.text, reader.unclosedQuote());
   return file;
+}
+
+StatementCells::StatementCells(const StatementFile& file)
+    : file_(file), reader_(file.text, file.delimiter) {}
+
+void StatementCells::trim(const CSVRow& row, const StatementProfile& profile,
+                          std::vector<std::string_view>& cells) {
+  cells.clear();
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    const std::string_view text = trimmedCell(row[i]);
+    const bool isEmpty =
+        !text.empty() && !profile.emptyTexts.empty() &&
+        std::ranges::find(profile.emptyTexts, foldedText(text)) != profile.emptyTexts.end();
+    cells.push_back(isEmpty ? std::string_view() : text);
+  }
+  while (!cells.empty() && cells.back().empty()) {
+    cells.pop_back();
+  }
+}
+
+std::optional<std::size_t> StatementCells::continuedColumn(
+    const StatementProfile& profile, const StatementTable& table,
+    const std::vector<std::string_view>& cells) {
+  if (profile.continued.empty()) {
+    return std::nullopt;
+  }
+  const auto column = table.column(profile.continued);
+  if (!column || *column >= cells.size() || cells[*column].empty()) {
+    return std::nullopt;
+  }
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    if (i != *column && !cells[i].empty()) {
+      return std::nullopt;
+    }
+  }
+  return column;
+}
+
+void StatementCells::goTo(std::size_t index) {
+  place_ = file_.rows[index];
+  if (reader_.position() != place_.offset) {
+    reader_.moveTo(place_.offset, place_.line);
+  }
+  const auto row = reader_.next();
+  trim(*row, *file_.profile, cells_);
+  cells_.resize(table().width());
+  if (place_.continuations > 0) {
+    takeContinuations();
+  }
+}
+
+void StatementCells::takeContinuations() {
+  keptCells_.assign(cells_.begin(), cells_.end());
+  for (std::size_t left = place_.continuations; left > 0;) {
+    const auto row = reader_.next();
+    if (!row) {
+      break;
+    }
+    trim(*row, *file_.profile, further_);
+    if (const auto column = continuedColumn(*file_.profile, table(), further_)) {
+      keptCells_[*column] += further_[*column];
+      --left;
+    }
+  }
+  std::ranges::copy(keptCells_, cells_.begin());
 }
 
 }  // namespace corvane

@@ -1,0 +1,39 @@
+#include "desktop/exchange/reading_progress.h"
+
+#include <QProgressDialog>
+
+#include "exchange/brokers/import_export_error.h"
+
+namespace corvane::desktop {
+
+ReadingProgress::~ReadingProgress() {
+  close();
+}
+
+void ReadingProgress::show(double fraction) {
+  constexpr int steps = 1000;
+  constexpr int patienceMilliseconds = 500;
+  if (fraction >= 1.0) {
+    close();
+    return;
+  }
+  if (dialog_ == nullptr) {
+    dialog_ = new QProgressDialog(text_, QStringLiteral("Cancel"), 0, steps, parent_);
+    dialog_->setWindowModality(Qt::ApplicationModal);
+    dialog_->setMinimumDuration(patienceMilliseconds);
+    dialog_->setAutoClose(false);
+    dialog_->setAutoReset(false);
+  }
+  dialog_->setValue(static_cast<int>(fraction * steps));  // lets events be handled once it is shown
+  if (dialog_ != nullptr && dialog_->wasCanceled()) {
+    close();
+    throw UserCancelledError();
+  }
+}
+
+void ReadingProgress::close() {
+  delete dialog_;
+  dialog_ = nullptr;
+}
+
+}  // namespace corvane::desktop

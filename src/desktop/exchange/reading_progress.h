@@ -1,0 +1,34 @@
+// How far a file has been read, once that takes long.
+#pragma once
+
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+class QProgressDialog;
+
+namespace corvane::desktop {
+
+/// Shows a bar with "Cancel" when work on the main thread takes more than half a second, and lets
+/// the window be drawn meanwhile. It is gone at the end of the work.
+class ReadingProgress {
+ public:
+  /// `parent` may go away earlier.
+  ReadingProgress(QString text, QWidget* parent) : text_(std::move(text)), parent_(parent) {}
+  ReadingProgress(const ReadingProgress&) = delete;
+  ReadingProgress& operator=(const ReadingProgress&) = delete;
+  ~ReadingProgress();
+
+  /// `fraction` is from 0 to 1, the end of the work. Throws UserCancelledError where the user has
+  /// cancelled.
+  void show(double fraction);
+
+ private:
+  void close();
+
+  QString text_;
+  QPointer<QWidget> parent_;
+  QPointer<QProgressDialog> dialog_;
+};
+
+}  // namespace corvane::desktop
