@@ -85,6 +85,8 @@ QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
     }
     case AttributedTextDelegate::attributedTextRole:
       return QVariant::fromValue(table_.cell(row, column));
+    case AttributedTextDelegate::briefTextRole:
+      return QVariant::fromValue(table_.briefCell(row, column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(alignmentOf(table_.columns()[column], table_.cell(row, column)));
     case Qt::FontRole:

@@ -12,7 +12,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int cellMargin = 7;
+constexpr int cellMargin = 6;
 
 QString cssOf(const TextStyle& style) {
   QString css;
@@ -27,6 +27,31 @@ QString cssOf(const TextStyle& style) {
     css += QStringLiteral("font-family:'%1';").arg(font.family());
   }
   return css;
+}
+
+double widthOf(const AttributedText& text, const QFont& font) {
+  double width = 0;
+  for (const TextRun& run : text.runs()) {
+    width += QFontMetricsF(theme::font(font, run.style)).horizontalAdvance(qtText(run.text));
+  }
+  return width;
+}
+
+/// The text of a cell as it fits into `width`.
+AttributedText fittingText(const QModelIndex& index, const QFont& font, double width) {
+  auto whole = index.data(AttributedTextDelegate::attributedTextRole).value<AttributedText>();
+  if (widthOf(whole, font) <= width) {
+    return whole;
+  }
+  auto brief = index.data(AttributedTextDelegate::briefTextRole).value<AttributedText>();
+  return brief.isEmpty() ? whole : brief;
+}
+
+/// The sentences of labels are the program's own, whatever script the names and figures in them are
+/// of.
+QString leftToRight(const QString& html) {
+  return html.isEmpty() ? html
+                        : QStringLiteral("<div dir=\"ltr\">") + html + QStringLiteral("</div>");
 }
 
 }  // namespace
@@ -49,14 +74,14 @@ AttributedLabel::AttributedLabel(QWidget* parent) : QLabel(parent) {
 
 void AttributedLabel::setAttributedText(const AttributedText& text) {
   text_ = text;
-  setText(richText(text));
+  setText(leftToRight(richText(text)));
   setAccessibleName(qtText(text.plainText()));
 }
 
 void AttributedLabel::changeEvent(QEvent* event) {
   QLabel::changeEvent(event);
   if (event->type() == QEvent::PaletteChange && !text_.isEmpty()) {
-    setText(richText(text_));
+    setText(leftToRight(richText(text_)));
   }
 }
 
@@ -126,8 +151,9 @@ void AttributedTextDelegate::paint(QPainter* painter, const QStyleOptionViewItem
   style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
   const bool isSelected = cell.state.testFlag(QStyle::State_Selected);
   const QColor colour = cell.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
-  drawLine(*painter, QRectF(cell.rect).adjusted(cellMargin, 0, -cellMargin, 0),
-           value.value<AttributedText>(), cell.font, colour, cell.displayAlignment, !isSelected);
+  const QRectF area = QRectF(cell.rect).adjusted(cellMargin, 0, -cellMargin, 0);
+  drawLine(*painter, area, fittingText(index, cell.font, area.width()), cell.font, colour,
+           cell.displayAlignment, !isSelected);
 }
 
 QSize AttributedTextDelegate::sizeHint(const QStyleOptionViewItem& option,
@@ -136,11 +162,7 @@ QSize AttributedTextDelegate::sizeHint(const QStyleOptionViewItem& option,
   if (!value.canConvert<AttributedText>()) {
     return QStyledItemDelegate::sizeHint(option, index);
   }
-  const auto text = value.value<AttributedText>();
-  double width = 0;
-  for (const TextRun& run : text.runs()) {
-    width += QFontMetricsF(theme::font(option.font, run.style)).horizontalAdvance(qtText(run.text));
-  }
+  const double width = widthOf(value.value<AttributedText>(), option.font);
   return {qRound(width) + 2 * cellMargin + 2, QFontMetrics(option.font).height() + 10};
 }
 

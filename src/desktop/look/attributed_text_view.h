@@ -25,11 +25,13 @@ class AttributedLabel : public QLabel {
   AttributedText text_;
 };
 
-/// Draws the cells of a table whose model answers attributedTextRole, on one line that ends in an
-/// ellipsis where it is too long.
+/// Draws the cells of a table whose model answers attributedTextRole, on one line. Where it is too
+/// long, the shorter form stands there that briefTextRole may answer with, or it ends in an
+/// ellipsis.
 class AttributedTextDelegate : public QStyledItemDelegate {
  public:
   static constexpr int attributedTextRole = Qt::UserRole + 1;
+  static constexpr int briefTextRole = Qt::UserRole + 2;
 
   using QStyledItemDelegate::QStyledItemDelegate;
   void paint(QPainter* painter, const QStyleOptionViewItem& option,

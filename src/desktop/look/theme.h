@@ -30,6 +30,10 @@ namespace theme {
 /// change as QEvent::PaletteChange.
 void apply(QApplication& application, Appearance appearance, Contrast contrast = Contrast::normal);
 
+/// The size of the body text in points, in place of the one that the desktop has chosen. To be
+/// called before the first apply().
+void setBodySize(double points);
+
 /// What is applied now.
 [[nodiscard]] Appearance appearance();
 [[nodiscard]] Contrast contrast();

@@ -287,6 +287,16 @@ std::string ScenarioDetailDataSource::dateText(Date date) const {
   return date == Date::distantPast() ? "—" : dateFormatter_.string(date);
 }
 
+AttributedText ScenarioDetailDataSource::briefCell(std::size_t row, std::size_t column) const {
+  const Date date = rowAt(row).settlementDate();
+  if (columns().at(column).identifier != "date" || date == Date::distantPast()) {
+    return {};
+  }
+  DateFormatter brief = dateFormatter_;
+  brief.dateStyle = DateFormatter::Style::shortStyle;
+  return AttributedText(brief.string(date));
+}
+
 std::optional<AttributedText> ScenarioDetailDataSource::cellValue(std::string_view ident,
                                                                   std::size_t row) const {
   const Row& shown = rowAt(row);
