@@ -167,9 +167,14 @@ int run(int argumentCount, char** arguments) {
   QApplication::setApplicationName(QStringLiteral("corvane"));
   QApplication::setApplicationDisplayName(QStringLiteral("Corvane"));
   QApplication::setDesktopFileName(QStringLiteral("corvane"));
+  if (line.renderFolder && line.renderFontSize) {
+    theme::setBodySize(*line.renderFontSize);
+  }
   const SystemAppearance system(
       [&](Appearance now, Contrast contrast) { theme::apply(application, now, contrast); });
-  theme::prepare(system.appearance(), system.contrast());
+  theme::prepare(system.appearance(), line.renderFolder && line.rendersHighContrast
+                                          ? Contrast::high
+                                          : system.contrast());
 
   if (line.usesSampleMarket) {
     // A look at the invented market changes nothing of the real thing, which opens what it had

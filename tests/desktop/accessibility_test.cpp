@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QComboBox>
 #include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -77,15 +78,53 @@ TEST_F(Accessibility, HasANameForEverythingOnEveryScreen) {
 
   // Sheets and menus are looked at while they are open, and screens have their controls.
   const int bare = controlsOf.at("start-light");
-  for (const std::string screen :
-       {"settings", "menu-edit", "search-matches", "form-transaction-buy-1000x640",
-        "form-bulk-transactions-1000x640", "panel-export", "sheet-export-fields", "alert-delete",
-        "chart-data", "window-help", "keyboard-shortcuts", "portfolio-1-retirement-gains",
-        "equity-1-cto60-history", "equity-1-cto60-scenario"}) {
+  for (const std::string screen : {"settings",
+                                   "menu-edit",
+                                   "search-matches",
+                                   "form-transaction-buy-1000x640",
+                                   "form-bulk-transactions-1000x640",
+                                   "form-import-fields",
+                                   "form-new-portfolio-random",
+                                   "form-statement",
+                                   "form-statement-imports",
+                                   "panel-export",
+                                   "panel-import",
+                                   "sheet-export-fields",
+                                   "alert-delete",
+                                   "chart-data",
+                                   "window-help",
+                                   "keyboard-shortcuts",
+                                   "portfolio-1-retirement-gains",
+                                   "portfolio-1-retirement-explanation",
+                                   "equity-1-cto60-history",
+                                   "equity-1-cto60-scenario",
+                                   "equity-1-cto60-scenario-heat-map",
+                                   "equity-1-cto60-scenario-batch-each-day-in-period",
+                                   "reports-roles"}) {
     ASSERT_TRUE(controlsOf.contains(screen + "-light")) << screen << " is not drawn";
     EXPECT_GT(controlsOf.at(screen + "-light"), bare) << screen;
   }
   EXPECT_TRUE(controlsOf.contains("empty-portfolio-dark"));
+}
+
+TEST(AccessibilityOfAWindow, LacksTheNameOfABoxThatOnlyTellsItsValue) {
+  QDialog window;
+  window.setWindowTitle(QStringLiteral("Form"));
+  auto* column = new QVBoxLayout(&window);
+  auto* unnamed = new QComboBox;
+  auto* named = new QComboBox;
+  named->setAccessibleName(QStringLiteral("Interval"));
+  for (QComboBox* box : {unnamed, named}) {
+    box->addItem(QStringLiteral("1 day"));
+    column->addWidget(box);
+  }
+  window.show();
+  AccessibilityWalk walk;
+  walk.walk(window);
+  EXPECT_EQ(walk.controlCount, 3) << "the window and its boxes";
+  EXPECT_THAT(walk.unnamed, ::testing::SizeIs(1));
+  EXPECT_EQ(nameOf(*QAccessible::queryAccessibleInterface(named)), QStringLiteral("Interval"));
+  EXPECT_TRUE(nameOf(*QAccessible::queryAccessibleInterface(unnamed)).isEmpty());
 }
 
 TEST(AccessibilityOfAWindow, LacksWhatNobodyHasNamed) {

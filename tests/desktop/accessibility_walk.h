@@ -45,6 +45,20 @@ inline bool needsName(const QAccessibleInterface& control) {
   }
 }
 
+/// What `control` is called. A box with a choice gives its value for a name, and its name only
+/// through the label that belongs to it.
+inline QString nameOf(const QAccessibleInterface& control) {
+  if (control.role() != QAccessible::ComboBox) {
+    return control.text(QAccessible::Name);
+  }
+  for (const auto& [label, relation] : control.relations(QAccessible::Label)) {
+    if (const QString name = label->text(QAccessible::Name); !name.isEmpty()) {
+      return name;
+    }
+  }
+  return {};
+}
+
 inline bool hasLetters(const QString& name) {
   return std::any_of(name.begin(), name.end(), [](QChar c) { return c.isLetterOrNumber(); });
 }
@@ -76,7 +90,7 @@ class AccessibilityWalk {
     if (control == nullptr || !control->isValid() || control->state().invisible || depth > 40) {
       return;
     }
-    const QString name = control->text(QAccessible::Name);
+    const QString name = nameOf(*control);
     const bool isPart = isPartOfNamedField(*control);
     if (needsName(*control) && !isPart) {
       ++controlCount;
@@ -103,7 +117,7 @@ class AccessibilityWalk {
     const QAccessibleInterface* parent = control.parent();
     return parent != nullptr &&
            (parent->role() == QAccessible::SpinBox || parent->role() == QAccessible::ComboBox) &&
-           hasLetters(parent->text(QAccessible::Name));
+           hasLetters(nameOf(*parent));
   }
 
   static bool isSeparator(const QAccessibleInterface& control) {

@@ -28,6 +28,9 @@ TEST(CommandLine, TakesAWorkspaceAndOptionsInAnyOrder) {
   EXPECT_EQ(line.renderFolder, "out");
   EXPECT_EQ(parsed({}).workspace, std::nullopt);
   EXPECT_EQ(parsed({"--size", "1440x900"}).renderSize, QSize(1440, 900));
+  EXPECT_EQ(parsed({"--font-size", "16"}).renderFontSize, 16);
+  EXPECT_TRUE(parsed({"--high-contrast"}).rendersHighContrast);
+  EXPECT_FALSE(parsed({}).rendersHighContrast);
 }
 
 TEST(CommandLine, SaysWhatIsWrong) {
@@ -37,6 +40,9 @@ TEST(CommandLine, SaysWhatIsWrong) {
   EXPECT_EQ(refusal({"--render"}).exitStatus, 2);
   for (const char* size : {"", "1440", "1440x", "14x9", "1440x900x2", "99999x99999"}) {
     EXPECT_EQ(refusal({"--size", size}).exitStatus, 2) << size;
+  }
+  for (const char* points : {"", "large", "5.9", "37"}) {
+    EXPECT_EQ(refusal({"--font-size", points}).exitStatus, 2) << points;
   }
   EXPECT_EQ(refusal({"--version"}).text, "Corvane 1.2");
   EXPECT_EQ(refusal({"--help"}).exitStatus, 0);

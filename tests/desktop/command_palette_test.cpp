@@ -64,6 +64,36 @@ TEST_F(CommandPaletteBox, OffersTheMenusAsTheyAreWithTheirShortcuts) {
   EXPECT_TRUE(rows.filter("Palette").isEmpty());
 }
 
+TEST_F(CommandPaletteBox, HasEveryCommandOfTheWindow) {
+  window->show();
+  ASSERT_TRUE(DesktopWorld::show(*window, world.addPortfolio(*window, "Home")));
+  window->openCommandPalette(CommandPaletteDialog::Contents::everything);
+  const QStringList rows = rowsOf(*openDialog<CommandPaletteDialog>(*window));
+  const auto isInHiddenMenu = [](const QAction& action) {
+    const QObjectList places = action.associatedObjects();
+    return std::any_of(places.begin(), places.end(), [](QObject* place) {
+      const auto* menu = qobject_cast<QMenu*>(place);
+      return menu != nullptr && !menu->menuAction()->isVisible();
+    });
+  };
+  int commands = 0;
+  for (const QAction* action : window->findChildren<QAction*>()) {
+    const QString text = action->text().section('\t', 0, 0).remove(QLatin1Char('&')).trimmed();
+    const QWidget* place = qobject_cast<const QWidget*>(action->parent());
+    // Screens that are not seen have commands as well, and the palette itself is left out of it.
+    if (text.isEmpty() || !action->isVisible() || action->menu() != nullptr ||
+        isInHiddenMenu(*action) || text == "Command Palette…" ||
+        (place != nullptr && qobject_cast<const QMenu*>(place) == nullptr && !place->isVisible())) {
+      continue;
+    }
+    ++commands;
+    EXPECT_TRUE(std::any_of(rows.begin(), rows.end(),
+                            [&](const QString& row) { return row.startsWith(text); }))
+        << text.toStdString() << " of a " << action->parent()->metaObject()->className();
+  }
+  EXPECT_GT(commands, 40);
+}
+
 TEST_F(CommandPaletteBox, BringsMenusInLineThatNobodyHasOpened) {
   world.application.delegate().preferLocalTimeZone.set(true);
   window->openCommandPalette(CommandPaletteDialog::Contents::everything);

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
+#include <QDateEdit>
 #include <QHeaderView>
+#include <QLabel>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionSlider>
@@ -11,9 +13,12 @@
 #include <QTest>
 
 #include "desktop/charts/pie_chart_widget.h"
+#include "desktop/controls/dates_picker_view.h"
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/source_list_view.h"
 
@@ -81,6 +86,169 @@ TEST_F(Layout, AColumnThatTheUserSizedKeepsItsWidth) {
   EXPECT_EQ(table.columnWidth(column), 222);
   resize(1000, 900);
   EXPECT_EQ(table.columnWidth(column), 222);
+}
+
+TEST_F(Layout, TheSourceListMakesRoomForAnExplanationInANarrowWindow) {
+  showPortfolio();
+  resize(1000, 640);
+  auto& frame = DesktopWorld::frameOf(*window);
+  const auto* source = window->findChild<desktop::SourceView*>();
+  const auto days = window->workspaceView().portfolioView().findChildren<QDateEdit*>();
+  ASSERT_FALSE(days.isEmpty());
+  frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
+  QApplication::processEvents();
+  EXPECT_FALSE(source->isVisible());
+  for (const QDateEdit* day : days) {
+    EXPECT_GE(day->width(), day->sizeHint().width()) << "a day is cut";
+  }
+  frame.explanation.close();
+  EXPECT_TRUE(source->isVisible());
+
+  resize(1600, 900);
+  frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
+  EXPECT_TRUE(source->isVisible()) << "there is room for both";
+  frame.explanation.close();
+
+  resize(1000, 640);
+  menuItem(*window, "Show Source List")->trigger();
+  frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
+  frame.explanation.close();
+  EXPECT_FALSE(source->isVisible()) << "who has put it away has it back only by asking";
+}
+
+TEST_F(Layout, SelectorsTakeASecondLineOnlyWhereTheyMust) {
+  showPortfolio();
+  const auto* presets =
+      window->workspaceView().portfolioView().findChild<desktop::DatesPickerView*>();
+  ASSERT_NE(presets, nullptr);
+  resize(1000, 640);
+  EXPECT_EQ(presets->height(), presets->layout()->sizeHint().height()) << "there is room for one";
+  QWidget narrow;
+  auto* row = new desktop::FlowRow(&narrow);
+  for (int i = 0; i < 3; ++i) {
+    auto* box = new QWidget;
+    box->setFixedSize(100, 20);
+    row->addWidget(box);
+  }
+  const int gap = row->spacing();
+  EXPECT_EQ(row->sizeHint(), QSize(300 + 2 * gap, 20));
+  EXPECT_EQ(row->heightForWidth(300 + 2 * gap), 20);
+  EXPECT_EQ(row->heightForWidth(300), 40 + gap);
+  EXPECT_EQ(row->heightForWidth(150), 60 + 2 * gap);
+  narrow.resize(300, 100);
+  narrow.show();
+  EXPECT_EQ(row->itemAt(2)->geometry().topLeft(), QPoint(0, 20 + gap));
+}
+
+/// A table of one column whose text has a shorter form.
+class DatesOfARun : public TableModel {
+ public:
+  [[nodiscard]] const std::vector<TableColumn>& columns() const override {
+    static const std::vector<TableColumn> columns = {{.identifier = "date", .title = "Date"}};
+    return columns;
+  }
+  [[nodiscard]] std::size_t numberOfRows() const override { return 1; }
+  [[nodiscard]] AttributedText cell(std::size_t, std::size_t) const override {
+    return AttributedText("MMMMMMMMMMMMMMMMMMMM", {.colour = Colour::Name::systemRed});
+  }
+  [[nodiscard]] AttributedText briefCell(std::size_t, std::size_t) const override {
+    return AttributedText("MMM", {.colour = Colour::Name::systemBlue});
+  }
+};
+
+TEST(Tables, WriteWhatHasNoRoomInItsShorterForm) {
+  DatesOfARun dates;
+  desktop::TableModelAdapter adapter(dates);
+  TableView table(QStringLiteral("Dates"));
+  table.setTable(&adapter, dates);
+  const auto isDrawnIn = [&](Colour::Name name, int width) {
+    table.resize(width + 2 * table.frameWidth(), 200);
+    table.setColumnWidth(0, width);
+    const QColor wanted = desktop::theme::colour(name);
+    const QImage picture = table.viewport()->grab().toImage();
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) {
+        if (picture.pixelColor(x, y) == wanted) {
+          return true;
+        }
+      }
+    }
+    return false;
+  };
+  const int whole = table.neededWidth();
+  EXPECT_TRUE(isDrawnIn(Colour::Name::systemRed, whole));
+  EXPECT_FALSE(isDrawnIn(Colour::Name::systemBlue, whole));
+  EXPECT_TRUE(isDrawnIn(Colour::Name::systemBlue, whole / 2));
+  EXPECT_EQ(adapter.index(0, 0).data(Qt::AccessibleTextRole).toString(), "MMMMMMMMMMMMMMMMMMMM");
+}
+
+/// Text of the size that somebody chooses who sees little, as long as this lives.
+class LargeText {
+ public:
+  LargeText() {
+    QFont large = before_;
+    large.setPointSizeF(16);
+    QApplication::setFont(large);
+  }
+  ~LargeText() { QApplication::setFont(before_); }
+
+ private:
+  const QFont before_ = QApplication::font();
+};
+
+/// The texts of `form` that have less room than they need.
+std::vector<std::string> cutTexts(const QWidget& form) {
+  std::vector<std::string> cut;
+  for (const QLabel* label : form.findChildren<QLabel*>()) {
+    const QSize needed =
+        label->wordWrap() ? QSize(0, label->heightForWidth(label->width())) : label->sizeHint();
+    if (label->isVisible() && !label->text().isEmpty() &&
+        (label->width() < needed.width() || label->height() < needed.height())) {
+      cut.push_back(label->text().toStdString());
+    }
+  }
+  for (const QAbstractButton* button : form.findChildren<QAbstractButton*>()) {
+    if (button->isVisible() && button->width() < button->minimumSizeHint().width()) {
+      cut.push_back(button->text().toStdString());
+    }
+  }
+  return cut;
+}
+
+TEST(LargeTexts, AreCutInNoFormAndFormsFitASmallWindow) {
+  const LargeText large;
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  const auto portfolio = world.addPortfolio(*window, "Retirement");
+  window->setFixedSize(1000, 640);
+  window->show();
+  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  const auto look = [&](const std::string& name) {
+    QApplication::processEvents();
+    auto* form = openDialog<QDialog>(*window);
+    ASSERT_NE(form, nullptr) << name;
+    EXPECT_THAT(cutTexts(*form), ::testing::IsEmpty()) << name;
+    EXPECT_LE(form->width(), 1000) << name;
+    EXPECT_LE(form->height(), 640) << name;
+  };
+  menuItem(*window, "New Transaction")->trigger();
+  auto* entry = openDialog<desktop::EditTransactionDialog>(*window);
+  ASSERT_NE(entry, nullptr);
+  for (const TransactionModeEntry& mode : EditTransactionViewController::transactionModeEntries()) {
+    if (!mode.title.empty()) {
+      entry->form().chooseMode(mode.mode);
+      look(std::string(mode.title));
+    }
+  }
+  entry->reject();
+  QApplication::processEvents();
+  for (const char* command : {"New Portfolio", "Portfolio Details", "Settings",
+                              "Imports of Statements", "Keyboard Shortcuts"}) {
+    menuItem(*window, command)->trigger();
+    look(command);
+    openDialog<QDialog>(*window)->reject();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
 }
 
 TEST_F(Layout, AnEmptyWorkspaceAndPortfolioSayWhatToDo) {

@@ -173,6 +173,8 @@ TEST_F(TransactionFormsTest, FollowsTheEyeFromFieldToFieldInEveryMode) {
     form->form().typeInto(form->form().priorNumberOfSharesField, "1");
     form->form().typeInto(form->form().numberOfSharesField, "1");
     form->form().typeInto(form->form().totalAmountField, "1");
+    // The fields first, and then the sheet around them.
+    QApplication::processEvents();
     QApplication::processEvents();
     const std::vector<QWidget*> expected = inReadingOrder(*form);
     ASSERT_GE(expected.size(), 8U);

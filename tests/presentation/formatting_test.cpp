@@ -126,6 +126,15 @@ TEST_F(FormattingTest, WritesDateRangesInTheTimeOfTheExchange) {
   EXPECT_EQ(Formatting::quoteDateRangeText(bar, *equity_, defaults_), "May 3, 2021");
 }
 
+TEST_F(FormattingTest, WritesRangesShorterWhereThereIsLittleRoom) {
+  const auto brief = [this](Date from, Date to) {
+    return Formatting::briefDateRangeText({from, to}, *equity_, defaults_);
+  };
+  EXPECT_EQ(brief(at(3, 0, 0), at(8, 0, 0)), "May 3, 2021 → May 7, 2021");
+  EXPECT_EQ(brief(at(3, 0, 0), at(4, 0, 0)), "May 3, 2021");
+  EXPECT_EQ(brief(at(3, 9, 30), at(3, 16, 0)), "5/3/21, 9:30\u202FAM → 4:00\u202FPM");
+}
+
 TEST_F(FormattingTest, WritesDatesInLocalTimeWhereTheUserPrefersIt) {
   EXPECT_EQ(Formatting::equityDateFormatter(*equity_, defaults_).string(at(3, 9, 30)),
             "May 3, 2021 at 9:30:00\u202FAM EDT");

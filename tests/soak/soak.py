@@ -21,6 +21,11 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../
 from accessible_desktop import Failure, Screen, expect, wait_for  # noqa: E402
 
 FORM = "New Transaction"
+STATEMENT = "Import Statement"
+STATEMENT_COLUMNS = (
+    "Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;"
+    "Net Amount;Balance;Currency"
+)
 # What a program says when something has gone wrong inside of it.
 COMPLAINTS = re.compile(
     r"AddressSanitizer|UndefinedBehavior|runtime error|LeakSanitizer|Assertion|terminate called|"
@@ -40,6 +45,16 @@ class Paper:
     def record(self, entry):
         self.done.append(list(self.now))
         self.undone.clear()
+        self._add(entry)
+
+    def take_in(self, entries):
+        """As record(), of an import, which is not undone and with which nothing before it is."""
+        self.done.clear()
+        self.undone.clear()
+        for entry in entries:
+            self._add(entry)
+
+    def _add(self, entry):
         self.now.append(entry)
         self.now.sort(key=lambda each: each[0])
 
@@ -76,6 +91,7 @@ class Soak:
         self.file = os.path.join(screen.work, "Book.corvane")
         self.resident = []  # MiB at the end of each run, and how long it was
         self.started_at = 0.0
+        self.statements = 0
 
     # --- The window --------------------------------------------------------------------------
 
@@ -182,6 +198,124 @@ class Soak:
             self.screen.key("ctrl+shift+z")
             self.paper.redo()
             self.check_rows()
+
+    def import_statement(self):
+        """Credits of a bank go in, or are looked at and left."""
+        entries = {
+            (f"20{self.dice.randrange(10, 24)}-{self.dice.randrange(1, 13):02}-{self.dice.randrange(1, 29):02}",
+             self.dice.randrange(1, 10_000_000))
+            for _ in range(self.dice.randrange(1, 6))
+        } - set(self.paper.now)  # fmt: skip
+        self.statements += 1
+        file = os.path.join(self.screen.work, f"statement-{self.statements}.csv")
+        with open(file, "w", encoding="utf-8") as text:
+            print(STATEMENT_COLUMNS, file=text)
+            for order, (day, cents) in enumerate(sorted(entries, reverse=True)):
+                year, month, of_month = day.split("-")
+                amount = f"{cents // 100}.{cents % 100:02}"
+                print(
+                    f"{of_month}-{month}-{year} 07:00:15;{order};Credit;;;;1.0;{amount};0.00;0.00;"
+                    f"{amount};{amount};CAD",
+                    file=text,
+                )
+        self.show_ledger()
+        self.screen.key("ctrl+shift+i")
+        self.screen.window(STATEMENT)
+        self.screen.write(file)
+        self.screen.key("Return")
+        preview = wait_for(
+            "the lines of the statement",
+            lambda: next(
+                (w for w in self.sheets() if any(w.find_all("table", "Lines of the statement"))), None
+            ),
+        )
+        if not entries or self.dice.random() < 0.3:
+            self.close_sheets()
+        else:
+            go = f"Import {len(entries)} Row"
+            ready = wait_for(
+                f"a button “{go}…” that can be pressed",
+                lambda: next(
+                    (b for b in preview.find_all("push button")
+                     if b.name.startswith(go) and b.has("enabled")),
+                    None,
+                ),
+            )  # fmt: skip
+            ready.press()
+            self.screen.window("Corvane")
+            self.screen.key("Return")
+            self.screen.wait_until_gone("Corvane")
+            self.paper.take_in(sorted(entries))
+            self.show_all_days()
+        self.check_rows()
+
+    def show_all_days(self):
+        """After an import the screen shows the days of the statement."""
+        self.front()
+        for _ in range(10):
+            self.screen.click(button(self.window, "Range"))
+            time.sleep(0.5)
+            self.screen.key("Down", "Return")
+            time.sleep(0.5)
+            if find_button(self.window, "Range: All time") is not None:
+                return
+        raise Failure("the range “All time” is not taken")
+
+    def look_at_reports(self):
+        self.close_sheets()
+        self.front()
+        reports = [each.name for each in self.window.find("list", "Reports").find_all("list item")]
+        for name in self.dice.sample(reports, self.dice.randrange(1, len(reports) + 1)):
+            self.screen.click(next_item(self.window, name))
+            time.sleep(self.dice.random())
+            # Controls, figures and what they say about themselves.
+            self.screen.key(*["Tab"] * self.dice.randrange(1, 9))
+            self.screen.key(self.dice.choice(["Down", "Up", "space", "ctrl+shift+e", "ctrl+e"]))
+            time.sleep(0.3)
+            self.close_sheets()
+            self.screen.key("Escape")
+        self.show_ledger()
+        self.screen.key(self.dice.choice(["ctrl+4", "ctrl+5"]))
+        self.screen.key("ctrl+shift+e")
+        time.sleep(self.dice.random())
+        self.screen.key("Escape")
+        self.check_rows()
+
+    def try_strategies(self):
+        """A run or a batch of an equity on the watchlist, waited for or given up."""
+        self.close_sheets()
+        self.front()
+        self.screen.click(next_item(self.window, self.dice.choice(["CASTR", "CWRLD.TO", "0582.T"])))
+        self.screen.key(self.dice.choice(["ctrl+3", "ctrl+4"]))
+        button(self.window, "Run", "Cancel").press()
+        if self.dice.random() < 0.5:
+            button(self.window, "Run")
+        else:
+            time.sleep(self.dice.random() * 2)
+        for name in self.dice.sample(["Make Batch", "Heat Map", "Go to Detail"], 3):
+            shown = find_button(self.window, name)
+            if shown is not None and shown.has("enabled"):
+                shown.press()
+                time.sleep(self.dice.random())
+                self.close_sheets()
+        self.check_rows()
+
+    def change_settings(self):
+        """Those that change nothing of what the other acts rely on."""
+        self.close_sheets()
+        self.front()
+        self.screen.key("ctrl+comma")
+        settings = self.screen.window("Settings")
+        boxes = ["Dates in the local time zone", "Mark rows from the network", "Diagnostic tools"]
+        for name in self.dice.sample(boxes, self.dice.randrange(1, 4)):
+            settings.find("check box", name).press()
+        if self.dice.random() < 0.5:
+            self.screen.click(settings.find("combo box"))
+            time.sleep(0.5)
+            self.screen.key(self.dice.choice(["Home", "Down", "End"]), "Return")
+        press_button(settings, "Close")
+        self.screen.wait_until_gone("Settings")
+        self.check_rows()
 
     def look_around(self):
         items = list(self.window.find_all("list item"))
@@ -340,6 +474,8 @@ class Soak:
             self.record: 10, self.abandon_entry: 4, self.delete: 3, self.undo: 4, self.redo: 3,
             self.look_around: 8, self.open_and_close: 6, self.search: 2, self.refresh: 1,
             self.save: 4, self.revert: 1, self.kill: 1, self.kill_while_saving: 1, self.quit: 1,
+            self.import_statement: 3, self.look_at_reports: 3, self.try_strategies: 2,
+            self.change_settings: 2,
         }  # fmt: skip
         act = self.dice.choices(list(acts), weights=list(acts.values()))[0]
         self.counts[act.__name__] = self.counts.get(act.__name__, 0) + 1
@@ -361,14 +497,18 @@ def bring_to_front(start):
     subprocess.run(command, check=True)
 
 
+def find_button(window, *starts):
+    """The first button that is shown whose text begins with one of these; None without one."""
+    shown = window.find_all("push button")
+    return next((b for b in shown if b.name.replace("&", "").startswith(starts)), None)
+
+
+def button(window, *starts):
+    return wait_for(f"a button “{starts[0]}…”", lambda: find_button(window, *starts))
+
+
 def press_button(window, start):
-    wait_for(
-        f"a button “{start}…”",
-        lambda: next(
-            (b for b in window.find_all("push button") if b.name.replace("&", "").startswith(start)),
-            None,
-        ),
-    ).press()
+    button(window, start).press()
 
 
 def next_item(window, start):

@@ -10,7 +10,8 @@
 
 namespace corvane::desktop {
 
-/// corvane [WORKSPACE] [--sample-market] [--render DIR [--size WIDTHxHEIGHT]]
+/// corvane [WORKSPACE] [--sample-market] [--render DIR [--size WIDTHxHEIGHT] [--font-size POINTS]
+/// [--high-contrast]]
 struct CommandLine {
   std::optional<std::filesystem::path> workspace;
   /// Prices come from the invented market in the program, not from the network.
@@ -21,6 +22,9 @@ struct CommandLine {
   std::optional<std::filesystem::path> renderFolder;
   /// How large the window is whose screens are drawn.
   QSize renderSize{1280, 800};
+  /// The size of its text in points; none for the usual one.
+  std::optional<double> renderFontSize;
+  bool rendersHighContrast = false;
 
   /// What was typed wrongly, or asked for (`--help`, `--version`), with the status to exit with.
   struct Message {

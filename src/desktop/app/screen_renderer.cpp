@@ -6,8 +6,6 @@
 #include <QEventLoop>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QMenu>
-#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPixmap>
@@ -441,7 +439,7 @@ void ScreenRenderer::renderHover(const QString& name) {
   }
 }
 
-/// What opens over the window: the matches of a search, the menus, and an alert.
+/// The matches of a search.
 void ScreenRenderer::renderPopups() {
   const QString wanted = QStringLiteral("a");
   // The report of returns has such a box as well.
@@ -453,30 +451,19 @@ void ScreenRenderer::renderPopups() {
     search->startEditing();
     search->field().setText(wanted);
     const auto* matches = search->findChild<QWidget*>(QStringLiteral("equityPopup"));
+    const auto& box =
+        window_.workspaceView().controller().masterSourceViewController->equityComboBox;
     QElapsedTimer clock;
     clock.start();
-    waitUntil([&] { return matches->isVisible() || clock.hasExpired(searchMilliseconds); });
+    waitUntil([&] {
+      return (matches->isVisible() && !box.isSearching() && box.numberOfRows() > 0) ||
+             clock.hasExpired(searchMilliseconds);
+    });
     if (matches->isVisible()) {
       write(QStringLiteral("search-matches"));
     }
     search->field().clear();
     search->field().clearFocus();
-  }
-  for (QAction* item : window_.menuBar()->actions()) {
-    if (QMenu* menu = item->menu()) {
-      const QRect place = window_.menuBar()->actionGeometry(item);
-      menu->popup(window_.menuBar()->mapToGlobal(place.bottomLeft()));
-      write(QStringLiteral("menu-") + slug(item->text().remove(QLatin1Char('&'))));
-      menu->hide();
-    }
-  }
-  const MainSplitViewController& frame = window_.workspaceView().controller();
-  if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
-    frame.portfolioViewController->deletePortfolioAction();
-    write(QStringLiteral("alert-delete-portfolio"));
-    while (QDialog* alert = openDialog(window_)) {
-      alert->close();
-    }
   }
 }
 
@@ -490,6 +477,7 @@ void ScreenRenderer::renderForms() {
     }
   };
   render(QStringLiteral("form-new-portfolio"), [&] { frame.createPortfolioAction(); });
+  renderRandomPortfolio();
   using Palette = CommandPaletteDialog;
   render(QStringLiteral("command-palette"), [&] {
     window_.openCommandPalette(Palette::Contents::everything);
@@ -507,6 +495,7 @@ void ScreenRenderer::renderForms() {
     render(QStringLiteral("panel-export"),
            [&] { window_.workspaceView().portfolioExport().exportAction(); });
     renderFieldSetup();
+    renderImportFields();
     renderChartData();
     for (const QSize size : formSizes) {
       renderTransactionForms(size);

@@ -69,7 +69,9 @@ class ScreenRenderer {
   void renderTransactionForms(QSize size);
   void renderTransactionModes(const QString& sizeName);
   void renderBulkForm(const QString& sizeName);
+  void renderImportFields();
   void renderPopups();
+  void renderRandomPortfolio();
   /// Writes the window, and on it the dialog, the menu and the lists that are open.
   void write(const QString& name);
   /// As write(), of what is there at this moment.

@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -15,9 +17,12 @@
 #include "desktop/charts/chart_data_dialog.h"
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
+#include "desktop/exchange/field_setup_dialog.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
+#include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/workspace/workspace_view.h"
+#include "platform/system/file_manager.h"
 #include "platform/system/resources.h"
 
 namespace corvane::desktop {
@@ -103,6 +108,42 @@ void ScreenRenderer::renderFieldSetup() {
     sheet->reject();
   }
   panel->reject();
+}
+
+/// The form for a portfolio with what the diagnostic tools add to it.
+void ScreenRenderer::renderRandomPortfolio() {
+  auto form = window_.workspaceView().controller().makeCreatePortfolioForm([] {}, true);
+  if (EditPortfolioDialog* sheet = EditPortfolioDialog::open(&window_, std::move(form))) {
+    write(QStringLiteral("form-new-portfolio-random"));
+    sheet->reject();
+  }
+}
+
+/// The panel for the import of a file, and the sheet for its columns.
+void ScreenRenderer::renderImportFields() {
+  constexpr std::string_view rows =
+      "What,When,Amount,Currency\nDeposit,2026-03-22,500.00,CAD\nDeposit,2026-03-25,250.00,CAD\n";
+  const std::filesystem::path folder = files::makePrivateDirectory(files::temporaryDirectory());
+  files::writeAtomically(folder / "transactions.csv", rows);
+  for (QAction* command : window_.findChildren<QAction*>()) {
+    if (command->text().startsWith(QStringLiteral("&Import Transactions"))) {
+      command->trigger();
+    }
+  }
+  if (auto* panel = qobject_cast<QFileDialog*>(openDialog(window_))) {
+    write(QStringLiteral("panel-import"));
+    panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+        ->setText(qtPath(folder / "transactions.csv"));
+    static_cast<QDialog*>(panel)->accept();
+    const auto sheet = [this] { return qobject_cast<FieldSetupDialog*>(openDialog(window_)); };
+    if (waitUntil([&] { return sheet() != nullptr; })) {
+      write(QStringLiteral("form-import-fields"));
+      sheet()->reject();
+    } else {
+      hasFailed_ = true;
+    }
+  }
+  files::remove(folder);
 }
 
 void ScreenRenderer::renderWindows() {

@@ -9,6 +9,7 @@
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/window_shortcuts.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -74,14 +75,17 @@ DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
     interval_->addItem(qtText(label));
   }
 
-  auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
+  // The two days stay together where they do not fit beside the rest.
+  auto* range = new QWidget;
+  auto* days = new QHBoxLayout(range);
+  days->setContentsMargins(0, 0, 0, 0);
+  days->setSpacing(spacing::narrow);
+  days->addWidget(start_);
+  days->addWidget(new QLabel(QStringLiteral("–")));
+  days->addWidget(end_);
+  auto* row = new FlowRow(this);
   row->addWidget(presets_);
-  row->addWidget(start_);
-  auto* to = new QLabel(QStringLiteral("–"));
-  row->addWidget(to);
-  row->addWidget(end_);
+  row->addWidget(range);
   row->addWidget(interval_);
 
   connect(start_, &QDateEdit::dateChanged, this,

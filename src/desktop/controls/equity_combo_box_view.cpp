@@ -98,6 +98,7 @@ class EquityPopup : public QFrame {
     list_->setUniformItemSizes(true);
     list_->setFrameShape(QFrame::NoFrame);
     list_->setFocusPolicy(Qt::NoFocus);
+    list_->setMinimumHeight(1);  // as low as its rows are
     list_->setMouseTracking(true);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -88,6 +88,8 @@ QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
       return QVariant::fromValue(table_.cell(row, column));
     case AttributedTextDelegate::explainedRole:
       return table_.trailOf(row, column) != nullptr;
+    case AttributedTextDelegate::briefTextRole:
+      return QVariant::fromValue(table_.briefCell(row, column));
     case Qt::TextAlignmentRole:
       return QVariant::fromValue(alignmentOf(table_.columns()[column], table_.cell(row, column)));
     case Qt::FontRole:

@@ -11,6 +11,7 @@
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/busy_bar.h"
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -49,7 +50,8 @@ OverviewTab::OverviewTab(std::shared_ptr<OverviewViewController> controller, QWi
   leftColumn->addWidget(makePeriods());
   leftColumn->addWidget(chart, 1);
   auto* foot = new QHBoxLayout;
-  foot->addWidget(days_);
+  days_->setWordWrap(true);
+  foot->addWidget(days_, 1);
   foot->addWidget(note_);
   foot->addWidget(status_, 1);
   status_->setAlignment(Qt::AlignRight);
@@ -81,8 +83,7 @@ QWidget* OverviewTab::makePeriods() {
                      " color: palette(highlighted-text); border: none; border-radius: 3px;"
                      " padding: 5px %1px; font-weight: 600; }")
           .arg(chosenPadding));
-  auto* row = new QHBoxLayout(bar);
-  row->setContentsMargins(0, 0, 0, 0);
+  auto* row = new FlowRow(bar);
   row->setSpacing(2);
   int segment = 0;
   for (const auto& preset : OverviewViewController::periodPresets) {
@@ -98,10 +99,8 @@ QWidget* OverviewTab::makePeriods() {
     periods_->addButton(button, segment++);
     row->addWidget(button);
   }
-  row->addSpacing(spacing::narrow);
   fetching_->setFixedWidth(busyWidth);
   row->addWidget(fetching_);
-  row->addStretch(1);
   connect(periods_, &QButtonGroup::idToggled, this, [this](int chosen, bool isOn) {
     if (isOn && static_cast<std::size_t>(chosen) != controller_->selectedPeriod()) {
       controller_->selectPeriod(static_cast<std::size_t>(chosen));

@@ -20,6 +20,7 @@
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
+#include "desktop/look/theme.h"
 #include "presentation/portfolio/statement_preview_controller.h"
 
 namespace corvane::desktop {
@@ -214,7 +215,14 @@ QHBoxLayout* StatementDialog::makeChoices() {
 void StatementDialog::layOut() {
   summary_->setWordWrap(true);
   summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  questions_->addRow(answer_);
+  auto* heading = new QLabel(windowTitle());
+  heading->setFont(theme::font(1.3, QFont::DemiBold));
+  // The last row, behind the questions, which come and go.
+  auto* answerRow = new QHBoxLayout;
+  answerRow->addStretch();
+  answerRow->addWidget(answer_);
+  questions_->addRow(answerRow);
+  questions_->setContentsMargins(0, 0, 0, 0);
   questionBox_->setLayout(questions_);
   connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
 
@@ -235,6 +243,9 @@ void StatementDialog::layOut() {
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
   auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(spacing::section, spacing::wide, spacing::section, spacing::wide);
+  column->setSpacing(spacing::narrow);
+  column->addWidget(heading);
   column->addWidget(summary_);
   column->addWidget(questionBox_);
   column->addLayout(sources);

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/controls/table_view.h"
+#include "desktop/look/theme.h"
 
 namespace corvane::desktop {
 
@@ -20,6 +21,10 @@ StatementImportsDialog::StatementImportsDialog(std::unique_ptr<StatementImportsC
   setWindowModality(Qt::WindowModal);
   setAttribute(Qt::WA_DeleteOnClose);
   table_->setTable(rows_, *imports_);
+  table_->setPlaceholderText(
+      QStringLiteral("No statement has been imported into this portfolio yet."));
+  auto* heading = new QLabel(windowTitle());
+  heading->setFont(theme::font(1.3, QFont::DemiBold));
   auto* hint = new QLabel(
       QStringLiteral("Taking back an import deletes what it recorded, as far as it is still there "
                      "unchanged. That can be undone."));
@@ -33,11 +38,14 @@ StatementImportsDialog::StatementImportsDialog(std::unique_ptr<StatementImportsC
     }
   });
   auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(spacing::section, spacing::wide, spacing::section, spacing::wide);
+  column->setSpacing(spacing::narrow);
+  column->addWidget(heading);
   column->addWidget(hint);
   column->addWidget(table_, 1);
   column->addWidget(buttons);
   constexpr int width = 760;
-  constexpr int height = 360;
+  constexpr int height = 400;
   resize(width, height);
   imports_->changeHandler = [this] { showState(); };
   connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "desktop/controls/fitting_scroll_area.h"
 #include "desktop/look/check_mark.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
@@ -170,8 +171,10 @@ void SettingsDialog::layOut() {
   buttons->addStretch(1);
   buttons->addWidget(closing);
 
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(spacing::section, spacing::section, spacing::section, spacing::wide);
+  auto* content = new QWidget;
+  content->setFixedWidth(theme::widthOfLetters(lettersOfSettings));
+  auto* column = new QVBoxLayout(content);
+  column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(spacing::medium);
   column->addWidget(makeSection(QStringLiteral("Dates and tables")));
   column->addLayout(explained(
@@ -191,9 +194,15 @@ void SettingsDialog::layOut() {
       diagnosticTools_,
       QStringLiteral("Offers the source of prices, the log of what is asked of the network, and "
                      "portfolios with random transactions.")));
-  column->addSpacing(spacing::narrow);
-  column->addLayout(buttons);
-  setFixedWidth(theme::widthOfLetters(lettersOfSettings) + 2 * spacing::section);
+
+  const int around =
+      closing->sizeHint().height() + spacing::section + spacing::wide + spacing::medium;
+  auto* sheet = new QVBoxLayout(this);
+  sheet->setContentsMargins(spacing::section, spacing::section, spacing::section, spacing::wide);
+  sheet->setSpacing(spacing::medium);
+  sheet->addWidget(new FittingScrollArea(content, around));
+  sheet->addLayout(buttons);
+  sheet->setSizeConstraint(QLayout::SetFixedSize);
 }
 
 void SettingsDialog::showState() {

@@ -12,7 +12,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int cellMargin = 7;
+constexpr int cellMargin = 6;
 
 QString cssOf(const TextStyle& style) {
   QString css;
@@ -37,6 +37,23 @@ double widthOfRuns(const AttributedText& text, const QFont& font) {
   return width;
 }
 
+/// The text of a cell as it fits into `width`.
+AttributedText fittingText(const QModelIndex& index, const QFont& font, double width) {
+  auto whole = index.data(AttributedTextDelegate::attributedTextRole).value<AttributedText>();
+  if (widthOfRuns(whole, font) <= width) {
+    return whole;
+  }
+  auto brief = index.data(AttributedTextDelegate::briefTextRole).value<AttributedText>();
+  return brief.isEmpty() ? whole : brief;
+}
+
+/// The sentences of labels are the program's own, whatever script the names and figures in them are
+/// of.
+QString leftToRight(const QString& html) {
+  return html.isEmpty() ? html
+                        : QStringLiteral("<div dir=\"ltr\">") + html + QStringLiteral("</div>");
+}
+
 }  // namespace
 
 QString richText(const AttributedText& text) {
@@ -57,14 +74,14 @@ AttributedLabel::AttributedLabel(QWidget* parent) : QLabel(parent) {
 
 void AttributedLabel::setAttributedText(const AttributedText& text) {
   text_ = text;
-  setText(richText(text));
+  setText(leftToRight(richText(text)));
   setAccessibleName(qtText(text.plainText()));
 }
 
 void AttributedLabel::changeEvent(QEvent* event) {
   QLabel::changeEvent(event);
   if (event->type() == QEvent::PaletteChange && !text_.isEmpty()) {
-    setText(richText(text_));
+    setText(leftToRight(richText(text_)));
   }
 }
 
@@ -134,8 +151,9 @@ void AttributedTextDelegate::paint(QPainter* painter, const QStyleOptionViewItem
   style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
   const bool isSelected = cell.state.testFlag(QStyle::State_Selected);
   const QColor colour = cell.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
-  drawLine(*painter, QRectF(cell.rect).adjusted(cellMargin, 0, -cellMargin, 0),
-           value.value<AttributedText>(), cell.font, colour, cell.displayAlignment, !isSelected);
+  const QRectF area = QRectF(cell.rect).adjusted(cellMargin, 0, -cellMargin, 0);
+  drawLine(*painter, area, fittingText(index, cell.font, area.width()), cell.font, colour,
+           cell.displayAlignment, !isSelected);
   if (index.data(explainedRole).toBool()) {
     const QRectF line = textArea(cell.rect, cell.font, index);
     painter->save();
@@ -149,7 +167,7 @@ void AttributedTextDelegate::paint(QPainter* painter, const QStyleOptionViewItem
 QRectF AttributedTextDelegate::textArea(const QRectF& cell, const QFont& font,
                                         const QModelIndex& index) const {
   const QRectF area = cell.adjusted(cellMargin, 0, -cellMargin, 0);
-  const auto text = index.data(attributedTextRole).value<AttributedText>();
+  const AttributedText text = fittingText(index, font, area.width());
   const double width = std::min(widthOfRuns(text, font), area.width());
   const double height = QFontMetricsF(font).height();
   const auto alignment = index.data(Qt::TextAlignmentRole).value<Qt::Alignment>();

@@ -25,13 +25,14 @@ class AttributedLabel : public QLabel {
   AttributedText text_;
 };
 
-/// Draws the cells of a table whose model answers attributedTextRole, on one line that ends in an
-/// ellipsis where it is too long. Where the model answers explainedRole with true, the text is
-/// underlined with dots.
+/// Draws the cells of a table whose model answers attributedTextRole, on one line. Where it is too
+/// long, the shorter form stands there that briefTextRole may answer with, or it ends in an
+/// ellipsis. Where the model answers explainedRole with true, the text is underlined with dots.
 class AttributedTextDelegate : public QStyledItemDelegate {
  public:
   static constexpr int attributedTextRole = Qt::UserRole + 1;
   static constexpr int explainedRole = Qt::UserRole + 2;
+  static constexpr int briefTextRole = Qt::UserRole + 3;
 
   using QStyledItemDelegate::QStyledItemDelegate;
   void paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -1,5 +1,9 @@
 #include "desktop/look/corvane_style.h"
 
+#include <QAbstractScrollArea>
+#include <QComboBox>
+#include <QEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QStyleFactory>
@@ -127,8 +131,24 @@ QRect scrollBarPart(const QStyleOptionSlider& bar, QStyle::SubControl part) {
   }
 }
 
-void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
-  painter.fillRect(bar.rect, bar.palette.color(QPalette::Base));
+/// The colour behind what scrolls in `area`, if it is something that scrolls.
+QColor groundOf(const QWidget* area, const QStyleOption& option) {
+  const auto* scrolled = qobject_cast<const QAbstractScrollArea*>(area);
+  if (scrolled == nullptr) {
+    return option.palette.color(QPalette::Base);
+  }
+  const QWidget& ground = *scrolled->viewport();
+  return ground.palette().color(ground.backgroundRole());
+}
+
+/// What scrolls by `bar`, which stands in a container of its own.
+const QWidget* areaOf(const QWidget* bar) {
+  const QWidget* container = bar == nullptr ? nullptr : bar->parentWidget();
+  return container == nullptr ? nullptr : container->parentWidget();
+}
+
+void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter, const QColor& ground) {
+  painter.fillRect(bar.rect, ground);
   if (bar.maximum <= bar.minimum) {
     return;
   }
@@ -146,6 +166,40 @@ void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter) {
   painter.setBrush(thumb);
   painter.drawRoundedRect(shape, radius, radius);
   painter.restore();
+}
+
+/// A screen reader hears the value of a box as its name, and its name only from a label beside it.
+/// Where there is none, one that is not seen says it.
+void nameAloud(QComboBox& box) {
+  QWidget* parent = box.parentWidget();
+  if (parent == nullptr) {
+    return;
+  }
+  const QString spoken = QStringLiteral("spokenName");
+  // The panel for files has labels for its boxes, but does not say whose they are.
+  const QString ofPanel =
+      box.objectName().replace(QStringLiteral("Combo"), QStringLiteral("Label"));
+  for (QLabel* label : parent->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly)) {
+    if (label->buddy() == &box) {
+      if (label->objectName() == spoken) {
+        label->setText(box.accessibleName());
+      }
+      return;
+    }
+    if (!ofPanel.isEmpty() && label->objectName() == ofPanel && label->buddy() == nullptr) {
+      label->setBuddy(&box);
+      return;
+    }
+  }
+  if (box.accessibleName().isEmpty()) {
+    return;
+  }
+  auto* label = new QLabel(box.accessibleName(), parent);
+  label->setObjectName(spoken);
+  label->setTextFormat(Qt::PlainText);
+  label->hide();
+  label->setBuddy(&box);
+  QObject::connect(&box, &QObject::destroyed, label, &QObject::deleteLater);
 }
 
 std::optional<LineIcon> ownIcon(QStyle::StandardPixmap which) {
@@ -196,6 +250,45 @@ std::optional<LineIcon> ownIcon(QStyle::StandardPixmap which) {
 
 CorvaneStyle::CorvaneStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
 
+void CorvaneStyle::polish(QWidget* widget) {
+  QProxyStyle::polish(widget);
+  if (qobject_cast<QComboBox*>(widget) != nullptr) {
+    widget->installEventFilter(this);
+  }
+}
+
+void CorvaneStyle::unpolish(QWidget* widget) {
+  widget->removeEventFilter(this);
+  QProxyStyle::unpolish(widget);
+}
+
+bool CorvaneStyle::eventFilter(QObject* watched, QEvent* event) {
+  // By then it has its name, which a style that is asked for sizes early does not find yet.
+  if (event->type() == QEvent::Show) {
+    if (auto* box = qobject_cast<QComboBox*>(watched)) {
+      nameAloud(*box);
+    }
+  }
+  return QProxyStyle::eventFilter(watched, event);
+}
+
+void CorvaneStyle::drawControl(ControlElement element, const QStyleOption* option,
+                               QPainter* painter, const QWidget* widget) const {
+  const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+  if (element == CE_PushButtonLabel && button != nullptr && widget != nullptr &&
+      widget->property(fieldProperty).toBool()) {
+    drawItemText(painter, button->rect.adjusted(spacing::tight, 0, -spacing::tight, 0),
+                 Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, button->palette,
+                 button->state.testFlag(State_Enabled), button->text, QPalette::ButtonText);
+    return;
+  }
+  QProxyStyle::drawControl(element, option, painter, widget);
+  if (element == CE_PushButtonBevel && theme::contrast() == Contrast::high && button != nullptr &&
+      !button->features.testFlag(QStyleOptionButton::Flat)) {
+    drawFieldEdge(*option, *painter);
+  }
+}
+
 QSize CorvaneStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                      const QSize& size, const QWidget* widget) const {
   QSize made = QProxyStyle::sizeFromContents(type, option, size, widget);
@@ -219,7 +312,16 @@ void CorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
       }
       return;
     case PE_PanelScrollAreaCorner:
-      painter->fillRect(option->rect, option->palette.color(QPalette::Base));
+      painter->fillRect(option->rect, groundOf(widget, *option));
+      return;
+    case PE_PanelMenu:
+    case PE_FrameMenu:
+      QProxyStyle::drawPrimitive(element, option, painter, widget);
+      painter->save();
+      painter->setPen(theme::colour(Colour::Name::separator));
+      painter->setBrush(Qt::NoBrush);
+      painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+      painter->restore();
       return;
     case PE_FrameLineEdit:
     case PE_Frame:
@@ -235,7 +337,7 @@ void CorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOption
                                       QPainter* painter, const QWidget* widget) const {
   if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
       control == CC_ScrollBar && bar != nullptr) {
-    drawScrollBar(*bar, *painter);
+    drawScrollBar(*bar, *painter, groundOf(areaOf(widget), *option));
     return;
   }
   QProxyStyle::drawComplexControl(control, option, painter, widget);

@@ -12,8 +12,18 @@ namespace corvane::desktop {
 /// the text. Colours are those of theme.h at the time of drawing.
 class CorvaneStyle : public QProxyStyle {
  public:
+  /// The property of a button that stands among fields: its text begins where theirs do.
+  static constexpr const char* fieldProperty = "standsAmongFields";
+
   CorvaneStyle();
 
+  using QProxyStyle::polish;
+  using QProxyStyle::unpolish;
+  void polish(QWidget* widget) override;
+  void unpolish(QWidget* widget) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                   const QWidget* widget) const override;
   QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                          const QWidget* widget) const override;
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QPixmap>
 #include <algorithm>
+#include <optional>
 
 #include "desktop/look/corvane_style.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 Appearance current = Appearance::light;
 Contrast currentContrast = Contrast::normal;
+std::optional<double> bodySize;
 
 /// Text and lines further away from the background that they stand on, and the backgrounds, which
 /// are nearly white or nearly black, as they are.
@@ -71,7 +73,7 @@ QString styleSheet() {
   return QStringLiteral(
              "QTableView, QListView#sourceList { border: none; outline: none; }"
              "QHeaderView { background: %2; border: none; }"
-             "QHeaderView::section { background: %2; border: none; padding: 5px 7px;"
+             "QHeaderView::section { background: %2; border: none; padding: 5px 6px;"
              "  border-bottom: 1px solid %1; color: %3; }"
              "QTableCornerButton::section { background: %2; border: none; }"
              "QSplitter::handle { background: %1; }"
@@ -123,6 +125,9 @@ QFont bodyFont() {
     font.setFamily(installed({"Open Sans", "Noto Sans", "DejaVu Sans"}, font.family()));
     font.setPointSizeF(10);
   }
+  if (bodySize) {
+    font.setPointSizeF(*bodySize);
+  }
   return font;
 }
 
@@ -147,6 +152,10 @@ void complete(QApplication& application) {
 void apply(QApplication& application, Appearance appearance, Contrast contrast) {
   prepare(appearance, contrast);
   application.setStyleSheet(styleSheet());
+}
+
+void setBodySize(double points) {
+  bodySize = points;
 }
 
 Appearance appearance() {

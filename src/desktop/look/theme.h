@@ -36,6 +36,9 @@ void apply(QApplication& application, Appearance appearance, Contrast contrast =
 void prepare(Appearance appearance, Contrast contrast);
 /// To be called before anything is shown; does nothing where the style sheet is there.
 void complete(QApplication& application);
+/// The size of the body text in points, in place of the one that the desktop has chosen. To be
+/// called before the first apply().
+void setBodySize(double points);
 
 /// What is applied now.
 [[nodiscard]] Appearance appearance();

@@ -113,10 +113,19 @@ void PortfolioView::giveChartItsPlace() {
   chart_->setVisible(!hasOwnChart && !isNew);
   warning_->setVisible(!hasOwnChart && !controller_->warning().empty());
   assetRow_->setVisible(!hasOwnChart);
-  upper->setMaximumHeight(hasOwnChart ? upper->sizeHint().height() : QWIDGETSIZE_MAX);
+  // Of a splitter's parts no one asks how many lines they make of their width.
+  const int breadth = width() - 2 * spacing::wide;
+  const QLayout& lines = *upper->layout();
+  upper->setMinimumHeight(lines.totalMinimumHeightForWidth(breadth));
+  upper->setMaximumHeight(hasOwnChart ? lines.totalHeightForWidth(breadth) : QWIDGETSIZE_MAX);
   if (comesBack) {
     split_->setSizes(sharedHeights_);
   }
+}
+
+void PortfolioView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  giveChartItsPlace();
 }
 
 QWidget* PortfolioView::makeHeading() {
@@ -141,19 +150,22 @@ QWidget* PortfolioView::makeHeading() {
   texts->setSpacing(0);
   texts->addWidget(name_);
   texts->addWidget(value_);
-  texts->addWidget(summary_);
   auto* buttons = new QHBoxLayout;
   buttons->setSpacing(spacing::narrow);
   newTransaction_->setToolTip(QStringLiteral("Record what happened in this portfolio (Ctrl+T)"));
   buttons->addWidget(newTransaction_);
   buttons->addWidget(details_);
 
-  auto* heading = new QWidget;
-  auto* row = new QHBoxLayout(heading);
-  row->setContentsMargins(0, 0, 0, 0);
+  auto* row = new QHBoxLayout;
   row->addLayout(texts, 1);
   row->addLayout(buttons);
   row->setAlignment(buttons, Qt::AlignTop);
+  auto* heading = new QWidget;
+  auto* column = new QVBoxLayout(heading);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addLayout(row);
+  column->addWidget(summary_);
   return heading;
 }
 

@@ -37,6 +37,9 @@ class PortfolioView : public QWidget {
   /// What stands in place of the chart while nothing has been recorded.
   [[nodiscard]] FirstSteps& firstSteps() { return *firstSteps_; }
 
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
  private:
   QWidget* makeHeading();
   QWidget* makeSelectors();

@@ -7,7 +7,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSaveFile>
 #include <QToolButton>
@@ -15,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 
@@ -164,8 +164,9 @@ void ExplanationPanel::exportCSV() {
   QSaveFile file(path);
   const QByteArray bytes = QByteArray::fromStdString(controller_.csv());
   if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-    QMessageBox::warning(this, QStringLiteral("Export Explanation"),
-                         QStringLiteral("The explanation could not be written to “%1”.").arg(path));
+    showAlert(this, AlertKind::warning,
+              QStringLiteral("The explanation could not be written to “%1”.").arg(path), {},
+              {QStringLiteral("OK")});
   }
 }
 

@@ -101,6 +101,10 @@ HeatMapDialog::HeatMapDialog(std::unique_ptr<ScenarioHeatMap> map, QWidget* pare
     header->setSectionResizeMode(QHeaderView::Stretch);
     header->setFont(theme::font(theme::figureFactor));
   }
+  // With large text the table scrolls rather than that its figures are cut.
+  table_->horizontalHeader()->setMinimumSectionSize(
+      QFontMetrics(table_->font()).horizontalAdvance(QStringLiteral("+10.00% ▲")) +
+      spacing::narrow);
   note_->setWordWrap(true);
 
   auto* split = new QSplitter(Qt::Horizontal);

@@ -127,7 +127,7 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   auto* head = new QHBoxLayout;
   head->setContentsMargins(spacing::narrow, 0, 0, 0);
   head->addLayout(bar_);
-  head->addWidget(status_, 1);
+  head->addStretch(1);
   summary_->setContentsMargins(spacing::narrow, 0, 0, 0);
   auto* upper = new QWidget;
   auto* column = new QVBoxLayout(upper);
@@ -136,6 +136,7 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   column->addLayout(head);
   column->addWidget(summary_);
   column->addWidget(chart, 1);
+  column->addWidget(status_);
   return upper;
 }
 

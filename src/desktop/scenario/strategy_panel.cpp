@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/check_mark.h"
@@ -14,6 +15,8 @@
 
 namespace corvane::desktop {
 namespace {
+
+constexpr int leastFieldWidth = 88;
 
 QLabel* heading(const QString& text) {
   auto* label = new QLabel(text);
@@ -67,7 +70,10 @@ void StrategyPanel::addField(QGridLayout& grid, NumberEntry& entry, const QStrin
   auto* problem = new AttributedLabel;
   field->setAlignment(Qt::AlignRight);
   field->setFont(theme::monospacedFont());
-  field->setMinimumWidth(88);
+  field->setMinimumWidth(
+      std::max(leastFieldWidth,
+               QFontMetrics(field->font()).horizontalAdvance(QStringLiteral("CA$10,000.00")) +
+                   2 * spacing::narrow));
   field->setAccessibleName(accessibleName);
   label->setBuddy(field);
   problem->setWordWrap(true);

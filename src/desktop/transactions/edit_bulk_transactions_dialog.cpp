@@ -18,7 +18,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int bulkFieldWidth = 280;
+constexpr int lettersOfField = 42;
 
 }  // namespace
 
@@ -78,7 +78,7 @@ void EditBulkTransactionsDialog::layOut() {
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(spacing::narrow);
   grid->setVerticalSpacing(spacing::narrow);
-  grid->setColumnMinimumWidth(1, bulkFieldWidth);
+  grid->setColumnMinimumWidth(1, theme::widthOfLetters(lettersOfField));
   addDate(*grid, 0);
   addDate(*grid, 1);
   addBox(*grid, 2, equity_);

@@ -15,7 +15,9 @@
 #include <QVBoxLayout>
 
 #include "desktop/controls/equity_combo_box_view.h"
+#include "desktop/controls/fitting_scroll_area.h"
 #include "desktop/look/alert_box.h"
+#include "desktop/look/corvane_style.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/transactions/date_entry_view.h"
@@ -138,7 +140,9 @@ void EditTransactionDialog::layOut() {
   addModeMenu(*grid);
   addFields(*grid);
 
-  auto* middle = new QHBoxLayout;
+  auto* content = new QWidget;
+  auto* middle = new QHBoxLayout(content);
+  middle->setContentsMargins(0, 0, 0, 0);
   middle->setSpacing(spacing::wide);
   auto* left = new QVBoxLayout;
   left->setSpacing(spacing::narrow);
@@ -152,7 +156,9 @@ void EditTransactionDialog::layOut() {
   column->setContentsMargins(spacing::section, spacing::wide, spacing::section, spacing::wide);
   column->setSpacing(spacing::medium);
   column->addWidget(heading_);
-  column->addLayout(middle, 1);
+  const int around = heading_->sizeHint().height() + buttons_->sizeHint().height() +
+                     2 * (spacing::wide + spacing::medium);
+  column->addWidget(new FittingScrollArea(content, around), 1);
   connectButtons();
   column->addWidget(buttons_);
   column->setSizeConstraint(QLayout::SetFixedSize);
@@ -177,6 +183,7 @@ void EditTransactionDialog::addModeMenu(QGridLayout& grid) {
   }
   mode_->setMenu(menu);
   mode_->setAutoDefault(false);
+  mode_->setProperty(CorvaneStyle::fieldProperty, true);
   rows_.push_back(std::make_unique<EntryRow>(grid, mode_, mode_));
   rows_.back()->show("Type:", false);
 }

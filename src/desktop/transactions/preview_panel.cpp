@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -38,9 +39,10 @@ AttributedText wordsOf(const TransactionPreview& preview, const std::vector<std:
 
 PreviewPanel::PreviewPanel() : words_(new AttributedLabel) {
   setFrameShape(QFrame::StyledPanel);
-  setFixedWidth(panelWidth);
   auto* title = new QLabel(QStringLiteral("What this entry does"));
   title->setFont(theme::font(1, QFont::DemiBold));
+  setFixedWidth(
+      std::max(panelWidth, title->sizeHint().width() + 2 * (spacing::medium + frameWidth())));
   words_->setWordWrap(true);
   words_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   auto* column = new QVBoxLayout(this);

@@ -19,7 +19,7 @@
 namespace corvane::desktop {
 namespace {
 
-constexpr int lettersOfWidth = 37;
+constexpr int lettersOfWidth = 34;
 constexpr int mostPortfoliosShown = 6;  // before the list of portfolios scrolls
 
 std::vector<std::size_t> selectedRows(const QListView& view) {
@@ -85,7 +85,7 @@ SourceView::SourceView(std::shared_ptr<MainSplitViewController> frame, QWidget* 
       newPortfolio_->fontMetrics().horizontalAdvance(newPortfolio_->text()) + 2 * spacing::medium);
 
   auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(0, spacing::medium, 0, 0);
+  column->setContentsMargins(0, spacing::medium, 0, spacing::narrow);
   column->setSpacing(spacing::tight);
   addSearchBox(column);
   addHeading(column, QStringLiteral("Portfolios"), newPortfolio_);
@@ -137,7 +137,7 @@ void SourceView::addReports(QVBoxLayout* column) {
   reports_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   reports_->setStyleSheet(
       QStringLiteral("QListWidget { background: transparent; border: none; outline: none; }"
-                     "QListWidget::item { margin: 1px 8px; padding-left: 8px; border-radius: 6px; }"
+                     "QListWidget::item { margin: 1px 8px; padding-left: 5px; border-radius: 6px; }"
                      "QListWidget::item:selected { background: palette(highlight);"
                      " color: palette(highlighted-text); }"));
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
@@ -222,7 +222,7 @@ void SourceView::addPriceStatus(QVBoxLayout* column) {
   priceStatus_->setWordWrap(true);
   priceStatus_->setFont(theme::font(0.85));
   priceStatus_->setForegroundRole(QPalette::PlaceholderText);
-  priceStatus_->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, spacing::narrow);
+  priceStatus_->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, 0);
   column->addWidget(priceStatus_);
 }
 

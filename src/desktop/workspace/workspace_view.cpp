@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
@@ -91,9 +92,9 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
   split_->setCollapsible(2, false);
-  explanation_->setMinimumWidth(360);
+  explanation_->setMinimumWidth(std::max(360, theme::widthOfLetters(34)));
   explanation_->setMaximumWidth(720);
-  source_->setMinimumWidth(theme::widthOfLetters(28));
+  source_->setMinimumWidth(theme::widthOfLetters(22));
   source_->setMaximumWidth(theme::widthOfLetters(57));
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
@@ -106,9 +107,32 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
     }
   }
   reports_->taxYear().exportHandler = [this](const auto& exporter) { exportReport(exporter); };
+  explanation_->installEventFilter(this);
   changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
   segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
+}
+
+bool WorkspaceView::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == explanation_ &&
+      (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent)) {
+    shareRoomWithExplanation(event->type() == QEvent::ShowToParent);
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+/// In a narrow window the source list makes room for the explanation of a figure, rather than that
+/// the screen with the figure is squeezed.
+void WorkspaceView::shareRoomWithExplanation(bool isShown) {
+  if (isShown && !source_->isHidden()) {
+    const int needed =
+        source_->minimumWidth() + detail_->minimumSizeHint().width() + explanation_->minimumWidth();
+    hasSourceGivenWay_ = needed > width();
+    source_->setHidden(hasSourceGivenWay_);
+  } else if (!isShown && hasSourceGivenWay_) {
+    hasSourceGivenWay_ = false;
+    source_->show();
+  }
 }
 
 ScreenSurroundings WorkspaceView::surroundings() {
@@ -328,6 +352,8 @@ void WorkspaceView::addViewActions(QMenu* menu) {
           [this, sidebar] { sidebar->setChecked(source_->isVisible()); });
   QMenu* columns = menu->addMenu(QStringLiteral("&Columns"));
   connect(menu, &QMenu::aboutToShow, columns, [this, columns] { fillColumnsMenu(*columns); });
+  QMenu* screen = menu->addMenu(QStringLiteral("&This Screen"));
+  connect(menu, &QMenu::aboutToShow, screen, [this, screen] { fillScreenMenu(*screen); });
 }
 
 void WorkspaceView::addReportActions(QMenu* menu) {
@@ -382,6 +408,33 @@ void WorkspaceView::fillColumnsMenu(QMenu& menu) {
     if (choice->table().isVisible()) {
       choice->fillMenu(menu);
     }
+  }
+  menu.setEnabled(!menu.isEmpty());
+}
+
+/// What the context menus of the charts, tables and figures that are seen offer and no other menu
+/// does.
+void WorkspaceView::fillScreenMenu(QMenu& menu) {
+  qDeleteAll(menu.findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly));
+  menu.clear();
+  const auto isElsewhere = [](const QAction* action) {
+    const QObjectList places = action->associatedObjects();
+    return std::any_of(places.begin(), places.end(),
+                       [](QObject* place) { return qobject_cast<QMenu*>(place) != nullptr; });
+  };
+  for (QWidget* widget : detail_->findChildren<QWidget*>()) {
+    QList<QAction*> actions = widget->actions();
+    actions.removeIf([&](const QAction* action) {
+      return isElsewhere(action) || action->isSeparator() || action->menu() != nullptr;
+    });
+    if (actions.isEmpty() || !widget->isVisible()) {
+      continue;
+    }
+    // A figure needs no menu of its own: its commands say what they explain.
+    QMenu* to = qobject_cast<QLabel*>(widget) != nullptr || widget->accessibleName().isEmpty()
+                    ? &menu
+                    : menu.addMenu(widget->accessibleName());
+    to->addActions(actions);
   }
   menu.setEnabled(!menu.isEmpty());
 }

@@ -61,14 +61,19 @@ class WorkspaceView : public QWidget {
   void addPortfolioActions(QMenu* menu);
   void addViewActions(QMenu* menu);
 
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   [[nodiscard]] ScreenSurroundings surroundings();
+  void shareRoomWithExplanation(bool isShown);
   void showDetail();
   void perform(const MainSplitViewController::Segue& segue);
   void updateActions();
   void importStatement();
   void addFirstSteps();
   void fillColumnsMenu(QMenu& menu);
+  void fillScreenMenu(QMenu& menu);
   void addReportActions(QMenu* menu);
   /// Explains the figure that the keyboard is on, or else the one in the heading.
   void explainNumber();
@@ -88,6 +93,7 @@ class WorkspaceView : public QWidget {
   PortfolioView* portfolio_;
   ReportsView* reports_;
   ExplanationPanel* explanation_;
+  bool hasSourceGivenWay_ = false;  ///< to the explanation, and comes back behind it
   std::shared_ptr<PortfolioImport> import_;
   std::shared_ptr<PortfolioExport> export_;
   QAction* importAction_ = nullptr;

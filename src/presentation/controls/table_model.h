@@ -55,6 +55,11 @@ class TableModel {
   [[nodiscard]] virtual std::size_t numberOfRows() const = 0;
   /// The text of the cell in `row` and columns()[column]; empty where nothing is known.
   [[nodiscard]] virtual AttributedText cell(std::size_t row, std::size_t column) const = 0;
+  /// A shorter form of a cell for where the whole has no room; empty where there is none.
+  [[nodiscard]] virtual AttributedText briefCell(std::size_t /*row*/,
+                                                 std::size_t /*column*/) const {
+    return {};
+  }
   /// The background of a row that stands out; none for that of its place.
   [[nodiscard]] virtual std::optional<Colour> rowBackground(std::size_t /*row*/) const {
     return std::nullopt;

@@ -73,6 +73,16 @@ AttributedText HistoryTable::cell(std::size_t row, std::size_t column) const {
   return barColumns.at(column).cell({quotes_.at(row), quotes_.front(), *equity_, defaults_});
 }
 
+AttributedText HistoryTable::briefCell(std::size_t row, std::size_t column) const {
+  if (static_cast<BarColumn>(column) != BarColumn::date) {
+    return {};
+  }
+  const Quote& quote = quotes_.at(row);
+  return AttributedText(
+      Formatting::briefDateRangeText({quote.fromDate, quote.toDate}, *equity_, defaults_) +
+      (quote.isPartial ? " (incomplete)" : ""));
+}
+
 std::optional<Colour> HistoryTable::rowBackground(std::size_t row) const {
   if (!isMarked(row)) {
     return std::nullopt;

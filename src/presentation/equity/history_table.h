@@ -26,6 +26,7 @@ class HistoryTable : public TableModel {
   [[nodiscard]] const std::vector<TableColumn>& columns() const override;
   [[nodiscard]] std::size_t numberOfRows() const override { return quotes_.size(); }
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] AttributedText briefCell(std::size_t row, std::size_t column) const override;
   [[nodiscard]] std::optional<Colour> rowBackground(std::size_t row) const override;
   [[nodiscard]] std::string rowNote(std::size_t row) const override;
 

@@ -127,6 +127,13 @@ std::string ScenarioBatchDataSource::periodText(const BatchResult& result) const
   return batchPeriodText(result, equity_.get(), defaults_);
 }
 
+AttributedText ScenarioBatchDataSource::briefCell(std::size_t row, std::size_t column) const {
+  return columns().at(column).identifier != "date" || equity_ == nullptr
+             ? AttributedText()
+             : AttributedText(Formatting::briefDateRangeText(results().at(row)->dateRange, *equity_,
+                                                             defaults_));
+}
+
 std::optional<AttributedText> ScenarioBatchDataSource::cellValue(std::string_view ident,
                                                                  std::size_t row) const {
   return cellOf<BatchRow>(batchColumns, ident,

@@ -52,6 +52,7 @@ class ScenarioBatchDataSource : public ScenarioDataSource {
   [[nodiscard]] std::size_t numberOfRows() const override { return results().size(); }
   [[nodiscard]] std::optional<AttributedText> cellValue(std::string_view ident,
                                                         std::size_t row) const override;
+  [[nodiscard]] AttributedText briefCell(std::size_t row, std::size_t column) const override;
   void configureChart(FiscalChartView& chart) const override;
   void updateChart(FiscalChartView& chart) const override;
   [[nodiscard]] std::optional<std::size_t> rowForChartIndex(std::size_t index) const override;

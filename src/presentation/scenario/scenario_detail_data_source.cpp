@@ -316,6 +316,16 @@ std::string ScenarioDetailDataSource::dateText(Date date) const {
   return eventDayText(date, dateFormatter_);
 }
 
+AttributedText ScenarioDetailDataSource::briefCell(std::size_t row, std::size_t column) const {
+  const Date date = rowAt(row).settlementDate();
+  if (columns().at(column).identifier != "date" || date == Date::distantPast()) {
+    return {};
+  }
+  DateFormatter brief = dateFormatter_;
+  brief.dateStyle = DateFormatter::Style::shortStyle;
+  return AttributedText(brief.string(date));
+}
+
 std::optional<AttributedText> ScenarioDetailDataSource::cellValue(std::string_view ident,
                                                                   std::size_t row) const {
   return cellOf<EventLine>(eventLineColumns, ident,

@@ -44,6 +44,7 @@ class ScenarioDetailDataSource : public ScenarioDataSource {
   [[nodiscard]] std::size_t numberOfRows() const override;
   [[nodiscard]] std::optional<AttributedText> cellValue(std::string_view ident,
                                                         std::size_t row) const override;
+  [[nodiscard]] AttributedText briefCell(std::size_t row, std::size_t column) const override;
   void configureChart(FiscalChartView& chart) const override;
   void updateChart(FiscalChartView& chart) const override;
   /// The first row that was made on the quote.

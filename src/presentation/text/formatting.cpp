@@ -19,6 +19,42 @@ AttributedText coloured(const std::string& text, const Colour& colour) {
   return AttributedText(text, {.colour = colour});
 }
 
+/// How a range of days or times is written.
+struct RangeForm {
+  DateFormatter::Style days;
+  DateFormatter::Style dayOfTimes;
+  std::string_view lastTime;
+};
+
+std::string rangeText(const DateRange& range, const EquityInfo& equity,
+                      const UserDefaults& defaults, const RangeForm& form) {
+  using enum CalendarUnit;
+  DateFormatter formatter = Formatting::equityDateFormatter(equity, defaults);
+  formatter.timeStyle = DateFormatter::Style::none;
+  formatter.dateStyle = form.days;
+  const DateComponents length =
+      equity.calendar.dateComponents({day, second}, range.lower(), range.upper());
+  const int days = length.day().value_or(0);
+  if (days == 0) {
+    DateFormatter startTime = formatter;
+    startTime.localizedTemplate = "jjmm";
+    DateFormatter endTime = formatter;
+    endTime.localizedTemplate = form.lastTime;
+    formatter.dateStyle = form.dayOfTimes;
+    return formatter.string(range.lower()) + ", " + startTime.string(range.lower()) + " → " +
+           endTime.string(range.upper());
+  }
+  const std::string startText = formatter.string(range.lower());
+  if (length.second().value_or(0) < 1 && days < 2) {
+    return startText;
+  }
+  // The range is half-open: where it ends at an hour at which it could have begun, its last day is
+  // the one before. That is told of the end of a last session too, which several days of short bars
+  // end with: their text stops a day early.
+  const Date lastDay = equity.calendar.dateByAdding(day, -1, range.upper()).value_or(range.upper());
+  return startText + " → " + formatter.string(lastDay);
+}
+
 }  // namespace
 
 Formatting::Indicator Formatting::movementIndicator(const Decimal& change) {
@@ -101,30 +137,18 @@ DateFormatter Formatting::equityDateFormatter(const EquityInfo& equity,
 
 std::string Formatting::dateRangeText(const DateRange& range, const EquityInfo& equity,
                                       const UserDefaults& defaults) {
-  using enum CalendarUnit;
-  DateFormatter formatter = equityDateFormatter(equity, defaults);
-  formatter.timeStyle = DateFormatter::Style::none;
-  const std::string startText = formatter.string(range.lower());
+  return rangeText(range, equity, defaults,
+                   {.days = DateFormatter::Style::longStyle,
+                    .dayOfTimes = DateFormatter::Style::longStyle,
+                    .lastTime = "jjmmzzz"});
+}
 
-  const DateComponents length =
-      equity.calendar.dateComponents({day, second}, range.lower(), range.upper());
-  const int days = length.day().value_or(0);
-  if (days == 0) {
-    DateFormatter startTime = formatter;
-    startTime.localizedTemplate = "jjmm";
-    DateFormatter endTime = formatter;
-    endTime.localizedTemplate = "jjmmzzz";
-    return startText + ", " + startTime.string(range.lower()) + " → " +
-           endTime.string(range.upper());
-  }
-  if (length.second().value_or(0) < 1 && days < 2) {
-    return startText;
-  }
-  // The range is half-open: where it ends at an hour at which it could have begun, its last day is
-  // the one before. That is told of the end of a last session too, which several days of short bars
-  // end with: their text stops a day early.
-  const Date lastDay = equity.calendar.dateByAdding(day, -1, range.upper()).value_or(range.upper());
-  return startText + " → " + formatter.string(lastDay);
+std::string Formatting::briefDateRangeText(const DateRange& range, const EquityInfo& equity,
+                                           const UserDefaults& defaults) {
+  return rangeText(range, equity, defaults,
+                   {.days = DateFormatter::Style::mediumStyle,
+                    .dayOfTimes = DateFormatter::Style::shortStyle,
+                    .lastTime = "jjmm"});
 }
 
 std::string Formatting::quoteDateRangeText(const Quote& quote, const EquityInfo& equity,

@@ -70,6 +70,12 @@ struct Formatting {
       const DateRange& range, const EquityInfo& equity,
       const UserDefaults& defaults = UserDefaults::standard());
 
+  /// As dateRangeText(), for a place with little room: "May 3, 2021 → May 7, 2021", "5/3/21,
+  /// 9:30 AM → 4:00 PM".
+  [[nodiscard]] static std::string briefDateRangeText(
+      const DateRange& range, const EquityInfo& equity,
+      const UserDefaults& defaults = UserDefaults::standard());
+
   /// The range of a bar.
   [[nodiscard]] static std::string quoteDateRangeText(
       const Quote& quote, const EquityInfo& equity,
