@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "exchange/statements/ofx_statement.h"
 #include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/data/ofx.h"
 #include "platform/data/sha256.h"
 
 namespace corvane {
@@ -180,7 +182,10 @@ StatementPreview previewStatement(
     std::function<std::optional<StatementSurroundings::Rate>(const Currency&, YearMonthDay)> rateOf,
     const std::vector<RecordedImport>& earlier) {
   const auto manager = portfolio->manager.lock();
-  const StatementFile file = StatementFile::read(bytes, profiles, options.profile);
+  const auto ofx =
+      isOFX(bytes) ? std::optional(readOFX(bytes, portfolio->primaryCurrency())) : std::nullopt;
+  const StatementFile file =
+      StatementFile::read(ofx ? ofx->table : bytes, profiles, options.profile);
   const StatementOptions said = withRemembered(options, file.profile->name);
   const StatementSurroundings surroundings = {
       .primaryCurrency = portfolio->primaryCurrency(),
@@ -191,16 +196,17 @@ StatementPreview previewStatement(
       .heldAfter = [&](const EquityPointer& equity,
                        Date day) { return heldAfter(*portfolio, equity, day); },
       .rateOf = std::move(rateOf)};
-  StatementPreview preview{.profileId = file.profile->id,
-                           .profileName = file.profile->name,
-                           .file = {.sha256 = sha256(bytes),
-                                    .profile = file.profile->name,
-                                    .firstDay = {},
-                                    .lastDay = {}},
-                           .encodingName = std::string(displayName(file.encoding)),
-                           .reading = readStatement(file, surroundings, said)};
-  preview.reading.remarks.insert(preview.reading.remarks.begin(), file.remarks.begin(),
-                                 file.remarks.end());
+  StatementPreview preview{
+      .profileId = file.profile->id,
+      .profileName = file.profile->name,
+      .file = {.sha256 = sha256(bytes),
+               .profile = file.profile->name,
+               .firstDay = {},
+               .lastDay = {}},
+      .encodingName = std::string(displayName(ofx ? ofx->encoding : file.encoding)),
+      .reading = readStatement(file, surroundings, said)};
+  const auto& remarks = ofx ? ofx->remarks : file.remarks;
+  preview.reading.remarks.insert(preview.reading.remarks.begin(), remarks.begin(), remarks.end());
   findDays(preview.file, preview.reading.rows, manager->calendar);
   for (const RecordedImport& import : earlier) {
     if (import.sha256 == preview.file.sha256) {
