@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <utility>
 
 #include "exchange/strict/cell_text.h"
@@ -35,6 +36,19 @@ constexpr std::array<std::pair<StatementKind, std::string_view>, 15> kindTitles 
 bool isObstacle(RowVerdict verdict) {
   return verdict == RowVerdict::asks || verdict == RowVerdict::refused ||
          verdict == RowVerdict::ledgerRefuses;
+}
+
+/// "lines 2, 5 and 9"
+std::string linesText(const std::vector<std::uint32_t>& lines) {
+  constexpr std::size_t mostTold = 5;
+  std::string text = lines.size() == 1 ? "line " : "lines ";
+  const std::size_t told = lines.size() > mostTold + 1 ? mostTold : lines.size();
+  for (std::size_t i = 0; i < told; ++i) {
+    const bool isLast = i + 1 == lines.size();
+    text += (i == 0 ? "" : isLast ? " and " : ", ") + std::to_string(lines[i]);
+  }
+  return told == lines.size() ? text
+                              : text + " and " + std::to_string(lines.size() - told) + " more";
 }
 
 struct RowFigures {
@@ -196,39 +210,55 @@ void StatementPreviewController::readRates(const std::filesystem::path& file) {
 
 void StatementPreviewController::findQuestions() {
   questions_.clear();
+  std::map<std::string, std::vector<std::uint32_t>> linesByText;
   for (const StatementRow* row : rows_) {
     if (!row->question || row->question->about == RowQuestion::About::rate) {
       continue;
     }
-    const RowQuestion& asked = *row->question;
-    Question question{.text = {},
-                      .key = asked.subject,
-                      .about = asked.about,
-                      .choices = {},
-                      .takesOtherAnswers = true,
-                      .answer = asked.proposal};
-    if (asked.about == RowQuestion::About::symbol) {
-      question.text = "Which symbol has “" + asked.subject + "”?";
-      question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
-      if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
-        for (const SymbolFind& find : found->second) {
-          question.choices.push_back({find.symbol, find.description()});
-        }
-      }
-    } else if (asked.about == RowQuestion::About::currency) {
-      question.text = "Which currency is the account in?";
-      question.answer = std::string(portfolio_->primaryCurrency().code);
-    } else {
-      question.text = "What does “" + asked.subject + "” mean?";
-      question.takesOtherAnswers = false;
-      for (const auto& [kind, title] : kindTitles) {
-        question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
-      }
-    }
-    if (std::ranges::find(questions_, question.text, &Question::text) == questions_.end()) {
+    Question question = questionFor(*row->question);
+    auto& lines = linesByText[question.text];
+    if (lines.empty()) {
       questions_.push_back(std::move(question));
     }
+    lines.push_back(row->line);
   }
+  for (Question& question : questions_) {
+    question.rows = linesText(linesByText[question.text]);
+  }
+  findDoubts();
+}
+
+StatementPreviewController::Question StatementPreviewController::questionFor(
+    const RowQuestion& asked) const {
+  Question question{.text = {},
+                    .key = asked.subject,
+                    .rows = {},
+                    .about = asked.about,
+                    .choices = {},
+                    .takesOtherAnswers = true,
+                    .answer = asked.proposal};
+  if (asked.about == RowQuestion::About::symbol) {
+    question.text = "Which symbol has “" + asked.subject + "”?";
+    question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
+    if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
+      for (const SymbolFind& find : found->second) {
+        question.choices.push_back({find.symbol, find.description()});
+      }
+    }
+  } else if (asked.about == RowQuestion::About::currency) {
+    question.text = "Which currency is the account in?";
+    question.answer = std::string(portfolio_->primaryCurrency().code);
+  } else {
+    question.text = "What does “" + asked.subject + "” mean?";
+    question.takesOtherAnswers = false;
+    for (const auto& [kind, title] : kindTitles) {
+      question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
+    }
+  }
+  return question;
+}
+
+void StatementPreviewController::findDoubts() {
   for (const RowQuestion& doubt : doubtful_) {
     const auto found = finds_.find(doubt.subject);
     const auto likely = found == finds_.end() ? std::nullopt : likelySymbol(doubt, found->second);
@@ -236,6 +266,7 @@ void StatementPreviewController::findQuestions() {
       Question question{.text = "“" + doubt.subject + "” has no prices in " + doubt.currency +
                                 ". Which symbol is meant?",
                         .key = doubt.subject,
+                        .rows = {},
                         .about = RowQuestion::About::symbol,
                         .choices = {{doubt.subject, doubt.subject + ", as it is"}},
                         .takesOtherAnswers = true,
@@ -246,6 +277,16 @@ void StatementPreviewController::findQuestions() {
       questions_.push_back(std::move(question));
     }
   }
+}
+
+std::string StatementPreviewController::questionsTitle() const {
+  const auto count = std::ranges::count_if(questions_, [](const Question& question) {
+    return question.about == RowQuestion::About::symbol && !question.rows.empty();
+  });
+  return count < 2 ? ""
+                   : std::to_string(count) +
+                         " equities have no symbol yet. Choose what the search has found, or type "
+                         "their symbols; all are answered at once, and remembered.";
 }
 
 void StatementPreviewController::answer(const std::vector<std::string>& answers) {
