@@ -86,7 +86,7 @@ TEST_F(ConsoleHelpTest, TellsExitCodes) {
 
 TEST_F(ConsoleHelpTest, EveryListingHasTwoFormsOfData) {
   for (const std::string command : {"list", "ledger", "value", "statements", "quotes", "backtest",
-                                    "import", "verify", "recover"}) {
+                                    "import", "imports", "verify", "recover"}) {
     EXPECT_THAT(options(command), IsSupersetOf({"--csv", "--json"})) << command;
   }
   ASSERT_EQ(program.output("create Family --portfolio 'Ann \"A\", née B' --currency CAD"), "");

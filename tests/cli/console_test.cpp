@@ -131,6 +131,79 @@ TEST_F(ConsoleProgramTest, KeepsWhatIsSaidOfAStatement) {
   EXPECT_EQ(program.run(import + " --twins maybe").exitCode, 2);
 }
 
+TEST_F(ConsoleProgramTest, ListsImportsAndTakesThemBack) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  const std::string heading =
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n";
+  const std::string deposits =
+      "2025-01-06,2025-01-06,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,1000\n"
+      "2025-01-07,2025-01-07,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,500\n";
+  testing::writeText(program.folder / "a.csv", heading + deposits);
+  testing::writeText(program.folder / "b.csv",
+                     heading +
+                         "2025-02-06,2025-02-07,A1,TFSA,Trade,BUY,,BOREA.TO,Boreal Rail,CAD,10,110,"
+                         "0,-1100\n");
+  const std::string into = " --into Family --portfolio Savings";
+  const std::string imports = "imports Family --portfolio Savings";
+  EXPECT_EQ(program.output(imports + " --json"), "[\n]\n");
+  ASSERT_EQ(program.output("import a.csv" + into), "Imported 2 transactions.\n");
+  ASSERT_EQ(program.output("import b.csv" + into), "Imported 1 transactions.\n");
+  const std::string list = program.output(imports);
+  EXPECT_THAT(list, StartsWith("No  Imported    File   Layout                    Transactions  In "
+                               "the Ledger\n 1  "));
+  EXPECT_THAT(list, HasSubstr("  a.csv  Wealthsimple, activities             2              2\n"));
+  EXPECT_THAT(program.output(imports + " --csv"),
+              StartsWith("\"number\",\"day\",\"file\",\"layout\",\"recorded\",\"left\"\r\n\"1\","));
+
+  // What the purchase needs cannot go, and then nothing does.
+  const std::string before = program.output("ledger Family --portfolio Savings");
+  const auto refused = program.run(imports + " --take-back 1");
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_THAT(refused.err, HasSubstr("nsufficient"));
+  EXPECT_EQ(program.output("ledger Family --portfolio Savings"), before);
+  EXPECT_EQ(program.output(imports + " --take-back 2"), "Took back 1 transaction of “b.csv”.\n");
+  // One of the others was changed since then, and is the user's own.
+  ASSERT_EQ(program.run("revise Family --portfolio Savings --transaction 2 --total 600").exitCode,
+            0);
+  EXPECT_EQ(program.output(imports + " --take-back 1"),
+            "Took back 1 transaction of “a.csv”.\n1 transaction that was changed or deleted since "
+            "then is left alone.\n");
+  EXPECT_THAT(program.output("ledger Family --portfolio Savings"), HasSubstr(" 600.00  CAD "));
+  EXPECT_EQ(program.run(imports + " --take-back 1").err,
+            "corvane-cli: Nothing of “a.csv” is in the ledger any more.\n");
+  EXPECT_EQ(program.run(imports + " --take-back 3").err,
+            "corvane-cli: There is no import 3.\nThe last one is 2.\n");
+  EXPECT_EQ(program.run(imports + " --take-back x").exitCode, 2);
+  EXPECT_EQ(program.run(imports + " --take-back 1 --json").exitCode, 2);
+}
+
+TEST_F(ConsoleProgramTest, ReadsOFX) {
+  ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(
+      program.folder / "a.qfx",
+      "OFXHEADER:100\nVERSION:102\nCHARSET:1252\n\n<OFX><INVSTMTRS><CURDEF>CAD<INVACCTFROM>"
+      "<ACCTID>A1</INVACCTFROM><INVTRANLIST>\n<INVBANKTRAN><STMTTRN><TRNTYPE>DEP<DTPOSTED>20250106"
+      "<TRNAMT>500.00<FITID>1<NAME>Caf\xE9</STMTTRN></INVBANKTRAN>\n<BUYMF><INVBUY><INVTRAN><FITID>"
+      "2<DTTRADE>20250107</INVTRAN><SECID><UNIQUEID>CA0000000001</SECID><UNITS>10<UNITPRICE>20"
+      "<TOTAL>-200.00</INVBUY></BUYMF>\n</INVTRANLIST></INVSTMTRS><SECLIST><SECINFO><SECID>"
+      "<UNIQUEID>CA0000000001</SECID><SECNAME>Boreal Fund</SECINFO></SECLIST></OFX>\n");
+  const std::string import = "import a.qfx --into Family --portfolio Savings";
+  expectRefused(import, 1,
+                "Line 7: “CA0000000001” has no symbol yet. Say --symbol \"CA0000000001=…\".\n"
+                "Nothing has been imported.\n");
+  EXPECT_EQ(program.output(import + " --symbol CA0000000001=BOR.TO --preview"),
+            "“OFX and QFX”, windows-1252.\nOFX 102, 2 transactions.\n"
+            "Days are year, month, day, as was said.\n"
+            "Line  Verdict  Day         Kind      Symbol  Shares  Amount  Currency  Rate  Reason\n"
+            "   6  new      2025-01-06  transfer                     500  CAD\n"
+            "   7  new      2025-01-07  buy       BOR.TO      10    -200  CAD\n");
+  EXPECT_EQ(program.output(import + " --symbol CA0000000001=BOR.TO"), "Imported 2 transactions.\n");
+  EXPECT_THAT(program.output("ledger Family --portfolio Savings"), HasSubstr("Café"));
+  EXPECT_EQ(program.output(import),
+            "Nothing is new: all 2 rows of “a.qfx” are in the ledger already.\n");
+}
+
 TEST_F(ConsoleProgramTest, RemembersWhereColumnsAre) {
   setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
   ASSERT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QTabWidget>
@@ -272,6 +273,75 @@ TEST_F(ExchangeTest, LooksAtAStatementBeforeItGoesIn) {
   QApplication::processEvents();
   menuItem(*window, "Undo Take Back Import")->trigger();
   EXPECT_EQ(portfolio->transactions().size(), 9U);
+}
+
+TEST_F(ExchangeTest, AsksForAllEquitiesInOneGo) {
+  const auto file = world.folder / "sq.csv";
+  const auto write = [&](const std::string& count) {
+    std::ofstream text(file);
+    text << "Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;"
+            "Net Amount;Balance;Currency\n";
+    for (int i = 9; i >= 0; --i) {
+      const std::string number = std::to_string(i % 8 + 1);
+      text << "2" << i % 8 << "-03-2026 12:16:00;" << i << ";Buy;;Fund " << number << ";IE000000000"
+           << number << ";" << count << ".0;1.00;0.00;0.00;-" << count << ".00;0.00;CAD\n";
+    }
+  };
+  write("1");
+  window->workspaceView().openStatement(file);
+  auto* dialog = waitFor<StatementDialog>();
+  ASSERT_NE(dialog, nullptr);
+  auto* table = named<QTableView>(*dialog, "Lines of the statement");
+  const auto isSearching = [&] {
+    return std::ranges::any_of(dialog->findChildren<QLabel*>(), [](const QLabel* label) {
+      return label->text().contains("Searching for symbols");
+    });
+  };
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return !isSearching(); }));
+  std::vector<QComboBox*> fields;
+  for (const char* number : {"2", "1", "8", "7", "6", "5", "4", "3"}) {  // as the lines come
+    fields.push_back(named<QComboBox>(*dialog, (std::string("Which symbol has “IE000000000") +
+                                                number + "”? (Fund " + number + ")")
+                                                   .c_str()));
+    ASSERT_NE(fields.back(), nullptr) << number;
+  }
+  EXPECT_EQ(fields[1]->accessibleDescription().toStdString(), "lines 3 and 11");
+  EXPECT_EQ(fields[2]->accessibleDescription().toStdString(), "line 4");
+  EXPECT_GT(fields.front()->parentWidget()->parentWidget()->height(), 100)
+      << "several are in sight";
+  const QList<QLabel*> labels = dialog->findChildren<QLabel*>();
+  EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* label) {
+    return label->isVisible() && label->text().startsWith("8 equities have no symbol yet.");
+  }));
+  EXPECT_GT(table->height(), 100) << "the questions leave room for the lines";
+  // By keyboard alone: a symbol, Tab, the next one, and Enter behind the last.
+  EXPECT_TRUE(fields.front()->isAncestorOf(dialog->focusWidget()) ||
+              fields.front() == dialog->focusWidget());
+  for (int i = 1; i <= 8; ++i) {
+    QTest::keyClicks(dialog->focusWidget(), QString("FND%1").arg(i));
+    if (i < 8) {
+      QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+      EXPECT_TRUE(fields[static_cast<std::size_t>(i)]->isAncestorOf(dialog->focusWidget()) ||
+                  fields[static_cast<std::size_t>(i)] == dialog->focusWidget())
+          << i;
+    }
+  }
+  if (const char* kept = std::getenv("CORVANE_SCREENS")) {
+    dialog->grab().save(qtPath(std::filesystem::path(kept) / "form-statement-equities.png"));
+  }
+  QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+  pressWhenReady(*dialog, "Import 10 Rows");
+  auto* alert = waitFor<QMessageBox>();
+  ASSERT_NE(alert, nullptr);
+  alert->accept();
+  EXPECT_EQ(portfolio->transactions().size(), 17U);
+
+  write("2");
+  window->workspaceView().openStatement(file);
+  dialog = waitFor<StatementDialog>();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_TRUE(buttonWith(*dialog, "Import 10 Rows")->isEnabled()) << "all answers are remembered";
+  dialog->reject();
 }
 
 TEST_F(ExchangeTest, TakesRatesFromTheMarketWhenTheUserSaysSo) {

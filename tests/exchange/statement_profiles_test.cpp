@@ -4,9 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <iostream>
-
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/statement_world.h"
 #include "exchange/statements/statement_preview.h"
@@ -297,54 +294,6 @@ TEST_F(Statements, NamesTheLayoutThatIsNearest) {
     EXPECT_EQ(error.description(),
               "No known layout fits this file. Place the columns yourself (--fields), or name a "
               "layout (--profile). Nearest: “Charles Schwab, transactions”, which lacks “Amount”.");
-  }
-}
-
-/// The samples of real statements that lie beside the project, where they do.
-TEST_F(Statements, OfRealBrokersGoInWhole) {
-  const char* shared = std::getenv("CORVANE_SHARED_DATA");
-  const std::filesystem::path folder =
-      shared == nullptr ? "" : std::filesystem::path(shared) / "statements";
-  if (shared == nullptr || !std::filesystem::exists(folder)) {
-    GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with sample statements";
-  }
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (!entry.is_directory()) {
-      continue;
-    }
-    const std::string name = entry.path().filename().string();
-    const auto expected = JSONValue::parse(testing::readText(entry.path() / "expected.json"));
-    usePortfolio(expected.at("currency").string());
-    options = {};
-    options.currencyCode = expected.at("currency").string();
-    const std::string text = testing::readText(entry.path() / "statement.csv");
-    try {
-      StatementPreview read = preview(text);
-      for (const StatementRow& row : read.reading.rows) {
-        if (row.verdict == RowVerdict::asks && row.reason.contains("has no symbol yet")) {
-          const std::string key = row.reason.substr(3, row.reason.find("” has no") - 3);
-          options.symbols[foldedText(key)] = key.substr(0, key.find(' '));
-        }
-      }
-      read = previewStatement(text, shelf().profiles, ledger.portfolio, options,
-                              [](const Currency&, YearMonthDay) {
-                                return StatementSurroundings::Rate{1, "a test"};
-                              });
-      std::size_t counted = 0;
-      for (const StatementRow& row : read.reading.rows) {
-        counted += row.verdict == RowVerdict::isNew ? 1 : 0;
-        EXPECT_TRUE(row.verdict == RowVerdict::isNew || row.verdict == RowVerdict::leftOut ||
-                    row.verdict == RowVerdict::belongs)
-            << name << " line " << row.line << ": " << displayName(row.verdict) << " ("
-            << row.reason << ")";
-      }
-      std::cout << name << ": " << read.profileName << ", " << counted << " of "
-                << expected.at("rows").number().text() << " rows\n";
-      ledger.manager->recordTransactions(read.transactions(), ledger.portfolio, nullptr);
-      EXPECT_EQ(preview(text).newRowCount(), 0U) << name;
-    } catch (const Error& error) {
-      ADD_FAILURE() << name << ": " << error.description().value_or("");
-    }
   }
 }
 

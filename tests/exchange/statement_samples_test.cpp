@@ -63,7 +63,10 @@ class EveryLayout : public ::testing::TestWithParam<std::string> {
 
   StatementPreview preview(const StatementOptions& options,
                            const std::vector<StatementProfile>& profiles) {
-    const auto file = std::filesystem::path(CORVANE_TEST_STATEMENTS) / (GetParam() + ".csv");
+    auto file = std::filesystem::path(CORVANE_TEST_STATEMENTS) / (GetParam() + ".csv");
+    if (!std::filesystem::exists(file)) {
+      file.replace_extension(".ofx");
+    }
     return previewStatement(testing::readText(file), profiles, ledger.portfolio, options);
   }
 };

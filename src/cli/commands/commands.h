@@ -20,6 +20,7 @@ namespace corvane::cli {
 [[nodiscard]] Command explainCommand();
 [[nodiscard]] Command exportCommand();
 [[nodiscard]] Command importCommand();
+[[nodiscard]] Command importsCommand();
 [[nodiscard]] Command incomeCommand();
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();

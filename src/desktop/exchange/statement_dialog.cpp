@@ -10,9 +10,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <algorithm>
 #include <map>
 
@@ -71,6 +73,12 @@ namespace {
 
 constexpr int verdictColumn = 1;
 
+/// The field of an answer. Who turns the wheel over it scrolls the questions, and answers nothing.
+class AnswerField : public QComboBox {
+ protected:
+  void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
 QLabel* labelOf(const QString& text, QWidget* buddy) {
   auto* label = new QLabel(text);
   label->setBuddy(buddy);
@@ -86,8 +94,9 @@ StatementDialog::StatementDialog(std::unique_ptr<StatementPreviewController> pre
       preview_(std::move(preview)),
       imported_(std::move(imported)),
       summary_(new QLabel),
+      questionsTitle_(new QLabel),
       questions_(new QFormLayout),
-      questionBox_(new QWidget),
+      questionArea_(new QScrollArea),
       answer_(new QPushButton(QStringLiteral("&Use Answers"))),
       filter_(new QComboBox),
       days_(new QComboBox),
@@ -217,13 +226,15 @@ void StatementDialog::layOut() {
   summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   auto* heading = new QLabel(windowTitle());
   heading->setFont(theme::font(1.3, QFont::DemiBold));
-  // The last row, behind the questions, which come and go.
-  auto* answerRow = new QHBoxLayout;
-  answerRow->addStretch();
-  answerRow->addWidget(answer_);
-  questions_->addRow(answerRow);
+  questionsTitle_->setWordWrap(true);
   questions_->setContentsMargins(0, 0, 0, 0);
-  questionBox_->setLayout(questions_);
+  auto* questionBox = new QWidget;
+  questionBox->setLayout(questions_);
+  questionArea_->setWidget(questionBox);
+  questionArea_->setWidgetResizable(true);
+  questionArea_->setFrameShape(QFrame::NoFrame);
+  questionArea_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  questionArea_->setFocusPolicy(Qt::NoFocus);
   connect(answer_, &QPushButton::clicked, this, &StatementDialog::giveAnswers);
 
   auto* sources = makeSources();
@@ -247,7 +258,9 @@ void StatementDialog::layOut() {
   column->setSpacing(spacing::narrow);
   column->addWidget(heading);
   column->addWidget(summary_);
-  column->addWidget(questionBox_);
+  column->addWidget(questionsTitle_);
+  column->addWidget(questionArea_);
+  column->addWidget(answer_, 0, Qt::AlignLeft);
   column->addLayout(sources);
   column->addLayout(choices);
   column->addWidget(table_, 1);
@@ -290,21 +303,26 @@ void StatementDialog::showQuestions() {
     return;
   }
   std::map<QString, QString> typed;
+  QString focused;
   for (const QComboBox* field : answers_) {
+    if (focusWidget() == field || field->isAncestorOf(focusWidget())) {
+      focused = field->accessibleName();
+    }
     if (field->isEditable()) {
       typed[field->accessibleName()] = field->currentText();
     }
   }
   shownQuestions_ = questions;
-  while (questions_->rowCount() > 1) {
+  while (questions_->rowCount() > 0) {
     questions_->removeRow(0);
   }
   answers_.clear();
   for (const auto& question : questions) {
-    auto* field = new QComboBox;
+    auto* field = new AnswerField;
     field->setEditable(question.takesOtherAnswers);
     field->setInsertPolicy(QComboBox::NoInsert);
     field->setAccessibleName(qtText(question.text));
+    field->setAccessibleDescription(qtText(question.rows));
     if (!question.takesOtherAnswers) {
       field->addItem(QString(), QString());
     }
@@ -319,12 +337,46 @@ void StatementDialog::showQuestions() {
                              : qtText(question.answer));
       connect(field->lineEdit(), &QLineEdit::returnPressed, this, &StatementDialog::giveAnswers);
     }
-    questions_->insertRow(static_cast<int>(answers_.size()), qtText(question.text), field);
+    QString title =
+        qtText(question.rows.empty() ? question.text : question.text + "\n" + question.rows);
+    auto* label = labelOf(title.replace(QLatin1Char('&'), QLatin1String("&&")), field);
+    label->setTextFormat(Qt::PlainText);
+    questions_->addRow(label, field);
+    label->show();  // now, since what is hidden has no height
+    field->show();
     answers_.push_back(field);
+    if (field->accessibleName() == focused) {
+      field->setFocus();
+    }
   }
-  questionBox_->setVisible(!answers_.empty());
+  fitQuestions();
   if (!answers_.empty() && !isVisible()) {
     answers_.front()->setFocus();  // what has to be answered comes first
+  }
+}
+
+void StatementDialog::fitQuestions() {
+  const std::string title = preview_->questionsTitle();
+  questionsTitle_->setText(qtText(title));
+  questionsTitle_->setVisible(!title.empty());
+  questionArea_->setVisible(!answers_.empty());
+  answer_->setVisible(!answers_.empty());
+  // The lines stay in sight, however many questions there are; a field that gets the keyboard comes
+  // into view.
+  constexpr int mostHeight = 220;
+  questions_->activate();
+  questionArea_->setFixedHeight(std::min(questionArea_->widget()->sizeHint().height(), mostHeight));
+  // They come one after the other, and what uses them behind the last.
+  QWidget* before = nullptr;
+  for (QComboBox* field : answers_) {
+    if (before != nullptr) {
+      setTabOrder(before, field);
+    }
+    before = field;
+  }
+  if (before != nullptr) {
+    setTabOrder(before, answer_);
+    setTabOrder(answer_, layout_);
   }
 }
 

@@ -15,6 +15,7 @@ class QFormLayout;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
+class QScrollArea;
 class QTableView;
 
 namespace corvane::desktop {
@@ -44,14 +45,16 @@ class StatementDialog : public QDialog {
   void chooseRatesFile();
   void showState();
   void showQuestions();
+  void fitQuestions();
   void giveAnswers();
   void importRows();
 
   std::unique_ptr<StatementPreviewController> preview_;
   std::function<void(const std::vector<BasicTransaction>&)> imported_;
   QLabel* summary_;
+  QLabel* questionsTitle_;
   QFormLayout* questions_;
-  QWidget* questionBox_;
+  QScrollArea* questionArea_;
   std::vector<QComboBox*> answers_;
   std::vector<StatementPreviewController::Question> shownQuestions_;
   QPushButton* answer_;

@@ -231,8 +231,8 @@ void WorkspaceView::importStatement() {
   panel->setAttribute(Qt::WA_DeleteOnClose);
   panel->setWindowModality(Qt::WindowModal);
   panel->setFileMode(QFileDialog::ExistingFile);
-  panel->setNameFilters(
-      {QStringLiteral("Statements (*.csv *.tsv *.tab *.txt)"), QStringLiteral("All files (*)")});
+  panel->setNameFilters({QStringLiteral("Statements (*.csv *.tsv *.tab *.txt *.ofx *.qfx)"),
+                         QStringLiteral("All files (*)")});
   panel->setLabelText(QFileDialog::Accept, QStringLiteral("Look At"));
   connect(panel, &QFileDialog::fileSelected, this,
           [this](const QString& file) { openStatement(filePath(file)); });

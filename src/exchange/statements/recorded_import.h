@@ -1,6 +1,7 @@
 // What was recorded from a statement, as the workspace remembers it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -23,6 +24,15 @@ struct RecordedImport {
   std::string firstDay;  ///< of the trades in the file; empty where it is not known
   std::string lastDay;
   std::vector<RecordedRow> rows;
+
+  /// How many transactions came of the rows.
+  [[nodiscard]] std::size_t transactionCount() const {
+    std::size_t count = 0;
+    for (const RecordedRow& row : rows) {
+      count += row.fingerprints.size();
+    }
+    return count;
+  }
 };
 
 }  // namespace corvane

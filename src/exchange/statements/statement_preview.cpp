@@ -4,10 +4,12 @@
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
+#include "exchange/statements/ofx_statement.h"
 #include "exchange/statements/statement_trial.h"
 #include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/data/ofx.h"
 #include "platform/data/sha256.h"
 
 namespace corvane {
@@ -96,7 +98,10 @@ StatementPreview previewStatement(
     return progress ? [&progress, from, to](double done) { progress(from + (to - from) * done); }
                     : std::function<void(double)>();
   };
-  const StatementFile file = StatementFile::read(bytes, profiles, options.profile, part(0.0, 0.2));
+  const auto ofx =
+      isOFX(bytes) ? std::optional(readOFX(bytes, portfolio->primaryCurrency())) : std::nullopt;
+  const StatementFile file = StatementFile::read(ofx ? std::string_view(ofx->table) : bytes,
+                                                 profiles, options.profile, part(0.0, 0.2));
   const StatementOptions said = withRemembered(options, file.profile->name);
   const StatementSurroundings surroundings = {
       .primaryCurrency = portfolio->primaryCurrency(),
@@ -108,16 +113,17 @@ StatementPreview previewStatement(
                        Date day) { return heldAfter(*portfolio, equity, day); },
       .rateOf = std::move(rateOf),
       .progress = part(0.2, 0.7)};
-  StatementPreview preview{.profileId = file.profile->id,
-                           .profileName = file.profile->name,
-                           .file = {.sha256 = sha256(bytes),
-                                    .profile = file.profile->name,
-                                    .firstDay = {},
-                                    .lastDay = {}},
-                           .encodingName = std::string(displayName(file.encoding)),
-                           .reading = readStatement(file, surroundings, said)};
-  preview.reading.remarks.insert(preview.reading.remarks.begin(), file.remarks.begin(),
-                                 file.remarks.end());
+  StatementPreview preview{
+      .profileId = file.profile->id,
+      .profileName = file.profile->name,
+      .file = {.sha256 = sha256(bytes),
+               .profile = file.profile->name,
+               .firstDay = {},
+               .lastDay = {}},
+      .encodingName = std::string(displayName(ofx ? ofx->encoding : file.encoding)),
+      .reading = readStatement(file, surroundings, said)};
+  const auto& remarks = ofx ? ofx->remarks : file.remarks;
+  preview.reading.remarks.insert(preview.reading.remarks.begin(), remarks.begin(), remarks.end());
   findDays(preview.file, preview.reading.rows);
   for (const RecordedImport& import : earlier) {
     if (import.sha256 == preview.file.sha256) {

@@ -9,14 +9,6 @@
 namespace corvane {
 namespace {
 
-std::size_t recordedCount(const RecordedImport& import) {
-  std::size_t count = 0;
-  for (const RecordedRow& row : import.rows) {
-    count += row.fingerprints.size();
-  }
-  return count;
-}
-
 std::string transactionsText(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " transaction" : " transactions");
 }
@@ -54,7 +46,7 @@ const std::vector<TableColumn>& StatementImportsController::columns() const {
 AttributedText StatementImportsController::cell(std::size_t row, std::size_t column) const {
   const RecordedImport& import = imports_.at(row);
   const std::vector<std::string> texts = {import.day, import.file, import.profile,
-                                          std::to_string(recordedCount(import)),
+                                          std::to_string(import.transactionCount()),
                                           std::to_string(left_.at(row))};
   return AttributedText(texts.at(column));
 }
@@ -67,7 +59,7 @@ void StatementImportsController::takeBackAction(std::size_t row) {
   if (!canTakeBack(row)) {
     return;
   }
-  const std::size_t gone = recordedCount(imports_[row]) - left_[row];
+  const std::size_t gone = imports_[row].transactionCount() - left_[row];
   DocumentAlert alert;
   alert.messageText = "Take back the import of “" + imports_[row].file + "”?";
   alert.informativeText = "This deletes " + transactionsText(left_[row]) + " of the portfolio.";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
@@ -36,6 +37,19 @@ constexpr std::array<std::pair<StatementKind, std::string_view>, 15> kindTitles 
 bool isObstacle(RowVerdict verdict) {
   return verdict == RowVerdict::asks || verdict == RowVerdict::refused ||
          verdict == RowVerdict::ledgerRefuses;
+}
+
+/// "lines 2, 5 and 9"
+std::string linesText(const std::vector<std::uint32_t>& lines) {
+  constexpr std::size_t mostTold = 5;
+  std::string text = lines.size() == 1 ? "line " : "lines ";
+  const std::size_t told = lines.size() > mostTold + 1 ? mostTold : lines.size();
+  for (std::size_t i = 0; i < told; ++i) {
+    const bool isLast = i + 1 == lines.size();
+    text += (i == 0 ? "" : isLast ? " and " : ", ") + std::to_string(lines[i]);
+  }
+  return told == lines.size() ? text
+                              : text + " and " + std::to_string(lines.size() - told) + " more";
 }
 
 struct ShownFigures {
@@ -254,41 +268,68 @@ void StatementPreviewController::readRates(const std::filesystem::path& file) {
 
 void StatementPreviewController::findQuestions() {
   questions_.clear();
-  std::set<const RowQuestion*> seen;  // rows share their questions
+  const StatementRows& rows = preview_.reading.rows;
+  // Rows share their questions, of which several may have one text.
+  std::vector<const RowQuestion*> asked;
+  std::map<const RowQuestion*, std::vector<std::uint32_t>> linesByQuestion;
   for (const std::uint32_t row : rows_) {
-    const RowQuestion* own = preview_.reading.rows.question(row);
-    if (own == nullptr || own->about == RowQuestion::About::rate || !seen.insert(own).second) {
+    const RowQuestion* own = rows.question(row);
+    if (own == nullptr || own->about == RowQuestion::About::rate) {
       continue;
     }
-    const RowQuestion& asked = *own;
-    Question question{.text = {},
-                      .key = asked.subject,
-                      .about = asked.about,
-                      .choices = {},
-                      .takesOtherAnswers = true,
-                      .answer = asked.proposal};
-    if (asked.about == RowQuestion::About::symbol) {
-      question.text = "Which symbol has “" + asked.subject + "”?";
-      question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
-      if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
-        for (const SymbolFind& find : found->second) {
-          question.choices.push_back({find.symbol, find.description()});
-        }
-      }
-    } else if (asked.about == RowQuestion::About::currency) {
-      question.text = "Which currency is the account in?";
-      question.answer = std::string(portfolio_->primaryCurrency().code);
-    } else {
-      question.text = "What does “" + asked.subject + "” mean?";
-      question.takesOtherAnswers = false;
-      for (const auto& [kind, title] : kindTitles) {
-        question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
-      }
+    auto& lines = linesByQuestion[own];
+    if (lines.empty()) {
+      asked.push_back(own);
     }
-    if (std::ranges::find(questions_, question.text, &Question::text) == questions_.end()) {
+    lines.push_back(rows.line(row));
+  }
+  std::map<std::string, std::vector<std::uint32_t>> linesByText;
+  for (const RowQuestion* each : asked) {
+    Question question = questionFor(*each);
+    auto& lines = linesByText[question.text];
+    lines.insert(lines.end(), linesByQuestion[each].begin(), linesByQuestion[each].end());
+    if (lines.size() == linesByQuestion[each].size()) {
       questions_.push_back(std::move(question));
     }
+    std::ranges::sort(lines);
   }
+  for (Question& question : questions_) {
+    question.rows = linesText(linesByText[question.text]);
+  }
+  findDoubts();
+}
+
+StatementPreviewController::Question StatementPreviewController::questionFor(
+    const RowQuestion& asked) const {
+  Question question{.text = {},
+                    .key = asked.subject,
+                    .rows = {},
+                    .about = asked.about,
+                    .choices = {},
+                    .takesOtherAnswers = true,
+                    .answer = asked.proposal};
+  if (asked.about == RowQuestion::About::symbol) {
+    question.text = "Which symbol has “" + asked.subject + "”?";
+    question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
+    if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
+      for (const SymbolFind& find : found->second) {
+        question.choices.push_back({find.symbol, find.description()});
+      }
+    }
+  } else if (asked.about == RowQuestion::About::currency) {
+    question.text = "Which currency is the account in?";
+    question.answer = std::string(portfolio_->primaryCurrency().code);
+  } else {
+    question.text = "What does “" + asked.subject + "” mean?";
+    question.takesOtherAnswers = false;
+    for (const auto& [kind, title] : kindTitles) {
+      question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
+    }
+  }
+  return question;
+}
+
+void StatementPreviewController::findDoubts() {
   for (const RowQuestion& doubt : doubtful_) {
     const auto found = finds_.find(doubt.subject);
     const auto likely = found == finds_.end() ? std::nullopt : likelySymbol(doubt, found->second);
@@ -296,6 +337,7 @@ void StatementPreviewController::findQuestions() {
       Question question{.text = "“" + doubt.subject + "” has no prices in " + doubt.currency +
                                 ". Which symbol is meant?",
                         .key = doubt.subject,
+                        .rows = {},
                         .about = RowQuestion::About::symbol,
                         .choices = {{doubt.subject, doubt.subject + ", as it is"}},
                         .takesOtherAnswers = true,
@@ -306,6 +348,16 @@ void StatementPreviewController::findQuestions() {
       questions_.push_back(std::move(question));
     }
   }
+}
+
+std::string StatementPreviewController::questionsTitle() const {
+  const auto count = std::ranges::count_if(questions_, [](const Question& question) {
+    return question.about == RowQuestion::About::symbol && !question.rows.empty();
+  });
+  return count < 2 ? ""
+                   : std::to_string(count) +
+                         " equities have no symbol yet. Choose what the search has found, or type "
+                         "their symbols; all are answered at once, and remembered.";
 }
 
 void StatementPreviewController::answer(const std::vector<std::string>& answers) {

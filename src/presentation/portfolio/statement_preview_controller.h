@@ -49,6 +49,7 @@ class StatementPreviewController final : public TableModel {
   struct Question {
     std::string text;  ///< "Which symbol has “ISHARES CORE EQUITY ETF”?"
     std::string key;   ///< what the file calls it
+    std::string rows;  ///< "lines 2, 5 and 9": which ask it; empty where it is about another thing
     RowQuestion::About about = RowQuestion::About::symbol;
     struct Choice {
       std::string value;  ///< what is answered
@@ -60,7 +61,10 @@ class StatementPreviewController final : public TableModel {
     std::string answer;  ///< a proposal, may be empty
     friend bool operator==(const Question&, const Question&) = default;
   };
+  /// All questions of the file, each once.
   [[nodiscard]] const std::vector<Question>& questions() const { return questions_; }
+  /// What is above the questions where several equities have no symbol; empty for fewer.
+  [[nodiscard]] std::string questionsTitle() const;
   /// Reads the file once more with these answers, one for each question; empty ones stay open.
   void answer(const std::vector<std::string>& answers);
 
@@ -111,6 +115,8 @@ class StatementPreviewController final : public TableModel {
   void read();
   void show();
   void findQuestions();
+  [[nodiscard]] Question questionFor(const RowQuestion& asked) const;
+  void findDoubts();
   void searchSymbols();
   void fetchRates();
 

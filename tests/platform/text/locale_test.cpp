@@ -11,7 +11,7 @@ namespace corvane {
 namespace {
 
 /// Sets the variables that name the user's locale for one test and puts back what was there.
-class LocaleVariables : public testing::Test {
+class LocaleVariables : public ::testing::Test {
  protected:
   static constexpr std::array names = {"LC_ALL", "LC_MONETARY", "LANG"};
 

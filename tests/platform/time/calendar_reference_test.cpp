@@ -265,7 +265,7 @@ TEST(CalendarReference, AgreesWithIcuOnRandomDates) {
     const std::size_t zone = count % zones.size();
     const Date date = Date::since1970(static_cast<double>(seconds(random)));
     comparisons[zone]->compareAt(date);
-    if (testing::Test::HasFatalFailure()) {
+    if (::testing::Test::HasFatalFailure()) {
       FAIL() << zones[zone] << " at " << date.description() << ", CORVANE_TEST_SEED=" << seed;
     }
   }
