@@ -63,6 +63,20 @@ class StatementAnswers : public ::testing::Test {
   std::string layout = layoutText;
 };
 
+TEST_F(StatementAnswers, ForeignRowsAreFoundInTheLedgerWithoutARate) {
+  StatementRates rates(Currency::cad(), Calendar::current());
+  rates.readFile("Day;Currency;Rate\n05.05.2025;USD;1,4\n", "rates.csv");
+  const std::string rows = "2025-05-05,Kauf,ABC,2,20,USD,\n2025-05-05,Kauf,ABC,2,20,USD,\n";
+  EXPECT_EQ(recordStatement(preview(rows, &rates), ledger.portfolio).size(), 2U);
+  const StatementPreview again = preview(rows + "2025-05-05,Kauf,ABC,2,20,USD,\n");
+  EXPECT_EQ(again.reading.rows[0].verdict, RowVerdict::present);
+  EXPECT_EQ(again.reading.rows[0].question, std::nullopt);
+  EXPECT_EQ(again.reading.rows[1].verdict, RowVerdict::present);
+  EXPECT_EQ(again.reading.rows[2].verdict, RowVerdict::asks) << "there are two in the ledger";
+  EXPECT_EQ(again.newRowCount(), 0U);
+  EXPECT_TRUE(again.transactions().empty());
+}
+
 TEST_F(StatementAnswers, TakeRatesFromAFile) {
   StatementRates rates(Currency::cad(), Calendar::current());
   const std::string rows = "2025-05-05,Kauf,ABC,2,20,USD,\n2025-05-13,Kauf,ABC,2,20,USD,\n";

@@ -14,6 +14,12 @@ void RowMoney::finish(StatementRows& rows, std::size_t row) {
     complete(figures);
   } catch (const RowStopped& stopped) {
     rows.stop(row, stopped.stop);
+    const bool lacksRate =
+        stopped.stop.question && stopped.stop.question->about == RowQuestion::About::rate;
+    if (lacksRate && figures.kind != StatementKind::journal) {
+      // Enough to find it in the ledger, where it need not ask.
+      rows.finish(row, figures, rate_);
+    }
     return;
   }
   rows.finish(row, figures, rate_);

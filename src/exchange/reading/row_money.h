@@ -17,7 +17,7 @@ class RowMoney {
   explicit RowMoney(const StatementSurroundings& surroundings) : surroundings_(surroundings) {}
 
   /// Makes what is recorded of a row that is new. A row whose rate or cost base nobody tells asks
-  /// or is refused.
+  /// or is refused; one that asks for a rate has its transactions without it, for comparison.
   void finish(StatementRows& rows, std::size_t row);
 
  private:

@@ -207,6 +207,8 @@ void StatementRows::stop(std::size_t row, const RowStop& stop) {
   if (stop.question) {
     const std::uint32_t place = placeOf(*stop.question);
     extraOf(record).question = place;
+  } else if (record.extra != nothing) {
+    extraOf(record).question = nothing;
   }
   if (!stop.remedy.empty() || record.extra != nothing) {
     setRemedy(row, stop.remedy);

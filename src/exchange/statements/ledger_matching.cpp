@@ -181,7 +181,9 @@ class Matching {
 
  private:
   static bool isOpen(const StatementRows& rows, std::size_t row) {
-    return rows.verdict(row) == RowVerdict::isNew && rows.transactionCount(row) > 0;
+    const RowVerdict verdict = rows.verdict(row);
+    return (verdict == RowVerdict::isNew || verdict == RowVerdict::asks) &&
+           rows.transactionCount(row) > 0;
   }
 
   void noteIds(const RecordedImport& import) {
@@ -268,7 +270,7 @@ class Matching {
       return;
     }
     const EquityPointer* equity = first.equity();
-    if (equity == nullptr || !sharesOf(first)) {
+    if (equity == nullptr || !sharesOf(first) || rows.verdict(row) != RowVerdict::isNew) {
       return;
     }
     if (const auto others = byEquity_.find((*equity)->id()); others != byEquity_.end()) {
