@@ -469,7 +469,7 @@ void ScreenRenderer::renderPopups() {
       menu->hide();
     }
   }
-  const MainSplitViewController& frame = window_.workspaceView().controller();
+  MainSplitViewController& frame = window_.workspaceView().controller();
   if (frame.currentDetailTab() == MainSplitViewController::DetailTab::portfolio) {
     frame.portfolioViewController->deletePortfolioAction();
     write(QStringLiteral("alert-delete-portfolio"));
