@@ -33,7 +33,7 @@ std::vector<Decimal> numbers() {
   return all;
 }
 
-TEST(OptionalDecimalTest, givesBackEveryNumber) {
+TEST(OptionalDecimalTest, GivesBackEveryNumber) {
   EXPECT_FALSE(OptionalDecimal().has_value());
   EXPECT_EQ(OptionalDecimal().value_or(7), 7);
   EXPECT_THROW((void)OptionalDecimal().value(), std::bad_optional_access);
@@ -49,7 +49,7 @@ TEST(OptionalDecimalTest, givesBackEveryNumber) {
   EXPECT_EQ(OptionalDecimal(std::optional<Decimal>()), std::nullopt);
 }
 
-TEST(OptionalDecimalTest, comparesAsTheNumbersDo) {
+TEST(OptionalDecimalTest, ComparesAsTheNumbersDo) {
   std::vector<OptionalDecimal> all = {std::nullopt};
   for (const Decimal& number : numbers()) {
     all.emplace_back(number);
@@ -64,7 +64,7 @@ TEST(OptionalDecimalTest, comparesAsTheNumbersDo) {
   }
 }
 
-TEST(OptionalDecimalTest, copiesAreIndependent) {
+TEST(OptionalDecimalTest, CopiesAreIndependent) {
   const Decimal wide = dec("0.33333333333333333333333333333333333333");
   OptionalDecimal first = wide;
   OptionalDecimal second = first;
