@@ -125,8 +125,10 @@ bool WorkspaceView::eventFilter(QObject* watched, QEvent* event) {
 /// the screen with the figure is squeezed.
 void WorkspaceView::shareRoomWithExplanation(bool isShown) {
   if (isShown && !source_->isHidden()) {
-    const int needed =
-        source_->minimumWidth() + detail_->minimumSizeHint().width() + explanation_->minimumWidth();
+    // What both need to be read, which is more than the least that they can have.
+    const int needed = theme::widthOfLetters(28) +
+                       std::max(detail_->minimumSizeHint().width(), theme::widthOfLetters(70)) +
+                       explanation_->minimumWidth();
     hasSourceGivenWay_ = needed > width();
     source_->setHidden(hasSourceGivenWay_);
   } else if (!isShown && hasSourceGivenWay_) {
