@@ -74,7 +74,7 @@ AttributedText HistoryTable::cell(std::size_t row, std::size_t column) const {
 }
 
 AttributedText HistoryTable::briefCell(std::size_t row, std::size_t column) const {
-  if (static_cast<BarColumn>(column) != BarColumn::date) {
+  if (barColumns.at(column).column.identifier != "date") {
     return {};
   }
   const Quote& quote = quotes_.at(row);
