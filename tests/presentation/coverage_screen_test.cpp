@@ -135,7 +135,14 @@ TEST_F(CoverageScreenTest, EndsAFetchAndKeepsWhatHasCome) {
   coverage->cancelAction();
   EXPECT_FALSE(coverage->isFetching());
   EXPECT_THAT(coverage->notice(), StartsWith("Cancelled."));
-  settle();
+  // Until eight of twenty have come.
+  waitUntil([&] {
+    if (!coverage->isBusy()) {
+      coverage->setShown(false);
+      coverage->setShown(true);
+    }
+    return coverage->figures()[1].value.plainText() == "120";
+  });
   EquitySet asked;
   for (const QuoteQuery& query : prices->queries) {
     asked.insert(query.equity);
