@@ -15,23 +15,6 @@
 namespace corvane::cli {
 namespace {
 
-/// The name is a promise to the programs of users.
-std::string_view nameOfCoverage(PriceCoverage::State state) {
-  switch (state) {
-    case PriceCoverage::State::covered:
-      return "covered";
-    case PriceCoverage::State::carriedForward:
-      return "carried";
-    case PriceCoverage::State::withoutPrice:
-      return "none";
-    case PriceCoverage::State::running:
-      return "running";
-    case PriceCoverage::State::missing:
-      return "missing";
-  }
-  return "";
-}
-
 std::string_view noteOnCoverage(PriceCoverage::State state) {
   switch (state) {
     case PriceCoverage::State::covered:
@@ -115,7 +98,7 @@ Listing coverageListing(const std::vector<PriceCoverage>& coverages) {
   for (const PriceCoverage& each : coverages) {
     const std::string kind = each.isExchangeRate ? "rate" : "equity";
     for (const auto& [days, state] : each.stretches) {
-      listing.add({each.equity->symbol, kind, std::string(nameOfCoverage(state)),
+      listing.add({each.equity->symbol, kind, std::string(rawValue(state)),
                    isoText(days.first), isoText(days.last),
                    std::to_string(daysBetween(days.first, days.last) + 1),
                    std::string(noteOnCoverage(state))});

@@ -8,23 +8,6 @@
 namespace corvane {
 namespace {
 
-/// The words of files, which never change.
-std::string_view wordForCoverage(PriceCoverage::State state) {
-  switch (state) {
-    case PriceCoverage::State::covered:
-      return "covered";
-    case PriceCoverage::State::carriedForward:
-      return "carried";
-    case PriceCoverage::State::withoutPrice:
-      return "none";
-    case PriceCoverage::State::running:
-      return "running";
-    case PriceCoverage::State::missing:
-      return "missing";
-  }
-  return "";
-}
-
 CurrencyAmount roundedAmount(const Decimal& amount, const Currency& currency) {
   return {currency, roundedToMinorUnits(amount, currency)};
 }
@@ -116,7 +99,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofCoverage(
   for (const PriceCoverage& coverage : coverages) {
     const std::string kind = coverage.isExchangeRate ? "rate" : "equity";
     for (const auto& [days, state] : coverage.stretches) {
-      lines.push_back({coverage.equity->symbol, kind, std::string(wordForCoverage(state)),
+      lines.push_back({coverage.equity->symbol, kind, std::string(rawValue(state)),
                        days.first.startIn(calendar), days.last.startIn(calendar),
                        Shares{daysBetween(days.first, days.last) + 1}, Cell()});
     }

@@ -252,6 +252,22 @@ PriceCoverage coverageOf(const EquityPointer& equity, const std::vector<DaySpan>
   return coverage;
 }
 
+std::string_view rawValue(PriceCoverage::State state) {
+  switch (state) {
+    case PriceCoverage::State::covered:
+      return "covered";
+    case PriceCoverage::State::carriedForward:
+      return "carried";
+    case PriceCoverage::State::withoutPrice:
+      return "none";
+    case PriceCoverage::State::running:
+      return "running";
+    case PriceCoverage::State::missing:
+      return "missing";
+  }
+  return "";
+}
+
 std::vector<PriceCoverage> priceCoverage(const std::vector<PortfolioPointer>& portfolios,
                                          const CoverageSources& sources) {
   const HeldDays held = heldDays(portfolios, sources.calendar, sources.today, sources.quotes);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "marketdata/cache/cache_quote_provider.h"
@@ -37,6 +38,10 @@ struct PriceCoverage {
 
   [[nodiscard]] bool hasMissingDays() const;
 };
+
+/// The word for `state` in files and listings, which never changes: "covered", "carried", "none",
+/// "running" or "missing". Any thread.
+[[nodiscard]] std::string_view rawValue(PriceCoverage::State state);
 
 /// What a price has to be like to be told as carried forward: a gap of this many weekdays between
 /// two closes, which no weekend and hardly a holiday makes. A bar that the market told without a
