@@ -88,7 +88,7 @@ ShownFigures figuresIn(const StatementRow& row, const Calendar& calendar) {
 
 struct PreviewLine {
   const StatementRow& row;
-  RowFigures figures;
+  ShownFigures figures;
 };
 
 template <auto StatementRow::*text>
@@ -96,7 +96,7 @@ AttributedText rowTextCell(const PreviewLine& line) {
   return AttributedText(std::string(line.row.*text));
 }
 
-template <std::string RowFigures::*text>
+template <std::string ShownFigures::*text>
 AttributedText figureCell(const PreviewLine& line) {
   return AttributedText(line.figures.*text);
 }
@@ -108,12 +108,12 @@ constexpr std::array<ColumnOf<PreviewLine>, 10> previewColumns = {{
      [](const PreviewLine& line) {
        return AttributedText(std::string(displayName(line.row.verdict)));
      }},
-    {{"day", "Day"}, figureCell<&RowFigures::day>},
+    {{"day", "Day"}, figureCell<&ShownFigures::day>},
     {{"kind", "Kind"}, rowTextCell<&StatementRow::kind>},
     {{"symbol", "Symbol"}, rowTextCell<&StatementRow::symbol>},
-    {{"shares", "Shares", true}, figureCell<&RowFigures::shares>},
-    {{"amount", "Amount", true}, figureCell<&RowFigures::amount>},
-    {{"currency", "Currency"}, figureCell<&RowFigures::currency>},
+    {{"shares", "Shares", true}, figureCell<&ShownFigures::shares>},
+    {{"amount", "Amount", true}, figureCell<&ShownFigures::amount>},
+    {{"currency", "Currency"}, figureCell<&ShownFigures::currency>},
     {{"rate", "Rate"}, rowTextCell<&StatementRow::rate>},
     {{"reason", "Reason"}, rowTextCell<&StatementRow::reason>},
 }};
