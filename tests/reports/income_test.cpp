@@ -71,7 +71,9 @@ TEST(ReportCases, Income) {
       for (const JSONValue& day : payments->array()) {
         days.push_back(dayOf(day));
       }
-      EXPECT_EQ(displayName(rhythmOf(days)), made.expected.at("periodicity").string());
+      const std::string& told = made.expected.at("periodicity").string();
+      const bool isHalfYearly = told.starts_with("semi") || told == "halfYearly";
+      EXPECT_EQ(displayName(rhythmOf(days)), isHalfYearly ? "half-yearly" : told);
       return true;
     }
     const Decimal cost = amountOf(made.inputs.at("costPerShare"));
@@ -79,8 +81,8 @@ TEST(ReportCases, Income) {
     if (const JSONValue* yearly = fieldOf(made.inputs, "annualDividends")) {
       for (std::size_t i = 0; i < yearly->array().size(); ++i) {
         const Decimal paid = amountOf(yearly->array()[i]);
-        EXPECT_NEAR(yieldOn(cost * 7, 7, {&paid, 1}).value(), numberOf(expected.array()[i]),
-                    made.tolerance);
+        EXPECT_NEAR(yieldOn(cost * 7, 7, {&paid, 1}).value(),
+                    numberOf(isArray(expected) ? expected.array()[i] : expected), made.tolerance);
       }
       return true;
     }

@@ -1,11 +1,17 @@
-// Worked examples of reports with figures that others have published, which lie beside the project.
+// Worked examples of reports: our own in cases/, and those with figures that others have published,
+// which lie beside the project.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "core/decimal/decimal.h"
 #include "core/money/year_month_day.h"
@@ -40,6 +46,12 @@ inline const JSONValue* fieldOf(const JSONValue& value, std::string_view name) {
   return nullptr;
 }
 
+inline bool isArray(const JSONValue& value) {
+  return value.visit([](const auto& held) {
+    return std::is_same_v<std::decay_t<decltype(held)>, JSONValue::Array>;
+  });
+}
+
 struct ReportCase {
   std::string id;
   const JSONValue& inputs;
@@ -47,29 +59,45 @@ struct ReportCase {
   double tolerance;
 };
 
+/// All worked examples: our own, and what the list that CORVANE_SHARED_DATA names has besides.
+inline std::vector<JSONValue> allReportCases() {
+  const auto read = [](const std::filesystem::path& folder) {
+    return JSONValue::parse(readText(folder / "report-cases.json")).at("cases").array();
+  };
+  std::vector<JSONValue> all = read(CORVANE_REPORT_CASES);
+  const char* shared = std::getenv("CORVANE_SHARED_DATA");
+  if (shared == nullptr ||
+      !std::filesystem::exists(std::filesystem::path(shared) / "report-cases.json")) {
+    return all;
+  }
+  std::ranges::move(read(shared), std::back_inserter(all));
+  return all;
+}
+
 /// Calls `check(case)` for each case of `area`, which returns whether it has compared anything.
 /// A case that it does not know how to check fails, as does an area without cases.
 template <typename Check>
 void forReportCases(const std::string& area, Check check) {
-  const char* shared = std::getenv("CORVANE_SHARED_DATA");
-  const std::filesystem::path file =
-      shared == nullptr ? "" : std::filesystem::path(shared) / "report-cases.json";
-  if (shared == nullptr || !std::filesystem::exists(file)) {
-    GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with worked examples of reports";
-  }
-  const JSONValue document = JSONValue::parse(readText(file));
+  const std::vector<JSONValue> all = allReportCases();
   int checked = 0;
-  for (const JSONValue& made : document.at("cases").array()) {
+  for (const JSONValue& made : all) {
     if (made.at("area").string() != area) {
       continue;
     }
     const std::string id = made.at("id").string();
     SCOPED_TRACE(id);
     const JSONValue* tolerance = fieldOf(made, "tolerance");
-    EXPECT_TRUE(check(ReportCase{id, made.at("inputs"), made.at("expected"),
-                                 tolerance == nullptr ? 0 : numberOf(*tolerance)}))
-        << "nobody has checked this case";
+    const ReportCase told{id, made.at("inputs"), made.at("expected"),
+                          tolerance == nullptr ? 0 : numberOf(*tolerance)};
+    try {
+      EXPECT_TRUE(check(told)) << "nobody has checked this case";
+    } catch (const std::exception& error) {
+      ADD_FAILURE() << error.what();
+    }
     ++checked;
+  }
+  if (checked == 0 && std::getenv("CORVANE_SHARED_DATA") == nullptr) {
+    GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with worked examples of " << area;
   }
   EXPECT_GT(checked, 0) << "no cases of " << area;
   ::testing::Test::RecordProperty("casesOf." + area, checked);

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <ranges>
 
 #include "reports/returns/time_weighted_return.h"
 #include "reports/series/report_days.h"
@@ -40,6 +39,35 @@ class BalanceOfPayments {
       balance = balance * growths_[gapOf_[i]] + amounts_[i];
     }
     return balance;
+  }
+
+  /// How many roots there can be above exp(`logGrowth`) at most: as many as the balances after each
+  /// payment change their signs there. (Descartes' rule for sums: beyond that growth each power
+  /// less the next one is positive.)
+  int mostRootsAbove(double logGrowth) {
+    setGrowth(logGrowth);
+    int changes = 0;
+    double balance = 0;
+    double sign = 0;
+    for (std::size_t i = 0; i < amounts_.size(); ++i) {
+      balance = balance * growths_[gapOf_[i]] + amounts_[i];
+      countChange(balance, sign, changes);
+    }
+    return changes;
+  }
+
+  /// The same below it, with what is still to be paid, discounted.
+  int mostRootsBelow(double logGrowth) {
+    setGrowth(-logGrowth);
+    int changes = 0;
+    double rest = 0;
+    double sign = 0;
+    for (std::size_t i = amounts_.size(); i-- > 0;) {
+      rest += amounts_[i];
+      countChange(rest, sign, changes);
+      rest *= growths_[gapOf_[i]];
+    }
+    return changes;
   }
 
   /// The same at several points; the sums do not wait for each other.
@@ -78,6 +106,11 @@ class BalanceOfPayments {
   }
 
  private:
+  static void countChange(double balance, double& sign, int& changes) {
+    changes += balance * sign < 0 ? 1 : 0;
+    sign = balance != 0 ? std::copysign(1.0, balance) : sign;
+  }
+
   void setGrowth(double logGrowth) {
     for (std::size_t i = 0; i < parts_.size(); ++i) {
       growths_[i] = std::exp(logGrowth * parts_[i]);
@@ -173,36 +206,35 @@ std::optional<double> rootAround(BalanceOfPayments& balance, double start) {
   }
 }
 
-/// How many roots there can be at most above 1 and below it: as many as the sums of the payments up
-/// to each of them, and from each of them on, change their signs. (Descartes' rule for the sums:
-/// each power less the next one is positive for a growth above 1.)
+/// How many roots there can be at most above 1 and below it, by the exact sums of the payments.
 struct MostRoots {
   int aboveOne = 0;
   int belowOne = 0;
   bool isAtOne = false;  ///< the payments add up to 0
 };
 
-template <typename Payments>
-int signChangesOfSums(const Payments& payments) {
-  Decimal sum;
-  int sign = 0;
-  int changes = 0;
-  for (const OwnersPayment& payment : payments) {
-    sum += payment.amount;
-    const int next = sum > 0 ? 1 : sum < 0 ? -1 : 0;
-    changes += next != 0 && sign != 0 && next != sign ? 1 : 0;
-    sign = next != 0 ? next : sign;
-  }
-  return changes;
-}
-
 MostRoots mostRoots(std::span<const OwnersPayment> payments) {
+  const auto signOf = [](const Decimal& sum) {
+    return sum.isZero() ? 0 : sum.sign() == Sign::minus ? -1 : 1;
+  };
+  Decimal whole;
+  for (const OwnersPayment& payment : payments) {
+    whole += payment.amount;
+  }
+  MostRoots most{0, 0, whole.isZero()};
+  int signBefore = 0;
+  int signAfter = signOf(whole);
   Decimal sum;
   for (const OwnersPayment& payment : payments) {
     sum += payment.amount;
+    const int before = signOf(sum);
+    const int after = signOf(whole - sum);
+    most.aboveOne += before * signBefore < 0 ? 1 : 0;
+    most.belowOne += after * signAfter < 0 ? 1 : 0;
+    signBefore = before != 0 ? before : signBefore;
+    signAfter = after != 0 ? after : signAfter;
   }
-  return {signChangesOfSums(payments), signChangesOfSums(payments | std::views::reverse),
-          sum.isZero()};
+  return most;
 }
 
 /// All roots that differ by more than a fortieth of a decade between 1e-6 and 1e6, on the sides of
@@ -214,8 +246,20 @@ std::vector<double> allRoots(BalanceOfPayments& balance, const MostRoots& most) 
   const auto at = [](int point) { return std::log(10.0) * point / pointsOfDecade; };
   // A batch reaches over 1 on either side, where a root may stand.
   constexpr int batch = BalanceOfPayments::batch;
-  const int start = most.belowOne > 0 ? -decades * pointsOfDecade : -batch;
-  const int last = most.aboveOne > 0 ? decades * pointsOfDecade : batch;
+  int start = -batch;
+  int last = batch;
+  for (int decade = 1; most.belowOne > 0 && decade <= decades; ++decade) {
+    start = -decade * pointsOfDecade;
+    if (balance.mostRootsBelow(at(start)) == 0) {
+      break;
+    }
+  }
+  for (int decade = 1; most.aboveOne > 0 && decade <= decades; ++decade) {
+    last = decade * pointsOfDecade;
+    if (balance.mostRootsAbove(at(last)) == 0) {
+      break;
+    }
+  }
   bool isNegative = balance(at(start)) < 0;
   for (int first = start + 1; first <= last; first += batch) {
     BalanceOfPayments::Points points{};

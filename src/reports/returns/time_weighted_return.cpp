@@ -60,6 +60,7 @@ std::optional<double> TimeWeightedReturn::annual() const {
 
 TimeWeightedReturn timeWeightedReturn(std::span<const ValuationDay> days) {
   TimeWeightedReturn result;
+  result.days.reserve(days.size() + 1);
   const std::vector<DayFraction> fractions = dayFractions(days);
   std::size_t endWithCapital = 0;
   for (std::size_t i = 1; i < days.size(); ++i) {

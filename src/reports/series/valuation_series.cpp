@@ -318,7 +318,7 @@ class SeriesBuilder {
   /// The owner has moved `amount` in, or out where it is negative.
   void addFlow(std::size_t day, const Decimal& amount) {
     hasEntry_[day] = 1;
-    if (amount < 0) {
+    if (amount.sign() == Sign::minus) {
       totals_[day].outflow -= amount;
       series_.bridge.withdrawals -= amount;
     } else {
@@ -394,13 +394,20 @@ class SeriesBuilder {
                 ValuationDay& ownDay) {
     const Decimal equivalent = effect.equivalentAmount.value_or(0);
     if (effect.type == TransactionType::trade) {
-      (effect.sharesAdded < 0 ? figures.sold : figures.bought) +=
-          effect.sharesAdded < 0 ? equivalent : -equivalent;
+      if (effect.sharesAdded.sign() == Sign::minus) {
+        figures.sold += equivalent;
+      } else {
+        figures.bought -= equivalent;
+      }
       if (effect.isSale() && at.row->sharesNet && at.row->costBasePrior) {
         figures.realised +=
             capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_).value_or(0);
       }
-      (equivalent < 0 ? ownDay.inflow : ownDay.outflow) += abs(equivalent);
+      if (equivalent.sign() == Sign::minus) {
+        ownDay.inflow -= equivalent;
+      } else {
+        ownDay.outflow += equivalent;
+      }
       addMoneyFlow(at.day, effect, true);
     } else if (effect.type == TransactionType::dividend) {
       figures.dividends += equivalent;
@@ -433,31 +440,36 @@ class SeriesBuilder {
         line.equity->currency == primary_ ? nullptr : &ratesOf(line.equity->currency);
     ownDays_.clear();
     Worth worth;
+    ValuationDay own;
     for (std::size_t day = 0; day < count_; ++day) {
       const bool isPriced = prices.advanceTo(base_ + static_cast<std::int64_t>(day));
       const bool hasNewRate = rates != nullptr && rates->isQuoted[day] != 0;
-      ValuationDay own{.day = names_[day]};
       bool hasChanged = day == 0 || isPriced || hasNewRate;
+      bool hasRows = false;
       for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
         prefetchRow(line.rows, nextRow);
         const RowInRange& at = line.rows[nextRow];
         const TransactionEffect effect = transactionEffect(at.row->basic.kind);
         const Decimal heldBefore = holding.shares;
         holding.take(*at.row, effect);
-        HoldingState priced = holding;
         if (holding.shares.isZero()) {
+          HoldingState priced = holding;
           priced.shares = heldBefore;
           priced.isBeforeLastRow = true;
+          countRow(line, priced, prices.price(), at, effect, figures, own);
+        } else {
+          countRow(line, holding, prices.price(), at, effect, figures, own);
         }
-        countRow(line, priced, prices.price(), at, effect, figures, own);
-        hasChanged = true;
+        hasRows = hasChanged = true;
       }
       const Worth before = worth;
       if (hasChanged) {
         worth = worthOf(line, holding, holding.shares, prices.price(), day);
         hasEntry_[day] = hasEntry_[day] != 0 || day > 0;
       }
-      totals_[day].value += worth.amount;
+      if (!worth.amount.isZero()) {
+        totals_[day].value += worth.amount;
+      }
       totals_[day].isAtTradePrice |= worth.isAtTradePrice;
       figures.isAtTradePrice |= worth.isAtTradePrice;
       if (day == 0) {
@@ -467,6 +479,9 @@ class SeriesBuilder {
         own.value = worth.amount;
         own.isAtTradePrice |= worth.isAtTradePrice;
         keepOwnDay(day, own, before);
+      }
+      if (hasRows || own.isAtTradePrice) {
+        own = {};
       }
     }
     figures.closing = worth.amount;
@@ -492,6 +507,7 @@ class SeriesBuilder {
     const bool isNothing = own.value.isZero() && before.amount.isZero();
     if (hasFlow || day == 0 || day + 1 == count_ || !(isMeasurable || isNothing)) {
       ownDays_.push_back(own);
+      ownDays_.back().day = names_[day];
     }
   }
 

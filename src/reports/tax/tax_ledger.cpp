@@ -24,7 +24,7 @@ bool booksDeniedLoss(const BasicTransaction& basic) {
 std::optional<TaxRow> taxRowOf(const TransactionEffect& effect) {
   TaxRow row;
   row.shares = effect.sharesAdded;
-  row.amount = abs(effect.costAdded);
+  row.amount = effect.costAdded;
   switch (effect.type) {
     case TransactionType::trade:
       row.kind = effect.isSale() ? TaxRow::Kind::sale : TaxRow::Kind::purchase;
@@ -46,6 +46,7 @@ std::optional<TaxRow> taxRowOf(const TransactionEffect& effect) {
       return row;
     case TransactionType::returnOfCapital:
       row.kind = TaxRow::Kind::returnOfCapital;
+      row.amount = -effect.costAdded;
       return row;
     case TransactionType::dividend:
     case TransactionType::capitalGainsDividend:

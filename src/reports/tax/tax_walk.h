@@ -35,7 +35,8 @@ struct TaxRow {
   std::size_t holder = 0;     ///< a position among the holders
   std::size_t portfolio = 0;  ///< any number for each portfolio; a split is one portfolio's
   Decimal shares = {};        ///< bought or sold, positive; journaled in, or out where negative
-  /// What a purchase cost, what a sale brought, what was distributed, or the cost journaled in.
+  /// What a purchase cost, what a sale brought, what was distributed, or the cost journaled in,
+  /// which may be negative.
   Decimal amount = {};
   Decimal splitFrom = {};  ///< holding of the portfolio before a split
   Decimal splitInto = {};
