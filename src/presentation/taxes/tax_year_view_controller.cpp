@@ -253,7 +253,9 @@ TrailMaker TaxYearViewController::trailOf(const TaxYear::Disposal& disposal) con
 }
 
 void TaxYearViewController::openPlace(const TaxRowPlace& place) {
-  openRowHandler(place.portfolio->name, place.position);
+  if (const PortfolioPointer original = originalOf(place.portfolio)) {
+    openRowHandler(original, place.position);
+  }
 }
 
 void TaxYearViewController::openDisposal(std::size_t row) {
