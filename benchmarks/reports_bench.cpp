@@ -12,8 +12,10 @@
 #include "reports/returns/returns_report.h"
 #include "reports/series/report_days.h"
 #include "reports/tax/tax_year.h"
+#include "reports/trail/heading_trails.h"
 #include "reports/trail/ledger_trails.h"
 #include "reports/trail/returns_trails.h"
+#include "reports/trail/tax_trails.h"
 
 namespace corvane {
 namespace {
@@ -89,6 +91,32 @@ void lookAtTaxYear(benchmark::State& state) {
 }
 BENCHMARK(lookAtTaxYear)->Name("Reports/tax year")->Unit(benchmark::kMillisecond);
 
+/// From the question of a screen to its answer: the ledger copied in slices, then the year.
+void askForTaxYear(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const Calendar calendar = world.manager->calendar;
+  for (auto _ : state) {
+    ReportInquiry inquiry;
+    std::size_t disposals = 0;
+    inquiry.ask(
+        {world.portfolio},
+        [calendar](const ReportInquiry::Ledgers& ledgers, const Cancellation& cancellation) {
+          TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+          question.cancellation = cancellation;
+          const std::vector<TaxedPortfolio> taxed{{ledgers.front()}};
+          return taxYear(taxed, question, calendar);
+        },
+        [&](const TaxYear& year) { disposals = year.disposals.size(); });
+    MainLoop::runUntil([&] { return disposals > 0; }, std::chrono::seconds(10));
+    state.counters["disposals"] = static_cast<double>(disposals);
+  }
+}
+BENCHMARK(askForTaxYear)
+    ->Name("Reports/tax year, asked from a screen")
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+
 void matchSharesOfAYear(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();
   const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
@@ -155,16 +183,51 @@ void nameNeeds(benchmark::State& state) {
 }
 BENCHMARK(nameNeeds)->Name("Reports/what a report needs")->Unit(benchmark::kMillisecond);
 
-void explainReturns(benchmark::State& state) {
+void explainTimeWeighted(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();
   const ValuationSeries series =
       valuationSeries(*world.portfolio, {firstDay, lastDay}, world.market, world.manager->calendar);
   for (auto _ : state) {
     benchmark::DoNotOptimize(timeWeightedTrail(series.days, series.currency));
+  }
+}
+BENCHMARK(explainTimeWeighted)
+    ->Name("Reports/explain time-weighted return")
+    ->Unit(benchmark::kMillisecond);
+
+void explainMoneyWeighted(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const ValuationSeries series =
+      valuationSeries(*world.portfolio, {firstDay, lastDay}, world.market, world.manager->calendar);
+  for (auto _ : state) {
     benchmark::DoNotOptimize(moneyWeightedTrail(series.days, series.currency));
   }
 }
-BENCHMARK(explainReturns)->Name("Reports/explain returns")->Unit(benchmark::kMillisecond);
+BENCHMARK(explainMoneyWeighted)
+    ->Name("Reports/explain money-weighted return")
+    ->Unit(benchmark::kMillisecond);
+
+/// Of 5,000 deposits, which have the rates of their days beside those of today.
+void explainDeposits(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(depositsTrail(*world.portfolio, &world.market));
+  }
+}
+BENCHMARK(explainDeposits)->Name("Reports/explain net deposits")->Unit(benchmark::kMillisecond);
+
+/// Of the last sale of a year: the pool of its equity is walked anew.
+void explainTaxGain(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const Calendar& calendar = world.manager->calendar;
+  const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
+  const TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  const TaxYear year = taxYear(portfolios, question, calendar);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(taxGainTrail(year.disposals.back(), portfolios, question, calendar));
+  }
+}
+BENCHMARK(explainTaxGain)->Name("Reports/explain a tax gain")->Unit(benchmark::kMillisecond);
 
 void explainCostBase(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();

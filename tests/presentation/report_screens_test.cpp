@@ -4,6 +4,7 @@
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/reports/explanation_view_controller.h"
 #include "presentation/taxes/tax_year_view_controller.h"
+#include "reports/trail/ledger_trails.h"
 
 namespace corvane::testing {
 namespace {
@@ -284,12 +285,12 @@ TEST_F(TaxScreenTest, ExplainTheTaxGainAndLeadToItsRow) {
   ASSERT_TRUE(trail);
   EXPECT_EQ(trail->value, tax->disposals.records()[0].tax.taxGain);
   EXPECT_EQ(trail->recomputed(), trail->value);
-  std::vector<std::pair<std::string, std::size_t>> opened;
-  tax->openRowHandler = [&](const std::string& name, std::size_t row) {
-    opened.emplace_back(name, row);
+  std::vector<std::pair<PortfolioPointer, std::size_t>> opened;
+  tax->openRowHandler = [&](const PortfolioPointer& whose, std::size_t row) {
+    opened.emplace_back(whose, row);
   };
   tax->openDisposal(0);
-  EXPECT_THAT(opened, ElementsAre(Pair("Savings", 2U)));
+  EXPECT_THAT(opened, ElementsAre(Pair(portfolio, 2U)));
   record({on(day(2021, 3, 2)).deposit("1")});
   settle();
   tax->openDisposal(0);
@@ -328,15 +329,21 @@ TEST_F(ReportScreensTest, ExplainFiguresDownToTheirRows) {
   EXPECT_EQ(panel.trail()->value, 100);
   EXPECT_THAT(panel.text(), StartsWith("Gain: 100 CAD"));
 
-  std::vector<std::pair<std::string, std::size_t>> opened;
-  panel.openRowHandler = [&](const std::string& name, std::size_t row) {
-    opened.emplace_back(name, row);
+  // Two portfolios may have one name; a line leads to its own.
+  const PortfolioPointer twin = manager->createPortfolio(Currency::cad());
+  twin->name = portfolio->name;
+  manager->recordTransactions({on(day(2021, 3, 1)).deposit("100"), buy("10", "80")}, twin, undo);
+  std::vector<std::pair<PortfolioPointer, std::size_t>> opened;
+  panel.openRowHandler = [&](const PortfolioPointer& whose, std::size_t row) {
+    opened.emplace_back(whose, row);
   };
-  panel.openRow({.label = "", .source = "row 12 of “A of “B””"});
-  panel.openRow({.label = "", .source = "row 0 of “A”"});
-  panel.openRow({.label = "", .source = "row 1x of “A”"});
-  panel.openRow({.label = "", .source = "latest price of ABC"});
-  EXPECT_THAT(opened, ElementsAre(Pair("A of “B”", 11U)));
+  panel.explain([&] { return costBaseTrail(*twin, 1, manager->calendar); });
+  ASSERT_TRUE(panel.trail());
+  EXPECT_FALSE(panel.hasRow({.label = "", .source = "latest price of ABC"}));
+  const TrailNode& added = panel.trail()->children.back();
+  EXPECT_TRUE(panel.hasRow(added));
+  panel.openRow(added);
+  EXPECT_THAT(opened, ElementsAre(Pair(twin, 1U)));
 
   panel.explain([]() -> std::optional<TrailNode> {
     return TrailNode{.label = "Say \"so\"", .value = dec("1234.5"), .unit = "CAD", .note = "why"};
@@ -348,8 +355,12 @@ TEST_F(ReportScreensTest, ExplainFiguresDownToTheirRows) {
   const auto screen = PortfolioViewController::make(surroundings);
   screen->setPortfolio(portfolio);
   panel.explain(screen->valueTrailMaker());
-  EXPECT_FALSE(panel.trail());
-  EXPECT_EQ(panel.message(), "No recent share price for ABC.");
+  ASSERT_TRUE(panel.trail());
+  EXPECT_EQ(panel.trail()->note, "indeterminate: no price of ABC");
+  EXPECT_EQ(panel.valueText(*panel.trail()), "⚠️");
+  EXPECT_THAT(panel.csv(), HasSubstr("\"Value\",\"sum\",\"\",\"CAD\""));
+  panel.explain([]() { return std::optional<TrailNode>(); });
+  EXPECT_EQ(panel.message(), "There is nothing to tell about this number.");
   panel.close();
   EXPECT_FALSE(panel.isOpen());
 }

@@ -8,6 +8,7 @@
 #include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
 #include "reports/series/report_days.h"
+#include "reports/trail/heading_trails.h"
 #include "reports/trail/income_trails.h"
 #include "reports/trail/ledger_trails.h"
 #include "reports/trail/returns_trails.h"
@@ -49,8 +50,13 @@ std::size_t rowOf(const CommandLine& line, Portfolio& portfolio, const Calendar&
 }
 
 void writeOutline(const TrailNode& node, std::size_t depth, std::ostream& out) {
-  out << std::string(depth * 2, ' ') << node.label << ": " << node.value.description()
-      << (node.unit.empty() ? "" : " " + node.unit) << (node.day ? ", " + isoText(*node.day) : "");
+  out << std::string(depth * 2, ' ') << node.label << ": "
+      << (node.isKnown() ? node.value.description() + (node.unit.empty() ? "" : " " + node.unit)
+                         : "⚠️")
+      << (node.day ? ", " + isoText(*node.day) : "");
+  if (node.atRatesOfDays) {
+    out << ", at the rate of its day " << node.atRatesOfDays->description();
+  }
   if (node.operation != TrailNode::Operation::leaf) {
     out << ", " << displayName(node.operation);
   }
@@ -61,13 +67,37 @@ void writeOutline(const TrailNode& node, std::size_t depth, std::ostream& out) {
   }
 }
 
-void addLines(const TrailNode& node, int depth, ReportTable& table) {
-  table.add({std::to_string(depth), node.label, std::string(displayName(node.operation)),
-             node.value.description(), node.unit, node.day ? isoText(*node.day) : "", node.source,
-             node.note});
-  for (const TrailNode& child : node.children) {
-    addLines(child, depth + 1, table);
+void addLines(const TrailNode& node, int depth, bool isOfDeposits, ReportTable& table) {
+  std::vector<std::string> cells{std::to_string(depth),
+                                 node.label,
+                                 std::string(displayName(node.operation)),
+                                 node.isKnown() ? node.value.description() : "",
+                                 node.unit,
+                                 node.day ? isoText(*node.day) : "",
+                                 node.source,
+                                 node.note};
+  if (isOfDeposits) {
+    cells.push_back(node.atRatesOfDays ? node.atRatesOfDays->description() : "");
   }
+  table.add(std::move(cells));
+  for (const TrailNode& child : node.children) {
+    addLines(child, depth + 1, isOfDeposits, table);
+  }
+}
+
+void writeTable(const TrailNode& trail, bool isOfDeposits, ListingFormat format,
+                std::ostream& out) {
+  constexpr Listing::Kind number = Listing::Kind::number;
+  std::vector<Listing::Field> fields{{"depth", "Depth", number}, {"label", "Label"},
+                                     {"operation", "Operation"}, {"value", "Value", number},
+                                     {"unit", "Unit"},           {"day", "Day"},
+                                     {"source", "Source"},       {"note", "Note"}};
+  if (isOfDeposits) {
+    fields.push_back({"atRatesOfDays", "At Rates of Days", number});
+  }
+  ReportTable table(std::move(fields));
+  addLines(trail, 0, isOfDeposits, table);
+  table.write(format, out);
 }
 
 /// What an explanation is made from.
@@ -138,12 +168,40 @@ std::optional<TrailNode> returnTrail(const ExplainedWorld& world, bool isMoneyWe
                                                                       : ReturnsDetail::stretches);
 }
 
-std::optional<TrailNode> incomeTrail(const ExplainedWorld& world, bool isYield) {
+/// The deposits with the rates of their days beside those of today.
+TrailNode depositTrail(const ExplainedWorld& world) {
+  const MarketNeeds needs = depositPairs(*world.portfolio);
+  const auto& rows = world.portfolio->transactions();
+  if (needs.pairs.empty() || rows.empty()) {
+    return depositsTrail(*world.portfolio);
+  }
+  const Calendar& calendar = world.manager.calendar;
+  const auto dayOf = [&](const TransactionPointer& row) {
+    return YearMonthDay::of(row->settlementDate(), calendar);
+  };
+  std::shared_ptr<MarketHistory> history;
+  fetchMarketHistory(world.manager.quoteProvider, needs, dayOf(rows.front()), dayOf(rows.back()),
+                     [&](std::shared_ptr<MarketHistory> told) { history = std::move(told); });
+  waitFor([&] { return history != nullptr; });
+  return depositsTrail(*world.portfolio, history.get());
+}
+
+std::optional<TrailNode> yieldTrail(const ExplainedWorld& world, bool isOnValue) {
   const EquityPointer equity = world.equity();
   const Calendar& calendar = world.manager.calendar;
-  if (isYield) {
+  if (!isOnValue) {
     return yieldOnCostTrail(*world.portfolio, equity, world.today(), calendar);
   }
+  const std::vector<PortfolioPointer> portfolios{world.portfolio};
+  const auto rate = rateIn(recentRates(portfolios, *world.manager.quoteProvider), equity->currency,
+                           world.portfolio->primaryCurrency());
+  return rate ? yieldOnValueTrail(*world.portfolio, equity, *rate, world.today(), calendar)
+              : std::nullopt;
+}
+
+std::optional<TrailNode> expectedIncomeTrail(const ExplainedWorld& world) {
+  const EquityPointer equity = world.equity();
+  const Calendar& calendar = world.manager.calendar;
   QuoteProvider& quotes = *world.manager.quoteProvider;
   std::optional<DividendCalendar> dividends;
   fetchDividendCalendar(world.manager.quoteProvider, {equity}, world.today(),
@@ -171,9 +229,7 @@ constexpr Explainable explainables[] = {
        return std::optional(valueTrail(*world.portfolio));
      }},
     {"deposits", true,
-     [](const ExplainedWorld& world, bool&) {
-       return std::optional(depositsTrail(*world.portfolio));
-     }},
+     [](const ExplainedWorld& world, bool&) { return std::optional(depositTrail(world)); }},
     {"cost-base", false,
      [](const ExplainedWorld& world, bool&) { return ledgerTrail(world, false); }},
     {"gain", false, [](const ExplainedWorld& world, bool&) { return ledgerTrail(world, true); }},
@@ -186,9 +242,11 @@ constexpr Explainable explainables[] = {
      [](const ExplainedWorld& world, bool& isComplete) {
        return returnTrail(world, true, isComplete);
      }},
-    {"yield", false, [](const ExplainedWorld& world, bool&) { return incomeTrail(world, true); }},
+    {"yield", false, [](const ExplainedWorld& world, bool&) { return yieldTrail(world, false); }},
+    {"yield-on-value", true,
+     [](const ExplainedWorld& world, bool&) { return yieldTrail(world, true); }},
     {"projection", true,
-     [](const ExplainedWorld& world, bool&) { return incomeTrail(world, false); }},
+     [](const ExplainedWorld& world, bool&) { return expectedIncomeTrail(world); }},
 };
 
 void writeExplanation(const CommandLine& line, const Console& console) {
@@ -197,7 +255,7 @@ void writeExplanation(const CommandLine& line, const Console& console) {
   if (found == std::end(explainables)) {
     throw UsageError("“" + what +
                      "” is none of value, deposits, cost-base, gain, tax, return, money-return, "
-                     "yield and projection.");
+                     "yield, yield-on-value and projection.");
   }
   std::optional<PriceSource> prices;
   if (found->needsPrices) {
@@ -222,19 +280,9 @@ void writeExplanation(const CommandLine& line, const Console& console) {
   if (const ListingFormat format = listingFormat(line); format == ListingFormat::table) {
     writeOutline(*trail, 0, console.out);
   } else {
-    constexpr Listing::Kind number = Listing::Kind::number;
-    ReportTable table({{"depth", "Depth", number},
-                       {"label", "Label"},
-                       {"operation", "Operation"},
-                       {"value", "Value", number},
-                       {"unit", "Unit"},
-                       {"day", "Day"},
-                       {"source", "Source"},
-                       {"note", "Note"}});
-    addLines(*trail, 0, table);
-    table.write(format, console.out);
+    writeTable(*trail, what == "deposits", format, console.out);
   }
-  if (!isComplete) {
+  if (!isComplete || !trail->isKnown()) {
     throw Failed(exitCode::failure);  // What is missing has been told.
   }
 }
@@ -254,16 +302,19 @@ Command explainCommand() {
   std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "explain",
           .summary = "Shows how a figure came about, down to rows, prices and roundings.",
-          .words = {"value|deposits|cost-base|gain|tax|return|money-return|yield|projection",
+          .words = {"value|deposits|cost-base|gain|tax|return|money-return|yield|yield-on-value|"
+                    "projection",
                     "WORKSPACE"},
           .options = std::move(options),
           .explanation =
               "Each line is what the lines indented below it give. Cost base, gain and tax need "
-              "--symbol or --row,\nyield and projection --symbol. Value and deposits are those at "
-              "the latest prices and rates; a\nreturn is the time-weighted one, told by the "
-              "stretches between flows, a money-return the\nmoney-weighted one with each payment. "
-              "--csv and --json write depth, label, operation, value,\nunit, day, source and "
-              "note.\n",
+              "--symbol or --row,\nyields and projection --symbol. Value and deposits are those at "
+              "the latest prices and rates;\ndeposits stand at the rates of their own days as "
+              "well. A return is the time-weighted one, told\nby the stretches between flows or "
+              "with --days day by day, a money-return the money-weighted one\nwith each payment. "
+              "What lacks a price is named, and the exit code is then 1. --csv and --json\nwrite "
+              "depth, label, operation, value, unit, day, source and note, and atRatesOfDays for "
+              "deposits.\n",
           .run = &writeExplanation};
 }
 

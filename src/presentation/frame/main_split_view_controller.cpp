@@ -95,7 +95,7 @@ void MainSplitViewController::connectReports() {
       living->masterSourceViewController->setCurrentDetailObject(equity);
     }
   };
-  const auto open = [self](const std::string& portfolio, std::size_t position) {
+  const auto open = [self](const PortfolioPointer& portfolio, std::size_t position) {
     if (const auto living = self.lock()) {
       living->openRow(portfolio, position);
     }
@@ -111,15 +111,14 @@ void MainSplitViewController::connectReports() {
   explanation.openRowHandler = open;
 }
 
-void MainSplitViewController::openRow(const std::string& portfolio, std::size_t position) {
+void MainSplitViewController::openRow(const PortfolioPointer& portfolio, std::size_t position) {
   const auto model = documentModel_.lock();
   if (model == nullptr) {
     return;
   }
   const auto all = model->portfolios();
-  const auto found = std::ranges::find(all, portfolio, &Portfolio::name);
-  if (found != all.end()) {
-    masterSourceViewController->setCurrentDetailObject(*found);
+  if (std::ranges::find(all, portfolio) != all.end()) {
+    masterSourceViewController->setCurrentDetailObject(portfolio);
     portfolioViewController->showTransaction(position);
   }
 }

@@ -91,7 +91,7 @@ class MainSplitViewController : public std::enable_shared_from_this<MainSplitVie
   void connectScenarios();
   void connectReports();
   void showDetail(const MasterSourceViewController::DetailObject& object);
-  void openRow(const std::string& portfolio, std::size_t position);
+  void openRow(const PortfolioPointer& portfolio, std::size_t position);
   void removePortfolio(const PortfolioPointer& portfolio);
   [[nodiscard]] MasterSourceViewController::DetailObject initialDetailObject() const;
   void rememberLater(const MasterSourceViewController::DetailObject& object);

@@ -5,7 +5,7 @@
 
 #include "presentation/performance/performance_warning.h"
 #include "presentation/performance/portfolio_chart.h"
-#include "reports/trail/ledger_trails.h"
+#include "reports/trail/heading_trails.h"
 #include "storage/application/watchlist_manager.h"
 
 namespace corvane {

@@ -1,6 +1,5 @@
 #include "presentation/reports/explanation_view_controller.h"
 
-#include <string_view>
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
@@ -10,34 +9,6 @@
 
 namespace corvane {
 namespace {
-
-struct NamedRow {
-  std::string portfolio;
-  std::size_t position;
-};
-
-/// The row that a source such as "row 3 of “Savings”" names.
-std::optional<NamedRow> rowOfSource(std::string_view source) {
-  constexpr std::string_view start = "row ";
-  constexpr std::string_view middle = " of “";
-  constexpr std::string_view end = "”";
-  const std::size_t at = source.find(middle);
-  if (!source.starts_with(start) || at == std::string_view::npos || !source.ends_with(end)) {
-    return std::nullopt;
-  }
-  std::size_t number = 0;
-  for (const char c : source.substr(start.size(), at - start.size())) {
-    if (c < '0' || c > '9') {
-      return std::nullopt;
-    }
-    number = number * 10 + static_cast<std::size_t>(c - '0');
-  }
-  if (number == 0) {
-    return std::nullopt;
-  }
-  const std::size_t name = at + middle.size();
-  return NamedRow{std::string(source.substr(name, source.size() - end.size() - name)), number - 1};
-}
 
 void writeTrailText(const TrailNode& node, std::size_t depth, std::string& out) {
   out +=
@@ -55,8 +26,8 @@ void writeTrailCSV(const TrailNode& node, int depth, std::string& out) {
   bool isFirst = true;
   for (const std::string& cell :
        {std::to_string(depth), node.label, std::string(displayName(node.operation)),
-        node.value.description(), node.unit, node.day ? isoText(*node.day) : std::string(),
-        node.source, node.note}) {
+        node.isKnown() ? node.value.description() : "", node.unit,
+        node.day ? isoText(*node.day) : std::string(), node.source, node.note}) {
     out += isFirst ? "\"" : ",\"";
     isFirst = false;
     for (const char c : cell) {
@@ -98,6 +69,9 @@ void ExplanationViewController::close() {
 }
 
 std::string ExplanationViewController::valueText(const TrailNode& node) {
+  if (!node.isKnown()) {
+    return "⚠️";
+  }
   std::string number = DecimalNumberFormatter().string(node.value).value_or(noFigureText.data());
   return node.unit.empty() ? number : number + " " + node.unit;
 }
@@ -133,12 +107,15 @@ std::string ExplanationViewController::operationText(const TrailNode& node) {
 }
 
 bool ExplanationViewController::hasRow(const TrailNode& node) {
-  return rowOfSource(node.source).has_value();
+  return node.row && !node.row->portfolio.expired();
 }
 
 void ExplanationViewController::openRow(const TrailNode& node) {
-  if (const auto row = rowOfSource(node.source)) {
-    openRowHandler(row->portfolio, row->position);
+  if (!node.row) {
+    return;
+  }
+  if (const PortfolioPointer portfolio = node.row->portfolio.lock()) {
+    openRowHandler(portfolio, node.row->position);
   }
 }
 

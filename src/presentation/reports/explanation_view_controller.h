@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "ledger/portfolio/portfolio.h"
 #include "presentation/controls/table_model.h"
 #include "reports/trail/trail_node.h"
 
@@ -16,9 +17,9 @@ class ExplanationViewController {
  public:
   /// Called when there is another trail, or none any more.
   std::function<void()> changeHandler = [] {};
-  /// Shows the row at `position`, from 0, of the portfolio with this name.
-  std::function<void(const std::string& portfolio, std::size_t position)> openRowHandler =
-      [](const std::string&, std::size_t) {};
+  /// Shows the row at `position`, from 0, of the portfolio.
+  std::function<void(const PortfolioPointer& portfolio, std::size_t position)> openRowHandler =
+      [](const PortfolioPointer&, std::size_t) {};
 
   /// Makes the trail and opens the panel. Where there is none, it says so.
   void explain(const TrailMaker& maker);

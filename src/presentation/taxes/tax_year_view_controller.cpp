@@ -270,7 +270,9 @@ TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposa
 }
 
 void TaxYearViewController::openPlace(const TaxRowPlace& place) {
-  openRowHandler(place.portfolio->name, place.position);
+  if (const PortfolioPointer original = originalOf(place.portfolio)) {
+    openRowHandler(original, place.position);
+  }
 }
 
 void TaxYearViewController::openDisposal(std::size_t row) {

@@ -53,9 +53,9 @@ class TaxYearViewController : public std::enable_shared_from_this<TaxYearViewCon
   /// Called when anything but the tables has changed.
   std::function<void()> changeHandler = [] {};
   std::function<void(const TrailMaker&)> explainHandler = [](const TrailMaker&) {};
-  /// Shows the row at `position`, from 0, of the portfolio with this name.
-  std::function<void(const std::string& portfolio, std::size_t position)> openRowHandler =
-      [](const std::string&, std::size_t) {};
+  /// Shows the row at `position`, from 0, of the portfolio.
+  std::function<void(const PortfolioPointer& portfolio, std::size_t position)> openRowHandler =
+      [](const PortfolioPointer&, std::size_t) {};
 
   void setDocumentModel(std::weak_ptr<WorkspaceModel> model);
   void setShown(bool isShown);

@@ -6,13 +6,10 @@
 
 #include "ledger/transaction/transaction_effect.h"
 #include "reports/series/report_days.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
-
-std::string ledgerSource(const Portfolio& portfolio, std::size_t row) {
-  return "row " + std::to_string(row + 1) + " of “" + portfolio.name + "”";
-}
 
 YearMonthDay oneYearBefore(const YearMonthDay& day) {
   return {day.year - 1, day.month, std::min(day.day, daysInMonth(day.year - 1, day.month))};
@@ -26,30 +23,30 @@ struct PaidHolding {
   std::vector<TrailNode> perShare;
 };
 
-TrailNode paymentPerShare(const Portfolio& portfolio, std::size_t row,
-                          const TransactionEffect& effect, const YearMonthDay& day) {
+TrailNode paymentPerShare(Portfolio& portfolio, std::size_t row, const TransactionEffect& effect,
+                          const YearMonthDay& day) {
   const std::string unit(portfolio.primaryCurrency().code);
-  const std::string source = ledgerSource(portfolio, row);
-  TrailNode paid{.label = "Paid, as entered",
-                 .value = effect.equivalentAmount.value_or(0),
-                 .unit = unit,
-                 .day = day,
-                 .source = source};
-  TrailNode shares{
-      .label = "On shares", .value = *effect.declaredShares, .day = day, .source = source};
+  TrailNode paid = fromRow({.label = "Paid, as entered",
+                            .value = effect.equivalentAmount.value_or(0),
+                            .unit = unit,
+                            .day = day},
+                           portfolio, row);
+  TrailNode shares =
+      fromRow({.label = "On shares", .value = *effect.declaredShares, .day = day}, portfolio, row);
   TrailNode made =
       quotientOf("Paid per share on " + isoText(day), unit, std::move(paid), std::move(shares));
   made.day = day;
   return made;
 }
 
-void restateForSplit(TrailNode& perShare, const TransactionEffect& effect,
-                     const std::string& source) {
+void restateForSplit(TrailNode& perShare, const TransactionEffect& effect, Portfolio& portfolio,
+                     std::size_t row) {
   const std::string unit = perShare.unit;
   const auto day = perShare.day;
-  TrailNode before{
-      .label = "Shares before the split", .value = *effect.declaredShares, .source = source};
-  TrailNode after{.label = "Shares after the split", .value = *effect.splitInto, .source = source};
+  TrailNode before = fromRow({.label = "Shares before the split", .value = *effect.declaredShares},
+                             portfolio, row);
+  TrailNode after =
+      fromRow({.label = "Shares after the split", .value = *effect.splitInto}, portfolio, row);
   TrailNode product =
       productOf("Paid per share × shares before", unit, {std::move(perShare), std::move(before)});
   perShare =
@@ -77,7 +74,7 @@ PaidHolding paidHolding(Portfolio& portfolio, const EquityPointer& equity,
     holding.lastRow = i;
     if (effect.splitInto && effect.declaredShares && !effect.splitInto->isZero()) {
       for (TrailNode& payment : holding.perShare) {
-        restateForSplit(payment, effect, ledgerSource(portfolio, i));
+        restateForSplit(payment, effect, portfolio, i);
       }
     }
     const bool pays = effect.isYield() && effect.type != TransactionType::returnOfCapital &&
@@ -90,13 +87,12 @@ PaidHolding paidHolding(Portfolio& portfolio, const EquityPointer& equity,
 }
 
 /// What the shares of today would have been paid.
-TrailNode paidOnHolding(const Portfolio& portfolio, PaidHolding& holding) {
+TrailNode paidOnHolding(Portfolio& portfolio, PaidHolding& holding) {
   const std::string unit(portfolio.primaryCurrency().code);
   TrailNode perShare =
       sumOf("Paid per share in the last 12 months", unit, std::exchange(holding.perShare, {}));
-  TrailNode shares{.label = "Shares held",
-                   .value = holding.shares,
-                   .source = ledgerSource(portfolio, holding.lastRow)};
+  TrailNode shares =
+      fromRow({.label = "Shares held", .value = holding.shares}, portfolio, holding.lastRow);
   return productOf("Paid on the shares of today", unit, {std::move(perShare), std::move(shares)});
 }
 
@@ -108,10 +104,10 @@ std::optional<TrailNode> yieldOnCostTrail(Portfolio& portfolio, const EquityPoin
   if (holding.costBase <= 0) {
     return std::nullopt;
   }
-  TrailNode cost{.label = "Cost base",
-                 .value = holding.costBase,
-                 .unit = std::string(portfolio.primaryCurrency().code),
-                 .source = ledgerSource(portfolio, holding.lastRow)};
+  TrailNode cost = fromRow({.label = "Cost base",
+                            .value = holding.costBase,
+                            .unit = std::string(portfolio.primaryCurrency().code)},
+                           portfolio, holding.lastRow);
   TrailNode paid = paidOnHolding(portfolio, holding);
   return percentOf("Yield on cost of " + equity->symbol,
                    quotientOf("Paid by cost base", "", std::move(paid), std::move(cost)));

@@ -20,12 +20,4 @@ namespace corvane {
 [[nodiscard]] std::optional<TrailNode> capitalGainTrail(Portfolio& portfolio, std::size_t row,
                                                         const Calendar& calendar);
 
-/// The worth of `portfolio` at the recent prices: each equity, each currency. Throws what
-/// PortfolioManager::valuation throws where there is none. Main queue only.
-[[nodiscard]] TrailNode valueTrail(Portfolio& portfolio);
-
-/// The net deposits of `portfolio` at the recent rates: what each row has brought in or taken out,
-/// by currency. Throws as valueTrail() does. Main queue only.
-[[nodiscard]] TrailNode depositsTrail(Portfolio& portfolio);
-
 }  // namespace corvane

@@ -6,6 +6,7 @@
 
 #include "reports/series/report_days.h"
 #include "reports/tax/sale_estimate.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
@@ -41,24 +42,24 @@ class TaxTrail {
   }
 
  private:
-  [[nodiscard]] std::string sourceOf(std::size_t row) const {
-    const TaxRowPlace& place = line_.places[row];
+  [[nodiscard]] std::string holderText(std::size_t row) const {
     const TaxHolder& holder = holders_[line_.rows[row].holder];
-    std::string source =
-        "row " + std::to_string(place.position + 1) + " of “" + place.portfolio->name + "”";
     if (!holder.isTaxable) {
-      return source + ", registered";
+      return ", registered";
     }
-    return holder.name.empty() ? source : source + ", of " + holder.name;
+    return holder.name.empty() ? "" : ", of " + holder.name;
   }
 
   [[nodiscard]] TrailNode leaf(std::string label, const Decimal& value, std::string unit,
                                std::size_t row) const {
-    return {.label = std::move(label),
-            .value = value,
-            .unit = std::move(unit),
-            .day = line_.rows[row].day,
-            .source = sourceOf(row)};
+    const TaxRowPlace& place = line_.places[row];
+    TrailNode made = fromRow({.label = std::move(label),
+                              .value = value,
+                              .unit = std::move(unit),
+                              .day = line_.rows[row].day},
+                             *place.portfolio, place.position);
+    made.source += holderText(row);
+    return made;
   }
 
   // ── The cost of what was sold ──

@@ -1,6 +1,8 @@
 // How a figure came about: a tree whose every inner node can be recomputed from what is below it.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +11,8 @@
 #include "core/money/year_month_day.h"
 
 namespace corvane {
+
+class Portfolio;
 
 struct TrailNode {
   enum class Operation {
@@ -21,17 +25,27 @@ struct TrailNode {
     least,       ///< the least of the children
     solution,    ///< the first child, at which the second one is 0
   };
+  /// A row of a ledger, which its name alone would not tell where two portfolios share it.
+  struct Row {
+    std::weak_ptr<Portfolio> portfolio;  ///< whose ledger it is, never a copy
+    std::size_t position = 0;            ///< in the ledger, from 0
+  };
+
   std::string label;
-  Decimal value = {};
+  Decimal value = {};     ///< NaN where it is not known, as without a price; the note says why
   std::string unit = {};  ///< a currency's code, or empty for a plain number
   std::optional<YearMonthDay> day = std::nullopt;
   Operation operation = Operation::leaf;
   int digits = 0;  ///< of a rounding
   std::vector<TrailNode> children = {};
-  /// Where a leaf comes from: a row, a quote, a rate, a setting.
+  /// Where a leaf comes from, for people: a row, a quote, a rate, a setting.
   std::string source = {};
-  std::string note = {};  ///< what the reader might stumble over
+  std::string note = {};                  ///< what the reader might stumble over
+  std::optional<Row> row = std::nullopt;  ///< that `source` tells of
+  /// Of deposits: the same in the primary currency at the rates of their own days.
+  std::optional<Decimal> atRatesOfDays = std::nullopt;
 
+  [[nodiscard]] bool isKnown() const { return !value.isNaN(); }
   /// The value that the children give; that of a leaf.
   [[nodiscard]] Decimal recomputed() const;
 };
