@@ -3,18 +3,18 @@
 #include <utility>
 
 #include "exchange/exports/report_lines_exporter.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
 
 /// A line of a sum that comes from a row of a ledger.
 TrailNode placedLeaf(const TaxRowPlace& place, const char* what, const Decimal& amount) {
-  return {.label = std::string(what) + " of " + place.equity->symbol,
-          .value = amount,
-          .unit = std::string(place.portfolio->primaryCurrency().code),
-          .day = place.settlement,
-          .source =
-              "row " + std::to_string(place.position + 1) + " of “" + place.portfolio->name + "”"};
+  return fromRow({.label = std::string(what) + " of " + place.equity->symbol,
+                  .value = amount,
+                  .unit = std::string(place.portfolio->primaryCurrency().code),
+                  .day = place.settlement},
+                 *place.portfolio, place.position);
 }
 
 TrailNode shownTaxSum(const std::string& label, const Currency& currency,
