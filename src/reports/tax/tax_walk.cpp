@@ -41,12 +41,13 @@ std::vector<Decimal> dividedByWeights(const Decimal& amount, const std::vector<D
                                       const Currency& currency) {
   const Decimal sum = std::accumulate(weights.begin(), weights.end(), Decimal());
   std::vector<Decimal> parts;
+  // Times `sum`: quotients without an end would tell equal rests apart.
   std::vector<Decimal> rests;
   Decimal left = amount;
   for (const Decimal& weight : weights) {
-    const Decimal exact = amount * weight / sum;
-    parts.push_back(rounded(exact, currency.minorUnits, RoundingMode::down));
-    rests.push_back(exact - parts.back());
+    const Decimal exact = amount * weight;
+    parts.push_back(rounded(exact / sum, currency.minorUnits, RoundingMode::down));
+    rests.push_back(exact - parts.back() * sum);
     left -= parts.back();
   }
   const Decimal unit = Decimal::fromParts(Sign::plus, -currency.minorUnits, 1);
@@ -54,7 +55,7 @@ std::vector<Decimal> dividedByWeights(const Decimal& amount, const std::vector<D
     const auto most = std::ranges::max_element(rests);
     const Decimal given = std::min(unit, left);
     parts[static_cast<std::size_t>(most - rests.begin())] += given;
-    *most -= unit;
+    *most -= unit * sum;
     left -= given;
   }
   return parts;
