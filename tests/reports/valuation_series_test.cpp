@@ -338,7 +338,9 @@ TEST(ValuationProperty, AgreesWithAPlainReckoningAndAddsUp) {
     const TimeWeightedReturn whole = timeWeightedReturn(days);
     const TimeWeightedReturn early = timeWeightedReturn(first);
     const TimeWeightedReturn late = timeWeightedReturn(second);
-    if (!whole.restart) {
+    // What is paid after the last share was sold counts on the last day held, which the second half
+    // may lack.
+    if (!whole.restart && !late.hasGainWithoutCapital) {
       EXPECT_NEAR((1 + early.total.value_or(0)) * (1 + late.total.value_or(0)),
                   1 + whole.total.value_or(0), 1e-9);
     }
