@@ -98,9 +98,8 @@ Listing coverageListing(const std::vector<PriceCoverage>& coverages) {
   for (const PriceCoverage& each : coverages) {
     const std::string kind = each.isExchangeRate ? "rate" : "equity";
     for (const auto& [days, state] : each.stretches) {
-      listing.add({each.equity->symbol, kind, std::string(rawValue(state)),
-                   isoText(days.first), isoText(days.last),
-                   std::to_string(daysBetween(days.first, days.last) + 1),
+      listing.add({each.equity->symbol, kind, std::string(rawValue(state)), isoText(days.first),
+                   isoText(days.last), std::to_string(daysBetween(days.first, days.last) + 1),
                    std::string(noteOnCoverage(state))});
     }
     if (each.problem) {
