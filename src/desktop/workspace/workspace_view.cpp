@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTabWidget>
@@ -415,7 +416,7 @@ void WorkspaceView::fillColumnsMenu(QMenu& menu) {
 }
 
 /// What the context menus of the charts, tables and figures that are seen offer and no other menu
-/// does.
+/// does, and the menus of buttons.
 void WorkspaceView::fillScreenMenu(QMenu& menu) {
   qDeleteAll(menu.findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly));
   menu.clear();
@@ -437,6 +438,11 @@ void WorkspaceView::fillScreenMenu(QMenu& menu) {
                     ? &menu
                     : menu.addMenu(widget->accessibleName());
     to->addActions(actions);
+  }
+  for (const QPushButton* button : detail_->findChildren<QPushButton*>()) {
+    if (button->isVisible() && button->menu() != nullptr) {
+      menu.addMenu(button->text())->addActions(button->menu()->actions());
+    }
   }
   menu.setEnabled(!menu.isEmpty());
 }
