@@ -363,7 +363,7 @@ void StatementDialog::fitQuestions() {
   answer_->setVisible(!answers_.empty());
   // The lines stay in sight, however many questions there are; a field that gets the keyboard comes
   // into view.
-  constexpr int mostHeight = 220;
+  constexpr int mostHeight = 160;
   questions_->activate();
   questionArea_->setFixedHeight(std::min(questionArea_->widget()->sizeHint().height(), mostHeight));
   // They come one after the other, and what uses them behind the last.
