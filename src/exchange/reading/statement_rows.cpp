@@ -49,7 +49,9 @@ StatementRow StatementRows::operator[](std::size_t row) const {
           .question = asked == nullptr ? std::nullopt : std::optional(*asked),
           .kind = std::string(kind(row)),
           .symbol = std::string(symbol(row)),
-          .transactions = transactions(row),
+          // What lacks a rate is nothing to record yet.
+          .transactions = verdict(row) == RowVerdict::asks ? std::vector<BasicTransaction>()
+                                                           : transactions(row),
           .rate = std::string(rate(row)),
           .time = time(row),
           .id = std::string(id(row))};
