@@ -16,8 +16,11 @@ void RowMoney::finish(StatementRows& rows, std::size_t row) {
     rows.stop(row, stopped.stop);
     const bool lacksRate =
         stopped.stop.question && stopped.stop.question->about == RowQuestion::About::rate;
-    if (lacksRate && figures.kind != StatementKind::journal) {
+    if (lacksRate) {
       // Enough to find it in the ledger, where it need not ask.
+      if (figures.kind == StatementKind::journal) {
+        figures.cost = Decimal(0);
+      }
       rows.finish(row, figures, rate_);
     }
     return;
