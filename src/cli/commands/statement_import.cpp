@@ -173,16 +173,16 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar, Lis
     writeHeading(preview, console);
   }
   using enum Listing::Kind;
-  Listing lines({{"line", "Line", number},
-                 {"verdict", "Verdict"},
-                 {"day", "Day"},
-                 {"kind", "Kind"},
-                 {"symbol", "Symbol"},
-                 {"shares", "Shares", number},
-                 {"amount", "Amount", number},
-                 {"currency", "Currency"},
-                 {"rate", "Rate"},
-                 {"reason", "Reason"}});
+  const Listing lines({{"line", "Line", number},
+                       {"verdict", "Verdict"},
+                       {"day", "Day"},
+                       {"kind", "Kind"},
+                       {"symbol", "Symbol"},
+                       {"shares", "Shares", number},
+                       {"amount", "Amount", number},
+                       {"currency", "Currency"},
+                       {"rate", "Rate"},
+                       {"reason", "Reason"}});
   const std::vector<std::uint32_t> order = preview.reading.rows.byLine();
   lines.write(format, console.out, order.size(), [&](std::size_t place) {
     const StatementRow row = preview.reading.rows[order[place]];

@@ -122,7 +122,7 @@ class HeadingTrail {
     std::optional<Decimal> atRatesOfDays = 0;
     for (const auto& [code, deposits] : byCurrency) {
       TrailNode sum = depositsIn(deposits, ratesOfDays);
-      std::optional<Decimal> beside = sum.atRatesOfDays;
+      const std::optional<Decimal> beside = sum.atRatesOfDays;
       atRatesOfDays = added(atRatesOfDays, beside);
       TrailNode part = atRecentRate("Net deposits in " + code, {std::move(sum)}, deposits.currency);
       part.atRatesOfDays = beside;
