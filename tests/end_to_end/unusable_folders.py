@@ -10,11 +10,16 @@ import sys
 from accessible_desktop import Failure, Screen, expect, wait_for
 
 
+def later_buttons(screen):
+    return [b for window in screen.windows() for b in window.find_all("push button", "Later")]
+
+
 def leave_the_work_of_others(screen):
     """The program falls back on the folder of the machine, where another run may have left work."""
-    for window in screen.windows():
-        for button in window.find_all("push button", "Later"):
-            button.press()
+    for button in later_buttons(screen):
+        button.press()
+        # A button that is pressed again while it goes down stays down.
+        wait_for("the question to close", lambda: not later_buttons(screen))
 
 
 def alert(screen):
