@@ -338,7 +338,8 @@ void learn(const StatementRun& run, const StatementPreview& preview) {
 
 void record(StatementRun& run, const StatementPreview& preview, WorkspaceFile& workspace,
             const PortfolioPointer& portfolio, StatementMemory& memory) {
-  run.bytes = {};  // the rows have what is needed of a file that may be large
+  // The rows have what is needed of a file that may be large. (An assignment keeps the room.)
+  std::string().swap(run.bytes);
   if (preview.newRowCount() == 0) {
     run.console.out << (presentCount(preview) > 0
                             ? "Nothing is new: all " + std::to_string(presentCount(preview)) +
