@@ -82,7 +82,10 @@ std::string_view RowTexts::text(RowField field) const {
       joined += text;
     }
   }
-  made_[place] = std::move(joined);
+  // Whoever has asked before looks at the same text.
+  if (made_[place] != joined) {
+    made_[place] = std::move(joined);
+  }
   return made_[place];
 }
 

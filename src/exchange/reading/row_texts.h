@@ -29,7 +29,7 @@ class RowTexts {
     return match_->rule == nullptr ? std::string_view() : std::string_view(match_->rule->why);
   }
 
-  /// The text of a field; empty where there is none.
+  /// The text of a field; empty where there is none. Good until the next row is gone to.
   [[nodiscard]] std::string_view text(RowField field) const;
   /// A column that a field's text comes from, for messages.
   [[nodiscard]] std::string columnOf(RowField field) const;
