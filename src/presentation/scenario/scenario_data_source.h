@@ -110,11 +110,11 @@ class ScenarioDataSource : public TableModel {
   template <typename Row, std::size_t count>
   [[nodiscard]] static std::vector<ColumnSpec> specsOf(
       const std::array<ColumnSpecOf<Row>, count>& table) {
-    std::vector<ColumnSpec> specs;
+    std::vector<ColumnSpec> columns;
     for (const ColumnSpecOf<Row>& each : table) {
-      specs.push_back(each.column);
+      columns.push_back(each.column);
     }
-    return specs;
+    return columns;
   }
 
   const std::vector<ColumnSpec> tableColumnSpecs_;
