@@ -11,8 +11,7 @@
 #include <vector>
 
 #include "exchange/profiles/profile_shelf.h"
-#include "exchange/statements/statement_preview.h"
-#include "ledger/manager/portfolio_manager.h"
+#include "statement_recording.h"
 
 namespace {
 
@@ -39,23 +38,9 @@ class BalanceChecker : public OFXHandler {
 
 void preview(const std::string& file) {
   static const ProfileShelf shelf = ProfileShelf::of({CORVANE_STATEMENTS});
-  const auto manager = std::make_shared<PortfolioManager>(std::make_shared<QuoteProvider>());
-  const auto portfolio = manager->createPortfolio(Currency::cad());
-  try {
-    const StatementPreview preview =
-        previewStatement(file, shelf.profiles, portfolio, StatementOptions());
-    const auto transactions = preview.transactions();
-    if (!transactions.empty()) {
-      manager->recordTransactions(transactions, portfolio, nullptr);
-      if (portfolio->transactions().size() != transactions.size()) {
-        std::abort();
-      }
-    }
-  } catch (const Error& error) {
-    if (!error.description() || !portfolio->transactions().empty()) {
-      std::abort();
-    }
-  }
+  recordWhatIsNew([&](const PortfolioPointer& portfolio) {
+    return previewStatement(file, shelf.profiles, portfolio, StatementOptions());
+  });
 }
 
 }  // namespace

@@ -7,35 +7,21 @@
 #include <string>
 #include <string_view>
 
-#include "exchange/statements/statement_preview.h"
-#include "ledger/manager/portfolio_manager.h"
 #include "platform/async/dispatch_queue.h"
+#include "statement_recording.h"
 
 namespace {
 
 using namespace corvane;
 
 void run(std::string_view layout, const std::string& statement) {
-  const auto manager = std::make_shared<PortfolioManager>(std::make_shared<QuoteProvider>());
-  const auto portfolio = manager->createPortfolio(Currency::cad());
-  try {
+  recordWhatIsNew([&](const PortfolioPointer& portfolio) {
     const std::vector<StatementProfile> profiles = {
         StatementProfile::parse(layout, "fuzz", "fuzz.toml")};
     StatementOptions options;
     options.currencyCode = "CAD";
-    const StatementPreview preview = previewStatement(statement, profiles, portfolio, options);
-    const auto transactions = preview.transactions();
-    if (!transactions.empty()) {
-      manager->recordTransactions(transactions, portfolio, nullptr);
-      if (portfolio->transactions().size() != transactions.size()) {
-        std::abort();
-      }
-    }
-  } catch (const Error& error) {
-    if (!error.description() || !portfolio->transactions().empty()) {
-      std::abort();
-    }
-  }
+    return previewStatement(statement, profiles, portfolio, options);
+  });
 }
 
 }  // namespace
