@@ -15,13 +15,6 @@
 namespace corvane {
 namespace {
 
-/// What went wrong, and why or what helps.
-std::string reasonOf(const Error& error) {
-  const std::string further = error.furtherText();
-  return error.description().value_or("The row was refused.") +
-         (further.empty() ? "" : " " + further);
-}
-
 /// The line of the row that the new transaction at `index` comes from.
 std::uint32_t lineOf(std::size_t index, const StatementRows& rows) {
   std::uint32_t line = 0;
@@ -173,7 +166,7 @@ std::vector<BasicTransaction> recordStatement(
     if (recorded == transactions.size()) {
       throw;
     }
-    throw StatementError(lineOf(recorded, preview.reading.rows), "", reasonOf(error));
+    throw StatementError(lineOf(recorded, preview.reading.rows), "", ledgerRefusalText(error));
   }
   return transactions;
 }

@@ -28,13 +28,6 @@ struct TrialRefusal {
   std::string reason;
 };
 
-/// What went wrong, and why or what helps.
-std::string refusalText(const Error& error) {
-  const std::string further = error.furtherText();
-  return error.description().value_or("The row was refused.") +
-         (further.empty() ? "" : " " + further);
-}
-
 /// Those of `order` that are new, by settlement.
 TrialOrder newBySettlement(const StatementRows& rows, const TrialOrder& order) {
   TrialOrder chosen;
@@ -110,7 +103,7 @@ class TrialBooking {
       try {
         (void)book(transaction, entry, portfolio_, state_);
       } catch (const PortfolioManagerError& error) {
-        return refusalText(blaming(&transaction, error));
+        return ledgerRefusalText(blaming(&transaction, error));
       }
     }
     return std::nullopt;
@@ -160,7 +153,7 @@ class TrialCopy {
         }
       });
     } catch (const PortfolioManagerError& error) {
-      return TrialRefusal{places[std::min(recorded, places.size() - 1)], refusalText(error)};
+      return TrialRefusal{places[std::min(recorded, places.size() - 1)], ledgerRefusalText(error)};
     }
     return std::nullopt;
   }
@@ -217,6 +210,12 @@ void findRefusals(StatementRows& rows, RefusalOf refusalOf, Next next) {
 }
 
 }  // namespace
+
+std::string ledgerRefusalText(const Error& error) {
+  const std::string further = error.furtherText();
+  return error.description().value_or("The row was refused.") +
+         (further.empty() ? "" : " " + further);
+}
 
 std::vector<std::uint32_t> recordingOrder(const StatementRows& rows) {
   return newBySettlement(rows, asTheyStand(rows));

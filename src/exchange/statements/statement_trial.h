@@ -3,12 +3,17 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "exchange/reading/statement_rows.h"
 #include "ledger/portfolio/portfolio.h"
+#include "platform/error.h"
 
 namespace corvane {
+
+/// Why a ledger refuses a row: what went wrong, and why or what helps. Any thread.
+[[nodiscard]] std::string ledgerRefusalText(const Error& error);
 
 /// The new rows of a statement in the order in which they are recorded: that of their settlement,
 /// and of the rows within a day. So a ledger that they go to the end of grows row by row.
