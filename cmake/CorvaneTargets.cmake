@@ -1,6 +1,11 @@
 # What every target of the project has in common, so that each folder only lists what is its own.
 
 find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  # Paths below the checkout count as relative ones, so that checkouts side by side serve each other.
+  set(CORVANE_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}
+                                CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
+endif()
 
 # Compiling a dozen sources as one unit reads the headers once: two thirds of the time of a clean
 # build. The debug preset compiles each source by itself, so that includes stay honest.
@@ -19,18 +24,54 @@ function(corvane_target_defaults target)
     target_compile_options(${target} PRIVATE -Wno-shadow)
   endif()
   if(CCACHE_PROGRAM)
-    set_target_properties(${target} PROPERTIES CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+    set_target_properties(${target} PROPERTIES CXX_COMPILER_LAUNCHER "${CORVANE_COMPILER_LAUNCHER}")
   endif()
+endfunction()
+
+# corvane_sources(<target> ROOT <folder> BATCH <count> SOURCES <files>): what a target is compiled of,
+# in units of BATCH sources where CORVANE_UNITY says so. A unit names its sources from ROOT, which is
+# among the target's include directories: CMake's own units name them by their whole path, which no two
+# checkouts have in common. Qt's moc finds the headers of the sources.
+function(corvane_sources target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "ROOT;BATCH" "SOURCES")
+  if(NOT CORVANE_UNITY)
+    target_sources(${target} PRIVATE ${ARG_SOURCES})
+    return()
+  endif()
+  get_property(unit GLOBAL PROPERTY CORVANE_UNITS_OF_${target})
+  if(NOT unit)
+    set(unit 0)
+  endif()
+  while(ARG_SOURCES)
+    set(text "")
+    foreach(_ RANGE 1 ${ARG_BATCH})
+      if(NOT ARG_SOURCES)
+        break()
+      endif()
+      list(POP_FRONT ARG_SOURCES source)
+      get_filename_component(path "${source}" ABSOLUTE)
+      file(RELATIVE_PATH name "${ARG_ROOT}" "${path}")
+      string(APPEND text "#include \"${name}\"\n")
+      string(REGEX REPLACE "[.]cpp$" ".h" header "${path}")
+      if(EXISTS "${header}")
+        target_sources(${target} PRIVATE "${header}")
+      endif()
+    endforeach()
+    set(file "${PROJECT_BINARY_DIR}/units/${target}_${unit}.cpp")
+    file(CONFIGURE OUTPUT "${file}" CONTENT "${text}" @ONLY)
+    target_sources(${target} PRIVATE "${file}")
+    math(EXPR unit "${unit} + 1")
+  endwhile()
+  set_property(GLOBAL PROPERTY CORVANE_UNITS_OF_${target} ${unit})
 endfunction()
 
 # corvane_library(<folder> SOURCES <files> [USES <targets>] [USES_PRIVATELY <targets>])
 # One static library for one folder under src/, named corvane_<folder>.
 function(corvane_library folder)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;USES;USES_PRIVATELY")
-  add_library(corvane_${folder} STATIC ${ARG_SOURCES})
+  add_library(corvane_${folder} STATIC)
   corvane_target_defaults(corvane_${folder})
-  set_target_properties(corvane_${folder} PROPERTIES UNITY_BUILD "${CORVANE_UNITY}"
-                                                     UNITY_BUILD_BATCH_SIZE 12)
+  corvane_sources(corvane_${folder} ROOT "${PROJECT_SOURCE_DIR}/src" BATCH 12 SOURCES ${ARG_SOURCES})
   target_include_directories(corvane_${folder} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(corvane_${folder} PUBLIC ${ARG_USES} PRIVATE ${ARG_USES_PRIVATELY})
 endfunction()
@@ -46,7 +87,7 @@ endfunction()
 function(corvane_tests folder)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "ABROAD;COMMAS;CONCURRENT" "SHARDS" "SOURCES;APART;USES")
   set(program ${folder}_tests)
-  add_executable(${program} ${ARG_SOURCES})
+  add_executable(${program})
   corvane_target_defaults(${program})
   target_include_directories(${program} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${program} PRIVATE ${ARG_USES} GTest::gmock GTest::gtest_main)
@@ -54,11 +95,15 @@ function(corvane_tests folder)
     # What is local to one source of a unit may have the name of something global to another.
     target_compile_options(${program} PRIVATE -Wno-shadow)
   endif()
-  set_target_properties(${program} PROPERTIES UNITY_BUILD "${CORVANE_UNITY}"
-                                              UNITY_BUILD_BATCH_SIZE 6
-                                              RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
-  target_sources(${program} PRIVATE ${ARG_APART})
-  corvane_compile_apart(${program} ${ARG_APART})
+  # Tests run seconds, and take longer to compile than what they test: half of what -O2 adds and three
+  # quarters of what checks for undefined behaviour add would be for their own code.
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(${program} PRIVATE -O1)
+  elseif(CMAKE_CXX_FLAGS_DEBUG MATCHES "undefined")
+    target_compile_options(${program} PRIVATE -fno-sanitize=undefined)
+  endif()
+  set_target_properties(${program} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  corvane_test_sources(${program} SOURCES ${ARG_SOURCES} APART ${ARG_APART})
 
   # The texts that most tests expect are those of a machine without a locale of its own.
   set(home "TZ=America/Toronto;LC_ALL=C.UTF-8")
@@ -84,9 +129,11 @@ function(corvane_tests folder)
   endif()
 endfunction()
 
-# corvane_compile_apart(<target> <files>): never in a unit with other sources.
-function(corvane_compile_apart target)
-  set_source_files_properties(${ARGN} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+# corvane_test_sources(<program> SOURCES <files> [APART <files>]): more sources of a test program.
+function(corvane_test_sources program)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;APART")
+  corvane_sources(${program} ROOT "${PROJECT_SOURCE_DIR}/tests" BATCH 6 SOURCES ${ARG_SOURCES})
+  target_sources(${program} PRIVATE ${ARG_APART})
 endfunction()
 
 function(corvane_test_run name program environment)
