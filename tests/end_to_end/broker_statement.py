@@ -7,9 +7,8 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 """
 
 import os
-import sys
 
-from accessible_desktop import Failure, Screen, expect, wait_for
+from accessible_desktop import expect, run, wait_for
 from one_evening import open_portfolio
 
 STATEMENT = """Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;Net Amount;Balance;Currency
@@ -121,16 +120,5 @@ def walk(screen):
     expect(grown == 3, f"the ledger has grown by {grown} rows")
 
 
-def main():
-    try:
-        with Screen(sys.argv[1], os.environ.get("CORVANE_SCREENS")) as screen:
-            walk(screen)
-    except Failure as failure:
-        print(f"FAILED: {failure}", file=sys.stderr)
-        return 1
-    print("The statement went in.")
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    run(walk, "The statement went in.")
