@@ -9,7 +9,7 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 import os
 
 from accessible_desktop import expect, run, wait_for
-from one_evening import open_portfolio
+from one_evening import open_portfolio, save_as_family
 
 STATEMENT = """Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;Net Amount;Balance;Currency
 12-03-2024 12:16:00;1002;Dividend;CWRLD.TO;Cedar World;CA0000000002;1.0;4.21;0.00;0.00;4.21;2.0;CAD
@@ -104,12 +104,7 @@ def walk(screen):
     read_again(screen, file)
     take_back(screen, window)
     screen.key("ctrl+z")
-    screen.key("ctrl+shift+s")
-    screen.window("Save Workspace")
-    screen.key("ctrl+a")
-    screen.write(family)
-    screen.key("Return")
-    screen.window("Family — Corvane")
+    save_as_family(screen, family)
     screen.quit()
 
     def rows(workspace):
