@@ -134,7 +134,9 @@ std::optional<rusage> runConsole(const std::filesystem::path& folder,
   return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? std::optional(usage) : std::nullopt;
 }
 
-void Import_console(benchmark::State& state) {
+/// The console imports the statement into an empty portfolio, with these options. The most memory
+/// that it took, in KiB.
+long importByConsole(benchmark::State& state, const std::string& options) {
   const std::filesystem::path folder = prepared().file().parent_path();
   long peak = 0;
   for (auto _ : state) {
@@ -143,10 +145,7 @@ void Import_console(benchmark::State& state) {
     (void)runConsole(folder, "create Family --portfolio Savings --currency CAD");
     state.ResumeTiming();
     const auto usage =
-        runConsole(folder,
-                   "import statement.csv --into Family --portfolio Savings --fields "
-                   "tradeDate,settlementDate,,note,,type,,symbol,,cashCurrency,numberOfShares,,,"
-                   "cashAmount");
+        runConsole(folder, "import statement.csv --into Family --portfolio Savings " + options);
     if (!usage) {
       state.SkipWithError("the console has refused the statement");
       break;
@@ -155,6 +154,13 @@ void Import_console(benchmark::State& state) {
   }
   state.counters["peak MB"] = static_cast<double>(peak) / 1000;
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
+  return peak;
+}
+
+void Import_console(benchmark::State& state) {
+  importByConsole(state,
+                  "--fields tradeDate,settlementDate,,note,,type,,symbol,,cashCurrency,"
+                  "numberOfShares,,,cashAmount");
 }
 BENCHMARK(Import_console)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
@@ -175,28 +181,9 @@ BENCHMARK(Statement_preview)->Unit(benchmark::kMillisecond)->UseRealTime();
 /// The console's preview of the statement, and its import, by the layout; the peak is told in MB
 /// and as a multiple of the file.
 void Statement_console(benchmark::State& state) {
-  const bool isPreview = state.range(0) != 0;
-  const std::filesystem::path folder = prepared().file().parent_path();
   const auto size = static_cast<double>(std::filesystem::file_size(prepared().file()));
-  long peak = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    files::remove(folder / "Family.corvane");
-    (void)runConsole(folder, "create Family --portfolio Savings --currency CAD");
-    state.ResumeTiming();
-    const auto usage =
-        runConsole(folder, std::string("import statement.csv --into Family --portfolio "
-                                       "Savings") +
-                               (isPreview ? " --preview --csv" : ""));
-    if (!usage) {
-      state.SkipWithError("the console has refused the statement");
-      break;
-    }
-    peak = std::max(peak, usage->ru_maxrss);
-  }
-  state.counters["peak MB"] = static_cast<double>(peak) / 1000;
+  const long peak = importByConsole(state, state.range(0) != 0 ? "--preview --csv" : "");
   state.counters["times the file"] = static_cast<double>(peak) * 1024 / size;
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * rowCount);
 }
 BENCHMARK(Statement_console)
     ->ArgName("preview")

@@ -12,16 +12,6 @@
 namespace corvane {
 namespace {
 
-/// A ledger of 100,000 rows, made once.
-World& largeWorld() {
-  static World world = [] {
-    World made;
-    made.record(100'000);
-    return made;
-  }();
-  return world;
-}
-
 void setRate(benchmark::State& state, std::size_t rows) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(rows));
 }

@@ -81,4 +81,14 @@ struct World {
   std::vector<EquityPointer> equities;
 };
 
+/// A ledger of 100,000 rows, made once.
+inline World& largeWorld() {
+  static World world = [] {
+    World made;
+    made.record(100'000);
+    return made;
+  }();
+  return world;
+}
+
 }  // namespace corvane

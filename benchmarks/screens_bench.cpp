@@ -13,16 +13,6 @@ namespace {
 constexpr std::size_t visibleRows = 40;
 const ClosedRange<YearMonthDay> allTime({2004, 1, 1}, {2023, 12, 31});
 
-/// A ledger of 100,000 rows, made once.
-World& largeWorld() {
-  static World world = [] {
-    World made;
-    made.record(100'000);
-    return made;
-  }();
-  return world;
-}
-
 /// Makes the texts of one screen of `table`; their length in bytes.
 std::size_t readScreen(const TableModel& table, std::size_t firstRow) {
   std::size_t length = 0;

@@ -2,7 +2,6 @@
 
 #include <malloc.h>
 
-#include <algorithm>
 #include <iostream>
 #include <string>
 #include <string_view>

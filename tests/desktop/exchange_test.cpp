@@ -53,6 +53,11 @@ class ExchangeTest : public ::testing::Test {
     static_cast<QDialog*>(panel)->accept();
   }
 
+  void importFrom(const std::filesystem::path& file) {
+    menuItem(*window, "Import Transactions")->trigger();
+    choose(file);
+  }
+
   template <typename Dialog>
   Dialog* waitFor() {
     EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<Dialog>(*window) != nullptr; }));
@@ -83,8 +88,7 @@ class ExchangeTest : public ::testing::Test {
 TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
   const auto file = world.folder / "statement.csv";
   std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\nDeposit,2026-03-25,250.00\n";
-  menuItem(*window, "Import Transactions")->trigger();
-  choose(file);
+  importFrom(file);
 
   auto* setup = waitFor<FieldSetupDialog>();
   ASSERT_NE(setup, nullptr);
@@ -124,8 +128,7 @@ TEST_F(ExchangeTest, ImportsAFileWhoseColumnsTheUserSetsUp) {
 TEST_F(ExchangeTest, ShowsWhatIsWrongWithAFileAndImportsNothing) {
   const auto file = world.folder / "broken.csv";
   std::ofstream(file) << "a,b\n1,2,3\n";
-  menuItem(*window, "Import Transactions")->trigger();
-  choose(file);
+  importFrom(file);
   auto* alert = waitFor<QMessageBox>();
   ASSERT_NE(alert, nullptr);
   EXPECT_EQ(alert->text().toStdString(), "Row 2 has 3 columns but 2 were expected.");
@@ -138,8 +141,7 @@ TEST_F(ExchangeTest, ShowsWhatIsWrongWithAFileAndImportsNothing) {
 TEST_F(ExchangeTest, CancelledSetupImportsNothing) {
   const auto file = world.folder / "statement.csv";
   std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\n";
-  menuItem(*window, "Import Transactions")->trigger();
-  choose(file);
+  importFrom(file);
   auto* setup = waitFor<FieldSetupDialog>();
   QTest::keyClick(setup, Qt::Key_Escape);
   EXPECT_TRUE(DesktopWorld::waitUntil([&] { return openDialog<QDialog>(*window) == nullptr; }));
@@ -192,8 +194,7 @@ TEST_F(ExchangeTest, HearsAnAssistiveTechnologyInEveryBoxOfAnExport) {
 TEST_F(ExchangeTest, RemembersWhereTheColumnsAre) {
   const auto file = world.folder / "statement.csv";
   std::ofstream(file) << "What,When,Amount\nDeposit,2026-03-22,500.00\nDeposit,2026-03-25,250.00\n";
-  menuItem(*window, "Import Transactions")->trigger();
-  choose(file);
+  importFrom(file);
   auto* setup = waitFor<FieldSetupDialog>();
   ASSERT_NE(setup, nullptr);
   buttonWith(*setup, "Remember Layout…")->click();

@@ -20,6 +20,7 @@
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "marketdata/yahoo_loopback_service.h"
+#include "support/shared_data.h"
 
 namespace corvane::testing {
 namespace {
@@ -63,13 +64,11 @@ std::string withoutEvents(std::string body) {
 class RecordedScreens : public ::testing::TestWithParam<Recorded> {
  protected:
   void SetUp() override {
-    const char* shared = std::getenv("CORVANE_SHARED_DATA");
-    if (shared != nullptr) {
-      folder_ = std::filesystem::path(shared) / "recorded-answers";
-    }
-    if (folder_.empty() || !std::filesystem::exists(folder_ / "index.json")) {
+    const auto index = sharedData("recorded-answers/index.json");
+    if (!index) {
       GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with recorded-answers/";
     }
+    folder_ = index->parent_path();
     surroundings.defaults = &defaults;
     surroundings.presentError = [this](const Error& error) {
       errors.push_back(error.description().value_or("?"));

@@ -7,10 +7,9 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 """
 
 import os
-import sys
 
-from accessible_desktop import Failure, Screen, expect, wait_for
-from one_evening import open_portfolio
+from accessible_desktop import expect, run, wait_for
+from one_evening import open_portfolio, save_as_family
 
 STATEMENT = """Date;Order #;Transaction;Symbol;Name;ISIN;Quantity;Unit price;Costs;Accrued Interest;Net Amount;Balance;Currency
 12-03-2024 12:16:00;1002;Dividend;CWRLD.TO;Cedar World;CA0000000002;1.0;4.21;0.00;0.00;4.21;2.0;CAD
@@ -105,12 +104,7 @@ def walk(screen):
     read_again(screen, file)
     take_back(screen, window)
     screen.key("ctrl+z")
-    screen.key("ctrl+shift+s")
-    screen.window("Save Workspace")
-    screen.key("ctrl+a")
-    screen.write(family)
-    screen.key("Return")
-    screen.window("Family — Corvane")
+    save_as_family(screen, family)
     screen.quit()
 
     def rows(workspace):
@@ -121,16 +115,5 @@ def walk(screen):
     expect(grown == 3, f"the ledger has grown by {grown} rows")
 
 
-def main():
-    try:
-        with Screen(sys.argv[1], os.environ.get("CORVANE_SCREENS")) as screen:
-            walk(screen)
-    except Failure as failure:
-        print(f"FAILED: {failure}", file=sys.stderr)
-        return 1
-    print("The statement went in.")
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    run(walk, "The statement went in.")

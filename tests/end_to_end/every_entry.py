@@ -143,6 +143,13 @@ def start(screen):
     return workspace + ".corvane"
 
 
+def wait_for_words(form, words):
+    wait_for(
+        f"“{words}”",
+        lambda: any(words in label.name for label in form.find_all("label")),
+    )
+
+
 def refuse_unknown_equity(screen, book):
     """An equity that the service does not know is said to be such, and is not taken for another."""
     form = book.open_form("b")
@@ -160,11 +167,7 @@ def refuse_unknown_equity(screen, book):
     expect(not form.find("push button", "Buy").has("enabled"), "no equity can be bought")
     screen.key("Tab")
     screen.retype(form.find("text", "Number of Shares"), "1")
-    words = "ZZQQ is not known to the source of prices."
-    wait_for(
-        "the words about an unknown equity",
-        lambda: any(each.name.startswith(words) for each in form.find_all("label")),
-    )
+    wait_for_words(form, "ZZQQ is not known to the source of prices.")
     screen.picture("unknown-equity")
     screen.key("Escape")
     screen.wait_until_gone(FORM)
@@ -207,19 +210,14 @@ def refuse_bad_input(screen, book):
         expect(not form.find("push button", "Sell").has("enabled"), f"{text} can be recorded")
     # As a spreadsheet writes what was paid out.
     screen.retype(form.find("text", "Total Proceeds"), "($1,500.00)")
-    wait_for(
-        "the words about a negative amount",
-        lambda: any("Enter a total of 0 or more." in e.name for e in form.find_all("label")),
-    )
+    wait_for_words(form, "Enter a total of 0 or more.")
     screen.picture("bad-input")
     screen.retype(form.find("text", "Transaction Date"), "2024-02-21")
     book.choose_equity(form, "CWRLD")
     screen.retype(form.find("text", "Number of Shares"), "1000")
     screen.retype(form.find("text", "Total Proceeds"), "1")
-    refusal = "⚠ Insufficient shares. The transaction requires 1000\u00a0shares of CWRLD.TO but"
-    wait_for(
-        "the reason of the refusal",
-        lambda: any(each.name.startswith(refusal) for each in form.find_all("label")),
+    wait_for_words(
+        form, "⚠ Insufficient shares. The transaction requires 1000\u00a0shares of CWRLD.TO but"
     )
     screen.key("Return")
     screen.window("Corvane")

@@ -95,6 +95,16 @@ def check_gains(file):
     )
 
 
+def save_as_family(screen, file):
+    """Saves the workspace in `file`, which is Family.corvane in some folder."""
+    screen.key("ctrl+shift+s")
+    screen.window("Save Workspace")
+    screen.key("ctrl+a")
+    screen.write(file)
+    screen.key("Return")
+    screen.window("Family — Corvane")
+
+
 def evening(screen, examples):
     gains = os.path.join(screen.work, "gains.csv")
     family = os.path.join(screen.work, "Family.corvane")
@@ -125,12 +135,7 @@ def evening(screen, examples):
     screen.wait_until_gone("Export")
     check_gains(gains)
 
-    screen.key("ctrl+shift+s")
-    screen.window("Save Workspace")
-    screen.key("ctrl+a")
-    screen.write(family)
-    screen.key("Return")
-    screen.window("Family — Corvane")
+    save_as_family(screen, family)
     screen.picture("saved")
     screen.quit()
     check_saved(screen, family)

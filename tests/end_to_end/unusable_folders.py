@@ -5,9 +5,8 @@ CORVANE_SCREENS names a folder that keeps a picture of every step.
 """
 
 import os
-import sys
 
-from accessible_desktop import Failure, Screen, expect, wait_for
+from accessible_desktop import expect, run, wait_for
 
 
 def later_buttons(screen):
@@ -52,16 +51,5 @@ def walk(screen):
     expect(screen.program.returncode == 0, f"it ended with status {screen.program.returncode}")
 
 
-def main():
-    try:
-        with Screen(sys.argv[1], os.environ.get("CORVANE_SCREENS")) as screen:
-            walk(screen)
-    except Failure as failure:
-        print(f"FAILED: {failure}", file=sys.stderr)
-        return 1
-    print("The program ran without its folder.")
-    return 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    run(walk, "The program ran without its folder.")

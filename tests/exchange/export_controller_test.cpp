@@ -16,14 +16,8 @@ using testing::completes;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using testing::PlainConfiguration;
 using testing::readText;
-
-struct PlainConfiguration : ImportExportConfigurationValue<PlainConfiguration> {
-  int setting = 0;
-  [[nodiscard]] bool hasSameSettings(const PlainConfiguration& other) const {
-    return setting == other.setting;
-  }
-};
 
 class TableBroker : public ExportBroker {
  public:

@@ -24,15 +24,9 @@ using testing::completes;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using testing::PlainConfiguration;
 using testing::ScriptedWindow;
 using testing::StatementWorld;
-
-struct PlainConfiguration : ImportExportConfigurationValue<PlainConfiguration> {
-  int setting = 0;
-  [[nodiscard]] bool hasSameSettings(const PlainConfiguration& other) const {
-    return setting == other.setting;
-  }
-};
 
 /// Notes what it is called with, and on which queue.
 class NotingBroker : public ImportBroker {

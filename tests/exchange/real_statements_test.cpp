@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <sstream>
 
@@ -14,6 +13,7 @@
 #include "exchange/statements/symbol_search.h"
 #include "exchange/strict/cell_text.h"
 #include "platform/data/json.h"
+#include "support/shared_data.h"
 
 namespace corvane {
 namespace {
@@ -169,14 +169,12 @@ class RealStatements : public ::testing::Test {
 };
 
 TEST_F(RealStatements, GoInWithTheirRowsSharesAndCash) {
-  const char* shared = std::getenv("CORVANE_SHARED_DATA");
-  const std::filesystem::path folder =
-      shared == nullptr ? "" : std::filesystem::path(shared) / "statements";
-  if (shared == nullptr || !std::filesystem::exists(folder)) {
+  const auto folder = testing::sharedData("statements");
+  if (!folder) {
     GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with sample statements";
   }
   std::size_t count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+  for (const auto& entry : std::filesystem::directory_iterator(*folder)) {
     if (entry.is_directory()) {
       const std::string name = entry.path().filename().string();
       SCOPED_TRACE(name);

@@ -16,6 +16,14 @@
 
 namespace corvane::testing {
 
+/// What a broker of a test is set up with.
+struct PlainConfiguration : ImportExportConfigurationValue<PlainConfiguration> {
+  int setting = 0;
+  [[nodiscard]] bool hasSameSettings(const PlainConfiguration& other) const {
+    return setting == other.setting;
+  }
+};
+
 class ScriptedWindow : public ImportExportWindow {
  public:
   /// The answer to a panel.

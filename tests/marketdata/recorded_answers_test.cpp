@@ -4,7 +4,6 @@
 // skipped.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +14,7 @@
 #include "marketdata/yahoo/yahoo_quote_provider.h"
 #include "marketdata/yahoo_loopback_service.h"
 #include "platform/async/dispatch_queue.h"
+#include "support/shared_data.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -27,13 +27,11 @@ using enum QuoteInterval;
 class RecordedAnswersTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    const char* shared = std::getenv("CORVANE_SHARED_DATA");
-    if (shared != nullptr) {
-      folder_ = std::filesystem::path(shared) / "recorded-answers";
-    }
-    if (folder_.empty() || !std::filesystem::exists(folder_ / "index.json")) {
+    const auto index = sharedData("recorded-answers/index.json");
+    if (!index) {
       GTEST_SKIP() << "CORVANE_SHARED_DATA names no folder with recorded-answers/";
     }
+    folder_ = index->parent_path();
   }
   void TearDown() override {
     provider.reset();

@@ -90,14 +90,30 @@ class ReportFiguresTest : public PortfolioScreenWorld {
     return count;
   }
 
+  /// A report of the portfolio, once it has its figures.
+  template <typename Report>
+  std::shared_ptr<Report> shown() {
+    const auto report = Report::make(surroundings);
+    report->setShown(true);
+    report->setCurrentData(data, std::nullopt);
+    waitUntil([&] { return !report->isBusy(); });
+    return report;
+  }
+  std::shared_ptr<TaxYearViewController> shownTaxYear() {
+    model->portfolioManagers = {manager};
+    const auto tax = TaxYearViewController::make(surroundings);
+    tax->setDocumentModel(model);
+    tax->setShown(true);
+    waitUntil([&] { return !tax->isBusy(); });
+    return tax;
+  }
+
   PortfolioDataSlice data;
+  std::shared_ptr<WorkspaceModel> model = std::make_shared<WorkspaceModel>();
 };
 
 TEST_F(ReportFiguresTest, OfReturns) {
-  const auto returns = ReturnsViewController::make(surroundings);
-  returns->setShown(true);
-  returns->setCurrentData(data, std::nullopt);
-  waitUntil([&] { return !returns->isBusy(); });
+  const auto returns = shown<ReturnsViewController>();
   EXPECT_EQ(expectTrails(returns->figures()), 3);
   EXPECT_EQ(expectTrails(returns->monthTable), 4) << "three months and their year";
   EXPECT_EQ(expectTrails(returns->equityTable), 1);
@@ -105,10 +121,7 @@ TEST_F(ReportFiguresTest, OfReturns) {
 }
 
 TEST_F(ReportFiguresTest, OfIncome) {
-  const auto income = IncomeViewController::make(surroundings);
-  income->setShown(true);
-  income->setCurrentData(data, std::nullopt);
-  waitUntil([&] { return !income->isBusy(); });
+  const auto income = shown<IncomeViewController>();
   EXPECT_EQ(expectTrails(income->figures()), 4);
   EXPECT_EQ(expectTrails(income->monthTable), 6) << "two months and the year, and all in the sum";
   EXPECT_EQ(expectTrails(income->expectedTable), 3);
@@ -118,12 +131,7 @@ TEST_F(ReportFiguresTest, OfIncome) {
 }
 
 TEST_F(ReportFiguresTest, OfATaxYear) {
-  const auto model = std::make_shared<WorkspaceModel>();
-  model->portfolioManagers = {manager};
-  const auto tax = TaxYearViewController::make(surroundings);
-  tax->setDocumentModel(model);
-  tax->setShown(true);
-  waitUntil([&] { return !tax->isBusy(); });
+  const auto tax = shownTaxYear();
   ASSERT_EQ(tax->disposals.numberOfRows(), 2U);
   EXPECT_EQ(expectTrails(tax->figures()), 3);
   EXPECT_EQ(expectTrails(tax->totals), 12) << "of the equity and of all";
@@ -139,12 +147,7 @@ TEST_F(ReportFiguresTest, OfATaxYear) {
 }
 
 TEST_F(ReportFiguresTest, WriteEachListOfATaxYear) {
-  const auto model = std::make_shared<WorkspaceModel>();
-  model->portfolioManagers = {manager};
-  const auto tax = TaxYearViewController::make(surroundings);
-  tax->setDocumentModel(model);
-  tax->setShown(true);
-  waitUntil([&] { return !tax->isBusy(); });
+  const auto tax = shownTaxYear();
   const auto value = [&](TaxSection section, int row, const char* field) {
     return tax->makeExporter(section)->exportValue(row, field).value_or("none");
   };

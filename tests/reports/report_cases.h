@@ -16,6 +16,7 @@
 #include "core/decimal/decimal.h"
 #include "core/money/year_month_day.h"
 #include "platform/data/json.h"
+#include "support/shared_data.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -61,16 +62,14 @@ struct ReportCase {
 
 /// All worked examples: our own, and what the list that CORVANE_SHARED_DATA names has besides.
 inline std::vector<JSONValue> allReportCases() {
-  const auto read = [](const std::filesystem::path& folder) {
-    return JSONValue::parse(readText(folder / "report-cases.json")).at("cases").array();
+  const std::string name = "report-cases.json";
+  const auto read = [](const std::filesystem::path& file) {
+    return JSONValue::parse(readText(file)).at("cases").array();
   };
-  std::vector<JSONValue> all = read(CORVANE_REPORT_CASES);
-  const char* shared = std::getenv("CORVANE_SHARED_DATA");
-  if (shared == nullptr ||
-      !std::filesystem::exists(std::filesystem::path(shared) / "report-cases.json")) {
-    return all;
+  std::vector<JSONValue> all = read(std::filesystem::path(CORVANE_REPORT_CASES) / name);
+  if (const auto further = sharedData(name)) {
+    std::ranges::move(read(*further), std::back_inserter(all));
   }
-  std::ranges::move(read(shared), std::back_inserter(all));
   return all;
 }
 

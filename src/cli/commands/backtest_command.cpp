@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
@@ -290,37 +289,36 @@ void backtest(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command backtestCommand() {
-  std::vector<Option> options = {
-      {"--from", "DAY", "the first day, such as 2024-01-01", true},
-      {"--to", "DAY", "the last day", true},
-      intervalOption(),
-      {"--invest", "MONEY", "what there is to start with; else 1000"},
-      {"--buy-spread", "PART", "how far below the last trade to buy; else 0.05, which is 5%"},
-      {"--buy-max", "MONEY", "the most that one purchase spends; else 1000"},
-      {"--sell-spread", "PART", "how far above the last trade to sell; else 0.05"},
-      {"--sell-slice", "PART", "the part of the shares that one sale gives up; else 1"},
-      {"--stop-loss", "", "uses the four rules below too"},
-      {"--stop-loss-buy-spread", "PART", "how far above the last trade to buy"},
-      {"--stop-loss-buy-max", "MONEY", "the most that one such purchase spends"},
-      {"--stop-loss-sell-spread", "PART", "how far below the last trade to sell"},
-      {"--stop-loss-sell-slice", "PART", "the part of the shares that one such sale gives up"}};
-  options.push_back({"--batch", "METHOD",
-                     "a run for each day (daily), or for periods that grow or shrink by a day "
-                     "(from-start, from-end)",
-                     false, false, "daily from-start from-end"});
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
-  return {.name = "backtest",
-          .summary = "Replays a trading strategy over past prices.",
-          .words = {"SYMBOL"},
-          .options = std::move(options),
-          .explanation =
-              "Shows each trade, and the outcome beside that of buying and holding. "
-              "Prices are restated for\nsplits; money is in the currency of the equity.\n"
-              "With --batch each period is a run of its own, and a line of the answer. As data, "
-              "returns "
-              "are\nparts of one: 0.05 is 5%.\n",
-          .run = &backtest};
+  return {
+      .name = "backtest",
+      .summary = "Replays a trading strategy over past prices.",
+      .words = {"SYMBOL"},
+      .options = joined(
+          {{"--from", "DAY", "the first day, such as 2024-01-01", true},
+           {"--to", "DAY", "the last day", true},
+           intervalOption(),
+           {"--invest", "MONEY", "what there is to start with; else 1000"},
+           {"--buy-spread", "PART", "how far below the last trade to buy; else 0.05, which is 5%"},
+           {"--buy-max", "MONEY", "the most that one purchase spends; else 1000"},
+           {"--sell-spread", "PART", "how far above the last trade to sell; else 0.05"},
+           {"--sell-slice", "PART", "the part of the shares that one sale gives up; else 1"},
+           {"--stop-loss", "", "uses the four rules below too"},
+           {"--stop-loss-buy-spread", "PART", "how far above the last trade to buy"},
+           {"--stop-loss-buy-max", "MONEY", "the most that one such purchase spends"},
+           {"--stop-loss-sell-spread", "PART", "how far below the last trade to sell"},
+           {"--stop-loss-sell-slice", "PART", "the part of the shares that one such sale gives up"},
+           {"--batch", "METHOD",
+            "a run for each day (daily), or for periods that grow or shrink by a day "
+            "(from-start, from-end)",
+            false, false, "daily from-start from-end"}},
+          listingOptions(), priceSourceOptions()),
+      .explanation =
+          "Shows each trade, and the outcome beside that of buying and holding. "
+          "Prices are restated for\nsplits; money is in the currency of the equity.\n"
+          "With --batch each period is a run of its own, and a line of the answer. As data, "
+          "returns "
+          "are\nparts of one: 0.05 is 5%.\n",
+      .run = &backtest};
 }
 
 }  // namespace corvane::cli

@@ -1,5 +1,5 @@
-
 #include "cli/commands/commands.h"
+#include "cli/console/option_values.h"
 #include "cli/console/workspace_file.h"
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 
@@ -8,10 +8,7 @@ namespace {
 
 void create(const CommandLine& line, const Console& console) {
   const std::string& name = line.required("--portfolio");
-  const std::string& code = line.required("--currency");
-  if (!Currency::byCode().contains(code)) {
-    throw UsageError("“" + code + "” is not the code of a currency, such as CAD or EUR.");
-  }
+  const Currency currency = currencyNamed(line.required("--currency"));
   const std::string& path = line.word(0);
   WorkspaceFile workspace(path, console, /*isNew=*/!WorkspaceFile::exists(path));
   workspace.requireSound();
@@ -27,7 +24,7 @@ void create(const CommandLine& line, const Console& console) {
   form.completionHandler = [](const PortfolioPointer&) {};
   form.load();
   form.nameField.text = name;
-  form.currencyPopUpButton.select(Currency::byCode().find(code)->second);
+  form.currencyPopUpButton.select(currency);
   form.allowNegativeBalancesButton.isOn = line.has("--allow-negative-balances");
   form.trackCashAccountsButton.isOn = !line.has("--no-cash-accounts");
   form.updateGoButton();

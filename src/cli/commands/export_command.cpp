@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <functional>
-#include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
@@ -255,28 +254,29 @@ void exportPortfolio(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command exportCommand() {
-  std::vector<Option> options = {
-      {"--portfolio", "NAME", "the portfolio; of reports all where it is absent"},
-      {"--out", "FILE", "the file to write", true},
-      {"--from", "DAY", "the first day, such as 2024-01-01; else that of the first transaction"},
-      {"--to", "DAY", "the last day; else today"},
-      {"--fields", "LIST", "the columns, with commas between; else all"},
-      {"--no-header", "", "leaves out the row of titles"},
-      {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"},
-      {"--symbol", "S", "returns of one equity alone"},
-      {"--benchmark", "S", "an equity to compare returns with"},
-      {"--currency", "C", "the currency of returns of all portfolios together"},
-      {"--year", "YEAR", "of taxes, the year in which the tax year starts; else that of today"},
-      {"--person", "NAME", "whose tax year; else your own"},
-      {"--section", "NAME", "of taxes, disposals or income", false, false, "disposals income"},
-      {"--projected", "", "income with what the next twelve months are expected to bring"},
-      {"--return-of-capital", "", "counts returns of capital as income"}};
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {
       .name = "export",
       .summary = "Writes transactions, holdings, gains or a report to a file.",
       .words = {"transactions|holdings|gains|returns|tax|income", "WORKSPACE"},
-      .options = std::move(options),
+      .options = joined(
+          {{"--portfolio", "NAME", "the portfolio; of reports all where it is absent"},
+           {"--out", "FILE", "the file to write", true},
+           {"--from", "DAY",
+            "the first day, such as 2024-01-01; else that of the first transaction"},
+           {"--to", "DAY", "the last day; else today"},
+           {"--fields", "LIST", "the columns, with commas between; else all"},
+           {"--no-header", "", "leaves out the row of titles"},
+           {"--date-format", "FORMAT", "how dates are written, such as dd.MM.yyyy"},
+           {"--symbol", "S", "returns of one equity alone"},
+           {"--benchmark", "S", "an equity to compare returns with"},
+           {"--currency", "C", "the currency of returns of all portfolios together"},
+           {"--year", "YEAR",
+            "of taxes, the year in which the tax year starts; else that of today"},
+           {"--person", "NAME", "whose tax year; else your own"},
+           {"--section", "NAME", "of taxes, disposals or income", false, false, "disposals income"},
+           {"--projected", "", "income with what the next twelve months are expected to bring"},
+           {"--return-of-capital", "", "counts returns of capital as income"}},
+          priceSourceOptions()),
       .explanation =
           "FILE is text in UTF-8, each cell in quotes, with commas between. A file that is there "
           "is\nreplaced. Transactions that were written with all columns can be read by "

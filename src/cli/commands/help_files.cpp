@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/help.h"

@@ -1,11 +1,11 @@
 #include <array>
-#include <iterator>
 #include <optional>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/statement_import.h"
 #include "cli/console/console_exchange_window.h"
 #include "cli/console/field_names.h"
+#include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/imports/import_controller.h"
@@ -21,10 +21,9 @@ ExchangeAnswers answersIn(const CommandLine& line, const ImportBroker& broker) {
                              .fields = std::nullopt,
                              .includesHeaderRow = !line.has("--no-header"),
                              .dateFormat = line.value("--date-format"),
-                             .currencyCode = line.value("--currency")};
-  if (answers.currencyCode && !Currency::byCode().contains(*answers.currencyCode)) {
-    throw UsageError("“" + *answers.currencyCode +
-                     "” is not the code of a currency, such as CAD or EUR.");
+                             .currencyCode = std::nullopt};
+  if (const auto code = line.value("--currency")) {
+    answers.currencyCode = std::string(currencyNamed(*code).code);
   }
   if (const auto list = line.value("--fields")) {
     answers.fields = fieldNames(*list, broker.allFields());
@@ -118,41 +117,41 @@ void importStatement(const CommandLine& line, const Console& console) {
 }
 
 std::vector<Option> importOptions() {
-  std::vector<Option> options = {
-      {"--into", "WORKSPACE", "the workspace", true},
-      {"--portfolio", "NAME", "the portfolio in it", true},
-      {"--preview", "", "tells what would become of each line, and saves nothing"},
-      {"--profile", "LAYOUT", "the layout of the file, where several fit; see statements"},
-      {"--leave-out", "LINES", "lines that are not imported, with commas between"},
-      {"--symbol", "TEXT=SYMBOL", "the symbol of what the file calls TEXT; may be repeated", false,
-       true},
-      {"--find-symbols", "", "searches the market for symbols that are missing, and tells them"},
-      {"--kind", "WORD=KIND",
-       "what a word of the file means, such as Uttag=withdrawal; may be "
-       "repeated, and is kept in your layouts",
-       false, true},
-      {"--account", "NAME", "takes the rows of this account alone; may be repeated", false, true},
-      {"--rates", "SOURCE",
-       "takes missing exchange rates from the market's daily closes (market), "
-       "or from a file with day, currency and rate",
-       false, false, "market"},
-      {"--twins", "record", "records rows that are perhaps there already", false, false, "record"},
-      {"--days", "ORDER", "dmy, mdy or ymd: how days are written", false, false, "dmy mdy ymd"},
-      {"--decimal", "MARK", "what stands before decimals, . or ,"},
-      {"--currency", "CODE", "the currency of rows that name none"},
-      {"--fields", "LIST", "places the columns by hand, see below"},
-      {"--remember-layout", "NAME",
-       "with --fields: keeps a layout of this name in your folder, by "
-       "which such files are read without --fields"},
-      {"--no-header", "", "with --fields: the first line is a transaction and no header"},
-      {"--date-format", "FORMAT", "with --fields: how dates are written, such as dd.MM.yyyy"},
-      {"--file-reading", "", "with --fields: takes each cell for what it means by itself"},
-      {"--standard-reading", "", "with --fields: takes cells by the forgiving rules"},
-      {"--dry-run", "", "imports without saving, to see whether the file is understood"}};
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
-  options.push_back({"--csv", "", "with --preview: writes the lines as delimited text"});
-  options.push_back({"--json", "", "with --preview: writes the lines as an array of objects"});
-  return options;
+  return joined(
+      {{"--into", "WORKSPACE", "the workspace", true},
+       {"--portfolio", "NAME", "the portfolio in it", true},
+       {"--preview", "", "tells what would become of each line, and saves nothing"},
+       {"--profile", "LAYOUT", "the layout of the file, where several fit; see statements"},
+       {"--leave-out", "LINES", "lines that are not imported, with commas between"},
+       {"--symbol", "TEXT=SYMBOL", "the symbol of what the file calls TEXT; may be repeated", false,
+        true},
+       {"--find-symbols", "", "searches the market for symbols that are missing, and tells them"},
+       {"--kind", "WORD=KIND",
+        "what a word of the file means, such as Uttag=withdrawal; may be "
+        "repeated, and is kept in your layouts",
+        false, true},
+       {"--account", "NAME", "takes the rows of this account alone; may be repeated", false, true},
+       {"--rates", "SOURCE",
+        "takes missing exchange rates from the market's daily closes (market), "
+        "or from a file with day, currency and rate",
+        false, false, "market"},
+       {"--twins", "record", "records rows that are perhaps there already", false, false, "record"},
+       {"--days", "ORDER", "dmy, mdy or ymd: how days are written", false, false, "dmy mdy ymd"},
+       {"--decimal", "MARK", "what stands before decimals, . or ,"},
+       {"--currency", "CODE", "the currency of rows that name none"},
+       {"--fields", "LIST", "places the columns by hand, see below"},
+       {"--remember-layout", "NAME",
+        "with --fields: keeps a layout of this name in your folder, by "
+        "which such files are read without --fields"},
+       {"--no-header", "", "with --fields: the first line is a transaction and no header"},
+       {"--date-format", "FORMAT", "with --fields: how dates are written, such as dd.MM.yyyy"},
+       {"--file-reading", "", "with --fields: takes each cell for what it means by itself"},
+       {"--standard-reading", "", "with --fields: takes cells by the forgiving rules"},
+       {"--dry-run", "", "imports without saving, to see whether the file is understood"}},
+      priceSourceOptions(),
+      std::vector<Option>{
+          {"--csv", "", "with --preview: writes the lines as delimited text"},
+          {"--json", "", "with --preview: writes the lines as an array of objects"}});
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
-#include <algorithm>
-#include <charconv>
-#include <iterator>
-#include <utility>
-
 #include "cli/commands/commands.h"
 #include "cli/console/listing.h"
+#include "cli/console/option_values.h"
 #include "cli/console/workspace_file.h"
 #include "exchange/statements/ledger_matching.h"
 #include "exchange/statements/statement_memory.h"
@@ -19,10 +15,8 @@ std::string countedTransactions(std::size_t count) {
 /// The import that the list shows with the number that `text` is.
 const RecordedImport& importNumbered(const std::string& text,
                                      const std::vector<RecordedImport>& imports) {
-  std::size_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end || number < 1) {
+  const std::size_t number = wholeNumber(text).value_or(0);
+  if (number < 1) {
     throw UsageError("“" + text + "” is not the number of an import.");
   }
   if (number > imports.size()) {
@@ -94,14 +88,13 @@ void listImports(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command importsCommand() {
-  std::vector<Option> options = {
-      {"--portfolio", "NAME", "into which portfolio", true},
-      {"--take-back", "N", "deletes what the import with this number has recorded"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "imports",
           .summary = "Lists what was imported from statements, and takes it back.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined(
+              {{"--portfolio", "NAME", "into which portfolio", true},
+               {"--take-back", "N", "deletes what the import with this number has recorded"}},
+              listingOptions()),
           .explanation =
               "The oldest import has the number 1. Taking one back deletes its transactions as far "
               "as\nthey are still in the ledger unchanged; what was changed since then stays. "

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "cli/commands/commands.h"
@@ -89,12 +87,10 @@ void writeLedger(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command ledgerCommand() {
-  std::vector<Option> options = {{"--portfolio", "NAME", "whose ledger", true}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "ledger",
           .summary = "Shows the ledger of a portfolio with its balances.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined({{"--portfolio", "NAME", "whose ledger", true}}, listingOptions()),
           .explanation =
               "Cost base and gain are in the portfolio's own currency, cash is in that of the "
               "row.\nCash that came in counts as positive. The numbers in front are what "

@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <iterator>
-#include <utility>
-
 #include "cli/commands/commands.h"
 #include "cli/console/date_text.h"
 #include "cli/console/listing.h"
@@ -54,12 +50,11 @@ void list(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command listCommand() {
-  std::vector<Option> options = {{"--watchlist", "", "lists the symbols of the watchlist alone"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "list",
           .summary = "Lists the portfolios and the watchlist of a workspace.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined({{"--watchlist", "", "lists the symbols of the watchlist alone"}},
+                            listingOptions()),
           .explanation = "As data, the portfolios come without the watchlist.\n",
           .run = &list};
 }

@@ -1,8 +1,4 @@
-#include <algorithm>
-#include <array>
-#include <iterator>
 #include <optional>
-#include <utility>
 
 #include "cli/commands/commands.h"
 #include "cli/console/date_text.h"
@@ -86,18 +82,16 @@ void writeQuotes(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command quotesCommand() {
-  std::vector<Option> options = {
-      {"--from", "DAY", "the first day, such as 2024-01-01; else a year before the last"},
-      {"--to", "DAY", "the last day; else today"},
-      intervalOption(),
-      {"--adjust", "FOR", "none, splits or dividends, which is for both; else splits", false, false,
-       "none splits dividends"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "quotes",
           .summary = "Writes the price history of a symbol.",
           .words = {"SYMBOL"},
-          .options = std::move(options),
+          .options = joined(
+              {{"--from", "DAY", "the first day, such as 2024-01-01; else a year before the last"},
+               {"--to", "DAY", "the last day; else today"},
+               intervalOption(),
+               {"--adjust", "FOR", "none, splits or dividends, which is for both; else splits",
+                false, false, "none splits dividends"}},
+              listingOptions(), priceSourceOptions()),
           .explanation =
               "A line for each bar, as delimited text where nothing else is asked for. Days are "
               "those of\nthe exchange, prices are in the currency of the equity. A bar that "

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -133,14 +132,12 @@ void writeCoverage(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command coverageCommand() {
-  std::vector<Option> options = {{"--portfolio", "NAME", "the portfolio; else all of them"},
-                                 {"--fetch", "", "fetches what is missing first"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "coverage",
           .summary = "Shows for which days the cache has prices of what was held.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined({{"--portfolio", "NAME", "the portfolio; else all of them"},
+                             {"--fetch", "", "fetches what is missing first"}},
+                            listingOptions(), priceSourceOptions()),
           .explanation =
               "A line for each stretch of days of an equity or of an exchange rate. Nobody is "
               "asked for prices\nunless --fetch is there. The states:\n"

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cctype>
-#include <iterator>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/report_output.h"
@@ -22,11 +20,7 @@ std::size_t rowOf(const CommandLine& line, Portfolio& portfolio, const Calendar&
                   bool isSale) {
   const auto& rows = portfolio.transactions();
   if (const auto number = line.value("--row")) {
-    const bool isNumber = !number->empty() && number->size() < 10 &&
-                          std::ranges::all_of(*number, [](unsigned char character) {
-                            return std::isdigit(character) != 0;
-                          });
-    const std::size_t row = isNumber ? std::stoul(*number) : 0;
+    const std::size_t row = wholeNumber(*number).value_or(0);
     if (row < 1 || row > rows.size()) {
       throw UsageError("“" + *number + "” is no number of a row; see corvane-cli ledger.");
     }
@@ -290,22 +284,20 @@ void writeExplanation(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command explainCommand() {
-  std::vector<Option> options = {
-      {"--portfolio", "NAME", "the portfolio", true},
-      {"--symbol", "S", "of which equity, after its last row"},
-      {"--row", "N", "after which row; numbers are those of corvane-cli ledger"},
-      {"--day", "DAY", "the last day whose rows count, or the day of a yield"},
-      {"--from", "DAY", "the first day of a return; else that of the first transaction"},
-      {"--to", "DAY", "its last day; else today"},
-      {"--days", "", "tells a return day by day"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "explain",
           .summary = "Shows how a figure came about, down to rows, prices and roundings.",
           .words = {"value|deposits|cost-base|gain|tax|return|money-return|yield|yield-on-value|"
                     "projection",
                     "WORKSPACE"},
-          .options = std::move(options),
+          .options = joined(
+              {{"--portfolio", "NAME", "the portfolio", true},
+               {"--symbol", "S", "of which equity, after its last row"},
+               {"--row", "N", "after which row; numbers are those of corvane-cli ledger"},
+               {"--day", "DAY", "the last day whose rows count, or the day of a yield"},
+               {"--from", "DAY", "the first day of a return; else that of the first transaction"},
+               {"--to", "DAY", "its last day; else today"},
+               {"--days", "", "tells a return day by day"}},
+              listingOptions(), priceSourceOptions()),
           .explanation =
               "Each line is what the lines indented below it give. Cost base, gain and tax need "
               "--symbol or --row,\nyields and projection --symbol. Value and deposits are those at "

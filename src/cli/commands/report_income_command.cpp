@@ -201,17 +201,15 @@ void writeIncome(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command incomeCommand() {
-  std::vector<Option> options = {
-      {"--portfolio", "NAME", "the portfolio; else all of them"},
-      {"--by", "month|quarter|year|equity", "what a line stands for; else a month"},
-      {"--projected", "", "shows what the next twelve months are expected to bring"},
-      {"--return-of-capital", "", "counts returns of capital as income"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "income",
           .summary = "Shows what dividends and distributions have brought, and may bring.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined(
+              {{"--portfolio", "NAME", "the portfolio; else all of them"},
+               {"--by", "month|quarter|year|equity", "what a line stands for; else a month"},
+               {"--projected", "", "shows what the next twelve months are expected to bring"},
+               {"--return-of-capital", "", "counts returns of capital as income"}},
+              listingOptions(), priceSourceOptions()),
           .explanation =
               "Income is that of the ledger's rows at the equivalents entered there, net of what "
               "was withheld.\nThe projection places each dividend of the last twelve months a "

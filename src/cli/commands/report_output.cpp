@@ -72,14 +72,6 @@ EquityPointer equityNamed(const std::string& symbol, const std::vector<EquityPoi
   return *found;
 }
 
-Currency currencyNamed(const std::string& code) {
-  const auto found = Currency::byCode().find(code);
-  if (found == Currency::byCode().end()) {
-    throw UsageError("“" + code + "” is no code of a currency, such as CAD.");
-  }
-  return found->second;
-}
-
 Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios) {
   std::map<std::string, int> counts;
   Currency common = Currency::cad();

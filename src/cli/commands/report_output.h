@@ -60,9 +60,6 @@ class ReportTable {
 [[nodiscard]] EquityPointer equityNamed(const std::string& symbol,
                                         const std::vector<EquityPointer>& equities);
 
-/// The currency with this code. Throws UsageError where there is none.
-[[nodiscard]] Currency currencyNamed(const std::string& code);
-
 /// The primary currency that most of `portfolios` have.
 [[nodiscard]] Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios);
 

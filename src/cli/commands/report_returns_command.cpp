@@ -264,22 +264,23 @@ void writeReturns(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command returnsCommand() {
-  std::vector<Option> options = {
-      {"--portfolio", "NAME", "the portfolio; else all of them, added up"},
-      {"--all", "", "all portfolios, added up"},
-      {"--symbol", "S", "one equity alone"},
-      {"--from", "DAY", "the first day, such as 2024-01-01; else that of the first transaction"},
-      {"--to", "DAY", "the last day; else today"},
-      {"--benchmark", "S", "an equity to compare with, its dividends included"},
-      {"--by", "year|month", "shows the return of each year or month as well"},
-      {"--currency", "C", "the currency of all portfolios together; else that of most of them"},
-  };
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {.name = "returns",
           .summary = "Shows what the investments have returned.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined(
+              {
+                  {"--portfolio", "NAME", "the portfolio; else all of them, added up"},
+                  {"--all", "", "all portfolios, added up"},
+                  {"--symbol", "S", "one equity alone"},
+                  {"--from", "DAY",
+                   "the first day, such as 2024-01-01; else that of the first transaction"},
+                  {"--to", "DAY", "the last day; else today"},
+                  {"--benchmark", "S", "an equity to compare with, its dividends included"},
+                  {"--by", "year|month", "shows the return of each year or month as well"},
+                  {"--currency", "C",
+                   "the currency of all portfolios together; else that of most of them"},
+              },
+              listingOptions(), priceSourceOptions()),
           .explanation =
               "Time-weighted returns link the returns of days: what comes in counts from the "
               "start of its\nday, what goes out to the end of it, and the flows of one day are "

@@ -313,29 +313,29 @@ void writeTaxYear(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command taxCommand() {
-  std::vector<Option> options = {
-      {"--year", "YEAR", "the year in which the tax year starts; else that of today"},
-      {"--year-start", "MM-DD", "its first day, such as 04-06; else that of the workspace"},
-      {"--country", "COUNTRY", "whose rules hold; else those of the workspace", false, false,
-       "none canada unitedKingdom"},
-      {"--person", "NAME", "whose year; else your own"},
-      {"--trade-dates", "", "counts by trade dates; else as the workspace says"},
-      {"--section", "NAME", "disposals, totals, income or check alone", false, false,
-       "disposals totals income check"},
-      {"--registered", "PORTFOLIO", "is a registered account", false, true},
-      {"--affiliated", "PORTFOLIO=PERSON", "is that of somebody affiliated", false, true},
-      {"--not-mine", "PORTFOLIO", "plays no part", false, true},
-      {"--no-superficial", "", "denies no superficial losses"},
-      {"--if-sold", "SYMBOL SHARES", "what selling these shares today would gain and have denied"},
-      {"--proceeds", "AMOUNT", "what that sale would bring, in the primary currency"},
-      {"--record-adjustments", "", "books the year's denied losses into the buyers' cost bases"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  std::ranges::move(priceSourceOptions(), std::back_inserter(options));
   return {
       .name = "tax",
       .summary = "Shows the disposals, the income and the cost bases of a tax year.",
       .words = {"WORKSPACE"},
-      .options = std::move(options),
+      .options = joined(
+          {{"--year", "YEAR", "the year in which the tax year starts; else that of today"},
+           {"--year-start", "MM-DD", "its first day, such as 04-06; else that of the workspace"},
+           {"--country", "COUNTRY", "whose rules hold; else those of the workspace", false, false,
+            "none canada unitedKingdom"},
+           {"--person", "NAME", "whose year; else your own"},
+           {"--trade-dates", "", "counts by trade dates; else as the workspace says"},
+           {"--section", "NAME", "disposals, totals, income or check alone", false, false,
+            "disposals totals income check"},
+           {"--registered", "PORTFOLIO", "is a registered account", false, true},
+           {"--affiliated", "PORTFOLIO=PERSON", "is that of somebody affiliated", false, true},
+           {"--not-mine", "PORTFOLIO", "plays no part", false, true},
+           {"--no-superficial", "", "denies no superficial losses"},
+           {"--if-sold", "SYMBOL SHARES",
+            "what selling these shares today would gain and have denied"},
+           {"--proceeds", "AMOUNT", "what that sale would bring, in the primary currency"},
+           {"--record-adjustments", "",
+            "books the year's denied losses into the buyers' cost bases"}},
+          listingOptions(), priceSourceOptions()),
       .explanation =
           "The cost of shares is averaged over all portfolios of a person with one primary "
           "currency, while\nthe ledger averages each portfolio by itself; both gains are shown. "

@@ -1,16 +1,14 @@
 #include "cli/commands/statement_import.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
-#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 
 #include "cli/console/date_text.h"
 #include "cli/console/listing.h"
+#include "cli/console/option_values.h"
 #include "cli/console/price_source.h"
 #include "cli/console/progress_bar.h"
 #include "cli/console/workspace_file.h"
@@ -82,19 +80,16 @@ StatementOptions optionsIn(const CommandLine& line) {
     }
     options.decimal = *mark == "." ? DecimalMark::point : DecimalMark::comma;
   }
-  options.currencyCode = line.value("--currency");
-  if (options.currencyCode && !Currency::byCode().contains(*options.currencyCode)) {
-    throw UsageError("“" + *options.currencyCode +
-                     "” is not the code of a currency, such as CAD or EUR.");
+  if (const auto code = line.value("--currency")) {
+    options.currencyCode = std::string(currencyNamed(*code).code);
   }
   const std::string lines = line.value("--leave-out").value_or("");
   for (const std::string_view number : splitText(lines, ',')) {
-    std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error != std::errc() || end != number.data() + number.size()) {
+    const auto value = wholeNumber(number);
+    if (!value || !std::in_range<std::uint32_t>(*value)) {
       throw UsageError("“" + std::string(number) + "” is not the number of a line.");
     }
-    options.leaveOut.insert(value);
+    options.leaveOut.insert(static_cast<std::uint32_t>(*value));
   }
   readSymbols(line, options);
   readKinds(line, options);

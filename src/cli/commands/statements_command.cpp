@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <iterator>
-#include <utility>
-
 #include "cli/commands/commands.h"
 #include "cli/console/listing.h"
 #include "exchange/profiles/profile_shelf.h"
@@ -33,17 +29,16 @@ void listProfiles(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command statementsCommand() {
-  std::vector<Option> options = {
-      {"--check", "FILE", "reads one layout and tells what is wrong with it"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
-  return {.name = "statements",
-          .summary = "Lists the layouts of statements that import knows.",
-          .words = {},
-          .options = std::move(options),
-          .explanation =
-              "A layout is a TOML file. Your own go into ~/.config/corvane/statements; one with "
-              "the\nname of a layout that comes with the program replaces it.\n",
-          .run = &listProfiles};
+  return {
+      .name = "statements",
+      .summary = "Lists the layouts of statements that import knows.",
+      .words = {},
+      .options = joined({{"--check", "FILE", "reads one layout and tells what is wrong with it"}},
+                        listingOptions()),
+      .explanation =
+          "A layout is a TOML file. Your own go into ~/.config/corvane/statements; one with "
+          "the\nname of a layout that comes with the program replaces it.\n",
+      .run = &listProfiles};
 }
 
 }  // namespace corvane::cli

@@ -1,4 +1,3 @@
-#include <iterator>
 #include <tuple>
 
 #include "cli/commands/commands.h"
@@ -111,21 +110,21 @@ void showOrChange(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command taxSettingsCommand() {
-  std::vector<Option> options = {
-      {"--year-start", "MM-DD", "the first day of the tax year, such as 04-06"},
-      {"--country", "COUNTRY", "whose rules hold", false, false, "none canada unitedKingdom"},
-      {"--counted-on", "DAY", "the day that counts of a trade", false, false, "settlement trade"},
-      {"--portfolio", "NAME", "the portfolio whose role is set"},
-      {"--role", "ROLE", "what it is to your taxes", false, false,
-       "taxable registered affiliated notMine"},
-      {"--person", "NAME", "whose an affiliated portfolio is"},
-      {"--registered-account", "", "an affiliated portfolio is a registered account"}};
-  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {
       .name = "tax-settings",
       .summary = "Shows or changes what a workspace keeps about taxes.",
       .words = {"WORKSPACE"},
-      .options = std::move(options),
+      .options = joined(
+          {{"--year-start", "MM-DD", "the first day of the tax year, such as 04-06"},
+           {"--country", "COUNTRY", "whose rules hold", false, false, "none canada unitedKingdom"},
+           {"--counted-on", "DAY", "the day that counts of a trade", false, false,
+            "settlement trade"},
+           {"--portfolio", "NAME", "the portfolio whose role is set"},
+           {"--role", "ROLE", "what it is to your taxes", false, false,
+            "taxable registered affiliated notMine"},
+           {"--person", "NAME", "whose an affiliated portfolio is"},
+           {"--registered-account", "", "an affiliated portfolio is a registered account"}},
+          listingOptions()),
       .explanation =
           "Without a change to make, the settings and the role of each portfolio are shown. A "
           "portfolio\nwhose role nobody has set counts as taxable; a role is proposed where its "

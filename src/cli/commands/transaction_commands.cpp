@@ -1,7 +1,6 @@
 // Single transactions: record, revise, delete.
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <set>
 #include <utility>
@@ -106,9 +105,7 @@ constexpr Option dryRunOption = {"--dry-run", "", "tells what it would do, and s
 
 /// `which`, then what a transaction is made of, then whether to save it.
 std::vector<Option> formOptions(std::vector<Option> which) {
-  std::ranges::move(transactionOptions(), std::back_inserter(which));
-  which.push_back(dryRunOption);
-  return which;
+  return joined(std::move(which), transactionOptions(), std::vector<Option>{dryRunOption});
 }
 
 }  // namespace

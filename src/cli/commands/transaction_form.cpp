@@ -99,14 +99,11 @@ void chooseCurrency(Form& form, const CommandLine& line) {
   if (!code) {
     return;
   }
-  const auto found = Currency::byCode().find(*code);
-  if (found == Currency::byCode().end()) {
-    throw UsageError("“" + *code + "” is not the code of a currency, such as CAD or EUR.");
-  }
+  const Currency currency = currencyNamed(*code);
   if (form.currencyPopUpButton.isHidden) {
     failWithout("--currency", form);
   }
-  form.chooseCurrency(found->second);
+  form.chooseCurrency(currency);
 }
 
 void chooseDates(Form& form, const CommandLine& line) {

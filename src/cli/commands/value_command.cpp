@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <iterator>
-#include <utility>
-
 #include "cli/commands/commands.h"
 #include "cli/console/listing.h"
 #include "cli/console/price_source.h"
@@ -66,12 +62,10 @@ void writeValues(const CommandLine& line, const Console& console) {
 }  // namespace
 
 Command valueCommand() {
-  std::vector<Option> options = priceSourceOptions();
-  std::ranges::move(listingOptions(), std::back_inserter(options));
   return {.name = "value",
           .summary = "Shows what each portfolio is worth at the latest prices.",
           .words = {"WORKSPACE"},
-          .options = std::move(options),
+          .options = joined(priceSourceOptions(), listingOptions()),
           .explanation =
               "Amounts are in the portfolio's own currency. A portfolio for which a price "
               "or a rate is\nmissing is left out, and the exit code is then 1.\n",

@@ -24,6 +24,13 @@ struct Option {
   std::string_view choices = {};  ///< the values that there are, with blanks between; none for any
 };
 
+/// `options` with those of all `further` lists behind them.
+template <typename... Further>
+[[nodiscard]] std::vector<Option> joined(std::vector<Option> options, const Further&... further) {
+  (options.insert(options.end(), further.begin(), further.end()), ...);
+  return options;
+}
+
 /// Something was typed that the command does not take; the text says what.
 class UsageError : public ErrorValue<UsageError> {
  public:

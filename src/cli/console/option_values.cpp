@@ -9,13 +9,6 @@
 namespace corvane::cli {
 namespace {
 
-std::optional<int> wholeNumber(std::string_view text) {
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number)
-                                                                  : std::nullopt;
-}
-
 std::optional<YearMonthDay> dayOf(std::string_view text) {
   if (text.size() != 10 || text[4] != '-' || text[7] != '-') {
     return std::nullopt;
@@ -28,9 +21,11 @@ std::optional<YearMonthDay> dayOf(std::string_view text) {
   }
   // A day that the calendar does not have rolls over into another.
   const Calendar calendar(TimeZone::withSecondsFromGMT(0).value());
-  const YearMonthDay named{*year, *month, *day};
-  return YearMonthDay::normalised(*year, *month, *day, calendar) == named ? std::optional(named)
-                                                                          : std::nullopt;
+  const YearMonthDay named{static_cast<int>(*year), static_cast<int>(*month),
+                           static_cast<int>(*day)};
+  return YearMonthDay::normalised(named.year, named.month, named.day, calendar) == named
+             ? std::optional(named)
+             : std::nullopt;
 }
 
 }  // namespace
@@ -57,6 +52,21 @@ std::optional<Decimal> numberOption(const CommandLine& line, std::string_view op
     throw UsageError("“" + *text + "” is not a number such as 0.05.");
   }
   return number;
+}
+
+std::optional<std::size_t> wholeNumber(std::string_view text) {
+  std::size_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+Currency currencyNamed(const std::string& code) {
+  const auto found = Currency::byCode().find(code);
+  if (found == Currency::byCode().end()) {
+    throw UsageError("“" + code + "” is not the code of a currency, such as CAD or EUR.");
+  }
+  return found->second;
 }
 
 }  // namespace corvane::cli

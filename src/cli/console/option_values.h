@@ -1,11 +1,14 @@
 // Values of options that are more than text.
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "cli/console/command_line.h"
 #include "core/decimal/decimal.h"
+#include "core/money/currency.h"
 #include "core/money/year_month_day.h"
 
 namespace corvane::cli {
@@ -18,5 +21,11 @@ namespace corvane::cli {
 /// The number of an option, which is not below 0; none where the option is absent. Throws
 /// UsageError for any other text.
 [[nodiscard]] std::optional<Decimal> numberOption(const CommandLine& line, std::string_view option);
+
+/// The number that digits alone make; none for any other text.
+[[nodiscard]] std::optional<std::size_t> wholeNumber(std::string_view text);
+
+/// The currency with this code. Throws UsageError where there is none.
+[[nodiscard]] Currency currencyNamed(const std::string& code);
 
 }  // namespace corvane::cli

@@ -1,10 +1,10 @@
 #include "cli/console/workspace_file.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "cli/console/command_line.h"
+#include "cli/console/option_values.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/replacement_directory.h"
 #include "platform/system/resources.h"
@@ -189,10 +189,8 @@ void requireRows(const PortfolioPointer& portfolio) {
 
 TransactionPointer rowNumbered(const std::string& text, const PortfolioPointer& portfolio) {
   const auto& rows = portfolio->transactions();
-  std::size_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end || number < 1) {
+  const std::size_t number = wholeNumber(text).value_or(0);
+  if (number < 1) {
     throw UsageError("“" + text + "” is not the number of a transaction.");
   }
   if (number > rows.size()) {

@@ -46,16 +46,8 @@ class TransactionsAccessory : public QWidget {
     form->addRow(QStringLiteral("Dates:"), dates);
     form->addRow(QStringLiteral("&Currency where none is named:"), currency_);
 
-    connect(automatic_, &QRadioButton::toggled, this, [this](bool isOn) {
-      if (isOn) {
-        controller_->chooseAutomaticDateFormat();
-      }
-    });
-    connect(custom_, &QRadioButton::toggled, this, [this](bool isOn) {
-      if (isOn) {
-        controller_->chooseCustomDateFormat();
-      }
-    });
+    whenChosen(*automatic_, this, [this] { controller_->chooseAutomaticDateFormat(); });
+    whenChosen(*custom_, this, [this] { controller_->chooseCustomDateFormat(); });
     connect(format_, &QLineEdit::textEdited, this,
             [this](const QString& text) { controller_->setDateFormatString(utf8Text(text)); });
     connect(currency_, &QComboBox::activated, this, [this](int index) {
@@ -118,16 +110,8 @@ class ExporterAccessory : public QWidget {
     form->addRow(QStringLiteral("Dates:"), dates);
     form->addRow(QStringLiteral("Amounts:"), amounts);
 
-    connect(standard_, &QRadioButton::toggled, this, [this](bool isOn) {
-      if (isOn) {
-        controller_->chooseDefaultDateFormat();
-      }
-    });
-    connect(custom_, &QRadioButton::toggled, this, [this](bool isOn) {
-      if (isOn) {
-        controller_->chooseCustomDateFormat();
-      }
-    });
+    whenChosen(*standard_, this, [this] { controller_->chooseDefaultDateFormat(); });
+    whenChosen(*custom_, this, [this] { controller_->chooseCustomDateFormat(); });
     connect(format_, &QLineEdit::textEdited, this,
             [this](const QString& text) { controller_->setDateFormatString(utf8Text(text)); });
     connect(accounting_, &QCheckBox::toggled, this,

@@ -31,16 +31,8 @@ ExportSaveAccessory::ExportSaveAccessory(
   row->addStretch(1);
   row->addWidget(fields);
 
-  connect(commas_, &QRadioButton::toggled, this, [this](bool isOn) {
-    if (isOn) {
-      controller_->delimitByCommas();
-    }
-  });
-  connect(tabs_, &QRadioButton::toggled, this, [this](bool isOn) {
-    if (isOn) {
-      controller_->delimitByTabs();
-    }
-  });
+  whenChosen(*commas_, this, [this] { controller_->delimitByCommas(); });
+  whenChosen(*tabs_, this, [this] { controller_->delimitByTabs(); });
   connect(header_, &QCheckBox::toggled, this,
           [this](bool isOn) { controller_->setIncludesHeaderRow(isOn); });
   connect(fields, &QPushButton::clicked, this, [this] { controller_->configureFields(); });

@@ -3,6 +3,7 @@
 
 #include <QAbstractButton>
 #include <QSignalBlocker>
+#include <utility>
 
 namespace corvane::desktop {
 
@@ -12,6 +13,17 @@ namespace corvane::desktop {
 inline void showChecked(QAbstractButton& button, bool isOn) {
   const QSignalBlocker block(&button);
   button.setChecked(isOn);
+}
+
+/// Has `action` run when somebody turns `button` on, as long as there is `receiver`.
+template <typename Action>
+void whenChosen(QAbstractButton& button, const QObject* receiver, Action action) {
+  QObject::connect(&button, &QAbstractButton::toggled, receiver,
+                   [action = std::move(action)](bool isOn) {
+                     if (isOn) {
+                       action();
+                     }
+                   });
 }
 
 }  // namespace corvane::desktop

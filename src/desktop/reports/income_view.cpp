@@ -8,7 +8,6 @@
 #include <QVBoxLayout>
 
 #include "desktop/charts/chart_widget.h"
-#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -28,9 +27,7 @@ IncomeView::IncomeView(std::shared_ptr<IncomeViewController> controller, QWidget
       year_(new QComboBox),
       byYear_(new QCheckBox(QStringLiteral("&Years beside each other"))),
       monthAdapter_(new TableModelAdapter(controller_->monthTable, this)),
-      expectedAdapter_(new TableModelAdapter(controller_->expectedTable, this)),
-      months_(new TableView(QStringLiteral("Income by equity and month"))),
-      expected_(new TableView(QStringLiteral("Yields and expected income"))) {
+      expectedAdapter_(new TableModelAdapter(controller_->expectedTable, this)) {
   auto* chart = new ChartWidget(controller_->chart, QStringLiteral("Income by month"));
   chart->setMinimumHeight(leastBarsHeight);
   page().column().addWidget(makeKinds());
@@ -74,18 +71,16 @@ void IncomeView::addTables() {
   yearRow->addWidget(year_);
   yearRow->addStretch(1);
   page().column().addLayout(yearRow);
-  months_->setObjectName(QStringLiteral("incomeByMonth"));
-  months_->setTable(monthAdapter_, controller_->monthTable);
-  page().column().addWidget(months_);
+  const auto explains = [this](const TrailMaker& trail) { explain(trail); };
+  months_ = page().addTable(monthAdapter_, controller_->monthTable,
+                            QStringLiteral("Income by equity and month"),
+                            QStringLiteral("incomeByMonth"), explains);
   page().addHeading(
       QStringLiteral("Yields and what to expect"),
       QStringLiteral("Payments of the last twelve months a year later, on the shares of today"));
-  expected_->setObjectName(QStringLiteral("expectedIncome"));
-  expected_->setTable(expectedAdapter_, controller_->expectedTable);
-  page().column().addWidget(expected_);
-  const auto explains = [this](const TrailMaker& trail) { explain(trail); };
-  addExplainCommand(*months_, controller_->monthTable, explains);
-  addExplainCommand(*expected_, controller_->expectedTable, explains);
+  expected_ = page().addTable(expectedAdapter_, controller_->expectedTable,
+                              QStringLiteral("Yields and expected income"),
+                              QStringLiteral("expectedIncome"), explains);
   connect(year_, &QComboBox::activated, this, [this](int index) {
     controller_->chooseYear(controller_->years().at(static_cast<std::size_t>(index)));
   });

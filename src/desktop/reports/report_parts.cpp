@@ -9,7 +9,9 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
+#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -191,6 +193,17 @@ QLabel* ReportPage::addHeading(const QString& text, const QString& help) {
   heading->setContentsMargins(0, spacing::narrow, 0, 0);
   column_->addWidget(heading);
   return heading;
+}
+
+TableView* ReportPage::addTable(TableModelAdapter* adapter, const TableModel& model,
+                                const QString& name, const QString& objectName,
+                                std::function<void(const TrailMaker&)> explain) {
+  auto* table = new TableView(name);
+  table->setObjectName(objectName);
+  table->setTable(adapter, model);
+  column_->addWidget(table);
+  addExplainCommand(*table, model, std::move(explain));
+  return table;
 }
 
 QLabel* ReportPage::addNote() {

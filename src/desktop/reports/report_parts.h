@@ -18,6 +18,7 @@ class QVBoxLayout;
 namespace corvane::desktop {
 
 class AttributedLabel;
+class TableModelAdapter;
 class TableView;
 
 /// A figure with its title above and a detail below. One that can be explained is underlined with
@@ -85,6 +86,10 @@ class ReportPage : public QScrollArea {
   [[nodiscard]] QVBoxLayout& column() { return *column_; }
   /// Adds a heading; `help` is its tooltip. Returns the label, so that it can be hidden.
   QLabel* addHeading(const QString& text, const QString& help = {});
+  /// Adds a table of `model`, whose figures `explain` is asked to explain. `adapter` and `model`
+  /// outlive it.
+  TableView* addTable(TableModelAdapter* adapter, const TableModel& model, const QString& name,
+                      const QString& objectName, std::function<void(const TrailMaker&)> explain);
   /// Adds a small text in a weaker colour.
   QLabel* addNote();
 

@@ -8,7 +8,6 @@
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/equity_combo_box_view.h"
-#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -88,12 +87,8 @@ void ReturnsView::addTables() {
 
 TableView* ReturnsView::addTable(TableModelAdapter* adapter, const TableModel& model,
                                  const QString& name, const QString& objectName) {
-  auto* table = new TableView(name);
-  table->setObjectName(objectName);
-  table->setTable(adapter, model);
-  page().column().addWidget(table);
-  addExplainCommand(*table, model, [this](const TrailMaker& trail) { explain(trail); });
-  return table;
+  return page().addTable(adapter, model, name, objectName,
+                         [this](const TrailMaker& trail) { explain(trail); });
 }
 
 void ReturnsView::showState() {

@@ -15,7 +15,6 @@
 #include <array>
 
 #include "desktop/controls/busy_bar.h"
-#include "desktop/controls/explain_command.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -160,16 +159,11 @@ QFrame* TaxYearView::makeBanner() {
 
 TableView* TaxYearView::addTable(const QString& name, const QString& objectName,
                                  const TableModel& model) {
-  auto* table = new TableView(name);
-  auto* adapter = new TableModelAdapter(model, this);
-  table->setObjectName(objectName);
-  table->setTable(adapter, model);
-  page_->column().addWidget(table);
-  addExplainCommand(*table, model,
-                    [this](const TrailMaker& trail) { controller_->explainHandler(trail); });
-  tables_.push_back(table);
-  adapters_.push_back(adapter);
-  return table;
+  adapters_.push_back(new TableModelAdapter(model, this));
+  tables_.push_back(
+      page_->addTable(adapters_.back(), model, name, objectName,
+                      [this](const TrailMaker& trail) { controller_->explainHandler(trail); }));
+  return tables_.back();
 }
 
 void TaxYearView::openRoles() {

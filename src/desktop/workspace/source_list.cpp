@@ -17,33 +17,41 @@ QString watchlistDragType() {
 
 }  // namespace
 
-WatchlistModel::WatchlistModel(MasterSourceViewController& controller, QObject* parent)
+SourceRowsModel::SourceRowsModel(MasterSourceViewController& controller, Count count,
+                                 QObject* parent)
     : QAbstractListModel(parent),
       controller_(controller),
-      rows_(static_cast<int>(controller.numberOfWatchlistRows())) {}
+      count_(count),
+      rows_(static_cast<int>((controller.*count)())) {}
 
-void WatchlistModel::reload() {
+void SourceRowsModel::reload() {
   beginResetModel();
-  rows_ = static_cast<int>(controller_.numberOfWatchlistRows());
+  rows_ = static_cast<int>((controller_.*count_)());
   endResetModel();
 }
 
-void WatchlistModel::reloadRows(const std::vector<std::size_t>& rows) {
+void SourceRowsModel::reloadRows(const std::vector<std::size_t>& rows) {
   for (const std::size_t row : rows) {
     emit dataChanged(index(static_cast<int>(row)), index(static_cast<int>(row)));
   }
 }
 
-int WatchlistModel::rowCount(const QModelIndex& parent) const {
+int SourceRowsModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rows_;
 }
 
+bool SourceRowsModel::has(const QModelIndex& index) const {
+  return index.isValid() && static_cast<std::size_t>(index.row()) < (controller_.*count_)();
+}
+
+WatchlistModel::WatchlistModel(MasterSourceViewController& controller, QObject* parent)
+    : SourceRowsModel(controller, &MasterSourceViewController::numberOfWatchlistRows, parent) {}
+
 QVariant WatchlistModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() ||
-      static_cast<std::size_t>(index.row()) >= controller_.numberOfWatchlistRows()) {
+  if (!has(index)) {
     return {};
   }
-  const EquitySourceRow row = controller_.watchlistRow(static_cast<std::size_t>(index.row()));
+  const EquitySourceRow row = controller().watchlistRow(static_cast<std::size_t>(index.row()));
   switch (role) {
     case Qt::DisplayRole:
       return qtText(row.symbol);
@@ -75,40 +83,21 @@ QMimeData* WatchlistModel::mimeData(const QModelIndexList& indexes) const {
 bool WatchlistModel::dropMimeData(const QMimeData* data, Qt::DropAction /*action*/, int row,
                                   int /*column*/, const QModelIndex& parent) {
   if (!parent.isValid()) {
-    controller_.moveWatchlistRows(rowsOfMimeData(watchlistDragType(), *data),
-                                  static_cast<std::size_t>(row < 0 ? rows_ : row));
+    controller().moveWatchlistRows(rowsOfMimeData(watchlistDragType(), *data),
+                                   static_cast<std::size_t>(row < 0 ? rowCount() : row));
   }
   // The rows have been moved already; the view must not remove any.
   return false;
 }
 
 PortfolioListModel::PortfolioListModel(MasterSourceViewController& controller, QObject* parent)
-    : QAbstractListModel(parent),
-      controller_(controller),
-      rows_(static_cast<int>(controller.numberOfPortfolioRows())) {}
-
-void PortfolioListModel::reload() {
-  beginResetModel();
-  rows_ = static_cast<int>(controller_.numberOfPortfolioRows());
-  endResetModel();
-}
-
-void PortfolioListModel::reloadRows(const std::vector<std::size_t>& rows) {
-  for (const std::size_t row : rows) {
-    emit dataChanged(index(static_cast<int>(row)), index(static_cast<int>(row)));
-  }
-}
-
-int PortfolioListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : rows_;
-}
+    : SourceRowsModel(controller, &MasterSourceViewController::numberOfPortfolioRows, parent) {}
 
 QVariant PortfolioListModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() ||
-      static_cast<std::size_t>(index.row()) >= controller_.numberOfPortfolioRows()) {
+  if (!has(index)) {
     return {};
   }
-  const PortfolioSourceRow row = controller_.portfolioRow(static_cast<std::size_t>(index.row()));
+  const PortfolioSourceRow row = controller().portfolioRow(static_cast<std::size_t>(index.row()));
   switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:

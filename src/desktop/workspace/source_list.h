@@ -9,15 +9,34 @@
 
 namespace corvane::desktop {
 
-/// The rows of the watchlist, which can be dragged to another place.
-class WatchlistModel : public QAbstractListModel {
+/// Rows that the controller counts; what it says of their number holds from the next reload() on.
+class SourceRowsModel : public QAbstractListModel {
  public:
-  explicit WatchlistModel(MasterSourceViewController& controller, QObject* parent = nullptr);
-
   void reload();
   void reloadRows(const std::vector<std::size_t>& rows);
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+
+ protected:
+  using Count = std::size_t (MasterSourceViewController::*)() const;
+
+  SourceRowsModel(MasterSourceViewController& controller, Count count, QObject* parent);
+
+  [[nodiscard]] MasterSourceViewController& controller() const { return controller_; }
+  /// Whether the controller has the row of `index`.
+  [[nodiscard]] bool has(const QModelIndex& index) const;
+
+ private:
+  MasterSourceViewController& controller_;
+  Count count_;
+  int rows_;
+};
+
+/// The rows of the watchlist, which can be dragged to another place.
+class WatchlistModel : public SourceRowsModel {
+ public:
+  explicit WatchlistModel(MasterSourceViewController& controller, QObject* parent = nullptr);
+
   [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
   [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
   [[nodiscard]] Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
@@ -25,26 +44,14 @@ class WatchlistModel : public QAbstractListModel {
   [[nodiscard]] QMimeData* mimeData(const QModelIndexList& indexes) const override;
   bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
                     const QModelIndex& parent) override;
-
- private:
-  MasterSourceViewController& controller_;
-  int rows_ = 0;
 };
 
 /// The rows of the portfolios.
-class PortfolioListModel : public QAbstractListModel {
+class PortfolioListModel : public SourceRowsModel {
  public:
   explicit PortfolioListModel(MasterSourceViewController& controller, QObject* parent = nullptr);
 
-  void reload();
-  void reloadRows(const std::vector<std::size_t>& rows);
-
-  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
-
- private:
-  MasterSourceViewController& controller_;
-  int rows_ = 0;
 };
 
 /// A list in the colours of the source list. With a placeholder where it is empty.

@@ -1,10 +1,45 @@
 #include "exchange/exports/report_lines_exporter.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace corvane {
+namespace {
+
+/// A day of a valuation, with its figures where it was measured.
+struct ReturnDay {
+  const ValuationDay* valued;
+  std::optional<double> dailyReturn, index, drawdown;
+};
+
+std::vector<ReturnDay> returnDaysOf(const ReturnsReport& report) {
+  std::vector<ReturnDay> days;
+  auto measured = report.timeWeighted.days.begin();
+  const auto end = report.timeWeighted.days.end();
+  double peak = 1;
+  for (const ValuationDay& day : report.series.days) {
+    measured = std::find_if(measured, end, [&](const auto& other) { return day.day <= other.day; });
+    ReturnDay& made = days.emplace_back(&day);
+    if (measured != end && measured->day == day.day) {
+      peak = std::max(peak, measured->index);
+      made.dailyReturn = measured->dailyReturn;
+      made.index = measured->index;
+      made.drawdown = 1 - measured->index / peak;
+    }
+  }
+  return days;
+}
+
+std::string noteOf(const ReturnDay& day) {
+  std::string note = day.index ? "" : "not measured";
+  if (day.valued->isAtTradePrice) {
+    note += note.empty() ? "at trade price" : ", at trade price";
+  }
+  return note;
+}
+
+}  // namespace
+
 std::string kindOfIncome(TransactionType kind) {
   switch (kind) {
     case TransactionType::dividend:
@@ -30,140 +65,126 @@ ReportLinesExporter::ReportLinesExporter(UserDefaults* defaults, std::span<const
   setTitleForSavePanel("Exporting " + title + ".");
 }
 
+ReportLinesExporter::Cell ReportLinesExporter::roundedAmount(const Decimal& amount,
+                                                             const Currency& currency) {
+  return CurrencyAmount{currency, roundedToMinorUnits(amount, currency)};
+}
+
+ReportLinesExporter::Cell ReportLinesExporter::codeOf(const Currency& currency) {
+  return std::string(currency.code);
+}
+
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofReturns(
     const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
     const std::string& title, const Calendar& calendar, UserDefaults* defaults) {
-  static constexpr std::array<Field, 9> fields = {{{"date", "Date"},
-                                                   {"value", "Value"},
-                                                   {"inflow", "Inflow"},
-                                                   {"outflow", "Outflow"},
-                                                   {"dailyReturn", "Daily Return"},
-                                                   {"index", "Index"},
-                                                   {"benchmarkIndex", "Benchmark Index"},
-                                                   {"drawdown", "Drawdown"},
-                                                   {"note", "Note"}}};
-  std::vector<std::vector<Cell>> lines;
   const auto money = [&](const Decimal& amount) {
     return CurrencyAmount{report.series.currency, amount};
   };
-  const auto fraction = [](double value) { return Fraction{value}; };
-  auto measured = report.timeWeighted.days.begin();
-  const auto end = report.timeWeighted.days.end();
-  double peak = 1;
-  for (const ValuationDay& day : report.series.days) {
-    measured = std::find_if(measured, end, [&](const auto& other) { return day.day <= other.day; });
-    const bool isMeasured = measured != end && measured->day == day.day;
-    std::vector<Cell> line(fields.size());
-    line[0] = day.day.startIn(calendar);
-    line[1] = money(day.value);
-    line[2] = money(day.inflow);
-    line[3] = money(day.outflow);
-    std::string note = isMeasured ? "" : "not measured";
-    if (isMeasured) {
-      peak = std::max(peak, measured->index);
-      line[4] = fraction(measured->dailyReturn);
-      line[5] = fraction(measured->index);
-      line[7] = fraction(1 - measured->index / peak);
-    }
-    if (benchmark) {
-      line[6] = fraction(benchmark->indexOn(day.day));
-    }
-    if (day.isAtTradePrice) {
-      note += note.empty() ? "at trade price" : ", at trade price";
-    }
-    line[8] = std::move(note);
-    lines.push_back(std::move(line));
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  const auto fraction = [](const std::optional<double>& value) {
+    return value ? Cell(Fraction{*value}) : Cell();
+  };
+  using Day = ReturnDay;
+  return of(
+      returnDaysOf(report),
+      {{{"date", "Date"}, [&](const Day& day) { return day.valued->day.startIn(calendar); }},
+       {{"value", "Value"}, [&](const Day& day) { return money(day.valued->value); }},
+       {{"inflow", "Inflow"}, [&](const Day& day) { return money(day.valued->inflow); }},
+       {{"outflow", "Outflow"}, [&](const Day& day) { return money(day.valued->outflow); }},
+       {{"dailyReturn", "Daily Return"}, [&](const Day& day) { return fraction(day.dailyReturn); }},
+       {{"index", "Index"}, [&](const Day& day) { return fraction(day.index); }},
+       {{"benchmarkIndex", "Benchmark Index"},
+        [&](const Day& day) {
+          return benchmark ? fraction(benchmark->indexOn(day.valued->day)) : Cell();
+        }},
+       {{"drawdown", "Drawdown"}, [&](const Day& day) { return fraction(day.drawdown); }},
+       {{"note", "Note"}, &noteOf}},
+      title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofDisposals(const TaxYear& year,
                                                                       const std::string& title,
                                                                       const Calendar& calendar,
                                                                       UserDefaults* defaults) {
-  static constexpr std::array<Field, 16> fields = {{{"settlement", "Settlement"},
-                                                    {"tradeDate", "Trade Date"},
-                                                    {"portfolio", "Portfolio"},
-                                                    {"symbol", "Symbol"},
-                                                    {"shares", "Shares"},
-                                                    {"proceeds", "Proceeds"},
-                                                    {"currency", "Currency"},
-                                                    {"rate", "Rate"},
-                                                    {"equivalent", "Equivalent"},
-                                                    {"costBase", "Cost Base"},
-                                                    {"ledgerGain", "Ledger Gain"},
-                                                    {"denied", "Denied"},
-                                                    {"addedTo", "Added To"},
-                                                    {"taxGain", "Tax Gain"},
-                                                    {"primaryCurrency", "Portfolio Currency"},
-                                                    {"note", "Note"}}};
-  std::vector<std::vector<Cell>> lines;
-  for (const TaxYear::Disposal& disposal : year.disposals) {
-    const Currency& primary = disposal.place.portfolio->primaryCurrency();
-    const auto money = [&](const Decimal& amount) {
-      return CurrencyAmount{primary, roundedToMinorUnits(amount, primary)};
-    };
-    lines.push_back({disposal.place.settlement.startIn(calendar),
-                     disposal.place.trade.startIn(calendar), disposal.place.portfolio->name,
-                     disposal.place.equity->symbol, Shares{disposal.shares}, disposal.proceeds,
-                     std::string(disposal.proceeds.currency.code), Rate{disposal.rate},
-                     money(disposal.equivalent), money(disposal.tax.costDisposed),
-                     disposal.ledgerGain ? Cell(money(*disposal.ledgerGain)) : Cell(),
-                     money(disposal.tax.superficial.denied), disposal.addedTo,
-                     money(disposal.tax.taxGain), std::string(primary.code), disposal.note});
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  using Disposal = TaxYear::Disposal;
+  const auto primary = [](const Disposal& line) -> const Currency& {
+    return line.place.portfolio->primaryCurrency();
+  };
+  return of(
+      year.disposals,
+      {{{"settlement", "Settlement"},
+        [&](const Disposal& line) { return line.place.settlement.startIn(calendar); }},
+       {{"tradeDate", "Trade Date"},
+        [&](const Disposal& line) { return line.place.trade.startIn(calendar); }},
+       {{"portfolio", "Portfolio"},
+        [](const Disposal& line) { return line.place.portfolio->name; }},
+       {{"symbol", "Symbol"}, [](const Disposal& line) { return line.place.equity->symbol; }},
+       {{"shares", "Shares"}, [](const Disposal& line) { return Shares{line.shares}; }},
+       {{"proceeds", "Proceeds"}, &Disposal::proceeds},
+       {{"currency", "Currency"},
+        [](const Disposal& line) { return codeOf(line.proceeds.currency); }},
+       {{"rate", "Rate"}, [](const Disposal& line) { return Rate{line.rate}; }},
+       {{"equivalent", "Equivalent"},
+        [&](const Disposal& line) { return roundedAmount(line.equivalent, primary(line)); }},
+       {{"costBase", "Cost Base"},
+        [&](const Disposal& line) { return roundedAmount(line.tax.costDisposed, primary(line)); }},
+       {{"ledgerGain", "Ledger Gain"},
+        [&](const Disposal& line) {
+          return line.ledgerGain ? roundedAmount(*line.ledgerGain, primary(line)) : Cell();
+        }},
+       {{"denied", "Denied"},
+        [&](const Disposal& line) {
+          return roundedAmount(line.tax.superficial.denied, primary(line));
+        }},
+       {{"addedTo", "Added To"}, &Disposal::addedTo},
+       {{"taxGain", "Tax Gain"},
+        [&](const Disposal& line) { return roundedAmount(line.tax.taxGain, primary(line)); }},
+       {{"primaryCurrency", "Portfolio Currency"},
+        [&](const Disposal& line) { return codeOf(primary(line)); }},
+       {{"note", "Note"}, &Disposal::note}},
+      title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxIncome(const TaxYear& year,
                                                                       const std::string& title,
                                                                       UserDefaults* defaults) {
-  static constexpr std::array<Field, 6> fields = {{{"symbol", "Symbol"},
-                                                   {"kind", "Kind"},
-                                                   {"amount", "Amount"},
-                                                   {"currency", "Currency"},
-                                                   {"equivalent", "Equivalent"},
-                                                   {"primaryCurrency", "Portfolio Currency"}}};
-  std::vector<std::vector<Cell>> lines;
-  for (const TaxYear::Income& income : year.income) {
-    lines.push_back({income.equity->symbol, kindOfIncome(income.kind), income.amount,
-                     std::string(income.amount.currency.code), income.equivalent,
-                     std::string(income.equivalent.currency.code)});
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  using Income = TaxYear::Income;
+  return of(
+      year.income,
+      {{{"symbol", "Symbol"}, [](const Income& line) { return line.equity->symbol; }},
+       {{"kind", "Kind"}, [](const Income& line) { return kindOfIncome(line.kind); }},
+       {{"amount", "Amount"}, &Income::amount},
+       {{"currency", "Currency"}, [](const Income& line) { return codeOf(line.amount.currency); }},
+       {{"equivalent", "Equivalent"}, &Income::equivalent},
+       {{"primaryCurrency", "Portfolio Currency"},
+        [](const Income& line) { return codeOf(line.equivalent.currency); }}},
+      title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofIncome(
     std::span<const IncomePayment> payments, const std::string& title, const Calendar& calendar,
     UserDefaults* defaults) {
-  static constexpr std::array<Field, 12> fields = {{{"date", "Date"},
-                                                    {"portfolio", "Portfolio"},
-                                                    {"symbol", "Symbol"},
-                                                    {"kind", "Kind"},
-                                                    {"shares", "Shares"},
-                                                    {"perShare", "Per Share"},
-                                                    {"amount", "Amount"},
-                                                    {"currency", "Currency"},
-                                                    {"rate", "Rate"},
-                                                    {"equivalent", "Equivalent"},
-                                                    {"status", "Status"},
-                                                    {"note", "Note"}}};
-  std::vector<std::vector<Cell>> lines;
-  for (const IncomePayment& payment : payments) {
-    lines.push_back({payment.day.startIn(calendar), payment.portfolio, payment.equity->symbol,
-                     kindOfIncome(payment.kind),
-                     payment.shares ? Cell(Shares{*payment.shares}) : Cell(),
-                     payment.perShare ? Cell(Rate{*payment.perShare}) : Cell(), payment.amount,
-                     std::string(payment.amount.currency.code),
-                     payment.rate ? Cell(Rate{*payment.rate}) : Cell(),
-                     payment.equivalent ? Cell(*payment.equivalent) : Cell(),
-                     std::string(displayName(payment.status)), payment.note});
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  using Payment = IncomePayment;
+  const auto rateCell = [](const std::optional<Decimal>& rate) {
+    return rate ? Cell(Rate{*rate}) : Cell();
+  };
+  return of(
+      payments,
+      {{{"date", "Date"}, [&](const Payment& line) { return line.day.startIn(calendar); }},
+       {{"portfolio", "Portfolio"}, &Payment::portfolio},
+       {{"symbol", "Symbol"}, [](const Payment& line) { return line.equity->symbol; }},
+       {{"kind", "Kind"}, [](const Payment& line) { return kindOfIncome(line.kind); }},
+       {{"shares", "Shares"},
+        [](const Payment& line) { return line.shares ? Cell(Shares{*line.shares}) : Cell(); }},
+       {{"perShare", "Per Share"}, [&](const Payment& line) { return rateCell(line.perShare); }},
+       {{"amount", "Amount"}, &Payment::amount},
+       {{"currency", "Currency"}, [](const Payment& line) { return codeOf(line.amount.currency); }},
+       {{"rate", "Rate"}, [&](const Payment& line) { return rateCell(line.rate); }},
+       {{"equivalent", "Equivalent"},
+        [](const Payment& line) { return line.equivalent ? Cell(*line.equivalent) : Cell(); }},
+       {{"status", "Status"},
+        [](const Payment& line) { return std::string(displayName(line.status)); }},
+       {{"note", "Note"}, &Payment::note}},
+      title, defaults);
 }
 
 std::optional<std::string> ReportLinesExporter::cellText(std::size_t row, std::size_t field) {

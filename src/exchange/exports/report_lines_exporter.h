@@ -1,11 +1,14 @@
 // Writes reports to a delimited text file: returns, a tax year, income.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <ranges>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -93,8 +96,39 @@ class ReportLinesExporter final : public PortfolioExporter {
   using Cell =
       std::variant<std::monostate, std::string, Date, Shares, Rate, Fraction, CurrencyAmount>;
 
+  /// A column, and what stands in it on the line of a record.
+  template <typename Record>
+  struct Column {
+    Field field;
+    std::function<Cell(const Record&)> cell;
+  };
+
   ReportLinesExporter(UserDefaults* defaults, std::span<const Field> fields,
                       std::vector<std::vector<Cell>> lines, const std::string& title);
+
+  /// A line for each of `records`.
+  template <typename Records>
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> of(
+      const Records& records,
+      const std::vector<Column<std::ranges::range_value_t<Records>>>& columns,
+      const std::string& title, UserDefaults* defaults) {
+    std::vector<Field> fields;
+    for (const auto& column : columns) {
+      fields.push_back(column.field);
+    }
+    std::vector<std::vector<Cell>> lines;
+    for (const auto& record : records) {
+      std::vector<Cell>& line = lines.emplace_back();
+      for (const auto& column : columns) {
+        line.push_back(column.cell(record));
+      }
+    }
+    return std::shared_ptr<ReportLinesExporter>(
+        new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  }
+
+  [[nodiscard]] static Cell roundedAmount(const Decimal& amount, const Currency& currency);
+  [[nodiscard]] static Cell codeOf(const Currency& currency);
 
   [[nodiscard]] std::optional<std::string> cellText(std::size_t row, std::size_t field) override;
 

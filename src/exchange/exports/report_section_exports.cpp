@@ -1,115 +1,130 @@
 // The smaller lists that reports are made of, as lines of a delimited text file.
-#include <array>
-#include <utility>
+#include <functional>
 
 #include "exchange/exports/report_lines_exporter.h"
 #include "reports/series/report_days.h"
 
 namespace corvane {
-namespace {
-
-CurrencyAmount roundedAmount(const Decimal& amount, const Currency& currency) {
-  return {currency, roundedToMinorUnits(amount, currency)};
-}
-
-}  // namespace
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxTotals(const TaxYear& year,
                                                                       const std::string& title,
                                                                       UserDefaults* defaults) {
-  static constexpr std::array<Field, 8> fields = {{{"symbol", "Symbol"},
-                                                   {"primaryCurrency", "Portfolio Currency"},
-                                                   {"proceeds", "Proceeds"},
-                                                   {"costBase", "Cost Base"},
-                                                   {"gains", "Gains"},
-                                                   {"losses", "Losses"},
-                                                   {"denied", "Denied"},
-                                                   {"net", "Net"}}};
-  std::vector<std::vector<Cell>> lines;
-  for (const TaxYear::Totals& totals : year.totals) {
-    const auto money = [&](const Decimal& amount) {
-      return roundedAmount(amount, totals.currency);
+  using Totals = TaxYear::Totals;
+  const auto money = [](auto figure) {
+    return [figure](const Totals& line) {
+      return roundedAmount(std::invoke(figure, line), line.currency);
     };
-    lines.push_back({totals.equity == nullptr ? Cell() : Cell(totals.equity->symbol),
-                     std::string(totals.currency.code), money(totals.proceeds),
-                     money(totals.costBase), money(totals.gains), money(totals.losses),
-                     money(totals.denied), money(totals.net())});
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  };
+  return of(year.totals,
+            {{{"symbol", "Symbol"},
+              [](const Totals& line) {
+                return line.equity == nullptr ? Cell() : Cell(line.equity->symbol);
+              }},
+             {{"primaryCurrency", "Portfolio Currency"},
+              [](const Totals& line) { return codeOf(line.currency); }},
+             {{"proceeds", "Proceeds"}, money(&Totals::proceeds)},
+             {{"costBase", "Cost Base"}, money(&Totals::costBase)},
+             {{"gains", "Gains"}, money(&Totals::gains)},
+             {{"losses", "Losses"}, money(&Totals::losses)},
+             {{"denied", "Denied"}, money(&Totals::denied)},
+             {{"net", "Net"}, money(&Totals::net)}},
+            title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxChecks(const TaxYear& year,
                                                                       const std::string& title,
                                                                       const Calendar& calendar,
                                                                       UserDefaults* defaults) {
-  static constexpr std::array<Field, 7> fields = {{{"settlement", "Settlement"},
-                                                   {"tradeDate", "Trade Date"},
-                                                   {"portfolio", "Portfolio"},
-                                                   {"symbol", "Symbol"},
-                                                   {"deemedGain", "Deemed Gain"},
-                                                   {"primaryCurrency", "Portfolio Currency"},
-                                                   {"note", "Note"}}};
-  std::vector<std::vector<Cell>> lines;
-  const auto add = [&](const TaxRowPlace& place, Cell gain, std::string note) {
-    lines.push_back({place.settlement.startIn(calendar), place.trade.startIn(calendar),
-                     place.portfolio->name,
-                     place.equity == nullptr ? Cell() : Cell(place.equity->symbol), std::move(gain),
-                     std::string(place.portfolio->primaryCurrency().code), std::move(note)});
+  struct Check {
+    const TaxRowPlace* place;
+    std::optional<Decimal> gain;
+    std::string note;
   };
+  std::vector<Check> checks;
   for (const TaxYear::DeemedGain& deemed : year.deemedGains) {
-    add(deemed.place, roundedAmount(deemed.amount, deemed.place.portfolio->primaryCurrency()),
-        "deemed gain: the return of capital was more than the cost base");
+    checks.push_back({&deemed.place, deemed.amount,
+                      "deemed gain: the return of capital was more than the cost base"});
   }
   for (const TaxYear::ToCheck& check : year.toCheck) {
-    add(check.place, Cell(), check.reason);
+    checks.push_back({&check.place, std::nullopt, check.reason});
   }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  const auto primary = [](const Check& line) -> const Currency& {
+    return line.place->portfolio->primaryCurrency();
+  };
+  return of(
+      checks,
+      {{{"settlement", "Settlement"},
+        [&](const Check& line) { return line.place->settlement.startIn(calendar); }},
+       {{"tradeDate", "Trade Date"},
+        [&](const Check& line) { return line.place->trade.startIn(calendar); }},
+       {{"portfolio", "Portfolio"}, [](const Check& line) { return line.place->portfolio->name; }},
+       {{"symbol", "Symbol"},
+        [](const Check& line) {
+          return line.place->equity == nullptr ? Cell() : Cell(line.place->equity->symbol);
+        }},
+       {{"deemedGain", "Deemed Gain"},
+        [&](const Check& line) {
+          return line.gain ? roundedAmount(*line.gain, primary(line)) : Cell();
+        }},
+       {{"primaryCurrency", "Portfolio Currency"},
+        [&](const Check& line) { return codeOf(primary(line)); }},
+       {{"note", "Note"}, &Check::note}},
+      title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxCosts(const TaxYear& year,
                                                                      const std::string& title,
                                                                      UserDefaults* defaults) {
-  static constexpr std::array<Field, 4> fields = {{{"symbol", "Symbol"},
-                                                   {"shares", "Shares"},
-                                                   {"costBase", "Cost Base"},
-                                                   {"primaryCurrency", "Portfolio Currency"}}};
-  std::vector<std::vector<Cell>> lines;
-  for (const TaxYear::CostAtEnd& line : year.costs) {
-    lines.push_back({line.equity->symbol, Shares{line.pool.shares},
-                     roundedAmount(line.pool.cost, line.currency),
-                     std::string(line.currency.code)});
-  }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  using Cost = TaxYear::CostAtEnd;
+  return of(year.costs,
+            {{{"symbol", "Symbol"}, [](const Cost& line) { return line.equity->symbol; }},
+             {{"shares", "Shares"}, [](const Cost& line) { return Shares{line.pool.shares}; }},
+             {{"costBase", "Cost Base"},
+              [](const Cost& line) { return roundedAmount(line.pool.cost, line.currency); }},
+             {{"primaryCurrency", "Portfolio Currency"},
+              [](const Cost& line) { return codeOf(line.currency); }}},
+            title, defaults);
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofCoverage(
     std::span<const PriceCoverage> coverages, const std::string& title, const Calendar& calendar,
     UserDefaults* defaults) {
-  static constexpr std::array<Field, 7> fields = {{{"symbol", "Symbol"},
-                                                   {"kind", "Kind"},
-                                                   {"state", "State"},
-                                                   {"from", "From"},
-                                                   {"to", "To"},
-                                                   {"days", "Days"},
-                                                   {"note", "Note"}}};
-  std::vector<std::vector<Cell>> lines;
+  struct Stretch {
+    const PriceCoverage* coverage;
+    std::string_view state;
+    std::optional<DaySpan> days;  ///< none where the prices were refused
+  };
+  std::vector<Stretch> stretches;
   for (const PriceCoverage& coverage : coverages) {
-    const std::string kind = coverage.isExchangeRate ? "rate" : "equity";
     for (const auto& [days, state] : coverage.stretches) {
-      lines.push_back({coverage.equity->symbol, kind, std::string(rawValue(state)),
-                       days.first.startIn(calendar), days.last.startIn(calendar),
-                       Shares{daysBetween(days.first, days.last) + 1}, Cell()});
+      stretches.push_back({&coverage, rawValue(state), days});
     }
     if (coverage.problem) {
-      lines.push_back({coverage.equity->symbol, kind, std::string("refused"), Cell(), Cell(),
-                       Cell(), *coverage.problem});
+      stretches.push_back({&coverage, "refused", std::nullopt});
     }
   }
-  return std::shared_ptr<ReportLinesExporter>(
-      new ReportLinesExporter(defaults, fields, std::move(lines), title));
+  return of(
+      stretches,
+      {{{"symbol", "Symbol"}, [](const Stretch& line) { return line.coverage->equity->symbol; }},
+       {{"kind", "Kind"},
+        [](const Stretch& line) { return line.coverage->isExchangeRate ? "rate" : "equity"; }},
+       {{"state", "State"}, [](const Stretch& line) { return std::string(line.state); }},
+       {{"from", "From"},
+        [&](const Stretch& line) {
+          return line.days ? Cell(line.days->first.startIn(calendar)) : Cell();
+        }},
+       {{"to", "To"},
+        [&](const Stretch& line) {
+          return line.days ? Cell(line.days->last.startIn(calendar)) : Cell();
+        }},
+       {{"days", "Days"},
+        [](const Stretch& line) {
+          return line.days ? Cell(Shares{daysBetween(line.days->first, line.days->last) + 1})
+                           : Cell();
+        }},
+       {{"note", "Note"},
+        [](const Stretch& line) { return line.days ? Cell() : Cell(*line.coverage->problem); }}},
+      title, defaults);
 }
 
 }  // namespace corvane

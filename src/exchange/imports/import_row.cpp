@@ -1,7 +1,6 @@
 #include "exchange/imports/import_row.h"
 
 #include <algorithm>
-#include <array>
 #include <initializer_list>
 
 #include "core/money/currency_amount.h"

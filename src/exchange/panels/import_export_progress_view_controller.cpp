@@ -1,7 +1,5 @@
 #include "exchange/panels/import_export_progress_view_controller.h"
 
-#include <utility>
-
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <map>
 #include <string>
-#include <utility>
 
 #include "platform/system/file_manager.h"
 #include "platform/system/resources.h"

@@ -1,7 +1,6 @@
 #include "exchange/reading/statement_rows.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <numeric>
 #include <utility>

@@ -1,6 +1,5 @@
 #include "exchange/strict/closed_quotes.h"
 
-#include <algorithm>
 #include <cstdint>
 
 #include "exchange/strict/cell_text.h"

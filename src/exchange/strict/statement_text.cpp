@@ -1,7 +1,6 @@
 #include "exchange/strict/statement_text.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/system/file_manager.h"
 #include "platform/text/unicode/utf8.h"

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/equity/equity_formats.h"

@@ -1,6 +1,5 @@
 #include "presentation/frame/subsequence_match.h"
 
-#include <algorithm>
 #include <string>
 
 #include "platform/text/unicode/letter_case.h"

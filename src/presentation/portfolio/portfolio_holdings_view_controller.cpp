@@ -66,6 +66,11 @@ std::string percentText(const Decimal& percentage) {
   return formatter.string(percentage / 100).value_or(percentage.description());
 }
 
+/// Null for cash, and behind the last row.
+EquityPointer equityIn(const std::vector<PortfolioAsset>& entries, std::size_t row) {
+  return row < entries.size() ? entries[row].equity() : EquityPointer();
+}
+
 }  // namespace
 
 PortfolioHoldingsViewController::PortfolioHoldingsViewController(ScreenSurroundings surroundings)
@@ -86,8 +91,7 @@ std::shared_ptr<PortfolioExporter> PortfolioHoldingsViewController::makeExporter
 }
 
 void PortfolioHoldingsViewController::openRow(std::size_t row) {
-  const EquityPointer equity =
-      row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
+  const EquityPointer equity = equityIn(assetEntries_, row);
   if (equity != nullptr) {
     openEquityHandler(equity);
   }
@@ -123,8 +127,7 @@ AttributedText PortfolioHoldingsViewController::cell(std::size_t row, std::size_
 }
 
 void PortfolioHoldingsViewController::showReturns(std::size_t row) {
-  const EquityPointer equity =
-      row < assetEntries_.size() ? assetEntries_[row].equity() : EquityPointer();
+  const EquityPointer equity = equityIn(assetEntries_, row);
   if (equity != nullptr) {
     showReturnsHandler(equity);
   }

@@ -1,6 +1,7 @@
 #include "presentation/portfolio/statement_imports_controller.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "exchange/statements/ledger_matching.h"
@@ -8,6 +9,23 @@
 
 namespace corvane {
 namespace {
+
+struct ImportRow {
+  const RecordedImport& import;
+  std::size_t left;  ///< its transactions that are in the ledger
+};
+
+constexpr std::array<ColumnOf<ImportRow>, 5> importColumns = {{
+    {{"day", "Imported"}, [](const ImportRow& row) { return AttributedText(row.import.day); }},
+    {{"file", "File"}, [](const ImportRow& row) { return AttributedText(row.import.file); }},
+    {{"layout", "Layout"}, [](const ImportRow& row) { return AttributedText(row.import.profile); }},
+    {{"recorded", "Transactions", true},
+     [](const ImportRow& row) {
+       return AttributedText(std::to_string(row.import.transactionCount()));
+     }},
+    {{"left", "In the Ledger", true},
+     [](const ImportRow& row) { return AttributedText(std::to_string(row.left)); }},
+}};
 
 std::string transactionsText(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " transaction" : " transactions");
@@ -35,20 +53,12 @@ void StatementImportsController::count() {
 }
 
 const std::vector<TableColumn>& StatementImportsController::columns() const {
-  static const std::vector<TableColumn> all = {{"day", "Imported"},
-                                               {"file", "File"},
-                                               {"layout", "Layout"},
-                                               {"recorded", "Transactions", true},
-                                               {"left", "In the Ledger", true}};
-  return all;
+  static const std::vector<TableColumn> columns = columnsOf(importColumns);
+  return columns;
 }
 
 AttributedText StatementImportsController::cell(std::size_t row, std::size_t column) const {
-  const RecordedImport& import = imports_.at(row);
-  const std::vector<std::string> texts = {import.day, import.file, import.profile,
-                                          std::to_string(import.transactionCount()),
-                                          std::to_string(left_.at(row))};
-  return AttributedText(texts.at(column));
+  return importColumns.at(column).cell({imports_.at(row), left_.at(row)});
 }
 
 bool StatementImportsController::canTakeBack(std::size_t row) const {

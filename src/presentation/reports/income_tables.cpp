@@ -216,16 +216,6 @@ AttributedText IncomeChartView::changeText(double from, double to) const {
 std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
     std::function<Currency()> currency,
     const std::function<std::vector<IncomePayment>()>& payments) {
-  static const std::array<std::string, 12> names = [] {
-    std::array<std::string, 12> made;
-    for (std::size_t i = 0; i < made.size(); ++i) {
-      made.at(i) = monthNameText(static_cast<int>(i) + 1);
-    }
-    return made;
-  }();
-  static constexpr std::array<std::string_view, 12> identifiers = {
-      "month1", "month2", "month3", "month4",  "month5",  "month6",
-      "month7", "month8", "month9", "month10", "month11", "month12"};
   const auto money = [currency](const Decimal& amount) {
     return amount.isZero() ? AttributedText() : reportMoneyCell(amount, currency());
   };
@@ -250,8 +240,8 @@ std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
          return line.equity == nullptr ? AttributedText("Total", {.weight = FontWeight::semibold})
                                        : plainCell(line.equity->symbol);
        }}};
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    columns.push_back({{identifiers.at(i), names.at(i), true},
+  for (std::size_t i = 0; i < 12; ++i) {
+    columns.push_back({monthHead(static_cast<int>(i) + 1),
                        [i, money](const IncomeOfYear& line) { return money(line.months.at(i)); },
                        [i, trail](const IncomeOfYear& line) {
                          return trail(line, line.months.at(i), static_cast<int>(i) + 1);

@@ -1,5 +1,7 @@
 #include "presentation/reports/report_text.h"
 
+#include <array>
+
 #include "core/money/decimal_number_formatter.h"
 #include "platform/text/formats/date_formatter.h"
 #include "presentation/text/formatting.h"
@@ -98,6 +100,21 @@ std::string monthText(const YearMonthDay& day) {
 std::string monthNameText(int month) {
   constexpr int anyYear = 2001;
   return dayByTemplate({anyYear, month, 1}, "LLL");
+}
+
+TableColumn monthHead(int month) {
+  static constexpr std::array<std::string_view, 12> identifiers = {
+      "month1", "month2", "month3", "month4",  "month5",  "month6",
+      "month7", "month8", "month9", "month10", "month11", "month12"};
+  static const std::array<std::string, 12> names = [] {
+    std::array<std::string, 12> made;
+    for (std::size_t i = 0; i < made.size(); ++i) {
+      made.at(i) = monthNameText(static_cast<int>(i) + 1);
+    }
+    return made;
+  }();
+  const auto place = static_cast<std::size_t>(month - 1);
+  return {identifiers.at(place), names.at(place), true};
 }
 
 Date chartDate(const YearMonthDay& day) {

@@ -53,6 +53,8 @@ struct ReportFigure {
 [[nodiscard]] std::string monthText(const YearMonthDay& day);
 /// "Mar"; `month` is 1 to 12.
 [[nodiscard]] std::string monthNameText(int month);
+/// The head of a column of figures of a month, which is 1 to 12: month1, "Jan".
+[[nodiscard]] TableColumn monthHead(int month);
 /// The moment at which `day` begins for those texts and for charts, whatever the time zone.
 [[nodiscard]] Date chartDate(const YearMonthDay& day);
 [[nodiscard]] const Calendar& chartCalendar();

@@ -111,22 +111,12 @@ std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
       return shown == nullptr ? std::nullopt : periodTrail(*shown, measured);
     };
   };
-  static const std::array<std::string, 12> names = [] {
-    std::array<std::string, 12> made;
-    for (std::size_t i = 0; i < made.size(); ++i) {
-      made.at(i) = monthNameText(static_cast<int>(i) + 1);
-    }
-    return made;
-  }();
-  static constexpr std::array<std::string_view, 12> identifiers = {
-      "month1", "month2", "month3", "month4",  "month5",  "month6",
-      "month7", "month8", "month9", "month10", "month11", "month12"};
   using Column = RecordTable<YearOfReturns>::Column;
   std::vector<Column> columns = {{{"year", "Year"}, [](const YearOfReturns& line) {
                                     return plainCell(std::to_string(line.year));
                                   }}};
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    columns.push_back({{identifiers.at(i), names.at(i), true},
+  for (std::size_t i = 0; i < 12; ++i) {
+    columns.push_back({monthHead(static_cast<int>(i) + 1),
                        [i](const YearOfReturns& line) { return periodCell(line.months.at(i)); },
                        [i, trail](const YearOfReturns& line) { return trail(line.months.at(i)); }});
   }

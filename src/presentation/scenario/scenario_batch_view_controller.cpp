@@ -1,7 +1,5 @@
 #include "presentation/scenario/scenario_batch_view_controller.h"
 
-#include <algorithm>
-
 namespace corvane {
 namespace {
 

@@ -1,7 +1,6 @@
 #include "presentation/screen/market_inquiry.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
 #include "core/market/price_adjuster.h"

@@ -1,6 +1,5 @@
 #include "presentation/transactions/date_entry.h"
 
-#include <array>
 #include <charconv>
 #include <string_view>
 #include <utility>

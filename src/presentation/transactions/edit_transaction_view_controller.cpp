@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <set>
 #include <utility>
 
 #include "core/market/portfolio_asset.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <variant>
 
 #include "ledger/transaction/transaction_effect.h"
 

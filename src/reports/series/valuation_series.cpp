@@ -172,7 +172,7 @@ class SeriesBuilder {
     bool isAtTradePrice = false;
   };
 
-  // ── Reading the ledger ──
+  // Reading the ledger.
 
   void collectRows(const Calendar& calendar) {
     EquityMap<std::size_t> equityPlaces;
@@ -258,7 +258,7 @@ class SeriesBuilder {
     }
   }
 
-  // ── Rates ──
+  // Rates.
 
   const DailyRates& ratesOf(const Currency& currency) {
     const auto found = rates_.find(currency);
@@ -313,7 +313,7 @@ class SeriesBuilder {
     return *equivalent;
   }
 
-  // ── Flows ──
+  // Flows.
 
   /// The owner has moved `amount` in, or out where it is negative.
   void addFlow(std::size_t day, const Decimal& amount) {
@@ -359,7 +359,7 @@ class SeriesBuilder {
     }
   }
 
-  // ── Equities ──
+  // Equities.
 
   Worth worthOf(const EquityLine& line, const HoldingState& holding, const Decimal& shares,
                 const Decimal* price, std::size_t day) {
@@ -517,7 +517,7 @@ class SeriesBuilder {
     series_.bridge.dividends += figures.dividends;
   }
 
-  // ── Cash ──
+  // Cash.
 
   void walkCash(const CashLine& line) {
     if (!isInScope(line.currency)) {
@@ -560,7 +560,7 @@ class SeriesBuilder {
     }
   }
 
-  // ── The result ──
+  // The result.
 
   void layOutDays() {
     hasEntry_.front() = 1;

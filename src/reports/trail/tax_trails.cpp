@@ -62,7 +62,7 @@ class TaxTrail {
     return made;
   }
 
-  // ── The cost of what was sold ──
+  // The cost of what was sold.
 
   [[nodiscard]] TrailNode cost(const TaxDisposal& sale) const {
     const std::string label = "Cost base of the shares sold";
@@ -189,7 +189,7 @@ class TaxTrail {
     return roundedTo(digits_, label, std::move(exact));
   }
 
-  // ── What is denied ──
+  // What is denied.
 
   [[nodiscard]] TrailNode denied(const TaxDisposal& sale) const {
     const SuperficialLoss& loss = sale.superficial;

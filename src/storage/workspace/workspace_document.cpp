@@ -77,13 +77,7 @@ void WorkspaceDocument::recover(std::unique_ptr<WorkingCopy> copy) {
   assert(copy != nullptr && copy->unsaved() && workingCopy_ == nullptr && !fileURL());
   setDraftName(recoveredName(*copy->unsaved()));
   workingCopy_ = std::move(copy);
-  openStore();
-  try {
-    loadGeneralProperties();
-  } catch (const corvane::Error&) {
-    closeStore();
-    throw;
-  }
+  openModel();
   workingCopy_->setKept(false);
   updateChangeCount(ChangeType::done);
   if (surroundings_.refreshModel) {
@@ -178,14 +172,7 @@ void WorkspaceDocument::read(const fs::path& url, std::string_view type) {
       throw FileError("read", url / name, EISDIR);
     }
   }
-  openStore();
-  try {
-    loadGeneralProperties();
-  } catch (const corvane::Error&) {
-    // A model that was read by half must not be saved.
-    closeStore();
-    throw;
-  }
+  openModel();
   if (surroundings_.refreshModel) {
     surroundings_.refreshModel(model_);
   }
@@ -207,6 +194,17 @@ void WorkspaceDocument::closeStore() {
   writtenGeneralProperties_.clear();
   model_->portfolioManagers.clear();
   databaseFile_.reset();
+}
+
+void WorkspaceDocument::openModel() {
+  openStore();
+  try {
+    loadGeneralProperties();
+  } catch (const corvane::Error&) {
+    // A model that was read by half must not be saved.
+    closeStore();
+    throw;
+  }
 }
 
 void WorkspaceDocument::openStore() {

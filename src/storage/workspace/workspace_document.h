@@ -110,6 +110,7 @@ class WorkspaceDocument final : public Document {
   void changeCountDidChange() override;
   void closeStore();
   void openStore();
+  void openModel();
   void loadGeneralProperties();
   void requireReadable(const std::filesystem::path& package);
   void requireSoundStorage();
