@@ -71,9 +71,14 @@ function(corvane_library folder)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;USES;USES_PRIVATELY")
   add_library(corvane_${folder} STATIC)
   corvane_target_defaults(corvane_${folder})
-  corvane_sources(corvane_${folder} ROOT "${PROJECT_SOURCE_DIR}/src" BATCH 12 SOURCES ${ARG_SOURCES})
+  corvane_library_sources(${folder} ${ARG_SOURCES})
   target_include_directories(corvane_${folder} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   target_link_libraries(corvane_${folder} PUBLIC ${ARG_USES} PRIVATE ${ARG_USES_PRIVATELY})
+endfunction()
+
+# corvane_library_sources(<folder> <files>): more sources of a library.
+function(corvane_library_sources folder)
+  corvane_sources(corvane_${folder} ROOT "${PROJECT_SOURCE_DIR}/src" BATCH 12 SOURCES ${ARGN})
 endfunction()
 
 # corvane_tests(<folder> SOURCES <files> [APART <files>] [USES <targets>] [SHARDS <count>] [ABROAD] [COMMAS] [CONCURRENT])
