@@ -9,7 +9,7 @@
 #include "platform/time/calendar.h"
 
 namespace corvane {
-namespace {
+namespace calendar_bench {
 
 const std::array<Date, 4096>& randomDates() {
   static const auto dates = [] {
@@ -101,5 +101,5 @@ void icuStartOfDay(benchmark::State& state) {
 }
 BENCHMARK(icuStartOfDay);
 
-}  // namespace
+}  // namespace calendar_bench
 }  // namespace corvane

@@ -17,7 +17,7 @@
 #include "qt_application.h"
 
 namespace corvane {
-namespace {
+namespace charts_bench {
 
 constexpr int tenYearsOfDays = 2520;
 constexpr int thirtyDaysOfMinutes = 11700;
@@ -112,5 +112,5 @@ BENCHMARK(step)
     ->Arg(thirtyDaysOfMinutes)
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace charts_bench
 }  // namespace corvane

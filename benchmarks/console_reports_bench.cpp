@@ -20,7 +20,7 @@
 #include "storage/workspace/workspace_document.h"
 
 namespace corvane {
-namespace {
+namespace console_reports_bench {
 
 constexpr YearMonthDay firstDay{2004, 1, 1};
 constexpr YearMonthDay lastDay{2023, 12, 31};
@@ -176,5 +176,5 @@ BENCHMARK_CAPTURE(runConsole, tax, "tax", "--year 2023")
     ->MinTime(3)
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace console_reports_bench
 }  // namespace corvane

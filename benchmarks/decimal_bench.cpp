@@ -15,7 +15,7 @@
 #include "core/decimal/decimal.h"
 
 namespace corvane {
-namespace {
+namespace decimal_bench {
 
 typedef float Decimal128 __attribute__((mode(TD)));
 using BoostDecimal = boost::multiprecision::cpp_dec_float_50;
@@ -147,5 +147,5 @@ const bool registered = [] {
   return true;
 }();
 
-}  // namespace
+}  // namespace decimal_bench
 }  // namespace corvane

@@ -8,7 +8,7 @@
 #include "exchange/csv/csv.h"
 
 namespace corvane {
-namespace {
+namespace delimited_text_bench {
 
 /// About 10 MB of rows as a broker's statement has them; `note` ends each row.
 std::string statement(const std::string& note) {
@@ -71,5 +71,5 @@ void DelimitedText_floorCopyBytes(benchmark::State& state) {
 }
 BENCHMARK(DelimitedText_floorCopyBytes)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace delimited_text_bench
 }  // namespace corvane

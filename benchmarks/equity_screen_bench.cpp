@@ -19,7 +19,7 @@
 #include "qt_application.h"
 
 namespace corvane {
-namespace {
+namespace equity_screen_bench {
 
 constexpr YearMonthDay today{2024, 6, 28};
 constexpr std::size_t tenYears = 8;  // of OverviewViewController::periodPresets
@@ -158,5 +158,5 @@ BENCHMARK(selectWithThirtyDays)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace equity_screen_bench
 }  // namespace corvane

@@ -11,7 +11,7 @@
 #include "platform/system/file_manager.h"
 
 namespace corvane {
-namespace {
+namespace export_bench {
 
 constexpr int rowCount = 100'000;
 
@@ -57,5 +57,5 @@ void Export_floorWriteOfTheText(benchmark::State& state) {
 }
 BENCHMARK(Export_floorWriteOfTheText)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-}  // namespace
+}  // namespace export_bench
 }  // namespace corvane

@@ -15,7 +15,7 @@
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
-namespace {
+namespace forms_bench {
 
 using Form = EditTransactionViewController;
 
@@ -192,5 +192,5 @@ BENCHMARK(acceptEntry)
     ->Name("Forms/accepted entry on disk and in the table")
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace forms_bench
 }  // namespace corvane

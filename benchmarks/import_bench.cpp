@@ -21,7 +21,7 @@
 #include "platform/system/file_manager.h"
 
 namespace corvane {
-namespace {
+namespace import_bench {
 
 constexpr int rowCount = 100'000;
 
@@ -193,5 +193,5 @@ BENCHMARK(Statement_console)
     ->UseRealTime()
     ->Iterations(3);
 
-}  // namespace
+}  // namespace import_bench
 }  // namespace corvane

@@ -10,7 +10,7 @@
 #include "ledger_world.h"
 
 namespace corvane {
-namespace {
+namespace ledger_bench {
 
 void setRate(benchmark::State& state, std::size_t rows) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(rows));
@@ -267,5 +267,5 @@ BENCHMARK(memoryOfARow)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace ledger_bench
 }  // namespace corvane

@@ -14,7 +14,7 @@
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {
-namespace {
+namespace market_refresh_bench {
 
 using Clock = std::chrono::steady_clock;
 
@@ -101,5 +101,5 @@ BENCHMARK(refreshEquities)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace market_refresh_bench
 }  // namespace corvane

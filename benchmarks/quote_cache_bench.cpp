@@ -12,7 +12,7 @@
 #include "marketdata/cache/cache_quote_provider.h"
 
 namespace corvane {
-namespace {
+namespace quote_cache_bench {
 
 constexpr int barCount = 2520;
 constexpr double day = 86400;
@@ -187,5 +187,5 @@ BENCHMARK(planQuery)
     ->Name("QuoteCache/plan a query over 1,000 ranges")
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace quote_cache_bench
 }  // namespace corvane

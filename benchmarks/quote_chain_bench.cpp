@@ -16,7 +16,7 @@
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {
-namespace {
+namespace quote_chain_bench {
 
 constexpr YearMonthDay firstDay{2004, 1, 1};
 constexpr YearMonthDay lastDay{2023, 12, 31};
@@ -221,5 +221,5 @@ BENCHMARK(fetchAllTime)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace quote_chain_bench
 }  // namespace corvane

@@ -21,7 +21,7 @@
 #include "presentation/taxes/tax_year_view_controller.h"
 
 namespace corvane {
-namespace {
+namespace report_screens_bench {
 
 using Clock = std::chrono::steady_clock;
 
@@ -174,5 +174,5 @@ BENCHMARK(openCoverage)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace report_screens_bench
 }  // namespace corvane

@@ -18,7 +18,7 @@
 #include "reports/trail/tax_trails.h"
 
 namespace corvane {
-namespace {
+namespace reports_bench {
 
 constexpr YearMonthDay firstDay{2004, 1, 1};
 constexpr YearMonthDay lastDay{2023, 12, 31};
@@ -261,5 +261,5 @@ BENCHMARK(measureWorkspace)
     ->Name("Reports/returns of 10 portfolios")
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace reports_bench
 }  // namespace corvane

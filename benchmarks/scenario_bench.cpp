@@ -10,7 +10,7 @@
 #include "scenario/scenario_batch.h"
 
 namespace corvane {
-namespace {
+namespace scenario_bench {
 
 /// Sessions of bars of `minutes`, of 390 minutes each.
 struct History {
@@ -151,5 +151,5 @@ BENCHMARK_CAPTURE(runPeriodsOnOneCore, "", &yearOfHours)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace scenario_bench
 }  // namespace corvane

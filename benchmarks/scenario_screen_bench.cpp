@@ -20,7 +20,7 @@
 #include "qt_application.h"
 
 namespace corvane {
-namespace {
+namespace scenario_screen_bench {
 
 constexpr std::size_t manyBars = 77'000;
 constexpr int minutesOfADay = 390;
@@ -179,5 +179,5 @@ BENCHMARK(runABatchInAWindow)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace scenario_screen_bench
 }  // namespace corvane

@@ -8,7 +8,7 @@
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 namespace corvane {
-namespace {
+namespace screens_bench {
 
 constexpr std::size_t visibleRows = 40;
 const ClosedRange<YearMonthDay> allTime({2004, 1, 1}, {2023, 12, 31});
@@ -102,5 +102,5 @@ void drawChart(benchmark::State& state) {
 }
 BENCHMARK(drawChart)->Name("Screens/chart 5000 days of 50 equities")->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace screens_bench
 }  // namespace corvane

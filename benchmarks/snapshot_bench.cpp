@@ -10,7 +10,7 @@
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane {
-namespace {
+namespace snapshot_bench {
 
 constexpr YearMonthDay firstDay{2004, 1, 1};
 constexpr YearMonthDay lastDay{2023, 12, 31};
@@ -145,5 +145,5 @@ BENCHMARK(fetchAllTime)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
-}  // namespace
+}  // namespace snapshot_bench
 }  // namespace corvane

@@ -10,7 +10,7 @@
 #include <string>
 
 namespace corvane {
-namespace {
+namespace startup_bench {
 
 /// A home of its own for the program, which is empty at first.
 class Home {
@@ -70,5 +70,5 @@ BENCHMARK(startWithSample)
     ->MinTime(5)
     ->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace startup_bench
 }  // namespace corvane

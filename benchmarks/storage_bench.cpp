@@ -12,7 +12,7 @@
 #include "storage/database/stored_portfolio_manager.h"
 
 namespace corvane {
-namespace {
+namespace storage_bench {
 
 constexpr int rowCount = 100'000;
 
@@ -224,5 +224,5 @@ void editAtTheEnd(benchmark::State& state) {
 }
 BENCHMARK(editAtTheEnd)->Name("Storage/edit at the end")->Unit(benchmark::kMicrosecond);
 
-}  // namespace
+}  // namespace storage_bench
 }  // namespace corvane

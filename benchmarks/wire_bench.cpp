@@ -10,7 +10,7 @@
 #include "platform/data/json_reader.h"
 
 namespace corvane {
-namespace {
+namespace wire_bench {
 
 constexpr int barCount = 7500;
 constexpr std::int64_t firstBar = 766416600;  // 1994-04-15 09:30 in New York
@@ -89,5 +89,5 @@ void chartToQuotes(benchmark::State& state) {
 }
 BENCHMARK(chartToQuotes)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}  // namespace wire_bench
 }  // namespace corvane
