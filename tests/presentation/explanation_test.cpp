@@ -123,7 +123,11 @@ TEST_F(ExplanationTest, FetchNothingForDepositsInThePrimaryCurrency) {
   record({on(day(2021, 3, 1)).deposit("1000")});
   const auto screen = PortfolioViewController::make(surroundings);
   screen->setPortfolio(portfolio);
-  EXPECT_EQ(screen->gainTrail().fetch, nullptr);
+  const auto gain = screen->gainTrail();
+  EXPECT_EQ(gain.fetch, nullptr);
+  panel.explain(gain.maker, gain.fetch);
+  ASSERT_TRUE(panel.trail());
+  EXPECT_FALSE(panel.tellsRatesOfDays(*panel.trail())) << "which would be the same once more";
 }
 
 /// Two portfolios have one name: each line leads to a row of its own.

@@ -17,6 +17,13 @@ std::string numberText(const Decimal& number, const std::string& unit) {
   return unit.empty() ? text : text + " " + unit;
 }
 
+/// Whether a node has another amount at the rates of its days than in `unit` at those of today.
+bool tellsOtherRates(const TrailNode& node, const std::string& unit) {
+  return (node.atRatesOfDays && (node.unit != unit || node.value != *node.atRatesOfDays)) ||
+         std::ranges::any_of(node.children,
+                             [&](const TrailNode& child) { return tellsOtherRates(child, unit); });
+}
+
 void writeTrailText(const TrailNode& node, const TrailNode& trail, std::size_t depth,
                     std::string& out) {
   out +=
@@ -121,7 +128,7 @@ std::string ExplanationViewController::ratesOfDaysText(const TrailNode& node,
 }
 
 bool ExplanationViewController::tellsRatesOfDays(const TrailNode& trail) {
-  return trail.atRatesOfDays || std::ranges::any_of(trail.children, &tellsRatesOfDays);
+  return tellsOtherRates(trail, trail.unit);
 }
 
 std::string ExplanationViewController::sourceText(const TrailNode& node) {

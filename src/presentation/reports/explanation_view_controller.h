@@ -47,7 +47,7 @@ class ExplanationViewController {
   /// What was deposited, at the rates of its own days and in the currency of the trail; empty where
   /// that is not told of a node.
   [[nodiscard]] static std::string ratesOfDaysText(const TrailNode& node, const TrailNode& trail);
-  /// Whether it is told of any node of the trail.
+  /// Whether it is told of any node of the trail, and is another amount.
   [[nodiscard]] static bool tellsRatesOfDays(const TrailNode& trail);
   /// Day, source and note in one line; may be empty.
   [[nodiscard]] static std::string sourceText(const TrailNode& node);
