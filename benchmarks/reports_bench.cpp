@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 
 #include "ledger_world.h"
 #include "platform/async/dispatch_queue.h"
@@ -12,6 +13,7 @@
 #include "reports/returns/returns_report.h"
 #include "reports/series/report_days.h"
 #include "reports/tax/tax_year.h"
+#include "reports/trail/equity_trails.h"
 #include "reports/trail/heading_trails.h"
 #include "reports/trail/ledger_trails.h"
 #include "reports/trail/returns_trails.h"
@@ -54,6 +56,11 @@ struct ReportedWorld : World {
 ReportedWorld& reportedWorld() {
   static ReportedWorld made;
   return made;
+}
+
+EquityTrailGround groundOf(const ReportedWorld& world) {
+  return {world.portfolio, ValuationScope{firstDay, lastDay},
+          std::make_shared<const MarketHistory>(world.market), world.manager->calendar};
 }
 
 void measureReturns(benchmark::State& state) {
@@ -228,6 +235,48 @@ void explainTaxGain(benchmark::State& state) {
   }
 }
 BENCHMARK(explainTaxGain)->Name("Reports/explain a tax gain")->Unit(benchmark::kMillisecond);
+
+/// With the rows of the equity that moved money.
+void explainEquityGain(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const EquityTrailGround ground = groundOf(world);
+  const ReturnsReport report =
+      returnsReport(*world.portfolio, ground.scope, world.market, ground.calendar);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        equityFigureTrail(EquityFigure::gain, report.equities.front().figures, ground));
+  }
+}
+BENCHMARK(explainEquityGain)
+    ->Name("Reports/explain the gain of an equity")
+    ->Unit(benchmark::kMillisecond);
+
+void explainEquityReturn(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const EquityTrailGround ground = groundOf(world);
+  const ReturnsReport report =
+      returnsReport(*world.portfolio, ground.scope, world.market, ground.calendar);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(equityMoneyWeightedTrail(report.equities.front(), ground));
+  }
+}
+BENCHMARK(explainEquityReturn)
+    ->Name("Reports/explain the money-weighted return of an equity")
+    ->Unit(benchmark::kMillisecond);
+
+void explainCostAtEnd(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const Calendar& calendar = world.manager->calendar;
+  const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
+  const TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  const TaxYear year = taxYear(portfolios, question, calendar);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(taxCostAtEndTrail(year.costs.front(), portfolios, question, calendar));
+  }
+}
+BENCHMARK(explainCostAtEnd)
+    ->Name("Reports/explain the cost base at the end of a year")
+    ->Unit(benchmark::kMillisecond);
 
 void explainCostBase(benchmark::State& state) {
   ReportedWorld& world = reportedWorld();

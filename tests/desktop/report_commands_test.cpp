@@ -7,12 +7,15 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QMenu>
 #include <QProgressBar>
 #include <QRegularExpression>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 #include <QTreeWidget>
+#include <array>
+#include <set>
 #include <stdexcept>
 
 #include "desktop/controls/equity_combo_box_view.h"
@@ -21,13 +24,16 @@
 #include "desktop/reports/explanation_panel.h"
 #include "desktop/reports/report_parts.h"
 #include "desktop/reports/tax_roles_dialog.h"
+#include "desktop/reports/tax_year_view.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/reports_view.h"
+#include "exchange/exports/portfolio_exporter.h"
 
 namespace corvane::testing {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 
 class ReportCommandsTest : public ::testing::Test {
@@ -75,14 +81,27 @@ class ReportCommandsTest : public ::testing::Test {
     }
     throw std::runtime_error(std::string("no table ") + name);
   }
-  static QString textAt(QTableView* table, int row, const char* column) {
+  static int columnOf(QTableView* table, const char* column) {
     for (int i = 0; i < table->model()->columnCount(); ++i) {
       if (table->model()->headerData(i, Qt::Horizontal).toString() == QLatin1String(column)) {
-        return table->model()->index(row, i).data().toString();
+        return i;
       }
     }
     ADD_FAILURE() << "no column " << column;
-    return {};
+    return -1;
+  }
+  static QString textAt(QTableView* table, int row, const char* column) {
+    return table->model()->index(row, columnOf(table, column)).data().toString();
+  }
+  /// Opens a tab of the portfolio.
+  void openTab(const char* title) {
+    menuItem(*window, QString::fromLatin1(title))->trigger();
+    settleTabs();
+  }
+  void settleTabs() {
+    const auto& screen = *frame().portfolioViewController;
+    EXPECT_TRUE(DesktopWorld::waitUntil(
+        [&] { return !screen.returns->isBusy() && !screen.income->isBusy(); }));
   }
   /// The accessible names of the figures that are seen.
   std::string figures() {
@@ -196,6 +215,111 @@ TEST_F(ReportCommandsTest, ExplainFiguresOfTablesByClickAndByKeys) {
   ASSERT_TRUE(DesktopWorld::waitUntil([&] { return panel->isVisible(); }));
   EXPECT_EQ(outline->topLevelItem(0)->text(1).remove(QRegularExpression(QStringLiteral("[^0-9.]"))),
             january.data().toString().remove(QRegularExpression(QStringLiteral("[^0-9.]"))));
+}
+
+/// Every figure of a table that is underlined leads to the trail of its own row.
+TEST_F(ReportCommandsTest, ExplainEachLineOfATableByItself) {
+  answerForGood();
+  openTab("Returns");
+  auto* panel = window->findChild<desktop::ExplanationPanel*>();
+  auto* outline = panel->findChild<QTreeWidget*>();
+  const auto numberIn = [](QString text) {
+    return text.remove(QRegularExpression(QStringLiteral("[^0-9.]"))).toDouble();
+  };
+  auto* equities = table("Returns by equity");
+  ASSERT_EQ(equities->model()->rowCount(), 3);
+  std::set<QString> told;
+  for (int row = 0; row < 3; ++row) {
+    for (const char* column : {"Bought", "Gain", "Time-w.", "Money-w."}) {
+      equities->setFocus();  // which the outline has taken
+      equities->setCurrentIndex(equities->model()->index(row, columnOf(equities, column)));
+      menuItem(*window, "Explain This Number")->trigger();
+      ASSERT_TRUE(panel->isVisible());
+      const QTreeWidgetItem* root = outline->topLevelItem(0);
+      EXPECT_EQ(numberIn(root->text(1)), numberIn(textAt(equities, row, column)))
+          << column << " of row " << row;
+      EXPECT_THAT(root->text(0).toStdString(),
+                  HasSubstr(textAt(equities, row, "Symbol").left(3).toStdString()));
+      told.insert(root->text(1));
+    }
+  }
+  EXPECT_GE(told.size(), 9U) << "the rows differ";
+}
+
+TEST_F(ReportCommandsTest, RecomputeForTheEquityThatIsPicked) {
+  answerForGood();
+  openTab("Returns");
+  QComboBox* picker = nullptr;
+  for (auto* each : window->findChildren<QComboBox*>()) {
+    picker = each->isVisible() && each->accessibleName() == QLatin1String("Equity") ? each : picker;
+  }
+  ASSERT_NE(picker, nullptr);
+  ASSERT_EQ(picker->count(), 4) << "all, and three equities";
+  const std::string ofAll = figures();
+  picker->setFocus();
+  QTest::keyClick(picker, Qt::Key_Down);
+  settleTabs();
+  const EquityPointer& chosen = frame().portfolioViewController->returns->chosenEquity();
+  ASSERT_NE(chosen, nullptr);
+  EXPECT_EQ(chosen->symbol, "LUM");
+  EXPECT_NE(figures(), ofAll);
+  EXPECT_EQ(table("Returns by equity")->model()->rowCount(), 1);
+  EXPECT_EQ(picker->currentText(), QStringLiteral("LUM"));
+  QTest::keyClick(picker, Qt::Key_Up);
+  settleTabs();
+  EXPECT_EQ(figures(), ofAll);
+}
+
+TEST_F(ReportCommandsTest, ShowTheYearOfIncomeThatIsPicked) {
+  openReport(WorkspaceReport::income);
+  auto* months = table("Income by equity and month");
+  EXPECT_EQ(months->model()->rowCount(), 0) << "nothing was paid this year";
+  auto* year = named<QComboBox>(*window, "Year of the table");
+  for (auto* each : window->findChildren<QComboBox*>()) {
+    year = each->isVisible() && each->accessibleName() == year->accessibleName() ? each : year;
+  }
+  year->setFocus();
+  QTest::keyClick(year, Qt::Key_Down);
+  EXPECT_EQ(months->model()->rowCount(), 2) << "of NOR, and the sum";
+  EXPECT_EQ(textAt(months, 0, "Total"), QStringLiteral("CA$240.00"));
+}
+
+/// Each command of the menu writes the list that it names.
+TEST_F(ReportCommandsTest, ExportTheListOfATaxYearThatIsChosen) {
+  openReport(WorkspaceReport::taxYear);
+  auto* year = named<QComboBox>(*window, "Tax year");
+  year->setFocus();
+  QTest::keyClick(year, Qt::Key_Down);
+  settle();
+  ASSERT_EQ(table("Disposals")->model()->rowCount(), 1);
+  std::vector<std::shared_ptr<PortfolioExporter>> exported;
+  window->workspaceView().reportsView().taxYear().exportHandler = [&](auto exporter) {
+    exported.push_back(std::move(exporter));
+  };
+  QPushButton* button = seenButton(QStringLiteral("Export"));
+  ASSERT_TRUE(button != nullptr && button->menu() != nullptr);
+  struct Expected {
+    const char* title;
+    const char* name;
+    const char* field;
+  };
+  const std::array<Expected, 5> lists = {
+      {{"Disposals…", "", "ledgerGain"},
+       {"Totals…", " Totals", "losses"},
+       {"Income…", " Income", "kind"},
+       {"To Check…", " To Check", "deemedGain"},
+       {"Cost Base at the End of the Year…", " Cost Base", "costBase"}}};
+  const auto actions = button->menu()->actions();
+  ASSERT_EQ(actions.size(), 5);
+  const std::string of = "Tax Year " + std::to_string(reports().taxYear->chosenYear());
+  for (std::size_t i = 0; i < lists.size(); ++i) {
+    QAction* action = actions.at(static_cast<qsizetype>(i));
+    EXPECT_EQ(action->text().remove(QLatin1Char('&')), QString::fromUtf8(lists.at(i).title));
+    action->trigger();
+    ASSERT_EQ(exported.size(), i + 1);
+    EXPECT_THAT(exported.back()->defaultFilename().value_or(""), HasSubstr(of + lists.at(i).name));
+    EXPECT_THAT(exported.back()->allFields(), Contains(lists.at(i).field));
+  }
 }
 
 TEST_F(ReportCommandsTest, TellDeclaredPaymentsApart) {

@@ -101,6 +101,45 @@ TEST_F(ReportViewsTest, ExplainAFigureByKeyboardAndOpenItsRow) {
             std::vector{portfolio->transactions()[6]});
 }
 
+/// Deposits stand at the rates of their days in a column that other figures do not have. It comes
+/// later than the others, and leaves the outline and the keyboard where the reader has them.
+TEST(ExplanationPanelTest, ShowsTheRatesOfTheDaysOfDepositsWhenTheyAreThere) {
+  ExplanationViewController controller;
+  desktop::ExplanationPanel panel(controller);
+  panel.resize(700, 400);
+  panel.show();
+  auto* outline = panel.findChild<QTreeWidget*>();
+  bool isThere = false;
+  std::function<void()> whenThere;
+  controller.explain(
+      [&]() -> std::optional<TrailNode> {
+        TrailNode leaf{.label = "Brought in", .value = 500, .unit = "USD"};
+        TrailNode deposits = sumOf("In USD", "USD", {std::move(leaf)});
+        if (isThere) {
+          deposits.children.front().atRatesOfDays = deposits.atRatesOfDays = 650;
+        }
+        return sumOf("Net deposits", "CAD", {std::move(deposits)});
+      },
+      [&](std::function<void()> told) { whenThere = std::move(told); });
+  constexpr int rates = 3;
+  EXPECT_TRUE(outline->isColumnHidden(rates));
+  outline->topLevelItem(0)->child(0)->setExpanded(true);
+  auto* copy = buttonWith(panel, QStringLiteral("Copy as Text"));
+  copy->setFocus();
+  isThere = true;
+  whenThere();
+  EXPECT_FALSE(outline->isColumnHidden(rates));
+  const QTreeWidgetItem* sum = outline->topLevelItem(0)->child(0);
+  EXPECT_EQ(sum->text(rates), QStringLiteral("650 CAD"));
+  EXPECT_EQ(sum->child(0)->text(rates), QStringLiteral("650 CAD"));
+  EXPECT_EQ(outline->topLevelItem(0)->text(rates), QString());
+  EXPECT_TRUE(sum->isExpanded());
+  EXPECT_EQ(panel.focusWidget(), copy);
+
+  controller.explain([] { return std::optional(TrailNode{.label = "Price", .value = 7}); });
+  EXPECT_TRUE(outline->isColumnHidden(rates));
+}
+
 TEST_F(ReportViewsTest, ShowTheReportsOfTheWorkspaceFromTheSourceList) {
   auto* list = named<QListWidget>(*window, "Reports");
   list->setCurrentRow(1);

@@ -116,7 +116,7 @@ TEST_F(ReportFiguresTest, OfReturns) {
   const auto returns = shown<ReturnsViewController>();
   EXPECT_EQ(expectTrails(returns->figures()), 3);
   EXPECT_EQ(expectTrails(returns->monthTable), 4) << "three months and their year";
-  EXPECT_EQ(expectTrails(returns->equityTable), 1);
+  EXPECT_EQ(expectTrails(returns->equityTable), 8) << "all but the opening value, which is 0";
   EXPECT_EQ(expectTrails(returns->reconciliationTable), 6);
 }
 
@@ -135,9 +135,10 @@ TEST_F(ReportFiguresTest, OfATaxYear) {
   ASSERT_EQ(tax->disposals.numberOfRows(), 2U);
   EXPECT_EQ(expectTrails(tax->figures()), 3);
   EXPECT_EQ(expectTrails(tax->totals), 12) << "of the equity and of all";
-  EXPECT_EQ(expectTrails(tax->income), 2) << "the sums by kind";
+  EXPECT_EQ(expectTrails(tax->income), 8) << "two lines and the sums by kind";
+  EXPECT_EQ(expectTrails(tax->costs), 1);
   for (std::size_t row = 0; row < 2; ++row) {
-    for (const char* column : {"ledgerGain", "taxGain"}) {
+    for (const char* column : {"costBase", "ledgerGain", "taxGain"}) {
       const auto& columns = tax->disposals.columns();
       const auto place = static_cast<std::size_t>(
           std::ranges::find(columns, column, &TableColumn::identifier) - columns.begin());

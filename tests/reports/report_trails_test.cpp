@@ -84,54 +84,99 @@ TEST(ReportTrails, CutTheReturnAtItsFlows) {
             nullptr);
 }
 
-/// Trails of all disposals of random ledgers of three portfolios, by the rules of each country.
-TEST(ReportTrails, LeadToTheTaxGains) {
-  int denied = 0;
-  forRandomCases(30, [&](std::mt19937_64& random) {
-    ReportWorld world;
-    const std::vector<PortfolioPointer> all{world.portfolio,
-                                            world.manager->createPortfolio(Currency::cad()),
-                                            world.manager->createPortfolio(Currency::cad())};
-    std::vector<TaxedPortfolio> taxed{
-        {all[0]}, {all[1], TaxRole::affiliated, "Kim"}, {all[2], TaxRole::registered}};
+/// Random rows in the user's portfolio, in one of somebody affiliated and in a registered one.
+struct TaxedWorld : ReportWorld {
+  const std::vector<PortfolioPointer> all{portfolio, manager->createPortfolio(Currency::cad()),
+                                          manager->createPortfolio(Currency::cad())};
+  const std::vector<TaxedPortfolio> taxed{
+      {all[0]}, {all[1], TaxRole::affiliated, "Kim"}, {all[2], TaxRole::registered}};
+
+  explicit TaxedWorld(std::mt19937_64& random) {
     std::map<std::size_t, long> held;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      all[i]->usesCashAccounts = false;
+    for (const PortfolioPointer& each : all) {
+      each->usesCashAccounts = false;
     }
     for (int i = 0; i < 60; ++i) {
       const std::size_t who = random() % 3;
       const std::string amount =
           std::to_string(random() % 1000 + 1) + ".0" + std::to_string(random() % 9 + 1);
       const long shares = 1 + static_cast<long>(random() % 9);
-      BasicTransaction basic = world.buy(std::to_string(shares), amount);
+      BasicTransaction basic = buy(std::to_string(shares), amount);
       if (held[who] > shares && random() % 2 == 0) {
-        basic = world.sell(std::to_string(shares), amount);
+        basic = sell(std::to_string(shares), amount);
         held[who] -= shares;
       } else if (held[who] > 0 && random() % 7 == 0) {
-        basic = world.yield(YieldType::returnOfCapital, amount);
+        basic = yield(YieldType::returnOfCapital, amount);
       } else {
         held[who] += shares;
       }
-      world.manager->recordTransactions({basic}, all[who], nullptr);
+      manager->recordTransactions({basic}, all[who], nullptr);
     }
+  }
+
+  /// The questions of each person under the rules of each country, about the days up to `last`.
+  template <typename Check>
+  void forQuestions(const YearMonthDay& last, Check check) {
     for (const TaxCountry country :
          {TaxCountry::none, TaxCountry::canada, TaxCountry::unitedKingdom}) {
       for (const char* person : {"", "Kim"}) {
-        TaxYearQuestion question{{2021, 1, 1}, {2021, 12, 31}, {2030, 1, 1}, person};
+        TaxYearQuestion question{{2021, 1, 1}, last, {2030, 1, 1}, person};
         question.country = country;
-        for (const auto& disposal : taxYear(taxed, question, world.calendar).disposals) {
-          const auto trail = taxGainTrail(disposal, taxed, question, world.calendar);
-          ASSERT_TRUE(trail.has_value());
-          expectRecomputes(*trail);
-          EXPECT_EQ(trail->value, disposal.tax.taxGain);
-          const TrailNode* part = nodeNamed(*trail, "Denied");
-          EXPECT_EQ(part == nullptr ? Decimal() : part->value, disposal.tax.superficial.denied);
-          denied += part == nullptr ? 0 : 1;
-        }
+        check(question, taxYear(taxed, question, calendar));
       }
     }
+  }
+};
+
+/// Trails of all disposals of random ledgers of three portfolios, by the rules of each country.
+TEST(ReportTrails, LeadToTheTaxGains) {
+  int denied = 0;
+  forRandomCases(30, [&](std::mt19937_64& random) {
+    TaxedWorld world(random);
+    world.forQuestions({2021, 12, 31}, [&](const TaxYearQuestion& question, const TaxYear& year) {
+      for (const TaxYear::Disposal& disposal : year.disposals) {
+        const auto trail = taxGainTrail(disposal, world.taxed, question, world.calendar);
+        ASSERT_TRUE(trail.has_value());
+        expectRecomputes(*trail);
+        EXPECT_EQ(trail->value, disposal.tax.taxGain);
+        const TrailNode* part = nodeNamed(*trail, "Denied");
+        EXPECT_EQ(part == nullptr ? Decimal() : part->value, disposal.tax.superficial.denied);
+        denied += part == nullptr ? 0 : 1;
+      }
+    });
   });
   EXPECT_GT(denied, 0);
+}
+
+/// Of what was sold, and of what is left at the end of a year in the midst of the rows.
+TEST(ReportTrails, LeadToTheCostBasesOfATaxYear) {
+  int told = 0;
+  int withDeniedLosses = 0;
+  forRandomCases(30, [&](std::mt19937_64& random) {
+    TaxedWorld world(random);
+    const YearMonthDay last = daysAfter({2021, 3, 10}, static_cast<int>(random() % 50));
+    world.forQuestions(last, [&](const TaxYearQuestion& question, const TaxYear& year) {
+      for (const TaxYear::Disposal& disposal : year.disposals) {
+        const auto trail = taxCostTrail(disposal, world.taxed, question, world.calendar);
+        ASSERT_TRUE(trail.has_value());
+        expectRecomputes(*trail);
+        EXPECT_EQ(trail->value, rounded(disposal.tax.costDisposed, 2, RoundingMode::bankers));
+      }
+      for (const TaxYear::CostAtEnd& cost : year.costs) {
+        const auto trail = taxCostAtEndTrail(cost, world.taxed, question, world.calendar);
+        ASSERT_TRUE(trail.has_value());
+        expectRecomputes(*trail);
+        EXPECT_EQ(trail->value, rounded(cost.pool.cost, 2, RoundingMode::bankers));
+        if (question.country != TaxCountry::unitedKingdom && cost.pool.cost > 0) {
+          EXPECT_FALSE(trail->children.empty()) << trail->label;
+          ++told;
+        }
+        withDeniedLosses += nodeNamed(*trail, "Cost base with a denied loss") == nullptr ? 0 : 1;
+      }
+    });
+  });
+  EXPECT_GT(told, 50);
+  EXPECT_GT(withDeniedLosses, 0);
 }
 
 TEST(ReportTrails, NameEachPurchaseAndHoldingOfADeniedLoss) {

@@ -362,7 +362,9 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
       write(picture);
     }
   }
-  frame.explanation.explain(portfolio.gainTrailMaker());
+  const auto [gain, ratesOfDays] = portfolio.gainTrail();
+  frame.explanation.explain(gain, ratesOfDays);
+  hasFailed_ |= !waitUntil([&] { return !frame.explanation.isAwaiting(); });
   tabs.setCurrentIndex(static_cast<int>(portfolio.indexOf(*portfolio.holdings)));
   write(name + QStringLiteral("-explanation"));
   frame.explanation.close();

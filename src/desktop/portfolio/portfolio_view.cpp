@@ -142,9 +142,11 @@ QWidget* PortfolioView::makeHeading() {
 
   value_->setAccessibleName(QStringLiteral("Value"));
   addExplanation(value_, QStringLiteral("Explain This Number"),
-                 [this] { return controller_->valueTrailMaker(); });
-  addExplanation(summary_, QStringLiteral("Explain Gain and Net Deposits"),
-                 [this] { return controller_->gainTrailMaker(); });
+                 [this] { controller_->explainHandler(controller_->valueTrailMaker(), nullptr); });
+  addExplanation(summary_, QStringLiteral("Explain Gain and Net Deposits"), [this] {
+    const auto [maker, fetch] = controller_->gainTrail();
+    controller_->explainHandler(maker, fetch);
+  });
 
   auto* texts = new QVBoxLayout;
   texts->setSpacing(0);
@@ -203,13 +205,13 @@ QWidget* PortfolioView::makeSelectors() {
 
 /// A command in the context menu of `label` that says how its figure came about.
 void PortfolioView::addExplanation(QWidget* label, const QString& text,
-                                   const std::function<TrailMaker()>& trail) {
+                                   const std::function<void()>& explain) {
   auto* action = new QAction(text, label);
   label->addAction(action);
   label->setContextMenuPolicy(Qt::ActionsContextMenu);
-  connect(action, &QAction::triggered, this, [this, trail] {
-    if (const TrailMaker maker = trail()) {
-      controller_->explainHandler(maker);
+  connect(action, &QAction::triggered, this, [this, explain] {
+    if (controller_->currentData().portfolio != nullptr) {
+      explain();
     }
   });
 }

@@ -46,8 +46,7 @@ class PortfolioView : public QWidget {
   void update();
   void updateAssets();
   void giveChartItsPlace();
-  void addExplanation(QWidget* label, const QString& text,
-                      const std::function<TrailMaker()>& trail);
+  void addExplanation(QWidget* label, const QString& text, const std::function<void()>& explain);
   void perform(const PortfolioViewController::Segue& segue);
   void openForm(const PortfolioViewController::CreateTransaction& segue);
 

@@ -11,8 +11,10 @@
 #include <QSaveFile>
 #include <QToolButton>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <vector>
 
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
@@ -23,7 +25,16 @@ namespace {
 
 constexpr int openLevels = 2;
 constexpr int nodeRole = Qt::UserRole;
-enum OutlineColumn { labelColumn, valueColumn, sourceColumn };
+enum OutlineColumn { labelColumn, valueColumn, sourceColumn, ratesColumn, columnCount };
+
+/// Which items of an outline are open, from its top.
+std::vector<bool> openItems(QTreeWidget& outline) {
+  std::vector<bool> open;
+  for (QTreeWidgetItemIterator item(&outline); *item != nullptr; ++item) {
+    open.push_back((*item)->isExpanded());
+  }
+  return open;
+}
 
 }  // namespace
 
@@ -43,9 +54,12 @@ ExplanationPanel::ExplanationPanel(ExplanationViewController& controller, QWidge
   close->setAutoRaise(true);
   message_->setWordWrap(true);
   outline_->setAccessibleName(QStringLiteral("How this number came about"));
-  outline_->setColumnCount(3);
-  outline_->setHeaderLabels(
-      {QStringLiteral("Step"), QStringLiteral("Value"), QStringLiteral("From")});
+  outline_->setColumnCount(columnCount);
+  outline_->setHeaderLabels({QStringLiteral("Step"), QStringLiteral("Value"),
+                             QStringLiteral("From"), QStringLiteral("At Rates of Days")});
+  outline_->headerItem()->setToolTip(
+      ratesColumn, QStringLiteral("What was deposited, at the rate of its own day"));
+  outline_->header()->moveSection(ratesColumn, sourceColumn);
   outline_->setUniformRowHeights(true);
   outline_->setAlternatingRowColors(true);
   outline_->setFrameShape(QFrame::NoFrame);
@@ -78,6 +92,8 @@ ExplanationPanel::ExplanationPanel(ExplanationViewController& controller, QWidge
 }
 
 void ExplanationPanel::showState() {
+  const bool isCompleted = controller_.isCompleted();
+  const std::vector<bool> open = isCompleted ? openItems(*outline_) : std::vector<bool>();
   outline_->clear();
   const auto& trail = controller_.trail();
   message_->setText(qtText(controller_.message()));
@@ -90,9 +106,18 @@ void ExplanationPanel::showState() {
     return;
   }
   addNode(*trail, outline_->invisibleRootItem(), 0);
-  fitColumns();
+  outline_->setColumnHidden(ratesColumn, !ExplanationViewController::tellsRatesOfDays(*trail));
   outline_->setCurrentItem(outline_->topLevelItem(0));
-  outline_->setFocus();
+  if (isCompleted) {
+    // The reader is somewhere in it, or somewhere else by now.
+    std::size_t place = 0;
+    for (QTreeWidgetItemIterator item(outline_); *item != nullptr && place < open.size(); ++item) {
+      (*item)->setExpanded(open[place++]);
+    }
+  } else {
+    outline_->setFocus();
+  }
+  fitColumns();
 }
 
 /// Steps and values are seen whole, as far as a step is no longer than the most of the panel; where
@@ -100,7 +125,7 @@ void ExplanationPanel::showState() {
 /// more.
 void ExplanationPanel::fitColumns() {
   constexpr int gap = 2 * spacing::narrow;
-  for (const int column : {labelColumn, valueColumn, sourceColumn}) {
+  for (const int column : {labelColumn, valueColumn, sourceColumn, ratesColumn}) {
     outline_->resizeColumnToContents(column);
   }
   QHeaderView& header = *outline_->header();
@@ -109,8 +134,13 @@ void ExplanationPanel::fitColumns() {
   const int value = header.sectionSize(valueColumn) + gap;
   header.resizeSection(labelColumn, label);
   header.resizeSection(valueColumn, value);
+  const int rates =
+      outline_->isColumnHidden(ratesColumn) ? 0 : header.sectionSize(ratesColumn) + gap;
+  if (rates > 0) {
+    header.resizeSection(ratesColumn, rates);
+  }
   header.resizeSection(sourceColumn,
-                       std::max(header.sectionSize(sourceColumn), whole - label - value));
+                       std::max(header.sectionSize(sourceColumn), whole - label - value - rates));
 }
 
 void ExplanationPanel::resizeEvent(QResizeEvent* event) {
@@ -127,8 +157,12 @@ void ExplanationPanel::addNode(const TrailNode& node, QTreeWidgetItem* parent, i
   item->setText(sourceColumn, operation.isEmpty() || source.isEmpty()
                                   ? operation + source
                                   : operation + QStringLiteral("; ") + source);
-  item->setTextAlignment(valueColumn, Qt::AlignRight | Qt::AlignVCenter);
-  item->setFont(valueColumn, theme::monospacedFont());
+  item->setText(ratesColumn,
+                qtText(ExplanationViewController::ratesOfDaysText(node, *controller_.trail())));
+  for (const int column : {valueColumn, ratesColumn}) {
+    item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+    item->setFont(column, theme::monospacedFont());
+  }
   item->setToolTip(labelColumn, qtText(node.label));
   item->setToolTip(sourceColumn, item->text(sourceColumn));
   item->setData(labelColumn, nodeRole, QVariant::fromValue(static_cast<const void*>(&node)));

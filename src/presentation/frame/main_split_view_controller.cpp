@@ -100,7 +100,12 @@ void MainSplitViewController::connectReports() {
       living->openRow(portfolio, position);
     }
   };
-  portfolioViewController->explainHandler = explain;
+  portfolioViewController->explainHandler = [self](const TrailMaker& trail,
+                                                   const TrailFetch& fetch) {
+    if (const auto living = self.lock()) {
+      living->explanation.explain(trail, fetch);
+    }
+  };
   reports->returns->explainHandler = explain;
   reports->income->explainHandler = explain;
   reports->taxYear->explainHandler = explain;

@@ -15,6 +15,26 @@ std::shared_ptr<PortfolioManager> managerOf(const PortfolioPointer& portfolio) {
   return portfolio == nullptr ? nullptr : portfolio->manager.lock();
 }
 
+/// The rates of the days on which something was deposited in `needs`.
+void fetchRatesOfDeposits(const PortfolioPointer& portfolio, const MarketNeeds& needs,
+                          std::function<void(std::shared_ptr<MarketHistory>)> take) {
+  const ReportScope scope{.name = "", .portfolios = {portfolio}};
+  const auto quotes = reportQuotes(scope);
+  const auto& rows = portfolio->transactions();
+  if (quotes == nullptr || rows.empty()) {
+    take(std::make_shared<MarketHistory>());
+    return;
+  }
+  const auto dayOf = [&](const TransactionPointer& row) {
+    return YearMonthDay::of(row->settlementDate(), calendarOf(scope));
+  };
+  // The provider is held until it has answered.
+  fetchMarketHistory(quotes, needs, dayOf(rows.front()), dayOf(rows.back()),
+                     [quotes, take = std::move(take)](std::shared_ptr<MarketHistory> history) {
+                       take(std::move(history));
+                     });
+}
+
 }  // namespace
 
 std::shared_ptr<PortfolioViewController> PortfolioViewController::make(
@@ -53,7 +73,7 @@ void PortfolioViewController::observe() {
     };
     tabs[i]->explainHandler = [self](const TrailMaker& trail) {
       if (const auto living = self.lock()) {
-        living->explainHandler(trail);
+        living->explainHandler(trail, nullptr);
       }
     };
   }
@@ -253,14 +273,30 @@ TrailMaker PortfolioViewController::valueTrailMaker() const {
   };
 }
 
-TrailMaker PortfolioViewController::gainTrailMaker() const {
-  return currentData_.portfolio == nullptr
-             ? TrailMaker()
-             : [portfolio = currentData_.portfolio]() -> std::optional<TrailNode> {
-    return differenceOf("Gain: value less net deposits",
-                        std::string(portfolio->primaryCurrency().code),
-                        {valueTrail(*portfolio), depositsTrail(*portfolio)});
-  };
+PortfolioViewController::GainTrail PortfolioViewController::gainTrail() const {
+  if (currentData_.portfolio == nullptr) {
+    return {};
+  }
+  const PortfolioPointer& shown = currentData_.portfolio;
+  // Filled by the fetch, for the trail that is made after it.
+  const auto ratesOfDays = std::make_shared<std::shared_ptr<MarketHistory>>();
+  GainTrail gain{.maker = [shown, ratesOfDays]() -> std::optional<TrailNode> {
+                   return differenceOf(
+                       "Gain: value less net deposits", std::string(shown->primaryCurrency().code),
+                       {valueTrail(*shown), depositsTrail(*shown, ratesOfDays->get())});
+                 },
+                 .fetch = nullptr};
+  if (MarketNeeds needs = depositPairs(*shown); !needs.pairs.empty()) {
+    gain.fetch = [shown, ratesOfDays, needs = std::move(needs)](std::function<void()> whenThere) {
+      fetchRatesOfDeposits(
+          shown, needs,
+          [ratesOfDays, whenThere = std::move(whenThere)](std::shared_ptr<MarketHistory> history) {
+            *ratesOfDays = std::move(history);
+            whenThere();
+          });
+    };
+  }
+  return gain;
 }
 
 void PortfolioViewController::createTransactionAction() {

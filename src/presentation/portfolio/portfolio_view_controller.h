@@ -21,6 +21,7 @@
 #include "presentation/portfolio/edit_portfolio_view_controller.h"
 #include "presentation/portfolio/portfolio_gain_loss_view_controller.h"
 #include "presentation/portfolio/portfolio_holdings_view_controller.h"
+#include "presentation/reports/explanation_view_controller.h"
 #include "presentation/reports/income_view_controller.h"
 #include "presentation/reports/returns_view_controller.h"
 #include "presentation/screen/screen_surroundings.h"
@@ -74,8 +75,9 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
   std::function<void(const PortfolioPointer&)> deletePortfolioHandler;
   /// Shows an equity of a row on its own screen.
   std::function<void(const EquityPointer&)> openEquityHandler = [](const EquityPointer&) {};
-  /// Shows how a figure came about.
-  std::function<void(const TrailMaker&)> explainHandler = [](const TrailMaker&) {};
+  /// Shows how a figure came about; where there is a fetch, once more when that has answered.
+  std::function<void(const TrailMaker&, const TrailFetch&)> explainHandler =
+      [](const TrailMaker&, const TrailFetch&) {};
 
   const std::shared_ptr<PortfolioHoldingsViewController> holdings;
   const std::shared_ptr<PortfolioTransactionsViewController> transactions;
@@ -116,10 +118,15 @@ class PortfolioViewController : public std::enable_shared_from_this<PortfolioVie
 
   // Commands.
 
-  /// How the value in the heading came about, or its gain over the net deposits; null without a
-  /// portfolio.
+  /// How the value in the heading came about; null without a portfolio.
   [[nodiscard]] TrailMaker valueTrailMaker() const;
-  [[nodiscard]] TrailMaker gainTrailMaker() const;
+  /// The same of its gain over the net deposits, and what fetches the rates of the days on which
+  /// these were made; null where all are in the primary currency.
+  struct GainTrail {
+    TrailMaker maker;
+    TrailFetch fetch;
+  };
+  [[nodiscard]] GainTrail gainTrail() const;
 
   /// Whether a transaction can be added and imported.
   [[nodiscard]] bool canCreateTransaction() const { return currentData_.portfolio != nullptr; }

@@ -214,8 +214,7 @@ AttributedText IncomeChartView::changeText(double from, double to) const {
 }
 
 std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency,
-    const std::function<std::vector<IncomePayment>()>& payments) {
+    std::function<Currency()> currency, const std::function<PaidIncome()>& payments) {
   const auto money = [currency](const Decimal& amount) {
     return amount.isZero() ? AttributedText() : reportMoneyCell(amount, currency());
   };
@@ -225,14 +224,14 @@ std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
     if (amount.isZero()) {
       return nullptr;
     }
-    return [currency, payments, equity = line.equity, year = line.year, month] {
+    return [currency, paid = payments(), equity = line.equity, year = line.year, month] {
       const auto counts = [&](const IncomePayment& payment) {
         return payment.day.year == year && (month == 0 || payment.day.month == month) &&
                (equity == nullptr || *payment.equity == *equity);
       };
       const std::string name = equity == nullptr ? "Income" : "Income of " + equity->symbol;
       const std::string when = month == 0 ? std::to_string(year) : monthText({year, month, 1});
-      return std::optional(paymentsTrail(name + ", " + when, payments(), currency(), counts));
+      return std::optional(paymentsTrail(name + ", " + when, *paid, currency(), counts));
     };
   };
   std::vector<RecordTable<IncomeOfYear>::Column> columns = {
@@ -367,13 +366,13 @@ void drawIncome(IncomeChartView& chart, const std::vector<IncomePayment>& paymen
   chart.changeHandler();
 }
 
-std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& payments,
+std::vector<ReportFigure> incomeFigures(const PaidIncome& payments,
                                         const std::vector<ExpectedIncome>& expected,
                                         const Currency& currency, const YearMonthDay& today) {
   const int month = monthNumber(today);
   const int january = 12 * today.year;
-  const Decimal thisYear = paidIn(payments, january, month);
-  const Decimal before = paidIn(payments, january - 12, month - 12);
+  const Decimal thisYear = paidIn(*payments, january, month);
+  const Decimal before = paidIn(*payments, january - 12, month - 12);
   ReportFigure year{.title = std::to_string(today.year) + " so far",
                     .value = reportMoneyCell(thisYear, currency),
                     .detail = "same months of " + std::to_string(today.year - 1) + ": " +
@@ -392,7 +391,7 @@ std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& paymen
   const auto paidTrail = [&](const std::string& label, int first, int last) -> TrailMaker {
     return [payments, currency, label, first, last] {
       return std::optional(
-          paymentsTrail(label, payments, currency, [&](const IncomePayment& payment) {
+          paymentsTrail(label, *payments, currency, [&](const IncomePayment& payment) {
             return first <= monthNumber(payment.day) && monthNumber(payment.day) <= last;
           }));
     };
@@ -401,7 +400,7 @@ std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& paymen
   const std::string fullYear = "Full " + std::to_string(today.year - 1);
   return {std::move(year),
           {.title = fullYear,
-           .value = reportMoneyCell(paidIn(payments, january - 12, january - 1), currency),
+           .value = reportMoneyCell(paidIn(*payments, january - 12, january - 1), currency),
            .explain = paidTrail(fullYear, january - 12, january - 1)},
           expectedFigure(expected, currency),
           {.title = "Yield on cost",

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,11 +10,13 @@
 
 namespace corvane {
 
+/// Shared with all that tells how a figure came about; a payment has an equivalent.
+using PaidIncome = std::shared_ptr<const std::vector<IncomePayment>>;
+
 /// `currency` is asked for whenever a cell is made, `payments` when somebody wants to know how it
 /// came about.
 [[nodiscard]] std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency,
-    const std::function<std::vector<IncomePayment>()>& payments);
+    std::function<Currency()> currency, const std::function<PaidIncome()>& payments);
 
 /// What trails of the table of expectations need of the moment.
 struct IncomeMoment {
@@ -35,7 +38,7 @@ void drawIncome(IncomeChartView& chart, const std::vector<IncomePayment>& paymen
                 const YearMonthDay& today, bool isByYear);
 
 /// The figures in one row, with all that tells how they came about.
-[[nodiscard]] std::vector<ReportFigure> incomeFigures(const std::vector<IncomePayment>& payments,
+[[nodiscard]] std::vector<ReportFigure> incomeFigures(const PaidIncome& payments,
                                                       const std::vector<ExpectedIncome>& expected,
                                                       const Currency& currency,
                                                       const YearMonthDay& today);

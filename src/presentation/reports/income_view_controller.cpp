@@ -35,8 +35,7 @@ std::shared_ptr<IncomeViewController> IncomeViewController::make(ScreenSurroundi
 
 IncomeViewController::IncomeViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
     : ReportViewController(std::move(surroundings)),
-      monthTable(
-          incomeMonthColumns([this] { return currency_; }, [this] { return paidPayments(); })),
+      monthTable(incomeMonthColumns([this] { return currency_; }, [this] { return paid_; })),
       expectedTable(expectedIncomeColumns([this] {
         return IncomeMoment{today(), calendarOf(scope_)};
       })),
@@ -109,25 +108,29 @@ void IncomeViewController::compute(DividendCalendar dividends) {
 }
 
 void IncomeViewController::take(Answer answer) {
-  answer_ = std::move(answer);
+  auto former = std::pair(std::exchange(answer_, std::move(answer)), paid_);
   show();
+  // Its copies of ledgers are large, and given back where they were made.
+  reportQueue()->async([former = std::move(former)] {});
 }
 
 /// Of the kinds and the currency that are chosen, made or expected.
 std::vector<IncomePayment> IncomeViewController::countedPayments() const {
   std::vector<IncomePayment> counted;
-  std::ranges::copy_if(
-      answer_.payments, std::back_inserter(counted), [&](const IncomePayment& each) {
-        return counts(each.kind) && (!each.equivalent || each.equivalent->currency == currency_);
-      });
+  std::ranges::copy_if(answer_.payments, std::back_inserter(counted),
+                       [&](const IncomePayment& each) { return isCounted(each); });
   return counted;
+}
+
+bool IncomeViewController::isCounted(const IncomePayment& payment) const {
+  return counts(payment.kind) && (!payment.equivalent || payment.equivalent->currency == currency_);
 }
 
 /// Those of them that ledgers tell of.
 std::vector<IncomePayment> IncomeViewController::paidPayments() const {
-  std::vector<IncomePayment> paid = countedPayments();
-  std::erase_if(paid, [](const IncomePayment& each) {
-    return each.status != IncomePayment::Status::paid || !each.equivalent;
+  std::vector<IncomePayment> paid;
+  std::ranges::copy_if(answer_.payments, std::back_inserter(paid), [&](const IncomePayment& each) {
+    return each.status == IncomePayment::Status::paid && each.equivalent && isCounted(each);
   });
   return paid;
 }
@@ -141,7 +144,8 @@ std::vector<ExpectedIncome> IncomeViewController::shownExpectations() const {
 }
 
 void IncomeViewController::show() {
-  const std::vector<IncomePayment> payments = paidPayments();
+  paid_ = std::make_shared<const std::vector<IncomePayment>>(paidPayments());
+  const std::vector<IncomePayment>& payments = *paid_;
   const std::vector<ExpectedIncome> expected = shownExpectations();
   const YearMonthDay now = today();
   std::set<int, std::greater<>> years = {now.year};
@@ -157,8 +161,7 @@ void IncomeViewController::show() {
                        });
   message_ = isEmpty ? "No income recorded." : "";
   chart.noDataText = message_;
-  figures_ =
-      isEmpty ? std::vector<ReportFigure>() : incomeFigures(payments, expected, currency_, now);
+  figures_ = isEmpty ? std::vector<ReportFigure>() : incomeFigures(paid_, expected, currency_, now);
   monthTable.setRecords(incomeOfYear(payments, chosenYear_));
   expectedTable.setRecords(expected);
   drawIncome(chart, payments, expected, currency_, now, isByYear_);

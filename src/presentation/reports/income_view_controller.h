@@ -101,6 +101,7 @@ class IncomeViewController : public ReportViewController,
   void openEquity(const EquityPointer& equity);
   [[nodiscard]] YearMonthDay today() const;
   [[nodiscard]] std::vector<IncomePayment> countedPayments() const;
+  [[nodiscard]] bool isCounted(const IncomePayment& payment) const;
   [[nodiscard]] std::vector<IncomePayment> paidPayments() const;
   [[nodiscard]] std::vector<ExpectedIncome> shownExpectations() const;
 
@@ -109,6 +110,9 @@ class IncomeViewController : public ReportViewController,
   int chosenYear_ = 0;
   bool isByYear_ = false;
   Answer answer_;
+  /// What is shown of the payments that ledgers tell of.
+  std::shared_ptr<const std::vector<IncomePayment>> paid_ =
+      std::make_shared<std::vector<IncomePayment>>();
   EquityMap<ErrorPointer> errors_;
 };
 

@@ -8,6 +8,7 @@
 #include "exchange/exports/report_lines_exporter.h"
 #include "reports/trail/income_trails.h"
 #include "reports/trail/returns_trails.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
@@ -24,11 +25,11 @@ TrailNode shownSum(const std::string& label, const Currency& currency,
 }
 
 TrailNode paymentLeaf(const IncomePayment& payment) {
-  TrailNode leaf{.label = payment.equity->symbol + ", " + kindOfIncome(payment.kind),
-                 .value = payment.equivalent->amount,
-                 .unit = std::string(payment.equivalent->currency.code),
-                 .day = payment.day,
-                 .source = "“" + payment.portfolio + "”"};
+  TrailNode leaf = fromRow({.label = payment.equity->symbol + ", " + kindOfIncome(payment.kind),
+                            .value = payment.equivalent->amount,
+                            .unit = std::string(payment.equivalent->currency.code),
+                            .day = payment.day},
+                           payment.portfolio, {payment.ledger, payment.position});
   if (payment.rate && payment.amount.currency != payment.equivalent->currency) {
     leaf.note = payment.amount.description() + " at the equivalent that was entered";
   }
@@ -52,20 +53,21 @@ std::optional<TrailNode> periodTrail(const ReturnsReport& report, const PeriodRe
   return timeWeightedTrail(ofPeriod, report.series.currency);
 }
 
-std::optional<TrailNode> equityGainTrail(const EquityFigures& figures, const Currency& currency) {
+TrailNode shareOfGainTrail(const ReturnsReport& report, const EquityFigures& figures) {
+  const Currency& currency = report.series.currency;
   const std::string unit(currency.code);
-  TrailNode out = sumOf("Closing value and sales", unit,
-                        {amountLeaf("Closing value", figures.closing, currency),
-                         amountLeaf("Sold", figures.sold, currency)});
-  std::vector<TrailNode> parts = {std::move(out),
-                                  amountLeaf("Opening value", figures.opening, currency),
-                                  amountLeaf("Bought", figures.bought, currency)};
-  if (!figures.journaled.isZero()) {
-    parts.push_back(amountLeaf("Shares journaled", figures.journaled, currency));
+  const auto earned = [&](const EquityFigures& line) {
+    return sumOf("Earned by " + line.equity->symbol, unit,
+                 {amountLeaf("Gain", line.gain(), currency),
+                  amountLeaf("Dividends", line.dividends, currency)});
+  };
+  std::vector<TrailNode> all;
+  for (const EquityReturns& line : report.equities) {
+    all.push_back(earned(line.figures));
   }
-  return roundedTo(currency.minorUnits, "Gain of " + figures.equity->symbol,
-                   differenceOf("Closing value and sales, less what was there and was bought", unit,
-                                std::move(parts)));
+  return percentOf("Share of " + figures.equity->symbol + " in the gain",
+                   quotientOf("Its part", "", earned(figures),
+                              sumOf("Earned by all equities", unit, std::move(all))));
 }
 
 std::optional<TrailNode> equitiesTrail(

@@ -18,9 +18,8 @@ namespace corvane {
 [[nodiscard]] std::optional<TrailNode> periodTrail(const ReturnsReport& report,
                                                    const PeriodReturn& period);
 
-/// The gain of one equity: what it was worth and was sold for, less what was there and was bought.
-[[nodiscard]] std::optional<TrailNode> equityGainTrail(const EquityFigures& figures,
-                                                       const Currency& currency);
+/// What one equity has earned by what all of `report` have.
+[[nodiscard]] TrailNode shareOfGainTrail(const ReturnsReport& report, const EquityFigures& figures);
 
 /// The sum over the equities of `report` of what `amountOf` has of each. None where the report has
 /// no lines for equities.

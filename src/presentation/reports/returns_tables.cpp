@@ -1,6 +1,7 @@
 #include "presentation/reports/returns_tables.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "presentation/reports/report_sums.h"
@@ -99,6 +100,16 @@ std::optional<TrailNode> bridgeGainTrail(const ReturnsReport& report) {
                     leaf("Shares journaled", bridge.journaled)}));
 }
 
+TrailMaker equityFigureTrailMaker(EquityFigure figure, const EquityFigures& figures,
+                                  std::optional<EquityTrailGround> ground) {
+  if (!ground) {
+    return nullptr;
+  }
+  return [figure, figures, made = std::move(*ground)] {
+    return std::optional(equityFigureTrail(figure, figures, made));
+  };
+}
+
 }  // namespace
 
 std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
@@ -127,37 +138,63 @@ std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
 }
 
 std::vector<RecordTable<EquityReturns>::Column> equityReturnsColumns(
-    std::function<Currency()> currency) {
+    std::function<Currency()> currency, const EquityTrails& trails) {
   using Column = RecordTable<EquityReturns>::Column;
-  const auto money = [currency](std::string_view identifier, std::string_view title,
-                                auto amountOf) -> Column {
-    return {{identifier, title, true}, [currency, amountOf](const EquityReturns& line) {
+  const auto money = [&](std::string_view identifier, std::string_view title, EquityFigure figure,
+                         auto amountOf) -> Column {
+    return {{identifier, title, true},
+            [currency, amountOf](const EquityReturns& line) {
               return reportMoneyCell(amountOf(line.figures), currency());
+            },
+            [ground = trails.ground, figure, amountOf](const EquityReturns& line) {
+              return amountOf(line.figures).isZero()
+                         ? TrailMaker()
+                         : equityFigureTrailMaker(figure, line.figures, ground());
+            }};
+  };
+  using ReturnTrail = decltype(&equityTimeWeightedTrail);
+  const auto rate = [&](std::string_view identifier, std::string_view title, auto rateOf,
+                        ReturnTrail trail) -> Column {
+    return {{identifier, title, true},
+            [rateOf](const EquityReturns& line) { return returnRateCell(rateOf(line)); },
+            [ground = trails.ground, rateOf, trail](const EquityReturns& line) -> TrailMaker {
+              auto made = ground();
+              if (!made || !rateOf(line)) {
+                return nullptr;
+              }
+              return [line, trail, made = std::move(*made)] { return trail(line, made); };
             }};
   };
   return {
       {{"symbol", "Symbol"},
        [](const EquityReturns& line) { return PortfolioAsset(line.figures.equity).title(); }},
-      money("opening", "Opening", [](const EquityFigures& line) { return line.opening; }),
-      money("bought", "Bought", [](const EquityFigures& line) { return line.bought; }),
-      money("sold", "Sold", [](const EquityFigures& line) { return line.sold; }),
-      money("dividends", "Dividends", [](const EquityFigures& line) { return line.dividends; }),
-      money("closing", "Closing", [](const EquityFigures& line) { return line.closing; }),
+      money("opening", "Opening", EquityFigure::opening, std::mem_fn(&EquityFigures::opening)),
+      money("bought", "Bought", EquityFigure::bought, std::mem_fn(&EquityFigures::bought)),
+      money("sold", "Sold", EquityFigure::sold, std::mem_fn(&EquityFigures::sold)),
+      money("dividends", "Dividends", EquityFigure::dividends,
+            std::mem_fn(&EquityFigures::dividends)),
+      money("closing", "Closing", EquityFigure::closing, std::mem_fn(&EquityFigures::closing)),
       {{"gain", "Gain", true},
        [currency](const EquityReturns& line) {
          return signedMoneyCell(line.figures.gain(), currency());
        },
-       [currency](const EquityReturns& line) -> TrailMaker {
-         return [figures = line.figures, shown = currency()] {
-           return equityGainTrail(figures, shown);
+       [ground = trails.ground](const EquityReturns& line) {
+         return equityFigureTrailMaker(EquityFigure::gain, line.figures, ground());
+       }},
+      rate("timeWeighted", "Time-w.", std::mem_fn(&EquityReturns::timeWeighted),
+           &equityTimeWeightedTrail),
+      rate("moneyWeighted", "Money-w.", std::mem_fn(&EquityReturns::moneyWeighted),
+           &equityMoneyWeightedTrail),
+      {{"shareOfGain", "Share of Gain", true},
+       [](const EquityReturns& line) { return plainRateCell(line.shareOfGain); },
+       [report = trails.report](const EquityReturns& line) -> TrailMaker {
+         if (!line.shareOfGain) {
+           return nullptr;
+         }
+         return [shown = report(), figures = line.figures] {
+           return std::optional(shareOfGainTrail(*shown, figures));
          };
        }},
-      {{"timeWeighted", "Time-w.", true},
-       [](const EquityReturns& line) { return returnRateCell(line.timeWeighted); }},
-      {{"moneyWeighted", "Money-w.", true},
-       [](const EquityReturns& line) { return returnRateCell(line.moneyWeighted); }},
-      {{"shareOfGain", "Share of Gain", true},
-       [](const EquityReturns& line) { return plainRateCell(line.shareOfGain); }},
   };
 }
 

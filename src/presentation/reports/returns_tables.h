@@ -13,9 +13,15 @@ namespace corvane {
 /// `report` is asked for when somebody wants to know how a return came about.
 [[nodiscard]] std::vector<RecordTable<YearOfReturns>::Column> monthColumns(
     const std::function<std::shared_ptr<const ReturnsReport>()>& report);
+/// What trails of the table of equities need: the report and what it was made of.
+struct EquityTrails {
+  std::function<std::shared_ptr<const ReturnsReport>()> report;
+  std::function<std::optional<EquityTrailGround>()> ground;
+};
+
 /// `currency` is asked for whenever a cell is made.
 [[nodiscard]] std::vector<RecordTable<EquityReturns>::Column> equityReturnsColumns(
-    std::function<Currency()> currency);
+    std::function<Currency()> currency, const EquityTrails& trails);
 [[nodiscard]] std::vector<RecordTable<ReconciliationLine>::Column> reconciliationColumns(
     std::function<Currency()> currency);
 

@@ -27,21 +27,30 @@ bool isLeftOut(const Currency& currency, const std::unordered_set<Currency>& lef
   return leftOut.contains(currency);
 }
 
+/// A report, and the place of the one portfolio that it is about among those asked for; none where
+/// it is about several.
+struct PlacedReport {
+  ReturnsReport report;
+  std::optional<std::size_t> place;
+};
+
 /// The report of all of `ledgers` together, in `currency`.
-ReturnsReport reportOf(const std::vector<PortfolioPointer>& ledgers, const ValuationScope& scope,
-                       const MarketHistory& history, const Calendar& calendar,
-                       const Currency& currency) {
+PlacedReport reportOf(const std::vector<PortfolioPointer>& ledgers, const ValuationScope& scope,
+                      const MarketHistory& history, const Calendar& calendar,
+                      const Currency& currency) {
   std::vector<ReturnsReport> reports;
-  for (const PortfolioPointer& ledger : ledgers) {
-    const Currency& primary = ledger->primaryCurrency();
+  std::size_t place = 0;
+  for (std::size_t i = 0; i < ledgers.size(); ++i) {
+    const Currency& primary = ledgers[i]->primaryCurrency();
     if (primary == currency || !isLeftOut(primary, scope.leftOutCurrencies)) {
-      reports.push_back(returnsReport(*ledger, scope, history, calendar));
+      reports.push_back(returnsReport(*ledgers[i], scope, history, calendar));
+      place = i;
     }
   }
   if (reports.size() == 1 && reports.front().series.currency == currency) {
-    return std::move(reports.front());
+    return {std::move(reports.front()), place};
   }
-  return combinedReport(reports, currency, history);
+  return {combinedReport(reports, currency, history), std::nullopt};
 }
 
 }  // namespace
@@ -65,7 +74,9 @@ std::shared_ptr<ReturnsViewController> ReturnsViewController::make(
 ReturnsViewController::ReturnsViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
     : ReportViewController(std::move(surroundings)),
       monthTable(monthColumns([this] { return report_; })),
-      equityTable(equityReturnsColumns([this] { return currency_; })),
+      equityTable(equityReturnsColumns(
+          [this] { return currency_; },
+          {.report = [this] { return report_; }, .ground = [this] { return ground_; }})),
       reconciliationTable(reconciliationColumns([this] { return currency_; })) {
   benchmarkBox.setPlaceholder("None");
   clearFigures("No portfolio selected.");
@@ -73,6 +84,7 @@ ReturnsViewController::ReturnsViewController(Passkey /*passkey*/, ScreenSurround
 
 void ReturnsViewController::forget(const std::string& message) {
   report_ = nullptr;
+  ground_.reset();
   history_ = nullptr;
   leftOut_.clear();
   leftOutCurrencies_.clear();
@@ -152,9 +164,14 @@ void ReturnsViewController::compute() {
         cancellable.cancellation = cancellation;
         return reportOf(ledgers, cancellable, *history, calendar, currency);
       },
-      [self = weak_from_this(), scope = scope_](ReturnsReport report) {
+      [self = weak_from_this(), scope = scope_, valued, history = history_,
+       calendar = calendarOf(scope_)](PlacedReport placed) {
         if (const auto living = self.lock()) {
-          living->take(std::move(report), scope);
+          living->ground_.reset();
+          if (placed.place) {
+            living->ground_ = {scope.portfolios.at(*placed.place), valued, history, calendar};
+          }
+          living->take(std::move(placed.report), scope);
         }
       });
   changeHandler();

@@ -13,6 +13,7 @@
 #include "presentation/reports/report_view_controller.h"
 #include "presentation/reports/return_chart_view.h"
 #include "reports/returns/returns_report.h"
+#include "reports/trail/equity_trails.h"
 
 namespace corvane {
 
@@ -96,6 +97,8 @@ class ReturnsViewController : public ReportViewController,
   std::unordered_set<Currency> leftOutCurrencies_;
   std::shared_ptr<const ReturnsReport> report_;
   ReportScope reported_;  ///< what report_ is about
+  /// What the lines of report_ for equities were made of; none where it has none.
+  std::optional<EquityTrailGround> ground_;
 
   std::optional<DividendHistory> benchmarkHistory_;
   std::optional<PriceLine> benchmarkRates_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "exchange/exports/report_lines_exporter.h"
+#include "ledger/transaction/transaction_effect.h"
 #include "reports/trail/row_source.h"
 
 namespace corvane {
@@ -39,20 +40,48 @@ TrailNode disposalsTrail(const std::string& label, const TaxYear& year, const Eq
   return shownTaxSum(label, currency, std::move(parts));
 }
 
+TrailNode taxIncomeLineTrail(const TaxYear::Income& line, bool atEquivalents) {
+  const Currency& currency = (atEquivalents ? line.equivalent : line.amount).currency;
+  const bool isConverted = atEquivalents && line.amount.currency != currency;
+  std::vector<TrailNode> parts;
+  for (const TaxRowPlace& place : line.rows) {
+    const TransactionEffect effect = transactionEffect(place.row().basic.kind);
+    TrailNode leaf{.label = "Paid",
+                   .value = atEquivalents ? effect.equivalentAmount.value_or(0) : effect.amount,
+                   .unit = std::string(currency.code),
+                   .day = place.settlement};
+    if (isConverted) {
+      leaf.note = effect.amount.description() + " " + std::string(effect.currency->code) +
+                  " at the equivalent that was entered";
+    }
+    parts.push_back(fromRow(std::move(leaf), *place.portfolio, place.position));
+  }
+  return shownTaxSum(line.equity->symbol + ", " + kindOfIncome(line.kind), currency,
+                     std::move(parts));
+}
+
+TrailNode taxAdjustmentsTrail(const TaxYear& year, const Currency& currency) {
+  std::vector<TrailNode> parts;
+  for (const TaxRowPlace& place : year.adjustmentRows) {
+    const TransactionEffect effect = transactionEffect(place.row().basic.kind);
+    if (*effect.currency == currency) {
+      parts.push_back(fromRow({.label = effect.amount < 0 ? "Paid" : "Received",
+                               .value = effect.amount,
+                               .unit = std::string(currency.code),
+                               .day = place.settlement},
+                              *place.portfolio, place.position));
+    }
+  }
+  return shownTaxSum("Interest, fees and adjustments", currency, std::move(parts));
+}
+
 TrailNode taxIncomeTrail(const std::string& label, const TaxYear& year, const Currency& currency,
                          const std::function<bool(TransactionType)>& counts) {
   std::vector<TrailNode> parts;
   for (const TaxYear::Income& line : year.income) {
-    if (line.equivalent.currency != currency || !counts(line.kind)) {
-      continue;
+    if (line.equivalent.currency == currency && counts(line.kind)) {
+      parts.push_back(taxIncomeLineTrail(line, true));
     }
-    TrailNode leaf{.label = line.equity->symbol + ", " + kindOfIncome(line.kind),
-                   .value = line.equivalent.amount,
-                   .unit = std::string(currency.code)};
-    if (line.amount.currency != currency) {
-      leaf.note = line.amount.description() + " at the equivalents that were entered";
-    }
-    parts.push_back(std::move(leaf));
   }
   return shownTaxSum(label, currency, std::move(parts));
 }

@@ -19,6 +19,12 @@ using TaxAmountOf = std::function<Decimal(const TaxYear::Disposal&)>;
                                        const EquityPointer& equity, const Currency& currency,
                                        const TaxAmountOf& amountOf);
 
+/// One line of the income of a tax year: its rows, at their equivalents or as they were paid.
+[[nodiscard]] TrailNode taxIncomeLineTrail(const TaxYear::Income& line, bool atEquivalents);
+
+/// Interest, fees and adjustments of `year` in `currency`.
+[[nodiscard]] TrailNode taxAdjustmentsTrail(const TaxYear& year, const Currency& currency);
+
 /// The sum of the income of `year` in `currency`, of the kinds that `counts` takes.
 [[nodiscard]] TrailNode taxIncomeTrail(const std::string& label, const TaxYear& year,
                                        const Currency& currency,

@@ -120,8 +120,7 @@ void addFigures(const CurrencyFigures& sums, bool namesCurrency,
 
 }  // namespace
 
-std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
-    const DisposalTrail& taxTrail, const DisposalTrail& ledgerTrail) {
+std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(const DisposalTrails& trails) {
   using Line = TaxYear::Disposal;
   const auto money = [](std::string_view identifier, std::string_view title, auto amountOf) {
     return RecordTable<Line>::Column{{identifier, title, true}, [amountOf](const Line& line) {
@@ -160,9 +159,11 @@ std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
   for (auto& column : columns) {
     const std::string_view identifier = column.head.identifier;
     if (identifier == "taxGain" || identifier == "denied") {
-      column.trail = taxTrail;
+      column.trail = trails.taxGain;
     } else if (identifier == "ledgerGain") {
-      column.trail = ledgerTrail;
+      column.trail = trails.ledgerGain;
+    } else if (identifier == "costBase") {
+      column.trail = trails.costBase;
     }
   }
   return columns;
@@ -213,14 +214,18 @@ std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns(const ShownTa
 
 std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns(const ShownTaxYear& year) {
   using Line = TaxIncomeLine;
-  const auto trail = [year](const Line& line) -> TrailMaker {
-    if (line.equity != nullptr || !line.equivalent) {
-      return nullptr;
-    }
-    return [shown = year(), kind = line.kind, currency = line.equivalent->currency] {
-      return std::optional(taxIncomeTrail(kind, *shown, currency, [&](TransactionType each) {
-        return taxKindTitle(each) == kind;
-      }));
+  const auto trailOf = [year](const Line& line, bool atEquivalents) -> TrailMaker {
+    return [shown = year(), line, atEquivalents] {
+      if (line.place) {
+        return std::optional(taxIncomeLineTrail(shown->income.at(*line.place), atEquivalents));
+      }
+      const Currency& currency = line.amount.currency;
+      return std::optional(line.equivalent
+                               ? taxIncomeTrail(line.kind, *shown, currency,
+                                                [&](TransactionType each) {
+                                                  return taxKindTitle(each) == line.kind;
+                                                })
+                               : taxAdjustmentsTrail(*shown, currency));
     };
   };
   return {
@@ -231,14 +236,17 @@ std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns(const ShownTaxY
        }},
       {{"kind", "Kind"}, [](const Line& line) { return plainCell(line.kind); }},
       {{"amount", "Amount", true},
-       [](const Line& line) { return reportMoneyCell(line.amount.amount, line.amount.currency); }},
+       [](const Line& line) { return reportMoneyCell(line.amount.amount, line.amount.currency); },
+       [trailOf](const Line& line) { return trailOf(line, false); }},
       {{"equivalent", "In Primary", true},
        [](const Line& line) {
          return line.equivalent
                     ? reportMoneyCell(line.equivalent->amount, line.equivalent->currency)
                     : AttributedText();
        },
-       trail}};
+       [trailOf](const Line& line) {
+         return line.equivalent ? trailOf(line, true) : TrailMaker();
+       }}};
 }
 
 std::vector<RecordTable<TaxCheckLine>::Column> taxCheckColumns() {
@@ -254,13 +262,15 @@ std::vector<RecordTable<TaxCheckLine>::Column> taxCheckColumns() {
           {{"reason", "To Check"}, [](const Line& line) { return plainCell(line.reason); }}};
 }
 
-std::vector<RecordTable<TaxYear::CostAtEnd>::Column> costAtEndColumns() {
+std::vector<RecordTable<TaxYear::CostAtEnd>::Column> costAtEndColumns(
+    const std::function<TrailMaker(const TaxYear::CostAtEnd&)>& trail) {
   using Line = TaxYear::CostAtEnd;
   return {
       {{"symbol", "Symbol"}, [](const Line& line) { return PortfolioAsset(line.equity).title(); }},
       {{"shares", "Shares", true}, [](const Line& line) { return sharesCell(line.pool.shares); }},
       {{"costBase", "Cost Base", true},
-       [](const Line& line) { return reportMoneyCell(line.pool.cost, line.currency); }}};
+       [](const Line& line) { return reportMoneyCell(line.pool.cost, line.currency); },
+       trail}};
 }
 
 std::vector<TaxYear::Totals> taxTotals(const TaxYear& year, const Currency& currency) {
@@ -272,7 +282,7 @@ std::vector<TaxIncomeLine> taxIncomeLines(const TaxYear& year) {
   std::map<std::pair<std::string, std::string>, CurrencyAmount> sums;
   for (const TaxYear::Income& line : year.income) {
     const std::string kind = taxKindTitle(line.kind);
-    lines.push_back({line.equity, kind, line.amount, line.equivalent});
+    lines.push_back({line.equity, kind, line.amount, line.equivalent, lines.size()});
     const Currency& primary = line.equivalent.currency;
     sums.try_emplace({kind, std::string(primary.code)}, CurrencyAmount{primary, 0})
         .first->second.amount += line.equivalent.amount;

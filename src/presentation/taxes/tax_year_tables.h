@@ -9,19 +9,25 @@
 
 namespace corvane {
 
-using DisposalTrail = std::function<TrailMaker(const TaxYear::Disposal&)>;
+/// What makes the trails of the figures of a disposal.
+struct DisposalTrails {
+  using Maker = std::function<TrailMaker(const TaxYear::Disposal&)>;
+  Maker taxGain;  ///< also of what is denied
+  Maker costBase;
+  Maker ledgerGain;
+};
 /// The year that the lines are of, asked for when somebody wants to know how one came about.
 using ShownTaxYear = std::function<std::shared_ptr<const TaxYear>()>;
 
-/// `taxTrail` makes the trail of a tax gain, `ledgerTrail` that of the ledger's.
 [[nodiscard]] std::vector<RecordTable<TaxYear::Disposal>::Column> disposalColumns(
-    const DisposalTrail& taxTrail, const DisposalTrail& ledgerTrail);
+    const DisposalTrails& trails);
 [[nodiscard]] std::vector<RecordTable<TaxYear::Totals>::Column> taxTotalsColumns(
     const ShownTaxYear& year);
 [[nodiscard]] std::vector<RecordTable<TaxIncomeLine>::Column> taxIncomeColumns(
     const ShownTaxYear& year);
 [[nodiscard]] std::vector<RecordTable<TaxCheckLine>::Column> taxCheckColumns();
-[[nodiscard]] std::vector<RecordTable<TaxYear::CostAtEnd>::Column> costAtEndColumns();
+[[nodiscard]] std::vector<RecordTable<TaxYear::CostAtEnd>::Column> costAtEndColumns(
+    const std::function<TrailMaker(const TaxYear::CostAtEnd&)>& trail);
 
 /// Totals of the year; without disposals one of 0.00 in `currency`.
 [[nodiscard]] std::vector<TaxYear::Totals> taxTotals(const TaxYear& year, const Currency& currency);

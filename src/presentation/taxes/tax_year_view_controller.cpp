@@ -10,7 +10,6 @@
 #include "presentation/taxes/tax_year_tables.h"
 #include "reports/inquiry/frozen_ledger.h"
 #include "reports/trail/ledger_trails.h"
-#include "reports/trail/tax_trails.h"
 
 namespace corvane {
 namespace {
@@ -40,13 +39,16 @@ std::shared_ptr<TaxYearViewController> TaxYearViewController::make(
 }
 
 TaxYearViewController::TaxYearViewController(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : disposals(
-          disposalColumns([this](const TaxYear::Disposal& line) { return trailOf(line); },
-                          [this](const TaxYear::Disposal& line) { return ledgerTrailOf(line); })),
+    : disposals(disposalColumns(
+          {.taxGain =
+               [this](const TaxYear::Disposal& line) { return trailOf(line, &taxGainTrail); },
+           .costBase =
+               [this](const TaxYear::Disposal& line) { return trailOf(line, &taxCostTrail); },
+           .ledgerGain = [this](const TaxYear::Disposal& line) { return ledgerTrailOf(line); }})),
       totals(taxTotalsColumns([this] { return year_; })),
       income(taxIncomeColumns([this] { return year_; })),
       toCheck(taxCheckColumns()),
-      costs(costAtEndColumns()),
+      costs(costAtEndColumns([this](const TaxYear::CostAtEnd& line) { return trailOf(line); })),
       surroundings_(std::move(surroundings)) {}
 
 void TaxYearViewController::observe() {
@@ -189,7 +191,7 @@ void TaxYearViewController::reload() {
 }
 
 void TaxYearViewController::take(TaxYear year) {
-  year_ = std::make_shared<const TaxYear>(std::move(year));
+  auto former = std::exchange(year_, std::make_shared<const TaxYear>(std::move(year)));
   const auto currencies = primaryCurrencies(portfolios());
   const Currency currency = currencies.empty() ? Currency::cad() : currencies.front();
   message_ =
@@ -201,6 +203,8 @@ void TaxYearViewController::take(TaxYear year) {
   toCheck.setRecords(taxCheckLines(*year_));
   costs.setRecords(year_->costs);
   changeHandler();
+  // Its copies of ledgers are large, and given back where they were made.
+  reportQueue()->async([former = std::move(former)] {});
 }
 
 std::string TaxYearViewController::yearTitle(int year) const {
@@ -238,20 +242,30 @@ std::string TaxYearViewController::footnote() const {
          "withheld. This is no tax advice.";
 }
 
-TrailMaker TaxYearViewController::trailOf(const TaxYear::Disposal& disposal) const {
+TrailMaker TaxYearViewController::trailOf(const TaxYear::Disposal& disposal,
+                                          DisposalTrailFunction makeTrail) const {
   if (documentModel_.expired()) {
     return nullptr;
   }
   // The trail is about the same copies as the line.
   std::vector<TaxedPortfolio> roles = taxed();
-  return [disposal, asked = question(), calendar = taxCalendar(portfolios()),
+  return [disposal, makeTrail, asked = question(), calendar = taxCalendar(portfolios()),
           roles = std::move(roles)]() mutable -> std::optional<TrailNode> {
     TaxYear::Disposal line = disposal;
     if (const PortfolioPointer original = originalOf(line.place.portfolio)) {
       line.place.portfolio = original;
-      return taxGainTrail(line, roles, asked, calendar);
+      return makeTrail(line, roles, asked, calendar);
     }
     return std::nullopt;
+  };
+}
+
+TrailMaker TaxYearViewController::trailOf(const TaxYear::CostAtEnd& cost) const {
+  if (documentModel_.expired()) {
+    return nullptr;
+  }
+  return [cost, asked = question(), calendar = taxCalendar(portfolios()), roles = taxed()] {
+    return taxCostAtEndTrail(cost, roles, asked, calendar);
   };
 }
 

@@ -16,6 +16,7 @@
 #include "reports/inquiry/report_inquiry.h"
 #include "reports/tax/denied_loss_booking.h"
 #include "reports/tax/tax_year.h"
+#include "reports/trail/tax_trails.h"
 #include "storage/workspace/workspace_model.h"
 
 namespace corvane {
@@ -38,6 +39,7 @@ struct TaxIncomeLine {
   std::string kind;
   CurrencyAmount amount;                     ///< of a sum the equivalent
   std::optional<CurrencyAmount> equivalent;  ///< none for fees, which have no rate
+  std::optional<std::size_t> place = {};  ///< among the income of the year, where it has an equity
 };
 
 /// The tax year of one person, over all portfolios of a workspace. Computed on the queue of
@@ -115,7 +117,10 @@ class TaxYearViewController : public std::enable_shared_from_this<TaxYearViewCon
   [[nodiscard]] TaxYearQuestion question() const;
   [[nodiscard]] std::vector<PortfolioPointer> portfolios() const;
   [[nodiscard]] std::vector<TaxedPortfolio> taxed() const;
-  [[nodiscard]] TrailMaker trailOf(const TaxYear::Disposal& disposal) const;
+  using DisposalTrailFunction = decltype(&taxGainTrail);
+  [[nodiscard]] TrailMaker trailOf(const TaxYear::Disposal& disposal,
+                                   DisposalTrailFunction makeTrail) const;
+  [[nodiscard]] TrailMaker trailOf(const TaxYear::CostAtEnd& cost) const;
   [[nodiscard]] TrailMaker ledgerTrailOf(const TaxYear::Disposal& disposal) const;
   void openPlace(const TaxRowPlace& place);
   void record(const std::vector<DeniedLossBooking>& bookings);

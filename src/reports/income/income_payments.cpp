@@ -2,17 +2,21 @@
 
 #include <utility>
 
+#include "reports/inquiry/frozen_ledger.h"
+
 namespace corvane {
 namespace {
 
-IncomePayment paymentOf(const Portfolio& portfolio, const IncomeRow& row) {
+IncomePayment paymentOf(const PortfolioPointer& portfolio, const IncomeRow& row) {
   IncomePayment payment{.day = row.day,
-                        .portfolio = portfolio.name,
+                        .portfolio = portfolio->name,
                         .equity = row.equity,
                         .kind = row.kind,
                         .shares = row.shares,
                         .amount = row.amount,
-                        .equivalent = row.equivalent};
+                        .equivalent = row.equivalent,
+                        .ledger = ledgerOf(portfolio),
+                        .position = row.position};
   if (row.shares && !row.shares->isZero()) {
     payment.perShare = row.amount.amount / *row.shares;
   }
@@ -61,7 +65,7 @@ std::vector<IncomePayment> incomePayments(std::span<const PortfolioPointer> port
   std::vector<IncomePayment> payments;
   for (const PortfolioPointer& portfolio : portfolios) {
     for (const IncomeRow& row : recordedIncome(*portfolio, calendar, includesReturnOfCapital)) {
-      payments.push_back(paymentOf(*portfolio, row));
+      payments.push_back(paymentOf(portfolio, row));
     }
   }
   for (const ExpectedIncome& income : expected) {

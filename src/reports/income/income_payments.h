@@ -1,6 +1,8 @@
 // Every payment of income, made or expected, in one list.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -24,6 +26,9 @@ struct IncomePayment {
   std::optional<CurrencyAmount> equivalent = {};  ///< in the primary currency; none without a rate
   Status status = Status::paid;
   std::string note = {};
+  /// Whose row tells of a payment that was made, never a copy; null for one that is expected.
+  std::weak_ptr<Portfolio> ledger = {};
+  std::size_t position = 0;  ///< in the ledger, from 0
 };
 
 /// "paid", "declared", "estimated"

@@ -77,14 +77,17 @@ void finishIncome(IncomeOfEquity& of, const YearMonthDay& today, const Currency&
 std::vector<IncomeRow> recordedIncome(Portfolio& portfolio, const Calendar& calendar,
                                       bool includesReturnOfCapital) {
   std::vector<IncomeRow> income;
-  for (const TransactionPointer& row : portfolio.transactions()) {
-    const auto* yield = std::get_if<BasicTransaction::Yield>(&row->basic.kind);
+  const auto& rows = portfolio.transactions();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const PortfolioTransaction& row = *rows[i];
+    const auto* yield = std::get_if<BasicTransaction::Yield>(&row.basic.kind);
     if (yield == nullptr ||
         (yield->type == BasicTransaction::YieldType::returnOfCapital && !includesReturnOfCapital)) {
       continue;
     }
-    income.push_back({yield->equity,
-                      YearMonthDay::of(row->settlementDate(), calendar),
+    income.push_back({i,
+                      yield->equity,
+                      YearMonthDay::of(row.settlementDate(), calendar),
                       transactionType(yield->type),
                       yield->netShares,
                       yield->netAmount,

@@ -1,6 +1,7 @@
 // What equities have paid into portfolios, and how that compares with what they cost.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <span>
@@ -15,6 +16,7 @@ namespace corvane {
 
 /// A row that tells of income, net of what was withheld.
 struct IncomeRow {
+  std::size_t position = 0;  ///< in the ledger, from 0
   EquityPointer equity;
   YearMonthDay day;  ///< of settlement
   TransactionType kind;

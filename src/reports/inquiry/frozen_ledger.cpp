@@ -33,8 +33,12 @@ FrozenPortfolio::FrozenPortfolio(const PortfolioPointer& portfolio)
 }
 
 PortfolioPointer originalOf(const PortfolioPointer& portfolio) {
+  return ledgerOf(portfolio).lock();
+}
+
+std::weak_ptr<Portfolio> ledgerOf(const PortfolioPointer& portfolio) {
   const auto* frozen = dynamic_cast<const FrozenPortfolio*>(portfolio.get());
-  return frozen == nullptr ? portfolio : frozen->original.lock();
+  return frozen == nullptr ? std::weak_ptr<Portfolio>(portfolio) : frozen->original;
 }
 
 LedgerFreezer::LedgerFreezer(std::vector<PortfolioPointer> portfolios)

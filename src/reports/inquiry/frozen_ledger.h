@@ -35,6 +35,9 @@ class FrozenPortfolio final : public Portfolio {
 /// only.
 [[nodiscard]] PortfolioPointer originalOf(const PortfolioPointer& portfolio);
 
+/// The same, whether it is still there or not. Any thread.
+[[nodiscard]] std::weak_ptr<Portfolio> ledgerOf(const PortfolioPointer& portfolio);
+
 /// Copies portfolios a few rows at a time, so that the main queue can do other things in between.
 ///
 /// Main queue only. The ledgers must not change from the first call to the last; who lets others

@@ -19,7 +19,7 @@ class TaxYearBuilder {
         ledger_(taxLedger(portfolios, question, calendar)) {
     for (const TaxedPortfolio& taxed : portfolios) {
       if (isSubject(taxed)) {
-        readIncomeOf(*taxed.portfolio);
+        readIncomeOf(taxed.portfolio);
       }
     }
   }
@@ -56,23 +56,32 @@ class TaxYearBuilder {
     return isTaxed && taxed.person == question_.person;
   }
 
-  void readIncomeOf(Portfolio& portfolio) {
+  void readIncomeOf(const PortfolioPointer& portfolio) {
     // Whatever is of a day by its trade settles on that day or later.
-    const auto& rows = portfolio.transactions();
+    const auto& rows = portfolio->transactions();
     const auto first = std::ranges::lower_bound(rows, question_.first.startIn(calendar_), {},
                                                 &PortfolioTransaction::settlementDate);
     const Date end = daysAfter(question_.last, 1).startIn(calendar_);
     for (auto row = first; row != rows.end(); ++row) {
       const Date date = question_.byTradeDate ? (*row)->tradeDate() : (*row)->settlementDate();
       if (isInYear(YearMonthDay::of(date, calendar_))) {
-        readIncome(transactionEffect((*row)->basic.kind), portfolio.primaryCurrency());
+        readIncome(transactionEffect((*row)->basic.kind), portfolio,
+                   static_cast<std::size_t>(row - rows.begin()));
       } else if (!question_.byTradeDate && end <= date) {
         break;
       }
     }
   }
 
-  void readIncome(const TransactionEffect& effect, const Currency& primary) {
+  void readIncome(const TransactionEffect& effect, const PortfolioPointer& portfolio,
+                  std::size_t position) {
+    const Currency& primary = portfolio->primaryCurrency();
+    const auto place = [&](const EquityPointer& equity) {
+      const PortfolioTransaction& row = *portfolio->transactions()[position];
+      return TaxRowPlace{portfolio, position, equity,
+                         YearMonthDay::of(row.settlementDate(), calendar_),
+                         YearMonthDay::of(row.tradeDate(), calendar_)};
+    };
     if (effect.isYield()) {
       const auto key = std::tuple((*effect.equity)->symbol, (*effect.equity)->id(),
                                   std::string(effect.currency->code), static_cast<int>(effect.type),
@@ -85,12 +94,14 @@ class TaxYearBuilder {
               .first->second;
       income.amount.amount += effect.amount;
       income.equivalent.amount += effect.equivalentAmount.value_or(0);
+      income.rows.push_back(place(*effect.equity));
     } else if (effect.type == TransactionType::cashAdjustment) {
       auto& sum =
           adjustments_
               .try_emplace(std::string(effect.currency->code), CurrencyAmount{*effect.currency, 0})
               .first->second;
       sum.amount += effect.amount;
+      year_.adjustmentRows.push_back(place(nullptr));
     }
   }
 

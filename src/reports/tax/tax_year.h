@@ -36,6 +36,7 @@ struct TaxYear {
     TransactionType kind;
     CurrencyAmount amount;
     CurrencyAmount equivalent;
+    std::vector<TaxRowPlace> rows = {};  ///< of which these are the sums
   };
   struct DeemedGain {
     TaxRowPlace place;
@@ -54,6 +55,7 @@ struct TaxYear {
   std::vector<Totals> totals;               ///< by symbol, then the sum of each primary currency
   std::vector<Income> income;               ///< by symbol, currency and kind
   std::vector<CurrencyAmount> adjustments;  ///< interest and fees, by currency
+  std::vector<TaxRowPlace> adjustmentRows;  ///< of which these are the sums
   std::vector<DeemedGain> deemedGains;
   std::vector<ToCheck> toCheck;
   std::vector<CostAtEnd> costs;  ///< at the end of the year, by symbol

@@ -6,17 +6,30 @@
 
 namespace corvane {
 
+namespace {
+
+std::string placeOfRow(const std::string& name, std::size_t position) {
+  return "row " + std::to_string(position + 1) + " of “" + name + "”";
+}
+
+}  // namespace
+
 std::string rowText(const Portfolio& portfolio, std::size_t position) {
-  return "row " + std::to_string(position + 1) + " of “" + portfolio.name + "”";
+  return placeOfRow(portfolio.name, position);
+}
+
+TrailNode fromRow(TrailNode leaf, const std::string& name, TrailNode::Row row) {
+  leaf.source = placeOfRow(name, row.position);
+  leaf.row = std::move(row);
+  return leaf;
 }
 
 TrailNode fromRow(TrailNode leaf, Portfolio& portfolio, std::size_t position) {
-  leaf.source = rowText(portfolio, position);
   const auto* frozen = dynamic_cast<const FrozenPortfolio*>(&portfolio);
-  leaf.row = TrailNode::Row{
-      frozen != nullptr ? frozen->original : portfolio.transactions()[position]->portfolio,
-      position};
-  return leaf;
+  return fromRow(
+      std::move(leaf), portfolio.name,
+      {frozen != nullptr ? frozen->original : portfolio.transactions()[position]->portfolio,
+       position});
 }
 
 }  // namespace corvane

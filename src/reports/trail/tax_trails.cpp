@@ -23,7 +23,7 @@ class TaxTrail {
         unit_(line.currency.code),
         digits_(line.currency.minorUnits) {}
 
-  [[nodiscard]] std::optional<TrailNode> ofRow(std::size_t row) const {
+  [[nodiscard]] std::optional<TrailNode> gainOfRow(std::size_t row) const {
     const auto found = std::ranges::find(walk_.disposals, row, &TaxDisposal::row);
     if (found == walk_.disposals.end()) {
       return std::nullopt;
@@ -39,6 +39,38 @@ class TaxTrail {
     }
     return sumOf("Tax gain of the sale of " + isoText(line_.rows[row].day), unit_,
                  {std::move(gain), denied(sale)});
+  }
+
+  [[nodiscard]] std::optional<TrailNode> costOfRow(std::size_t row) const {
+    const auto found = std::ranges::find(walk_.disposals, row, &TaxDisposal::row);
+    return found == walk_.disposals.end()
+               ? std::nullopt
+               : std::optional(roundedTo(
+                     digits_, "Cost base of what was sold on " + isoText(line_.rows[row].day),
+                     cost(*found)));
+  }
+
+  /// The cost base of `holder` at the end of `day`, which is known to be `cost`.
+  [[nodiscard]] std::optional<TrailNode> costAtEnd(std::size_t holder, const YearMonthDay& day,
+                                                   const Decimal& cost) const {
+    const auto end = static_cast<std::size_t>(
+        std::ranges::upper_bound(line_.rows, day, {}, &TaxRow::day) - line_.rows.begin());
+    const std::vector<Step> steps = stepsUpTo(end, holder);
+    if (steps.empty()) {
+      return std::nullopt;
+    }
+    TrailNode pool = leaf("Cost base before", steps.front().before, unit_, steps.front().row);
+    for (const Step& step : steps) {
+      pool = afterStep(step, std::move(pool));
+    }
+    const bool isMatched = std::ranges::any_of(
+        walk_.disposals, [](const TaxDisposal& sale) { return !sale.matches.empty(); });
+    if (isMatched || pool.value != cost) {
+      pool = leaf("", cost, unit_, steps.back().row);
+    }
+    return roundedTo(digits_,
+                     "Cost base of " + line_.equity->symbol + " at the end of " + isoText(day),
+                     std::move(pool));
   }
 
  private:
@@ -109,7 +141,7 @@ class TaxTrail {
     if (!sale.matches.empty()) {
       return leaf("Cost base of the pool before", sale.costBefore, unit_, sale.row);
     }
-    const std::vector<Step> steps = stepsBefore(sale.row);
+    const std::vector<Step> steps = stepsUpTo(sale.row, line_.rows[sale.row].holder);
     if (steps.empty()) {
       return leaf("Cost base of the pool before", sale.costBefore, unit_, sale.row);
     }
@@ -120,12 +152,12 @@ class TaxTrail {
     return pool;
   }
 
-  [[nodiscard]] std::vector<Step> stepsBefore(std::size_t sale) const {
-    const std::size_t holder = line_.rows[sale].holder;
+  /// What has happened to the pool of `holder` before the row at `end`, since it was empty.
+  [[nodiscard]] std::vector<Step> stepsUpTo(std::size_t end, std::size_t holder) const {
     std::vector<Step> steps;
     Decimal cost;
     auto disposal = walk_.disposals.begin();
-    for (std::size_t i = 0; i < sale; ++i) {
+    for (std::size_t i = 0; i < end; ++i) {
       if (line_.rows[i].holder == holder) {
         steps.push_back({i, std::nullopt, cost});
         cost = walk_.poolsAfter[i].cost;
@@ -239,26 +271,71 @@ class TaxTrail {
   const int digits_;
 };
 
+/// What `make` has to tell of the trail of `equity` in portfolios of `currency`.
+template <typename Make>
+std::optional<TrailNode> onLineOf(const EquityPointer& equity, const Currency& currency,
+                                  std::span<const TaxedPortfolio> portfolios,
+                                  const TaxYearQuestion& question, const Calendar& calendar,
+                                  Make make) {
+  const TaxLedger ledger = taxLedger(portfolios, question, calendar, equity);
+  const TaxedEquity* line = ledger.find(equity, currency);
+  if (line == nullptr) {
+    return std::nullopt;
+  }
+  return make(ledger, *line,
+              TaxTrail(*line, ledger.holders,
+                       walkTaxes(line->rows, ledger.holders, taxRules(*line, question))));
+}
+
+template <typename Make>
+std::optional<TrailNode> onRowOf(const TaxRowPlace& sale,
+                                 std::span<const TaxedPortfolio> portfolios,
+                                 const TaxYearQuestion& question, const Calendar& calendar,
+                                 Make make) {
+  return onLineOf(
+      sale.equity, sale.portfolio->primaryCurrency(), portfolios, question, calendar,
+      [&](const TaxLedger&, const TaxedEquity& line,
+          const TaxTrail& trail) -> std::optional<TrailNode> {
+        const auto found = std::ranges::find_if(line.places, [&](const TaxRowPlace& place) {
+          return place.portfolio == sale.portfolio && place.position == sale.position;
+        });
+        return found == line.places.end()
+                   ? std::nullopt
+                   : make(trail, static_cast<std::size_t>(found - line.places.begin()));
+      });
+}
+
 }  // namespace
 
 std::optional<TrailNode> taxGainTrail(const TaxYear::Disposal& disposal,
                                       std::span<const TaxedPortfolio> portfolios,
                                       const TaxYearQuestion& question, const Calendar& calendar) {
-  const TaxRowPlace& sale = disposal.place;
-  const TaxLedger ledger = taxLedger(portfolios, question, calendar, sale.equity);
-  const TaxedEquity* line = ledger.find(sale.equity, sale.portfolio->primaryCurrency());
-  if (line == nullptr) {
-    return std::nullopt;
-  }
-  const auto found = std::ranges::find_if(line->places, [&](const TaxRowPlace& place) {
-    return place.portfolio == sale.portfolio && place.position == sale.position;
-  });
-  if (found == line->places.end()) {
-    return std::nullopt;
-  }
-  const TaxTrail trail(*line, ledger.holders,
-                       walkTaxes(line->rows, ledger.holders, taxRules(*line, question)));
-  return trail.ofRow(static_cast<std::size_t>(found - line->places.begin()));
+  return onRowOf(disposal.place, portfolios, question, calendar,
+                 [](const TaxTrail& trail, std::size_t row) { return trail.gainOfRow(row); });
+}
+
+std::optional<TrailNode> taxCostTrail(const TaxYear::Disposal& disposal,
+                                      std::span<const TaxedPortfolio> portfolios,
+                                      const TaxYearQuestion& question, const Calendar& calendar) {
+  return onRowOf(disposal.place, portfolios, question, calendar,
+                 [](const TaxTrail& trail, std::size_t row) { return trail.costOfRow(row); });
+}
+
+std::optional<TrailNode> taxCostAtEndTrail(const TaxYear::CostAtEnd& cost,
+                                           std::span<const TaxedPortfolio> portfolios,
+                                           const TaxYearQuestion& question,
+                                           const Calendar& calendar) {
+  return onLineOf(
+      cost.equity, cost.currency, portfolios, question, calendar,
+      [&](const TaxLedger& ledger, const TaxedEquity&,
+          const TaxTrail& trail) -> std::optional<TrailNode> {
+        const auto whose = std::ranges::find_if(
+            ledger.holders, [&](const TaxHolder& holder) { return isSubject(holder, question); });
+        return whose == ledger.holders.end()
+                   ? std::nullopt
+                   : trail.costAtEnd(static_cast<std::size_t>(whose - ledger.holders.begin()),
+                                     question.last, cost.pool.cost);
+      });
 }
 
 }  // namespace corvane

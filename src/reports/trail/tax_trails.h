@@ -18,4 +18,18 @@ namespace corvane {
                                                     const TaxYearQuestion& question,
                                                     const Calendar& calendar);
 
+/// The cost base of what `disposal` has sold, rounded as it is shown. As above.
+[[nodiscard]] std::optional<TrailNode> taxCostTrail(const TaxYear::Disposal& disposal,
+                                                    std::span<const TaxedPortfolio> portfolios,
+                                                    const TaxYearQuestion& question,
+                                                    const Calendar& calendar);
+
+/// The cost base that a person is left with at the end of the year: the rows of all of his
+/// portfolios since he held nothing, and the losses that were denied. Where shares are matched with
+/// purchases it is one leaf, since what enters the pool depends on sales to come.
+[[nodiscard]] std::optional<TrailNode> taxCostAtEndTrail(const TaxYear::CostAtEnd& cost,
+                                                         std::span<const TaxedPortfolio> portfolios,
+                                                         const TaxYearQuestion& question,
+                                                         const Calendar& calendar);
+
 }  // namespace corvane
