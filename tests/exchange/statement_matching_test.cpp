@@ -10,6 +10,7 @@
 
 #include "exchange/profiles/profile_shelf.h"
 #include "exchange/statement_world.h"
+#include "exchange/statements/ledger_matching.h"
 #include "exchange/statements/statement_memory.h"
 #include "exchange/statements/statement_preview.h"
 #include "exchange/strict/statement_error.h"
@@ -88,6 +89,35 @@ TEST_F(StatementHistory, AsksWhereTwoFilesMeetWithinADay) {
   options = {};
   EXPECT_EQ(preview(fileOf({{1, 10}, {5, 7}})).reading.rows[1].verdict, RowVerdict::present);
   EXPECT_EQ(preview(fileOf({{4, 1}, {5, 7}, {5, 7}, {6, 1}})).newRowCount(), 3U);
+}
+
+TEST_F(StatementHistory, RecordsTwinsOnceHoweverOftenTheirFileIsRead) {
+  take(fileOf({{1, 10}, {5, 7}, {5, 7}}));
+  const std::string next = fileOf({{5, 7}, {5, 7}, {5, 7}, {9, 20}});
+  EXPECT_EQ(take(next), 2U) << "the third is one too many for the first file";
+  EXPECT_EQ(ledger.portfolio->transactions().size(), 5U);
+  // The one that this file has brought is no twin of itself, whatever is said of the others.
+  options.recordsTwins = true;
+  EXPECT_EQ(preview(next).newRowCount(), 2U);
+  take(next);
+  EXPECT_EQ(preview(next).newRowCount(), 0U);
+  options.recordsTwins = false;
+  EXPECT_EQ(preview(next).reading.rows.count(RowVerdict::present), 4U);
+}
+
+TEST_F(StatementHistory, TakesBackItsOwnOfEqualRows) {
+  take(fileOf({{2, 5}}));
+  BasicTransaction entered = ledger.portfolio->transactions().front()->basic;
+  ledger.manager->deleteTransactions({ledger.portfolio->transactions().front()}, ledger.portfolio,
+                                     nullptr);
+  entered.note = "mine";
+  ledger.manager->recordTransactions({entered}, ledger.portfolio, nullptr);
+  take(fileOf({{2, 5}, {2, 5}}));
+  const StatementMemory memory(folder.path(), *ledger.portfolio);
+  const auto left = rowsLeftOf(memory.imports().back(), *ledger.portfolio, Calendar::current());
+  ASSERT_EQ(left.size(), 1U);
+  EXPECT_EQ(left.front(), ledger.portfolio->transactions().back());
+  EXPECT_FALSE(left.front()->basic.note);
 }
 
 TEST_F(StatementHistory, TakesANumberForWhatWasRecordedUnderItAndNothingElse) {

@@ -84,6 +84,15 @@ TEST_F(StatementMessages, NameLineColumnAndCell) {
             "This file fits “A” and “B”. Say which with --profile.");
 }
 
+TEST_F(StatementMessages, RefuseAFileThatEndsWithinACell) {
+  const std::vector<StatementProfile> plain = {layout("A")};
+  const std::string deposit = "13/04/2024,In,,,,10.00,CAD\n";
+  // What is there of the amount is a number too.
+  EXPECT_EQ(told(deposit + "14/04/2024,Fee,,,,\"-18", plain),
+            "Line 3: the quote that is opened here is never closed.");
+  EXPECT_EQ(told(deposit + "14/04/2024,Fee,,,,\"-18.50\",CAD", plain), "");
+}
+
 TEST_F(StatementMessages, AccountForAmountsThatAreRounded) {
   const StatementPreview read = previewStatement(
       "Date,Type,Symbol,Name,Shares,Amount,Cur\n13/04/2024,Fee,,,,-0.8218,CHF\n"

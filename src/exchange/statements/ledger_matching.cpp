@@ -180,6 +180,12 @@ class Matching {
   }
 
  private:
+  /// Equal rows that files have brought that meet this one.
+  struct Met {
+    std::string day;
+    int count = 0;
+  };
+
   static bool isOpen(const StatementRows& rows, std::size_t row) {
     const RowVerdict verdict = rows.verdict(row);
     return (verdict == RowVerdict::isNew || verdict == RowVerdict::asks) &&
@@ -218,7 +224,9 @@ class Matching {
     }
     for (const RecordedRow& row : import.rows) {
       if (row.id.empty() && !row.fingerprints.empty()) {
-        meeting_[row.fingerprints.front()] = day;
+        Met& met = meeting_[row.fingerprints.front()];
+        met.day = day;
+        ++met.count;
       }
     }
   }
@@ -250,7 +258,7 @@ class Matching {
     const std::string print = fingerprint(first, calendar_);
     int* count = held_.countOf(print);
     if (count != nullptr && *count > 0) {
-      if (mayBeTwin(rows, row, print)) {
+      if (mayBeTwin(rows, row, print, *count)) {
         if (options_.recordsTwins || options_.twins.contains(rows.line(row))) {
           return;
         }
@@ -281,11 +289,13 @@ class Matching {
     }
   }
 
-  [[nodiscard]] bool mayBeTwin(const StatementRows& rows, std::size_t row,
-                               const std::string& print) const {
+  /// Whether nothing but what the other file has brought is left of the `count` equal ones. What
+  /// the ledger has beyond that came from this file before, or was entered.
+  [[nodiscard]] bool mayBeTwin(const StatementRows& rows, std::size_t row, const std::string& print,
+                               int count) const {
     const auto met = meeting_.find(print);
-    return rows.id(row).empty() && met != meeting_.end() &&
-           met->second == isoDay(rows.figures(row).trade);
+    return rows.id(row).empty() && met != meeting_.end() && count <= met->second.count &&
+           met->second.day == isoDay(rows.figures(row).trade);
   }
 
   const Calendar& calendar_;
@@ -294,7 +304,7 @@ class Matching {
   HeldPrints held_;
   std::unordered_map<std::string, std::vector<const BasicTransaction*>> byEquity_;
   std::unordered_map<std::string, std::vector<std::string>> recordedById_;
-  std::unordered_map<std::string, std::string> meeting_;  ///< days by fingerprint
+  std::unordered_map<std::string, Met> meeting_;  ///< by fingerprint
 };
 
 }  // namespace
@@ -367,14 +377,18 @@ std::vector<TransactionPointer> rowsLeftOf(const RecordedImport& import, Portfol
       ++wanted[print];
     }
   }
+  // From the end, since an import records behind what is there: of equal rows the earlier ones,
+  // which may have been entered with a note, are not its own.
   std::vector<TransactionPointer> left;
-  for (const TransactionPointer& row : portfolio.transactions()) {
-    const auto found = wanted.find(fingerprint(row->basic, calendar));
+  const auto& ledger = portfolio.transactions();
+  for (auto row = ledger.rbegin(); row != ledger.rend(); ++row) {
+    const auto found = wanted.find(fingerprint((*row)->basic, calendar));
     if (found != wanted.end() && found->second > 0) {
       --found->second;
-      left.push_back(row);
+      left.push_back(*row);
     }
   }
+  std::ranges::reverse(left);
   return left;
 }
 

@@ -38,14 +38,15 @@ void findDays(MatchedFile& file, const StatementRows& rows);
 ///
 /// A row whose number `earlier` knows is there as long as the ledger holds what was recorded, and
 /// what it accounts for is no other row's. A row without a number, on the one day on which this
-/// file and an earlier one meet, may be another one that is equal: it is perhaps there, unless
-/// `options` say that such rows are recorded. A new row that resembles a transaction of the
-/// ledger, of the same equity and shares within three days, says so.
+/// file and an earlier one meet, may be another one that is equal to what that file has brought: it
+/// is perhaps there, unless `options` say that such rows are recorded. A new row that resembles a
+/// transaction of the ledger, of the same equity and shares within three days, says so.
 void matchWithLedger(StatementRows& rows, Portfolio& portfolio, const Calendar& calendar,
                      const MatchedFile& file, const std::vector<RecordedImport>& earlier,
                      const StatementOptions& options);
 
-/// The transactions of `portfolio` that `import` has recorded and that are as they were.
+/// The transactions of `portfolio` that `import` has recorded and that are as they were; of equal
+/// ones the last, in the order of the ledger.
 [[nodiscard]] std::vector<TransactionPointer> rowsLeftOf(const RecordedImport& import,
                                                          Portfolio& portfolio,
                                                          const Calendar& calendar);

@@ -7,12 +7,13 @@
 
 namespace corvane {
 
-void requireClosedQuotes(std::string_view text, std::optional<std::size_t> unclosedQuote) {
+void requireClosedQuotes(std::string_view text, std::optional<std::size_t> unclosedQuote,
+                         bool wholeLastCell) {
   if (!unclosedQuote) {
     return;
   }
   const std::string_view swallowed = text.substr(*unclosedQuote + 1);
-  if (trimmedCell(swallowed).find_first_of("\r\n") == std::string_view::npos) {
+  if (!wholeLastCell && trimmedCell(swallowed).find_first_of("\r\n") == std::string_view::npos) {
     return;
   }
   std::uint32_t line = 1;
