@@ -69,6 +69,19 @@ TEST(ChartLayout, KeepsEveryValueInside) {
   EXPECT_EQ(ChartLayout(chart, surface()).yRange().lower, 0);
 }
 
+TEST(ChartLayout, KeepsTheValuesOfALowChartApart) {
+  FiscalChartView chart;
+  chart.interactiveDataSet = series({-3, 1, 8});
+  for (double height = 40; height < 300; height += 5) {
+    const ChartLayout layout(chart, surface(800, height));
+    const auto& ticks = layout.leftTicks();
+    for (std::size_t i = 1; i < ticks.size(); ++i) {
+      EXPECT_GE(layout.yPixel(ticks[i - 1].value) - layout.yPixel(ticks[i].value), 14)
+          << "at a height of " << height;
+    }
+  }
+}
+
 TEST(ChartLayout, GivesAFlatOrASingleValueRoom) {
   FiscalChartView chart;
   for (const double value : {0.0, 5.0, -5.0}) {

@@ -9,7 +9,9 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScrollArea>
 #include <QSortFilterProxyModel>
 #include <QTableView>
@@ -19,10 +21,12 @@
 #include <map>
 
 #include "desktop/controls/table_view.h"
+#include "desktop/exchange/work_progress.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "exchange/brokers/import_export_error.h"
 #include "presentation/portfolio/statement_preview_controller.h"
 
 namespace corvane::desktop {
@@ -391,9 +395,24 @@ void StatementDialog::giveAnswers() {
   preview_->answer(answers);
 }
 
+std::vector<BasicTransaction> StatementDialog::record() {
+  // What is behind must not look at rows that the recording is changing.
+  const auto setUpdates = [behind = QPointer(parentWidget())](bool areOn) {
+    if (behind != nullptr) {
+      behind->setUpdatesEnabled(areOn);
+    }
+  };
+  setUpdates(false);
+  const auto atEnd = qScopeGuard([&] { setUpdates(true); });
+  WorkProgress progress(QStringLiteral("Recording the statement…"), this);
+  return preview_->import([&](double fraction) { progress.show(fraction); });
+}
+
 void StatementDialog::importRows() {
   try {
-    imported_(preview_->import());
+    imported_(record());
+  } catch (const UserCancelledError&) {
+    return;  // all is as before, and the rows are still to be seen
   } catch (const Error& error) {
     showError(this, error);
     return;

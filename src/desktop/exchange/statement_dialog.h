@@ -48,6 +48,7 @@ class StatementDialog : public QDialog {
   void fitQuestions();
   void giveAnswers();
   void importRows();
+  std::vector<BasicTransaction> record();
 
   std::unique_ptr<StatementPreviewController> preview_;
   std::function<void(const std::vector<BasicTransaction>&)> imported_;

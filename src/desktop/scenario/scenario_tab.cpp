@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSplitter>
@@ -28,6 +29,30 @@ constexpr int progressSteps = 1000;
 constexpr int leastColumnWidth = 44;
 /// Of the column of periods and dates, which are cut in a narrow window before the table scrolls.
 constexpr int leastNameWidth = 130;
+
+/// Never lower than what its texts take at the width that it has. A splitter asks for the least
+/// height alone, in which no text is wrapped, and would push the wrapped ones over each other.
+class WrappingColumn : public QWidget {
+ protected:
+  void resizeEvent(QResizeEvent* event) override {
+    QWidget::resizeEvent(event);
+    takeRoom();
+  }
+  bool event(QEvent* event) override {
+    const bool isHandled = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+      takeRoom();
+    }
+    return isHandled;
+  }
+
+ private:
+  void takeRoom() {
+    if (layout() != nullptr && layout()->hasHeightForWidth()) {
+      setMinimumHeight(layout()->minimumHeightForWidth(width()));
+    }
+  }
+};
 
 }  // namespace
 
@@ -129,7 +154,7 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   head->addLayout(bar_);
   head->addStretch(1);
   summary_->setContentsMargins(spacing::narrow, 0, 0, 0);
-  auto* upper = new QWidget;
+  auto* upper = new WrappingColumn;
   auto* column = new QVBoxLayout(upper);
   column->setContentsMargins(spacing::narrow, 0, 0, spacing::narrow);
   column->setSpacing(spacing::narrow);

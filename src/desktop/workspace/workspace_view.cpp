@@ -21,9 +21,9 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/equity/equity_view.h"
 #include "desktop/exchange/exchange_panels.h"
-#include "desktop/exchange/reading_progress.h"
 #include "desktop/exchange/statement_dialog.h"
 #include "desktop/exchange/statement_imports_dialog.h"
+#include "desktop/exchange/work_progress.h"
 #include "desktop/look/alert_box.h"
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/qt_text.h"
@@ -249,7 +249,7 @@ void WorkspaceView::openStatement(const std::filesystem::path& file) {
   }
   try {
     const auto progress =
-        std::make_shared<ReadingProgress>(QStringLiteral("Reading the statement…"), this);
+        std::make_shared<WorkProgress>(QStringLiteral("Reading the statement…"), this);
     auto preview = std::make_unique<StatementPreviewController>(
         file, portfolio, document_.workingDirectoryURL(),
         [progress](double fraction) { progress->show(fraction); });

@@ -62,6 +62,27 @@ void appendColumn(EntryIterator begin, EntryIterator end, bool isCandle,
   }
 }
 
+/// Of ascending `ticks` as many as stand clear of each other, `pixels` apart for a step of one in
+/// value: all, or every second, or every third, and zero where it is among them.
+std::vector<ChartLayout::Tick> withoutTouching(std::vector<ChartLayout::Tick> ticks, double pixels,
+                                               double leastDistance) {
+  const auto zero = std::ranges::find(ticks, 0.0, &ChartLayout::Tick::value);
+  const auto kept = static_cast<std::size_t>(zero == ticks.end() ? 0 : zero - ticks.begin());
+  for (std::size_t stride = 1; stride < ticks.size(); ++stride) {
+    std::vector<ChartLayout::Tick> clear;
+    bool doTouch = false;
+    for (std::size_t i = kept % stride; i < ticks.size(); i += stride) {
+      doTouch |=
+          !clear.empty() && std::abs(ticks[i].value - clear.back().value) * pixels < leastDistance;
+      clear.push_back(ticks[i]);
+    }
+    if (!doTouch) {
+      return clear;
+    }
+  }
+  return ticks.empty() ? ticks : std::vector{ticks[kept]};
+}
+
 std::string moreText(std::size_t count) {
   return std::to_string(count) + " more";
 }
@@ -204,7 +225,8 @@ void ChartLayout::chooseTicks(const Surface& surface) {
         made.push_back({value, axis->label(value)});
       }
     }
-    return made;
+    return withoutTouching(std::move(made), plotArea_.height() / (yRange_.upper - yRange_.lower),
+                           surface.lineHeight + narrowGap);
   };
   leftTicks_ = ticks(chart_.leftAxisRenderer.get());
   rightTicks_ = ticks(chart_.rightAxisRenderer.get());

@@ -508,9 +508,26 @@ bool StatementPreviewController::canImport() const {
   return problem_.empty() && preview_.isReady() && preview_.newRowCount() > 0;
 }
 
-std::vector<BasicTransaction> StatementPreviewController::import() {
+/// What the market answers meanwhile waits: a reading would take away the rows being recorded.
+std::vector<BasicTransaction> StatementPreviewController::record(const ProgressHandler& progress) {
+  isReading_ = true;
+  isToReadAgain_ = false;
+  try {
+    auto transactions = recordStatement(preview_, portfolio_, progress);
+    isReading_ = false;
+    return transactions;
+  } catch (const Error&) {
+    isReading_ = false;
+    if (isToReadAgain_) {
+      readAgain();
+    }
+    throw;
+  }
+}
+
+std::vector<BasicTransaction> StatementPreviewController::import(const ProgressHandler& progress) {
   const auto manager = portfolio_->manager.lock();
-  auto transactions = recordStatement(preview_, portfolio_);
+  auto transactions = record(progress);
   memory_.rememberAnswers(options_, preview_);
   memory_.rememberImport(filename_, preview_, manager->calendar);
   memory_.write();

@@ -21,8 +21,8 @@ namespace corvane {
 /// the user allows it. Main queue only; the portfolio's manager outlives it.
 class StatementPreviewController final : public TableModel {
  public:
-  /// Told again and again what part of a reading is done, from 0 to 1, which comes last. It may let
-  /// events be handled, and throws UserCancelledError to end the reading.
+  /// Told again and again what part of the work is done, from 0 to 1, which comes last. It may let
+  /// events be handled, and throws UserCancelledError to end the work.
   using ProgressHandler = std::function<void(double fraction)>;
 
   /// Reads `file` for `portfolio`. `memoryFolder` is where the workspace keeps its further files.
@@ -106,11 +106,13 @@ class StatementPreviewController final : public TableModel {
   [[nodiscard]] bool canImport() const;
   /// Records the ticked rows as one edit that cannot be undone, and remembers the answers. What was
   /// said of words, days and decimals goes into the user's layout. Throws what the ledger throws;
-  /// then nothing has changed.
-  std::vector<BasicTransaction> import();
+  /// then nothing has changed. `progress` is told of the recording; where it cancels, nothing has
+  /// changed either.
+  std::vector<BasicTransaction> import(const ProgressHandler& progress = nullptr);
 
  private:
   void readAgain();
+  [[nodiscard]] std::vector<BasicTransaction> record(const ProgressHandler& progress);
   /// Reads the file as the options say; whatever is wrong with it becomes the problem.
   void read();
   void show();
@@ -121,7 +123,7 @@ class StatementPreviewController final : public TableModel {
   void fetchRates();
 
   ProgressHandler progress_;
-  bool isReading_ = false;
+  bool isReading_ = false;  ///< or recording, during which nothing is read either
   bool isCancelled_ = false;
   bool isToReadAgain_ = false;  ///< an answer has come during a reading
   std::string filename_;

@@ -1,4 +1,4 @@
-// How far a file has been read, once that takes long.
+// How far work on the main thread has come, once that takes long.
 #pragma once
 
 #include <QPointer>
@@ -11,13 +11,13 @@ namespace corvane::desktop {
 
 /// Shows a bar with "Cancel" when work on the main thread takes more than half a second, and lets
 /// the window be drawn meanwhile. It is gone at the end of the work.
-class ReadingProgress {
+class WorkProgress {
  public:
   /// `parent` may go away earlier.
-  ReadingProgress(QString text, QWidget* parent) : text_(std::move(text)), parent_(parent) {}
-  ReadingProgress(const ReadingProgress&) = delete;
-  ReadingProgress& operator=(const ReadingProgress&) = delete;
-  ~ReadingProgress();
+  WorkProgress(QString text, QWidget* parent) : text_(std::move(text)), parent_(parent) {}
+  WorkProgress(const WorkProgress&) = delete;
+  WorkProgress& operator=(const WorkProgress&) = delete;
+  ~WorkProgress();
 
   /// `fraction` is from 0 to 1, the end of the work. Throws UserCancelledError where the user has
   /// cancelled.

@@ -1,4 +1,4 @@
-#include "desktop/exchange/reading_progress.h"
+#include "desktop/exchange/work_progress.h"
 
 #include <QProgressDialog>
 
@@ -6,11 +6,11 @@
 
 namespace corvane::desktop {
 
-ReadingProgress::~ReadingProgress() {
+WorkProgress::~WorkProgress() {
   close();
 }
 
-void ReadingProgress::show(double fraction) {
+void WorkProgress::show(double fraction) {
   constexpr int steps = 1000;
   constexpr int patienceMilliseconds = 500;
   if (fraction >= 1.0) {
@@ -23,6 +23,7 @@ void ReadingProgress::show(double fraction) {
     dialog_->setMinimumDuration(patienceMilliseconds);
     dialog_->setAutoClose(false);
     dialog_->setAutoReset(false);
+    dialog_->setValue(0);  // it counts its patience from here, and without this is never shown
   }
   dialog_->setValue(static_cast<int>(fraction * steps));  // lets events be handled once it is shown
   if (dialog_ != nullptr && dialog_->wasCanceled()) {
@@ -31,7 +32,7 @@ void ReadingProgress::show(double fraction) {
   }
 }
 
-void ReadingProgress::close() {
+void WorkProgress::close() {
   delete dialog_;
   dialog_ = nullptr;
 }
