@@ -8,12 +8,10 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProgressDialog>
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
-#include <QTimer>
 #include <cstdlib>
 #include <fstream>
 
@@ -275,45 +273,6 @@ TEST_F(ExchangeTest, LooksAtAStatementBeforeItGoesIn) {
   QApplication::processEvents();
   menuItem(*window, "Undo Take Back Import")->trigger();
   EXPECT_EQ(portfolio->transactions().size(), 9U);
-}
-
-TEST_F(ExchangeTest, ShowsHowFarAStatementIsRecordedAndTakesAllBackWhenCancelled) {
-  const auto file = world.folder / "ws.csv";
-  {
-    std::ofstream out(file);
-    out << "transaction_date,settlement_date,account_id,account_type,activity_type,"
-           "activity_sub_type,direction,symbol,name,currency,quantity,unit_price,commission,net_"
-           "cash_amount\n";
-    for (int row = 0; row < 150'000; ++row) {
-      out << "2026-03-22,2026-03-22,W1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,5.00\n";
-    }
-  }
-  menuItem(*window, "Import Statement")->trigger();
-  choose(file);
-  auto* dialog = waitFor<StatementDialog>();
-  ASSERT_NE(dialog, nullptr);
-  // The bar is on screen while the rows are being recorded, and its button is heard.
-  double shownAt = -1;
-  QTimer presser;
-  QObject::connect(&presser, &QTimer::timeout, [&] {
-    auto* bar = dialog->findChild<QProgressDialog*>();
-    if (bar != nullptr && bar->isVisible() && bar->value() > 0) {
-      EXPECT_EQ(bar->labelText().toStdString(), "Recording the statement…");
-      shownAt = bar->value() / static_cast<double>(bar->maximum());
-      bar->cancel();
-    }
-  });
-  presser.start(0);
-  pressWhenReady(*dialog, "Import 150000 Rows");
-  presser.stop();
-  EXPECT_GT(shownAt, 0);
-  EXPECT_LT(shownAt, 1);
-  EXPECT_EQ(portfolio->transactions().size(), 7U);
-  EXPECT_EQ(openDialog<QMessageBox>(*window), nullptr);
-  // Nor is the file remembered as imported: all of its rows can go in.
-  EXPECT_TRUE(dialog->isVisible());
-  pressWhenReady(*dialog, "Import 150000 Rows");
-  EXPECT_EQ(portfolio->transactions().size(), 150'007U);
 }
 
 TEST_F(ExchangeTest, AsksForAllEquitiesInOneGo) {
