@@ -150,14 +150,23 @@ std::vector<BasicTransaction> recordStatement(
     const StatementPreview& preview, const PortfolioPointer& portfolio,
     const std::function<void(double fraction)>& progress) {
   constexpr std::size_t rowsOfUpdate = 256;
+  constexpr double bookedPart = 0.6;
+  constexpr double mostTold = 0.999;
+  std::size_t told = 0;
   auto transactions = preview.transactions();
   std::size_t recorded = 0;
   try {
     portfolio->manager.lock()->recordTransactions(
         transactions, portfolio, nullptr, [&](std::size_t count) {
           recorded = count;
-          if (progress && count % rowsOfUpdate == 0) {
-            progress(static_cast<double>(count) / static_cast<double>(transactions.size()));
+          const double all = static_cast<double>(transactions.size());
+          if (progress && ++told % rowsOfUpdate == 0) {
+            // Once all are booked it is told of those that are stored, by as many calls.
+            progress(
+                told <= transactions.size()
+                    ? bookedPart * static_cast<double>(told) / all
+                    : std::min(mostTold, bookedPart + (1 - bookedPart) *
+                                                          (static_cast<double>(told) / all - 1)));
           }
         });
   } catch (const UserCancelledError&) {
