@@ -18,6 +18,7 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/reports/report_parts.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/source_list_view.h"
@@ -249,6 +250,28 @@ TEST(LargeTexts, AreCutInNoFormAndFormsFitASmallWindow) {
     openDialog<QDialog>(*window)->reject();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
+}
+
+/// A figure whose last digits are cut off is another figure.
+TEST(LargeTexts, LeaveTheFiguresOfReportsWhole) {
+  // How many stand beside each other.
+  const auto inOneLine = [] {
+    desktop::FiguresRow row;
+    row.resize(640, 600);
+    row.setFigures(std::vector<ReportFigure>(
+        6, {.title = "Gain", .value = AttributedText("CA$1,174,866.31"), .detail = "realized"}));
+    row.show();
+    QApplication::processEvents();
+    int beside = 0;
+    for (QAbstractButton* button : row.findChildren<QAbstractButton*>()) {
+      EXPECT_GE(button->width(), dynamic_cast<desktop::FigureButton&>(*button).leastWidth());
+      beside += button->y() == 0 ? 1 : 0;
+    }
+    return beside;
+  };
+  EXPECT_EQ(inOneLine(), 3);
+  const LargeText large;
+  EXPECT_EQ(inOneLine(), 2);
 }
 
 TEST_F(Layout, AnEmptyWorkspaceAndPortfolioSayWhatToDo) {

@@ -65,6 +65,11 @@ QSize FigureButton::sizeHint() const {
   return layout()->sizeHint().expandedTo(QSize(leastFigureWidth, 0));
 }
 
+int FigureButton::leastWidth() const {
+  const QMargins margins = layout()->contentsMargins();
+  return std::max(leastFigureWidth, value_->sizeHint().width() + margins.left() + margins.right());
+}
+
 void FigureButton::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
     click();
@@ -122,8 +127,12 @@ void FiguresRow::arrange() {
     return;
   }
   // Rows of one length: four and three look better than six and one.
+  int widest = 0;
+  for (int i = 0; i < count; ++i) {
+    widest = std::max(widest, buttons_[static_cast<std::size_t>(i)]->leastWidth());
+  }
   const int fitting =
-      std::clamp((width() + spacing::narrow) / (leastFigureWidth + spacing::narrow), 1, count);
+      std::clamp((width() + spacing::narrow) / (widest + spacing::narrow), 1, count);
   const int rows = (count + fitting - 1) / fitting;
   const int columns = (count + rows - 1) / rows;
   if (columns == columns_) {

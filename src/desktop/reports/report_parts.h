@@ -28,6 +28,8 @@ class FigureButton : public QAbstractButton {
   explicit FigureButton(QWidget* parent = nullptr);
   void setFigure(const ReportFigure& figure);
   [[nodiscard]] QSize sizeHint() const override;
+  /// What shows the value whole.
+  [[nodiscard]] int leastWidth() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
