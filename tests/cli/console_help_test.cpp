@@ -105,6 +105,16 @@ TEST_F(ConsoleHelpTest, TellsExitCodes) {
   }
 }
 
+TEST_F(ConsoleHelpTest, IsNotGivenForWhatIsNotUnderstood) {
+  for (const std::string arguments : {"--version x", "--help x", "--man x", "--completions",
+                                      "--nonsense", "help list x", "help nonsense", "nonsense"}) {
+    const auto result = program.run(arguments);
+    EXPECT_EQ(result.exitCode, 2) << arguments;
+    EXPECT_EQ(result.out, "") << arguments;
+    EXPECT_THAT(result.err, StartsWith("corvane-cli: ")) << arguments;
+  }
+}
+
 TEST_F(ConsoleHelpTest, EveryListingHasTwoFormsOfData) {
   for (const std::string command : {"list", "ledger", "value", "statements", "quotes", "backtest",
                                     "import", "imports", "verify", "recover"}) {
