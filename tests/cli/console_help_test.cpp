@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -41,6 +42,26 @@ class ConsoleHelpTest : public ::testing::Test {
       names.insert((*each)[1]);
     }
     return names;
+  }
+  /// The fields that the help of `command` lists under "--csv and --json" + `of`.
+  [[nodiscard]] std::string fields(const std::string& command, const std::string& of = "") const {
+    const std::string help = program.output(command + " --help");
+    const std::string title = "\nFields of --csv and --json" + of + ":\n";
+    const std::size_t first = help.find(title);
+    if (first == help.npos) {
+      return "no fields" + of;
+    }
+    std::istringstream words(help.substr(first + title.size()));
+    std::string names;
+    for (std::string word; words >> word;) {
+      const bool isLast = !word.ends_with(',');
+      names +=
+          (names.empty() ? "\"" : ",\"") + word.substr(0, word.size() - (isLast ? 0 : 1)) + '"';
+      if (isLast) {
+        break;
+      }
+    }
+    return names + "\r\n";
   }
   /// What bash offers behind `line`, one a line.
   [[nodiscard]] std::set<std::string> completions(const std::string& line) const {
@@ -84,6 +105,16 @@ TEST_F(ConsoleHelpTest, TellsExitCodes) {
   }
 }
 
+TEST_F(ConsoleHelpTest, IsNotGivenForWhatIsNotUnderstood) {
+  for (const std::string arguments : {"--version x", "--help x", "--man x", "--completions",
+                                      "--nonsense", "help list x", "help nonsense", "nonsense"}) {
+    const auto result = program.run(arguments);
+    EXPECT_EQ(result.exitCode, 2) << arguments;
+    EXPECT_EQ(result.out, "") << arguments;
+    EXPECT_THAT(result.err, StartsWith("corvane-cli: ")) << arguments;
+  }
+}
+
 TEST_F(ConsoleHelpTest, EveryListingHasTwoFormsOfData) {
   for (const std::string command : {"list", "ledger", "value", "statements", "quotes", "backtest",
                                     "import", "imports", "verify", "recover"}) {
@@ -102,8 +133,70 @@ TEST_F(ConsoleHelpTest, EveryListingHasTwoFormsOfData) {
   EXPECT_EQ(program.run("import a.csv --into Family --portfolio A --json").exitCode, 2);
 }
 
+TEST_F(ConsoleHelpTest, ListsTheFieldsThatAreWritten) {
+  setenv("XDG_CACHE_HOME", (program.folder / "cache").c_str(), 1);
+  setenv("XDG_CONFIG_HOME", (program.folder / "config").c_str(), 1);
+  program.makeFamily();
+  testing::writeText(program.folder / "a.ofx",
+                     "<OFX><STMTRS><CURDEF>CAD<BANKACCTFROM><ACCTID>1</BANKACCTFROM><BANKTRANLIST>"
+                     "<STMTTRN><TRNTYPE>DEP<DTPOSTED>20250103<TRNAMT>1<FITID>1</STMTTRN>"
+                     "</BANKTRANLIST></STMTRS></OFX>");
+  const std::string days = " --from 2024-01-02 --to 2024-01-09 --sample-market";
+  struct Case {
+    std::string command;
+    std::string arguments;
+    std::string of = {};
+  };
+  const std::string savings = "Family --portfolio Savings";
+  for (const Case& each :
+       std::vector<Case>{{"list", "Family"},
+                         {"list", "Family --watchlist", ", with --watchlist"},
+                         {"ledger", savings},
+                         {"value", "Family --offline"},
+                         {"returns", "Family --offline"},
+                         {"income", "Family --offline"},
+                         {"tax", "Family"},
+                         {"tax", "Family --section disposals"},
+                         {"tax", "Family --section totals", ", with --section totals"},
+                         {"tax", "Family --section income", ", with --section income"},
+                         {"tax", "Family --section check", ", with --section check"},
+                         {"tax", "Family --section costs", ", with --section costs"},
+                         {"tax-settings", "Family"},
+                         {"explain", "value " + savings + " --offline"},
+                         {"explain", "deposits " + savings + " --offline", ", of deposits"},
+                         {"coverage", "Family --offline"},
+                         {"statements", ""},
+                         {"imports", savings},
+                         {"import", "a.ofx --into " + savings + " --preview", ", with --preview"},
+                         {"verify", "Family"},
+                         {"recover", "."},
+                         {"quotes", "CASTR" + days},
+                         {"backtest", "CASTR" + days},
+                         {"backtest", "CASTR --batch daily" + days, ", with --batch"}}) {
+    const std::string command = each.command + " " + each.arguments;
+    const std::string csv = program.run(command + " --csv").out;
+    EXPECT_EQ(csv.substr(0, csv.find('\n') + 1), fields(each.command, each.of)) << command;
+    // The same rows as objects, whose names are those of the first row.
+    const JSONValue::Array objects = JSONValue::parse(program.run(command + " --json").out).array();
+    EXPECT_EQ(static_cast<std::ptrdiff_t>(objects.size()) + 1, std::ranges::count(csv, '\n'))
+        << command;
+    std::string names;
+    for (const auto& [name, value] : objects.empty() ? JSONValue::Object() : objects[0].object()) {
+      names += (names.empty() ? "\"" : ",\"") + name + '"';
+    }
+    EXPECT_TRUE(objects.empty() || csv.starts_with(names + "\r\n")) << command;
+  }
+  for (const std::string& command : commands()) {
+    const bool writesData = options(command).contains("--json");
+    EXPECT_EQ(program.output(command + " --help").contains("\nFields of --csv and --json"),
+              writesData)
+        << command;
+  }
+}
+
 TEST_F(ConsoleHelpTest, HasEveryCommandAndOptionInItsManualPage) {
   std::string page = program.output("--man");
+  EXPECT_THAT(page, HasSubstr("\nFields of \\-\\-csv and \\-\\-json, with \\-\\-watchlist:\n"));
   EXPECT_THAT(page, StartsWith(".TH CORVANE"));
   page = std::regex_replace(page, std::regex("\\\\-"), "-");
   for (const std::string& command : commands()) {

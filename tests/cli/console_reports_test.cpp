@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "cli/console_program.h"
+#include "platform/data/json.h"
 
 namespace corvane {
 namespace {
@@ -233,6 +234,49 @@ TEST_F(ConsoleReportsTest, ExplainAndExportReports) {
                                 : kind == "tax"   ? "\"BOREA.TO\",\"40\",\"3877.05\""
                                                   : "\"BOREA.TO\",\"dividend\",\"100\",\"0.845\""));
   }
+}
+
+TEST_F(ConsoleReportsTest, WriteNothingButDataAndSayWhyTheyFail) {
+  ASSERT_EQ(program.output("create Empty --portfolio P --currency CAD"), "");
+  EXPECT_EQ(program.output("returns Empty --offline"), "Nothing was held in these days.\n");
+  EXPECT_EQ(program.output("returns Empty --offline --json"), "[]\n");
+  EXPECT_THAT(program.output("returns Empty --offline --csv"), StartsWith("\"date\","));
+  // Without prices each of them fails, and the standard error has the reason beside whatever the
+  // data says.
+  for (const std::string command :
+       {"value Family", "returns Family", "explain value Family --portfolio Savings",
+        "tax Family --if-sold BOREA.TO 1", "income Family --projected"}) {
+    const auto result = program.run(command + " --offline --json");
+    EXPECT_EQ(result.exitCode, 1) << command;
+    EXPECT_THAT(result.err, StartsWith("corvane-cli: ")) << command;
+    if (!result.out.empty()) {
+      EXPECT_NO_THROW((void)JSONValue::parse(result.out)) << command;
+    }
+  }
+}
+
+TEST_F(ConsoleReportsTest, WriteOneArrayOfAnEquityThatIsHeldInTwoCurrencies) {
+  for (const std::string code : {"CAD", "USD"}) {
+    const std::string portfolio = " Two --portfolio " + code;
+    ASSERT_EQ(
+        program.output("create" + portfolio + " --currency " + code + " --allow-negative-balances"),
+        "");
+    ASSERT_EQ(program
+                  .run("record" + portfolio +
+                       " --type buy --symbol ABC --shares 3 --total 30 "
+                       "--currency " +
+                       code + " --date 2024-01-08")
+                  .exitCode,
+              0);
+  }
+  const std::string sold = "tax Two --if-sold ABC 1 --proceeds 12";
+  EXPECT_EQ(JSONValue::parse(program.output(sold + " --json")).array().size(), 2U);
+  const std::string csv = program.output(sold + " --csv");
+  EXPECT_EQ(std::ranges::count(csv, '\n'), 3) << csv;
+  EXPECT_THAT(program.output("tax Two --section costs --csv"),
+              HasSubstr("\"ABC\",\"3\",\"30.00\",\"USD\"\r\n"));
+  // What is done is told in words alone.
+  EXPECT_EQ(program.run("tax Two --record-adjustments --json").exitCode, 2);
 }
 
 }  // namespace

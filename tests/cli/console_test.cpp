@@ -146,7 +146,7 @@ TEST_F(ConsoleProgramTest, ListsImportsAndTakesThemBack) {
                          "0,-1100\n");
   const std::string into = " --into Family --portfolio Savings";
   const std::string imports = "imports Family --portfolio Savings";
-  EXPECT_EQ(program.output(imports + " --json"), "[\n]\n");
+  EXPECT_EQ(program.output(imports + " --json"), "[]\n");
   ASSERT_EQ(program.output("import a.csv" + into), "Imported 2 transactions.\n");
   ASSERT_EQ(program.output("import b.csv" + into), "Imported 1 transactions.\n");
   const std::string list = program.output(imports);

@@ -208,6 +208,47 @@ TEST_F(OFXStatements, TakeANumberTogetherWithItsDayAndAmount) {
   EXPECT_EQ(preview(further).newRowCount(), 0U);
 }
 
+TEST_F(OFXStatements, TakeCurrenciesInSmallLettersForWhatTheyAre) {
+  const std::string euros = "<CURRENCY><CURRATE>1.5<CURSYM>eur</CURRENCY>";
+  EXPECT_THAT(
+      linesOf(ofxFile(trade("BUYSTOCK", "20250103", "<UNITS>2<UNITPRICE>10<TOTAL>-20" + euros) +
+                          movement("20250104", "10", "1"),
+                      "cad", securityABC)),
+      ElementsAre("4 new, 2025-01-03 trade 2 ABC for 20 EUR = 30",
+                  "6 new, 2025-01-04 transfer 10 CAD"));
+}
+
+TEST_F(OFXStatements, RecordOnceWhatAFileRepeatsWithinAnAccount) {
+  const std::string payment = movement("20250103", "10", "1");
+  const std::string reinvested =
+      trade("REINVEST", "20250110", "<INCOMETYPE>DIV<TOTAL>-5<UNITS>0.5<UNITPRICE>10");
+  const std::string file = ofxFile(payment + reinvested + payment + reinvested, "CAD", securityABC);
+  EXPECT_THAT(
+      linesOf(file),
+      ElementsAre("4 new, 2025-01-03 transfer 10 CAD",
+                  "9 already there, 2025-01-03 transfer 10 CAD (it is the transaction of line 4)",
+                  "7 new, 2025-01-10 dividend ABC 5 CAD = 5",
+                  "8 new, 2025-01-10 trade 0.5 ABC for 5 CAD = 5",
+                  "12 already there, 2025-01-10 dividend ABC 5 CAD = 5 (it is the transaction of "
+                  "line 7)",
+                  "13 already there, 2025-01-10 trade 0.5 ABC for 5 CAD = 5 (it is the transaction "
+                  "of line 8)"));
+  record(file);
+  EXPECT_EQ(ledger.portfolio->transactions().size(), 3U);
+  EXPECT_EQ(preview(file).newRowCount(), 0U);
+  // Another bank account counts its numbers by itself, and what has none is told by nothing.
+  const auto account = [](const std::string& name, const std::string& rows) {
+    return "<STMTRS><CURDEF>CAD<BANKACCTFROM><ACCTID>" + name +
+           "</BANKACCTFROM>\n<BANKTRANLIST>\n" + rows + "</BANKTRANLIST></STMTRS>\n";
+  };
+  const std::string other = movement("20250203", "20", "5");
+  EXPECT_EQ(preview("OFXHEADER:100\n<OFX>\n" + account("A", other) + account("B", other) +
+                    account("C", movement("20250204", "30", "") + movement("20250204", "30", "")) +
+                    "</OFX>\n")
+                .newRowCount(),
+            4U);
+}
+
 TEST_F(OFXStatements, CountTransactionsThatStandOnOneLine) {
   std::string file = ofxFile(movement("20250103", "10", "1") + movement("20250104", "x", "2"));
   std::erase(file, '\n');

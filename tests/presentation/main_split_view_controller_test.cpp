@@ -168,6 +168,10 @@ TEST_F(MainSplitViewControllerTest, ShowsWhatPortfoliosAreWorth) {
   post(WatchlistManager::didRefreshPortfolioEquities, {portfolio});
   EXPECT_THAT(updates.back().reloadedPortfolioRows, ElementsAre(0U));
   EXPECT_EQ(list.portfolioRow(0).accessibleText(), "Savings, CA$990.00, ▼ -CA$10.00");
+  // A name from right to left leaves the amounts behind it.
+  portfolio->name = "חסכונות";
+  EXPECT_EQ(list.portfolioRow(0).accessibleText(), "\u2068חסכונות\u2069, CA$990.00, ▼ -CA$10.00");
+  EXPECT_EQ(list.portfolioRow(0).name, "חסכונות");
 }
 
 TEST_F(MainSplitViewControllerTest, ShowsOneSelectedObjectAtATime) {

@@ -259,6 +259,9 @@ TEST_F(TaxScreenTest, AskWhosePortfoliosAreAndCountThemSo) {
   form->yearStart = "04-06";
   form->lines[1].role = {TaxRole::affiliated, "", false};
   EXPECT_EQ(form->problem(), "Whose portfolio is “My TFSA”?");
+  other->name = "חסכונות";
+  EXPECT_EQ(form->problem(), "Whose portfolio is “\u2068חסכונות\u2069”?");
+  other->name = "My TFSA";
   form->lines[1].role.person = "Kim";
   ASSERT_EQ(form->problem(), "");
   form->apply();
@@ -344,6 +347,10 @@ TEST_F(ReportScreensTest, ExplainFiguresDownToTheirRows) {
   EXPECT_TRUE(panel.hasRow(added));
   panel.openRow(added);
   EXPECT_THAT(opened, ElementsAre(Pair(twin, 1U)));
+  // What is copied has no marks for the screen.
+  twin->name = "חסכונות";
+  panel.explain([&] { return costBaseTrail(*twin, 1, manager->calendar); });
+  EXPECT_THAT(panel.csv() + panel.text(), AllOf(HasSubstr("“חסכונות”"), Not(HasSubstr("\u2068"))));
 
   panel.explain([]() -> std::optional<TrailNode> {
     return TrailNode{.label = "Say \"so\"", .value = dec("1234.5"), .unit = "CAD", .note = "why"};

@@ -110,14 +110,14 @@ std::string_view eventName(ScenarioPortfolio::Transaction::EventType type) {
   return "";
 }
 
+std::vector<Listing::Field> tradeFields() {
+  return {{"when", "When"},          {"event", "Event"},       {"shares", "Shares", number},
+          {"cash", "Cash", number},  {"held", "Held", number}, {"onHand", "On hand", number},
+          {"price", "Price", number}};
+}
+
 Listing tradesOf(const ScenarioAnalyzer::Analysis& analysis, const EquityInfo& equity) {
-  Listing trades({{"when", "When"},
-                  {"event", "Event"},
-                  {"shares", "Shares", number},
-                  {"cash", "Cash", number},
-                  {"held", "Held", number},
-                  {"onHand", "On hand", number},
-                  {"price", "Price", number}});
+  Listing trades(tradeFields());
   for (const TransactionPointer& pointer : analysis.portfolio->transactions()) {
     const auto& row = dynamic_cast<const ScenarioPortfolio::Transaction&>(*pointer);
     const TransactionEffect effect = transactionEffect(row.basic.kind);
@@ -208,19 +208,23 @@ void writeBatchTable(const BatchAnswer& answer, const Console& console) {
               << "Money is in " << answer.equity.currency.code << ".\n";
 }
 
+std::vector<Listing::Field> periodFields() {
+  return {{"from", "From"},
+          {"to", "To"},
+          {"days", "Days", number},
+          {"finalValue", "Final value", number},
+          {"gain", "Gain", number},
+          {"return", "Return", number},
+          {"annualizedReturn", "A year", number},
+          {"buyAndHoldReturn", "Buy and hold", number},
+          {"currency", "Currency"}};
+}
+
 void writeBatchData(const BatchAnswer& answer, ListingFormat format, const Console& console) {
   const auto rate = [](const Decimal& part) {
     return part.isNaN() ? "" : rounded(part, 6, RoundingMode::bankers).description();
   };
-  Listing periods({{"from", "From"},
-                   {"to", "To"},
-                   {"days", "Days", number},
-                   {"finalValue", "Final value", number},
-                   {"gain", "Gain", number},
-                   {"return", "Return", number},
-                   {"annualizedReturn", "A year", number},
-                   {"buyAndHoldReturn", "Buy and hold", number},
-                   {"currency", "Currency"}});
+  Listing periods(periodFields());
   for (const BatchResultPointer& result : answer.results) {
     const auto& analysis = result->analysis;
     const auto [from, to] = boundsOf(*result, answer);
@@ -318,6 +322,7 @@ Command backtestCommand() {
           "With --batch each period is a run of its own, and a line of the answer. As data, "
           "returns "
           "are\nparts of one: 0.05 is 5%.\n",
+      .listings = {{"", tradeFields()}, {"with --batch", periodFields()}},
       .run = &backtest};
 }
 

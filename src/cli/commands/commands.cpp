@@ -59,12 +59,12 @@ int run(std::span<const std::string> arguments, const Console& console) {
   const std::string& name = arguments.front();
   const auto rest = arguments.subspan(1);
   const bool wantsHelp = std::ranges::find(rest, "--help") != rest.end();
-  if (name == "--version") {
+  if (name == "--version" && rest.empty()) {
     const auto info = InfoDictionary::fromFile(resourcePath(InfoDictionary::fileName));
     console.out << "corvane-cli " << info.shortVersion() << " (" << info.bundleVersion() << ")\n";
     return exitCode::success;
   }
-  if (name == "--help" || (name == "help" && rest.empty())) {
+  if ((name == "--help" || name == "help") && rest.empty()) {
     writeHelp(console.out);
     return exitCode::success;
   }
@@ -74,6 +74,10 @@ int run(std::span<const std::string> arguments, const Console& console) {
   }
   if (name == "--completions" && rest.size() == 1 && writeCompletions(rest.front(), console.out)) {
     return exitCode::success;
+  }
+  if (name.starts_with("--") || (name == "help" && rest.size() > 1)) {
+    console.warn("“" + name + "” is not used like this. See corvane-cli --help.");
+    return exitCode::usage;
   }
   const Command* command = commandNamed(name == "help" ? rest.front() : name);
   if (command == nullptr) {

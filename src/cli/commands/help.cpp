@@ -16,6 +16,7 @@ std::string padded(std::string_view text, std::size_t width) {
 }
 
 constexpr std::size_t exitCodeWidth = 3;
+constexpr std::size_t helpColumns = 80;
 
 }  // namespace
 
@@ -59,6 +60,23 @@ std::string synopsis(const Command& command) {
   return text;
 }
 
+std::string fieldsText(const FieldList& listing) {
+  std::string text = "Fields of --csv and --json";
+  text += (listing.of.empty() ? "" : ", " + std::string(listing.of)) + ":\n ";
+  std::size_t column = 1;
+  for (const Listing::Field& field : listing.fields) {
+    const bool isLast = &field == &listing.fields.back();
+    const std::string word = " " + std::string(field.name) + (isLast ? "" : ",");
+    if (column + word.size() > helpColumns) {
+      text += "\n ";
+      column = 1;
+    }
+    text += word;
+    column += word.size();
+  }
+  return text + '\n';
+}
+
 void writeHelp(std::ostream& out) {
   std::size_t width = 0;
   for (const Command& command : commands()) {
@@ -94,6 +112,10 @@ void writeHelp(const Command& command, std::ostream& out) {
   }
   if (!command.explanation.empty()) {
     out << '\n' << command.explanation;
+  }
+  const char* before = "\n";
+  for (const FieldList& listing : command.listings) {
+    out << std::exchange(before, "") << fieldsText(listing);
   }
   out << "\nExit codes:";
   const char* separator = " ";

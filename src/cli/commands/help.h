@@ -28,6 +28,9 @@ struct ExitCodeMeaning {
 /// "corvane-cli ledger WORKSPACE --portfolio NAME [--json]"
 [[nodiscard]] std::string synopsis(const Command& command);
 
+/// "Fields of --csv and --json, with --watchlist:\n  symbol\n", in lines of 80 columns.
+[[nodiscard]] std::string fieldsText(const FieldList& listing);
+
 /// The help of the program, and that of a command.
 void writeHelp(std::ostream& out);
 void writeHelp(const Command& command, std::ostream& out);

@@ -48,6 +48,9 @@ void writeManual(const Command& command, std::ostream& out) {
   if (!command.explanation.empty()) {
     writeVerbatim(command.explanation, out);
   }
+  for (const FieldList& listing : command.listings) {
+    writeVerbatim(fieldsText(listing), out);
+  }
 }
 
 /// What can stand for a value or a word of this name.

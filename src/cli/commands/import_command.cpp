@@ -200,6 +200,7 @@ Command importCommand() {
           "the cells leave open.\n"
           "\n"
           "Either all rows are recorded or none. An error names the line of the file.\n",
+      .listings = {{"with --preview", statementPreviewFields()}},
       .run = &importStatement};
 }
 

@@ -48,6 +48,16 @@ void takeBackImport(const std::string& number, WorkspaceFile& workspace,
   }
 }
 
+std::vector<Listing::Field> importFields() {
+  using enum Listing::Kind;
+  return {{"number", "No", number},
+          {"day", "Imported"},
+          {"file", "File"},
+          {"layout", "Layout"},
+          {"recorded", "Transactions", number},
+          {"left", "In the Ledger", number}};
+}
+
 void listImports(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const auto takenBack = line.value("--take-back");
@@ -67,13 +77,7 @@ void listImports(const CommandLine& line, const Console& console) {
     takeBackImport(*takenBack, workspace, portfolio, memory, console);
     return;
   }
-  using Listing::Kind::number;
-  Listing list({{"number", "No", number},
-                {"day", "Imported"},
-                {"file", "File"},
-                {"layout", "Layout"},
-                {"recorded", "Transactions", number},
-                {"left", "In the Ledger", number}});
+  Listing list(importFields());
   std::size_t place = 0;
   for (const RecordedImport& import : memory.imports()) {
     ++place;
@@ -100,6 +104,7 @@ Command importsCommand() {
               "as\nthey are still in the ledger unchanged; what was changed since then stays. "
               "Transactions\nthat others rely on cannot go: then nothing is deleted, and the first "
               "that is in the way\nis told.\n",
+          .listings = {{"", importFields()}},
           .run = &listImports};
 }
 

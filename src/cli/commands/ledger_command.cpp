@@ -47,25 +47,29 @@ Happening happening(const BasicTransaction& transaction) {
   return what;
 }
 
+std::vector<Listing::Field> ledgerFields() {
+  using enum Listing::Kind;
+  return {{"number", "No", number},
+          {"tradeDate", "Trade Date"},
+          {"settlementDate", "Settlement"},
+          {"type", "Type"},
+          {"symbol", "Symbol"},
+          {"shares", "Shares", number},
+          {"cash", "Cash", number},
+          {"currency", "Currency"},
+          {"sharesNet", "Shares Net", number},
+          {"cashNet", "Cash Net", number},
+          {"costBase", "Cost Base", number},
+          {"capitalGain", "Gain", number},
+          {"note", "Note"}};
+}
+
 void writeLedger(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const WorkspaceFile workspace(line.word(0), console);
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   const Calendar& calendar = workspace.manager()->calendar;
-  using Listing::Kind::number;
-  Listing ledger({{"number", "No", number},
-                  {"tradeDate", "Trade Date"},
-                  {"settlementDate", "Settlement"},
-                  {"type", "Type"},
-                  {"symbol", "Symbol"},
-                  {"shares", "Shares", number},
-                  {"cash", "Cash", number},
-                  {"currency", "Currency"},
-                  {"sharesNet", "Shares Net", number},
-                  {"cashNet", "Cash Net", number},
-                  {"costBase", "Cost Base", number},
-                  {"capitalGain", "Gain", number},
-                  {"note", "Note"}});
+  Listing ledger(ledgerFields());
   std::size_t rowNumber = 0;
   for (const auto& row : portfolio->transactions()) {
     ++rowNumber;
@@ -95,6 +99,7 @@ Command ledgerCommand() {
               "Cost base and gain are in the portfolio's own currency, cash is in that of the "
               "row.\nCash that came in counts as positive. The numbers in front are what "
               "corvane-cli revise\nand delete take; they change when the ledger does.\n",
+          .listings = {{"", ledgerFields()}},
           .run = &writeLedger};
 }
 

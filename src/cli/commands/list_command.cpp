@@ -6,13 +6,17 @@
 namespace corvane::cli {
 namespace {
 
-Listing portfoliosOf(const WorkspaceFile& workspace) {
+std::vector<Listing::Field> portfolioFields() {
   using enum Listing::Kind;
-  Listing portfolios({{"portfolio", "Portfolio"},
-                      {"currency", "Currency"},
-                      {"transactions", "Transactions", number},
-                      {"from", "From"},
-                      {"to", "To"}});
+  return {{"portfolio", "Portfolio"},
+          {"currency", "Currency"},
+          {"transactions", "Transactions", number},
+          {"from", "From"},
+          {"to", "To"}};
+}
+
+Listing portfoliosOf(const WorkspaceFile& workspace) {
+  Listing portfolios(portfolioFields());
   for (const auto& portfolio : workspace.manager()->portfolios()) {
     requireRows(portfolio);
     const auto& rows = portfolio->transactions();
@@ -25,12 +29,16 @@ Listing portfoliosOf(const WorkspaceFile& workspace) {
   return portfolios;
 }
 
+std::vector<Listing::Field> watchlistFields() {
+  return {{"symbol", "Symbol"}};
+}
+
 void list(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const WorkspaceFile workspace(line.word(0), console);
   const auto& watched = workspace.document()->model()->watchlistEquities;
   if (line.has("--watchlist")) {
-    Listing symbols(std::vector<Listing::Field>{{"symbol", "Symbol"}});
+    Listing symbols(watchlistFields());
     for (const EquityPointer& equity : watched) {
       symbols.add({equity->symbol});
     }
@@ -56,6 +64,7 @@ Command listCommand() {
           .options = joined({{"--watchlist", "", "lists the symbols of the watchlist alone"}},
                             listingOptions()),
           .explanation = "As data, the portfolios come without the watchlist.\n",
+          .listings = {{"", portfolioFields()}, {"with --watchlist", watchlistFields()}},
           .run = &list};
 }
 

@@ -41,16 +41,15 @@ DateRange rangeOf(const CommandLine& line, const Calendar& calendar) {
       YearMonthDay::normalised(last.year, last.month, last.day + 1, calendar).startIn(calendar)};
 }
 
-Listing listingOf(const std::vector<Quote>& quotes, const EquityInfo& equity, bool isIntraday) {
+std::vector<Listing::Field> barFields() {
   using enum Listing::Kind;
-  Listing bars({{"date", "Date"},
-                {"open", "Open", number},
-                {"high", "High", number},
-                {"low", "Low", number},
-                {"close", "Close", number},
-                {"volume", "Volume", number},
-                {"currency", "Currency"},
-                {"isRunning", "Running", boolean}});
+  return {{"date", "Date"},         {"open", "Open", number},         {"high", "High", number},
+          {"low", "Low", number},   {"close", "Close", number},       {"volume", "Volume", number},
+          {"currency", "Currency"}, {"isRunning", "Running", boolean}};
+}
+
+Listing listingOf(const std::vector<Quote>& quotes, const EquityInfo& equity, bool isIntraday) {
+  Listing bars(barFields());
   const Date now = Date::now();
   const auto price = [](const std::optional<Decimal>& amount) {
     return amount ? amount->description() : "";
@@ -96,6 +95,7 @@ Command quotesCommand() {
               "A line for each bar, as delimited text where nothing else is asked for. Days are "
               "those of\nthe exchange, prices are in the currency of the equity. A bar that "
               "has not ended\nis still running.\n",
+          .listings = {{"", barFields()}},
           .run = &writeQuotes};
 }
 

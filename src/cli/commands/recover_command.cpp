@@ -24,6 +24,10 @@ fs::path freePlace(const fs::path& folder, const std::string& name) {
   return place;
 }
 
+std::vector<Listing::Field> recoveredFields() {
+  return {{"workspace", "Workspace"}, {"path", "Path"}};
+}
+
 void recover(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const fs::path folder = line.word(0);
@@ -38,7 +42,7 @@ void recover(const CommandLine& line, const Console& console) {
       .appMarketingVersion = info.shortVersion(),
       .temporaryDirectory = temporaryDirectory(console)};
   bool isAllWell = true;
-  Listing recovered({{"workspace", "Workspace"}, {"path", "Path"}});
+  Listing recovered(recoveredFields());
   std::size_t count = 0;
   for (auto& copy : WorkingCopy::findAbandoned(surroundings.temporaryDirectory)) {
     endIfInterrupted();
@@ -80,6 +84,7 @@ Command recoverCommand() {
           .explanation =
               "Each becomes a workspace “Recovered …” in FOLDER; nothing is replaced there. The "
               "file that\nit was opened from stays as it is. Their paths are written out.\n",
+          .listings = {{"", recoveredFields()}},
           .run = &recover};
 }
 

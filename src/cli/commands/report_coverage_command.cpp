@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <ranges>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/report_output.h"
@@ -86,14 +87,14 @@ class CoverageReport {
   std::vector<PortfolioPointer> portfolios_;
 };
 
+std::vector<Listing::Field> coverageFields() {
+  using enum Listing::Kind;
+  return {{"symbol", "Symbol"}, {"kind", "Kind"},         {"state", "State"}, {"from", "From"},
+          {"to", "To"},         {"days", "Days", number}, {"note", "Note"}};
+}
+
 Listing coverageListing(const std::vector<PriceCoverage>& coverages) {
-  Listing listing({{"symbol", "Symbol"},
-                   {"kind", "Kind"},
-                   {"state", "State"},
-                   {"from", "From"},
-                   {"to", "To"},
-                   {"days", "Days", Listing::Kind::number},
-                   {"note", "Note"}});
+  Listing listing(coverageFields());
   for (const PriceCoverage& each : coverages) {
     const std::string kind = each.isExchangeRate ? "rate" : "equity";
     for (const auto& [days, state] : each.stretches) {
@@ -125,7 +126,12 @@ void writeCoverage(const CommandLine& line, const Console& console) {
     return each.hasMissingDays() || each.problem;
   };
   if (fetches && std::ranges::any_of(coverages, isIncomplete)) {
-    throw Failed(exitCode::failure);  // The lines say what is missing, and why.
+    std::string symbols;
+    for (const PriceCoverage& each : coverages | std::views::filter(isIncomplete)) {
+      symbols += (symbols.empty() ? "" : ", ") + each.equity->symbol;
+    }
+    console.warn("Prices are still missing of " + symbols + ".");
+    throw Failed(exitCode::failure);
   }
 }
 
@@ -148,6 +154,7 @@ Command coverageCommand() {
               "  missing  not in the cache; --fetch asks for it\n"
               "  refused  the market has told no prices, for the reason in the note\n"
               "With --fetch the exit code is 1 where something is still missing.\n",
+          .listings = {{"", coverageFields()}},
           .run = &writeCoverage};
 }
 

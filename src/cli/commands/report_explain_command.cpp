@@ -79,9 +79,8 @@ void addLines(const TrailNode& node, int depth, bool isOfDeposits, ReportTable& 
   }
 }
 
-void writeTable(const TrailNode& trail, bool isOfDeposits, ListingFormat format,
-                std::ostream& out) {
-  constexpr Listing::Kind number = Listing::Kind::number;
+std::vector<Listing::Field> trailFields(bool isOfDeposits) {
+  using enum Listing::Kind;
   std::vector<Listing::Field> fields{{"depth", "Depth", number}, {"label", "Label"},
                                      {"operation", "Operation"}, {"value", "Value", number},
                                      {"unit", "Unit"},           {"day", "Day"},
@@ -89,7 +88,12 @@ void writeTable(const TrailNode& trail, bool isOfDeposits, ListingFormat format,
   if (isOfDeposits) {
     fields.push_back({"atRatesOfDays", "At Rates of Days", number});
   }
-  ReportTable table(std::move(fields));
+  return fields;
+}
+
+void writeTable(const TrailNode& trail, bool isOfDeposits, ListingFormat format,
+                std::ostream& out) {
+  ReportTable table(trailFields(isOfDeposits));
   addLines(trail, 0, isOfDeposits, table);
   table.write(format, out);
 }
@@ -276,6 +280,10 @@ void writeExplanation(const CommandLine& line, const Console& console) {
   } else {
     writeTable(*trail, what == "deposits", format, console.out);
   }
+  if (!trail->isKnown()) {
+    console.warn(trail->label +
+                 (trail->note.empty() ? " is not known." : ": " + trail->note + "."));
+  }
   if (!isComplete || !trail->isKnown()) {
     throw Failed(exitCode::failure);  // What is missing has been told.
   }
@@ -304,9 +312,8 @@ Command explainCommand() {
               "the latest prices and rates;\ndeposits stand at the rates of their own days as "
               "well. A return is the time-weighted one, told\nby the stretches between flows or "
               "with --days day by day, a money-return the money-weighted one\nwith each payment. "
-              "What lacks a price is named, and the exit code is then 1. --csv and --json\nwrite "
-              "depth, label, operation, value, unit, day, source and note, and atRatesOfDays for "
-              "deposits.\n",
+              "What lacks a price is named, and the exit code is then 1.\n",
+          .listings = {{"", trailFields(false)}, {"of deposits", trailFields(true)}},
           .run = &writeExplanation};
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <ranges>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/expected_income_question.h"
@@ -127,21 +128,25 @@ void writeProjection(const std::vector<ExpectedIncome>& expected, std::ostream& 
   }
 }
 
+std::vector<Listing::Field> paymentFields() {
+  using enum Listing::Kind;
+  return {{"date", "Date"},
+          {"portfolio", "Portfolio"},
+          {"symbol", "Symbol"},
+          {"kind", "Kind"},
+          {"shares", "Shares", number},
+          {"perShare", "Per Share", number},
+          {"amount", "Amount", number},
+          {"currency", "Currency"},
+          {"rate", "Rate", number},
+          {"equivalent", "Equivalent", number},
+          {"status", "Status"},
+          {"note", "Note"}};
+}
+
 void writePayments(const std::vector<IncomePayment>& payments, ListingFormat format,
                    std::ostream& out) {
-  constexpr Listing::Kind number = Listing::Kind::number;
-  ReportTable table({{"date", "Date"},
-                     {"portfolio", "Portfolio"},
-                     {"symbol", "Symbol"},
-                     {"kind", "Kind"},
-                     {"shares", "Shares", number},
-                     {"perShare", "Per Share", number},
-                     {"amount", "Amount", number},
-                     {"currency", "Currency"},
-                     {"rate", "Rate", number},
-                     {"equivalent", "Equivalent", number},
-                     {"status", "Status"},
-                     {"note", "Note"}});
+  ReportTable table(paymentFields());
   const auto text = [](const std::optional<Decimal>& figure) {
     return figure ? figure->description() : std::string();
   };
@@ -193,30 +198,38 @@ void writeIncome(const CommandLine& line, const Console& console) {
                                           : IncomePeriod::Length::year;
     writeIncomeByPeriod(income, length, today, console.out);
   }
-  if (std::ranges::any_of(expected, [](const auto& each) { return !each.rate; })) {
-    throw Failed(exitCode::failure);  // The lines say whose rate is missing.
+  const auto hasNoRate = [](const ExpectedIncome& each) { return !each.rate; };
+  for (const ExpectedIncome& each : expected | std::views::filter(hasNoRate)) {
+    console.warn(each.portfolio->name + ": no exchange rate for " + each.line.equity->symbol +
+                 ", what it may bring is left out.");
+  }
+  if (std::ranges::any_of(expected, hasNoRate)) {
+    throw Failed(exitCode::failure);
   }
 }
 
 }  // namespace
 
 Command incomeCommand() {
-  return {.name = "income",
-          .summary = "Shows what dividends and distributions have brought, and may bring.",
-          .words = {"WORKSPACE"},
-          .options = joined(
-              {{"--portfolio", "NAME", "the portfolio; else all of them"},
-               {"--by", "month|quarter|year|equity", "what a line stands for; else a month"},
-               {"--projected", "", "shows what the next twelve months are expected to bring"},
-               {"--return-of-capital", "", "counts returns of capital as income"}},
-              listingOptions(), priceSourceOptions()),
-          .explanation =
-              "Income is that of the ledger's rows at the equivalents entered there, net of what "
-              "was withheld.\nThe projection places each dividend of the last twelve months a "
-              "year later, on the shares of today\nand at today's rate, and assumes no growth. "
-              "Yields are payments of the last twelve months on the\nshares of today, as a part "
-              "of cost base and value.\n",
-          .run = &writeIncome};
+  return {
+      .name = "income",
+      .summary = "Shows what dividends and distributions have brought, and may bring.",
+      .words = {"WORKSPACE"},
+      .options =
+          joined({{"--portfolio", "NAME", "the portfolio; else all of them"},
+                  {"--by", "month|quarter|year|equity", "what a line stands for; else a month"},
+                  {"--projected", "", "shows what the next twelve months are expected to bring"},
+                  {"--return-of-capital", "", "counts returns of capital as income"}},
+                 listingOptions(), priceSourceOptions()),
+      .explanation =
+          "Income is that of the ledger's rows at the equivalents entered there, net of what "
+          "was withheld.\nThe projection places each dividend of the last twelve months a "
+          "year later, on the shares of today\nand at today's rate, and assumes no growth. "
+          "Yields are payments of the last twelve months on the\nshares of today, as a part "
+          "of cost base and value. What lacks an exchange rate is left out, and the exit code is "
+          "then 1.\n",
+      .listings = {{"", paymentFields()}},
+      .run = &writeIncome};
 }
 
 }  // namespace corvane::cli

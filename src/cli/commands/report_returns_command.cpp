@@ -167,19 +167,23 @@ void writeGrid(const std::vector<YearOfReturns>& grid, std::ostream& out) {
   out << "* a part of it\n";
 }
 
+std::vector<Listing::Field> dayFields() {
+  using enum Listing::Kind;
+  return {{"date", "Date"},
+          {"value", "Value", number},
+          {"inflow", "Inflow", number},
+          {"outflow", "Outflow", number},
+          {"dailyReturn", "Return", number},
+          {"index", "Index", number},
+          {"benchmarkIndex", "Benchmark", number},
+          {"drawdown", "Drawdown", number},
+          {"note", "Note"}};
+}
+
 /// The days for programs: amounts with all their digits, returns as fractions of 1.
 void writeDays(const ReturnsReport& report, const std::optional<BenchmarkReturn>& benchmark,
                ListingFormat format, std::ostream& out) {
-  constexpr Listing::Kind number = Listing::Kind::number;
-  ReportTable table({{"date", "Date"},
-                     {"value", "Value", number},
-                     {"inflow", "Inflow", number},
-                     {"outflow", "Outflow", number},
-                     {"dailyReturn", "Return", number},
-                     {"index", "Index", number},
-                     {"benchmarkIndex", "Benchmark", number},
-                     {"drawdown", "Drawdown", number},
-                     {"note", "Note"}});
+  ReportTable table(dayFields());
   const auto text = [](double value) { return Decimal::fromDouble(value).description(); };
   auto measured = report.timeWeighted.days.begin();
   double peak = 1;
@@ -249,7 +253,11 @@ void writeReturns(const CommandLine& line, const Console& console) {
   bool isComplete = true;
   const ReturnsReport report = reportOf(question, manager.calendar, console, isComplete);
   if (!report.timeWeighted.total) {
-    console.out << "Nothing was held in these days.\n";
+    if (const ListingFormat format = listingFormat(line); format != ListingFormat::table) {
+      ReportTable(dayFields()).write(format, console.out);
+    } else {
+      console.out << "Nothing was held in these days.\n";
+    }
   } else {
     const auto benchmark =
         benchmarkOf(line, question, report.series.currency, *manager.quoteProvider, console);
@@ -288,8 +296,8 @@ Command returnsCommand() {
               "Money-weighted returns are the rate at which the\nowner's payments have grown, on "
               "actual days of a year of 365. Figures a year are shown for more\nthan 366 days. "
               "What has no price is left out with a warning, and the exit code is then 1. "
-              "--csv and --json write\nthe days: date, value, inflow, outflow, dailyReturn, index, "
-              "benchmarkIndex, drawdown, note.\n",
+              "--csv and --json write\nthe days.\n",
+          .listings = {{"", dayFields()}},
           .run = &writeReturns};
 }
 

@@ -16,25 +16,28 @@
 namespace corvane::cli {
 namespace {
 
-constexpr Listing::Kind numeric = Listing::Kind::number;
+std::vector<Listing::Field> disposalFields() {
+  using enum Listing::Kind;
+  return {{"settlement", "Settlement"},
+          {"tradeDate", "Trade Date"},
+          {"portfolio", "Portfolio"},
+          {"symbol", "Symbol"},
+          {"shares", "Shares", number},
+          {"proceeds", "Proceeds", number},
+          {"currency", "Currency"},
+          {"rate", "Rate", number},
+          {"equivalent", "In Primary", number},
+          {"costBase", "Cost Base", number},
+          {"ledgerGain", "Ledger Gain", number},
+          {"denied", "Denied", number},
+          {"addedTo", "Added To"},
+          {"taxGain", "Tax Gain", number},
+          {"primaryCurrency", "Primary"},
+          {"note", "Note"}};
+}
 
 ReportTable disposalsTable(const TaxYear& year) {
-  ReportTable table({{"settlement", "Settlement"},
-                     {"tradeDate", "Trade Date"},
-                     {"portfolio", "Portfolio"},
-                     {"symbol", "Symbol"},
-                     {"shares", "Shares", numeric},
-                     {"proceeds", "Proceeds", numeric},
-                     {"currency", "Currency"},
-                     {"rate", "Rate", numeric},
-                     {"equivalent", "In Primary", numeric},
-                     {"costBase", "Cost Base", numeric},
-                     {"ledgerGain", "Ledger Gain", numeric},
-                     {"denied", "Denied", numeric},
-                     {"addedTo", "Added To"},
-                     {"taxGain", "Tax Gain", numeric},
-                     {"primaryCurrency", "Primary"},
-                     {"note", "Note"}});
+  ReportTable table(disposalFields());
   for (const TaxYear::Disposal& line : year.disposals) {
     const Currency& primary = line.place.portfolio->primaryCurrency();
     const auto money = [&](const Decimal& amount) { return moneyText(amount, primary); };
@@ -51,15 +54,20 @@ ReportTable disposalsTable(const TaxYear& year) {
   return table;
 }
 
+std::vector<Listing::Field> totalFields() {
+  using enum Listing::Kind;
+  return {{"symbol", "Symbol"},
+          {"currency", "Currency"},
+          {"proceeds", "Proceeds", number},
+          {"costBase", "Cost Base", number},
+          {"gains", "Gains", number},
+          {"losses", "Losses", number},
+          {"denied", "Denied", number},
+          {"net", "Net", number}};
+}
+
 ReportTable totalsTable(const TaxYear& year) {
-  ReportTable table({{"symbol", "Symbol"},
-                     {"currency", "Currency"},
-                     {"proceeds", "Proceeds", numeric},
-                     {"costBase", "Cost Base", numeric},
-                     {"gains", "Gains", numeric},
-                     {"losses", "Losses", numeric},
-                     {"denied", "Denied", numeric},
-                     {"net", "Net", numeric}});
+  ReportTable table(totalFields());
   for (const TaxYear::Totals& line : year.totals) {
     const auto money = [&](const Decimal& amount) { return moneyText(amount, line.currency); };
     const auto add = line.equity == nullptr ? &ReportTable::addTotal : &ReportTable::add;
@@ -73,13 +81,18 @@ ReportTable totalsTable(const TaxYear& year) {
   return table;
 }
 
+std::vector<Listing::Field> taxIncomeFields() {
+  using enum Listing::Kind;
+  return {{"symbol", "Symbol"},
+          {"kind", "Kind"},
+          {"amount", "Amount", number},
+          {"currency", "Currency"},
+          {"equivalent", "Equivalent", number},
+          {"primaryCurrency", "Primary"}};
+}
+
 ReportTable taxIncomeTable(const TaxYear& year) {
-  ReportTable table({{"symbol", "Symbol"},
-                     {"kind", "Kind"},
-                     {"amount", "Amount", numeric},
-                     {"currency", "Currency"},
-                     {"equivalent", "Equivalent", numeric},
-                     {"primaryCurrency", "Primary"}});
+  ReportTable table(taxIncomeFields());
   std::map<std::pair<std::string, std::string>, std::pair<Currency, Decimal>> sums;
   for (const TaxYear::Income& line : year.income) {
     const Currency& primary = line.equivalent.currency;
@@ -101,12 +114,17 @@ ReportTable taxIncomeTable(const TaxYear& year) {
   return table;
 }
 
+std::vector<Listing::Field> checkFields() {
+  using enum Listing::Kind;
+  return {{"settlement", "Settlement"},
+          {"portfolio", "Portfolio"},
+          {"row", "Row", number},
+          {"symbol", "Symbol"},
+          {"toCheck", "To Check"}};
+}
+
 ReportTable checkTable(const TaxYear& year) {
-  ReportTable table({{"settlement", "Settlement"},
-                     {"portfolio", "Portfolio"},
-                     {"row", "Row", numeric},
-                     {"symbol", "Symbol"},
-                     {"toCheck", "To Check"}});
+  ReportTable table(checkFields());
   const auto add = [&](const TaxRowPlace& place, const std::string& what) {
     table.add({isoText(place.settlement), place.portfolio->name, std::to_string(place.position + 1),
                place.equity->symbol, what});
@@ -122,11 +140,16 @@ ReportTable checkTable(const TaxYear& year) {
   return table;
 }
 
+std::vector<Listing::Field> costFields() {
+  using enum Listing::Kind;
+  return {{"symbol", "Symbol"},
+          {"shares", "Shares at End", number},
+          {"costBase", "Cost Base at End", number},
+          {"currency", "Currency"}};
+}
+
 ReportTable costsTable(const TaxYear& year) {
-  ReportTable table({{"symbol", "Symbol"},
-                     {"shares", "Shares at End", numeric},
-                     {"costBase", "Cost Base at End", numeric},
-                     {"currency", "Currency"}});
+  ReportTable table(costFields());
   for (const TaxYear::CostAtEnd& cost : year.costs) {
     table.add({cost.equity->symbol, cost.pool.shares.description(),
                moneyText(cost.pool.cost, cost.currency), std::string(cost.currency.code)});
@@ -160,6 +183,16 @@ Decimal worthOf(const Decimal& shares, const EquityPointer& equity, const Curren
   return roundedToMinorUnits(shares * *equity->recentPrice * *rate, currency);
 }
 
+std::vector<Listing::Field> saleFields() {
+  using enum Listing::Kind;
+  return {{"portfolio", "Portfolio"},       {"symbol", "Symbol"},
+          {"shares", "Shares", number},     {"held", "Held", number},
+          {"proceeds", "Proceeds", number}, {"costBase", "Cost Base", number},
+          {"gain", "Gain", number},         {"denied", "Denied", number},
+          {"addedTo", "Added To"},          {"taxGain", "Tax Gain", number},
+          {"primaryCurrency", "Primary"}};
+}
+
 /// What a sale of --if-sold would come to today.
 void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
                        const TaxYearQuestion& question,
@@ -177,6 +210,8 @@ void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
   if (!proceeds) {
     refreshEquities(*manager.quoteProvider, {equity}, console);
   }
+  const ListingFormat format = listingFormat(line);
+  ReportTable all(saleFields());
   bool isHeld = false;
   for (const Currency& currency : primaryCurrencies(manager.portfolios())) {
     const auto brought = proceeds ? proceeds : worthOf(*shares, equity, currency, manager, console);
@@ -188,30 +223,31 @@ void writeSaleEstimate(const CommandLine& line, const WorkspaceFile& workspace,
     isHeld = true;
     const TaxDisposal& tax = estimate->tax;
     const auto money = [&](const Decimal& amount) { return moneyText(amount, currency); };
-    ReportTable table({{"portfolio", "Portfolio"},
-                       {"symbol", "Symbol"},
-                       {"shares", "Shares", numeric},
-                       {"held", "Held", numeric},
-                       {"proceeds", "Proceeds", numeric},
-                       {"costBase", "Cost Base", numeric},
-                       {"gain", "Gain", numeric},
-                       {"denied", "Denied", numeric},
-                       {"addedTo", "Added To"},
-                       {"taxGain", "Tax Gain", numeric},
-                       {"primaryCurrency", "Primary"}});
-    table.add({estimate->place.portfolio->name, equity->symbol, shares->description(),
-               estimate->held.description(), money(*brought), money(tax.costDisposed),
-               money(tax.gain), money(tax.superficial.denied), estimate->addedTo,
-               money(tax.taxGain), std::string(currency.code)});
-    const ListingFormat format = listingFormat(line);
-    table.write(format, console.out);
+    const std::vector<std::string> cells = {estimate->place.portfolio->name,
+                                            equity->symbol,
+                                            shares->description(),
+                                            estimate->held.description(),
+                                            money(*brought),
+                                            money(tax.costDisposed),
+                                            money(tax.gain),
+                                            money(tax.superficial.denied),
+                                            estimate->addedTo,
+                                            money(tax.taxGain),
+                                            std::string(currency.code)};
+    all.add(cells);
     if (format == ListingFormat::table) {
+      ReportTable table(saleFields());
+      table.add(cells);
+      table.write(format, console.out);
       console.out << "\nToday, " << estimate->text() << ". Purchases until "
                   << isoText(tax.superficial.to) << " may change it. This is no tax advice.\n";
     }
   }
   if (!isHeld) {
     throw UsageError("Nothing of “" + equity->symbol + "” is held.");
+  }
+  if (format != ListingFormat::table) {
+    all.write(format, console.out);  // one array, whatever the number of currencies
   }
 }
 
@@ -272,9 +308,10 @@ void writeTaxYear(const CommandLine& line, const Console& console) {
       {"disposals", &disposalsTable},
       {"totals", &totalsTable},
       {"income", &taxIncomeTable},
-      {"check", &checkTable}};
+      {"check", &checkTable},
+      {"costs", &costsTable}};
   if (!section.empty() && !sections.contains(section)) {
-    throw UsageError("--section is none of disposals, totals, income and check.");
+    throw UsageError("--section is none of disposals, totals, income, check and costs.");
   }
   const bool needsPrices = line.has("--if-sold") && !line.has("--proceeds");
   std::optional<PriceSource> prices;
@@ -296,11 +333,14 @@ void writeTaxYear(const CommandLine& line, const Console& console) {
     return;
   }
   const TaxYear year = taxYear(portfolios, question, calendar);
+  const ListingFormat format = listingFormat(line);
   if (line.has("--record-adjustments")) {
+    if (format != ListingFormat::table) {
+      throw UsageError("--csv and --json go with what is shown, not with --record-adjustments.");
+    }
     recordAdjustments(workspace, year, question, portfolios, console);
     return;
   }
-  const ListingFormat format = listingFormat(line);
   if (!section.empty() || format != ListingFormat::table) {
     sections.at(section.empty() ? "disposals" : section)(year).write(format, console.out);
     return;
@@ -324,8 +364,8 @@ Command taxCommand() {
             "none canada unitedKingdom"},
            {"--person", "NAME", "whose year; else your own"},
            {"--trade-dates", "", "counts by trade dates; else as the workspace says"},
-           {"--section", "NAME", "disposals, totals, income or check alone", false, false,
-            "disposals totals income check"},
+           {"--section", "NAME", "disposals, totals, income, check or costs alone", false, false,
+            "disposals totals income check costs"},
            {"--registered", "PORTFOLIO", "is a registered account", false, true},
            {"--affiliated", "PORTFOLIO=PERSON", "is that of somebody affiliated", false, true},
            {"--not-mine", "PORTFOLIO", "plays no part", false, true},
@@ -348,6 +388,12 @@ Command taxCommand() {
           "options here\nhold for one run. --record-adjustments changes the workspace; a loss that "
           "is booked already is\nnot booked again. Prices are needed for --if-sold alone. This is "
           "no tax advice.\n",
+      .listings = {{"", disposalFields()},
+                   {"with --section totals", totalFields()},
+                   {"with --section income", taxIncomeFields()},
+                   {"with --section check", checkFields()},
+                   {"with --section costs", costFields()},
+                   {"with --if-sold", saleFields()}},
       .run = &writeTaxYear};
 }
 

@@ -167,17 +167,7 @@ void writePreview(const StatementPreview& preview, const Calendar& calendar, Lis
   if (format == ListingFormat::table) {
     writeHeading(preview, console);
   }
-  using enum Listing::Kind;
-  const Listing lines({{"line", "Line", number},
-                       {"verdict", "Verdict"},
-                       {"day", "Day"},
-                       {"kind", "Kind"},
-                       {"symbol", "Symbol"},
-                       {"shares", "Shares", number},
-                       {"amount", "Amount", number},
-                       {"currency", "Currency"},
-                       {"rate", "Rate"},
-                       {"reason", "Reason"}});
+  const Listing lines(statementPreviewFields());
   const std::vector<std::uint32_t> order = preview.reading.rows.byLine();
   lines.write(format, console.out, order.size(), [&](std::size_t place) {
     const StatementRow row = preview.reading.rows[order[place]];
@@ -364,6 +354,20 @@ void record(StatementRun& run, const StatementPreview& preview, WorkspaceFile& w
 }
 
 }  // namespace
+
+std::vector<Listing::Field> statementPreviewFields() {
+  using enum Listing::Kind;
+  return {{"line", "Line", number},
+          {"verdict", "Verdict"},
+          {"day", "Day"},
+          {"kind", "Kind"},
+          {"symbol", "Symbol"},
+          {"shares", "Shares", number},
+          {"amount", "Amount", number},
+          {"currency", "Currency"},
+          {"rate", "Rate"},
+          {"reason", "Reason"}};
+}
 
 void importStatementByLayout(const CommandLine& line, const Console& console) {
   const bool usesMarket = line.value("--rates") == "market" || line.has("--find-symbols");

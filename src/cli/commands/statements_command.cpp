@@ -5,6 +5,10 @@
 namespace corvane::cli {
 namespace {
 
+std::vector<Listing::Field> layoutFields() {
+  return {{"layout", "Layout"}, {"name", "Statements"}};
+}
+
 void listProfiles(const CommandLine& line, const Console& console) {
   if (const auto file = line.value("--check")) {
     const StatementProfile profile = readProfile(*file);
@@ -13,7 +17,7 @@ void listProfiles(const CommandLine& line, const Console& console) {
   }
   const ListingFormat format = listingFormat(line);
   const ProfileShelf shelf = ProfileShelf::standard();
-  Listing layouts({{"layout", "Layout"}, {"name", "Statements"}});
+  Listing layouts(layoutFields());
   for (const StatementProfile& profile : shelf.profiles) {
     layouts.add({profile.id, profile.name});
   }
@@ -38,6 +42,7 @@ Command statementsCommand() {
       .explanation =
           "A layout is a TOML file. Your own go into ~/.config/corvane/statements; one with "
           "the\nname of a layout that comes with the program replaces it.\n",
+      .listings = {{"", layoutFields()}},
       .run = &listProfiles};
 }
 

@@ -51,12 +51,17 @@ PortfolioTaxRole roleOf(const CommandLine& line) {
   return {*role, person, line.has("--registered-account")};
 }
 
+std::vector<Listing::Field> roleFields() {
+  using enum Listing::Kind;
+  return {{"portfolio", "Portfolio"},
+          {"role", "Role"},
+          {"person", "Person"},
+          {"registeredAccount", "Registered Account", boolean},
+          {"proposedRole", "Proposed"}};
+}
+
 void writePortfolios(const WorkspaceModel& model, ListingFormat format, std::ostream& out) {
-  Listing listing({{"portfolio", "Portfolio"},
-                   {"role", "Role"},
-                   {"person", "Person"},
-                   {"registeredAccount", "Registered Account", Listing::Kind::boolean},
-                   {"proposedRole", "Proposed"}});
+  Listing listing(roleFields());
   for (const PortfolioPointer& portfolio : model.portfolios()) {
     const auto role = model.taxRoleOf(portfolio);
     const auto proposed = role ? std::nullopt : proposedTaxRole(portfolio->name);
@@ -130,6 +135,7 @@ Command taxSettingsCommand() {
           "portfolio\nwhose role nobody has set counts as taxable; a role is proposed where its "
           "name tells of a\nregistered account, and never set by itself. --csv and --json write "
           "the portfolios.\n",
+      .listings = {{"", roleFields()}},
       .run = &showOrChange};
 }
 

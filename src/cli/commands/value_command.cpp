@@ -26,6 +26,15 @@ void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
   }
 }
 
+std::vector<Listing::Field> valueFields() {
+  using enum Listing::Kind;
+  return {{"portfolio", "Portfolio"},
+          {"currency", "Currency"},
+          {"netDeposited", "Deposited", number},
+          {"value", "Value", number},
+          {"gain", "Gain", number}};
+}
+
 void writeValues(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const PriceSource prices(line);
@@ -33,12 +42,7 @@ void writeValues(const CommandLine& line, const Console& console) {
   const PortfolioManager& manager = *workspace.manager();
   refreshHoldings(manager, *prices.provider(), console);
 
-  using enum Listing::Kind;
-  Listing values({{"portfolio", "Portfolio"},
-                  {"currency", "Currency"},
-                  {"netDeposited", "Deposited", number},
-                  {"value", "Value", number},
-                  {"gain", "Gain", number}});
+  Listing values(valueFields());
   bool isComplete = true;
   for (const PortfolioPointer& portfolio : manager.portfolios()) {
     try {
@@ -69,6 +73,7 @@ Command valueCommand() {
           .explanation =
               "Amounts are in the portfolio's own currency. A portfolio for which a price "
               "or a rate is\nmissing is left out, and the exit code is then 1.\n",
+          .listings = {{"", valueFields()}},
           .run = &writeValues};
 }
 

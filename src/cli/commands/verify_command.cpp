@@ -31,6 +31,14 @@ std::optional<std::string> missingPart(const std::filesystem::path& path) {
   return std::nullopt;
 }
 
+std::vector<Listing::Field> verdictFields() {
+  using enum Listing::Kind;
+  return {{"portfolio", "Portfolio"},
+          {"transactions", "Transactions", number},
+          {"isRight", "Right", boolean},
+          {"problem", "Problem"}};
+}
+
 /// What a reader sees of each portfolio at once; data is written when all have been looked at.
 void verify(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
@@ -45,11 +53,7 @@ void verify(const CommandLine& line, const Console& console) {
     console.warn(*missing);
     isAllWell = false;
   }
-  using enum Listing::Kind;
-  Listing verdicts({{"portfolio", "Portfolio"},
-                    {"transactions", "Transactions", number},
-                    {"isRight", "Right", boolean},
-                    {"problem", "Problem"}});
+  Listing verdicts(verdictFields());
   const auto tell = [&](const std::string& text) {
     if (format == ListingFormat::table) {
       console.out << text << '\n';
@@ -91,6 +95,7 @@ Command verifyCommand() {
           "Balances are compared with a walk over the transactions, and so are the yearly totals "
           "in the\nfile. Nothing is changed. The exit code is 0 when everything is right. As data, "
           "a portfolio that\nis not right has its problem with it.\n",
+      .listings = {{"", verdictFields()}},
       .run = &verify};
 }
 

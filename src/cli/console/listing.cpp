@@ -90,6 +90,10 @@ void Listing::writeCSV(std::ostream& out, std::size_t count, const RowMaker& mak
 }
 
 void Listing::writeJSON(std::ostream& out, std::size_t count, const RowMaker& makeRow) const {
+  if (count == 0) {
+    out << "[]\n";
+    return;
+  }
   out << '[';
   const char* separator = "\n";
   for (std::size_t row = 0; row < count; ++row) {

@@ -12,6 +12,7 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "platform/text/unicode/isolation.h"
 
 namespace corvane::desktop {
 namespace {
@@ -66,9 +67,11 @@ class PieRing : public QWidget {
     const double y = (help->pos().y() - height() / 2.0) / radius;
     const PieSlice* slice =
         std::hypot(x, y) >= holeShare(pie_, radius) ? pie_.sliceAt(x, y) : nullptr;
-    QToolTip::showText(
-        help->globalPos(),
-        slice != nullptr ? qtText(slice->label + " " + slice->percentText) : QString(), this);
+    QToolTip::showText(help->globalPos(),
+                       slice != nullptr
+                           ? qtText(isolatedName(slice->label) + " " + slice->percentText)
+                           : QString(),
+                       this);
     return true;
   }
 

@@ -19,6 +19,7 @@
 #include "desktop/look/alert_box.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "platform/text/unicode/isolation.h"
 
 namespace corvane::desktop {
 namespace {
@@ -151,9 +152,9 @@ void ExplanationPanel::resizeEvent(QResizeEvent* event) {
 void ExplanationPanel::addNode(const TrailNode& node, QTreeWidgetItem* parent, int depth) {
   auto* item = new QTreeWidgetItem(parent);
   const QString operation = qtText(ExplanationViewController::operationText(node));
-  item->setText(labelColumn, qtText(node.label));
+  item->setText(labelColumn, qtText(isolatingQuotedNames(node.label)));
   item->setText(valueColumn, qtText(ExplanationViewController::valueText(node)));
-  const QString source = qtText(ExplanationViewController::sourceText(node));
+  const QString source = qtText(isolatingQuotedNames(ExplanationViewController::sourceText(node)));
   item->setText(sourceColumn, operation.isEmpty() || source.isEmpty()
                                   ? operation + source
                                   : operation + QStringLiteral("; ") + source);
@@ -163,7 +164,7 @@ void ExplanationPanel::addNode(const TrailNode& node, QTreeWidgetItem* parent, i
     item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     item->setFont(column, theme::monospacedFont());
   }
-  item->setToolTip(labelColumn, qtText(node.label));
+  item->setToolTip(labelColumn, qtText(isolatingQuotedNames(node.label)));
   item->setToolTip(sourceColumn, item->text(sourceColumn));
   item->setData(labelColumn, nodeRole, QVariant::fromValue(static_cast<const void*>(&node)));
   if (ExplanationViewController::hasRow(node)) {

@@ -6,12 +6,14 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 #include "exchange/strict/number_form.h"
 #include "exchange/strict/statement_error.h"
 #include "exchange/strict/statement_text.h"
 #include "platform/data/ofx.h"
+#include "platform/text/unicode/letter_case.h"
 
 namespace corvane {
 namespace {
@@ -101,14 +103,14 @@ class OFXGatherer : public OFXHandler {
       return;
     }
     if (open_) {
-      open_->fields.emplace(name, text);
+      open_->fields.emplace(name, name == "CURSYM" ? uppercased(text) : text);
     } else if (security_) {
       security_->emplace(name, text);
     } else if (status_) {
       statusLine_ = line;
       status_->emplace(name, text);
     } else if (name == "CURDEF") {
-      currency_ = text;
+      currency_ = uppercased(text);
     } else if (name == "ACCTID" && parent.ends_with("ACCTFROM")) {
       account_ = text;
       accounts.insert(text);
@@ -414,6 +416,26 @@ std::string titleOf(const OFXGatherer& file, const OFXHeader& header) {
   return title + ", " + std::to_string(count) + (count == 1 ? " transaction." : " transactions.");
 }
 
+/// The lines of rows that tell a transaction of the same account once more, with that of the first.
+/// What a transaction has become, such as a payment and the purchase for it, differs in its words.
+std::map<std::uint32_t, std::uint32_t> repetitionsIn(const std::vector<OFXRows::Row>& rows) {
+  std::map<std::uint32_t, std::uint32_t> repetitions;
+  std::unordered_map<std::string, std::uint32_t> lines;
+  for (const OFXRows::Row& row : rows) {
+    if (fieldIn(row.cells, "FITID").empty()) {
+      continue;
+    }
+    std::string key;
+    for (const char* column : {"ACCTID", "FITID", "transaction", "detail"}) {
+      key += fieldIn(row.cells, column) + '\n';
+    }
+    if (const auto [first, isFirst] = lines.emplace(std::move(key), row.line); !isFirst) {
+      repetitions.emplace(row.line, first->second);
+    }
+  }
+  return repetitions;
+}
+
 }  // namespace
 
 OFXStatement readOFX(std::string_view bytes, const Currency& primaryCurrency) {
@@ -434,8 +456,10 @@ OFXStatement readOFX(std::string_view bytes, const Currency& primaryCurrency) {
     throw StatementError(file.problemLine, "", "the bank reports “" + file.problem + "”.");
   }
   std::vector<OFXRows::Row> rows = OFXRows(file, primaryCurrency).read();
-  OFXStatement statement{
-      .table = {}, .encoding = text.encoding, .remarks = {titleOf(file, header)}};
+  OFXStatement statement{.table = {},
+                         .encoding = text.encoding,
+                         .remarks = {titleOf(file, header)},
+                         .repetitions = {}};
   std::uint32_t line = 1;
   const auto isBehind = [](const OFXRows::Row& one, const OFXRows::Row& next) {
     return one.line >= next.line;
@@ -449,6 +473,7 @@ OFXStatement readOFX(std::string_view bytes, const Currency& primaryCurrency) {
         "Several transactions stand on one line. They are counted, from 2 on, and called by that "
         "number.");
   }
+  statement.repetitions = repetitionsIn(rows);
   writeTableLine(statement.table, [](std::string_view column) { return column; });
   line = 2;
   for (const OFXRows::Row& row : rows) {

@@ -1,6 +1,8 @@
 // Statements in OFX and QFX, which tell by tags what others tell by columns.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +21,9 @@ struct OFXStatement {
   std::string table;
   TextEncoding encoding = TextEncoding::utf8;
   std::vector<std::string> remarks;  ///< sentences for the preview
+  /// Lines that repeat a transaction of the same account: its number, day and amount stand there
+  /// for a second time. To each belongs the line where they stood first.
+  std::map<std::uint32_t, std::uint32_t> repetitions;
 };
 
 /// Reads `bytes`. `primaryCurrency` is that of the portfolio: rates into another one are of no use.

@@ -1,6 +1,8 @@
 #include "exchange/statements/statement_preview.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
@@ -53,6 +55,20 @@ StatementOptions withRemembered(const StatementOptions& options, const std::stri
     said.accounts = accounts->second;
   }
   return said;
+}
+
+/// Says of rows that tell a transaction of the file once more that it is there already.
+void stopRepetitions(StatementRows& rows,
+                     const std::map<std::uint32_t, std::uint32_t>& repetitions) {
+  for (std::size_t row = 0; row < rows.size() && !repetitions.empty(); ++row) {
+    const auto first = repetitions.find(rows.line(row));
+    const RowVerdict verdict = rows.verdict(row);
+    if (first != repetitions.end() &&
+        (verdict == RowVerdict::isNew || verdict == RowVerdict::asks)) {
+      rows.stop(row, {.verdict = RowVerdict::present,
+                      .reason = "it is the transaction of line " + std::to_string(first->second)});
+    }
+  }
 }
 
 }  // namespace
@@ -123,6 +139,9 @@ StatementPreview previewStatement(
       preview.reading.remarks.push_back("The same file was imported on " + import.day + ".");
       break;
     }
+  }
+  if (ofx) {
+    stopRepetitions(preview.reading.rows, ofx->repetitions);
   }
   matchWithLedger(preview.reading.rows, *portfolio, manager->calendar, preview.file, earlier, said);
   tryOnLedger(preview.reading.rows, *portfolio, part(0.7, 1.0));

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "platform/text/unicode/isolation.h"
+
 namespace corvane {
 namespace {
 
@@ -31,7 +33,7 @@ std::string PieChartView::accessibleText() const {
   std::string text;
   // The largest share, drawn last, is what a listener wants to hear first.
   for (auto slice = slices.rbegin(); slice != slices.rend(); ++slice) {
-    text += (text.empty() ? "" : ", ") + slice->label + " " + slice->percentText;
+    text += (text.empty() ? "" : ", ") + isolatedName(slice->label) + " " + slice->percentText;
   }
   return text;
 }

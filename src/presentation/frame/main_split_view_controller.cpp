@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/overloaded.h"
+#include "platform/text/unicode/isolation.h"
 
 namespace corvane {
 namespace {
@@ -259,7 +260,7 @@ std::unique_ptr<EditPortfolioViewController> MainSplitViewController::makeCreate
 void MainSplitViewController::deletePortfolio(const PortfolioPointer& portfolio) {
   constexpr std::size_t deleteButton = 0;
   surroundings_.showAlert(
-      {.messageText = "Are you sure you wish to delete “" + portfolio->name + "”?",
+      {.messageText = "Are you sure you wish to delete “" + isolatedName(portfolio->name) + "”?",
        .informativeText =
            "All transaction data will be permanently removed. This action cannot be undone.",
        .buttons = {"Delete", "Cancel"}},

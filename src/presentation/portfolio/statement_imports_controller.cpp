@@ -6,6 +6,7 @@
 
 #include "exchange/statements/ledger_matching.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/text/unicode/isolation.h"
 
 namespace corvane {
 namespace {
@@ -71,7 +72,7 @@ void StatementImportsController::takeBackAction(std::size_t row) {
   }
   const std::size_t gone = imports_[row].transactionCount() - left_[row];
   DocumentAlert alert;
-  alert.messageText = "Take back the import of “" + imports_[row].file + "”?";
+  alert.messageText = "Take back the import of “" + isolatedName(imports_[row].file) + "”?";
   alert.informativeText = "This deletes " + transactionsText(left_[row]) + " of the portfolio.";
   if (gone > 0) {
     alert.informativeText +=

@@ -11,6 +11,7 @@
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/overloaded.h"
 #include "platform/system/file_manager.h"
+#include "platform/text/unicode/isolation.h"
 
 namespace corvane {
 namespace {
@@ -309,8 +310,8 @@ StatementPreviewController::Question StatementPreviewController::questionFor(
                     .takesOtherAnswers = true,
                     .answer = asked.proposal};
   if (asked.about == RowQuestion::About::symbol) {
-    question.text = "Which symbol has “" + asked.subject + "”?";
-    question.text += asked.name.empty() ? "" : " (" + asked.name + ")";
+    question.text = "Which symbol has “" + isolatedName(asked.subject) + "”?";
+    question.text += asked.name.empty() ? "" : " (" + isolatedName(asked.name) + ")";
     if (const auto found = finds_.find(asked.subject); found != finds_.end()) {
       for (const SymbolFind& find : found->second) {
         question.choices.push_back({find.symbol, find.description()});
@@ -320,7 +321,7 @@ StatementPreviewController::Question StatementPreviewController::questionFor(
     question.text = "Which currency is the account in?";
     question.answer = std::string(portfolio_->primaryCurrency().code);
   } else {
-    question.text = "What does “" + asked.subject + "” mean?";
+    question.text = "What does “" + isolatedName(asked.subject) + "” mean?";
     question.takesOtherAnswers = false;
     for (const auto& [kind, title] : kindTitles) {
       question.choices.push_back({std::string(rawValue(kind)), std::string(title)});
@@ -334,8 +335,8 @@ void StatementPreviewController::findDoubts() {
     const auto found = finds_.find(doubt.subject);
     const auto likely = found == finds_.end() ? std::nullopt : likelySymbol(doubt, found->second);
     if (likely) {
-      Question question{.text = "“" + doubt.subject + "” has no prices in " + doubt.currency +
-                                ". Which symbol is meant?",
+      Question question{.text = "“" + isolatedName(doubt.subject) + "” has no prices in " +
+                                doubt.currency + ". Which symbol is meant?",
                         .key = doubt.subject,
                         .rows = {},
                         .about = RowQuestion::About::symbol,
@@ -433,15 +434,15 @@ void StatementPreviewController::setAccount(const std::optional<std::string>& ac
 
 std::string StatementPreviewController::summary() const {
   if (!problem_.empty()) {
-    return problem_;
+    return isolatingQuotedNames(problem_);
   }
-  std::string text =
-      "“" + filename_ + "” is “" + preview_.profileName + "”, " + preview_.encodingName + ".";
+  std::string text = "“" + isolatedName(filename_) + "” is “" + isolatedName(preview_.profileName) +
+                     "”, " + preview_.encodingName + ".";
   for (const std::string& remark : preview_.reading.remarks) {
-    text += "\n" + remark;
+    text += "\n" + isolatingQuotedNames(remark);
   }
   for (const std::string& problem : rateProblems_) {
-    text += "\n" + problem;
+    text += "\n" + isolatingQuotedNames(problem);
   }
   if (isFetchingRates_) {
     text += "\nLooking up exchange rates…";

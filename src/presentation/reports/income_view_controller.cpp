@@ -5,6 +5,7 @@
 
 #include "exchange/exports/report_lines_exporter.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/text/unicode/isolation.h"
 #include "presentation/reports/income_tables.h"
 
 namespace corvane {
@@ -221,7 +222,9 @@ void IncomeViewController::openMonthRow(std::size_t row) {
 }
 
 std::string IncomeViewController::title() const {
-  return scope_.portfolios.empty() ? "" : scope_.name + ", in " + std::string(currency_.code);
+  return scope_.portfolios.empty()
+             ? ""
+             : isolatedName(scope_.name) + ", in " + std::string(currency_.code);
 }
 
 std::shared_ptr<PortfolioExporter> IncomeViewController::makeExporter() const {

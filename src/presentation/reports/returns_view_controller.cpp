@@ -5,6 +5,7 @@
 
 #include "exchange/exports/report_lines_exporter.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/text/unicode/isolation.h"
 #include "presentation/reports/returns_tables.h"
 #include "reports/series/report_days.h"
 
@@ -402,7 +403,7 @@ std::string ReturnsViewController::title() const {
   }
   // Until a new answer is there, of what the old one is.
   const ReportScope& shown = report_ == nullptr ? scope_ : reported_;
-  return (shown.equity == nullptr ? shown.name : shown.equity->symbol) + ", " +
+  return (shown.equity == nullptr ? isolatedName(shown.name) : shown.equity->symbol) + ", " +
          mediumDayText(shown.days.lower()) + " – " + mediumDayText(shown.days.upper()) +
          (shown.isOnePortfolio() ? "" : ", in " + std::string(currency_.code));
 }

@@ -5,6 +5,7 @@
 
 #include "core/money/decimal_number_formatter.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/text/unicode/isolation.h"
 #include "presentation/text/formatting.h"
 
 namespace corvane {
@@ -23,7 +24,7 @@ std::string joinedParts(std::initializer_list<std::string> parts) {
 }  // namespace
 
 std::string EquitySourceRow::accessibleText() const {
-  return joinedParts({symbol, name, price, change.plainText(), problem});
+  return joinedParts({symbol, isolatedName(name), price, change.plainText(), problem});
 }
 
 EquitySourceRow equitySourceRow(const EquityPointer& equity,
@@ -48,7 +49,8 @@ EquitySourceRow equitySourceRow(const EquityPointer& equity,
 }
 
 std::string PortfolioSourceRow::accessibleText() const {
-  return joinedParts({name, value == "⚠️" ? "Current portfolio value is indeterminate" : value,
+  return joinedParts({isolatedName(name),
+                      value == "⚠️" ? "Current portfolio value is indeterminate" : value,
                       gain.plainText()});
 }
 

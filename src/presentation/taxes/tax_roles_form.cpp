@@ -1,5 +1,7 @@
 #include "presentation/taxes/tax_roles_form.h"
 
+#include "platform/text/unicode/isolation.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -40,7 +42,7 @@ std::string TaxRolesForm::problem() const {
   }
   for (const Line& line : lines) {
     if (line.role.role == TaxRole::affiliated && line.role.person.empty()) {
-      return "Whose portfolio is “" + line.portfolio->name + "”?";
+      return "Whose portfolio is “" + isolatedName(line.portfolio->name) + "”?";
     }
   }
   return "";

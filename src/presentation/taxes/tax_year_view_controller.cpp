@@ -6,6 +6,7 @@
 
 #include "exchange/exports/report_lines_exporter.h"
 #include "ledger/manager/portfolio_manager.h"
+#include "platform/text/unicode/isolation.h"
 #include "presentation/reports/report_scope.h"
 #include "presentation/taxes/tax_year_tables.h"
 #include "reports/inquiry/frozen_ledger.h"
@@ -148,7 +149,7 @@ void TaxYearViewController::gatherBanner() {
   std::string names;
   for (const PortfolioPointer& portfolio : portfolios()) {
     if (!model->taxRoleOf(portfolio)) {
-      names += (names.empty() ? "“" : ", “") + portfolio->name + "”";
+      names += (names.empty() ? "“" : ", “") + isolatedName(portfolio->name) + "”";
       if (proposedTaxRole(portfolio->name)) {
         names += " (by its name a registered account)";
       }
@@ -322,7 +323,7 @@ void TaxYearViewController::recordAdjustmentAction(std::size_t row) {
   }
   std::string where;
   for (const DeniedLossBooking& booking : bookings) {
-    where += (where.empty() ? "“" : ", “") + booking.portfolio->name + "”";
+    where += (where.empty() ? "“" : ", “") + isolatedName(booking.portfolio->name) + "”";
   }
   surroundings_.showAlert(
       {.messageText = "Book the denied loss into the cost base of " + line.place.equity->symbol +
