@@ -3,14 +3,17 @@
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
+#include <QComboBox>
 #include <QDateEdit>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionSlider>
 #include <QTabWidget>
 #include <QTest>
+#include <QTreeWidget>
 
 #include "desktop/charts/pie_chart_widget.h"
 #include "desktop/controls/dates_picker_view.h"
@@ -19,6 +22,7 @@
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/reports/report_parts.h"
+#include "desktop/reports/returns_view.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/source_list_view.h"
@@ -27,6 +31,8 @@ namespace corvane::testing {
 namespace {
 
 using desktop::MainWindow;
+using desktop::PortfolioView;
+using desktop::ReturnsView;
 using desktop::TableView;
 
 class Layout : public ::testing::Test {
@@ -141,6 +147,26 @@ TEST_F(Layout, SelectorsTakeASecondLineOnlyWhereTheyMust) {
   EXPECT_EQ(row->itemAt(2)->geometry().topLeft(), QPoint(0, 20 + gap));
 }
 
+TEST(FlowRows, PutWhatFollowsAStretchAtTheEndOfTheLine) {
+  QWidget place;
+  auto* row = new desktop::FlowRow(&place);
+  const auto add = [row] {
+    auto* box = new QWidget;
+    box->setFixedSize(100, 20);
+    row->addWidget(box);
+    return box;
+  };
+  const QWidget* first = add();
+  row->addStretch();
+  const QWidget* last = add();
+  place.resize(400, 100);
+  place.show();
+  EXPECT_EQ(first->pos(), QPoint(0, 0));
+  EXPECT_EQ(last->pos(), QPoint(300, 0));
+  place.resize(150, 100);
+  EXPECT_EQ(last->pos(), QPoint(0, 20 + row->spacing()));
+}
+
 /// A table of one column whose text has a shorter form.
 class DatesOfARun : public TableModel {
  public:
@@ -250,6 +276,61 @@ TEST(LargeTexts, AreCutInNoFormAndFormsFitASmallWindow) {
     openDialog<QDialog>(*window)->reject();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
+}
+
+TEST(LargeTexts, LeaveAPortfolioAndItsExplanationWholeInASmallWindow) {
+  const LargeText large;
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  const auto portfolio = world.addPortfolio(*window, "Retirement");
+  window->setFixedSize(1000, 640);
+  window->show();
+  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  auto& frame = DesktopWorld::frameOf(*window);
+  frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
+  QApplication::processEvents();
+
+  PortfolioView& view = window->workspaceView().portfolioView();
+  const QRect place(QPoint(0, 0), view.size());
+  const auto isWhole = [&](const QWidget& part) {
+    return part.width() >= part.sizeHint().width() &&
+           place.contains(QRect(part.mapTo(&view, QPoint(0, 0)), part.size()));
+  };
+  EXPECT_TRUE(isWhole(*named<QLabel>(view, "Value")));
+  EXPECT_TRUE(isWhole(*buttonWith(view, "New Transaction…")));
+  EXPECT_TRUE(isWhole(*buttonWith(view, "Details…")));
+  EXPECT_TRUE(isWhole(*named<QComboBox>(view, "Asset")));
+  EXPECT_TRUE(isWhole(*named<QDateEdit>(view, "First day")));
+  EXPECT_TRUE(isWhole(*named<QDateEdit>(view, "Last day")));
+
+  const auto* outline = named<QTreeWidget>(*window, "How this number came about");
+  constexpr int valueColumn = 1;
+  EXPECT_LE(outline->columnViewportPosition(valueColumn) + outline->columnWidth(valueColumn),
+            outline->viewport()->width())
+      << "a value is out of sight";
+}
+
+TEST(LargeTexts, PutTheChoicesOfAReportBelowATitleThatHasNoRoomBesideThem) {
+  const auto isBelow = [](int width) {
+    DesktopWorld world;
+    const auto window = world.newWindow();
+    const auto portfolio = world.addPortfolio(*window, "Retirement");
+    window->setFixedSize(width, 640);
+    window->show();
+    EXPECT_TRUE(DesktopWorld::show(*window, portfolio));
+    const auto* returns = window->workspaceView().portfolioView().findChild<ReturnsView*>();
+    window->workspaceView().portfolioView().tabs().setCurrentIndex(3);
+    QApplication::processEvents();
+    EXPECT_TRUE(returns->isVisible());
+    const auto* title = returns->findChild<QLabel*>();
+    EXPECT_LT(title->height(), 2 * title->fontMetrics().height());
+    const auto* benchmark = named<QLineEdit>(*returns, "Benchmark");
+    return benchmark->mapTo(returns, QPoint(0, 0)).y() > title->geometry().bottom();
+  };
+  EXPECT_FALSE(isBelow(1000));
+  const LargeText large;
+  EXPECT_TRUE(isBelow(1000));
+  EXPECT_FALSE(isBelow(1440));
 }
 
 /// A figure whose last digits are cut off is another figure.

@@ -67,7 +67,8 @@ DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
       presets_(new QPushButton),
       start_(makeDateEdit(QStringLiteral("First day"))),
       end_(makeDateEdit(QStringLiteral("Last day"))),
-      interval_(new QComboBox) {
+      interval_(new QComboBox),
+      row_(new FlowRow(this)) {
   presets_->setMenu(new QMenu(presets_));
   connect(presets_->menu(), &QMenu::aboutToShow, this, &DatesPickerView::fillPresetMenu);
   interval_->setAccessibleName(QStringLiteral("Interval"));
@@ -83,10 +84,9 @@ DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
   days->addWidget(start_);
   days->addWidget(new QLabel(QStringLiteral("–")));
   days->addWidget(end_);
-  auto* row = new FlowRow(this);
-  row->addWidget(presets_);
-  row->addWidget(range);
-  row->addWidget(interval_);
+  row_->addWidget(presets_);
+  row_->addWidget(range);
+  row_->addWidget(interval_);
 
   connect(start_, &QDateEdit::dateChanged, this,
           [this](const QDate& date) { picker_.chooseStartDate(yearMonthDay(date)); });
@@ -97,6 +97,11 @@ DatesPickerView::DatesPickerView(QueryDatesPicker& picker, QWidget* parent)
   });
   changes_ = subscribe(picker_.changeHandler, [this] { update(); });
   update();
+}
+
+void DatesPickerView::addAtEnd(QWidget* control) {
+  row_->addStretch();
+  row_->addWidget(control);
 }
 
 void DatesPickerView::fillPresetMenu() {

@@ -12,6 +12,8 @@ class QPushButton;
 
 namespace corvane::desktop {
 
+class FlowRow;
+
 /// Shows a QueryDatesPicker: a menu of presets, two days and, where the screen wants it, a menu of
 /// intervals. The picker must outlive this; this takes its changeHandler.
 class DatesPickerView : public QWidget {
@@ -19,6 +21,8 @@ class DatesPickerView : public QWidget {
 
  public:
   explicit DatesPickerView(QueryDatesPicker& picker, QWidget* parent = nullptr);
+  /// Puts `control` at the right end of the line, or below the days where the line has no room.
+  void addAtEnd(QWidget* control);
 
  private:
   void update();
@@ -29,6 +33,7 @@ class DatesPickerView : public QWidget {
   QDateEdit* start_;
   QDateEdit* end_;
   QComboBox* interval_;
+  FlowRow* row_;
   Subscription changes_;
 };
 

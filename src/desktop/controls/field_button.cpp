@@ -6,6 +6,12 @@
 #include <QToolButton>
 
 namespace corvane::desktop {
+namespace {
+
+/// Text begins where that of a menu of choices does, and a cursor in front of it is off the frame.
+constexpr int textInset = 2;
+
+}  // namespace
 
 void putIntoField(QWidget& box, QLineEdit& field, std::initializer_list<QToolButton*> buttons) {
   auto* cell = new QGridLayout(&box);
@@ -22,7 +28,7 @@ void putIntoField(QWidget& box, QLineEdit& field, std::initializer_list<QToolBut
     row->addWidget(button);
     width += button->sizeHint().width();
   }
-  field.setTextMargins(0, 0, width, 0);
+  field.setTextMargins(textInset, 0, width, 0);
   cell->addLayout(row, 0, 0, Qt::AlignRight | Qt::AlignVCenter);
 }
 

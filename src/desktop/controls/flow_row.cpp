@@ -21,6 +21,10 @@ void FlowRow::addItem(QLayoutItem* item) {
   invalidate();
 }
 
+void FlowRow::addStretch() {
+  addItem(new QSpacerItem(0, 0, QSizePolicy::Expanding));
+}
+
 int FlowRow::count() const {
   return static_cast<int>(items_.size());
 }
@@ -90,7 +94,7 @@ int FlowRow::flow(const QRect& area, bool places) const {
       height = std::max(height, wanted.height());
     }
     if (places) {
-      placeLine(first, end, QRect(area.x(), y, area.width(), height));
+      placeLine(first, end, QRect(area.x(), y, area.width(), height), area.width() - width);
     }
     y += height + (end < items_.size() ? spacing() : 0);
     first = end;
@@ -98,9 +102,12 @@ int FlowRow::flow(const QRect& area, bool places) const {
   return y - area.y();
 }
 
-void FlowRow::placeLine(qsizetype first, qsizetype end, const QRect& line) const {
+void FlowRow::placeLine(qsizetype first, qsizetype end, const QRect& line, int room) const {
   int x = line.x();
   for (qsizetype i = first; i < end; ++i) {
+    if (items_[i]->spacerItem() != nullptr && x > line.x()) {
+      x += std::max(room, 0);
+    }
     if (items_[i]->isEmpty()) {
       continue;
     }

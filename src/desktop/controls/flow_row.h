@@ -15,6 +15,9 @@ class FlowRow : public QLayout {
   ~FlowRow() override;
 
   void addItem(QLayoutItem* item) override;
+  /// What is added from now on stands at the right end of the line that holds this place. In a line
+  /// of its own it begins on the left.
+  void addStretch();
   [[nodiscard]] int count() const override;
   [[nodiscard]] QLayoutItem* itemAt(int index) const override;
   QLayoutItem* takeAt(int index) override;
@@ -33,7 +36,8 @@ class FlowRow : public QLayout {
  private:
   /// The height of the lines that items take in `area`, into which they are put if `places`.
   int flow(const QRect& area, bool places) const;
-  void placeLine(qsizetype first, qsizetype end, const QRect& line) const;
+  /// `room` is what the items leave of the line.
+  void placeLine(qsizetype first, qsizetype end, const QRect& line, int room) const;
 
   QList<QLayoutItem*> items_;
 };

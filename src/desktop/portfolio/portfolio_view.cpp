@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -138,6 +139,7 @@ QWidget* PortfolioView::makeHeading() {
     // A name that is written from right to left stands where all others do.
     label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter | Qt::AlignAbsolute);
   }
+  name_->setWordWrap(true);
   summary_->setWordWrap(true);
 
   value_->setAccessibleName(QStringLiteral("Value"));
@@ -148,26 +150,32 @@ QWidget* PortfolioView::makeHeading() {
     controller_->explainHandler(maker, fetch);
   });
 
-  auto* texts = new QVBoxLayout;
-  texts->setSpacing(0);
-  texts->addWidget(name_);
-  texts->addWidget(value_);
+  fetching_->setRange(0, 0);
+  fetching_->setTextVisible(false);
+  fetching_->setFixedSize(72, 6);
+  fetching_->setAccessibleName(QStringLiteral("Fetching prices"));
+  auto* values = new QHBoxLayout;
+  values->setSpacing(spacing::medium);
+  values->addWidget(value_);
+  values->addWidget(fetching_);
+  values->addStretch(1);
   auto* buttons = new QHBoxLayout;
   buttons->setSpacing(spacing::narrow);
   newTransaction_->setToolTip(QStringLiteral("Record what happened in this portfolio (Ctrl+T)"));
   buttons->addWidget(newTransaction_);
   buttons->addWidget(details_);
 
-  auto* row = new QHBoxLayout;
-  row->addLayout(texts, 1);
-  row->addLayout(buttons);
-  row->setAlignment(buttons, Qt::AlignTop);
+  // The value is never cut, so it has the whole width.
   auto* heading = new QWidget;
-  auto* column = new QVBoxLayout(heading);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(0);
-  column->addLayout(row);
-  column->addWidget(summary_);
+  auto* lines = new QGridLayout(heading);
+  lines->setContentsMargins(0, 0, 0, 0);
+  lines->setHorizontalSpacing(spacing::narrow);
+  lines->setVerticalSpacing(0);
+  lines->setColumnStretch(0, 1);
+  lines->addWidget(name_, 0, 0);
+  lines->addLayout(buttons, 0, 1, Qt::AlignTop);
+  lines->addLayout(values, 1, 0, 1, 2);
+  lines->addWidget(summary_, 2, 0, 1, 2);
   return heading;
 }
 
@@ -176,22 +184,6 @@ QWidget* PortfolioView::makeSelectors() {
   asset_->setToolTip(QStringLiteral("What the chart shows"));
   asset_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
   asset_->setMinimumContentsLength(8);
-  fetching_->setRange(0, 0);
-  fetching_->setTextVisible(false);
-  fetching_->setFixedSize(72, 6);
-  fetching_->setAccessibleName(QStringLiteral("Fetching prices"));
-  // The place stays, so that nothing moves when a fetch begins or ends.
-  QSizePolicy policy = fetching_->sizePolicy();
-  policy.setRetainSizeWhenHidden(true);
-  fetching_->setSizePolicy(policy);
-
-  auto* selectors = new QWidget;
-  auto* row = new QHBoxLayout(selectors);
-  row->setContentsMargins(0, spacing::tight, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addWidget(new DatesPickerView(controller_->datesPicker));
-  row->addWidget(fetching_);
-  row->addStretch(1);
   auto* label = new QLabel(QStringLiteral("A&sset:"));
   label->setBuddy(asset_);
   assetRow_ = new QWidget;
@@ -199,7 +191,13 @@ QWidget* PortfolioView::makeSelectors() {
   assets->setContentsMargins(0, 0, 0, 0);
   assets->addWidget(label);
   assets->addWidget(asset_);
-  row->addWidget(assetRow_);
+  auto* dates = new DatesPickerView(controller_->datesPicker);
+  dates->addAtEnd(assetRow_);
+
+  auto* selectors = new QWidget;
+  auto* row = new QHBoxLayout(selectors);
+  row->setContentsMargins(0, spacing::tight, 0, 0);
+  row->addWidget(dates);
   return selectors;
 }
 

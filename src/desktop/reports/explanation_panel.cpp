@@ -121,9 +121,9 @@ void ExplanationPanel::showState() {
   fitColumns();
 }
 
-/// Steps and values are seen whole, as far as a step is no longer than the most of the panel; where
-/// they come from is scrolled to if there is no room for it. Levels that are opened later may need
-/// more.
+/// Values are seen whole, and steps as far as the panel has room beside them, at least two fifths
+/// of it; where they come from is scrolled to if there is no room for it. Levels that are opened
+/// later may need more.
 void ExplanationPanel::fitColumns() {
   constexpr int gap = 2 * spacing::narrow;
   for (const int column : {labelColumn, valueColumn, sourceColumn, ratesColumn}) {
@@ -131,8 +131,9 @@ void ExplanationPanel::fitColumns() {
   }
   QHeaderView& header = *outline_->header();
   const int whole = outline_->viewport()->width();
-  const int label = std::min(header.sectionSize(labelColumn) + gap, whole * 3 / 5);
   const int value = header.sectionSize(valueColumn) + gap;
+  const int most = std::clamp(whole - value, whole * 2 / 5, whole * 3 / 5);
+  const int label = std::min(header.sectionSize(labelColumn) + gap, most);
   header.resizeSection(labelColumn, label);
   header.resizeSection(valueColumn, value);
   const int rates =

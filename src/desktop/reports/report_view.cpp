@@ -1,6 +1,7 @@
 #include "desktop/reports/report_view.h"
 
 #include <QComboBox>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -49,18 +50,38 @@ void ReportView::addHeading() {
   title_->setWordWrap(true);
   currency_->setAccessibleName(QStringLiteral("Currency of the report"));
   currency_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  heading_ = new QHBoxLayout(top_);
-  heading_->setContentsMargins(0, 0, 0, 0);
+  heading_ = new QHBoxLayout;
   heading_->setSpacing(spacing::narrow);
-  heading_->addWidget(title_, 1);
   heading_->addWidget(busy_);
   heading_->addWidget(currency_);
+  lines_ = new QBoxLayout(QBoxLayout::LeftToRight, top_);
+  lines_->setContentsMargins(0, 0, 0, 0);
+  lines_->setSpacing(spacing::narrow);
+  lines_->addWidget(title_, 1);
+  lines_->addLayout(heading_);
   connect(currency_, &QComboBox::activated, this,
           [this](int index) { report_->chooseCurrency(static_cast<std::size_t>(index)); });
 }
 
 void ReportView::addChoice(QWidget* choice) {
   heading_->insertWidget(heading_->indexOf(currency_), choice);
+}
+
+/// Where the title does not fit beside the choices, they stand below it.
+void ReportView::breakHeading() {
+  const int title = title_->fontMetrics().horizontalAdvance(title_->text());
+  const bool fits = title + lines_->spacing() + heading_->sizeHint().width() <= width();
+  if (fits != (lines_->direction() == QBoxLayout::LeftToRight)) {
+    lines_->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    lines_->setAlignment(heading_, fits ? Qt::Alignment() : Qt::AlignLeft);
+  }
+}
+
+bool ReportView::event(QEvent* event) {
+  if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+    breakHeading();
+  }
+  return QWidget::event(event);
 }
 
 void ReportView::addNotes() {

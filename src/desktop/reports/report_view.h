@@ -8,6 +8,7 @@
 #include "platform/async/subscription.h"
 #include "presentation/reports/report_view_controller.h"
 
+class QBoxLayout;
 class QComboBox;
 class QHBoxLayout;
 class QLabel;
@@ -31,7 +32,7 @@ class ReportView : public QWidget {
   /// `work` is what the bar for work under way is called.
   ReportView(std::shared_ptr<ReportViewController> report, const QString& work, QWidget* parent);
 
-  /// The parts of the heading, the currency last.
+  /// What can be chosen in the heading, the currency last.
   [[nodiscard]] QHBoxLayout& heading() { return *heading_; }
   [[nodiscard]] ReportPage& page() { return *page_; }
   [[nodiscard]] ReportWarningBar& warning() { return *warning_; }
@@ -45,13 +46,16 @@ class ReportView : public QWidget {
   /// Shows what has changed; an override shows its own parts as well. To be called once by the
   /// constructor of the view.
   virtual void showState();
+  bool event(QEvent* event) override;
 
  private:
   void addHeading();
+  void breakHeading();
   void showCurrencies();
 
   std::shared_ptr<ReportViewController> report_;
   QWidget* top_;
+  QBoxLayout* lines_ = nullptr;
   QHBoxLayout* heading_ = nullptr;
   QLabel* title_;
   QComboBox* currency_;
