@@ -426,7 +426,7 @@ std::map<std::uint32_t, std::uint32_t> repetitionsIn(const std::vector<OFXRows::
       continue;
     }
     std::string key;
-    for (const char* column : {"ACCTID", "FITID", "transaction", "detail"}) {
+    for (const char* column : {"ACCTID", "FITID", "transaction", "detail", "UNIQUEID", "UNITS"}) {
       key += fieldIn(row.cells, column) + '\n';
     }
     if (const auto [first, isFirst] = lines.emplace(std::move(key), row.line); !isFirst) {
