@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QAbstractItemView>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QHeaderView>
@@ -21,6 +22,8 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
+#include "desktop/reports/coverage_bar.h"
+#include "desktop/reports/report_heading.h"
 #include "desktop/reports/report_parts.h"
 #include "desktop/reports/returns_view.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
@@ -32,6 +35,7 @@ namespace {
 
 using desktop::MainWindow;
 using desktop::PortfolioView;
+using desktop::ReportHeading;
 using desktop::ReturnsView;
 using desktop::TableView;
 
@@ -102,6 +106,7 @@ TEST_F(Layout, TheSourceListMakesRoomForAnExplanationInANarrowWindow) {
   const auto* source = window->findChild<desktop::SourceView*>();
   const auto days = window->workspaceView().portfolioView().findChildren<QDateEdit*>();
   ASSERT_FALSE(days.isEmpty());
+  const int width = source->width();
   frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
   QApplication::processEvents();
   EXPECT_FALSE(source->isVisible());
@@ -109,7 +114,9 @@ TEST_F(Layout, TheSourceListMakesRoomForAnExplanationInANarrowWindow) {
     EXPECT_GE(day->width(), day->sizeHint().width()) << "a day is cut";
   }
   frame.explanation.close();
+  QApplication::processEvents();
   EXPECT_TRUE(source->isVisible());
+  EXPECT_EQ(source->width(), width) << "it has the width again that it had";
 
   resize(1600, 900);
   frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
@@ -129,7 +136,8 @@ TEST_F(Layout, SelectorsTakeASecondLineOnlyWhereTheyMust) {
       window->workspaceView().portfolioView().findChild<desktop::DatesPickerView*>();
   ASSERT_NE(presets, nullptr);
   resize(1000, 640);
-  EXPECT_EQ(presets->height(), presets->layout()->sizeHint().height()) << "there is room for one";
+  EXPECT_EQ(presets->height(), presets->layout()->totalSizeHint().height())
+      << "there is room for one";
   QWidget narrow;
   auto* row = new desktop::FlowRow(&narrow);
   for (int i = 0; i < 3; ++i) {
@@ -322,15 +330,37 @@ TEST(LargeTexts, PutTheChoicesOfAReportBelowATitleThatHasNoRoomBesideThem) {
     window->workspaceView().portfolioView().tabs().setCurrentIndex(3);
     QApplication::processEvents();
     EXPECT_TRUE(returns->isVisible());
-    const auto* title = returns->findChild<QLabel*>();
+    const auto* title = returns->findChild<ReportHeading*>()->findChild<QLabel*>();
     EXPECT_LT(title->height(), 2 * title->fontMetrics().height());
     const auto* benchmark = named<QLineEdit>(*returns, "Benchmark");
-    return benchmark->mapTo(returns, QPoint(0, 0)).y() > title->geometry().bottom();
+    return benchmark->mapTo(returns, QPoint(0, 0)).y() >
+           title->mapTo(returns, QPoint(0, 0)).y() + title->height();
   };
   EXPECT_FALSE(isBelow(1000));
   const LargeText large;
   EXPECT_TRUE(isBelow(1000));
   EXPECT_FALSE(isBelow(1440));
+}
+
+TEST(LargeTexts, LeaveTheKindsOfIncomeAndTheLegendOfCoverageWhole) {
+  const LargeText large;
+  DesktopWorld world;
+  const auto window = world.newWindow();
+  window->setFixedSize(1000, 640);
+  window->show();
+  DesktopWorld::frameOf(*window).showReport(WorkspaceReport::income);
+  QApplication::processEvents();
+  int boxes = 0;
+  for (const QCheckBox* box : window->findChildren<QCheckBox*>()) {
+    if (box->isVisible()) {
+      ++boxes;
+      EXPECT_LE(box->geometry().right(), box->parentWidget()->width()) << qPrintable(box->text());
+    }
+  }
+  EXPECT_GE(boxes, 5);
+  const desktop::CoverageLegend legend;
+  EXPECT_EQ(legend.heightForWidth(2000), legend.sizeHint().height());
+  EXPECT_EQ(legend.heightForWidth(400), 2 * legend.sizeHint().height());
 }
 
 /// A figure whose last digits are cut off is another figure.
@@ -432,6 +462,13 @@ TEST(HighContrast, StrengthensTextsAndLeavesBackgrounds) {
     }
     EXPECT_EQ(distance(desktop::Contrast::high, Colour::Name::alternatingRowBackground),
               distance(desktop::Contrast::normal, Colour::Name::alternatingRowBackground));
+    // A tinted cell of a table, which is not near to white or black.
+    const Colour tint =
+        Colour(Colour::Name::controlBackground).blended(0.5, Colour::Name::systemRed);
+    desktop::theme::apply(*qApp, appearance, desktop::Contrast::high);
+    const QColor strong = desktop::theme::background(tint);
+    desktop::theme::apply(*qApp, appearance, desktop::Contrast::normal);
+    EXPECT_EQ(strong, desktop::theme::colour(tint));
   }
   desktop::theme::apply(*qApp, Appearance::light);
 }

@@ -82,7 +82,7 @@ QVariant TableModelAdapter::data(const QModelIndex& index, int role) const {
                     (table_.trailOf(row, column) == nullptr ? "" : " Can be explained."));
     case Qt::BackgroundRole: {
       const auto background = table_.rowBackground(row);
-      return background ? QVariant(theme::colour(*background)) : QVariant();
+      return background ? QVariant(theme::background(*background)) : QVariant();
     }
     case AttributedTextDelegate::attributedTextRole:
       return QVariant::fromValue(table_.cell(row, column));

@@ -166,11 +166,14 @@ Contrast contrast() {
   return currentContrast;
 }
 
-QColor colour(const Colour& colour) {
+QColor background(const Colour& colour) {
   const RGBA rgba = colour.resolved(current);
-  const QColor made =
-      QColor::fromRgbF(static_cast<float>(rgba.red), static_cast<float>(rgba.green),
-                       static_cast<float>(rgba.blue), static_cast<float>(rgba.alpha));
+  return QColor::fromRgbF(static_cast<float>(rgba.red), static_cast<float>(rgba.green),
+                          static_cast<float>(rgba.blue), static_cast<float>(rgba.alpha));
+}
+
+QColor colour(const Colour& colour) {
+  const QColor made = background(colour);
   return currentContrast == Contrast::high && made.alpha() > 0 ? withHighContrast(made) : made;
 }
 

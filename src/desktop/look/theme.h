@@ -44,7 +44,10 @@ void setBodySize(double points);
 [[nodiscard]] Appearance appearance();
 [[nodiscard]] Contrast contrast();
 
+/// Of text and lines, which have more contrast where it is to be high.
 [[nodiscard]] QColor colour(const Colour& colour);
+/// Of what text stands on, as it is in either contrast.
+[[nodiscard]] QColor background(const Colour& colour);
 
 /// The background of the source list, a shade away from that of the content.
 [[nodiscard]] QColor sidebarBackground();

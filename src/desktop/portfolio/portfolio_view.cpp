@@ -194,11 +194,8 @@ QWidget* PortfolioView::makeSelectors() {
   auto* dates = new DatesPickerView(controller_->datesPicker);
   dates->addAtEnd(assetRow_);
 
-  auto* selectors = new QWidget;
-  auto* row = new QHBoxLayout(selectors);
-  row->setContentsMargins(0, spacing::tight, 0, 0);
-  row->addWidget(dates);
-  return selectors;
+  dates->setContentsMargins(0, spacing::tight, 0, 0);
+  return dates;
 }
 
 /// A command in the context menu of `label` that says how its figure came about.

@@ -106,25 +106,51 @@ QSize CoverageBarDelegate::sizeHint(const QStyleOptionViewItem& option,
 
 CoverageLegend::CoverageLegend(QWidget* parent) : QWidget(parent) {
   setFont(theme::font(0.85));
-  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  policy.setHeightForWidth(true);
+  setSizePolicy(policy);
 }
 
 QSize CoverageLegend::sizeHint() const {
-  return {0, fontMetrics().height() + spacing::tight};
+  return {0, lineHeight()};
+}
+
+int CoverageLegend::lineHeight() const {
+  return fontMetrics().height() + spacing::tight;
+}
+
+int CoverageLegend::heightForWidth(int width) const {
+  return flow(width, nullptr) * lineHeight();
 }
 
 void CoverageLegend::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  double left = 0;
+  flow(width(), &painter);
+}
+
+int CoverageLegend::flow(int width, QPainter* painter) const {
+  int line = 0;
+  int left = 0;
   for (const CoverState state : statesInOrder) {
-    paintStretch(painter, QRectF(left, (height() - barHeight) / 2.0, swatchWidth, barHeight),
-                 state);
-    left += swatchWidth + spacing::tight;
     const QString title = qtText(titleOf(state));
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(QRectF(left, 0, width(), height()), Qt::AlignLeft | Qt::AlignVCenter, title);
-    left += fontMetrics().horizontalAdvance(title) + spacing::wide;
+    const int text = swatchWidth + spacing::tight;
+    const int whole = text + fontMetrics().horizontalAdvance(title);
+    if (left > 0 && left + whole > width) {
+      ++line;
+      left = 0;
+    }
+    if (painter != nullptr) {
+      const int top = line * lineHeight();
+      paintStretch(*painter,
+                   QRectF(left, top + (lineHeight() - barHeight) / 2.0, swatchWidth, barHeight),
+                   state);
+      painter->setPen(palette().color(QPalette::PlaceholderText));
+      painter->drawText(QRectF(left + text, top, whole, lineHeight()),
+                        Qt::AlignLeft | Qt::AlignVCenter, title);
+    }
+    left += whole + spacing::wide;
   }
+  return line + 1;
 }
 
 }  // namespace corvane::desktop

@@ -24,15 +24,22 @@ class CoverageBarDelegate : public AttributedTextDelegate {
   const CoverageViewController& controller_;
 };
 
-/// What the parts of a bar mean.
+/// What the parts of a bar mean, in as many lines as the width makes of it.
 class CoverageLegend : public QWidget {
  public:
   explicit CoverageLegend(QWidget* parent = nullptr);
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+  [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+  [[nodiscard]] int heightForWidth(int width) const override;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+
+ private:
+  [[nodiscard]] int lineHeight() const;
+  /// The number of lines in `width`, which `painter` draws if there is one.
+  int flow(int width, QPainter* painter) const;
 };
 
 }  // namespace corvane::desktop

@@ -12,6 +12,7 @@
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
 #include "desktop/reports/coverage_bar.h"
+#include "desktop/reports/report_heading.h"
 #include "desktop/reports/report_parts.h"
 #include "presentation/coverage/coverage_tables.h"
 
@@ -29,8 +30,8 @@ constexpr int progressWidth = 160;
 CoverageView::CoverageView(std::shared_ptr<CoverageViewController> controller, QWidget* parent)
     : QWidget(parent),
       controller_(std::move(controller)),
-      title_(new QLabel),
       busy_(makeBusyBar(QStringLiteral("Looking at what is kept"))),
+      heading_(new ReportHeading(busy_)),
       progress_(new QProgressBar),
       fetch_(new QPushButton),
       notice_(new QLabel),
@@ -43,7 +44,8 @@ CoverageView::CoverageView(std::shared_ptr<CoverageViewController> controller, Q
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
-  column->addWidget(makeHeading());
+  addChoices();
+  column->addWidget(heading_);
   column->addWidget(notice_);
   column->addWidget(page_, 1);
   page_->column().addWidget(figures_);
@@ -57,23 +59,15 @@ CoverageView::CoverageView(std::shared_ptr<CoverageViewController> controller, Q
   showState();
 }
 
-QWidget* CoverageView::makeHeading() {
-  title_->setFont(theme::font(1, QFont::DemiBold));
-  title_->setWordWrap(true);
+void CoverageView::addChoices() {
   notice_->setWordWrap(true);
   notice_->setTextFormat(Qt::PlainText);
   notice_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   progress_->setRange(0, fetchSteps);
   progress_->setFixedWidth(progressWidth);
   progress_->setAccessibleName(QStringLiteral("Fetching what is missing"));
-  auto* heading = new QWidget;
-  auto* row = new QHBoxLayout(heading);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addWidget(title_, 1);
-  row->addWidget(busy_);
-  row->addWidget(progress_);
-  row->addWidget(fetch_);
+  heading_->choices().addWidget(progress_);
+  heading_->choices().addWidget(fetch_);
   // One button for both, so that the keyboard stays where it is.
   connect(fetch_, &QPushButton::clicked, this, [this] {
     if (controller_->isFetching()) {
@@ -82,7 +76,6 @@ QWidget* CoverageView::makeHeading() {
       controller_->fetchAction();
     }
   });
-  return heading;
 }
 
 void CoverageView::addTables() {
@@ -113,7 +106,7 @@ void CoverageView::chooseCurrent() {
 }
 
 void CoverageView::showState() {
-  title_->setText(qtText(controller_->title()));
+  heading_->setTitle(qtText(controller_->title()));
   const bool isFetching = controller_->isFetching();
   busy_->setVisible(controller_->isBusy() && !isFetching);
   progress_->setVisible(isFetching);

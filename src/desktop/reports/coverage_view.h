@@ -14,6 +14,7 @@ class QPushButton;
 namespace corvane::desktop {
 
 class FiguresRow;
+class ReportHeading;
 class ReportPage;
 class TableModelAdapter;
 class TableView;
@@ -28,7 +29,7 @@ class CoverageView : public QWidget {
                         QWidget* parent = nullptr);
 
  private:
-  [[nodiscard]] QWidget* makeHeading();
+  void addChoices();
   void addTables();
   void showState();
   void showLines();
@@ -36,8 +37,8 @@ class CoverageView : public QWidget {
   void chooseCurrent();
 
   std::shared_ptr<CoverageViewController> controller_;
-  QLabel* title_;
   QProgressBar* busy_;
+  ReportHeading* heading_;
   QProgressBar* progress_;
   QPushButton* fetch_;
   QLabel* notice_;

@@ -5,9 +5,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
-#include <QVBoxLayout>
 
 #include "desktop/charts/chart_widget.h"
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
@@ -40,14 +40,8 @@ IncomeView::IncomeView(std::shared_ptr<IncomeViewController> controller, QWidget
 
 QWidget* IncomeView::makeKinds() {
   auto* kinds = new QWidget;
-  auto* column = new QVBoxLayout(kinds);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(spacing::narrow);
-  auto* row = new QHBoxLayout;
+  auto* row = new FlowRow(kinds);
   row->setSpacing(spacing::medium);
-  column->addLayout(row);
-  // By itself, since a small window has no room for it beside the kinds.
-  column->addWidget(byYear_);
   for (const IncomeViewController::Kind& kind : IncomeViewController::kinds) {
     auto* box = new QCheckBox(qtText(kind.title));
     connect(box, &QCheckBox::toggled, this,
@@ -55,7 +49,8 @@ QWidget* IncomeView::makeKinds() {
     row->addWidget(box);
     kinds_.push_back(box);
   }
-  row->addStretch(1);
+  row->addStretch();
+  row->addWidget(byYear_);
   connect(byYear_, &QCheckBox::toggled, this,
           [this](bool isOn) { controller_->setShowsYearsBesideEachOther(isOn); });
   return kinds;

@@ -1,7 +1,6 @@
 #include "desktop/reports/report_view.h"
 
 #include <QComboBox>
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -12,6 +11,7 @@
 #include "desktop/controls/busy_bar.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "desktop/reports/report_heading.h"
 #include "desktop/reports/report_parts.h"
 
 namespace corvane::desktop {
@@ -20,10 +20,9 @@ ReportView::ReportView(std::shared_ptr<ReportViewController> report, const QStri
                        QWidget* parent)
     : QWidget(parent),
       report_(std::move(report)),
-      top_(new QWidget),
-      title_(new QLabel),
       currency_(new QComboBox),
       busy_(makeBusyBar(work)),
+      heading_(new ReportHeading(busy_)),
       warning_(new ReportWarningBar),
       page_(new ReportPage),
       figures_(new FiguresRow) {
@@ -31,7 +30,7 @@ ReportView::ReportView(std::shared_ptr<ReportViewController> report, const QStri
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
   addHeading();
-  column->addWidget(top_);
+  column->addWidget(heading_);
   column->addWidget(warning_);
   column->addWidget(page_, 1);
   page_->column().addWidget(figures_);
@@ -42,46 +41,23 @@ ReportView::ReportView(std::shared_ptr<ReportViewController> report, const QStri
 ReportView::~ReportView() {
   // Charts and boxes give their handlers back, so they go before what holds them.
   delete page_;
-  delete top_;
+  delete heading_;
 }
 
 void ReportView::addHeading() {
-  title_->setFont(theme::font(1, QFont::DemiBold));
-  title_->setWordWrap(true);
   currency_->setAccessibleName(QStringLiteral("Currency of the report"));
   currency_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  heading_ = new QHBoxLayout;
-  heading_->setSpacing(spacing::narrow);
-  heading_->addWidget(busy_);
-  heading_->addWidget(currency_);
-  lines_ = new QBoxLayout(QBoxLayout::LeftToRight, top_);
-  lines_->setContentsMargins(0, 0, 0, 0);
-  lines_->setSpacing(spacing::narrow);
-  lines_->addWidget(title_, 1);
-  lines_->addLayout(heading_);
+  heading().addWidget(currency_);
   connect(currency_, &QComboBox::activated, this,
           [this](int index) { report_->chooseCurrency(static_cast<std::size_t>(index)); });
 }
 
 void ReportView::addChoice(QWidget* choice) {
-  heading_->insertWidget(heading_->indexOf(currency_), choice);
+  heading().insertWidget(heading().indexOf(currency_), choice);
 }
 
-/// Where the title does not fit beside the choices, they stand below it.
-void ReportView::breakHeading() {
-  const int title = title_->fontMetrics().horizontalAdvance(title_->text());
-  const bool fits = title + lines_->spacing() + heading_->sizeHint().width() <= width();
-  if (fits != (lines_->direction() == QBoxLayout::LeftToRight)) {
-    lines_->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    lines_->setAlignment(heading_, fits ? Qt::Alignment() : Qt::AlignLeft);
-  }
-}
-
-bool ReportView::event(QEvent* event) {
-  if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
-    breakHeading();
-  }
-  return QWidget::event(event);
+QHBoxLayout& ReportView::heading() {
+  return heading_->choices();
 }
 
 void ReportView::addNotes() {
@@ -89,7 +65,7 @@ void ReportView::addNotes() {
 }
 
 void ReportView::showState() {
-  title_->setText(qtText(report_->title()));
+  heading_->setTitle(qtText(report_->title()));
   busy_->setVisible(report_->isBusy());
   warning_->setWarning(report_->warning());
   figures_->setFigures(report_->figures());

@@ -8,7 +8,6 @@
 #include "platform/async/subscription.h"
 #include "presentation/reports/report_view_controller.h"
 
-class QBoxLayout;
 class QComboBox;
 class QHBoxLayout;
 class QLabel;
@@ -17,6 +16,7 @@ class QProgressBar;
 namespace corvane::desktop {
 
 class FiguresRow;
+class ReportHeading;
 class ReportPage;
 class ReportWarningBar;
 
@@ -33,7 +33,7 @@ class ReportView : public QWidget {
   ReportView(std::shared_ptr<ReportViewController> report, const QString& work, QWidget* parent);
 
   /// What can be chosen in the heading, the currency last.
-  [[nodiscard]] QHBoxLayout& heading() { return *heading_; }
+  [[nodiscard]] QHBoxLayout& heading();
   [[nodiscard]] ReportPage& page() { return *page_; }
   [[nodiscard]] ReportWarningBar& warning() { return *warning_; }
   /// Adds the place for the notes to the page.
@@ -46,20 +46,15 @@ class ReportView : public QWidget {
   /// Shows what has changed; an override shows its own parts as well. To be called once by the
   /// constructor of the view.
   virtual void showState();
-  bool event(QEvent* event) override;
 
  private:
   void addHeading();
-  void breakHeading();
   void showCurrencies();
 
   std::shared_ptr<ReportViewController> report_;
-  QWidget* top_;
-  QBoxLayout* lines_ = nullptr;
-  QHBoxLayout* heading_ = nullptr;
-  QLabel* title_;
   QComboBox* currency_;
   QProgressBar* busy_;
+  ReportHeading* heading_;
   ReportWarningBar* warning_;
   ReportPage* page_;
   FiguresRow* figures_;

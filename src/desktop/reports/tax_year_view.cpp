@@ -18,6 +18,7 @@
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/look/theme.h"
+#include "desktop/reports/report_heading.h"
 #include "desktop/reports/report_parts.h"
 #include "desktop/reports/tax_roles_dialog.h"
 
@@ -31,10 +32,10 @@ constexpr int mostTaxRows = 16;
 TaxYearView::TaxYearView(std::shared_ptr<TaxYearViewController> controller, QWidget* parent)
     : QWidget(parent),
       controller_(std::move(controller)),
-      title_(new QLabel),
       year_(new QComboBox),
       person_(new QComboBox),
       busy_(makeBusyBar(QStringLiteral("Computing the tax year"))),
+      heading_(new ReportHeading(busy_)),
       bannerText_(new QLabel),
       banner_(makeBanner()),
       page_(new ReportPage),
@@ -42,7 +43,8 @@ TaxYearView::TaxYearView(std::shared_ptr<TaxYearViewController> controller, QWid
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
-  column->addWidget(makeChoices());
+  addChoices();
+  column->addWidget(heading_);
   column->addWidget(banner_);
   column->addWidget(page_, 1);
   figures_->explain = [this](const ReportFigure& figure) {
@@ -116,31 +118,22 @@ QWidget* TaxYearView::makeExportButton() {
   return button;
 }
 
-QWidget* TaxYearView::makeChoices() {
-  title_->setFont(theme::font(1, QFont::DemiBold));
-  title_->setWordWrap(true);
+void TaxYearView::addChoices() {
   year_->setAccessibleName(QStringLiteral("Tax year"));
   person_->setAccessibleName(QStringLiteral("Person"));
   person_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
   auto* roles = new QPushButton(QStringLiteral("&Roles and Rules…"));
   roles->setToolTip(QStringLiteral("Whose the portfolios are, and what the year goes by"));
-  auto* choices = new QWidget;
-  auto* row = new QHBoxLayout(choices);
-  row->setContentsMargins(0, 0, 0, 0);
-  row->setSpacing(spacing::narrow);
-  row->addWidget(title_, 1);
-  row->addWidget(busy_);
-  row->addWidget(year_);
-  row->addWidget(person_);
-  row->addWidget(roles);
-  row->addWidget(makeExportButton());
+  for (QWidget* choice : {static_cast<QWidget*>(year_), static_cast<QWidget*>(person_),
+                          static_cast<QWidget*>(roles), makeExportButton()}) {
+    heading_->choices().addWidget(choice);
+  }
   connect(year_, &QComboBox::activated, this, [this](int index) {
     controller_->chooseYear(controller_->years().at(static_cast<std::size_t>(index)));
   });
   connect(person_, &QComboBox::activated, this,
           [this](int index) { controller_->choosePerson(static_cast<std::size_t>(index)); });
   connect(roles, &QPushButton::clicked, this, &TaxYearView::openRoles);
-  return choices;
 }
 
 QFrame* TaxYearView::makeBanner() {
@@ -173,7 +166,7 @@ void TaxYearView::openRoles() {
 }
 
 void TaxYearView::showState() {
-  title_->setText(qtText(controller_->title()));
+  heading_->setTitle(qtText(controller_->title()));
   busy_->setVisible(controller_->isBusy());
   bannerText_->setText(qtText(controller_->banner()));
   banner_->setVisible(!controller_->banner().empty());

@@ -17,6 +17,7 @@ class QProgressBar;
 namespace corvane::desktop {
 
 class FiguresRow;
+class ReportHeading;
 class ReportPage;
 class TableModelAdapter;
 class TableView;
@@ -38,7 +39,7 @@ class TaxYearView : public QWidget {
   void openRoles();
 
  private:
-  [[nodiscard]] QWidget* makeChoices();
+  void addChoices();
   [[nodiscard]] QFrame* makeBanner();
   [[nodiscard]] QWidget* makeExportButton();
   void connectTables(TableView& disposals, TableView& check);
@@ -47,10 +48,10 @@ class TaxYearView : public QWidget {
   void showChoices();
 
   std::shared_ptr<TaxYearViewController> controller_;
-  QLabel* title_;
   QComboBox* year_;
   QComboBox* person_;
   QProgressBar* busy_;
+  ReportHeading* heading_;
   QLabel* bannerText_;
   QFrame* banner_;
   ReportPage* page_;

@@ -58,7 +58,7 @@ class HeatMapModel : public QAbstractTableModel {
         return QVariant::fromValue(Qt::Alignment(Qt::AlignCenter));
       case Qt::BackgroundRole: {
         const auto colour = map_.cellColour(row, column);
-        return colour ? QVariant(theme::colour(*colour)) : QVariant();
+        return colour ? QVariant(theme::background(*colour)) : QVariant();
       }
       default:
         return {};

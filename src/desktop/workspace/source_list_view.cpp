@@ -181,12 +181,16 @@ void SourceView::addWatchlist(QVBoxLayout* column) {
   steps->addWidget(hint);
   steps->addWidget(find, 0, Qt::AlignLeft);
   steps->addStretch(1);
+  // What is around it is not to be drawn over each other in a small window with large letters.
+  watchlistView_->setMinimumHeight(2 * fontMetrics().height());
   column->addWidget(watchlistView_, 1);
   column->addWidget(emptyWatchlist_, 1);
 }
 
 QSize SourceView::sizeHint() const {
-  return {theme::widthOfLetters(lettersOfWidth), 600};
+  // Large letters leave the screen beside it two thirds of the window.
+  const int most = std::max(minimumWidth(), window()->width() / 3);
+  return {std::min(theme::widthOfLetters(lettersOfWidth), most), 600};
 }
 
 void SourceView::startSearch() {

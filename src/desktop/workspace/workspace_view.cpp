@@ -93,7 +93,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   split_->setCollapsible(0, false);
   split_->setCollapsible(1, false);
   split_->setCollapsible(2, false);
-  explanation_->setMinimumWidth(std::max(360, theme::widthOfLetters(34)));
+  explanation_->setMinimumWidth(std::max(360, theme::widthOfLetters(40)));
   explanation_->setMaximumWidth(720);
   source_->setMinimumWidth(theme::widthOfLetters(22));
   source_->setMaximumWidth(theme::widthOfLetters(57));
@@ -131,10 +131,12 @@ void WorkspaceView::shareRoomWithExplanation(bool isShown) {
                        std::max(detail_->minimumSizeHint().width(), theme::widthOfLetters(70)) +
                        explanation_->minimumWidth();
     hasSourceGivenWay_ = needed > width();
+    sourceWidth_ = source_->width();
     source_->setHidden(hasSourceGivenWay_);
   } else if (!isShown && hasSourceGivenWay_) {
     hasSourceGivenWay_ = false;
     source_->show();
+    split_->setSizes({sourceWidth_, split_->width() - sourceWidth_, 0});
   }
 }
 

@@ -93,6 +93,7 @@ class WorkspaceView : public QWidget {
   PortfolioView* portfolio_;
   ReportsView* reports_;
   ExplanationPanel* explanation_;
+  int sourceWidth_ = 0;             ///< before it gave way
   bool hasSourceGivenWay_ = false;  ///< to the explanation, and comes back behind it
   std::shared_ptr<PortfolioImport> import_;
   std::shared_ptr<PortfolioExport> export_;
