@@ -214,7 +214,7 @@ AttributedText IncomeChartView::changeText(double from, double to) const {
 }
 
 std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency, const std::function<PaidIncome()>& payments) {
+    const std::function<Currency()>& currency, const std::function<PaidIncome()>& payments) {
   const auto money = [currency](const Decimal& amount) {
     return amount.isZero() ? AttributedText() : reportMoneyCell(amount, currency());
   };
@@ -253,7 +253,7 @@ std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
 }
 
 std::vector<RecordTable<ExpectedIncome>::Column> expectedIncomeColumns(
-    std::function<IncomeMoment()> moment) {
+    const std::function<IncomeMoment()>& moment) {
   const auto primaryMoney = [](const ExpectedIncome& each, const Decimal& amount) {
     return reportMoneyCell(amount, each.portfolio->primaryCurrency());
   };

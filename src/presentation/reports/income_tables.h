@@ -16,7 +16,7 @@ using PaidIncome = std::shared_ptr<const std::vector<IncomePayment>>;
 /// `currency` is asked for whenever a cell is made, `payments` when somebody wants to know how it
 /// came about.
 [[nodiscard]] std::vector<RecordTable<IncomeOfYear>::Column> incomeMonthColumns(
-    std::function<Currency()> currency, const std::function<PaidIncome()>& payments);
+    const std::function<Currency()>& currency, const std::function<PaidIncome()>& payments);
 
 /// What trails of the table of expectations need of the moment.
 struct IncomeMoment {
@@ -25,7 +25,7 @@ struct IncomeMoment {
 };
 
 [[nodiscard]] std::vector<RecordTable<ExpectedIncome>::Column> expectedIncomeColumns(
-    std::function<IncomeMoment()> moment);
+    const std::function<IncomeMoment()>& moment);
 
 /// The lines of `year`, by symbol, and their sum.
 [[nodiscard]] std::vector<IncomeOfYear> incomeOfYear(const std::vector<IncomePayment>& payments,

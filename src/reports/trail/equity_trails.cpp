@@ -116,7 +116,10 @@ class EquityTrail {
       }
     }
     TrailNode sum = sumOf(label, unit_, std::move(leaves));
-    return sum.value == figure ? sum : leaf(label, figure);
+    if (sum.value != figure) {
+      return leaf(label, figure);
+    }
+    return sum;
   }
 
   [[nodiscard]] TrailNode rowLeaf(std::size_t position, const TransactionEffect& effect,
