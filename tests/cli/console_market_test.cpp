@@ -82,9 +82,10 @@ TEST_F(ConsoleMarketTest, WritesHoldingsAndGainsAtThePricesOfTheDay) {
 
 TEST_F(ConsoleMarketTest, ValuesPortfoliosAndSaysWhatIsMissing) {
   program.makeFamily();
-  EXPECT_THAT(program.output("value Family --sample-market"),
-              MatchesRegex("Portfolio  Currency  Deposited +Value +Gain\n"
-                           "Savings    CAD +[0-9.]+ +[0-9.]+ +-?[0-9.]+\n"));
+  EXPECT_THAT(
+      program.output("value Family --sample-market"),
+      MatchesRegex("Portfolio  Currency  Deposited +Value +Gain\n"
+                   "Savings    CAD +[0-9]+[.][0-9]{2} +[0-9]+[.][0-9]{2} +-?[0-9]+[.][0-9]{2}\n"));
   const auto values = JSONValue::parse(program.output("value Family --sample-market --json"));
   EXPECT_EQ(values.array().at(0).at("portfolio").string(), "Savings");
   EXPECT_THAT(values.array().at(0).at("value").number().text(), MatchesRegex("[0-9]+\\.?[0-9]*"));

@@ -1,8 +1,8 @@
 #include "cli/commands/commands.h"
+#include "cli/commands/report_output.h"
 #include "cli/console/listing.h"
 #include "cli/console/price_source.h"
 #include "cli/console/workspace_file.h"
-#include "core/money/currency_amount.h"
 
 namespace corvane::cli {
 namespace {
@@ -47,9 +47,7 @@ void writeValues(const CommandLine& line, const Console& console) {
   for (const PortfolioPointer& portfolio : manager.portfolios()) {
     try {
       const PortfolioValuation worth = manager.valuation(portfolio);
-      const auto money = [&](const Decimal& amount) {
-        return roundedToMinorUnits(amount, worth.currency).description();
-      };
+      const auto money = [&](const Decimal& amount) { return moneyText(amount, worth.currency); };
       values.add({portfolio->name, std::string(worth.currency.code), money(worth.netDeposited),
                   money(worth.currentValue), money(worth.currentValue - worth.netDeposited)});
     } catch (const Error& error) {
