@@ -52,10 +52,11 @@ class SymbolSearch : public std::enable_shared_from_this<SymbolSearch> {
     // Finds do not tell their currency, by which the exchange is chosen.
     constexpr std::size_t mostLookedAt = 10;
     found.resize(std::min(found.size(), mostLookedAt));
-    provider_->refreshEquities(found, [self = shared_from_this(), found](ErrorPointer) mutable {
-      DispatchQueue::main()->async(
-          [self, found = std::move(found)]() mutable { self->keep(std::move(found)); });
-    });
+    provider_->refreshEquities(
+        found, [self = shared_from_this(), found](const ErrorPointer&) mutable {
+          DispatchQueue::main()->async(
+              [self, found = std::move(found)]() mutable { self->keep(std::move(found)); });
+        });
   }
 
   void keep(std::vector<EquityPointer> found) {

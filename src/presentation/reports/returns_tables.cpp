@@ -208,7 +208,7 @@ std::vector<RecordTable<ReconciliationLine>::Column> reconciliationColumns(
                  {.weight = isSum ? FontWeight::semibold : FontWeight::regular});
            }},
           {{"amount", "Amount", true},
-           [currency](const ReconciliationLine& line) {
+           [currency = std::move(currency)](const ReconciliationLine& line) {
              return reportMoneyCell(line.amount, currency());
            },
            [](const ReconciliationLine& line) { return line.explain; }},

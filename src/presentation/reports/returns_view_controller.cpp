@@ -347,10 +347,10 @@ void ReturnsViewController::fetchBenchmark() {
     return;
   }
   const auto answered = [self = weak_from_this(), generation](auto take) {
-    return [self, generation, take](auto answer) {
+    return [self, generation, take = std::move(take)](auto&& answer) {
       const auto living = self.lock();
       if (living != nullptr && living->benchmarkGeneration_ == generation) {
-        take(*living, std::move(answer));
+        take(*living, std::forward<decltype(answer)>(answer));
         living->redrawCharts();
         living->changeHandler();
       }

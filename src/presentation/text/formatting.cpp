@@ -44,15 +44,16 @@ std::string rangeText(const DateRange& range, const EquityInfo& equity,
     return formatter.string(range.lower()) + ", " + startTime.string(range.lower()) + " → " +
            endTime.string(range.upper());
   }
-  const std::string startText = formatter.string(range.lower());
+  std::string text = formatter.string(range.lower());
   if (length.second().value_or(0) < 1 && days < 2) {
-    return startText;
+    return text;
   }
   // The range is half-open: where it ends at an hour at which it could have begun, its last day is
   // the one before. That is told of the end of a last session too, which several days of short bars
   // end with: their text stops a day early.
   const Date lastDay = equity.calendar.dateByAdding(day, -1, range.upper()).value_or(range.upper());
-  return startText + " → " + formatter.string(lastDay);
+  text += " → " + formatter.string(lastDay);
+  return text;
 }
 
 }  // namespace

@@ -35,8 +35,10 @@ bool hasRightToLeft(std::string_view text) {
 std::string isolatedName(std::string_view name) {
   constexpr std::string_view firstStrongIsolate = "\u2068";
   constexpr std::string_view popIsolate = "\u2069";
-  std::string text(name);
-  return hasRightToLeft(name) ? firstStrongIsolate.data() + text + popIsolate.data() : text;
+  if (!hasRightToLeft(name)) {
+    return std::string(name);
+  }
+  return std::string(firstStrongIsolate).append(name).append(popIsolate);
 }
 
 std::string isolatingQuotedNames(std::string_view text) {
