@@ -351,7 +351,7 @@ TEST_F(ExchangeTest, TakesRatesFromTheMarketWhenTheUserSaysSo) {
                          "activity_sub_type,direction,symbol,name,currency,quantity,unit_price,"
                          "commission,net_cash_amount\n"
                          "2026-03-20,2026-03-20,W1,TFSA,MoneyMovement,CONTRIBUTION,,,,USD,,,,500\n"
-                         "2026-03-24,2026-03-25,W1,TFSA,Trade,BUY,,NOR,Nor,USD,2,10,0,-20\n";
+                         "2026-03-24,2026-03-25,W1,TFSA,Trade,BUY,,QRS,Quarries,USD,2,10,0,-20\n";
   window->workspaceView().openStatement(file);
   auto* dialog = waitFor<StatementDialog>();
   ASSERT_NE(dialog, nullptr);
