@@ -531,6 +531,7 @@ def soak(screen, seconds, dice):
     screen.window(welcome)
     screen.key("Escape")
     screen.wait_until_gone(welcome)
+    run.front()
     screen.quit()
     run.start()
     end = time.monotonic() + seconds
