@@ -13,13 +13,16 @@ namespace {
 
 constexpr std::size_t noEnd = std::numeric_limits<std::size_t>::max();
 
+/// Whether a carriage return with a line feed stands there.
+bool isPairOfBreak(std::string_view text, std::size_t at) {
+  return text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n';
+}
+
 /// The line breaks in `text`, a carriage return with a line feed being one.
 std::uint32_t lineBreaksIn(std::string_view text) {
   std::uint32_t count = 0;
-  for (std::size_t at = text.find_first_of("\r\n"); at != text.npos;
-       at = text.find_first_of("\r\n", at + 1)) {
-    at += text.substr(at).starts_with("\r\n") ? 1U : 0U;
-    ++count;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    count += text[at] == '\n' || (text[at] == '\r' && !isPairOfBreak(text, at)) ? 1U : 0U;
   }
   return count;
 }
@@ -243,12 +246,12 @@ class Parser {
     if (first == '"' && isCharacterBoundary(text_, position_ + 1)) {
       return {Kind::quote, 1};
     }
-    if (text_.substr(position_).starts_with(delimiter_) &&
+    if (first == delimiter_.front() && text_.substr(position_).starts_with(delimiter_) &&
         isCharacterBoundary(text_, position_ + delimiter_.size())) {
       return {Kind::delimiter, delimiter_.size()};
     }
     if (first == '\n' || first == '\r') {
-      return {Kind::lineBreak, text_.substr(position_).starts_with("\r\n") ? 2U : 1U};
+      return {Kind::lineBreak, isPairOfBreak(text_, position_) ? 2U : 1U};
     }
     if (first > ' ' && first <= '~') {
       return {Kind::other, 1};
