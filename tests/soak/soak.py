@@ -177,9 +177,11 @@ class Soak:
         row = self.dice.randrange(min(len(self.paper.now), 12))
         self.show_ledger()
         self.screen.click(self.table)
-        self.screen.key("ctrl+Home", *["Down"] * row, "space", "Delete")
+        # Down and up again select one row alone, whichever the click has hit.
+        self.screen.key("ctrl+Home", "Down", "Up", *["Down"] * row, "space", "Delete")
         # It is told, not asked: the deletion can be undone.
-        self.screen.window("Corvane")
+        said = [each.name for each in self.screen.window("Corvane").find_all("label")]
+        expect("Deleted 1 transaction." in said, f"one transaction was to be deleted: {said}")
         self.screen.key("Return")
         self.screen.wait_until_gone("Corvane")
         self.paper.delete(row)
