@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "reports/series/report_days.h"
@@ -22,13 +23,17 @@ struct IncomeOfEquity {
   };
   std::vector<Paid> paid;  ///< in the shares of the row that the walk has reached
 
-  void take(const PortfolioTransaction& row, const TransactionEffect& effect,
-            const YearMonthDay& day) {
+  const PortfolioTransaction* lastRow = nullptr;
+
+  void take(const PortfolioTransaction& row, const Calendar& calendar) {
+    const TransactionEffect effect = transactionEffect(row.basic.kind);
+    lastRow = &row;
+    // The day is asked for where it is needed: a calendar takes longer than all else here.
+    const auto day = [&] { return YearMonthDay::of(row.settlementDate(), calendar); };
     if (line.shares.isZero() && row.sharesNet && !row.sharesNet->isZero()) {
-      heldSince = day;
+      heldSince = day();
     }
     line.shares = row.sharesNet.value_or(0);
-    line.costBase = row.costBaseNet().value_or(0);
     if (effect.splitInto && effect.declaredShares && !effect.splitInto->isZero()) {
       for (Paid& payment : paid) {
         payment.perShare = payment.perShare * *effect.declaredShares / *effect.splitInto;
@@ -37,7 +42,7 @@ struct IncomeOfEquity {
     }
     if (effect.isYield() && effect.type != TransactionType::returnOfCapital &&
         effect.declaredShares && *effect.declaredShares > 0) {
-      paid.push_back({day, effect.equivalentAmount.value_or(0) / *effect.declaredShares,
+      paid.push_back({day(), effect.equivalentAmount.value_or(0) / *effect.declaredShares,
                       effect.amount / *effect.declaredShares,
                       *effect.currency == (*effect.equity)->currency});
     }
@@ -51,6 +56,7 @@ YearMonthDay yearBefore(const YearMonthDay& day) {
 void finishIncome(IncomeOfEquity& of, const YearMonthDay& today, const Currency& primary,
                   const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
   EquityIncome& line = of.line;
+  line.costBase = of.lastRow->costBaseNet().value_or(0);
   const YearMonthDay start = yearBefore(today);
   std::vector<Decimal> perShare;
   for (const IncomeOfEquity::Paid& payment : of.paid) {
@@ -124,11 +130,12 @@ std::vector<IncomePeriod> incomeByPeriod(std::span<const IncomeRow> rows,
     }
     __builtin_unreachable();
   };
-  std::map<std::pair<std::string, YearMonthDay>, IncomePeriod> periods;
-  std::map<std::pair<std::string, YearMonthDay>, Decimal> before;
+  // By the code, whose text stands in `rows`.
+  std::map<std::pair<std::string_view, YearMonthDay>, IncomePeriod> periods;
+  std::map<std::pair<std::string_view, YearMonthDay>, Decimal> before;
   for (const IncomeRow& row : rows) {
     const Currency& currency = row.equivalent.currency;
-    const std::string code(currency.code);
+    const std::string_view code = currency.code;
     const YearMonthDay first = startOf(row.day);
     periods.try_emplace({code, first}, IncomePeriod{length, first, currency})
         .first->second.income += row.equivalent.amount;
@@ -152,6 +159,8 @@ std::vector<EquityIncome> equityIncomes(
     Portfolio& portfolio, const YearMonthDay& today, const Calendar& calendar,
     const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
   EquityMap<IncomeOfEquity> byEquity;
+  // Rows of one ledger share their objects, which are found sooner than their identities.
+  std::unordered_map<const EquityInfo*, IncomeOfEquity*> byObject;
   const Date end = daysAfter(today, 1).startIn(calendar);
   for (const TransactionPointer& row : portfolio.transactions()) {
     if (end <= row->settlementDate()) {
@@ -159,10 +168,12 @@ std::vector<EquityIncome> equityIncomes(
     }
     const EquityPointer* equity = row->basic.equity();
     if (equity != nullptr) {
-      IncomeOfEquity& of = byEquity[*equity];
-      of.line.equity = *equity;
-      of.take(*row, transactionEffect(row->basic.kind),
-              YearMonthDay::of(row->settlementDate(), calendar));
+      IncomeOfEquity*& of = byObject[equity->get()];
+      if (of == nullptr) {
+        of = &byEquity[*equity];
+        of->line.equity = *equity;
+      }
+      of->take(*row, calendar);
     }
   }
   std::vector<EquityIncome> lines;
