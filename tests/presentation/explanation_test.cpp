@@ -1,5 +1,6 @@
 // The panel that explains figures: what is fetched for it, and the rows that it leads to.
 
+#include "presentation/daily_closes.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/reports/explanation_view_controller.h"
@@ -21,17 +22,9 @@ class ExplanationTest : public PortfolioScreenWorld {
   ExplanationTest() {
     quoteDollars(2);
     abc->recentPrice = 12;
-    prices->script = [](const QuoteQuery& query) {
-      if (std::holds_alternative<QuoteQuery::EventsOnly>(query.seeking)) {
-        return ScriptedQuoteProvider::refusal();
-      }
-      return ScriptedQuoteProvider::quotes(
-          ScriptedQuoteProvider::dailyBars(query, [](YearMonthDay each) {
-            Quote bar;
-            bar.open = bar.close = each < YearMonthDay{2021, 3, 5} ? 3 : 2;
-            return std::optional(bar);
-          }));
-    };
+    prices->script = dailyCloses([](const YearMonthDay& each) {
+      return each < YearMonthDay{2021, 3, 5} ? 3 : 2;
+    });
     panel.openRowHandler = [this](const PortfolioPointer& whose, std::size_t row) {
       opened.emplace_back(whose, row);
     };

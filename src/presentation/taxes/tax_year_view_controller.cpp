@@ -11,6 +11,7 @@
 #include "presentation/taxes/tax_year_tables.h"
 #include "reports/inquiry/frozen_ledger.h"
 #include "reports/trail/ledger_trails.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
@@ -270,18 +271,25 @@ TrailMaker TaxYearViewController::trailOf(const TaxYear::CostAtEnd& cost) const 
   };
 }
 
-/// Of the ledger itself, whose row may have moved since the line was made.
+/// Of the ledger itself, as far as its row still has the gain of the line.
 TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposal) const {
   if (!disposal.ledgerGain) {
     return nullptr;
   }
-  return
-      [place = disposal.place, calendar = taxCalendar(portfolios())]() -> std::optional<TrailNode> {
-        const PortfolioPointer original = originalOf(place.portfolio);
-        return original == nullptr || original->transactions().size() <= place.position
-                   ? std::nullopt
-                   : capitalGainTrail(*original, place.position, calendar);
-      };
+  return [place = disposal.place, gain = *disposal.ledgerGain,
+          calendar = taxCalendar(portfolios())]() -> std::optional<TrailNode> {
+    const PortfolioPointer original = originalOf(place.portfolio);
+    if (original == nullptr) {
+      return std::nullopt;
+    }
+    std::optional<TrailNode> trail;
+    if (place.position < original->transactions().size()) {
+      trail = capitalGainTrail(*original, place.position, calendar);
+    }
+    return trail && trail->value == gain
+               ? std::move(trail)
+               : ofOlderLedger("Capital gain", gain, std::string(original->primaryCurrency().code));
+  };
 }
 
 void TaxYearViewController::openPlace(const TaxRowPlace& place) {

@@ -345,17 +345,28 @@ std::vector<double> allRoots(BalanceOfPayments& balance, const MostRoots& most) 
   return rootsBetween(balance, start, last);
 }
 
-/// The root whose return is nearest to `expected`, where `near` is one.
+/// The root whose return is nearest to `expected`, where `near` is one: others are looked for no
+/// further from it, nor where there can be none.
 double nearestRoot(BalanceOfPayments& balance, double near, double expected) {
-  const double distance = std::abs(std::expm1(near) - expected);
+  const auto distanceOf = [&](double root) { return std::abs(std::expm1(root) - expected); };
   const auto pointBelow = [](double growth) {
     return RootGrid::pointBelow(std::log(std::max(growth, std::numeric_limits<double>::min())));
   };
-  const std::vector<double> roots = rootsBetween(balance, pointBelow(1 + expected - distance),
-                                                 pointBelow(1 + expected + distance) + 1);
-  return roots.empty() ? near : *std::ranges::min_element(roots, {}, [&](double root) {
-    return std::abs(std::expm1(root) - expected);
-  });
+  const double distance = distanceOf(near);
+  const int lowest = pointBelow(1 + expected - distance);
+  const int highest = pointBelow(1 + expected + distance) + 1;
+  constexpr int firstStep = RootGrid::pointsOfDecade / 4;
+  int start = RootGrid::pointBelow(near) - firstStep;
+  while (start > lowest && balance.mostRootsBelow(RootGrid::at(start)) > 0) {
+    start -= RootGrid::pointsOfDecade;
+  }
+  int last = RootGrid::pointBelow(near) + firstStep;
+  while (last < highest && balance.mostRootsAbove(RootGrid::at(last)) > 0) {
+    last += RootGrid::pointsOfDecade;
+  }
+  const std::vector<double> roots =
+      rootsBetween(balance, std::max(start, lowest), std::min(last, highest));
+  return roots.empty() ? near : *std::ranges::min_element(roots, {}, distanceOf);
 }
 
 /// `payments` by day, without zeros at either end: at the end they would always let -100 % solve

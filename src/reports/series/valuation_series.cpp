@@ -98,13 +98,14 @@ struct HoldingState {
   Decimal tradedShares;
 
   void take(const PortfolioTransaction& row, const TransactionEffect& effect) {
-    shares = row.sharesNet.value_or(0);
+    shares = row.sharesNet.value_or(Decimal());
     lastRow = &row;
     if (effect.type == TransactionType::trade && !effect.sharesAdded.isZero() &&
         !effect.amount.isZero()) {
       hasTraded = true;
       isInOwnCurrency = *effect.currency == (*effect.equity)->currency;
-      tradedCash = abs(isInOwnCurrency ? effect.amount : effect.equivalentAmount.value_or(0));
+      tradedCash =
+          abs(isInOwnCurrency ? effect.amount : effect.equivalentAmount.value_or(Decimal()));
       tradedShares = abs(effect.sharesAdded);
     } else if (effect.splitInto && effect.declaredShares && !effect.declaredShares->isZero()) {
       tradedShares = tradedShares * *effect.splitInto / *effect.declaredShares;
@@ -343,7 +344,7 @@ class SeriesBuilder {
     if (equityIsIn == cashIsIn) {
       return;
     }
-    const Decimal received = scope_.equity != nullptr ? effect.equivalentAmount.value_or(0)
+    const Decimal received = scope_.equity != nullptr ? effect.equivalentAmount.value_or(Decimal())
                                                       : inPrimary(effect.amount, *effect.currency,
                                                                   day, effect.equivalentAmount);
     addFlow(day, equityIsIn ? -received : received);
@@ -387,7 +388,7 @@ class SeriesBuilder {
     const Decimal cost =
         (holding.isBeforeLastRow ? std::optional<Decimal>(holding.lastRow->costBasePrior)
                                  : holding.lastRow->costBaseNet())
-            .value_or(0);
+            .value_or(Decimal());
     return {holding.shares.isZero() ? 0 : cost * shares / holding.shares, true};
   }
 
@@ -395,7 +396,7 @@ class SeriesBuilder {
   void countRow(const HoldingState& holding, const Decimal* price, const DailyRates* rates,
                 const RowInRange& at, const TransactionEffect& effect, EquityFigures& figures,
                 ValuationDay& ownDay) {
-    const Decimal equivalent = effect.equivalentAmount.value_or(0);
+    const Decimal equivalent = effect.equivalentAmount.value_or(Decimal());
     if (effect.type == TransactionType::trade) {
       if (effect.sharesAdded.sign() == Sign::minus) {
         figures.sold += equivalent;
@@ -404,7 +405,8 @@ class SeriesBuilder {
       }
       if (effect.isSale() && at.row->sharesNet && at.row->costBasePrior) {
         figures.realised +=
-            capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_).value_or(0);
+            capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_)
+                .value_or(Decimal());
       }
       if (equivalent.sign() == Sign::minus) {
         ownDay.inflow -= equivalent;
