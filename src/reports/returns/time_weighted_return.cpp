@@ -9,10 +9,10 @@ namespace corvane {
 namespace {
 
 // What a comparison with 0 says, by the sign alone, for there are very many days.
-bool isPositive(const Decimal& value) {
+inline bool isPositive(const Decimal& value) {
   return value.sign() == Sign::plus && !value.isZero() && !value.isNaN();
 }
-bool isNegative(const Decimal& value) {
+inline bool isNegative(const Decimal& value) {
   return value.sign() == Sign::minus || value.isNaN();
 }
 

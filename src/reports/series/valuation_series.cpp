@@ -427,6 +427,22 @@ class SeriesBuilder {
     }
   }
 
+  /// What a row takes away last is priced by what was held before it.
+  void takeRow(const RowInRange& at, HoldingState& holding, const Decimal* price,
+               const DailyRates* rates, EquityFigures& figures, ValuationDay& ownDay) {
+    const TransactionEffect effect = transactionEffect(at.row->basic.kind);
+    const Decimal heldBefore = holding.shares;
+    holding.take(*at.row, effect);
+    if (holding.shares.isZero()) {
+      HoldingState priced = holding;
+      priced.shares = heldBefore;
+      priced.isBeforeLastRow = true;
+      countRow(priced, price, rates, at, effect, figures, ownDay);
+    } else {
+      countRow(holding, price, rates, at, effect, figures, ownDay);
+    }
+  }
+
   void walkEquity(const EquityLine& line, const EquityVisitor& visitor) {
     if (!plays(line.rows, false)) {
       return;
@@ -445,6 +461,7 @@ class SeriesBuilder {
         line.equity->currency == primary_ ? nullptr : &ratesOf(line.equity->currency);
     ownDays_.clear();
     Worth worth;
+    Worth before;  // on days with rows
     ValuationDay own;
     for (std::size_t day = 0; day < count_; ++day) {
       const bool isPriced = prices.advanceTo(names_[day]);
@@ -453,21 +470,13 @@ class SeriesBuilder {
       bool hasRows = false;
       for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
         prefetchRow(line.rows, nextRow);
-        const RowInRange& at = line.rows[nextRow];
-        const TransactionEffect effect = transactionEffect(at.row->basic.kind);
-        const Decimal heldBefore = holding.shares;
-        holding.take(*at.row, effect);
-        if (holding.shares.isZero()) {
-          HoldingState priced = holding;
-          priced.shares = heldBefore;
-          priced.isBeforeLastRow = true;
-          countRow(priced, prices.price(), rates, at, effect, figures, own);
-        } else {
-          countRow(holding, prices.price(), rates, at, effect, figures, own);
-        }
+        takeRow(line.rows[nextRow], holding, prices.price(), rates, figures, own);
         hasRows = hasChanged = true;
       }
-      const Worth before = worth;
+      const StateBefore state{isAboveZero(worth.amount), worth.amount.isZero()};
+      if (hasRows) {
+        before = worth;
+      }
       if (hasChanged) {
         worth = worthOf(holding, holding.shares, prices.price(), rates, day);
         if (day > 0) {
@@ -485,9 +494,8 @@ class SeriesBuilder {
         figures.opening = worth.amount;
       }
       if (visitor != nullptr) {
-        own.value = worth.amount;
         own.isAtTradePrice |= worth.isAtTradePrice;
-        keepOwnDay(day, own, before);
+        keepOwnDay(day, own, worth.amount, state, before);
       }
       if (hasRows || own.isAtTradePrice) {
         own = {};
@@ -500,23 +508,32 @@ class SeriesBuilder {
     }
   }
 
+  static bool isAboveZero(const Decimal& worth) {
+    return worth.sign() == Sign::plus && !worth.isZero();
+  }
+  /// What keepOwnDay() asks of the worth of the day before on every day; copying that, only days
+  /// with rows can afford.
+  struct StateBefore {
+    bool isAboveZero;
+    bool isZero;
+  };
+
   /// Keeps a day that a return needs: one with a flow and the one before it, the first and the
-  /// last, and any without a worth to measure against.
-  void keepOwnDay(std::size_t day, const ValuationDay& own, const Worth& before) {
+  /// last, and any without a worth to measure against. `before` counts where there is a flow.
+  void keepOwnDay(std::size_t day, const ValuationDay& own, const Decimal& value,
+                  const StateBefore& state, const Worth& before) {
     const bool hasFlow = !own.inflow.isZero() || !own.outflow.isZero();
     if (hasFlow && day > 0 && ownDays_.back().day < names_[day - 1]) {
       ownDays_.push_back({.day = names_[day - 1],
                           .value = before.amount,
                           .isAtTradePrice = before.isAtTradePrice});
     }
-    const auto isPositive = [](const Decimal& worth) {
-      return worth.sign() == Sign::plus && !worth.isZero();
-    };
-    const bool isMeasurable = isPositive(own.value) && isPositive(before.amount);
-    const bool isNothing = own.value.isZero() && before.amount.isZero();
+    const bool isMeasurable = isAboveZero(value) && state.isAboveZero;
+    const bool isNothing = value.isZero() && state.isZero;
     if (hasFlow || day == 0 || day + 1 == count_ || !(isMeasurable || isNothing)) {
       ownDays_.push_back(own);
       ownDays_.back().day = names_[day];
+      ownDays_.back().value = value;
     }
   }
 
