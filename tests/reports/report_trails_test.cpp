@@ -206,6 +206,7 @@ TEST(ReportTrails, TellWhatSalesHaveTakenOfAPurchase) {
   EXPECT_EQ(nodeNamed(trail, "Cost of the shares that enter the pool")->value, 160);
   const TrailNode* sameDay = nodeNamed(trail, "Matched with a sale of the same day");
   const TrailNode* before = nodeNamed(trail, "Matched with a sale of up to 30 days before");
+  ASSERT_TRUE(sameDay != nullptr && before != nullptr);
   EXPECT_EQ(std::tuple(sameDay->value, sameDay->row->position), std::tuple(Decimal(3), 4U));
   EXPECT_EQ(std::tuple(before->value, before->row->position), std::tuple(Decimal(4), 1U));
 
