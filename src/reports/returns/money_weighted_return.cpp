@@ -292,6 +292,7 @@ struct RootGrid {
   static constexpr int pointsOfDecade = 40;
   static constexpr int decades = 6;
 
+  static bool reaches(double logGrowth) { return std::abs(logGrowth) <= std::log(10.0) * decades; }
   static double at(int point) { return std::log(10.0) * point / pointsOfDecade; }
   /// The last point at or below `logGrowth`, within the grid.
   static int pointBelow(double logGrowth) {
@@ -432,7 +433,7 @@ MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments,
   if (near && balance.isPureInvestment(*near)) {
     return {Outcome::rate, days, std::expm1(*near), {}};
   }
-  if (near && wanted == RatesWanted::nearest) {
+  if (near && wanted == RatesWanted::nearest && RootGrid::reaches(*near)) {
     return {Outcome::rate, days, std::expm1(nearestRoot(balance, *near, expected)), {}};
   }
   const MostRoots most = mostRoots(netted);
