@@ -179,6 +179,33 @@ TEST_F(TwinsTest, LeadTheIncomeOfATaxYearToItsRows) {
   EXPECT_THAT(opened, ::testing::Contains(Pair(twin, 5U)));
 }
 
+/// A line that the table still shows while the ledger goes on.
+TEST_F(TwinsTest, TellThatTheLedgerOfATaxYearHasChanged) {
+  manager->recordTransactions({on(day(2021, 3, 7)).sell("4", "47")}, twin, undo);
+  const auto model = std::make_shared<WorkspaceModel>();
+  model->portfolioManagers = {manager};
+  const auto tax = TaxYearViewController::make(surroundings);
+  tax->setDocumentModel(model);
+  tax->setShown(true);
+  waitUntil([&] { return !tax->isBusy(); });
+  std::vector<std::pair<TrailMaker, Decimal>> makers;
+  for (const char* column : {"taxGain", "costBase", "ledgerGain"}) {
+    const TrailMaker maker = trailIn(tax->disposals, 0, column);
+    ASSERT_NE(maker, nullptr) << column;
+    makers.emplace_back(maker, maker()->value);
+  }
+  manager->recordTransactions({on(day(2021, 2, 1)).deposit("1")}, twin, undo);
+  for (const auto& [maker, shown] : makers) {
+    EXPECT_EQ(maker()->value, shown);
+    EXPECT_FALSE(maker()->children.empty()) << "the row has moved: " << maker()->label;
+  }
+  manager->recordTransactions({on(day(2021, 3, 6)).buy("4", "1")}, twin, undo);
+  for (const auto& [maker, shown] : makers) {
+    EXPECT_EQ(maker()->value, shown);
+    EXPECT_THAT(maker()->note, HasSubstr("has changed")) << maker()->label;
+  }
+}
+
 /// The outline stands as it was made while the ledger goes on.
 TEST_F(TwinsTest, FindARowThatHasMoved) {
   panel.explain([&] { return costBaseTrail(*twin, 2, manager->calendar); });

@@ -271,7 +271,7 @@ TrailMaker TaxYearViewController::trailOf(const TaxYear::CostAtEnd& cost) const 
   };
 }
 
-/// Of the ledger itself, as far as its row still has the gain of the line.
+/// Of the ledger itself, in which the row may have moved since the line was made.
 TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposal) const {
   if (!disposal.ledgerGain) {
     return nullptr;
@@ -282,13 +282,23 @@ TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposa
     if (original == nullptr) {
       return std::nullopt;
     }
-    std::optional<TrailNode> trail;
-    if (place.position < original->transactions().size()) {
-      trail = capitalGainTrail(*original, place.position, calendar);
+    const auto& rows = original->transactions();
+    const auto isSale = [&](std::size_t row) {
+      const EquityPointer* equity = rows[row]->basic.equity();
+      return equity != nullptr && **equity == *place.equity && rows[row]->capitalGain() == gain &&
+             YearMonthDay::of(rows[row]->settlementDate(), calendar) == place.settlement;
+    };
+    std::size_t row = place.position;
+    if (row >= rows.size() || !isSale(row)) {
+      row = 0;
+      while (row < rows.size() && !isSale(row)) {
+        ++row;
+      }
     }
-    return trail && trail->value == gain
-               ? std::move(trail)
-               : ofOlderLedger("Capital gain", gain, std::string(original->primaryCurrency().code));
+    return row < rows.size()
+               ? capitalGainTrail(*original, row, calendar)
+               : std::optional(ofOlderLedger("Capital gain", gain,
+                                             std::string(original->primaryCurrency().code)));
   };
 }
 
