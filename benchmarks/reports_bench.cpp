@@ -223,18 +223,43 @@ void explainDeposits(benchmark::State& state) {
 }
 BENCHMARK(explainDeposits)->Name("Reports/explain net deposits")->Unit(benchmark::kMillisecond);
 
-/// Of the last sale of a year: the pool of its equity is walked anew.
-void explainTaxGain(benchmark::State& state) {
+/// What `explain` makes of a tax year of the world.
+template <typename Explain>
+void explainTaxYear(benchmark::State& state, Explain explain) {
   ReportedWorld& world = reportedWorld();
   const Calendar& calendar = world.manager->calendar;
   const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
-  const TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
+  question.country = state.range(0) == 0 ? TaxCountry::canada : TaxCountry::unitedKingdom;
   const TaxYear year = taxYear(portfolios, question, calendar);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(taxGainTrail(year.disposals.back(), portfolios, question, calendar));
+    benchmark::DoNotOptimize(explain(year, portfolios, question, calendar));
   }
 }
-BENCHMARK(explainTaxGain)->Name("Reports/explain a tax gain")->Unit(benchmark::kMillisecond);
+
+/// Of the last sale of a year: the pool of its equity is walked anew. Without matched shares and
+/// with them.
+void explainTaxGain(benchmark::State& state) {
+  explainTaxYear(state, [](const TaxYear& year, const auto&... asked) {
+    return taxGainTrail(year.disposals.back(), asked...);
+  });
+}
+BENCHMARK(explainTaxGain)
+    ->Name("Reports/explain a tax gain")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
+
+void explainCostAtEnd(benchmark::State& state) {
+  explainTaxYear(state, [](const TaxYear& year, const auto&... asked) {
+    return taxCostAtEndTrail(year.costs.front(), asked...);
+  });
+}
+BENCHMARK(explainCostAtEnd)
+    ->Name("Reports/explain the cost base at the end of a year")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
 
 /// With the rows of the equity that moved money.
 void explainEquityGain(benchmark::State& state) {
@@ -262,20 +287,6 @@ void explainEquityReturn(benchmark::State& state) {
 }
 BENCHMARK(explainEquityReturn)
     ->Name("Reports/explain the money-weighted return of an equity")
-    ->Unit(benchmark::kMillisecond);
-
-void explainCostAtEnd(benchmark::State& state) {
-  ReportedWorld& world = reportedWorld();
-  const Calendar& calendar = world.manager->calendar;
-  const std::vector<TaxedPortfolio> portfolios{{world.portfolio}};
-  const TaxYearQuestion question{{2023, 1, 1}, lastDay, {2024, 6, 1}};
-  const TaxYear year = taxYear(portfolios, question, calendar);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(taxCostAtEndTrail(year.costs.front(), portfolios, question, calendar));
-  }
-}
-BENCHMARK(explainCostAtEnd)
-    ->Name("Reports/explain the cost base at the end of a year")
     ->Unit(benchmark::kMillisecond);
 
 void explainCostBase(benchmark::State& state) {

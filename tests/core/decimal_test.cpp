@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <sstream>
 
 #include "support/decimals.h"
@@ -201,6 +204,25 @@ TEST(Decimal, convertsDoublesByTheirShortestDigits) {
   EXPECT_TRUE(Decimal::fromDouble(1e300).isNaN());
   EXPECT_TRUE(Decimal::fromDouble(5e-324).isZero());
   EXPECT_EQ(dec("0.1").doubleValue(), 0.1);
+}
+
+/// Prices of few digits are read another way than other doubles: both give the digits of to_chars.
+TEST(Decimal, convertsPricesLikeOtherDoubles) {
+  std::mt19937_64 random(1);
+  std::uint64_t most = 10;
+  for (int digits = 1; digits <= 17; ++digits, most *= 10) {
+    for (int i = 0; i < 2'000; ++i) {
+      const auto mantissa = static_cast<double>(random() % most);
+      const double price =
+          (i % 2 == 0 ? -mantissa : mantissa) / std::pow(10, static_cast<double>(random() % 10));
+      for (const double value : {price, std::nextafter(price, 1e18)}) {
+        std::array<char, 32> text;
+        const auto written = std::to_chars(text.data(), text.data() + text.size(), value,
+                                           std::chars_format::scientific);
+        EXPECT_EQ(Decimal::fromDouble(value), dec(std::string(text.data(), written.ptr)));
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The panel that explains figures: what is fetched for it, and the rows that it leads to.
 
+#include "presentation/daily_closes.h"
 #include "presentation/portfolio/portfolio_view_controller.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/reports/explanation_view_controller.h"
@@ -21,17 +22,9 @@ class ExplanationTest : public PortfolioScreenWorld {
   ExplanationTest() {
     quoteDollars(2);
     abc->recentPrice = 12;
-    prices->script = [](const QuoteQuery& query) {
-      if (std::holds_alternative<QuoteQuery::EventsOnly>(query.seeking)) {
-        return ScriptedQuoteProvider::refusal();
-      }
-      return ScriptedQuoteProvider::quotes(
-          ScriptedQuoteProvider::dailyBars(query, [](YearMonthDay each) {
-            Quote bar;
-            bar.open = bar.close = each < YearMonthDay{2021, 3, 5} ? 3 : 2;
-            return std::optional(bar);
-          }));
-    };
+    prices->script = dailyCloses([](const YearMonthDay& each) {
+      return each < YearMonthDay{2021, 3, 5} ? 3 : 2;
+    });
     panel.openRowHandler = [this](const PortfolioPointer& whose, std::size_t row) {
       opened.emplace_back(whose, row);
     };
@@ -184,6 +177,33 @@ TEST_F(TwinsTest, LeadTheIncomeOfATaxYearToItsRows) {
                           {Pair(portfolio, std::size_t{1}), Pair(twin, std::size_t{2})}));
   openRowsOf(trailIn(tax->disposals, 0, "costBase"));
   EXPECT_THAT(opened, ::testing::Contains(Pair(twin, 5U)));
+}
+
+/// A line that the table still shows while the ledger goes on.
+TEST_F(TwinsTest, TellThatTheLedgerOfATaxYearHasChanged) {
+  manager->recordTransactions({on(day(2021, 3, 7)).sell("4", "47")}, twin, undo);
+  const auto model = std::make_shared<WorkspaceModel>();
+  model->portfolioManagers = {manager};
+  const auto tax = TaxYearViewController::make(surroundings);
+  tax->setDocumentModel(model);
+  tax->setShown(true);
+  waitUntil([&] { return !tax->isBusy(); });
+  std::vector<std::pair<TrailMaker, Decimal>> makers;
+  for (const char* column : {"taxGain", "costBase", "ledgerGain"}) {
+    const TrailMaker maker = trailIn(tax->disposals, 0, column);
+    ASSERT_NE(maker, nullptr) << column;
+    makers.emplace_back(maker, maker()->value);
+  }
+  manager->recordTransactions({on(day(2021, 2, 1)).deposit("1")}, twin, undo);
+  for (const auto& [maker, shown] : makers) {
+    EXPECT_EQ(maker()->value, shown);
+    EXPECT_FALSE(maker()->children.empty()) << "the row has moved: " << maker()->label;
+  }
+  manager->recordTransactions({on(day(2021, 3, 6)).buy("4", "1")}, twin, undo);
+  for (const auto& [maker, shown] : makers) {
+    EXPECT_EQ(maker()->value, shown);
+    EXPECT_THAT(maker()->note, HasSubstr("has changed")) << maker()->label;
+  }
 }
 
 /// The outline stands as it was made while the ledger goes on.

@@ -1,10 +1,12 @@
 // Every figure of the reports that can be explained: its trail comes to what stands on the screen.
 
 #include "exchange/exports/portfolio_exporter.h"
+#include "presentation/daily_closes.h"
 #include "presentation/portfolio_screen_world.h"
 #include "presentation/reports/income_view_controller.h"
 #include "presentation/reports/returns_view_controller.h"
 #include "presentation/taxes/tax_year_view_controller.h"
+#include "reports/trail_checks.h"
 
 namespace corvane::testing {
 namespace {
@@ -13,19 +15,9 @@ namespace {
 class ReportFiguresTest : public PortfolioScreenWorld {
  protected:
   ReportFiguresTest() {
-    prices->script = [](const QuoteQuery& query) {
-      if (std::holds_alternative<QuoteQuery::EventsOnly>(query.seeking)) {
-        return ScriptedQuoteProvider::refusal();
-      }
-      return ScriptedQuoteProvider::quotes(
-          ScriptedQuoteProvider::dailyBars(query, [](YearMonthDay each) {
-            Quote bar;
-            bar.open = bar.close = each < YearMonthDay{2021, 2, 1}   ? Decimal(10)
-                                   : each < YearMonthDay{2021, 3, 4} ? Decimal(11)
-                                                                     : Decimal(12);
-            return std::optional(bar);
-          }));
-    };
+    prices->script = dailyCloses([](const YearMonthDay& each) {
+      return each < YearMonthDay{2021, 2, 1} ? 10 : each < YearMonthDay{2021, 3, 4} ? 11 : 12;
+    });
     abc->recentPrice = 12;
     const auto pays = [&](Date date, BasicTransaction::YieldType type, const char* amount) {
       return on(date).yield(type, amount, dec("100"));
@@ -51,16 +43,10 @@ class ReportFiguresTest : public PortfolioScreenWorld {
     }
     return digits;
   }
-  static void expectRecomputed(const TrailNode& node) {
-    EXPECT_EQ(node.recomputed(), node.value) << node.label;
-    for (const TrailNode& child : node.children) {
-      expectRecomputed(child);
-    }
-  }
   static void expectTrail(const TrailMaker& maker, const std::string& shown) {
     const auto trail = maker();
     ASSERT_TRUE(trail) << shown;
-    expectRecomputed(*trail);
+    expectRecomputes(*trail);
     DecimalNumberFormatter twoDigits;
     twoDigits.minimumFractionDigits = 2;
     twoDigits.maximumFractionDigits = 2;

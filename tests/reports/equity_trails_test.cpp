@@ -146,6 +146,29 @@ TEST(EquityTrails, NameRowsPricesAndRates) {
   EXPECT_EQ(nodeNamed(closing, "Rate of USD")->day, world.march(22));
 }
 
+/// 3 shares at 21.25 × 1.25 come in on the 12th, and 2 at 22.01 × 1.317 go out on the 24th; what
+/// was journaled before the days of the report plays no part.
+TEST(EquityTrails, NameTheRowsOfJournaledShares) {
+  EquityWorld world;
+  const auto journal = [&](int dayOfMonth, long shares) {
+    world.on(day(2021, 3, dayOfMonth));
+    return world.make(BasicTransaction::JournaledShares{world.xyz, Decimal(shares), {}});
+  };
+  world.record({journal(3, 10), journal(12, 3), journal(24, -2)});
+  const EquityTrailGround made = world.ground();
+  const EquityFigures line = world.reportOn(made).equities.back().figures;
+  const TrailNode gain = equityFigureTrail(EquityFigure::gain, line, made);
+  expectRecomputes(gain);
+  const TrailNode* journaled = nodeNamed(gain, "Shares journaled");
+  ASSERT_NE(journaled, nullptr);
+  EXPECT_EQ(journaled->value, line.journaled);
+  ASSERT_EQ(journaled->children.size(), 2U);
+  EXPECT_EQ(journaled->children.front().value, dec("79.6875"));
+  EXPECT_EQ(journaled->children.front().children.front().row->position, 1U);
+  EXPECT_EQ(journaled->children.back().label, "Journaled out");
+  EXPECT_EQ(journaled->children.back().children.front().row->position, 2U);
+}
+
 /// A line that the ledger has left behind is told as it stands, without rows that do not make it.
 TEST(EquityTrails, TellNothingThatDoesNotLeadToTheLine) {
   EquityWorld world;
@@ -158,6 +181,7 @@ TEST(EquityTrails, TellNothingThatDoesNotLeadToTheLine) {
   const TrailNode bought = equityFigureTrail(EquityFigure::bought, line.figures, made);
   EXPECT_EQ(bought.value, 110);
   EXPECT_TRUE(bought.children.empty());
+  EXPECT_THAT(bought.note, HasSubstr("has changed"));
   EXPECT_TRUE(equityFigureTrail(EquityFigure::closing, line.figures, made).children.empty());
   EXPECT_FALSE(equityTimeWeightedTrail(line, made));
   EXPECT_FALSE(equityMoneyWeightedTrail(line, made));

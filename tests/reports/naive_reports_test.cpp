@@ -361,6 +361,30 @@ TEST(NaiveReports, MoneyWeightedReturnFindsTheRootsOfItsPolynomial) {
   });
 }
 
+/// Whoever asks for the nearest rate alone gets the first of all: of purchases and sales in any
+/// order, from an expectation that may be far off.
+TEST(NaiveReports, TheNearestRateIsTheFirstOfAll) {
+  int several = 0;
+  forRandomCases(600, [&](std::mt19937_64& random) {
+    std::vector<OwnersPayment> payments;
+    YearMonthDay day{2015, 3, 1};
+    const long count = drawn(random, 40) + 2;
+    for (long i = 0; i < count; ++i, day = daysAfter(day, drawn(random, 120) + 1)) {
+      payments.push_back({day, drawn(random, 10'000) - 5000});
+    }
+    const double expected = std::exp(static_cast<double>(drawn(random, 1200) - 600) / 100) - 1;
+    const MoneyWeightedReturn all = moneyWeightedReturn(payments, expected);
+    const MoneyWeightedReturn one = moneyWeightedReturn(payments, expected, RatesWanted::nearest);
+    EXPECT_EQ(one.outcome, all.outcome);
+    ASSERT_EQ(one.period.has_value(), all.period.has_value());
+    if (one.period) {
+      EXPECT_NEAR(*one.period, *all.period, 1e-9 * (1 + *all.period));
+    }
+    several += all.otherPeriods.empty() ? 0 : 1;
+  });
+  EXPECT_GT(several, 10);
+}
+
 /// Discounted to the first day and halved, the way a textbook does it.
 TEST(NaiveReports, MoneyWeightedReturnIsWhatHalvingGives) {
   forRandomCases(60, [](std::mt19937_64& random) {

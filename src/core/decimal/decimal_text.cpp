@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "core/decimal/decimal.h"
 #include "core/decimal/decimal_rounding.h"
@@ -149,6 +150,17 @@ std::optional<Decimal> Decimal::fromWholeString(std::string_view text) {
 Decimal Decimal::fromDouble(double value) {
   if (!std::isfinite(value))
     return nan();
+  // Numbers of up to 15 digits have doubles of their own: one that reads back as `value`, as its
+  // quotient by an exact power says, is the shortest. Prices mostly have few digits.
+  constexpr double leastOf16Digits = 1e15;
+  for (const auto& [places, power] : {std::pair(2, 1e2), std::pair(4, 1e4), std::pair(8, 1e8)}) {
+    const double scaled = value * power;
+    if (std::abs(scaled) >= leastOf16Digits)
+      break;
+    const auto digits = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
+    if (static_cast<double>(digits) / power == value)
+      return fromWord(digits, -places);
+  }
   std::array<char, 32> text;
   const auto written =
       std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific);

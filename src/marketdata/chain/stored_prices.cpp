@@ -15,7 +15,9 @@ namespace {
 template <typename Element>
 void appendAll(std::optional<std::vector<Element>>& list,
                std::optional<std::vector<Element>>&& more) {
-  if (list && more) {
+  if (list && list->empty() && more) {
+    list = std::move(more);
+  } else if (list && more) {
     std::ranges::move(*more, std::back_inserter(*list));
   }
 }
@@ -70,7 +72,7 @@ struct StoredAnswer {
   }
 
   void finish() {
-    if (result.quotes) {
+    if (result.quotes && !std::ranges::is_sorted(*result.quotes, {}, &Quote::fromDate)) {
       std::ranges::sort(*result.quotes, {}, &Quote::fromDate);
     }
     if (result.events) {

@@ -143,14 +143,22 @@ std::optional<TrailNode> expectedTrail(const std::vector<ExpectedIncome>& expect
 
 std::optional<TrailNode> yieldOfAllTrail(const std::vector<ExpectedIncome>& expected,
                                          const Currency& currency) {
+  const std::string unit(currency.code);
   std::vector<TrailNode> paid;
   std::vector<TrailNode> costs;
   for (const ExpectedIncome& each : expected) {
     const std::string name = each.line.equity->symbol + ", “" + each.portfolio->name + "”";
-    paid.push_back(amountLeaf(name, each.line.lastYear, currency));
-    costs.push_back(amountLeaf(name, each.line.costBase, currency));
+    std::vector<TrailNode> payments;
+    for (const EquityIncome::PaidRow& row : each.line.paidRows) {
+      TrailNode payment = amountLeaf("Paid on today's shares", row.amount, currency);
+      payment.day = row.day;
+      payments.push_back(fromRow(std::move(payment), *each.portfolio, row.position));
+    }
+    paid.push_back(payments.empty() ? amountLeaf(name, 0, currency)
+                                    : sumOf(name, unit, std::move(payments)));
+    costs.push_back(fromRow(amountLeaf(name, each.line.costBase, currency), *each.portfolio,
+                            each.line.lastRow));
   }
-  const std::string unit(currency.code);
   TrailNode cost = sumOf("Cost base", unit, std::move(costs));
   if (cost.value <= 0) {
     return std::nullopt;

@@ -11,6 +11,7 @@
 #include "presentation/taxes/tax_year_tables.h"
 #include "reports/inquiry/frozen_ledger.h"
 #include "reports/trail/ledger_trails.h"
+#include "reports/trail/row_source.h"
 
 namespace corvane {
 namespace {
@@ -270,18 +271,35 @@ TrailMaker TaxYearViewController::trailOf(const TaxYear::CostAtEnd& cost) const 
   };
 }
 
-/// Of the ledger itself, whose row may have moved since the line was made.
+/// Of the ledger itself, in which the row may have moved since the line was made.
 TrailMaker TaxYearViewController::ledgerTrailOf(const TaxYear::Disposal& disposal) const {
   if (!disposal.ledgerGain) {
     return nullptr;
   }
-  return
-      [place = disposal.place, calendar = taxCalendar(portfolios())]() -> std::optional<TrailNode> {
-        const PortfolioPointer original = originalOf(place.portfolio);
-        return original == nullptr || original->transactions().size() <= place.position
-                   ? std::nullopt
-                   : capitalGainTrail(*original, place.position, calendar);
-      };
+  return [place = disposal.place, gain = *disposal.ledgerGain,
+          calendar = taxCalendar(portfolios())]() -> std::optional<TrailNode> {
+    const PortfolioPointer original = originalOf(place.portfolio);
+    if (original == nullptr) {
+      return std::nullopt;
+    }
+    const auto& rows = original->transactions();
+    const auto isSale = [&](std::size_t row) {
+      const EquityPointer* equity = rows[row]->basic.equity();
+      return equity != nullptr && **equity == *place.equity && rows[row]->capitalGain() == gain &&
+             YearMonthDay::of(rows[row]->settlementDate(), calendar) == place.settlement;
+    };
+    std::size_t row = place.position;
+    if (row >= rows.size() || !isSale(row)) {
+      row = 0;
+      while (row < rows.size() && !isSale(row)) {
+        ++row;
+      }
+    }
+    return row < rows.size()
+               ? capitalGainTrail(*original, row, calendar)
+               : std::optional(ofOlderLedger("Capital gain", gain,
+                                             std::string(original->primaryCurrency().code)));
+  };
 }
 
 void TaxYearViewController::openPlace(const TaxRowPlace& place) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "reports/series/report_days.h"
@@ -19,16 +20,19 @@ struct IncomeOfEquity {
     Decimal perShare;    ///< in the primary currency
     Decimal inOwn;       ///< in the currency of the payment
     bool isOwnCurrency;  ///< whether that is the equity's
+    std::size_t row;
   };
   std::vector<Paid> paid;  ///< in the shares of the row that the walk has reached
 
-  void take(const PortfolioTransaction& row, const TransactionEffect& effect,
-            const YearMonthDay& day) {
+  void take(const PortfolioTransaction& row, std::size_t position, const Calendar& calendar) {
+    const TransactionEffect effect = transactionEffect(row.basic.kind);
+    line.lastRow = position;
+    // The day is asked for where it is needed: a calendar takes longer than all else here.
+    const auto day = [&] { return YearMonthDay::of(row.settlementDate(), calendar); };
     if (line.shares.isZero() && row.sharesNet && !row.sharesNet->isZero()) {
-      heldSince = day;
+      heldSince = day();
     }
     line.shares = row.sharesNet.value_or(0);
-    line.costBase = row.costBaseNet().value_or(0);
     if (effect.splitInto && effect.declaredShares && !effect.splitInto->isZero()) {
       for (Paid& payment : paid) {
         payment.perShare = payment.perShare * *effect.declaredShares / *effect.splitInto;
@@ -37,9 +41,9 @@ struct IncomeOfEquity {
     }
     if (effect.isYield() && effect.type != TransactionType::returnOfCapital &&
         effect.declaredShares && *effect.declaredShares > 0) {
-      paid.push_back({day, effect.equivalentAmount.value_or(0) / *effect.declaredShares,
+      paid.push_back({day(), effect.equivalentAmount.value_or(0) / *effect.declaredShares,
                       effect.amount / *effect.declaredShares,
-                      *effect.currency == (*effect.equity)->currency});
+                      *effect.currency == (*effect.equity)->currency, position});
     }
   }
 };
@@ -48,15 +52,18 @@ YearMonthDay yearBefore(const YearMonthDay& day) {
   return {day.year - 1, day.month, std::min(day.day, daysInMonth(day.year - 1, day.month))};
 }
 
-void finishIncome(IncomeOfEquity& of, const YearMonthDay& today, const Currency& primary,
+void finishIncome(IncomeOfEquity& of, const YearMonthDay& today, Portfolio& portfolio,
                   const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
   EquityIncome& line = of.line;
+  const Currency& primary = portfolio.primaryCurrency();
+  line.costBase = portfolio.transactions()[line.lastRow]->costBaseNet().value_or(0);
   const YearMonthDay start = yearBefore(today);
   std::vector<Decimal> perShare;
   for (const IncomeOfEquity::Paid& payment : of.paid) {
     if (start < payment.day) {
       perShare.push_back(payment.perShare);
-      line.lastYear += payment.perShare * line.shares;
+      line.paidRows.push_back({payment.row, payment.day, payment.perShare * line.shares});
+      line.lastYear += line.paidRows.back().amount;
     }
     if (payment.isOwnCurrency) {
       line.payments.push_back({payment.day, payment.inOwn});
@@ -124,11 +131,12 @@ std::vector<IncomePeriod> incomeByPeriod(std::span<const IncomeRow> rows,
     }
     __builtin_unreachable();
   };
-  std::map<std::pair<std::string, YearMonthDay>, IncomePeriod> periods;
-  std::map<std::pair<std::string, YearMonthDay>, Decimal> before;
+  // By the code, whose text stands in `rows`.
+  std::map<std::pair<std::string_view, YearMonthDay>, IncomePeriod> periods;
+  std::map<std::pair<std::string_view, YearMonthDay>, Decimal> before;
   for (const IncomeRow& row : rows) {
     const Currency& currency = row.equivalent.currency;
-    const std::string code(currency.code);
+    const std::string_view code = currency.code;
     const YearMonthDay first = startOf(row.day);
     periods.try_emplace({code, first}, IncomePeriod{length, first, currency})
         .first->second.income += row.equivalent.amount;
@@ -152,23 +160,25 @@ std::vector<EquityIncome> equityIncomes(
     Portfolio& portfolio, const YearMonthDay& today, const Calendar& calendar,
     const std::function<std::optional<Decimal>(const Currency&)>& recentRate) {
   EquityMap<IncomeOfEquity> byEquity;
+  // Rows of one ledger share their objects, which are found sooner than their identities.
+  std::unordered_map<const EquityInfo*, IncomeOfEquity*> byObject;
   const Date end = daysAfter(today, 1).startIn(calendar);
-  for (const TransactionPointer& row : portfolio.transactions()) {
-    if (end <= row->settlementDate()) {
-      break;
-    }
-    const EquityPointer* equity = row->basic.equity();
+  const auto& rows = portfolio.transactions();
+  for (std::size_t i = 0; i < rows.size() && rows[i]->settlementDate() < end; ++i) {
+    const EquityPointer* equity = rows[i]->basic.equity();
     if (equity != nullptr) {
-      IncomeOfEquity& of = byEquity[*equity];
-      of.line.equity = *equity;
-      of.take(*row, transactionEffect(row->basic.kind),
-              YearMonthDay::of(row->settlementDate(), calendar));
+      IncomeOfEquity*& of = byObject[equity->get()];
+      if (of == nullptr) {
+        of = &byEquity[*equity];
+        of->line.equity = *equity;
+      }
+      of->take(*rows[i], i, calendar);
     }
   }
   std::vector<EquityIncome> lines;
   for (auto& [equity, of] : byEquity) {
     if (of.line.shares > 0) {
-      finishIncome(of, today, portfolio.primaryCurrency(), recentRate);
+      finishIncome(of, today, portfolio, recentRate);
       lines.push_back(std::move(of.line));
     }
   }

@@ -66,6 +66,14 @@ struct EquityIncome {
   bool isSoFar = false;
   /// The payments as one share of today was paid, in the equity's currency where they were.
   std::vector<SharePayment> payments;
+  /// The rows whose payments `lastYear` is the sum of, and the last row, by position in the ledger.
+  struct PaidRow {
+    std::size_t position;
+    YearMonthDay day;
+    Decimal amount;
+  };
+  std::vector<PaidRow> paidRows = {};
+  std::size_t lastRow = 0;
 };
 
 /// The equities that `portfolio` holds at `today`, by symbol. `recentRate` gives the units of the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <limits>
 
@@ -16,27 +17,45 @@ namespace {
 class BalanceOfPayments {
  public:
   explicit BalanceOfPayments(std::span<const OwnersPayment> payments) {
-    const double span = daysBetween(payments.front().day, payments.back().day);
-    for (std::size_t i = 0; i < payments.size(); ++i) {
-      amounts_.push_back(payments[i].amount.doubleValue());
+    // Payments of 0 at the front change no balance, and make all stretches equally long.
+    const std::size_t padding = (stretches - payments.size() % stretches) % stretches;
+    amounts_.reserve(padding + payments.size());
+    amounts_.resize(padding);
+    gapOf_.reserve(padding + payments.size());
+    gapOf_.resize(padding);
+    const std::int64_t last = dayNumber(payments.back().day);
+    std::int64_t before = dayNumber(payments.front().day);
+    const auto span = static_cast<double>(last - before);
+    parts_.push_back(0);
+    length_ = (padding + payments.size()) / stretches;
+    for (const OwnersPayment& payment : payments) {
+      const std::int64_t day = dayNumber(payment.day);
+      amounts_.push_back(payment.amount.doubleValue());
       scale_ = std::max(scale_, std::abs(amounts_.back()));
-      const int gap = i == 0 ? 0 : daysBetween(payments[i - 1].day, payments[i].day);
-      const auto known = std::ranges::find(gaps_, gap);
-      gapOf_.push_back(static_cast<std::size_t>(known - gaps_.begin()));
-      if (known == gaps_.end()) {
-        gaps_.push_back(gap);
-        parts_.push_back(gap / span);
+      gapOf_.push_back(placeOfGap(day - before, span));
+      before = day;
+      if (amounts_.size() % length_ == 0) {
+        restAfter_[amounts_.size() / length_ - 1] = static_cast<double>(last - day) / span;
       }
     }
-    growths_.resize(gaps_.size());
+    growths_.resize(parts_.size());
   }
 
   /// What is left of the payments at the end where they grow by exp(`logGrowth`) in all.
   double operator()(double logGrowth) {
     setGrowth(logGrowth);
+    // Each stretch of payments by itself, side by side: a balance waits for the one before it.
+    std::array<double, stretches> balances{};
+    for (std::size_t i = 0; i < length_; ++i) {
+#pragma GCC unroll 8
+      for (std::size_t k = 0; k < stretches; ++k) {
+        const std::size_t at = k * length_ + i;
+        balances[k] = balances[k] * growths_[gapOf_[at]] + amounts_[at];
+      }
+    }
     double balance = 0;
-    for (std::size_t i = 0; i < amounts_.size(); ++i) {
-      balance = balance * growths_[gapOf_[i]] + amounts_[i];
+    for (std::size_t k = 0; k < stretches; ++k) {
+      balance += balances[k] * std::exp(logGrowth * restAfter_[k]);
     }
     return balance;
   }
@@ -70,7 +89,7 @@ class BalanceOfPayments {
     return changes;
   }
 
-  /// The same at several points; the sums do not wait for each other.
+  /// The same at several points.
   static constexpr std::size_t batch = 8;
   using Points = std::array<double, batch>;
   Points at(const Points& logGrowths) {
@@ -83,8 +102,11 @@ class BalanceOfPayments {
     Points balance{};
     for (std::size_t i = 0; i < amounts_.size(); ++i) {
       const Points& growth = growths[gapOf_[i]];
+      const double amount = amounts_[i];
+      // Unrolled, the balances stay in registers.
+#pragma GCC unroll 8
       for (std::size_t k = 0; k < batch; ++k) {
-        balance[k] = balance[k] * growth[k] + amounts_[i];
+        balance[k] = balance[k] * growth[k] + amount;
       }
     }
     return balance;
@@ -106,9 +128,26 @@ class BalanceOfPayments {
   }
 
  private:
+  static constexpr std::size_t stretches = 8;
+
   static void countChange(double balance, double& sign, int& changes) {
     changes += balance * sign < 0 ? 1 : 0;
     sign = balance != 0 ? std::copysign(1.0, balance) : sign;
+  }
+
+  /// Where the part of the span that `days` are stands in `parts_`. Long gaps, of which there are
+  /// few, have a place each.
+  std::uint32_t placeOfGap(std::int64_t days, double span) {
+    const auto place = static_cast<std::uint32_t>(parts_.size());
+    if (days < static_cast<std::int64_t>(placeOfShortGap_.size())) {
+      std::uint32_t& known = placeOfShortGap_[static_cast<std::size_t>(days)];
+      if (days == 0 || known > 0) {
+        return known;
+      }
+      known = place;
+    }
+    parts_.push_back(static_cast<double>(days) / span);
+    return place;
   }
 
   void setGrowth(double logGrowth) {
@@ -118,10 +157,12 @@ class BalanceOfPayments {
   }
 
   std::vector<double> amounts_;
-  std::vector<std::size_t> gapOf_;
-  std::vector<int> gaps_;
-  std::vector<double> parts_;
-  std::vector<double> growths_;
+  std::vector<std::uint32_t> gapOf_;  ///< the days before each payment, by their place in `parts_`
+  std::vector<double> parts_;         ///< of the span
+  std::vector<double> growths_;       ///< over each of them
+  std::array<std::uint32_t, 64> placeOfShortGap_{};
+  std::size_t length_ = 0;                     ///< of a stretch
+  std::array<double, stretches> restAfter_{};  ///< the part of the span that follows on a stretch
   double scale_ = 0;
 };
 
@@ -149,11 +190,12 @@ double interpolatedStep(const PointOfBalance& best, const PointOfBalance& before
 /// The root between `low` and `high`, at which the signs differ: Brent's method (1973), which goes
 /// on by parabolas and secants where these close in on the root, and else by halves. The root is
 /// always between the signs, so nothing runs away.
-double rootBetween(BalanceOfPayments& balance, double low, double high) {
+double rootBetween(BalanceOfPayments& balance, const PointOfBalance& low,
+                   const PointOfBalance& high) {
   constexpr double epsilon = std::numeric_limits<double>::epsilon();
   constexpr int mostSteps = 200;
-  double best = high, before = low, opposite = low;
-  double atBest = balance(best), atBefore = balance(before), atOpposite = atBefore;
+  double best = high.at, before = low.at, opposite = low.at;
+  double atBest = high.balance, atBefore = low.balance, atOpposite = low.balance;
   double step = best - before, lastStep = step;
   for (int i = 0; i < mostSteps && atBest != 0; ++i) {
     if (std::abs(atOpposite) < std::abs(atBest)) {
@@ -194,15 +236,23 @@ double rootBetween(BalanceOfPayments& balance, double low, double high) {
 std::optional<double> rootAround(BalanceOfPayments& balance, double start) {
   const double furthest = std::log(1e9);
   constexpr double firstWidth = 0.1;
+  const auto pointAt = [&](double at) { return PointOfBalance{at, balance(at)}; };
+  PointOfBalance innerLow = pointAt(std::clamp(start, -furthest, furthest));
+  PointOfBalance innerHigh = innerLow;
   for (double width = firstWidth;; width *= 2) {
-    const double low = std::max(start - width, -furthest);
-    const double high = std::min(start + width, furthest);
-    if ((balance(low) < 0) != (balance(high) < 0)) {
-      return rootBetween(balance, low, high);
+    const PointOfBalance low = pointAt(std::max(start - width, -furthest));
+    if ((low.balance < 0) != (innerLow.balance < 0)) {
+      return rootBetween(balance, low, innerLow);
     }
-    if (low == -furthest && high == furthest) {
+    const PointOfBalance high = pointAt(std::min(start + width, furthest));
+    if ((high.balance < 0) != (innerHigh.balance < 0)) {
+      return rootBetween(balance, innerHigh, high);
+    }
+    if (low.at == -furthest && high.at == furthest) {
       return std::nullopt;
     }
+    innerLow = low;
+    innerHigh = high;
   }
 }
 
@@ -237,51 +287,94 @@ MostRoots mostRoots(std::span<const OwnersPayment> payments) {
   return most;
 }
 
-/// All roots that differ by more than a fortieth of a decade between 1e-6 and 1e6, on the sides of
-/// 1 where there can be any.
-std::vector<double> allRoots(BalanceOfPayments& balance, const MostRoots& most) {
-  constexpr int pointsOfDecade = 40;
-  constexpr int decades = 6;
+/// The points at which roots are looked for: a fortieth of a decade apart, from 1e-6 to 1e6.
+struct RootGrid {
+  static constexpr int pointsOfDecade = 40;
+  static constexpr int decades = 6;
+
+  static bool reaches(double logGrowth) { return std::abs(logGrowth) <= std::log(10.0) * decades; }
+  static double at(int point) { return std::log(10.0) * point / pointsOfDecade; }
+  /// The last point at or below `logGrowth`, within the grid.
+  static int pointBelow(double logGrowth) {
+    constexpr double end = decades * pointsOfDecade;
+    return static_cast<int>(
+        std::floor(std::clamp(logGrowth / std::log(10.0) * pointsOfDecade, -end, end - 1)));
+  }
+};
+
+/// The roots between the points `start` and `last` or a little further; of those in one cell of the
+/// grid one or none.
+std::vector<double> rootsBetween(BalanceOfPayments& balance, int start, int last) {
+  constexpr int batch = BalanceOfPayments::batch;
   std::vector<double> roots;
-  const auto at = [](int point) { return std::log(10.0) * point / pointsOfDecade; };
+  PointOfBalance before{RootGrid::at(start), balance(RootGrid::at(start))};
+  for (int first = start + 1; first <= last; first += batch) {
+    BalanceOfPayments::Points points{};
+    for (int k = 0; k < batch; ++k) {
+      points[static_cast<std::size_t>(k)] = RootGrid::at(first + k);
+    }
+    const auto balances = balance.at(points);
+    for (std::size_t k = 0; k < points.size(); ++k) {
+      const PointOfBalance after{points[k], balances[k]};
+      if ((after.balance < 0) != (before.balance < 0)) {
+        roots.push_back(rootBetween(balance, before, after));
+      }
+      before = after;
+    }
+  }
+  return roots;
+}
+
+/// All roots, on the sides of 1 where there can be any.
+std::vector<double> allRoots(BalanceOfPayments& balance, const MostRoots& most) {
   // A batch reaches over 1 on either side, where a root may stand.
   constexpr int batch = BalanceOfPayments::batch;
   int start = -batch;
   int last = batch;
-  for (int decade = 1; most.belowOne > 0 && decade <= decades; ++decade) {
-    start = -decade * pointsOfDecade;
-    if (balance.mostRootsBelow(at(start)) == 0) {
+  for (int decade = 1; most.belowOne > 0 && decade <= RootGrid::decades; ++decade) {
+    start = -decade * RootGrid::pointsOfDecade;
+    if (balance.mostRootsBelow(RootGrid::at(start)) == 0) {
       break;
     }
   }
-  for (int decade = 1; most.aboveOne > 0 && decade <= decades; ++decade) {
-    last = decade * pointsOfDecade;
-    if (balance.mostRootsAbove(at(last)) == 0) {
+  for (int decade = 1; most.aboveOne > 0 && decade <= RootGrid::decades; ++decade) {
+    last = decade * RootGrid::pointsOfDecade;
+    if (balance.mostRootsAbove(RootGrid::at(last)) == 0) {
       break;
     }
   }
-  bool isNegative = balance(at(start)) < 0;
-  for (int first = start + 1; first <= last; first += batch) {
-    BalanceOfPayments::Points points{};
-    for (int k = 0; k < static_cast<int>(points.size()); ++k) {
-      points[static_cast<std::size_t>(k)] = at(first + k);
-    }
-    const auto balances = balance.at(points);
-    for (std::size_t k = 0; k < points.size(); ++k) {
-      if ((balances[k] < 0) != isNegative) {
-        isNegative = !isNegative;
-        roots.push_back(
-            rootBetween(balance, points[k] - std::log(10.0) / pointsOfDecade, points[k]));
-      }
-    }
+  return rootsBetween(balance, start, last);
+}
+
+/// The root whose return is nearest to `expected`, where `near` is one: others are looked for no
+/// further from it, nor where there can be none.
+double nearestRoot(BalanceOfPayments& balance, double near, double expected) {
+  const auto distanceOf = [&](double root) { return std::abs(std::expm1(root) - expected); };
+  const auto pointBelow = [](double growth) {
+    return RootGrid::pointBelow(std::log(std::max(growth, std::numeric_limits<double>::min())));
+  };
+  const double distance = distanceOf(near);
+  const int lowest = pointBelow(1 + expected - distance);
+  const int highest = pointBelow(1 + expected + distance) + 1;
+  constexpr int firstStep = RootGrid::pointsOfDecade / 4;
+  int start = RootGrid::pointBelow(near) - firstStep;
+  while (start > lowest && balance.mostRootsBelow(RootGrid::at(start)) > 0) {
+    start -= RootGrid::pointsOfDecade;
   }
-  return roots;
+  int last = RootGrid::pointBelow(near) + firstStep;
+  while (last < highest && balance.mostRootsAbove(RootGrid::at(last)) > 0) {
+    last += RootGrid::pointsOfDecade;
+  }
+  const std::vector<double> roots =
+      rootsBetween(balance, std::max(start, lowest), std::min(last, highest));
+  return roots.empty() ? near : *std::ranges::min_element(roots, {}, distanceOf);
 }
 
 /// `payments` by day, without zeros at either end: at the end they would always let -100 % solve
 /// the equation.
 std::vector<OwnersPayment> nettedByDay(std::span<const OwnersPayment> payments) {
   std::vector<OwnersPayment> netted;
+  netted.reserve(payments.size());
   for (const OwnersPayment& payment : payments) {
     if (!netted.empty() && netted.back().day == payment.day) {
       netted.back().amount += payment.amount;
@@ -311,18 +404,19 @@ std::vector<OwnersPayment> ownersPayments(std::span<const ValuationDay> days) {
   if (days.empty()) {
     return payments;
   }
+  payments.reserve(days.size() + 1);
   payments.push_back({days.front().day, -days.front().value});
   for (const ValuationDay& day : days.subspan(1)) {
-    const Decimal amount = day.outflow - day.inflow;
-    if (!amount.isZero()) {
-      payments.push_back({day.day, amount});
+    if (day.outflow != day.inflow) {
+      payments.push_back({day.day, day.outflow - day.inflow});
     }
   }
   payments.push_back({days.back().day, days.back().value});
   return payments;
 }
 
-MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments, double expected) {
+MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments, double expected,
+                                        RatesWanted wanted) {
   using Outcome = MoneyWeightedReturn::Outcome;
   const std::vector<OwnersPayment> netted = nettedByDay(payments);
   if (std::ranges::none_of(netted, [](const auto& payment) { return payment.amount < 0; })) {
@@ -338,6 +432,9 @@ MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments,
   const std::optional<double> near = rootAround(balance, start);
   if (near && balance.isPureInvestment(*near)) {
     return {Outcome::rate, days, std::expm1(*near), {}};
+  }
+  if (near && wanted == RatesWanted::nearest && RootGrid::reaches(*near)) {
+    return {Outcome::rate, days, std::expm1(nearestRoot(balance, *near, expected)), {}};
   }
   const MostRoots most = mostRoots(netted);
   if (near && !most.isAtOne && most.aboveOne + most.belowOne <= 1) {

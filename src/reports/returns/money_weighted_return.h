@@ -39,10 +39,16 @@ struct MoneyWeightedReturn {
 /// closing value comes back on the last day. Of each day one.
 [[nodiscard]] std::vector<OwnersPayment> ownersPayments(std::span<const ValuationDay> days);
 
+enum class RatesWanted {
+  all,
+  nearest,  ///< the others are not looked for
+};
+
 /// The rate of `payments`, which ascend by day; those of one day are added up. Where several rates
 /// solve the equation, the one nearest to `expected` is told first: the time-weighted return of the
 /// span, or 0.
 [[nodiscard]] MoneyWeightedReturn moneyWeightedReturn(std::span<const OwnersPayment> payments,
-                                                      double expected);
+                                                      double expected,
+                                                      RatesWanted wanted = RatesWanted::all);
 
 }  // namespace corvane

@@ -15,7 +15,8 @@ EquityReturns returnsOfEquity(const EquityFigures& figures, std::span<const Valu
   EquityReturns line{.figures = figures};
   line.timeWeighted = timeWeightedReturn(days).total;
   line.moneyWeighted =
-      moneyWeightedReturn(ownersPayments(days), line.timeWeighted.value_or(0)).period;
+      moneyWeightedReturn(ownersPayments(days), line.timeWeighted.value_or(0), RatesWanted::nearest)
+          .period;
   return line;
 }
 

@@ -57,13 +57,16 @@ double Volatility::annual() const {
 Volatility volatilityOf(std::span<const double> dailyReturns, int calendarDays) {
   assert(dailyReturns.size() >= 2 && "one return has no deviation");
   const auto count = static_cast<double>(dailyReturns.size());
+  std::vector<double> logs;
+  logs.reserve(dailyReturns.size());
   double sum = 0;
   for (const double value : dailyReturns) {
-    sum += std::log1p(value);
+    logs.push_back(std::log1p(value));
+    sum += logs.back();
   }
   double squares = 0;
-  for (const double value : dailyReturns) {
-    squares += std::pow(std::log1p(value) - sum / count, 2);
+  for (const double value : logs) {
+    squares += (value - sum / count) * (value - sum / count);
   }
   return {dailyReturns.size(), std::sqrt(squares / (count - 1)), calendarDays, false};
 }

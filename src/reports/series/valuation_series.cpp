@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <deque>
 #include <map>
 #include <optional>
 #include <set>
@@ -30,10 +31,9 @@ class PriceCursor {
   }
 
   /// Whether `day` or days since the last one have brought a close.
-  bool advanceTo(std::int64_t day) {
+  bool advanceTo(const YearMonthDay& day) {
     const std::size_t before = next_;
-    while (line_ != nullptr && next_ < line_->closes.size() &&
-           dayNumber(line_->closes[next_].day) <= day) {
+    while (line_ != nullptr && next_ < line_->closes.size() && line_->closes[next_].day <= day) {
       price_ = &line_->closes[next_++].price;
     }
     return next_ != before;
@@ -98,13 +98,14 @@ struct HoldingState {
   Decimal tradedShares;
 
   void take(const PortfolioTransaction& row, const TransactionEffect& effect) {
-    shares = row.sharesNet.value_or(0);
+    shares = row.sharesNet.value_or(Decimal());
     lastRow = &row;
     if (effect.type == TransactionType::trade && !effect.sharesAdded.isZero() &&
         !effect.amount.isZero()) {
       hasTraded = true;
       isInOwnCurrency = *effect.currency == (*effect.equity)->currency;
-      tradedCash = abs(isInOwnCurrency ? effect.amount : effect.equivalentAmount.value_or(0));
+      tradedCash =
+          abs(isInOwnCurrency ? effect.amount : effect.equivalentAmount.value_or(Decimal()));
       tradedShares = abs(effect.sharesAdded);
     } else if (effect.splitInto && effect.declaredShares && !effect.declaredShares->isZero()) {
       tradedShares = tradedShares * *effect.splitInto / *effect.declaredShares;
@@ -127,10 +128,13 @@ class SeriesBuilder {
         primary_(portfolio.primaryCurrency()),
         base_(dayNumber(scope.from) - 1),
         count_(static_cast<std::size_t>(dayNumber(scope.to) - base_ + 1)),
-        totals_(count_),
+        values_(count_),
+        isAtTradePrice_(count_, 0),
+        flows_(count_),
         hasEntry_(count_, 0) {
     assert(scope.from <= scope.to && "a range has at least a day");
     series_.currency = primary_;
+    names_.reserve(count_);
     for (std::size_t day = 0; day < count_; ++day) {
       names_.push_back(dayNumbered(base_ + static_cast<std::int64_t>(day)));
     }
@@ -167,9 +171,8 @@ class SeriesBuilder {
   }
 
  private:
-  struct DayTotal {
-    Decimal value, inflow, outflow, journaled;
-    bool isAtTradePrice = false;
+  struct DayFlows {
+    Decimal inflow, outflow, journaled;
   };
 
   // Reading the ledger.
@@ -178,7 +181,6 @@ class SeriesBuilder {
     EquityMap<std::size_t> equityPlaces;
     // Rows of one ledger share their objects, which are found sooner than their identities.
     std::unordered_map<const EquityInfo*, std::size_t> places;
-    std::unordered_map<Currency, std::size_t> cashPlaces;
     const Date end = daysAfter(scope_.to, 1).startIn(calendar);
     Date nextDay = scope_.from.startIn(calendar);
     std::size_t day = 0;
@@ -203,11 +205,11 @@ class SeriesBuilder {
         equities_[known->second].rows.push_back({row.get(), day});
       }
       if (const Currency* currency = row->basic.currency()) {
-        const auto [place, isNew] = cashPlaces.try_emplace(*currency, cash_.size());
-        if (isNew) {
-          cash_.push_back({*currency, {}});
+        auto cash = std::ranges::find(cash_, *currency, &CashLine::currency);
+        if (cash == cash_.end()) {
+          cash = cash_.insert(cash_.end(), {*currency, {}});
         }
-        cash_[place->second].rows.push_back({row.get(), day});
+        cash->rows.push_back({row.get(), day});
       }
     }
   }
@@ -219,7 +221,7 @@ class SeriesBuilder {
     return !scope_.leftOut.contains(equity) && isInScope(equity->currency);
   }
   [[nodiscard]] bool isInScope(const Currency& currency) const {
-    return !scope_.leftOutCurrencies.contains(currency);
+    return scope_.leftOutCurrencies.empty() || !scope_.leftOutCurrencies.contains(currency);
   }
   /// Whether the cash of a row in `currency` is part of what is valued.
   [[nodiscard]] bool holdsCash(const Currency& currency) const {
@@ -261,9 +263,9 @@ class SeriesBuilder {
   // Rates.
 
   const DailyRates& ratesOf(const Currency& currency) {
-    const auto found = rates_.find(currency);
-    return found != rates_.end() ? found->second
-                                 : rates_.emplace(currency, makeRates(currency)).first->second;
+    const auto found = std::ranges::find(rates_, currency, &RatesOf::currency);
+    return found != rates_.end() ? found->rates
+                                 : rates_.emplace_back(currency, makeRates(currency)).rates;
   }
 
   DailyRates makeRates(const Currency& currency) {
@@ -284,7 +286,7 @@ class SeriesBuilder {
           implied = *effect.equivalentAmount / effect.amount;
         }
       }
-      made.isQuoted[day] = cursor.advanceTo(base_ + static_cast<std::int64_t>(day)) && day > 0;
+      made.isQuoted[day] = cursor.advanceTo(names_[day]) && day > 0;
       if (cursor.price() != nullptr) {
         made.rates[day] = *cursor.price();
       } else if (implied) {
@@ -303,7 +305,9 @@ class SeriesBuilder {
     }
     const DailyRates& rates = ratesOf(currency);
     if (rates.rates[day] && isInScope(currency)) {
-      totals_[day].isAtTradePrice |= rates.isImplied[day] != 0;
+      if (rates.isImplied[day] != 0) {
+        isAtTradePrice_[day] = 1;
+      }
       return amount * *rates.rates[day];
     }
     if (!equivalent) {
@@ -319,17 +323,17 @@ class SeriesBuilder {
   void addFlow(std::size_t day, const Decimal& amount) {
     hasEntry_[day] = 1;
     if (amount.sign() == Sign::minus) {
-      totals_[day].outflow -= amount;
+      flows_[day].outflow -= amount;
       series_.bridge.withdrawals -= amount;
     } else {
-      totals_[day].inflow += amount;
+      flows_[day].inflow += amount;
       series_.bridge.deposits += amount;
     }
   }
 
   void addJournaled(std::size_t day, const Decimal& amount) {
-    (amount < 0 ? totals_[day].outflow : totals_[day].inflow) += abs(amount);
-    totals_[day].journaled += amount;
+    (amount < 0 ? flows_[day].outflow : flows_[day].inflow) += abs(amount);
+    flows_[day].journaled += amount;
     series_.bridge.journaled += amount;
   }
 
@@ -340,7 +344,7 @@ class SeriesBuilder {
     if (equityIsIn == cashIsIn) {
       return;
     }
-    const Decimal received = scope_.equity != nullptr ? effect.equivalentAmount.value_or(0)
+    const Decimal received = scope_.equity != nullptr ? effect.equivalentAmount.value_or(Decimal())
                                                       : inPrimary(effect.amount, *effect.currency,
                                                                   day, effect.equivalentAmount);
     addFlow(day, equityIsIn ? -received : received);
@@ -361,13 +365,13 @@ class SeriesBuilder {
 
   // Equities.
 
-  Worth worthOf(const EquityLine& line, const HoldingState& holding, const Decimal& shares,
-                const Decimal* price, std::size_t day) {
+  /// `rates` are those of the equity's currency, null for the primary one.
+  static Worth worthOf(const HoldingState& holding, const Decimal& shares, const Decimal* price,
+                       const DailyRates* rates, std::size_t day) {
     if (shares.isZero()) {
       return {};
     }
-    const bool isForeign = line.equity->currency != primary_;
-    const DailyRates* rates = isForeign ? &ratesOf(line.equity->currency) : nullptr;
+    const bool isForeign = rates != nullptr;
     const bool hasRate = !isForeign || rates->rates[day].has_value();
     const auto atRate = [&](const Decimal& amount) {
       return isForeign ? amount * *rates->rates[day] : amount;
@@ -384,15 +388,15 @@ class SeriesBuilder {
     const Decimal cost =
         (holding.isBeforeLastRow ? std::optional<Decimal>(holding.lastRow->costBasePrior)
                                  : holding.lastRow->costBaseNet())
-            .value_or(0);
+            .value_or(Decimal());
     return {holding.shares.isZero() ? 0 : cost * shares / holding.shares, true};
   }
 
   /// What a row of the range does to the figures of its equity and to the flows.
-  void countRow(const EquityLine& line, const HoldingState& holding, const Decimal* price,
+  void countRow(const HoldingState& holding, const Decimal* price, const DailyRates* rates,
                 const RowInRange& at, const TransactionEffect& effect, EquityFigures& figures,
                 ValuationDay& ownDay) {
-    const Decimal equivalent = effect.equivalentAmount.value_or(0);
+    const Decimal equivalent = effect.equivalentAmount.value_or(Decimal());
     if (effect.type == TransactionType::trade) {
       if (effect.sharesAdded.sign() == Sign::minus) {
         figures.sold += equivalent;
@@ -401,7 +405,8 @@ class SeriesBuilder {
       }
       if (effect.isSale() && at.row->sharesNet && at.row->costBasePrior) {
         figures.realised +=
-            capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_).value_or(0);
+            capitalGain(effect, *at.row->sharesNet, *at.row->costBasePrior, primary_)
+                .value_or(Decimal());
       }
       if (equivalent.sign() == Sign::minus) {
         ownDay.inflow -= equivalent;
@@ -414,11 +419,27 @@ class SeriesBuilder {
       ownDay.outflow += equivalent;
       addMoneyFlow(at.day, effect, true);
     } else if (effect.type == TransactionType::journaledShares) {
-      const Worth moved = worthOf(line, holding, effect.sharesAdded, price, at.day);
+      const Worth moved = worthOf(holding, effect.sharesAdded, price, rates, at.day);
       figures.journaled += moved.amount;
       (moved.amount < 0 ? ownDay.outflow : ownDay.inflow) += abs(moved.amount);
       ownDay.isAtTradePrice |= moved.isAtTradePrice;
       addJournaled(at.day, moved.amount);
+    }
+  }
+
+  /// What a row takes away last is priced by what was held before it.
+  void takeRow(const RowInRange& at, HoldingState& holding, const Decimal* price,
+               const DailyRates* rates, EquityFigures& figures, ValuationDay& ownDay) {
+    const TransactionEffect effect = transactionEffect(at.row->basic.kind);
+    const Decimal heldBefore = holding.shares;
+    holding.take(*at.row, effect);
+    if (holding.shares.isZero()) {
+      HoldingState priced = holding;
+      priced.shares = heldBefore;
+      priced.isBeforeLastRow = true;
+      countRow(priced, price, rates, at, effect, figures, ownDay);
+    } else {
+      countRow(holding, price, rates, at, effect, figures, ownDay);
     }
   }
 
@@ -440,45 +461,41 @@ class SeriesBuilder {
         line.equity->currency == primary_ ? nullptr : &ratesOf(line.equity->currency);
     ownDays_.clear();
     Worth worth;
+    Worth before;  // on days with rows
     ValuationDay own;
     for (std::size_t day = 0; day < count_; ++day) {
-      const bool isPriced = prices.advanceTo(base_ + static_cast<std::int64_t>(day));
+      const bool isPriced = prices.advanceTo(names_[day]);
       const bool hasNewRate = rates != nullptr && rates->isQuoted[day] != 0;
       bool hasChanged = day == 0 || isPriced || hasNewRate;
       bool hasRows = false;
       for (; nextRow < line.rows.size() && line.rows[nextRow].day == day; ++nextRow) {
         prefetchRow(line.rows, nextRow);
-        const RowInRange& at = line.rows[nextRow];
-        const TransactionEffect effect = transactionEffect(at.row->basic.kind);
-        const Decimal heldBefore = holding.shares;
-        holding.take(*at.row, effect);
-        if (holding.shares.isZero()) {
-          HoldingState priced = holding;
-          priced.shares = heldBefore;
-          priced.isBeforeLastRow = true;
-          countRow(line, priced, prices.price(), at, effect, figures, own);
-        } else {
-          countRow(line, holding, prices.price(), at, effect, figures, own);
-        }
+        takeRow(line.rows[nextRow], holding, prices.price(), rates, figures, own);
         hasRows = hasChanged = true;
       }
-      const Worth before = worth;
+      const StateBefore state{isAboveZero(worth.amount), worth.amount.isZero()};
+      if (hasRows) {
+        before = worth;
+      }
       if (hasChanged) {
-        worth = worthOf(line, holding, holding.shares, prices.price(), day);
-        hasEntry_[day] = hasEntry_[day] != 0 || day > 0;
+        worth = worthOf(holding, holding.shares, prices.price(), rates, day);
+        if (day > 0) {
+          hasEntry_[day] = 1;
+        }
       }
       if (!worth.amount.isZero()) {
-        totals_[day].value += worth.amount;
+        values_[day] += worth.amount;
       }
-      totals_[day].isAtTradePrice |= worth.isAtTradePrice;
-      figures.isAtTradePrice |= worth.isAtTradePrice;
+      if (worth.isAtTradePrice) {
+        isAtTradePrice_[day] = 1;
+        figures.isAtTradePrice = true;
+      }
       if (day == 0) {
         figures.opening = worth.amount;
       }
       if (visitor != nullptr) {
-        own.value = worth.amount;
         own.isAtTradePrice |= worth.isAtTradePrice;
-        keepOwnDay(day, own, before);
+        keepOwnDay(day, own, worth.amount, state, before);
       }
       if (hasRows || own.isAtTradePrice) {
         own = {};
@@ -491,23 +508,32 @@ class SeriesBuilder {
     }
   }
 
+  static bool isAboveZero(const Decimal& worth) {
+    return worth.sign() == Sign::plus && !worth.isZero();
+  }
+  /// What keepOwnDay() asks of the worth of the day before on every day; copying that, only days
+  /// with rows can afford.
+  struct StateBefore {
+    bool isAboveZero;
+    bool isZero;
+  };
+
   /// Keeps a day that a return needs: one with a flow and the one before it, the first and the
-  /// last, and any without a worth to measure against.
-  void keepOwnDay(std::size_t day, const ValuationDay& own, const Worth& before) {
+  /// last, and any without a worth to measure against. `before` counts where there is a flow.
+  void keepOwnDay(std::size_t day, const ValuationDay& own, const Decimal& value,
+                  const StateBefore& state, const Worth& before) {
     const bool hasFlow = !own.inflow.isZero() || !own.outflow.isZero();
     if (hasFlow && day > 0 && ownDays_.back().day < names_[day - 1]) {
       ownDays_.push_back({.day = names_[day - 1],
                           .value = before.amount,
                           .isAtTradePrice = before.isAtTradePrice});
     }
-    const auto isPositive = [](const Decimal& worth) {
-      return worth.sign() == Sign::plus && !worth.isZero();
-    };
-    const bool isMeasurable = isPositive(own.value) && isPositive(before.amount);
-    const bool isNothing = own.value.isZero() && before.amount.isZero();
+    const bool isMeasurable = isAboveZero(value) && state.isAboveZero;
+    const bool isNothing = value.isZero() && state.isZero;
     if (hasFlow || day == 0 || day + 1 == count_ || !(isMeasurable || isNothing)) {
       ownDays_.push_back(own);
       ownDays_.back().day = names_[day];
+      ownDays_.back().value = value;
     }
   }
 
@@ -536,7 +562,7 @@ class SeriesBuilder {
         }
       }
       if (portfolio_.usesCashAccounts) {
-        totals_[day].value += inPrimary(cash, line.currency, day, std::nullopt);
+        values_[day] += inPrimary(cash, line.currency, day, std::nullopt);
         if (isForeign && day > 0 && !cash.isZero() && ratesOf(line.currency).isQuoted[day] != 0) {
           hasEntry_[day] = 1;
         }
@@ -569,9 +595,9 @@ class SeriesBuilder {
       if (hasEntry_[day] == 0) {
         continue;
       }
-      const DayTotal& total = totals_[day];
-      series_.days.push_back({names_[day], total.value, total.inflow, total.outflow,
-                              total.journaled, total.isAtTradePrice});
+      const DayFlows& flows = flows_[day];
+      series_.days.push_back({names_[day], values_[day], flows.inflow, flows.outflow,
+                              flows.journaled, isAtTradePrice_[day] != 0});
     }
     series_.bridge.opening = series_.days.front().value;
     series_.bridge.closing = series_.days.back().value;
@@ -585,9 +611,17 @@ class SeriesBuilder {
   const std::size_t count_;
   std::vector<EquityLine> equities_;
   std::vector<CashLine> cash_;
-  std::unordered_map<Currency, DailyRates> rates_;
+  struct RatesOf {
+    Currency currency;
+    DailyRates rates;
+  };
+  std::deque<RatesOf> rates_;
   std::vector<YearMonthDay> names_;  ///< of the days
-  std::vector<DayTotal> totals_;
+  // Of each day; apart from each other, since a walk of an equity adds to values on every day and
+  // to the others on few.
+  std::vector<Decimal> values_;
+  std::vector<char> isAtTradePrice_;
+  std::vector<DayFlows> flows_;
   std::vector<char> hasEntry_;
   std::vector<ValuationDay> ownDays_;
   std::set<std::string> missing_;
@@ -606,7 +640,7 @@ struct PartOfSum {
 
 /// Whether the rate was known as far as it was needed.
 bool addToSum(PartOfSum& part, const YearMonthDay& day, ValuationDay& sum, ValueBridge& bridge) {
-  part.rate.advanceTo(dayNumber(day));
+  part.rate.advanceTo(day);
   const bool hasRate = !part.isForeign || part.rate.price() != nullptr;
   const Decimal rate = part.isForeign && hasRate ? *part.rate.price() : Decimal(1);
   bool needsRate = false;

@@ -96,7 +96,7 @@ class ShareMatcher {
     const Decimal ofSale =
         taken == wanted ? left
                         : splits_.converted(taken, splits_.before(day.firstRow), splits_.before(i));
-    matches_[i].push_back({rule, day.day, ofSale, day.cost * taken / day.shares});
+    matches_[i].push_back({rule, day.day, ofSale, day.cost * taken / day.shares, taken});
     day.unmatched -= taken;
     if (rule == Rule::next30Days) {
       earlySales_[day.firstRow].push_back({rows_[i].portfolio, taken});
@@ -182,7 +182,7 @@ class ShareMatcher {
     made.isShort = rest > pool.shares;
     if (rest > 0) {
       const Decimal cost = pool.shares > 0 ? pool.cost * rest / pool.shares : Decimal();
-      made.matches.push_back({Rule::pool, row.day, rest, cost});
+      made.matches.push_back({Rule::pool, row.day, rest, cost, rest});
       pool.giveUp(rest, rules_.currency);
       made.superficial.isProvisional = rules_.today < made.superficial.to;
     }

@@ -97,6 +97,8 @@ struct TaxDisposal {
     YearMonthDay day;  ///< of the purchase; of the sale for the pool
     Decimal shares;    ///< in shares of the day of the sale
     Decimal cost;      ///< exact
+    /// The same as `shares`, in those of the first purchase of its day; of the pool as `shares`.
+    Decimal sharesOfPurchase;
   };
   std::vector<Match> matches;
 };

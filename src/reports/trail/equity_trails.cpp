@@ -61,9 +61,7 @@ class EquityTrail {
     std::vector<TrailNode> parts = {sumOf("Closing value and sales", unit_, {closing(), sold()}),
                                     opening(), bought()};
     if (!figures_.journaled.isZero()) {
-      TrailNode journaled = leaf("Shares journaled", figures_.journaled);
-      journaled.note = "at the prices of their days";
-      parts.push_back(std::move(journaled));
+      parts.push_back(journaled());
     }
     return differenceOf("Closing value and sales, less what was there and was bought", unit_,
                         std::move(parts));
@@ -83,8 +81,34 @@ class EquityTrail {
     return YearMonthDay::of(row.settlementDate(), ground_.calendar);
   }
 
+  /// What was moved in and out, at the prices of its days; a leaf where other prices than closes
+  /// stood for some of it.
+  [[nodiscard]] TrailNode journaled() const {
+    const Date start = ground_.scope.from.startIn(ground_.calendar);
+    std::vector<TrailNode> moved;
+    for (const std::size_t i : rows_) {
+      const PortfolioTransaction& row = *portfolio_.transactions()[i];
+      const TransactionEffect effect = transactionEffect(row.basic.kind);
+      if (effect.type == TransactionType::journaledShares && start <= row.settlementDate()) {
+        TrailNode shares =
+            fromRow({.label = "Shares journaled", .value = effect.sharesAdded, .day = dayOf(row)},
+                    portfolio_, i);
+        std::optional<TrailNode> worth =
+            atClose(effect.sharesAdded < 0 ? "Journaled out" : "Journaled in", std::move(shares),
+                    dayOf(row));
+        moved.push_back(worth ? std::move(*worth) : leaf("Not known", Decimal::nan()));
+      }
+    }
+    TrailNode sum = sumOf("Shares journaled", unit_, std::move(moved));
+    if (sum.value != figures_.journaled) {
+      sum = leaf("Shares journaled", figures_.journaled);
+      sum.note = "at the prices of their days";
+    }
+    return sum;
+  }
+
   /// The sum over the rows of the range of what `amountOf` has of each; a leaf where that is not
-  /// `figure`.
+  /// `figure`, since the ledger has changed.
   template <typename AmountOf>
   [[nodiscard]] TrailNode ofRows(const char* label, const Decimal& figure,
                                  AmountOf amountOf) const {
@@ -116,10 +140,7 @@ class EquityTrail {
       }
     }
     TrailNode sum = sumOf(label, unit_, std::move(leaves));
-    if (sum.value != figure) {
-      return leaf(label, figure);
-    }
-    return sum;
+    return sum.value == figure ? std::move(sum) : ofOlderLedger(label, figure, unit_);
   }
 
   [[nodiscard]] TrailNode rowLeaf(std::size_t position, const TransactionEffect& effect,
@@ -145,29 +166,40 @@ class EquityTrail {
     TrailNode whole = leaf(label, figure);
     whole.day = day;
     const auto row = lastRowUpTo(day);
+    if (figure.isZero() || !row) {
+      return whole;
+    }
+    std::optional<TrailNode> made =
+        atClose(label,
+                fromRow({.label = "Shares held",
+                         .value = portfolio_.transactions()[*row]->sharesNet.value_or(0)},
+                        portfolio_, *row),
+                day);
+    return made && made->value == figure ? std::move(*made) : whole;
+  }
+
+  /// `shares` at close and rate of `day`; none where the market has not told both.
+  [[nodiscard]] std::optional<TrailNode> atClose(const char* label, TrailNode shares,
+                                                 const YearMonthDay& day) const {
     const auto line = ground_.history->prices.find(figures_.equity);
     const PriceLine::Close* close =
         line == ground_.history->prices.end() ? nullptr : line->second.lastUpTo(day);
-    if (figure.isZero() || !row || close == nullptr) {
-      return whole;
+    if (close == nullptr) {
+      return std::nullopt;
     }
-    const std::string& symbol = figures_.equity->symbol;
     const Currency& own = figures_.equity->currency;
-    std::vector<TrailNode> factors = {
-        fromRow({.label = "Shares held",
-                 .value = portfolio_.transactions()[*row]->sharesNet.value_or(0)},
-                portfolio_, *row),
-        {.label = "Close",
-         .value = close->price,
-         .unit = std::string(own.code),
-         .day = close->day,
-         .source = "prices of " + symbol}};
+    std::vector<TrailNode> factors = {std::move(shares),
+                                      {.label = "Close",
+                                       .value = close->price,
+                                       .unit = std::string(own.code),
+                                       .day = close->day,
+                                       .source = "prices of " + figures_.equity->symbol}};
     if (own != primary_) {
       const auto rates = ground_.history->rates.find({own, primary_});
       const PriceLine::Close* rate =
           rates == ground_.history->rates.end() ? nullptr : rates->second.lastUpTo(day);
       if (rate == nullptr) {
-        return whole;
+        return std::nullopt;
       }
       factors.push_back({.label = "Rate of " + std::string(own.code),
                          .value = rate->price,
@@ -176,7 +208,7 @@ class EquityTrail {
     }
     TrailNode made = productOf(label, unit_, std::move(factors));
     made.day = day;
-    return made.value == figure ? made : whole;
+    return made;
   }
 
   [[nodiscard]] std::optional<std::size_t> lastRowUpTo(const YearMonthDay& day) const {

@@ -133,6 +133,7 @@ std::optional<TrailNode> moneyWeightedTrail(std::span<const ValuationDay> days,
   const std::string unit(currency.code);
   const std::vector<OwnersPayment> payments = paymentsByDay(days);
   std::vector<TrailNode> grown;
+  grown.reserve(payments.size());
   for (const OwnersPayment& payment : payments) {
     const double part =
         static_cast<double>(daysBetween(payment.day, payments.back().day)) / found.days;
@@ -143,8 +144,12 @@ std::optional<TrailNode> moneyWeightedTrail(std::span<const ValuationDay> days,
         .value = Decimal::fromDouble(growthTo(1 + *found.period, part)),
         .source = "growth of the period to the power of " +
                   rounded(Decimal::fromDouble(part), 6, RoundingMode::bankers).description()};
-    grown.push_back(productOf("Payment of " + isoText(payment.day) + " at the rate", unit,
-                              {std::move(amount), std::move(growth)}));
+    std::vector<TrailNode> factors;
+    factors.reserve(2);
+    factors.push_back(std::move(amount));
+    factors.push_back(std::move(growth));
+    grown.push_back(
+        productOf("Payment of " + isoText(payment.day) + " at the rate", unit, std::move(factors)));
   }
   TrailNode left = roundedTo(currency.minorUnits, "What is left of all payments at the rate",
                              sumOf("All payments at the rate", unit, std::move(grown)));

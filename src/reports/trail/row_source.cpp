@@ -32,4 +32,12 @@ TrailNode fromRow(TrailNode leaf, Portfolio& portfolio, std::size_t position) {
        position});
 }
 
+TrailNode ofOlderLedger(std::string label, const Decimal& value, std::string unit) {
+  return {
+      .label = std::move(label),
+      .value = value,
+      .unit = std::move(unit),
+      .note = "the ledger has changed since this was worked out, and its rows no longer give it"};
+}
+
 }  // namespace corvane

@@ -19,4 +19,8 @@ namespace corvane {
 /// `portfolio` is a copy of it. On the main queue, or on any thread for a FrozenPortfolio.
 [[nodiscard]] TrailNode fromRow(TrailNode leaf, Portfolio& portfolio, std::size_t position);
 
+/// A figure that was worked out before the ledger was changed, and that its rows no longer give: a
+/// leaf that says so.
+[[nodiscard]] TrailNode ofOlderLedger(std::string label, const Decimal& value, std::string unit);
+
 }  // namespace corvane

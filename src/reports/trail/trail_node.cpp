@@ -17,6 +17,15 @@ TrailNode innerNode(TrailNode::Operation operation, std::string label, std::stri
   return node;
 }
 
+/// The nodes moved into one list; an initializer list would copy all that is below them.
+template <typename... Nodes>
+std::vector<TrailNode> listOf(Nodes... nodes) {
+  std::vector<TrailNode> list;
+  list.reserve(sizeof...(nodes));
+  (list.push_back(std::move(nodes)), ...);
+  return list;
+}
+
 }  // namespace
 
 Decimal TrailNode::recomputed() const {
@@ -67,7 +76,7 @@ TrailNode productOf(std::string label, std::string unit, std::vector<TrailNode> 
 
 TrailNode quotientOf(std::string label, std::string unit, TrailNode dividend, TrailNode divisor) {
   return innerNode(TrailNode::Operation::quotient, std::move(label), std::move(unit),
-                   {std::move(dividend), std::move(divisor)});
+                   listOf(std::move(dividend), std::move(divisor)));
 }
 
 TrailNode roundedTo(int digits, std::string label, TrailNode exact) {
@@ -77,7 +86,7 @@ TrailNode roundedTo(int digits, std::string label, TrailNode exact) {
   }
   std::string unit = exact.unit;
   TrailNode node = innerNode(TrailNode::Operation::round, std::move(label), std::move(unit),
-                             {std::move(exact)}, digits);
+                             listOf(std::move(exact)), digits);
   node.note = "rounded half to even, " + std::to_string(digits) + " digits";
   return node;
 }
@@ -90,14 +99,14 @@ TrailNode leastOf(std::string label, std::string unit, std::vector<TrailNode> pa
 TrailNode solutionOf(std::string label, TrailNode unknown, TrailNode left) {
   std::string unit = unknown.unit;
   return innerNode(TrailNode::Operation::solution, std::move(label), std::move(unit),
-                   {std::move(unknown), std::move(left)});
+                   listOf(std::move(unknown), std::move(left)));
 }
 
 TrailNode percentOf(std::string label, TrailNode fraction) {
   constexpr int digits = 2;
   TrailNode hundred{.label = "Percent of a whole", .value = 100};
   return roundedTo(digits, std::move(label),
-                   productOf("In percent", "%", {std::move(fraction), std::move(hundred)}));
+                   productOf("In percent", "%", listOf(std::move(fraction), std::move(hundred))));
 }
 
 std::string_view displayName(TrailNode::Operation operation) {
