@@ -25,10 +25,10 @@ void writeWorkspace(const std::filesystem::path& package,
   // Older than any program, so that none takes it for the work of a newer one.
   WorkspaceDocument document({.sharedQuoteProvider = [&] { return provider; },
                               .appBundleVersion = "0",
-                              .appMarketingVersion = "0"});
+                              .appMarketingVersion = "0",
+                              .presentTimeZone = [] { return TimeZone(); }});
   document.makeWindowControllers(nullptr);
   const auto& manager = document.model()->portfolioManagers.front();
-  manager->calendar = Calendar(*TimeZone::withSecondsFromGMT(0));
   for (const SamplePortfolio& sample : portfolios) {
     const auto portfolio = manager->createPortfolio(sample.primaryCurrency);
     portfolio->name = sample.name;

@@ -470,5 +470,64 @@ TEST_F(ConsoleProgramTest, AnInterruptionBeforeTheImportBeginsIsNotForgotten) {
   EXPECT_EQ(contents(), before);
 }
 
+/// Runs the program as in another part of the world.
+class TravellingConsoleTest : public ConsoleProgramTest {
+ protected:
+  static void travelTo(const char* zone) { setenv("TZ", zone, 1); }
+  void TearDown() override { travelTo("America/Toronto"); }
+
+  const std::string import = "import " + examples +
+                             "penwyth-bank.tsv --into Family.corvane --portfolio Savings "
+                             "--fields tradeDate,type,symbol,cashAmount";
+  const std::string ledger = "ledger Family --portfolio Savings --csv";
+};
+
+TEST_F(TravellingConsoleTest, WarnsOfOtherDaysAndRefusesToImportThem) {
+  travelTo("Asia/Tokyo");
+  makeFamily();
+  const std::string days = program.output(ledger);
+  travelTo("America/Toronto");
+  const ProgramResult shifted = program.run(ledger);
+  EXPECT_EQ(shifted.exitCode, 0);
+  EXPECT_NE(shifted.out, days);
+  EXPECT_THAT(shifted.err,
+              AllOf(HasSubstr("were written in the time zone Asia/Tokyo. In America/Toronto, "),
+                    HasSubstr("“corvane-cli time-zone Family.corvane --use Asia/Tokyo”")));
+  for (const std::string& command : {import, import.substr(0, import.find(" --fields"))}) {
+    expectRefused(command, 1, "The days of this workspace were written");
+    EXPECT_THAT(program.run(command).err, HasSubstr("Nothing has been imported: while the days"));
+  }
+  (void)program.run("export transactions Family --portfolio Savings --out before.csv");
+
+  EXPECT_EQ(program.run("time-zone Family --use Asia/Tokyo").exitCode, 0);
+  for (const char* place : {"America/Vancouver", "Europe/London", "Asia/Tokyo"}) {
+    travelTo(place);
+    EXPECT_EQ(program.output(ledger), days) << place;
+    EXPECT_EQ(program.output("time-zone Family"),
+              "Days are shown in Asia/Tokyo, wherever the workspace is opened.\n");
+  }
+  // What is written and read there are those days too.
+  travelTo("America/Vancouver");
+  (void)program.output("export transactions Family --portfolio Savings --out there.csv");
+  travelTo("Asia/Tokyo");
+  (void)program.output("export transactions Family --portfolio Savings --out here.csv");
+  EXPECT_EQ(testing::readText(program.folder / "there.csv"),
+            testing::readText(program.folder / "here.csv"));
+  EXPECT_NE(testing::readText(program.folder / "there.csv"),
+            testing::readText(program.folder / "before.csv"));
+}
+
+TEST_F(TravellingConsoleTest, TakesTheDaysOfThePresentZone) {
+  travelTo("America/Toronto");
+  makeFamily();
+  travelTo("America/Vancouver");
+  const std::string shown = program.run(ledger).out;
+  EXPECT_EQ(program.run("time-zone Family --present").exitCode, 0);
+  EXPECT_EQ(program.output(ledger), shown);
+  EXPECT_EQ(program.output("time-zone Family"),
+            "Days are shown in America/Vancouver, the present time zone.\n");
+  expectRefused("time-zone Family --use Vancouver", 2, "“Vancouver” is no time zone such as");
+}
+
 }  // namespace
 }  // namespace corvane

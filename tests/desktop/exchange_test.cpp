@@ -8,7 +8,10 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressDialog>
 #include <QRadioButton>
+#include <QScopeGuard>
+#include <QSet>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -20,6 +23,7 @@
 #include "desktop/exchange/progress_dialog.h"
 #include "desktop/exchange/statement_dialog.h"
 #include "desktop/exchange/statement_imports_dialog.h"
+#include "desktop/exchange/work_progress.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/window_driver.h"
@@ -34,6 +38,7 @@ using desktop::MainWindow;
 using desktop::qtPath;
 using desktop::StatementDialog;
 using desktop::StatementImportsDialog;
+using desktop::WorkProgress;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -208,6 +213,59 @@ TEST_F(ExchangeTest, RemembersWhereTheColumnsAre) {
   EXPECT_TRUE(std::filesystem::exists(userProfilesFolder() / "my-bank.toml"));
   alert->accept();
   QTest::keyClick(setup, Qt::Key_Escape);
+}
+
+TEST_F(ExchangeTest, ShowsHowFarARecordingIsAndTakesItAllBackWhenCancelled) {
+  const auto file = world.folder / "ws.csv";
+  {
+    std::ofstream text(file);
+    text << "transaction_date,settlement_date,account_id,account_type,activity_type,"
+            "activity_sub_type,direction,symbol,name,currency,quantity,unit_price,commission,net_"
+            "cash_amount\n";
+    for (int i = 1; i <= 4000; ++i) {
+      text << "2026-03-22,2026-03-22,W1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,," << i << ".00\n";
+    }
+  }
+  menuItem(*window, "Import Statement")->trigger();
+  choose(file);
+  auto* dialog = waitFor<StatementDialog>();
+  ASSERT_NE(dialog, nullptr);
+  const std::size_t before = portfolio->transactions().size();
+  const auto patience = std::exchange(WorkProgress::patience, std::chrono::milliseconds(0));
+  const auto atEnd = qScopeGuard([&] { WorkProgress::patience = patience; });
+
+  // What a user sees and presses while the rows are recorded, for which events are handled then.
+  QSet<int> seen;
+  bool cancels = true;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    for (QWidget* shown : QApplication::topLevelWidgets()) {
+      auto* bar = qobject_cast<QProgressDialog*>(shown);
+      if (bar == nullptr || !bar->isVisible() ||
+          bar->labelText() != QStringLiteral("Recording the statement…")) {
+        continue;
+      }
+      seen.insert(bar->value());
+      if (cancels && seen.size() > 1) {
+        bar->cancel();
+      }
+    }
+  });
+  look.start(0);
+  pressWhenReady(*dialog, "Import 4000 Rows");
+  ASSERT_TRUE(DesktopWorld::waitUntil([&] { return seen.size() > 1; }));
+  EXPECT_EQ(portfolio->transactions().size(), before);
+  EXPECT_TRUE(dialog->isVisible());
+
+  cancels = false;
+  seen.clear();
+  buttonWith(*dialog, "Import 4000 Rows")->click();
+  auto* alert = waitFor<QMessageBox>();
+  ASSERT_NE(alert, nullptr);
+  EXPECT_EQ(alert->text().toStdString(), "Imported 4000 transactions.");
+  EXPECT_GT(seen.size(), 2);
+  EXPECT_EQ(portfolio->transactions().size(), before + 4000);
+  alert->accept();
 }
 
 TEST_F(ExchangeTest, LooksAtAStatementBeforeItGoesIn) {

@@ -218,5 +218,43 @@ TEST_F(MainWindowTest, GivesEveryControlAName) {
   }
 }
 
+TEST_F(MainWindowTest, AsksForTheTimeZoneOfDoubtfulDays) {
+  (void)world.addPortfolio(*window, "Home");
+  const auto path = world.folder / "Family.corvane";
+  window->document()->save(path);
+  ASSERT_TRUE(world.application.documentController().closeDocument(window->document()));
+  // As if all of it had been recorded three hours further west.
+  const auto general = path / WorkspaceDocument::generalPropertiesName;
+  auto properties = GeneralProperties::fromJSON(readText(general));
+  properties.datesTimeZone = DatesTimeZone{"America/Vancouver"};
+  writeText(general, properties.json());
+
+  const auto document = world.application.documentController().openDocument(path);
+  window = world.application.windows().windowOf(*document);
+  const auto dayOf = [&] {
+    const auto& manager = document->model()->portfolioManagers.front();
+    const auto& rows = manager->portfolios().front()->transactions();
+    return YearMonthDay::of(rows.front()->settlementDate(), manager->calendar).day;
+  };
+  auto* use = buttonWith(*window, "Use America/Vancouver");
+  ASSERT_NE(use, nullptr);
+  EXPECT_TRUE(use->isVisibleTo(window.get()));
+  EXPECT_EQ(dayOf(), 10);
+  ASSERT_TRUE(world.waitUntil([&] { return menuItem(*window, "Import Statement")->isEnabled(); }));
+  for (const char* import : {"Import Statement", "Import Transactions"}) {
+    menuItem(*window, import)->trigger();
+    auto* alert = openDialog<QMessageBox>(*window);
+    ASSERT_NE(alert, nullptr) << import;
+    EXPECT_THAT(alert->text().toStdString(), HasSubstr("time zone America/Vancouver")) << import;
+    alert->buttons().front()->click();
+  }
+  use->click();
+  EXPECT_FALSE(use->isVisibleTo(window.get()));
+  EXPECT_TRUE(window->isWindowModified());
+  EXPECT_EQ(dayOf(), 9);
+  document->save(path);
+  EXPECT_TRUE(readText(general).contains(R"("America/Vancouver","isUsedEverywhere":true)"));
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -33,6 +33,7 @@ namespace corvane::cli {
 [[nodiscard]] Command statementsCommand();
 [[nodiscard]] Command taxCommand();
 [[nodiscard]] Command taxSettingsCommand();
+[[nodiscard]] Command timeZoneCommand();
 [[nodiscard]] Command valueCommand();
 [[nodiscard]] Command verifyCommand();
 [[nodiscard]] Command watchCommand();

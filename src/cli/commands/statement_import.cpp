@@ -384,6 +384,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
   }
   WorkspaceFile workspace(line.required("--into"), console,
                           prices ? prices->provider() : makeOfflineProvider());
+  workspace.requireSureDates();
   workspace.requireSound();
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   run.bytes = files::read(line.word(0));

@@ -85,6 +85,14 @@ void tellOfUnsavedWork(const fs::path& temporaryDirectory, const Console& consol
                            "Nothing has been changed. Go back to a copy of the workspace.");
 }
 
+/// How a doubt about days is settled.
+std::string decisionAbout(const DatesDoubt& doubt, const fs::path& package) {
+  const std::string command = "“corvane-cli time-zone " + package.filename().string();
+  return command + " --use " + (doubt.written ? doubt.written->identifier() : "ZONE") +
+         "” goes back to the days that were written, " + command +
+         " --present” keeps those of the present zone.";
+}
+
 }  // namespace
 
 bool WorkspaceFile::exists(const std::string& path) {
@@ -112,6 +120,9 @@ WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console,
   document_->makeWindowControllers(window_);
   // A warning about a file of a newer program comes by way of the main queue.
   MainLoop::drain();
+  if (const auto& doubt = document_->model()->datesDoubt) {
+    console.warn(doubt->description() + " " + decisionAbout(*doubt, path_));
+  }
   endIfInterrupted();
 }
 
@@ -163,6 +174,15 @@ void WorkspaceFile::requireSound() const {
       failDamaged(path_, "portfolio “" + portfolio->name + "”: ",
                   error.description().value_or("the ledger is inconsistent."));
     }
+  }
+}
+
+void WorkspaceFile::requireSureDates() const {
+  if (document_->model()->datesDoubt) {
+    throw DoubtfulDatesError(
+        "Nothing has been imported: while the days of the workspace are in doubt, rows that it has "
+        "already would be recorded again.",
+        "Decide with “corvane-cli time-zone” first.");
   }
 }
 

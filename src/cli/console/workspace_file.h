@@ -13,7 +13,8 @@ namespace corvane::cli {
 
 /// A document without a window. Only save() changes the file. Errors are those of the document.
 /// What killed programs have left is cleared away first; where they left unsaved work, a line on
-/// the standard error says how it is recovered.
+/// the standard error says how it is recovered. So does one where the days of the workspace are
+/// doubtful in the user's time zone.
 class WorkspaceFile {
  public:
   /// Opens the workspace at `path`, or makes a new one where `isNew`. A name without the extension
@@ -39,6 +40,10 @@ class WorkspaceFile {
   /// To be called before the workspace is changed: throws WorkspaceFileError where its database or
   /// one of its ledgers is damaged, since a save would put that into the place of the file.
   void requireSound() const;
+
+  /// To be called before a statement is imported: throws DoubtfulDatesError where the days of the
+  /// rows are perhaps others than were recorded.
+  void requireSureDates() const;
 
   /// Throws Failed, and saves nothing, where the user has interrupted the program.
   void save();

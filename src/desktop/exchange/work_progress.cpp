@@ -12,7 +12,6 @@ WorkProgress::~WorkProgress() {
 
 void WorkProgress::show(double fraction) {
   constexpr int steps = 1000;
-  constexpr int patienceMilliseconds = 500;
   if (fraction >= 1.0) {
     close();
     return;
@@ -20,7 +19,7 @@ void WorkProgress::show(double fraction) {
   if (dialog_ == nullptr) {
     dialog_ = new QProgressDialog(text_, QStringLiteral("Cancel"), 0, steps, parent_);
     dialog_->setWindowModality(Qt::ApplicationModal);
-    dialog_->setMinimumDuration(patienceMilliseconds);
+    dialog_->setMinimumDuration(static_cast<int>(patience.count()));
     dialog_->setAutoClose(false);
     dialog_->setAutoReset(false);
     dialog_->setValue(0);  // it counts its patience from here, and without this is never shown

@@ -37,6 +37,7 @@
 #include "desktop/transactions/transactions_tab.h"
 #include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/source_list_view.h"
+#include "desktop/workspace/time_zone_bar.h"
 #include "exchange/brokers/import_export_error.h"
 #include "exchange/exports/export_controller.h"
 #include "exchange/exports/portfolio_exporter.h"
@@ -63,6 +64,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       document_(document),
       defaults_(defaults),
       frame_(MainSplitViewController::make(surroundings())),
+      timeZone_(new TimeZoneBar(document)),
       source_(new SourceView(frame_)),
       split_(new QSplitter(Qt::Horizontal)),
       detail_(new QStackedWidget),
@@ -99,7 +101,9 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   source_->setMaximumWidth(theme::widthOfLetters(57));
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
-  column->addWidget(split_);
+  column->setSpacing(0);
+  column->addWidget(timeZone_);
+  column->addWidget(split_, 1);
 
   // A table with a name of its own has columns to choose from.
   for (TableView* table : findChildren<TableView*>()) {
@@ -176,6 +180,7 @@ ScreenSurroundings WorkspaceView::surroundings() {
 
 void WorkspaceView::setDocumentModel(const std::weak_ptr<WorkspaceModel>& model) {
   frame_->setDocumentModel(model);
+  timeZone_->showDoubt();
   updateActions();
 }
 
@@ -215,7 +220,11 @@ void WorkspaceView::perform(const MainSplitViewController::Segue& segue) {
 void WorkspaceView::addExchangeActions(QMenu* menu) {
   importAction_ = menu->addAction(QStringLiteral("&Import Transactions…"));
   importAction_->setShortcut(Qt::CTRL | Qt::Key_I);
-  connect(importAction_, &QAction::triggered, this, [this] { import_->importAction(); });
+  connect(importAction_, &QAction::triggered, this, [this] {
+    if (!timeZone_->refusesImport()) {
+      import_->importAction();
+    }
+  });
   statementAction_ = menu->addAction(QStringLiteral("Import &Statement…"));
   statementAction_->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_I);
   connect(statementAction_, &QAction::triggered, this, &WorkspaceView::importStatement);
@@ -229,7 +238,7 @@ void WorkspaceView::addExchangeActions(QMenu* menu) {
 
 void WorkspaceView::importStatement() {
   const PortfolioPointer portfolio = frame_->portfolioViewController->currentData().portfolio;
-  if (portfolio == nullptr || !import_->canImport()) {
+  if (portfolio == nullptr || !import_->canImport() || timeZone_->refusesImport()) {
     return;
   }
   auto* panel = new QFileDialog(this, QStringLiteral("Import Statement"), documentsFolder());

@@ -28,6 +28,7 @@ class FirstSteps;
 class PortfolioView;
 class ReportsView;
 class SourceView;
+class TimeZoneBar;
 
 /// Shows a MainSplitViewController, and hands its screens what they need of the window.
 class WorkspaceView : public QWidget {
@@ -85,6 +86,7 @@ class WorkspaceView : public QWidget {
   UserDefaults& defaults_;
   std::function<void()> documentChanged_ = [] {};
   std::shared_ptr<MainSplitViewController> frame_;
+  TimeZoneBar* timeZone_;
   SourceView* source_;
   QSplitter* split_;
   QStackedWidget* detail_;

@@ -5,6 +5,7 @@
 
 #include "core/money/year_month_day.h"
 #include "exchange/exports/portfolio_exporter_accessory_view_controller.h"
+#include "ledger/manager/portfolio_manager.h"
 #include "platform/time/calendar.h"
 
 namespace corvane {
@@ -102,6 +103,19 @@ void PortfolioExporter::applyConfiguration() {
   updateFormatters();
 }
 
+void PortfolioExporter::writeDaysOf(const Calendar& calendar) {
+  const std::lock_guard lock(formattersMutex_);
+  timeZone_ = calendar.timeZone();
+  applied_ = nullptr;
+  updateFormatters();
+}
+
+void PortfolioExporter::writeDaysOf(const Portfolio& portfolio) {
+  if (const auto manager = portfolio.manager.lock()) {
+    writeDaysOf(manager->calendar);
+  }
+}
+
 void PortfolioExporter::updateFormatters() {
   if (const auto current = configuration(); current == applied_) {
     return;
@@ -112,6 +126,7 @@ void PortfolioExporter::updateFormatters() {
   dayTexts_.clear();
   writesDaysOnly_ = !settings.useDateFormatString || hasOnlyDays(settings.dateFormatString);
   dateFormatter_ = {};
+  dateFormatter_.timeZone = timeZone_;
   dateFormatter_.dateStyle = DateFormatter::Style::shortStyle;
   if (settings.useDateFormatString) {
     dateFormatter_.format = settings.dateFormatString;

@@ -20,6 +20,7 @@
 #include "exchange/brokers/configured_broker.h"
 #include "exchange/brokers/import_export_broker.h"
 #include "exchange/brokers/import_export_configuration.h"
+#include "ledger/portfolio/portfolio.h"
 #include "platform/system/user_defaults.h"
 #include "platform/text/formats/date_formatter.h"
 
@@ -118,6 +119,11 @@ class PortfolioExporter : public ConfiguredBroker<ExportBroker, PortfolioExportC
 
   void applyConfiguration() final;
 
+  /// Dates are written as the days that they are in `calendar`; before, as those of the user's
+  /// zone.
+  void writeDaysOf(const Calendar& calendar);
+  void writeDaysOf(const Portfolio& portfolio);
+
   /// The text of a cell, for exportValue(): the field is told by its place.
   [[nodiscard]] virtual CellText cellText(std::size_t row, std::size_t field) = 0;
 
@@ -143,6 +149,7 @@ class PortfolioExporter : public ConfiguredBroker<ExportBroker, PortfolioExportC
 
   mutable std::mutex formattersMutex_;  ///< the main queue changes what the job uses
   ConfigurationPointer applied_;
+  TimeZone timeZone_ = TimeZone::current();
   DateFormatter dateFormatter_;
   DecimalNumberFormatter currencyFormatter_;
   DecimalNumberFormatter shareCountFormatter_;

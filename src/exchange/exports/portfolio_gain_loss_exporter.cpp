@@ -69,6 +69,7 @@ PortfolioGainLossExporter::PortfolioGainLossExporter(PortfolioDataSlice slice,
       dataSlice_(std::move(slice)),
       assetEntries_(std::move(entries)),
       primaryCurrency_(dataSlice_.portfolio->primaryCurrency()) {
+  writeDaysOf(*dataSlice_.portfolio);
   const std::string openingDate = dateText(dataSlice_.nominalDateRange.lower());
   const std::string closingDate = dateText(dataSlice_.nominalDateRange.upper());
   setDefaultFilename(dataSlice_.portfolio->name + " " + closingDate);

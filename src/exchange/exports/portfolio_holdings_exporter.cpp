@@ -52,6 +52,7 @@ PortfolioHoldingsExporter::PortfolioHoldingsExporter(PortfolioDataSlice slice,
       dataSlice_(std::move(slice)),
       assetEntries_(std::move(entries)),
       primaryCurrency_(dataSlice_.portfolio->primaryCurrency()) {
+  writeDaysOf(*dataSlice_.portfolio);
   const std::string closingDate = dateText(dataSlice_.nominalDateRange.upper());
   setDefaultFilename(dataSlice_.portfolio->name + " " + closingDate);
   setTitleForSavePanel("Exporting holdings as of " + closingDate + ".");

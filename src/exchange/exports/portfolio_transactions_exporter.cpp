@@ -130,6 +130,7 @@ PortfolioTransactionsExporter::PortfolioTransactionsExporter(
     : PortfolioExporter(defaults, std::string(userDefaultsKey), fieldsOf(schema),
                         transactions.size()),
       transactions_(std::move(transactions)) {
+  writeDaysOf(portfolio);
   setDefaultFilename(portfolio.name);
   for (const TransactionPointer& row : transactions_) {
     if (const EquityPointer* equity = row->basic.equity()) {

@@ -84,7 +84,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofReturns(
     return value ? Cell(Fraction{*value}) : Cell();
   };
   using Day = ReturnDay;
-  return of(
+  const auto exporter = of(
       returnDaysOf(report),
       {{{"date", "Date"}, [&](const Day& day) { return day.valued->day.startIn(calendar); }},
        {{"value", "Value"}, [&](const Day& day) { return money(day.valued->value); }},
@@ -99,6 +99,8 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofReturns(
        {{"drawdown", "Drawdown"}, [&](const Day& day) { return fraction(day.drawdown); }},
        {{"note", "Note"}, &noteOf}},
       title, defaults);
+  exporter->writeDaysOf(calendar);
+  return exporter;
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofDisposals(const TaxYear& year,
@@ -109,7 +111,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofDisposals(const TaxY
   const auto primary = [](const Disposal& line) -> const Currency& {
     return line.place.portfolio->primaryCurrency();
   };
-  return of(
+  const auto exporter = of(
       year.disposals,
       {{{"settlement", "Settlement"},
         [&](const Disposal& line) { return line.place.settlement.startIn(calendar); }},
@@ -142,6 +144,8 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofDisposals(const TaxY
         [&](const Disposal& line) { return codeOf(primary(line)); }},
        {{"note", "Note"}, &Disposal::note}},
       title, defaults);
+  exporter->writeDaysOf(calendar);
+  return exporter;
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxIncome(const TaxYear& year,
@@ -167,7 +171,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofIncome(
   const auto rateCell = [](const std::optional<Decimal>& rate) {
     return rate ? Cell(Rate{*rate}) : Cell();
   };
-  return of(
+  const auto exporter = of(
       payments,
       {{{"date", "Date"}, [&](const Payment& line) { return line.day.startIn(calendar); }},
        {{"portfolio", "Portfolio"}, &Payment::portfolio},
@@ -185,6 +189,8 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofIncome(
         [](const Payment& line) { return std::string(displayName(line.status)); }},
        {{"note", "Note"}, &Payment::note}},
       title, defaults);
+  exporter->writeDaysOf(calendar);
+  return exporter;
 }
 
 std::optional<std::string> ReportLinesExporter::cellText(std::size_t row, std::size_t field) {

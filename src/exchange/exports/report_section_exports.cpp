@@ -51,7 +51,7 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxChecks(const TaxY
   const auto primary = [](const Check& line) -> const Currency& {
     return line.place->portfolio->primaryCurrency();
   };
-  return of(
+  const auto exporter = of(
       checks,
       {{{"settlement", "Settlement"},
         [&](const Check& line) { return line.place->settlement.startIn(calendar); }},
@@ -70,6 +70,8 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxChecks(const TaxY
         [&](const Check& line) { return codeOf(primary(line)); }},
        {{"note", "Note"}, &Check::note}},
       title, defaults);
+  exporter->writeDaysOf(calendar);
+  return exporter;
 }
 
 std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofTaxCosts(const TaxYear& year,
@@ -103,28 +105,30 @@ std::shared_ptr<ReportLinesExporter> ReportLinesExporter::ofCoverage(
       stretches.push_back({&coverage, "refused", std::nullopt});
     }
   }
-  return of(
-      stretches,
-      {{{"symbol", "Symbol"}, [](const Stretch& line) { return line.coverage->equity->symbol; }},
-       {{"kind", "Kind"},
-        [](const Stretch& line) { return line.coverage->isExchangeRate ? "rate" : "equity"; }},
-       {{"state", "State"}, [](const Stretch& line) { return std::string(line.state); }},
-       {{"from", "From"},
-        [&](const Stretch& line) {
-          return line.days ? Cell(line.days->first.startIn(calendar)) : Cell();
-        }},
-       {{"to", "To"},
-        [&](const Stretch& line) {
-          return line.days ? Cell(line.days->last.startIn(calendar)) : Cell();
-        }},
-       {{"days", "Days"},
-        [](const Stretch& line) {
-          return line.days ? Cell(Shares{daysBetween(line.days->first, line.days->last) + 1})
-                           : Cell();
-        }},
-       {{"note", "Note"},
-        [](const Stretch& line) { return line.days ? Cell() : Cell(*line.coverage->problem); }}},
-      title, defaults);
+  const auto exporter =
+      of(stretches,
+         {{{"symbol", "Symbol"}, [](const Stretch& line) { return line.coverage->equity->symbol; }},
+          {{"kind", "Kind"},
+           [](const Stretch& line) { return line.coverage->isExchangeRate ? "rate" : "equity"; }},
+          {{"state", "State"}, [](const Stretch& line) { return std::string(line.state); }},
+          {{"from", "From"},
+           [&](const Stretch& line) {
+             return line.days ? Cell(line.days->first.startIn(calendar)) : Cell();
+           }},
+          {{"to", "To"},
+           [&](const Stretch& line) {
+             return line.days ? Cell(line.days->last.startIn(calendar)) : Cell();
+           }},
+          {{"days", "Days"},
+           [](const Stretch& line) {
+             return line.days ? Cell(Shares{daysBetween(line.days->first, line.days->last) + 1})
+                              : Cell();
+           }},
+          {{"note", "Note"},
+           [](const Stretch& line) { return line.days ? Cell() : Cell(*line.coverage->problem); }}},
+         title, defaults);
+  exporter->writeDaysOf(calendar);
+  return exporter;
 }
 
 }  // namespace corvane

@@ -106,6 +106,9 @@ PortfolioTransactionsImporter::PortfolioTransactionsImporter(PortfolioPointer po
   (void)portfolio_->transactions();
   numberFormatter_.treatsEmptyStringAsZero = true;
   dateFormatter_.isLenient = true;
+  if (const auto manager = portfolio_->manager.lock()) {
+    dateFormatter_.timeZone = manager->calendar.timeZone();
+  }
   applyConfiguration();
 }
 

@@ -262,6 +262,18 @@ std::vector<TransactionPointer> readTransactions(SQLiteDatabase& database,
   return rows;
 }
 
+std::vector<Date> readDifferentDates(SQLiteDatabase& database) {
+  std::vector<Date> dates;
+  SQLiteStatement row = database.query(
+      "SELECT tradeDate FROM transactions UNION SELECT settlementDate FROM transactions;");
+  while (row.step()) {
+    if (const auto date = StoredNumbers(row).date(0)) {
+      dates.push_back(*date);
+    }
+  }
+  return dates;
+}
+
 void readYearlyTotals(SQLiteDatabase& database, StoredPortfolio& portfolio,
                       QuoteProvider& provider) {
   readEquityTotals(database, portfolio, provider);

@@ -35,6 +35,10 @@ class StoredNumbers {
     SQLiteDatabase& database, const std::shared_ptr<StoredPortfolio>& portfolio,
     QuoteProvider& provider);
 
+/// The dates of all rows of all portfolios, each once. Dates that are none are passed over. Throws
+/// SQLiteError.
+[[nodiscard]] std::vector<Date> readDifferentDates(SQLiteDatabase& database);
+
 /// Fills `snapshotsByYear` of `portfolio`. Throws like readTransactions.
 void readYearlyTotals(SQLiteDatabase& database, StoredPortfolio& portfolio,
                       QuoteProvider& provider);

@@ -15,6 +15,7 @@ constexpr std::string_view settingsKey = "lastTradingScenarioSettings";
 constexpr std::string_view watchlistKey = "watchlistSymbols";
 constexpr std::string_view taxKey = "taxSettings";
 constexpr std::string_view rolesKey = "portfolioTaxRoles";
+constexpr std::string_view timeZoneKey = "datesTimeZone";
 
 using Roles = std::map<std::int64_t, PortfolioTaxRole>;
 
@@ -103,6 +104,17 @@ Roles rolesOf(const JSONValue& value, std::string_view path) {
   return roles;
 }
 
+JSONValue timeZoneJSON(const DatesTimeZone& zone) {
+  return JSONValue::Object{{"identifier", zone.identifier},
+                           {"isUsedEverywhere", zone.isUsedEverywhere}};
+}
+
+DatesTimeZone timeZoneOf(const JSONValue& value, std::string_view path) {
+  const std::string_view everywhere = "isUsedEverywhere";
+  return {text(requiredField(value, "identifier", path), pathOf("identifier", path)),
+          requiredField(value, everywhere, path).boolean(pathOf(everywhere, path))};
+}
+
 }  // namespace
 
 std::string GeneralProperties::json() const {
@@ -125,6 +137,9 @@ std::string GeneralProperties::json() const {
   if (!taxRoles.empty()) {
     value.set(rolesKey, rolesJSON(taxRoles));
   }
+  if (datesTimeZone) {
+    value.set(timeZoneKey, timeZoneJSON(*datesTimeZone));
+  }
   return value.text();
 }
 
@@ -138,7 +153,8 @@ GeneralProperties GeneralProperties::fromJSON(std::string_view document) {
           optionalField(
               value, taxKey, "",
               [](const JSONValue& field, std::string_view) { return corvane::taxSettings(field); }),
-          optionalField(value, rolesKey, "", rolesOf).value_or(Roles())};
+          optionalField(value, rolesKey, "", rolesOf).value_or(Roles()),
+          optionalField(value, timeZoneKey, "", timeZoneOf)};
 }
 
 }  // namespace corvane

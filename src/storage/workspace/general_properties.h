@@ -11,6 +11,7 @@
 #include "core/strategy/investment_scenario.h"
 #include "core/strategy/investment_strategy.h"
 #include "core/tax/tax_settings.h"
+#include "storage/workspace/dates_time_zone.h"
 
 namespace corvane {
 
@@ -41,6 +42,7 @@ struct GeneralProperties {
   std::optional<TaxSettings> taxSettings = {};
   /// The roles that the user has confirmed, by the ids of portfolios in the database.
   std::map<std::int64_t, PortfolioTaxRole> taxRoles = {};
+  std::optional<DatesTimeZone> datesTimeZone = {};
 
   /// Compact JSON with the fields in this order. Throws JSONError for an amount that is a NaN.
   [[nodiscard]] std::string json() const;

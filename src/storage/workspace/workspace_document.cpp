@@ -8,6 +8,7 @@
 
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/log.h"
+#include "storage/database/ledger_reader.h"
 #include "storage/database/storage_verification.h"
 #include "storage/database/stored_portfolio_manager.h"
 
@@ -141,8 +142,7 @@ void WorkspaceDocument::makeWindowControllers(
     const std::shared_ptr<WorkspaceDocumentModelHaving>& window) {
   window_ = window;
   if (!fileURL() && model_->portfolioManagers.empty()) {
-    openStore();
-    loadGeneralProperties();
+    openModel();
   }
   finishLoading();
 }
@@ -198,8 +198,10 @@ void WorkspaceDocument::closeStore() {
 
 void WorkspaceDocument::openModel() {
   openStore();
+  model_->datesTimeZone.reset();
   try {
     loadGeneralProperties();
+    settleDatesTimeZone();
   } catch (const corvane::Error&) {
     // A model that was read by half must not be saved.
     closeStore();
@@ -272,12 +274,64 @@ void WorkspaceDocument::loadGeneralProperties() {
       properties.lastTradingScenarioSettings.value_or(GeneralProperties::RegressionSettings());
   model_->lastSavedAppVersion = properties.appBundleVersion;
   model_->taxSettings = properties.taxSettings.value_or(TaxSettings());
+  model_->datesTimeZone = properties.datesTimeZone;
   model_->taxRoles.clear();
   for (const PortfolioPointer& portfolio : model_->portfolios()) {
     const auto* stored = dynamic_cast<const StoredPortfolio*>(portfolio.get());
     if (stored != nullptr && properties.taxRoles.contains(stored->portfolioId)) {
       model_->taxRoles.emplace(portfolio, properties.taxRoles.at(stored->portfolioId));
     }
+  }
+}
+
+/// Opens the days in the zone that the user has chosen, else in his own. Where the rows are the
+/// same days in both, what he records from now on is in his own, which is noted then.
+void WorkspaceDocument::settleDatesTimeZone() {
+  const auto manager =
+      std::static_pointer_cast<StoredPortfolioManager>(model_->portfolioManagers.front());
+  const TimeZone present = surroundings_.presentTimeZone();
+  auto& noted = model_->datesTimeZone;
+  const auto written = noted ? TimeZone::withIdentifier(noted->identifier) : std::nullopt;
+  manager->calendar = Calendar(written && noted->isUsedEverywhere ? *written : present);
+  model_->datesDoubt.reset();
+  if (noted && (!written || noted->isUsedEverywhere || *written == present)) {
+    return;
+  }
+  try {
+    const auto dates = readDifferentDates(manager->database());
+    model_->datesDoubt = datesDoubt(dates, written, present);
+  } catch (const SQLiteError& error) {
+    // A damaged ledger is told of where it is used.
+    Log::write(error);
+    return;
+  }
+  if (!model_->datesDoubt) {
+    noted = DatesTimeZone{present.identifier()};
+  }
+}
+
+void WorkspaceDocument::useDatesTimeZone(const TimeZone& zone) {
+  changeDatesTimeZone({zone.identifier(), /*isUsedEverywhere=*/true});
+}
+
+void WorkspaceDocument::usePresentTimeZone() {
+  changeDatesTimeZone({surroundings_.presentTimeZone().identifier()});
+}
+
+void WorkspaceDocument::changeDatesTimeZone(const DatesTimeZone& zone) {
+  const auto before = std::exchange(model_->datesTimeZone, zone);
+  try {
+    writeGeneralProperties();
+  } catch (const corvane::Error&) {
+    model_->datesTimeZone = before;
+    throw;
+  }
+  closeStore();
+  openModel();
+  undoManager()->removeAllActions();
+  updateChangeCount(ChangeType::done);
+  if (const auto window = window_.lock()) {
+    window->setDocumentModel(model_);
   }
 }
 
@@ -327,6 +381,7 @@ std::string WorkspaceDocument::generalPropertiesText() const {
   if (model_->taxSettings != TaxSettings()) {
     properties.taxSettings = model_->taxSettings;
   }
+  properties.datesTimeZone = model_->datesTimeZone;
   for (const PortfolioPointer& portfolio : model_->portfolios()) {
     const auto* stored = dynamic_cast<const StoredPortfolio*>(portfolio.get());
     if (const auto role = model_->taxRoleOf(portfolio); stored != nullptr && role) {

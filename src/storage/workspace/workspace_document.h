@@ -36,6 +36,9 @@ struct WorkspaceSurroundings {
   /// Null where nobody sits in front of the program; its errors go to the log then.
   std::shared_ptr<DocumentShell> shell = nullptr;
 
+  /// The user's time zone.
+  std::function<TimeZone()> presentTimeZone = &TimeZone::current;
+
   /// Where working directories are made.
   std::filesystem::path temporaryDirectory = files::temporaryDirectory();
 };
@@ -92,6 +95,14 @@ class WorkspaceDocument final : public Document {
   /// directory throws: the caller shows it and lets the document go.
   void makeWindowControllers(const std::shared_ptr<WorkspaceDocumentModelHaving>& window);
 
+  /// Takes the days of the workspace for those of `zone`, wherever it is opened from now on. No row
+  /// is rewritten: the store is opened anew, with all changes that are not saved, but the undo
+  /// steps are gone. The window is handed the model again. Throws what read() throws.
+  void useDatesTimeZone(const TimeZone& zone);
+  /// Takes them for those of the user's time zone. Where there is a doubt about them, it is settled
+  /// until the workspace comes to yet another zone. Otherwise as useDatesTimeZone().
+  void usePresentTimeZone();
+
   [[nodiscard]] std::string typeOf(const std::filesystem::path& path) const override;
 
   /// Throws DocumentError::UnsupportedType, WorkspaceDocumentError, FileError, and
@@ -112,6 +123,8 @@ class WorkspaceDocument final : public Document {
   void openStore();
   void openModel();
   void loadGeneralProperties();
+  void settleDatesTimeZone();
+  void changeDatesTimeZone(const DatesTimeZone& zone);
   void requireReadable(const std::filesystem::path& package);
   void requireSoundStorage();
   [[nodiscard]] std::string generalPropertiesText() const;

@@ -33,6 +33,11 @@ struct WorkspaceModel {
     return found == taxRoles.end() ? std::nullopt : std::optional(found->second);
   }
 
+  // Changed by the document alone.
+  std::optional<DatesTimeZone> datesTimeZone;
+  /// None where the days are surely right. Until the user has decided, no statement is imported.
+  std::optional<DatesDoubt> datesDoubt;
+
   /// The build that wrote the file from which this was read.
   std::optional<std::string> lastSavedAppVersion;
 

@@ -1,0 +1,40 @@
+// Asks in which time zone the days of a workspace stand.
+#pragma once
+
+#include <QFrame>
+#include <functional>
+
+#include "storage/workspace/workspace_document.h"
+
+class QLabel;
+class QPushButton;
+
+namespace corvane::desktop {
+
+/// A bar above the screens, hidden while nobody doubts the days. What the user decides is done in
+/// the document, which hands the model to its window again.
+class TimeZoneBar : public QFrame {
+  Q_OBJECT
+
+ public:
+  /// `document` outlives this.
+  explicit TimeZoneBar(WorkspaceDocument& document, QWidget* parent = nullptr);
+
+  /// To be called with every model that the window gets.
+  void showDoubt();
+
+  /// Whether the days are doubtful. Then the user is told that no statement is imported before he
+  /// has decided.
+  [[nodiscard]] bool refusesImport();
+
+ private:
+  void decide(const std::function<void()>& decision);
+  void chooseZone();
+
+  WorkspaceDocument& document_;
+  QLabel* message_;
+  QPushButton* use_;
+  QPushButton* keep_;
+};
+
+}  // namespace corvane::desktop
