@@ -286,7 +286,7 @@ class SeriesBuilder {
           implied = *effect.equivalentAmount / effect.amount;
         }
       }
-      made.isQuoted[day] = cursor.advanceTo(names_[day]) && day > 0;
+      made.isQuoted[day] = cursor.advanceTo(names_[day]) && day > 0 ? 1 : 0;
       if (cursor.price() != nullptr) {
         made.rates[day] = *cursor.price();
       } else if (implied) {
