@@ -171,10 +171,9 @@ int run(int argumentCount, char** arguments) {
     theme::setBodySize(*line.renderFontSize);
   }
   const SystemAppearance system(
-      [&](Appearance now, Contrast contrast) { theme::apply(application, now, contrast); });
-  theme::prepare(system.appearance(), line.renderFolder && line.rendersHighContrast
-                                          ? Contrast::high
-                                          : system.contrast());
+      [](Appearance now, Contrast contrast) { theme::apply(now, contrast); });
+  theme::apply(system.appearance(),
+               line.renderFolder && line.rendersHighContrast ? Contrast::high : system.contrast());
 
   if (line.usesSampleMarket) {
     // A look at the invented market changes nothing of the real thing, which opens what it had

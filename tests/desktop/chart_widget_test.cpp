@@ -129,7 +129,12 @@ TEST_F(ChartWidgetTest, FollowsThePointerAndHidesItsPanel) {
 TEST_F(ChartWidgetTest, KeepsNoPicturesThatNobodySees) {
   auto* plot = static_cast<desktop::ChartPlot*>(widget.findChild<QCustomPlot*>());
   const auto buffers = [&] { return plot->bufferCount(); };
+  FiscalChartView unseenChart;
+  const desktop::ChartWidget unseen(unseenChart, QStringLiteral("Unseen"));
   ASSERT_TRUE(QTest::qWaitFor([&] { return buffers() == 1; }));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(static_cast<desktop::ChartPlot*>(unseen.findChild<QCustomPlot*>())->bufferCount(), 0)
+      << "what was never shown";
   const QImage before = widget.grab().toImage();
 
   press(Qt::Key_Right);
@@ -223,12 +228,12 @@ class ChartPictures : public ::testing::Test {
     equity->previousClosePrice = 101;
     equity->recentPrice = 104;
   }
-  ~ChartPictures() override { desktop::theme::apply(*qApp, Appearance::light); }
+  ~ChartPictures() override { desktop::theme::apply(Appearance::light); }
 
   /// Draws `chart` in both appearances and in three sizes; the picture must show something.
   void look(BaseChartView& chart, const std::string& name) {
     for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-      desktop::theme::apply(*qApp, appearance);
+      desktop::theme::apply(appearance);
       for (const QSize size : {QSize(700, 260), QSize(1100, 420), QSize(2200, 700)}) {
         ChartWidget widget(chart, QStringLiteral("Chart"));
         widget.resize(size);
@@ -303,7 +308,7 @@ TEST_F(ChartPictures, OfQuotes) {
   QuoteChartView thumbnail(QuoteChartView::Mode::thumbnail);
   thumbnail.setQuotes(bars(240, 60, session.lower()), QuoteQuery::currentPeriod(equity, true));
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-    desktop::theme::apply(*qApp, appearance);
+    desktop::theme::apply(appearance);
     QImage picture(160, 60, QImage::Format_ARGB32);
     picture.fill(desktop::theme::sidebarBackground());
     QPainter painter(&picture);
@@ -315,7 +320,7 @@ TEST_F(ChartPictures, OfQuotes) {
 }
 
 TEST_F(ChartPictures, OfTheFirstMinuteOfASession) {
-  desktop::theme::apply(*qApp, Appearance::light);
+  desktop::theme::apply(Appearance::light);
   QuoteChartView thumbnail(QuoteChartView::Mode::thumbnail);
   thumbnail.setQuotes(bars(1, 60, session.lower()), QuoteQuery::currentPeriod(equity, true));
   QImage picture(60, 32, QImage::Format_ARGB32);
@@ -392,7 +397,7 @@ TEST_F(ChartPictures, OfAPieWithManySlices) {
         {"SYM" + std::to_string(i), double(i * i), std::to_string(i * i / 43) + "%", colours[i]});
   }
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-    desktop::theme::apply(*qApp, appearance);
+    desktop::theme::apply(appearance);
     for (const QSize size : {QSize(190, 220), QSize(360, 300)}) {
       desktop::PieChartWidget widget(QStringLiteral("Holdings"));
       widget.setPie(pie);

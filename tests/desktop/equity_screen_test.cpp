@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -59,10 +60,15 @@ TEST_F(EquityScreenTest, LeadsFromTheSearchBoxToTheHistory) {
   EXPECT_FALSE(buttonWith(*window, "Add to Watchlist")->isVisible());
   EXPECT_EQ(menuItem(*window, "Undo")->text().toStdString(), "&Undo Watch “NOR”");
 
+  window->setFixedSize(1000, 640);
   menuItem(*window, "History")->trigger();
   ASSERT_TRUE(settles());
   auto* table = named<QTableView>(*window, "Price history");
   EXPECT_GT(table->model()->rowCount(), 10);
+  const QScrollBar* bar = table->verticalScrollBar();
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] {
+    return bar->maximum() > 0 && bar->value() == bar->maximum();
+  })) << "the newest rows are not in sight";
   table->selectRow(3);
   EXPECT_EQ(frame().equityViewController->history->chart.highlightedDataIndex(), 3U);
   EXPECT_FALSE(table->model()->index(3, 0).data(Qt::BackgroundRole).isValid());

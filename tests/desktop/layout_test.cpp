@@ -28,6 +28,7 @@
 #include "desktop/reports/returns_view.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
 #include "desktop/window_driver.h"
+#include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/source_list_view.h"
 
 namespace corvane::testing {
@@ -72,7 +73,7 @@ TEST_F(Layout, APieGivesWayBeforeColumnsOfMoneyDo) {
 TEST_F(Layout, AWideWindowPutsNoNameFarFromItsNumbers) {
   showPortfolio();
   resize(2560, 1440);
-  const TableView& table = holdings();
+  TableView& table = holdings();
   int shown = 0;
   int whole = 0;
   for (int column = 0; column < table.horizontalHeader()->count(); ++column) {
@@ -231,6 +232,20 @@ class LargeText {
   const QFont before_ = QApplication::font();
 };
 
+/// A portfolio in a small window with such text.
+struct SmallWindow {
+  SmallWindow() {
+    window->setFixedSize(1000, 640);
+    window->show();
+    EXPECT_TRUE(DesktopWorld::show(*window, portfolio));
+  }
+
+  const LargeText large;
+  DesktopWorld world;
+  const std::shared_ptr<MainWindow> window = world.newWindow();
+  const PortfolioPointer portfolio = world.addPortfolio(*window, "Retirement");
+};
+
 /// The texts of `form` that have less room than they need.
 std::vector<std::string> cutTexts(const QWidget& form) {
   std::vector<std::string> cut;
@@ -251,13 +266,8 @@ std::vector<std::string> cutTexts(const QWidget& form) {
 }
 
 TEST(LargeTexts, AreCutInNoFormAndFormsFitASmallWindow) {
-  const LargeText large;
-  DesktopWorld world;
-  const auto window = world.newWindow();
-  const auto portfolio = world.addPortfolio(*window, "Retirement");
-  window->setFixedSize(1000, 640);
-  window->show();
-  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  const SmallWindow small;
+  const auto& window = small.window;
   const auto look = [&](const std::string& name) {
     QApplication::processEvents();
     auto* form = openDialog<QDialog>(*window);
@@ -287,13 +297,8 @@ TEST(LargeTexts, AreCutInNoFormAndFormsFitASmallWindow) {
 }
 
 TEST(LargeTexts, LeaveAPortfolioAndItsExplanationWholeInASmallWindow) {
-  const LargeText large;
-  DesktopWorld world;
-  const auto window = world.newWindow();
-  const auto portfolio = world.addPortfolio(*window, "Retirement");
-  window->setFixedSize(1000, 640);
-  window->show();
-  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  const SmallWindow small;
+  const auto& window = small.window;
   auto& frame = DesktopWorld::frameOf(*window);
   frame.explanation.explain(frame.portfolioViewController->valueTrailMaker());
   QApplication::processEvents();
@@ -316,6 +321,34 @@ TEST(LargeTexts, LeaveAPortfolioAndItsExplanationWholeInASmallWindow) {
   EXPECT_LE(outline->columnViewportPosition(valueColumn) + outline->columnWidth(valueColumn),
             outline->viewport()->width())
       << "a value is out of sight";
+}
+
+TEST(LargeTexts, LetNothingInTheSourceListLieOverAnother) {
+  SmallWindow small;
+  small.world.addPortfolio(*small.window, "Trading");
+  QApplication::processEvents();
+  auto& source = *small.window->findChild<desktop::SourceView*>();
+  auto* prices = source.findChild<QLabel*>(QStringLiteral("priceStatus"));
+  prices->setText(
+      QStringLiteral("Prices refreshed at 8:19 PM. There is no data for KEEWA.TO. "
+                     "2 more without a price. Next at 8:21:27 PM."));
+  prices->show();
+  // No other events: a refresh would set the text of its own.
+  const auto makeHigh = [&](int height) {
+    small.window->setFixedSize(1000, height);
+    QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+  };
+  makeHigh(641);
+  const auto* reports = named<QAbstractItemView>(source, "Reports");
+  const auto* portfolios = named<QAbstractItemView>(source, "Portfolios");
+  EXPECT_LE(reports->geometry().bottom(), prices->geometry().top());
+  EXPECT_LE(prices->geometry().bottom(), source.height());
+  EXPECT_GT(portfolios->verticalScrollBar()->maximum(), 0) << "gives way first";
+  EXPECT_EQ(prices->toolTip(), prices->text()) << "then the text is cut";
+  makeHigh(900);
+  EXPECT_EQ(portfolios->verticalScrollBar()->maximum(), 0);
+  EXPECT_EQ(prices->height(), prices->heightForWidth(prices->width()));
+  EXPECT_EQ(prices->toolTip(), QString());
 }
 
 TEST(LargeTexts, PutTheChoicesOfAReportBelowATitleThatHasNoRoomBesideThem) {
@@ -416,6 +449,22 @@ TEST_F(Layout, AnEmptyWorkspaceAndPortfolioSayWhatToDo) {
   EXPECT_TRUE(named<QAbstractItemView>(*window, "Watchlist")->isVisible());
 }
 
+/// A style sheet keeps kilobytes for each widget, and a hidden page as much as one that is seen.
+TEST_F(Layout, NothingIsStyledOrMadeThatNobodySees) {
+  showPortfolio();
+  EXPECT_THAT(qApp->styleSheet(), ::testing::Eq(QString()));
+  for (const QWidget* widget : window->findChildren<QWidget*>()) {
+    EXPECT_TRUE(widget->styleSheet().isEmpty()) << qPrintable(widget->accessibleName());
+  }
+  const auto pages = [&] { return window->workspaceView().reportsView().count(); };
+  EXPECT_EQ(pages(), 0);
+  auto& frame = DesktopWorld::frameOf(*window);
+  frame.showReport(WorkspaceReport::coverage);
+  frame.showReport(WorkspaceReport::income);
+  frame.showReport(WorkspaceReport::coverage);
+  EXPECT_EQ(pages(), 2);
+}
+
 TEST(ScrollBars, AreThumbsWithoutArrows) {
   QScrollBar bar(Qt::Vertical);
   bar.resize(bar.sizeHint().width(), 200);
@@ -451,7 +500,7 @@ TEST(ScrollBars, AreThumbsWithoutArrows) {
 TEST(HighContrast, StrengthensTextsAndLeavesBackgrounds) {
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
     const auto distance = [&](desktop::Contrast contrast, Colour::Name name) {
-      desktop::theme::apply(*qApp, appearance, contrast);
+      desktop::theme::apply(appearance, contrast);
       return std::abs(desktop::theme::colour(name).lightness() -
                       desktop::theme::colour(Colour::Name::controlBackground).lightness());
     };
@@ -465,12 +514,12 @@ TEST(HighContrast, StrengthensTextsAndLeavesBackgrounds) {
     // A tinted cell of a table, which is not near to white or black.
     const Colour tint =
         Colour(Colour::Name::controlBackground).blended(0.5, Colour::Name::systemRed);
-    desktop::theme::apply(*qApp, appearance, desktop::Contrast::high);
+    desktop::theme::apply(appearance, desktop::Contrast::high);
     const QColor strong = desktop::theme::background(tint);
-    desktop::theme::apply(*qApp, appearance, desktop::Contrast::normal);
+    desktop::theme::apply(appearance, desktop::Contrast::normal);
     EXPECT_EQ(strong, desktop::theme::colour(tint));
   }
-  desktop::theme::apply(*qApp, Appearance::light);
+  desktop::theme::apply(Appearance::light);
 }
 
 }  // namespace

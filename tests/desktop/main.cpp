@@ -13,6 +13,6 @@ int main(int argumentCount, char** arguments) {
   QApplication application(argumentCount, arguments);
   // Tests close all windows and go on.
   QApplication::setQuitOnLastWindowClosed(false);
-  corvane::desktop::theme::apply(application, corvane::Appearance::light);
+  corvane::desktop::theme::apply(corvane::Appearance::light);
   return RUN_ALL_TESTS();
 }

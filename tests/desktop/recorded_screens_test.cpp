@@ -78,7 +78,7 @@ class RecordedScreens : public ::testing::TestWithParam<Recorded> {
     screen.reset();
     provider.reset();
     QApplication::processEvents();
-    desktop::theme::apply(*qApp, Appearance::light);
+    desktop::theme::apply(Appearance::light);
   }
 
   void play(const std::string& path, const std::string& name) {
@@ -116,7 +116,7 @@ class RecordedScreens : public ::testing::TestWithParam<Recorded> {
         if (kept == nullptr && size.width() > 690) {
           continue;
         }
-        desktop::theme::apply(*qApp, appearance);
+        desktop::theme::apply(appearance);
         view.setFixedSize(size);
         for (int i = 0; i < 3; ++i) {
           QApplication::processEvents();

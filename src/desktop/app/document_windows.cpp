@@ -10,7 +10,6 @@
 #include "desktop/look/documents_folder.h"
 #include "desktop/look/front_window.h"
 #include "desktop/look/qt_text.h"
-#include "desktop/look/theme.h"
 #include "platform/async/dispatch_queue.h"
 
 namespace corvane::desktop {
@@ -70,7 +69,6 @@ std::shared_ptr<WorkspaceDocumentModelHaving> DocumentWindows::showWindow(
   if (window == nullptr) {
     window = makeWindow_(document);
   }
-  theme::complete(*qApp);
   bringToFront(*window);
   return window;
 }

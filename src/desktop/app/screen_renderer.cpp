@@ -124,7 +124,7 @@ bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::p
 
 void ScreenRenderer::inBothAppearances(const std::function<void()>& render) {
   for (const Appearance appearance : {Appearance::light, Appearance::dark}) {
-    theme::apply(*qApp, appearance, theme::contrast());
+    theme::apply(appearance, theme::contrast());
     appearance_ =
         appearance == Appearance::light ? QStringLiteral("light") : QStringLiteral("dark");
     render();

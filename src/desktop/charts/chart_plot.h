@@ -3,16 +3,26 @@
 
 #include <qcustomplot.h>
 
+#include <QCoreApplication>
+#include <QEvent>
+
 namespace corvane::desktop {
 
 /// A QCustomPlot paints into pictures of its own size, each of which takes four bytes a pixel. This
-/// one makes them when it is painted and has none.
+/// one makes them when it is painted, and has none while nobody sees it.
 class ChartPlot : public QCustomPlot {
  public:
+  ChartPlot() {
+    // The base has asked for a first drawing, which would make pictures of a plot that is hidden.
+    QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
+    mReplotQueued = false;
+  }
+
   /// What the plot shows has changed.
   void redraw() {
-    if (isVisible() && !mPaintBuffers.isEmpty()) {
-      replot(rpQueuedReplot);
+    if (isVisible()) {
+      isStale_ = true;
+      update();
     } else {
       releaseBuffers();
     }
@@ -27,7 +37,8 @@ class ChartPlot : public QCustomPlot {
 
  protected:
   void paintEvent(QPaintEvent* event) override {
-    if (mPaintBuffers.isEmpty()) {
+    if (isStale_ || mPaintBuffers.isEmpty()) {
+      isStale_ = false;
       replot(rpQueuedRefresh);
     }
     QCustomPlot::paintEvent(event);
@@ -40,6 +51,9 @@ class ChartPlot : public QCustomPlot {
     QCustomPlot::hideEvent(event);
     releaseBuffers();
   }
+
+ private:
+  bool isStale_ = false;
 };
 
 }  // namespace corvane::desktop

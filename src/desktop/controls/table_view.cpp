@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QStyle>
 #include <algorithm>
+#include <utility>
 
 #include "desktop/look/attributed_text_view.h"
 #include "desktop/look/qt_text.h"
@@ -162,7 +163,14 @@ void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
 }
 
 void TableView::fitColumns() {
-  if (model() == nullptr) {
+  isStale_ = model() != nullptr;
+  if (isVisible()) {
+    fitStaleColumns();
+  }
+}
+
+void TableView::fitStaleColumns() {
+  if (!std::exchange(isStale_, false)) {
     return;
   }
   fittedWidths_.clear();
@@ -203,6 +211,9 @@ int TableView::widthOfRows(int column, int first, int last) const {
 
 /// Rows that come one after the other only make columns wider, so that nothing jumps to and fro.
 void TableView::widenColumns(int first, int last) {
+  if (isStale_) {
+    return;
+  }
   for (int column = 0; column < model()->columnCount(); ++column) {
     if (isColumnHidden(column) || chosenWidth(column)) {
       continue;
@@ -313,11 +324,13 @@ int TableView::widthBesideStretchedColumn() const {
   return width;
 }
 
-int TableView::neededWidth() const {
+int TableView::neededWidth() {
+  fitStaleColumns();
   return widthBesideStretchedColumn() + stretchedColumnWidth_;
 }
 
-int TableView::leastWidth() const {
+int TableView::leastWidth() {
+  fitStaleColumns();
   return widthBesideStretchedColumn() + std::min(stretchedColumnWidth_, leastStretchedWidth_);
 }
 
@@ -374,9 +387,14 @@ void TableView::paintEvent(QPaintEvent* event) {
 
 void TableView::resizeEvent(QResizeEvent* event) {
   QTableView::resizeEvent(event);
-  if (model() != nullptr) {
+  if (model() != nullptr && !isStale_) {
     stretch();
   }
+}
+
+void TableView::showEvent(QShowEvent* event) {
+  fitStaleColumns();
+  QTableView::showEvent(event);
 }
 
 }  // namespace corvane::desktop

@@ -50,14 +50,15 @@ class TableView : public QTableView {
   void setTable(TableModelAdapter* adapter, const TableModel& table);
   /// Makes each column wide enough for its heading and for its rows, of which it looks at a sample
   /// where there are many.
+  /// A table that is not seen does so when it is shown, or its widths are asked for.
   void fitColumns();
   void copySelectedRows() const;
   /// Selects `row` alone and scrolls to it; nothing is selected without one.
   void chooseRow(std::optional<std::size_t> row);
   /// The width at which no column is cut short.
-  [[nodiscard]] int neededWidth() const;
+  [[nodiscard]] int neededWidth();
   /// The width at which only the column of names is cut short, as far as it may be.
-  [[nodiscard]] int leastWidth() const;
+  [[nodiscard]] int leastWidth();
 
   /// How narrow the column of names may get, in pixels, before the table scrolls sideways.
   void setLeastStretchedWidth(int width) { leastStretchedWidth_ = width; }
@@ -86,8 +87,10 @@ class TableView : public QTableView {
   void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
+  void fitStaleColumns();
   void noteWidth(int column, int oldWidth, int width);
   [[nodiscard]] int fittingWidth(int column) const;
   [[nodiscard]] int fittedWidth(int column) const;
@@ -103,6 +106,7 @@ class TableView : public QTableView {
   std::map<int, int> chosenWidths_;  ///< by column
   std::map<int, int>
       fittedWidths_;        ///< of the columns that are shown, before they share what is left
+  bool isStale_ = false;    ///< the columns are to be fitted
   bool isFitting_ = false;  ///< sections are sized by the table, not by its user
   int stretchedColumn_ = 0;
   int stretchedColumnWidth_ = 0;  ///< that it needs

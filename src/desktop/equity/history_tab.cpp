@@ -7,6 +7,7 @@
 #include <QSplitter>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/busy_bar.h"
@@ -96,17 +97,29 @@ void HistoryTab::updateRows() {
   adapter_->reload();
   isShowingSelection_ = false;
   table_->setPlaceholderText(qtText(controller_->chart.noDataText));
-  // The table knows where its rows are only after it has been laid out.
-  QTimer::singleShot(0, this, &HistoryTab::scrollToNewest);
+  isNewestWanted_ = true;
+  scrollToNewest();
   showSelection(false);
   update();
 }
 
+void HistoryTab::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  scrollToNewest();
+}
+
+/// A table knows where its rows are only once it has its size, and has been laid out.
 void HistoryTab::scrollToNewest() {
-  if (const auto row = controller_->rowToScrollTo(); row && !controller_->selectedRow()) {
-    table_->scrollTo(adapter_->index(static_cast<int>(*row), 0),
-                     QAbstractItemView::PositionAtCenter);
-  }
+  QTimer::singleShot(0, this, [this] {
+    if (!isVisible() || !std::exchange(isNewestWanted_, false)) {
+      return;
+    }
+    if (const auto row = controller_->rowToScrollTo(); row && !controller_->selectedRow()) {
+      table_->doItemsLayout();
+      table_->scrollTo(adapter_->index(static_cast<int>(*row), 0),
+                       QAbstractItemView::PositionAtCenter);
+    }
+  });
 }
 
 void HistoryTab::showSelection(bool takesKeyboard) {

@@ -22,6 +22,9 @@ class HistoryTab : public QWidget {
  public:
   explicit HistoryTab(std::shared_ptr<HistoryViewController> controller, QWidget* parent = nullptr);
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   QWidget* makeUpper();
   void update();
@@ -36,6 +39,7 @@ class HistoryTab : public QWidget {
   TableModelAdapter* adapter_;
   TableView* table_;
   bool isShowingSelection_ = false;
+  bool isNewestWanted_ = false;  ///< the rows are new, and were not seen yet
   Subscription changes_;
   Subscription rowsChanges_;
   Subscription selectionChanges_;

@@ -77,12 +77,6 @@ OverviewTab::OverviewTab(std::shared_ptr<OverviewViewController> controller, QWi
 
 QWidget* OverviewTab::makePeriods() {
   auto* bar = new QWidget;
-  // The chosen period must be told from the others in the dark as well.
-  bar->setStyleSheet(
-      QStringLiteral("QPushButton:checked { background: palette(highlight);"
-                     " color: palette(highlighted-text); border: none; border-radius: 3px;"
-                     " padding: 5px %1px; font-weight: 600; }")
-          .arg(chosenPadding));
   auto* row = new FlowRow(bar);
   row->setSpacing(2);
   int segment = 0;

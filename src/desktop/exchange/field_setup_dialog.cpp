@@ -222,7 +222,6 @@ void FieldSetupDialog::layOut() {
   table_->setDragDropOverwriteMode(false);
   table_->setShowGrid(false);
   table_->setAlternatingRowColors(true);
-  table_->setFrameShape(QFrame::StyledPanel);
   table_->verticalHeader()->hide();
   table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 16);
   QHeaderView* heading = table_->horizontalHeader();

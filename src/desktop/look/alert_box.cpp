@@ -5,7 +5,6 @@
 #include <QPushButton>
 
 #include "desktop/look/qt_text.h"
-#include "desktop/look/theme.h"
 
 namespace corvane::desktop {
 namespace {
@@ -38,7 +37,6 @@ ErrorText errorText(const Error& error) {
 
 QMessageBox* makeAlert(QWidget* parent, AlertKind kind, const QString& message,
                        const QString& informative, const QStringList& buttons) {
-  theme::complete(*qApp);
   auto* box = new QMessageBox(parent);  // NOLINT(cppcoreguidelines-owning-memory): the parent owns
   box->setIcon(kind == AlertKind::message   ? QMessageBox::Information
                : kind == AlertKind::warning ? QMessageBox::Warning

@@ -3,11 +3,16 @@
 #include <QAbstractScrollArea>
 #include <QComboBox>
 #include <QEvent>
+#include <QHeaderView>
 #include <QLabel>
+#include <QListView>
 #include <QMenu>
 #include <QPainter>
+#include <QPushButton>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QTabBar>
+#include <QTableView>
 #include <algorithm>
 #include <optional>
 
@@ -20,6 +25,11 @@ namespace {
 constexpr int scrollBarExtent = 12;
 constexpr int leastThumb = 28;
 constexpr double thumbInset = 2.5;
+constexpr QMargins headingMargins(6, 5, 6, 6);  // the last row of them is the line below
+constexpr QMargins tabMargins(16, 7, 16, 9);    // with the line below
+constexpr int tabLine = 2;
+constexpr int tooltipFrame = 4;
+constexpr int leastPlacesWidth = 130;  // in the panel for files
 
 /// The edge of a field in a dark window or one of high contrast; that of the field with the
 /// keyboard is the style's own.
@@ -168,6 +178,78 @@ void drawScrollBar(const QStyleOptionSlider& bar, QPainter& painter, const QColo
   painter.restore();
 }
 
+/// The ground of a heading, with a line between it and the table.
+void drawHeadingGround(const QRect& rect, QPainter& painter, bool hasLine) {
+  painter.fillRect(rect, theme::colour(Colour::Name::controlBackground));
+  if (hasLine) {
+    painter.fillRect(QRect(rect.left(), rect.bottom(), rect.width(), 1),
+                     theme::colour(Colour::Name::separator));
+  }
+}
+
+/// A button that is chosen among others must be told from them in the dark as well.
+void drawChosenBevel(const QStyleOption& button, QPainter& painter) {
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(button.palette.color(QPalette::Highlight));
+  painter.drawRoundedRect(button.rect, 3, 3);
+  painter.restore();
+}
+
+void drawChosenLabel(const QStyleOptionButton& button, QPainter& painter) {
+  painter.save();
+  QFont font = painter.font();
+  font.setWeight(QFont::DemiBold);
+  painter.setFont(font);
+  painter.setPen(button.palette.color(QPalette::HighlightedText));
+  painter.drawText(button.rect, Qt::AlignCenter | Qt::TextShowMnemonic, button.text);
+  painter.restore();
+}
+
+void drawTabLine(const QStyleOption& tab, QPainter& painter) {
+  if (tab.state.testFlag(QStyle::State_Selected)) {
+    painter.fillRect(
+        QRect(tab.rect.left(), tab.rect.bottom() + 1 - tabLine, tab.rect.width(), tabLine),
+        theme::colour(Colour::Name::systemBlue));
+  }
+}
+
+Colour::Name tabInk(QStyle::State state) {
+  if (state.testFlag(QStyle::State_HasFocus)) {
+    return Colour::Name::systemBlue;
+  }
+  return state & (QStyle::State_Selected | QStyle::State_MouseOver) ? Colour::Name::label
+                                                                    : Colour::Name::secondaryLabel;
+}
+
+/// `option` with text in `ink`, wherever its palette is looked at for it.
+template <class Option>
+Option withInk(const Option& option, Colour::Name ink) {
+  Option made = option;
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    made.palette.setColor(role, theme::colour(ink));
+  }
+  return made;
+}
+
+/// A list or table of ours says by other means where the keyboard is.
+bool hasFocusFrame(const QWidget* widget) {
+  return qobject_cast<const QTableView*>(widget) == nullptr &&
+         (widget == nullptr || widget->objectName() != QLatin1String("sourceList"));
+}
+
+/// What the toolkit's own panels leave to the style.
+void polishPanelPart(QWidget& widget) {
+  if (widget.objectName() == QLatin1String("qt_msgbox_label")) {
+    QFont font = widget.font();
+    font.setWeight(QFont::DemiBold);
+    widget.setFont(font);
+  } else if (widget.objectName() == QLatin1String("sidebar") && widget.inherits("QSidebar")) {
+    widget.setMinimumWidth(leastPlacesWidth);
+  }
+}
+
 /// A screen reader hears the value of a box as its name, and its name only from a label beside it.
 /// Where there is none, one that is not seen says it.
 void nameAloud(QComboBox& box) {
@@ -254,7 +336,12 @@ void CorvaneStyle::polish(QWidget* widget) {
   QProxyStyle::polish(widget);
   if (qobject_cast<QComboBox*>(widget) != nullptr) {
     widget->installEventFilter(this);
+  } else if (auto* table = qobject_cast<QTableView*>(widget)) {
+    table->setFrameShape(QFrame::NoFrame);
+  } else if (qobject_cast<QTabBar*>(widget) != nullptr) {
+    widget->setAttribute(Qt::WA_Hover);
   }
+  polishPanelPart(*widget);
 }
 
 void CorvaneStyle::unpolish(QWidget* widget) {
@@ -282,6 +369,50 @@ void CorvaneStyle::drawControl(ControlElement element, const QStyleOption* optio
                  button->state.testFlag(State_Enabled), button->text, QPalette::ButtonText);
     return;
   }
+  if (button != nullptr && button->state.testFlag(State_On) &&
+      qobject_cast<const QPushButton*>(widget) != nullptr) {
+    if (element == CE_PushButtonBevel) {
+      drawChosenBevel(*button, *painter);
+      return;
+    }
+    if (element == CE_PushButtonLabel) {
+      drawChosenLabel(*button, *painter);
+      return;
+    }
+  }
+  switch (element) {
+    case CE_HeaderSection:
+      drawHeadingGround(option->rect, *painter,
+                        qobject_cast<const QHeaderView*>(widget) != nullptr);
+      return;
+    case CE_HeaderEmptyArea:
+      drawHeadingGround(option->rect, *painter, false);
+      return;
+    case CE_Splitter:
+      painter->fillRect(option->rect, theme::colour(Colour::Name::separator));
+      return;
+    case CE_TabBarTabShape:
+      drawTabLine(*option, *painter);
+      return;
+    default:
+      break;
+  }
+  if (const auto* heading = qstyleoption_cast<const QStyleOptionHeader*>(option);
+      element == CE_HeaderLabel && heading != nullptr) {
+    auto inked = withInk(*heading, Colour::Name::secondaryLabel);
+    // The base has left its own margin, which the size of a heading has on top of ours.
+    const int margin = pixelMetric(PM_HeaderMargin, option, widget);
+    inked.rect = inked.rect.marginsAdded(QMargins(margin, margin, margin, margin))
+                     .marginsRemoved(headingMargins);
+    QProxyStyle::drawControl(element, &inked, painter, widget);
+    return;
+  }
+  if (const auto* tab = qstyleoption_cast<const QStyleOptionTab*>(option);
+      element == CE_TabBarTabLabel && tab != nullptr) {
+    const auto inked = withInk(*tab, tabInk(tab->state));
+    QProxyStyle::drawControl(element, &inked, painter, widget);
+    return;
+  }
   QProxyStyle::drawControl(element, option, painter, widget);
   if (element == CE_PushButtonBevel && theme::contrast() == Contrast::high && button != nullptr &&
       !button->features.testFlag(QStyleOptionButton::Flat)) {
@@ -291,11 +422,16 @@ void CorvaneStyle::drawControl(ControlElement element, const QStyleOption* optio
 
 QSize CorvaneStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
                                      const QSize& size, const QWidget* widget) const {
+  if (type == CT_TabBarTab || type == CT_TabWidget) {
+    return size;
+  }
   QSize made = QProxyStyle::sizeFromContents(type, option, size, widget);
   const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
   if (type == CT_PushButton && button != nullptr && !button->text.isEmpty()) {
     // A button has a least width of its own, in which a short text has air enough.
     made.setWidth(std::max(made.width(), size.width() + 2 * spacing::medium));
+  } else if (type == CT_HeaderSection) {
+    made = made.grownBy(headingMargins);
   }
   return made;
 }
@@ -310,6 +446,19 @@ void CorvaneStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
       } else {
         drawCheckIndicator(*option, *painter, element == PE_IndicatorRadioButton);
       }
+      return;
+    case PE_FrameTabWidget:
+    case PE_FrameTabBarBase:
+      return;
+    case PE_FrameFocusRect:
+      if (hasFocusFrame(widget)) {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+      }
+      return;
+    case PE_PanelTipLabel:
+      painter->fillRect(option->rect, theme::colour(Colour::Name::separator));
+      painter->fillRect(option->rect.adjusted(1, 1, -1, -1),
+                        option->palette.color(QPalette::ToolTipBase));
       return;
     case PE_PanelScrollAreaCorner:
       painter->fillRect(option->rect, groundOf(widget, *option));
@@ -346,6 +495,18 @@ void CorvaneStyle::drawComplexControl(ComplexControl control, const QStyleOption
   }
 }
 
+QRect CorvaneStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                   const QWidget* widget) const {
+  switch (element) {
+    case SE_TabBarTabText:
+      return option->rect.marginsRemoved(tabMargins);
+    case SE_TabWidgetTabContents:
+      return QProxyStyle::subElementRect(SE_TabWidgetTabPane, option, widget);
+    default:
+      return QProxyStyle::subElementRect(element, option, widget);
+  }
+}
+
 QRect CorvaneStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
                                    SubControl part, const QWidget* widget) const {
   if (const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
@@ -362,6 +523,17 @@ int CorvaneStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
       return scrollBarExtent;
     case PM_ScrollBarSliderMin:
       return leastThumb;
+    case PM_TabBarTabHSpace:
+      return tabMargins.left() + tabMargins.right();
+    case PM_TabBarTabVSpace:
+      return tabMargins.top() + tabMargins.bottom();
+    case PM_TabBarTabOverlap:
+    case PM_TabBarBaseOverlap:
+    case PM_TabBarTabShiftVertical:
+    case PM_TabBarTabShiftHorizontal:
+      return 0;
+    case PM_ToolTipLabelFrameWidth:
+      return tooltipFrame;
     default:
       return QProxyStyle::pixelMetric(metric, option, widget);
   }

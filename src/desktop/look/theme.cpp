@@ -69,28 +69,6 @@ QPalette palette() {
   return made;
 }
 
-QString styleSheet() {
-  return QStringLiteral(
-             "QTableView, QListView#sourceList { border: none; outline: none; }"
-             "QHeaderView { background: %2; border: none; }"
-             "QHeaderView::section { background: %2; border: none; padding: 5px 6px;"
-             "  border-bottom: 1px solid %1; color: %3; }"
-             "QTableCornerButton::section { background: %2; border: none; }"
-             "QSplitter::handle { background: %1; }"
-             "QTabWidget::pane { border: none; }"
-             "QTabBar::tab { padding: 7px 16px; border: none; border-bottom: 2px solid transparent;"
-             "  color: %3; background: transparent; }"
-             "QTabBar::tab:selected { color: %4; border-bottom: 2px solid %5; }"
-             "QTabBar::tab:hover { color: %4; }"
-             "QTabBar::tab:focus { color: %5; }"
-             "QMessageBox QLabel#qt_msgbox_label { font-weight: 600; }"
-             "QFileDialog QListView#sidebar { min-width: 130px; }"
-             "QToolTip { border: 1px solid %1; padding: 3px; }")
-      .arg(colour(Colour::Name::separator).name(), colour(Colour::Name::controlBackground).name(),
-           colour(Colour::Name::secondaryLabel).name(), colour(Colour::Name::label).name(),
-           colour(Colour::Name::systemBlue).name());
-}
-
 /// The first of `families` that is installed; `otherwise` where none is.
 QString installed(std::initializer_list<const char*> families, const QString& otherwise) {
   for (const char* family : families) {
@@ -133,7 +111,7 @@ QFont bodyFont() {
 
 }  // namespace
 
-void prepare(Appearance appearance, Contrast contrast) {
+void apply(Appearance appearance, Contrast contrast) {
   current = appearance;
   currentContrast = contrast;
   static const QFont body = bodyFont();
@@ -141,17 +119,6 @@ void prepare(Appearance appearance, Contrast contrast) {
   QApplication::setFont(body);
   QApplication::setPalette(palette());
   QApplication::setWindowIcon(applicationIcon());
-}
-
-void complete(QApplication& application) {
-  if (application.styleSheet().isEmpty()) {
-    application.setStyleSheet(styleSheet());
-  }
-}
-
-void apply(QApplication& application, Appearance appearance, Contrast contrast) {
-  prepare(appearance, contrast);
-  application.setStyleSheet(styleSheet());
 }
 
 void setBodySize(double points) {

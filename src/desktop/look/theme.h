@@ -8,8 +8,6 @@
 #include "platform/text/styled/attributed_text.h"
 #include "platform/text/styled/colour.h"
 
-class QApplication;
-
 namespace corvane::desktop {
 
 /// Distances in device-independent pixels; every layout is built from these.
@@ -26,16 +24,9 @@ enum class Contrast { normal, high };
 
 namespace theme {
 
-/// Sets style, font, palette and style sheet of `application` for `appearance`. Widgets hear of a
-/// change as QEvent::PaletteChange.
-void apply(QApplication& application, Appearance appearance, Contrast contrast = Contrast::normal);
-
-/// As apply() at the start of the program, but that the style sheet waits for complete(). With it
-/// every widget that gets a parent has all that is in it styled anew, which took a third of the
-/// start.
-void prepare(Appearance appearance, Contrast contrast);
-/// To be called before anything is shown; does nothing where the style sheet is there.
-void complete(QApplication& application);
+/// Sets style, font and palette of the application for `appearance`. Widgets hear of a change as
+/// QEvent::PaletteChange.
+void apply(Appearance appearance, Contrast contrast = Contrast::normal);
 /// The size of the body text in points, in place of the one that the desktop has chosen. To be
 /// called before the first apply().
 void setBodySize(double points);

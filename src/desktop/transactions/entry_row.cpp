@@ -39,8 +39,8 @@ EntryRow::EntryRow(QGridLayout& grid, QWidget* field, QWidget* focus, HintSide s
   both->insertWidget(side == HintSide::left ? 0 : 1, hint_);
   grid.addWidget(label_, row, 0, Qt::AlignRight | Qt::AlignVCenter);
   grid.addWidget(cell_, row, 1);
-  // Menus and fields of figures and words stand on lines of one height.
-  cell_->setMinimumHeight(QComboBox().sizeHint().height());
+  // Menus and fields of figures and words have one height.
+  field->setMinimumHeight(QComboBox().sizeHint().height());
 }
 
 void EntryRow::show(std::string_view label, bool isHidden, const FieldHint& hint) {

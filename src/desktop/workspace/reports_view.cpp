@@ -43,37 +43,43 @@ QWidget* atLeft(QWidget* part) {
 }  // namespace
 
 ReportsView::ReportsView(std::shared_ptr<WorkspaceReports> reports, QWidget* parent)
-    : QStackedWidget(parent),
-      reports_(std::move(reports)),
-      returns_(
-          reportPage(QStringLiteral("Returns"), {atLeft(new DatesPickerView(reports_->datesPicker)),
-                                                 new ReturnsView(reports_->returns)})),
-      taxYear_(new TaxYearView(reports_->taxYear)),
-      taxYearPage_(reportPage(QStringLiteral("Tax Year"), {taxYear_})),
-      income_(reportPage(QStringLiteral("Income"), {new IncomeView(reports_->income)})),
-      coverage_(reportPage(QStringLiteral("Coverage"), {new CoverageView(reports_->coverage)})) {
-  for (QWidget* page :
-       std::initializer_list<QWidget*>{returns_, taxYearPage_, income_, coverage_}) {
-    addWidget(page);
+    : QStackedWidget(parent), reports_(std::move(reports)) {}
+
+QWidget* ReportsView::makePage(WorkspaceReport report) {
+  switch (report) {
+    case WorkspaceReport::returns:
+      return reportPage(
+          QStringLiteral("Returns"),
+          {atLeft(new DatesPickerView(reports_->datesPicker)), new ReturnsView(reports_->returns)});
+    case WorkspaceReport::taxYear:
+      return reportPage(QStringLiteral("Tax Year"), {new TaxYearView(reports_->taxYear)});
+    case WorkspaceReport::income:
+      return reportPage(QStringLiteral("Income"), {new IncomeView(reports_->income)});
+    case WorkspaceReport::coverage:
+      return reportPage(QStringLiteral("Coverage"), {new CoverageView(reports_->coverage)});
   }
+  return nullptr;
+}
+
+QWidget* ReportsView::page(WorkspaceReport report) {
+  QWidget*& page = pages_[report];
+  if (page == nullptr) {
+    page = makePage(report);
+    addWidget(page);
+    if (pageMade) {
+      pageMade(*page);
+    }
+  }
+  return page;
+}
+
+TaxYearView& ReportsView::taxYear() {
+  return *page(WorkspaceReport::taxYear)->findChild<TaxYearView*>();
 }
 
 void ReportsView::showReport() {
   if (const auto shown = reports_->shown()) {
-    switch (*shown) {
-      case WorkspaceReport::returns:
-        setCurrentWidget(returns_);
-        break;
-      case WorkspaceReport::taxYear:
-        setCurrentWidget(taxYearPage_);
-        break;
-      case WorkspaceReport::income:
-        setCurrentWidget(income_);
-        break;
-      case WorkspaceReport::coverage:
-        setCurrentWidget(coverage_);
-        break;
-    }
+    setCurrentWidget(page(*shown));
   }
 }
 

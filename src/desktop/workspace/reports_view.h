@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QStackedWidget>
+#include <functional>
+#include <map>
 #include <memory>
 
 #include "presentation/frame/workspace_reports.h"
@@ -10,22 +12,24 @@ namespace corvane::desktop {
 
 class TaxYearView;
 
-/// A page for each WorkspaceReport.
+/// A page for each WorkspaceReport, which is made when it is first shown.
 class ReportsView : public QStackedWidget {
  public:
   explicit ReportsView(std::shared_ptr<WorkspaceReports> reports, QWidget* parent = nullptr);
 
   /// Shows the report that the reports have as theirs.
   void showReport();
-  [[nodiscard]] TaxYearView& taxYear() { return *taxYear_; }
+  [[nodiscard]] TaxYearView& taxYear();
+
+  /// Called with each page once it has been made.
+  std::function<void(QWidget& page)> pageMade;
 
  private:
+  QWidget* page(WorkspaceReport report);
+  QWidget* makePage(WorkspaceReport report);
+
   std::shared_ptr<WorkspaceReports> reports_;
-  QWidget* returns_;
-  TaxYearView* taxYear_;
-  QWidget* taxYearPage_;
-  QWidget* income_;
-  QWidget* coverage_;
+  std::map<WorkspaceReport, QWidget*> pages_;
 };
 
 }  // namespace corvane::desktop

@@ -7,6 +7,7 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -21,6 +22,25 @@ namespace {
 
 constexpr int lettersOfWidth = 34;
 constexpr int mostPortfoliosShown = 6;  // before the list of portfolios scrolls
+
+/// The title of a report, on the same ground as the rows of the lists above it.
+class ReportRowDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    painter->save();
+    drawRowGround(*painter, option);
+    painter->setPen(option.palette.color(option.state.testFlag(QStyle::State_Selected)
+                                             ? QPalette::HighlightedText
+                                             : QPalette::Text));
+    painter->setFont(option.font);
+    painter->drawText(option.rect.adjusted(spacing::wide, 0, -spacing::wide, 0),
+                      Qt::AlignLeft | Qt::AlignVCenter, index.data().toString());
+    painter->restore();
+  }
+};
 
 std::vector<std::size_t> selectedRows(const QListView& view) {
   std::vector<std::size_t> rows;
@@ -135,11 +155,8 @@ void SourceView::addReports(QVBoxLayout* column) {
   reports_->setFrameShape(QFrame::NoFrame);
   reports_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   reports_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  reports_->setStyleSheet(
-      QStringLiteral("QListWidget { background: transparent; border: none; outline: none; }"
-                     "QListWidget::item { margin: 1px 8px; padding-left: 5px; border-radius: 6px; }"
-                     "QListWidget::item:selected { background: palette(highlight);"
-                     " color: palette(highlighted-text); }"));
+  reports_->viewport()->setAutoFillBackground(false);
+  reports_->setItemDelegate(new ReportRowDelegate(reports_));
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
     auto* item = new QListWidgetItem(qtText(entry.title), reports_);
     item->setSizeHint({0, fontMetrics().height() + spacing::medium});
@@ -224,6 +241,7 @@ void SourceView::addPriceStatus(QVBoxLayout* column) {
   priceStatus_->setTextFormat(Qt::PlainText);
   priceStatus_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   priceStatus_->setWordWrap(true);
+  priceStatus_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   priceStatus_->setFont(theme::font(0.85));
   priceStatus_->setForegroundRole(QPalette::PlaceholderText);
   priceStatus_->setContentsMargins(spacing::wide, spacing::narrow, spacing::wide, 0);
@@ -236,6 +254,7 @@ void SourceView::showPriceStatus() {
   if (priceStatus_->text() != text) {
     priceStatus_->setText(text);
     priceStatus_->setAccessibleName(QStringLiteral("Prices: ") + text);
+    fitPortfolioList();
   }
 }
 
@@ -276,12 +295,31 @@ void SourceView::showSelection() {
   isShowingSelection_ = false;
 }
 
+/// The list has as many rows as there are. In a small window with large letters it scrolls, and
+/// then the prices' text is cut, before what is below it is drawn over each other.
 void SourceView::fitPortfolioList() {
-  const int rows = std::clamp(portfolios_->rowCount(), 1, mostPortfoliosShown);
   QStyleOptionViewItem option;
   option.font = portfolioView_->font();
-  portfolioView_->setFixedHeight(rows *
-                                 portfolioView_->itemDelegate()->sizeHint(option, {}).height());
+  const int row = portfolioView_->itemDelegate()->sizeHint(option, {}).height();
+  int rows = std::clamp(portfolios_->rowCount(), 1, mostPortfoliosShown);
+  portfolioView_->setFixedHeight(rows * row);
+  priceStatus_->setMaximumHeight(QWIDGETSIZE_MAX);
+  const auto excess = [this] { return layout()->minimumHeightForWidth(width()) - height(); };
+  while (rows > 1 && excess() > 0) {
+    portfolioView_->setFixedHeight(--rows * row);
+  }
+  const int missing = std::max(0, excess());
+  if (missing > 0) {
+    const int least = priceStatus_->fontMetrics().height() + spacing::narrow;
+    priceStatus_->setMaximumHeight(
+        std::max(least, priceStatus_->heightForWidth(width()) - missing));
+  }
+  priceStatus_->setToolTip(missing > 0 ? priceStatus_->text() : QString());
+}
+
+void SourceView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  fitPortfolioList();
 }
 
 }  // namespace corvane::desktop

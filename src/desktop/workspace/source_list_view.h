@@ -42,6 +42,7 @@ class SourceView : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void addSearchBox(QVBoxLayout* column);

@@ -45,6 +45,20 @@ double widthOf(const QFont& font, const AttributedText& text) {
 
 }  // namespace
 
+QRectF drawRowGround(QPainter& painter, const QStyleOptionViewItem& option) {
+  const QRectF box = QRectF(option.rect).adjusted(rowMargin, 1, -rowMargin, -1);
+  painter.setRenderHint(QPainter::Antialiasing);
+  if (option.state.testFlag(QStyle::State_Selected)) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(option.palette.color(QPalette::Highlight));
+    painter.drawRoundedRect(box, rowRadius, rowRadius);
+  } else if (option.state.testFlag(QStyle::State_HasFocus)) {
+    painter.setPen(option.palette.color(QPalette::Highlight));
+    painter.drawRoundedRect(box, rowRadius, rowRadius);
+  }
+  return box;
+}
+
 QString cutByWords(const QString& text, const QFontMetricsF& metrics, double width) {
   if (metrics.horizontalAdvance(text) <= width) {
     return text;
@@ -74,18 +88,8 @@ void SourceRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     return;
   }
   painter->save();
-  painter->setRenderHint(QPainter::Antialiasing);
   const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-  const QRectF box = QRectF(option.rect).adjusted(rowMargin, 1, -rowMargin, -1);
-  if (isSelected) {
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(option.palette.color(QPalette::Highlight));
-    painter->drawRoundedRect(box, rowRadius, rowRadius);
-  } else if (option.state.testFlag(QStyle::State_HasFocus)) {
-    painter->setPen(option.palette.color(QPalette::Highlight));
-    painter->drawRoundedRect(box, rowRadius, rowRadius);
-  }
-  const QRectF inner = box.adjusted(rowMargin, 5, -rowMargin, -5);
+  const QRectF inner = drawRowGround(*painter, option).adjusted(rowMargin, 5, -rowMargin, -5);
   const auto place = static_cast<std::size_t>(index.row());
   if (showsPortfolios_) {
     paintPortfolio(*painter, inner, controller_.portfolioRow(place), isSelected);

@@ -33,6 +33,10 @@ class SourceRowDelegate : public QStyledItemDelegate {
   bool showsPortfolios_;
 };
 
+/// Draws what is behind a row of the source list, chosen or with the keyboard, and gives the area
+/// that it has.
+QRectF drawRowGround(QPainter& painter, const QStyleOptionViewItem& option);
+
 /// As many whole words of `text` as fit into `width`, with an ellipsis where some are missing.
 /// Where not even the first word fits, letters are cut.
 [[nodiscard]] QString cutByWords(const QString& text, const QFontMetricsF& metrics, double width);

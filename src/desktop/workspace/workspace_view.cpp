@@ -105,17 +105,26 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   column->addWidget(timeZone_);
   column->addWidget(split_, 1);
 
-  // A table with a name of its own has columns to choose from.
-  for (TableView* table : findChildren<TableView*>()) {
-    if (!table->objectName().isEmpty()) {
-      columnChoices_.push_back(new ColumnChoice(*table, defaults_));
+  offerColumns(*this);
+  reports_->pageMade = [this](QWidget& page) {
+    offerColumns(page);
+    if (auto* taxYear = page.findChild<TaxYearView*>()) {
+      taxYear->exportHandler = [this](const auto& exporter) { exportReport(exporter); };
     }
-  }
-  reports_->taxYear().exportHandler = [this](const auto& exporter) { exportReport(exporter); };
+  };
   explanation_->installEventFilter(this);
   changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
   segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
+}
+
+/// A table with a name of its own has columns to choose from.
+void WorkspaceView::offerColumns(const QWidget& page) {
+  for (TableView* table : page.findChildren<TableView*>()) {
+    if (!table->objectName().isEmpty()) {
+      columnChoices_.push_back(new ColumnChoice(*table, defaults_));
+    }
+  }
 }
 
 bool WorkspaceView::eventFilter(QObject* watched, QEvent* event) {

@@ -79,6 +79,7 @@ class WorkspaceView : public QWidget {
   /// Explains the figure that the keyboard is on, or else the one in the heading.
   void explainNumber();
   void exportShown();
+  void offerColumns(const QWidget& page);
   void exportReport(const std::shared_ptr<PortfolioExporter>& exporter);
   [[nodiscard]] QTabWidget* shownTabs();
 
