@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QEvent>
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
