@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "support/checkout.h"
+
 namespace corvane {
 namespace {
 
@@ -173,7 +175,7 @@ std::vector<std::string> faultsIn(const std::string& path, const std::string& te
 }
 
 TEST(IncludeArrows, RunDownInEveryFolderAndRoom) {
-  const fs::path root = CORVANE_SOURCE_ROOT;
+  const fs::path root = testing::sourcePath();
   int filesRead = 0;
   for (const auto& [folder, start] :
        {std::pair(root / "src", root / "src"), std::pair(root / "samplemarket", root)}) {
@@ -184,7 +186,7 @@ TEST(IncludeArrows, RunDownInEveryFolderAndRoom) {
       }
       const std::string path = entry.path().lexically_relative(start).generic_string();
       std::ifstream text(entry.path());
-      EXPECT_THAT(faults(path, text), testing::IsEmpty()) << path;
+      EXPECT_THAT(faults(path, text), ::testing::IsEmpty()) << path;
       ++filesRead;
     }
   }

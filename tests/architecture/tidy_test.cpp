@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "support/checkout.h"
+
 namespace corvane {
 namespace {
 
@@ -20,7 +22,7 @@ namespace fs = std::filesystem;
 
 /// The text of all sources under the named folders, by their path from the root.
 std::map<std::string, std::string> sourcesIn(const std::vector<std::string>& folders) {
-  const fs::path root = CORVANE_SOURCE_ROOT;
+  const fs::path root = testing::sourcePath();
   std::map<std::string, std::string> sources;
   for (const std::string& folder : folders) {
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {

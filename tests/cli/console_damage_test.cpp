@@ -16,6 +16,7 @@
 #include "random_cases.h"
 #include "storage/workspace/working_copy.h"
 #include "storage/workspace/workspace_document.h"
+#include "support/checkout.h"
 
 namespace corvane::testing {
 namespace {
@@ -160,7 +161,7 @@ void interruptAfter(const ConsoleProgram& program, const std::string& arguments,
     dup2(nothing, STDOUT_FILENO);
     dup2(nothing, STDERR_FILENO);
     setenv("TMPDIR", program.temporary.c_str(), 1);
-    const std::string command = "exec '" CORVANE_CLI "' " + arguments;
+    const std::string command = "exec '" + testing::builtProgram("corvane-cli") + "' " + arguments;
     if (chdir(program.folder.path().c_str()) == 0) {
       execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     }

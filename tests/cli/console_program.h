@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/checkout.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -36,8 +37,8 @@ class ConsoleProgram {
     const auto out = folder / "out.txt";
     const auto err = folder / "err.txt";
     const std::string command = "cd '" + folder.path().string() + "' && TMPDIR='" +
-                                temporary.string() + "' '" CORVANE_CLI "' " + arguments + " >'" +
-                                out.string() + "' 2>'" + err.string() + "'";
+                                temporary.string() + "' '" + builtProgram("corvane-cli") + "' " +
+                                arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readText(out), readText(err)};
   }
@@ -53,7 +54,7 @@ class ConsoleProgram {
   /// A workspace with the statement of a Canadian broker, who trades at home and in dollars.
   void makeFamily() const {
     EXPECT_EQ(output("create Family --portfolio Savings --currency CAD"), "");
-    EXPECT_EQ(output("import " CORVANE_EXAMPLES
+    EXPECT_EQ(output("import " + sourcePath("resources/examples").string() +
                      "/tamarack-trading.csv --into Family --portfolio Savings --fields "
                      "tradeDate,settlementDate,type,symbol,note,numberOfShares,,,,"
                      "cashAmount,cashCurrency,exchangeRate"),

@@ -12,6 +12,7 @@
 #include "platform/data/sqlite.h"
 #include "storage/workspace/general_properties.h"
 #include "storage/workspace/workspace_document.h"
+#include "support/checkout.h"
 
 namespace corvane {
 namespace {
@@ -22,7 +23,7 @@ using ::testing::Not;
 using testing::ProgramResult;
 using ::testing::StartsWith;
 
-const std::string examples = CORVANE_EXAMPLES "/";
+const std::string examples = testing::sourcePath("resources/examples/");
 
 class ConsoleProgramTest : public ::testing::Test {
  protected:
@@ -401,7 +402,7 @@ ProgramResult runOnTerminal(const std::filesystem::path& folder,
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) {
     std::vector<char*> values;
-    std::string program = CORVANE_CLI;
+    std::string program = testing::builtProgram("corvane-cli");
     values.push_back(program.data());
     auto copies = arguments;
     for (std::string& argument : copies) {
@@ -458,8 +459,7 @@ TEST_F(ConsoleProgramTest, AnInterruptionBeforeTheImportBeginsIsNotForgotten) {
   const auto before = contents();
   const std::string script =
       "cd '" + program.folder.path().string() + "' && mkfifo pipe && { TMPDIR='" +
-      program.temporary.string() +
-      "' '" CORVANE_CLI
+      program.temporary.string() + "' '" + testing::builtProgram("corvane-cli") +
       "' import pipe --into Family --portfolio Savings --fields tradeDate,type,cashAmount"
       " --file-reading 2>err.txt & } && exec 3>pipe && kill -TERM $! &&"
       " printf 'Date,Type,Amount\\n2024-06-01,Deposit,1.00\\n' >&3 && exec 3>&- && wait $!";

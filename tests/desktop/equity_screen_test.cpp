@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -10,6 +11,8 @@
 #include <QTableView>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTextDocument>
+#include <fstream>
 
 #include "desktop/app/help_window.h"
 #include "desktop/desktop_world.h"
@@ -188,6 +191,24 @@ TEST(HelpWindowTest, ShowsPagesWithTheWayBack) {
   page->backward();
   EXPECT_EQ(help.windowTitle().toStdString(), "Release Notes — Corvane Help");
   EXPECT_FALSE(desktop::HelpWindow::canShow("report.pdf"));
+}
+
+TEST(HelpWindowTest, LeavesNoRoomForPicturesThatAreNotThere) {
+  const TemporaryFolder folder;
+  std::ofstream(folder / "page.html") << R"(<p>One</p><p><img src="a/b.png" width="640"></p>)";
+  desktop::HelpWindow help;
+  const auto height = [&] {
+    help.showPage(folder / "page.html");
+    return named<QTextBrowser>(help, "Page")->document()->size().height();
+  };
+  help.show();
+  EXPECT_LT(height(), 150);
+  std::filesystem::create_directory(folder / "a");
+  QImage picture(640, 400, QImage::Format_RGB32);
+  picture.fill(Qt::blue);
+  ASSERT_TRUE(picture.save(desktop::qtPath(folder / "a/b.png")));
+  help.showPage(resourcePath("release-notes.html"));
+  EXPECT_GT(height(), 400);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/checkout.h"
 #include "support/temporary_folder.h"
 
 namespace corvane::testing {
@@ -28,12 +29,11 @@ class ProgramStart : public ::testing::Test {
   /// Starts it with `environment` and `arguments` and lets it end after its first picture; its exit
   /// status, or -1 where it has crashed.
   int start(const std::string& environment, const std::string& arguments) {
-    const std::string command = "env -u CORVANE_RESOURCES HOME='" + (folder / "home").string() +
-                                "' XDG_CONFIG_HOME='" + settings.string() + "' XDG_CACHE_HOME='" +
-                                (folder / "cache").string() + "' QT_QPA_PLATFORM=offscreen " +
-                                environment +
-                                " timeout 60 '" CORVANE_PROGRAM "' --quit-after-first-paint " +
-                                arguments + " >'" + (folder / "out").string() + "' 2>&1";
+    const std::string command =
+        "env -u CORVANE_RESOURCES HOME='" + (folder / "home").string() + "' XDG_CONFIG_HOME='" +
+        settings.string() + "' XDG_CACHE_HOME='" + (folder / "cache").string() +
+        "' QT_QPA_PLATFORM=offscreen " + environment + " timeout 60 '" + builtProgram("corvane") +
+        "' --quit-after-first-paint " + arguments + " >'" + (folder / "out").string() + "' 2>&1";
     const int status = std::system(command.c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
@@ -75,8 +75,8 @@ TEST_F(ProgramStart, EndsNormallyWhenTheSystemSaysSo) {
       "export HOME='" + (folder / "home").string() + "' TMPDIR='" + (folder / "tmp").string() +
       "' XDG_CONFIG_HOME='" + settings.string() + "' XDG_CACHE_HOME='" +
       (folder / "cache").string() +
-      "' QT_QPA_PLATFORM=offscreen; timeout --foreground -s KILL 60 " +
-      "'" CORVANE_PROGRAM "' --sample-market >'" + (folder / "out").string() +
+      "' QT_QPA_PLATFORM=offscreen; timeout --foreground -s KILL 60 " + "'" +
+      builtProgram("corvane") + "' --sample-market >'" + (folder / "out").string() +
       "' 2>&1 & program=$!; for i in $(seq 400); do test -f '" + file +
       "' && break; sleep 0.05; done; sleep 2; kill -TERM $program; wait $program";
   EXPECT_EQ(std::system(command.c_str()), 0) << output();

@@ -18,6 +18,7 @@
 #include "platform/system/file_manager.h"
 #include "storage/workspace/document_error.h"
 #include "storage/workspace/workspace_document.h"
+#include "support/checkout.h"
 
 namespace corvane::testing {
 namespace {
@@ -103,8 +104,7 @@ pid_t startDesktop(const fs::path& folder, const std::string& name, int seconds)
 /// Imports a deposit with the console; whether it was saved.
 bool importByConsole(const fs::path& folder, const std::string& note) {
   writeText(folder / "row.csv", "Date,Type,Amount,Note\n2021-03-15,Deposit,1," + note + "\n");
-  const std::string command = "cd '" + folder.string() +
-                              "' && '" CORVANE_CLI
+  const std::string command = "cd '" + folder.string() + "' && '" + builtProgram("corvane-cli") +
                               "' import row.csv --into Family --portfolio Savings --fields "
                               "settlementDate,type,cashAmount,note >/dev/null 2>'" +
                               (folder / "console.err").string() + "'";

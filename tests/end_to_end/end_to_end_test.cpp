@@ -9,7 +9,12 @@
 #include <cstdlib>
 #include <string>
 
+#include "support/checkout.h"
+
 namespace {
+
+using corvane::testing::builtProgram;
+using corvane::testing::sourcePath;
 
 struct Outcome {
   std::string output;
@@ -32,12 +37,15 @@ Outcome run(const std::string& command) {
 
 /// Runs a script of this folder; what it said where it failed, else nothing.
 std::string wordsOfFailure(const std::string& script) {
-  const Outcome done = run("/usr/bin/python3 '" CORVANE_SCRIPTS "/" + script);
+  const Outcome done =
+      run("/usr/bin/python3 '" + sourcePath("tests/end_to_end/").string() + script);
   return done.exitStatus == 0 ? std::string() : done.output;
 }
 
 class EndToEnd : public ::testing::Test {
  protected:
+  const std::string programs = builtProgram("");
+
   void SetUp() override {
 #ifdef __SANITIZE_THREAD__
     // The thread sanitizer does not see the locks inside of Qt, which is not built with it, and
@@ -51,19 +59,21 @@ class EndToEnd : public ::testing::Test {
 };
 
 TEST_F(EndToEnd, ImportsExportsSavesAndOpensAgain) {
-  EXPECT_EQ(wordsOfFailure("one_evening.py' '" CORVANE_PROGRAMS "' '" CORVANE_EXAMPLES "'"), "");
+  EXPECT_EQ(wordsOfFailure("one_evening.py' '" + programs + "' '" +
+                           sourcePath("resources/examples").string() + "'"),
+            "");
 }
 
 TEST_F(EndToEnd, TakesAStatementAsItIs) {
-  EXPECT_EQ(wordsOfFailure("broker_statement.py' '" CORVANE_PROGRAMS "'"), "");
+  EXPECT_EQ(wordsOfFailure("broker_statement.py' '" + programs + "'"), "");
 }
 
 TEST_F(EndToEnd, KeepsALedgerByHand) {
-  EXPECT_EQ(wordsOfFailure("every_entry.py' '" CORVANE_PROGRAMS "'"), "");
+  EXPECT_EQ(wordsOfFailure("every_entry.py' '" + programs + "'"), "");
 }
 
 TEST_F(EndToEnd, TellsOfAFolderThatCannotBeUsed) {
-  EXPECT_EQ(wordsOfFailure("unusable_folders.py' '" CORVANE_PROGRAMS "'"), "");
+  EXPECT_EQ(wordsOfFailure("unusable_folders.py' '" + programs + "'"), "");
 }
 
 }  // namespace

@@ -9,8 +9,8 @@ namespace corvane {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 template <CSVView View = Enumerated>
 CSV<View> read(std::string text) {
@@ -89,7 +89,7 @@ TEST(CSV, TakesAMillionColumnsAndAsManyRows) {
   EXPECT_EQ(csv.content().columns().value()[999'999].rows[999'998], "");
 }
 
-class CSVFile : public testing::Test {
+class CSVFile : public ::testing::Test {
  protected:
   ~CSVFile() override { files::remove(folder_); }
 

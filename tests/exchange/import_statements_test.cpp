@@ -7,6 +7,7 @@
 
 #include "exchange/imports/portfolio_transactions_importer_accessory_view_controller.h"
 #include "exchange/statement_world.h"
+#include "support/checkout.h"
 
 namespace corvane {
 namespace {
@@ -44,7 +45,8 @@ class SampleStatements : public ::testing::Test {
                                     std::vector<std::string> fields) {
     world.ledger.portfolio = world.ledger.manager->createPortfolio(Currency::byCode().at(currency));
     world.fields = std::move(fields);
-    EXPECT_TRUE(world.importFile(std::filesystem::path(CORVANE_EXAMPLES) / name)) << world.error();
+    EXPECT_TRUE(world.importFile(testing::sourcePath("resources/examples/" + name)))
+        << world.error();
     return world.lines();
   }
   [[nodiscard]] std::string cash(const std::string& currency) const {

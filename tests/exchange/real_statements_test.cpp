@@ -13,6 +13,7 @@
 #include "exchange/statements/symbol_search.h"
 #include "exchange/strict/cell_text.h"
 #include "platform/data/json.h"
+#include "support/checkout.h"
 #include "support/shared_data.h"
 
 namespace corvane {
@@ -94,7 +95,7 @@ std::map<std::string, Decimal> cashIn(const std::string& file, const CashColumns
 class RealStatements : public ::testing::Test {
  protected:
   static const ProfileShelf& shelf() {
-    static const ProfileShelf all = ProfileShelf::of({CORVANE_STATEMENTS});
+    static const ProfileShelf all = ProfileShelf::of({testing::sourcePath("resources/statements")});
     return all;
   }
 

@@ -12,6 +12,7 @@
 #include "exchange/statements/statement_rates.h"
 #include "exchange/statements/symbol_search.h"
 #include "exchange/strict/statement_error.h"
+#include "support/checkout.h"
 #include "support/scripted_quote_provider.h"
 
 namespace corvane {
@@ -230,10 +231,10 @@ TEST_F(StatementAnswers, GoIntoLayoutsOfAnyShape) {
       .kinds = {{"Wire In", StatementKind::deposit}, {"{odd", StatementKind::cash}},
       .days = {},
       .decimal = {}};
-  const auto shelf = ProfileShelf::of({CORVANE_STATEMENTS});
+  const auto shelf = ProfileShelf::of({testing::sourcePath("resources/statements")});
   for (const StatementProfile& profile : shelf.profiles) {
     const std::string text =
-        testing::readText(std::filesystem::path(CORVANE_STATEMENTS) / (profile.id + ".toml"));
+        testing::readText(testing::sourcePath("resources/statements/" + profile.id + ".toml"));
     const auto learned = StatementProfile::parse(profileTextWith(text, answers), "x", profile.id);
     EXPECT_TRUE(std::ranges::any_of(learned.tables, [](const StatementTableLayout& table) {
       return std::ranges::any_of(table.kinds, [](const KindRule& rule) {

@@ -8,6 +8,7 @@
 #include "exchange/statement_world.h"
 #include "exchange/statements/statement_memory.h"
 #include "exchange/statements/statement_preview.h"
+#include "support/checkout.h"
 
 namespace corvane {
 namespace {
@@ -46,7 +47,8 @@ class OFXStatements : public ::testing::Test {
   OFXStatements() { ledger.portfolio->allowsNegativeBalances = true; }
 
   StatementPreview preview(const std::string& text) {
-    static const ProfileShelf shelf = ProfileShelf::of({CORVANE_STATEMENTS});
+    static const ProfileShelf shelf =
+        ProfileShelf::of({testing::sourcePath("resources/statements")});
     return previewStatement(text, shelf.profiles, ledger.portfolio, options, nullptr,
                             StatementMemory(folder.path(), *ledger.portfolio).imports());
   }

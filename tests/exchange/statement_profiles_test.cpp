@@ -9,6 +9,7 @@
 #include "exchange/statements/statement_preview.h"
 #include "exchange/strict/cell_text.h"
 #include "exchange/strict/statement_error.h"
+#include "support/checkout.h"
 
 namespace corvane {
 namespace {
@@ -95,7 +96,7 @@ TEST(StatementProfile, NamesThePlaceOfWhatIsWrong) {
 }
 
 TEST(StatementProfile, OfTheUserGuideCanBeUsed) {
-  const std::string guide = testing::readText(CORVANE_USER_GUIDE);
+  const std::string guide = testing::readText(testing::sourcePath("docs/user-guide.html"));
   const std::size_t start = guide.find("<pre>name    =") + 5;
   const auto profile =
       StatementProfile::parse(guide.substr(start, guide.find("</pre>", start) - start), "x", "x");
@@ -113,7 +114,7 @@ TEST(StatementProfile, OfTheUserGuideCanBeUsed) {
 class Statements : public ::testing::Test {
  protected:
   static const ProfileShelf& shelf() {
-    static const ProfileShelf all = ProfileShelf::of({CORVANE_STATEMENTS});
+    static const ProfileShelf all = ProfileShelf::of({testing::sourcePath("resources/statements")});
     return all;
   }
 

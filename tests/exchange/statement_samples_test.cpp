@@ -13,6 +13,7 @@
 #include "exchange/statement_world.h"
 #include "exchange/statements/statement_preview.h"
 #include "exchange/strict/cell_text.h"
+#include "support/checkout.h"
 
 namespace corvane {
 namespace {
@@ -28,7 +29,7 @@ struct StatementPaper {
 
 StatementPaper paperOf(const std::string& id) {
   std::istringstream text(
-      testing::readText(std::filesystem::path(CORVANE_TEST_STATEMENTS) / (id + ".txt")));
+      testing::readText(testing::sourcePath("tests/exchange/statements/" + id + ".txt")));
   StatementPaper paper;
   std::string symbol;
   std::getline(text, paper.currency);
@@ -56,14 +57,14 @@ std::string linesText(const StatementPreview& preview) {
 class EveryLayout : public ::testing::TestWithParam<std::string> {
  protected:
   static const ProfileShelf& shelf() {
-    static const ProfileShelf all = ProfileShelf::of({CORVANE_STATEMENTS});
+    static const ProfileShelf all = ProfileShelf::of({testing::sourcePath("resources/statements")});
     return all;
   }
   testing::Ledger ledger;
 
   StatementPreview preview(const StatementOptions& options,
                            const std::vector<StatementProfile>& profiles) {
-    auto file = std::filesystem::path(CORVANE_TEST_STATEMENTS) / (GetParam() + ".csv");
+    auto file = testing::sourcePath("tests/exchange/statements/" + GetParam() + ".csv");
     if (!std::filesystem::exists(file)) {
       file.replace_extension(".ofx");
     }
@@ -100,7 +101,8 @@ TEST_P(EveryLayout, IsTheOnlyOneForItsStatement) {
 
 std::vector<std::string> layoutIds() {
   std::vector<std::string> ids;
-  for (const auto& entry : std::filesystem::directory_iterator(CORVANE_STATEMENTS)) {
+  for (const auto& entry :
+       std::filesystem::directory_iterator(testing::sourcePath("resources/statements"))) {
     ids.push_back(entry.path().stem().string());
   }
   std::ranges::sort(ids);

@@ -7,8 +7,8 @@
 namespace corvane::testing {
 namespace {
 
-using Form = EditBulkTransactionsViewController;
-using Sender = Form::Sender;
+using BulkForm = EditBulkTransactionsViewController;
+using BulkSender = BulkForm::Sender;
 
 class BulkFormTest : public PortfolioScreenWorld {
  protected:
@@ -25,7 +25,7 @@ class BulkFormTest : public PortfolioScreenWorld {
   }
   static YearMonthDay dayOf(const DateEntry& date) { return date.day(); }
 
-  Form form;
+  BulkForm form;
   int completions = 0;
   std::optional<BulkRevision> result;
 };
@@ -55,13 +55,13 @@ TEST_F(BulkFormTest, SaysWhereTheTransactionsDiffer) {
   EXPECT_TRUE(form.settlementDate().isDatePickerHidden);
   EXPECT_FALSE(form.settlementDate().multipleValuesLabel.isHidden);
   EXPECT_EQ(form.equityComboBox.selectedEquity(), nullptr);
-  EXPECT_EQ(form.equityComboBox.placeholder(), Form::multipleValuesText);
+  EXPECT_EQ(form.equityComboBox.placeholder(), BulkForm::multipleValuesText);
   EXPECT_EQ(form.noteField.text, "");
-  EXPECT_EQ(form.noteField.placeholder, Form::multipleValuesText);
+  EXPECT_EQ(form.noteField.placeholder, BulkForm::multipleValuesText);
   form.noteEditingDidBegin();
   EXPECT_EQ(form.noteField.placeholder, "");
   form.noteEditingDidEnd();
-  EXPECT_EQ(form.noteField.placeholder, Form::multipleValuesText);
+  EXPECT_EQ(form.noteField.placeholder, BulkForm::multipleValuesText);
 
   form.setOn(form.settlementDate().checkboxButton, true);
   EXPECT_FALSE(form.settlementDate().isDatePickerHidden);
@@ -92,7 +92,7 @@ TEST_F(BulkFormTest, RevisesWhatIsTicked) {
   load({on(day(2021, 3, 1)).deposit("1000"), buy("10", "100")});
   form.setOn(form.noteCheckboxButton, true);
   form.setNote("both");
-  form.performAction(Sender::goButton);
+  form.performAction(BulkSender::goButton);
   ASSERT_TRUE(result);
   EXPECT_EQ(result->note, "both");
   EXPECT_FALSE(result->tradeDate || result->settlementDate || result->equity);
@@ -104,7 +104,7 @@ TEST_F(BulkFormTest, RevisesWhatIsTicked) {
   form.equityComboBox.setSelectedEquity(xyz);
   form.setOn(form.settlementDate().checkboxButton, true);
   form.changeDate(form.settlementDate(), [](DateEntry& date) { date.setDay({2021, 4, 1}); });
-  form.performAction(Sender::goButton);
+  form.performAction(BulkSender::goButton);
   EXPECT_EQ(result->equity, xyz);
   EXPECT_EQ(result->settlementDate, manager->calendar.startOfDay(day(2021, 4, 1)));
   EXPECT_EQ(result->applied(form.transactions.front()->basic).equity(), nullptr);
@@ -113,7 +113,7 @@ TEST_F(BulkFormTest, RevisesWhatIsTicked) {
 
 TEST_F(BulkFormTest, EndsWithoutARevision) {
   load({deposit("1")});
-  form.performAction(Sender::cancelButton);
+  form.performAction(BulkSender::cancelButton);
   EXPECT_EQ(completions, 1);
   EXPECT_FALSE(result);
   form.transactions.clear();

@@ -16,6 +16,7 @@
 #include "core/decimal/decimal.h"
 #include "core/money/year_month_day.h"
 #include "platform/data/json.h"
+#include "support/checkout.h"
 #include "support/shared_data.h"
 #include "support/temporary_folder.h"
 
@@ -66,7 +67,7 @@ inline std::vector<JSONValue> allReportCases() {
   const auto read = [](const std::filesystem::path& file) {
     return JSONValue::parse(readText(file)).at("cases").array();
   };
-  std::vector<JSONValue> all = read(std::filesystem::path(CORVANE_REPORT_CASES) / name);
+  std::vector<JSONValue> all = read(sourcePath("tests/reports/cases/" + name));
   if (const auto further = sharedData(name)) {
     std::ranges::move(read(*further), std::back_inserter(all));
   }

@@ -13,6 +13,7 @@
 
 #include "storage/editing_session.h"
 #include "storage/workspace_world.h"
+#include "support/checkout.h"
 
 extern char** environ;
 
@@ -30,7 +31,7 @@ class Editor {
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
     posix_spawn_file_actions_addclose(&actions, ends[0]);
     posix_spawn_file_actions_addclose(&actions, ends[1]);
-    std::string program = CORVANE_WORKSPACE_EDITOR;
+    std::string program = builtProgram("workspace_editor");
     std::string arguments[] = {package, temporaryDirectory, std::to_string(seed)};
     char* vector[] = {program.data(), arguments[0].data(), arguments[1].data(), arguments[2].data(),
                       nullptr};

@@ -136,7 +136,7 @@ std::string percent(const Decimal& rate) {
                       : rounded(rate * Decimal(100), 2, RoundingMode::bankers).description() + "%";
 }
 
-std::string moneyText(const Decimal& amount, const EquityInfo& equity) {
+std::string priceCurrencyText(const Decimal& amount, const EquityInfo& equity) {
   return roundedToMinorUnits(amount, equity.currency).description();
 }
 
@@ -152,7 +152,7 @@ void replayOnce(const EquityPointer& equity, const std::vector<Quote>& quotes,
     return;
   }
   const auto money = [&](const Decimal& amount) {
-    return moneyText(amount, *equity) + " " + std::string(equity->currency.code);
+    return priceCurrencyText(amount, *equity) + " " + std::string(equity->currency.code);
   };
   console.out << '\n'
               << analysis.totalTradesMade << " trades on " << analysis.totalDaysTradedOn << " of "
@@ -197,9 +197,10 @@ void writeBatchTable(const BatchAnswer& answer, const Console& console) {
     const auto& analysis = result->analysis;
     const auto [from, to] = boundsOf(*result, answer);
     table.add({from, to, std::to_string(analysis.totalTradingDays),
-               moneyText(analysis.portfolio->currentValue(), answer.equity),
-               moneyText(analysis.netGain(), answer.equity), percent(result->strategyPeriodReturn),
-               percent(result->strategyAnnualizedReturn), percent(result->buyAndHoldReturn)});
+               priceCurrencyText(analysis.portfolio->currentValue(), answer.equity),
+               priceCurrencyText(analysis.netGain(), answer.equity),
+               percent(result->strategyPeriodReturn), percent(result->strategyAnnualizedReturn),
+               percent(result->buyAndHoldReturn)});
   }
   table.write(console.out);
   const auto [least, greatest] = returnSpan(answer.results);
@@ -229,10 +230,10 @@ void writeBatchData(const BatchAnswer& answer, ListingFormat format, const Conso
     const auto& analysis = result->analysis;
     const auto [from, to] = boundsOf(*result, answer);
     periods.add({from, to, std::to_string(analysis.totalTradingDays),
-                 moneyText(analysis.portfolio->currentValue(), answer.equity),
-                 moneyText(analysis.netGain(), answer.equity), rate(result->strategyPeriodReturn),
-                 rate(result->strategyAnnualizedReturn), rate(result->buyAndHoldReturn),
-                 std::string(answer.equity.currency.code)});
+                 priceCurrencyText(analysis.portfolio->currentValue(), answer.equity),
+                 priceCurrencyText(analysis.netGain(), answer.equity),
+                 rate(result->strategyPeriodReturn), rate(result->strategyAnnualizedReturn),
+                 rate(result->buyAndHoldReturn), std::string(answer.equity.currency.code)});
   }
   periods.write(format, console.out);
 }

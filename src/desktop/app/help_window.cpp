@@ -2,6 +2,9 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QEvent>
+#include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QTextBrowser>
 #include <QToolBar>
@@ -15,8 +18,29 @@
 
 namespace corvane::desktop {
 
+namespace {
+
+/// Tells a page without the pictures that are not there: those of the user guide are drawn only
+/// when the program is built to be installed.
+class PageBrowser final : public QTextBrowser {
+ public:
+  QVariant loadResource(int type, const QUrl& name) override {
+    const QUrl full = source().resolved(name);
+    if (type == QTextDocument::ImageResource && full.isLocalFile() &&
+        !QFileInfo::exists(full.toLocalFile())) {
+      // A line of nothing, however wide the page wants it. Without it there is a sign in that size.
+      QImage nothing(QSize(2000, 1), QImage::Format_ARGB32_Premultiplied);
+      nothing.fill(Qt::transparent);
+      return nothing;
+    }
+    return QTextBrowser::loadResource(type, name);
+  }
+};
+
+}  // namespace
+
 HelpWindow::HelpWindow(QWidget* parent)
-    : QMainWindow(parent), browser_(new QTextBrowser), subtitle_(new QLabel) {
+    : QMainWindow(parent), browser_(new PageBrowser), subtitle_(new QLabel) {
   setWindowTitle(QStringLiteral("Corvane Help"));
   setCentralWidget(browser_);
   resize(780, 680);

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QImageWriter>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
@@ -36,6 +37,8 @@ namespace {
 constexpr int pollMilliseconds = 10;
 constexpr std::size_t mostEquities = 4;
 constexpr int settlingMilliseconds = 100;
+/// Of the picture files, from 0 to 100. What more would spare in size takes as long as the drawing.
+constexpr int lightCompression = 20;
 constexpr int searchMilliseconds = 5000;  // a search begins half a second after the last key
 
 /// `text` as a part of a file name.
@@ -115,10 +118,11 @@ ScreenRenderer::ScreenRenderer(MainWindow& window, std::filesystem::path folder,
   }
 }
 
-bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& written) {
-  written_ = written;
+bool ScreenRenderer::renderAll(const std::function<void(const std::filesystem::path&)>& drawn) {
+  drawn_ = drawn;
   window_.setFixedSize(size_);
   inBothAppearances([this] { renderScreens(); });
+  finishWriting();
   return !hasFailed_;
 }
 
@@ -630,10 +634,18 @@ void ScreenRenderer::capture(const QString& name) {
 void ScreenRenderer::save(const QPixmap& picture, const QString& name) {
   const std::filesystem::path file =
       folder_ / utf8Text(name + QLatin1Char('-') + appearance_ + QStringLiteral(".png"));
-  if (picture.save(qtPath(file), "PNG")) {
-    written_(file);
-  } else {
-    hasFailed_ = true;
+  finishWriting();
+  writing_ = std::async(std::launch::async, [path = qtPath(file), image = picture.toImage()] {
+    QImageWriter writer(path, "PNG");
+    writer.setCompression(lightCompression);
+    return writer.write(image);
+  });
+  drawn_(file);
+}
+
+void ScreenRenderer::finishWriting() {
+  if (writing_.valid()) {
+    hasFailed_ |= !writing_.get();
   }
 }
 

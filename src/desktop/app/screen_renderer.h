@@ -6,6 +6,7 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <vector>
 
 class QDialog;
@@ -31,12 +32,13 @@ class ScreenRenderer {
   /// Files go to `folder`, which is made where it is missing. Throws FileError.
   ScreenRenderer(MainWindow& window, std::filesystem::path folder, QSize size = pictureSize);
 
-  /// Writes all screens in both appearances. `written` is told each file when it is there. False
-  /// where a file could not be written or a screen's prices did not arrive in time.
-  bool renderAll(const std::function<void(const std::filesystem::path&)>& written);
+  /// Writes all screens in both appearances. `drawn` is told each file while its screen still
+  /// shows; the file itself is written beside the drawing of the next, and all are there at the
+  /// end. False where a file could not be written or a screen's prices did not arrive in time.
+  bool renderAll(const std::function<void(const std::filesystem::path&)>& drawn);
   /// As renderAll(), of a window whose workspace has nothing in it: what it says then, and what a
   /// portfolio without transactions does, for which it makes one.
-  bool renderBlank(const std::function<void(const std::filesystem::path&)>& written);
+  bool renderBlank(const std::function<void(const std::filesystem::path&)>& drawn);
 
   /// Runs the event loop for so long.
   static void waitFor(int milliseconds);
@@ -79,12 +81,15 @@ class ScreenRenderer {
   /// Writes a window that stands beside the main one.
   void writeWindow(QWidget& window, const QString& name);
   void save(const QPixmap& picture, const QString& name);
+  /// Waits for the file that is being written.
+  void finishWriting();
 
   MainWindow& window_;
   const std::filesystem::path folder_;
   const QSize size_;
   QString appearance_;
-  std::function<void(const std::filesystem::path&)> written_;
+  std::function<void(const std::filesystem::path&)> drawn_;
+  std::future<bool> writing_;  ///< of the latest picture: whether its file could be written
   bool hasFailed_ = false;
 };
 

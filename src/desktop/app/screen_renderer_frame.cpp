@@ -155,8 +155,8 @@ void ScreenRenderer::renderWindows() {
   writeWindow(activity, QStringLiteral("window-network-activity"));
 }
 
-bool ScreenRenderer::renderBlank(const std::function<void(const std::filesystem::path&)>& written) {
-  written_ = written;
+bool ScreenRenderer::renderBlank(const std::function<void(const std::filesystem::path&)>& drawn) {
+  drawn_ = drawn;
   window_.setFixedSize(size_);
   inBothAppearances([this] { write(QStringLiteral("empty-workspace")); });
   MainSplitViewController& frame = window_.workspaceView().controller();
@@ -170,6 +170,7 @@ bool ScreenRenderer::renderBlank(const std::function<void(const std::filesystem:
     }
   }
   inBothAppearances([this] { write(QStringLiteral("empty-portfolio")); });
+  finishWriting();
   return !hasFailed_;
 }
 

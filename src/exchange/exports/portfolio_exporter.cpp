@@ -7,6 +7,7 @@
 #include "exchange/exports/portfolio_exporter_accessory_view_controller.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/time/calendar.h"
+#include "reports/series/report_days.h"
 
 namespace corvane {
 namespace {
@@ -18,11 +19,6 @@ constexpr int mostRateDigits = 5;
 /// field, and then says no.
 bool hasOnlyDays(const std::string& format) {
   return format.find_first_of("abBhHkKjJCmsSAzZOvVXx") == std::string::npos;
-}
-
-/// A number for each day, and no two days with one number.
-std::int64_t dayNumber(const YearMonthDay& day) {
-  return (static_cast<std::int64_t>(day.year) * 12 + day.month) * 31 + day.day;
 }
 
 }  // namespace

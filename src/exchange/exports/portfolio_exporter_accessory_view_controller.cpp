@@ -4,17 +4,18 @@
 
 namespace corvane {
 
-using Accessory = PortfolioExporterAccessoryViewController;
+using ExporterAccessory = PortfolioExporterAccessoryViewController;
 using Settings = PortfolioExportConfiguration;
 
-Accessory::PortfolioExporterAccessoryViewController(std::weak_ptr<PortfolioExporter> exporter)
+ExporterAccessory::PortfolioExporterAccessoryViewController(
+    std::weak_ptr<PortfolioExporter> exporter)
     : portfolioExporter_(std::move(exporter)) {
   if (const auto owner = portfolioExporter()) {
     update(owner->settings());
   }
 }
 
-void Accessory::update(const PortfolioExportConfiguration& configuration) {
+void ExporterAccessory::update(const PortfolioExportConfiguration& configuration) {
   dateFormatDefaultButton.isOn = !configuration.useDateFormatString;
   dateFormatCustomButton.isOn = configuration.useDateFormatString;
   dateFormatCustomTextField = {.text = configuration.dateFormatString,
@@ -28,33 +29,33 @@ void Accessory::update(const PortfolioExportConfiguration& configuration) {
 }
 
 template <typename Change>
-void Accessory::changeSettings(Change change) {
+void ExporterAccessory::changeSettings(Change change) {
   if (const auto exporter = portfolioExporter()) {
     exporter->changeSettings(change);
   }
 }
 
-void Accessory::chooseDefaultDateFormat() {
+void ExporterAccessory::chooseDefaultDateFormat() {
   changeSettings([](Settings& settings) { settings.useDateFormatString = false; });
 }
 
-void Accessory::chooseCustomDateFormat() {
+void ExporterAccessory::chooseCustomDateFormat() {
   changeSettings([](Settings& settings) { settings.useDateFormatString = true; });
 }
 
-void Accessory::setDateFormatString(const std::string& format) {
+void ExporterAccessory::setDateFormatString(const std::string& format) {
   changeSettings([&](Settings& settings) { settings.dateFormatString = format; });
 }
 
-void Accessory::setAccountingStyle(bool isOn) {
+void ExporterAccessory::setAccountingStyle(bool isOn) {
   changeSettings([&](Settings& settings) { settings.negativeNumbersAccountingStyle = isOn; });
 }
 
-void Accessory::setThousandSeparator(bool isOn) {
+void ExporterAccessory::setThousandSeparator(bool isOn) {
   changeSettings([&](Settings& settings) { settings.includeThousandsSeparator = isOn; });
 }
 
-void Accessory::setCurrencySymbol(bool isOn) {
+void ExporterAccessory::setCurrencySymbol(bool isOn) {
   changeSettings([&](Settings& settings) { settings.includeCurrencySymbol = isOn; });
 }
 

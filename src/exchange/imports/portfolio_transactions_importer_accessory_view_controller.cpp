@@ -7,9 +7,9 @@
 
 namespace corvane {
 
-using Accessory = PortfolioTransactionsImporterAccessoryViewController;
+using ImporterAccessory = PortfolioTransactionsImporterAccessoryViewController;
 
-Accessory::PortfolioTransactionsImporterAccessoryViewController(
+ImporterAccessory::PortfolioTransactionsImporterAccessoryViewController(
     std::weak_ptr<PortfolioTransactionsImporter> importer)
     : importer_(std::move(importer)) {
   // The table is sorted by code.
@@ -23,7 +23,7 @@ Accessory::PortfolioTransactionsImporterAccessoryViewController(
   }
 }
 
-void Accessory::update(const TransactionsImportConfiguration& configuration) {
+void ImporterAccessory::update(const TransactionsImportConfiguration& configuration) {
   dateFormatAutomaticButton.isOn = !configuration.useDateFormatString;
   dateFormatCustomButton.isOn = configuration.useDateFormatString;
   dateFormatCustomTextField = {.text = configuration.dateFormatString,
@@ -34,25 +34,25 @@ void Accessory::update(const TransactionsImportConfiguration& configuration) {
   }
 }
 
-void Accessory::chooseAutomaticDateFormat() {
+void ImporterAccessory::chooseAutomaticDateFormat() {
   if (const auto importer = importer_.lock()) {
     importer->changeSettings([](auto& settings) { settings.useDateFormatString = false; });
   }
 }
 
-void Accessory::chooseCustomDateFormat() {
+void ImporterAccessory::chooseCustomDateFormat() {
   if (const auto importer = importer_.lock()) {
     importer->changeSettings([](auto& settings) { settings.useDateFormatString = true; });
   }
 }
 
-void Accessory::setDateFormatString(const std::string& format) {
+void ImporterAccessory::setDateFormatString(const std::string& format) {
   if (const auto importer = importer_.lock()) {
     importer->changeSettings([&](auto& settings) { settings.dateFormatString = format; });
   }
 }
 
-void Accessory::selectDefaultCurrency(std::size_t index) {
+void ImporterAccessory::selectDefaultCurrency(std::size_t index) {
   if (const auto importer = importer_.lock()) {
     importer->changeSettings([&](auto& settings) {
       settings.defaultCurrencyCode = defaultCurrencyPopUpButton.items.at(index).value;
