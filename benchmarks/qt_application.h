@@ -17,8 +17,8 @@ inline void startQt() {
   static char* arguments[] = {name, nullptr};
   static const bool isStarted = [] {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    auto* application = new QApplication(argumentCount, arguments);
-    desktop::theme::apply(*application, Appearance::light);
+    new QApplication(argumentCount, arguments);
+    desktop::theme::apply(Appearance::light);
     return true;
   }();
   benchmark::DoNotOptimize(isStarted);

@@ -10,7 +10,6 @@ namespace corvane {
 namespace {
 
 using Rule = TaxDisposal::Match::Rule;
-constexpr int daysOfMatching = 30;
 
 /// All that a holder bought on one day, which counts as one purchase.
 struct DayOfPurchases {

@@ -7,6 +7,9 @@
 
 namespace corvane {
 
+/// Sales are matched with purchases of so many days after them at most.
+inline constexpr int daysOfMatching = 30;
+
 /// Walks `rows` as walkTaxes() does. Shares that a taxable holder sells are matched with his
 /// purchases of the same day, then with those of the next 30 days, the earliest first, and then
 /// with his pool at its average cost (Taxation of Chargeable Gains Act 1992, ss. 104, 105 and

@@ -8,6 +8,7 @@
 #include "reports/series/report_days.h"
 #include "reports/tax/equity_splits.h"
 #include "reports/tax/sale_estimate.h"
+#include "reports/tax/share_matching.h"
 #include "reports/trail/row_source.h"
 
 namespace corvane {
@@ -15,8 +16,6 @@ namespace {
 
 /// So many steps of a pool are told at most; what lies before is one leaf.
 constexpr std::size_t mostStepsOfPool = 50;
-/// Sales are matched with purchases of so many days after them at most.
-constexpr int daysOfWindow = 30;
 
 class TaxTrail {
  public:
@@ -301,7 +300,8 @@ class TaxTrail {
                                                     const YearMonthDay& day) const {
     std::vector<TrailNode> taken;
     const auto dayOf = [&](const TaxDisposal& sale) { return line_.rows[sale.row].day; };
-    auto sale = std::ranges::lower_bound(walk_.disposals, daysAfter(day, -daysOfWindow), {}, dayOf);
+    auto sale =
+        std::ranges::lower_bound(walk_.disposals, daysAfter(day, -daysOfMatching), {}, dayOf);
     for (; sale != walk_.disposals.end() && dayOf(*sale) <= day; ++sale) {
       for (const TaxDisposal::Match& match : sale->matches) {
         if (line_.rows[sale->row].holder == holder && match.day == day &&
