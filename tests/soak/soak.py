@@ -391,18 +391,23 @@ class Soak:
             return
         offer = self.screen.window_shown("Corvane")
         answer = self.dice.choice(["Recover", "Discard"])
-        press_button(offer, answer)
+        self.answer_offer(offer, answer)
         if answer == "Recover":
             self.check_recovered(unsaved)
         self.check_rows()
 
+    def answer_offer(self, offer, answer):
+        press_button(offer, answer)
+        # An Escape in between would be answered first, and mean "Later".
+        self.screen.wait_until_gone("Corvane")
+
     def check_offered_nothing(self, may_be_offered):
-        self.screen.window_shown(self.window.name)
+        wait_for("a window", lambda: any(self.screen.windows()))
         time.sleep(2)
         offer = next((w for w in self.screen.windows() if w.name == "Corvane"), None)
         expect(offer is None or may_be_offered, "what was saved is offered as unsaved")
         if offer is not None:
-            press_button(offer, "Discard")
+            self.answer_offer(offer, "Discard")
         self.check_rows()
 
     def check_recovered(self, count):
