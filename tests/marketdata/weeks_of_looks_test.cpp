@@ -120,6 +120,10 @@ TEST(WeeksOfLooksTest, LeaveEveryBarThatIsFinishedInTheCache) {
     EXPECT_GT(user.answered, 1000);
     EXPECT_GT(user.failed, 100);
 
+    // No more faults: however busy the machine is, access is waited for.
+    user.chain.secondsForAccess = 30;
+    user.chain.open();
+
     // What the last look at everything leaves: it is no business of a further one.
     const DateRange all(firstDay, dayOfUser(dayCount));
     const auto direct = user.chain.service();

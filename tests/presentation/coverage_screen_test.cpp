@@ -137,11 +137,15 @@ TEST_F(CoverageScreenTest, EndsAFetchAndKeepsWhatHasCome) {
   EXPECT_THAT(coverage->notice(), StartsWith("Cancelled."));
   // Until eight of twenty have come.
   waitUntil([&] {
-    if (!coverage->isBusy()) {
-      coverage->setShown(false);
-      coverage->setShown(true);
+    if (coverage->isBusy()) {
+      return false;
     }
-    return coverage->figures()[1].value.plainText() == "120";
+    if (coverage->figures()[1].value.plainText() == "120") {
+      return true;
+    }
+    coverage->setShown(false);
+    coverage->setShown(true);
+    return false;
   });
   EquitySet asked;
   for (const QuoteQuery& query : prices->queries) {
