@@ -103,9 +103,11 @@ class ConsoleWorld {
   }
 
   std::vector<EquityPointer> saveWorkspace(const std::shared_ptr<QuoteProvider>& provider) {
-    WorkspaceSurroundings surroundings{.sharedQuoteProvider = [provider] { return provider; },
-                                       .appBundleVersion = "1",
-                                       .appMarketingVersion = "1"};
+    WorkspaceSurroundings surroundings{
+        .sharedQuoteProvider = [provider] { return provider; },
+        .appBundleVersion = "1",
+        .appMarketingVersion = "1",
+        .presentTimeZone = [] { return *TimeZone::withIdentifier("America/Toronto"); }};
     const auto document = std::make_shared<WorkspaceDocument>(surroundings);
     document->makeWindowControllers(nullptr);
     World world(provider, document->model()->portfolioManagers.front());

@@ -250,8 +250,8 @@ class TaxTrail {
     if (later.kind != TaxRow::Kind::purchase) {
       return false;
     }
-    for (std::size_t i = row; i-- > 0 && line_.rows[i].day == later.day;) {
-      if (isPurchaseOf(i, later.holder, later.day)) {
+    for (std::size_t i = row; i > 0 && line_.rows[i - 1].day == later.day; --i) {
+      if (isPurchaseOf(i - 1, later.holder, later.day)) {
         return true;
       }
     }
