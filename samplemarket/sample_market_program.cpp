@@ -2,8 +2,10 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <cmath>
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <optional>
@@ -57,7 +59,7 @@ bool setOption(SampleMarketOptions& options, std::string_view name, std::string_
   }
   if (name == "--fault-probability") {
     const auto probability = numberIn<double>(value, 0, 1);
-    options.faultsPerThousand = static_cast<int>(probability.value_or(0) * 1000 + 0.5);
+    options.faultsPerThousand = static_cast<int>(std::lround(probability.value_or(0) * 1000));
     return probability.has_value();
   }
   if (name == "--seed") {

@@ -133,7 +133,7 @@ std::int64_t easterSunday(std::int64_t year) {
 
 std::int64_t nthWeekday(std::int64_t year, int month, int weekday, int count) {
   const std::int64_t first = dayCount(year, month, 1);
-  return first + (weekday - dayOfWeek(first) + 7) % 7 + 7 * (count - 1);
+  return first + (weekday - dayOfWeek(first) + 7) % 7 + std::int64_t{7} * (count - 1);
 }
 
 std::int64_t mondayOnOrBefore(std::int64_t day) {

@@ -54,8 +54,8 @@ void walkBetween(std::vector<std::int64_t>& path, const Anchor& from, const Anch
   }
   for (int i = 0; i <= length; ++i) {
     const std::int64_t drift = (to.price - from.price - walk.back()) * i / std::max(length, 1);
-    path[static_cast<std::size_t>(from.minute + i)] =
-        from.price + drift + walk[static_cast<std::size_t>(i)];
+    const int minute = from.minute + i;
+    path[static_cast<std::size_t>(minute)] = from.price + drift + walk[static_cast<std::size_t>(i)];
   }
   path[static_cast<std::size_t>(to.minute)] = to.price;
 }

@@ -16,7 +16,8 @@ constexpr int commission = 5;
 
 /// Noon in Greenwich, which is the same day wherever the exchanges are.
 Date noonOf(std::int64_t day) {
-  return Date::since1970(static_cast<double>(day * secondsADay + secondsADay / 2));
+  constexpr std::int64_t secondsToNoon = secondsADay / 2;
+  return Date::since1970(static_cast<double>(day * secondsADay + secondsToNoon));
 }
 
 /// The first session after the last day that anybody lives through.
