@@ -137,7 +137,19 @@ class TwinsTest : public ExplanationTest {
         twin, undo);
   }
 
+  std::shared_ptr<TaxYearViewController> shownTaxYear() {
+    model_->portfolioManagers = {manager};
+    auto tax = TaxYearViewController::make(surroundings);
+    tax->setDocumentModel(model_);
+    tax->setShown(true);
+    waitUntil([&] { return !tax->isBusy(); });
+    return tax;
+  }
+
   const PortfolioPointer twin = manager->createPortfolio(Currency::cad());
+
+ private:
+  std::shared_ptr<WorkspaceModel> model_ = std::make_shared<WorkspaceModel>();
 };
 
 TEST_F(TwinsTest, LeadIncomeToItsRows) {
@@ -157,12 +169,7 @@ TEST_F(TwinsTest, LeadIncomeToItsRows) {
 TEST_F(TwinsTest, LeadTheIncomeOfATaxYearToItsRows) {
   manager->recordTransactions(
       {on(day(2021, 3, 6)).adjustment("-3"), on(day(2021, 3, 7)).sell("4", "40")}, twin, undo);
-  const auto model = std::make_shared<WorkspaceModel>();
-  model->portfolioManagers = {manager};
-  const auto tax = TaxYearViewController::make(surroundings);
-  tax->setDocumentModel(model);
-  tax->setShown(true);
-  waitUntil([&] { return !tax->isBusy(); });
+  const auto tax = shownTaxYear();
   openRowsOf(trailIn(tax->income, 0, "equivalent"));
   EXPECT_EQ(panel.trail()->value, 7);
   EXPECT_THAT(opened, ElementsAre(Pair(portfolio, 2U), Pair(twin, 3U)));
@@ -182,12 +189,7 @@ TEST_F(TwinsTest, LeadTheIncomeOfATaxYearToItsRows) {
 /// A line that the table still shows while the ledger goes on.
 TEST_F(TwinsTest, TellThatTheLedgerOfATaxYearHasChanged) {
   manager->recordTransactions({on(day(2021, 3, 7)).sell("4", "47")}, twin, undo);
-  const auto model = std::make_shared<WorkspaceModel>();
-  model->portfolioManagers = {manager};
-  const auto tax = TaxYearViewController::make(surroundings);
-  tax->setDocumentModel(model);
-  tax->setShown(true);
-  waitUntil([&] { return !tax->isBusy(); });
+  const auto tax = shownTaxYear();
   std::vector<std::pair<TrailMaker, Decimal>> makers;
   for (const char* column : {"taxGain", "costBase", "ledgerGain"}) {
     const TrailMaker maker = trailIn(tax->disposals, 0, column);
