@@ -34,6 +34,12 @@ class TravellingWorkspace : public ::testing::Test {
     }
     document->save(world.file);
   }
+  void addADayIn(const std::string& name) {
+    travelTo(name);
+    const auto document = world.open(world.file);
+    record(*document, {2025, 3, 9});
+    document->save(world.file);
+  }
   /// Takes the note away, as in the file of an older program.
   void forgetZone() { writeText(world.file / WorkspaceDocument::generalPropertiesName, "{}"); }
 
@@ -155,10 +161,7 @@ TEST_F(TravellingWorkspace, KeepsThePresentZoneWhereTheUserSaysSo) {
 
 TEST_F(TravellingWorkspace, StaysDoubtfulUntilTheUserDecides) {
   writeIn("Asia/Tokyo", winterAndSummer);
-  travelTo("America/Toronto");
-  const auto document = world.open(world.file);
-  record(*document, {2025, 3, 9});
-  document->save(world.file);
+  addADayIn("America/Toronto");
   EXPECT_TRUE(isDoubtfulIn("America/Toronto"));
   forgetZone();
   const auto older = world.open(world.file);
@@ -168,10 +171,7 @@ TEST_F(TravellingWorkspace, StaysDoubtfulUntilTheUserDecides) {
 TEST_F(TravellingWorkspace, NotesTheZoneInWhichItWasWrittenLast) {
   writeIn("America/Vancouver", winterAndSummer);
   // In Toronto these are the same days, but those of Toronto are others in Vancouver.
-  travelTo("America/Toronto");
-  const auto document = world.open(world.file);
-  record(*document, {2025, 3, 9});
-  document->save(world.file);
+  addADayIn("America/Toronto");
   EXPECT_TRUE(isDoubtfulIn("America/Vancouver"));
   const auto doubt = world.open(world.file)->model()->datesDoubt;
   ASSERT_TRUE(doubt);
