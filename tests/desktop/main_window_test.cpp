@@ -203,6 +203,23 @@ TEST_F(MainWindowTest, OpensARecentWorkspaceFromTheMenu) {
   EXPECT_EQ(window->windowTitle().toStdString(), "Family[*] — Corvane");
 }
 
+/// Its keys go on from what is shown; and a caret that blinks in the search box is work for nobody.
+TEST_F(MainWindowTest, OpensWithTheKeyboardInTheListOfWhatIsShown) {
+  world.addPortfolio(*window, "Home");
+  world.addPortfolio(*window, "Away");
+  const auto path = world.folder / "Family.corvane";
+  window->document()->save(path);
+  window->close();
+  const auto document = world.application.documentController().openDocument(path);
+  window = world.application.windows().windowOf(*document);
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  const auto* list = named<QListView>(*window, "Portfolios");
+  EXPECT_TRUE(list->hasFocus());
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+  EXPECT_EQ(DesktopWorld::frameOf(*window).masterSourceViewController->selectedPortfolioRow(), 1U);
+}
+
 TEST_F(MainWindowTest, GivesEveryControlAName) {
   ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
   for (QWidget* control : window->findChildren<QWidget*>()) {

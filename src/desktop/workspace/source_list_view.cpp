@@ -214,6 +214,16 @@ void SourceView::startSearch() {
   search_->startEditing();
 }
 
+void SourceView::focusSelection() {
+  for (QAbstractItemView* list : {static_cast<QAbstractItemView*>(portfolioView_),
+                                  static_cast<QAbstractItemView*>(watchlistView_),
+                                  static_cast<QAbstractItemView*>(reports_)}) {
+    if (list->selectionModel()->hasSelection()) {
+      list->setFocus(Qt::OtherFocusReason);
+    }
+  }
+}
+
 void SourceView::addHeading(QVBoxLayout* column, const QString& text, QWidget* button) {
   auto* label = new QLabel(text.toUpper());
   label->setAccessibleName(text);

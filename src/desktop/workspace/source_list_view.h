@@ -36,6 +36,8 @@ class SourceView : public QWidget {
   [[nodiscard]] QAction* moveDownAction() const { return moveDown_; }
   /// Puts the keyboard into the search box.
   void startSearch();
+  /// Puts the keyboard into the list with the row that is shown, if there is one.
+  void focusSelection();
   /// Selects the report that is shown, or none.
   void showReportSelection();
   [[nodiscard]] QSize sizeHint() const override;

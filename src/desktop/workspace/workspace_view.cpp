@@ -190,6 +190,8 @@ ScreenSurroundings WorkspaceView::surroundings() {
 void WorkspaceView::setDocumentModel(const std::weak_ptr<WorkspaceModel>& model) {
   frame_->setDocumentModel(model);
   timeZone_->showDoubt();
+  // A window that opens with its caret in the search box would draw it twice a second for nobody.
+  source_->focusSelection();
   updateActions();
 }
 
