@@ -81,6 +81,25 @@ TEST_F(EquityScreenTest, LeadsFromTheSearchBoxToTheHistory) {
   })) << "the screen hears of the setting on the main queue";
 }
 
+TEST_F(EquityScreenTest, ShowsTheNewestRowsThatCameWhileTheHistoryWasHidden) {
+  watch("LUM");
+  window->setFixedSize(1000, 640);
+  auto* watchlist = named<QListView>(*window, "Watchlist");
+  watchlist->setCurrentIndex(watchlist->model()->index(0, 0));
+  menuItem(*window, "History")->trigger();
+  ASSERT_TRUE(frame().equityViewController->history->isFetching());
+  menuItem(*window, "Overview")->trigger();
+  ASSERT_TRUE(settles());
+  QApplication::processEvents();
+  menuItem(*window, "History")->trigger();
+  ASSERT_FALSE(frame().equityViewController->history->isFetching());
+  const QScrollBar* bar = named<QTableView>(*window, "Price history")->verticalScrollBar();
+  EXPECT_TRUE(DesktopWorld::waitUntil([&] {
+    return bar->maximum() > 0 && bar->value() == bar->maximum();
+  })) << bar->value()
+      << " of " << bar->maximum();
+}
+
 TEST_F(EquityScreenTest, OpensWhatIsHeldFromTheHoldings) {
   ASSERT_TRUE(world.show(*window, world.addPortfolio(*window, "Home")));
   auto* holdings = named<QTableView>(*window, "Holdings");

@@ -136,8 +136,11 @@ TEST(ExplanationPanelTest, ShowsTheRatesOfTheDaysOfDepositsWhenTheyAreThere) {
   EXPECT_TRUE(sum->isExpanded());
   EXPECT_EQ(panel.focusWidget(), copy);
 
-  controller.explain([] { return std::optional(TrailNode{.label = "Price", .value = 7}); });
+  controller.explain(
+      [] { return std::optional(TrailNode{.label = "Cost in “\u05D1\u05D9\u05EA”", .value = 7}); });
   EXPECT_TRUE(outline->isColumnHidden(rates));
+  EXPECT_EQ(outline->topLevelItem(0)->text(0), u"Cost in “\u2068\u05D1\u05D9\u05EA\u2069”")
+      << "a name from right to left stands apart from what is around it";
 }
 
 TEST_F(ReportViewsTest, ShowTheReportsOfTheWorkspaceFromTheSourceList) {
