@@ -9,7 +9,10 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QStyle>
 #include <QStyleOptionSlider>
 #include <QTabWidget>
@@ -321,6 +324,30 @@ TEST(LargeTexts, LeaveAPortfolioAndItsExplanationWholeInASmallWindow) {
   EXPECT_LE(outline->columnViewportPosition(valueColumn) + outline->columnWidth(valueColumn),
             outline->viewport()->width())
       << "a value is out of sight";
+}
+
+TEST(LargeTexts, LeaveTheOutcomeOfScenariosBesideTheirStrategy) {
+  const SmallWindow small;
+  auto& frame = DesktopWorld::frameOf(*small.window);
+  frame.masterSourceViewController->setCurrentDetailObject(small.world.market->equityWithId("NOR"));
+  for (const char* command : {"Scenario Batch", "Scenario"}) {
+    menuItem(*small.window, command)->trigger();
+    QApplication::processEvents();
+    const QWidget* strategy = nullptr;
+    for (const QScrollArea* area : small.window->findChildren<QScrollArea*>()) {
+      strategy = area->isVisible() && area->accessibleName() == "Strategy" ? area : strategy;
+    }
+    ASSERT_NE(strategy, nullptr) << command;
+    const auto* beside = qobject_cast<QSplitter*>(strategy->parentWidget())->widget(1);
+    EXPECT_LE(strategy->geometry().right(), beside->geometry().left()) << command;
+    EXPECT_LE(beside->geometry().right(), beside->parentWidget()->width()) << command;
+    for (const QWidget* control : beside->findChildren<QWidget*>()) {
+      if (control->isVisible() && (qobject_cast<const QComboBox*>(control) != nullptr ||
+                                   qobject_cast<const QPushButton*>(control) != nullptr)) {
+        EXPECT_GE(control->width(), control->sizeHint().width()) << command;
+      }
+    }
+  }
 }
 
 TEST(LargeTexts, LetNothingInTheSourceListLieOverAnother) {

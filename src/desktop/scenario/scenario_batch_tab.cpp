@@ -1,9 +1,9 @@
 #include "desktop/scenario/scenario_batch_tab.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QPushButton>
 
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
 

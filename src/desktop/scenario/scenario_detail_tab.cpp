@@ -1,6 +1,5 @@
 #include "desktop/scenario/scenario_detail_tab.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 
 #include "desktop/scenario/heat_map_dialog.h"

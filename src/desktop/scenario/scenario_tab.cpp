@@ -15,6 +15,7 @@
 #include "desktop/charts/chart_widget.h"
 #include "desktop/controls/busy_bar.h"
 #include "desktop/controls/dates_picker_view.h"
+#include "desktop/controls/flow_row.h"
 #include "desktop/controls/frozen_columns.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/attributed_text_view.h"
@@ -58,7 +59,7 @@ class WrappingColumn : public QWidget {
 
 ScenarioTab::ScenarioTab(std::shared_ptr<ScenarioViewController> controller, const QString& name)
     : controller_(std::move(controller)),
-      bar_(new QHBoxLayout),
+      bar_(new FlowRow),
       progress_(makeBusyBar(QStringLiteral("Progress"))),
       run_(new QPushButton),
       summary_(new AttributedLabel),
@@ -71,6 +72,7 @@ ScenarioTab::ScenarioTab(std::shared_ptr<ScenarioViewController> controller, con
   upper->addWidget(makeOutcome(name));
   upper->setStretchFactor(0, 0);
   upper->setStretchFactor(1, 1);
+  upper->setSizes({upper->widget(0)->minimumWidth(), QWIDGETSIZE_MAX / 2});
   // The table has all of the width: it has more columns than fit beside the panel.
   auto* split = new QSplitter(Qt::Vertical);
   split->addWidget(upper);
@@ -149,16 +151,11 @@ QWidget* ScenarioTab::makeOutcome(const QString& name) {
   chart->setMinimumHeight(120);
 
   bar_->setSpacing(spacing::narrow);
-  auto* head = new QHBoxLayout;
-  head->setContentsMargins(spacing::narrow, 0, 0, 0);
-  head->addLayout(bar_);
-  head->addStretch(1);
-  summary_->setContentsMargins(spacing::narrow, 0, 0, 0);
   auto* upper = new WrappingColumn;
   auto* column = new QVBoxLayout(upper);
   column->setContentsMargins(spacing::narrow, 0, 0, spacing::narrow);
   column->setSpacing(spacing::narrow);
-  column->addLayout(head);
+  column->addLayout(bar_);
   column->addWidget(summary_);
   column->addWidget(chart, 1);
   column->addWidget(status_);

@@ -7,7 +7,6 @@
 #include "platform/async/subscription.h"
 #include "presentation/scenario/scenario_view_controller.h"
 
-class QHBoxLayout;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -15,6 +14,7 @@ class QPushButton;
 namespace corvane::desktop {
 
 class AttributedLabel;
+class FlowRow;
 class TableModelAdapter;
 class TableView;
 
@@ -28,7 +28,7 @@ class ScenarioTab : public QWidget {
   ScenarioTab(std::shared_ptr<ScenarioViewController> controller, const QString& name);
 
   /// The row above the summary, which is for the controls of each tab.
-  [[nodiscard]] QHBoxLayout& bar() { return *bar_; }
+  [[nodiscard]] FlowRow& bar() { return *bar_; }
   [[nodiscard]] TableView& table() { return *table_; }
   /// Brings labels and buttons in line with the controller.
   virtual void update();
@@ -42,7 +42,7 @@ class ScenarioTab : public QWidget {
   void showSelection(bool takesKeyboard);
 
   std::shared_ptr<ScenarioViewController> controller_;
-  QHBoxLayout* bar_;
+  FlowRow* bar_;
   QProgressBar* progress_;
   QPushButton* run_;
   AttributedLabel* summary_;
