@@ -256,6 +256,11 @@ TEST_F(ConsoleProgramTest, TurnsAStatementIntoALedger) {
       " 1754.17                   Refund of account fee\n"
       " 6  2024-05-27  2024-05-27  Transfer Out                     -200.00  GBP                   "
       " 1554.17                   Cash machine\n");
+  EXPECT_THAT(
+      program.output("ledger Family.corvane --portfolio Savings --csv --find 'FEE 5.0 mar'"),
+      AllOf(HasSubstr("\r\n\"5\",\"2024-03-11\""), Not(HasSubstr("\"2024-02-29\""))));
+  EXPECT_EQ(program.output("ledger Family.corvane --portfolio Savings --json --find nothing"),
+            "[]\n");
   EXPECT_EQ(program.output("verify Family.corvane"),
             "Savings: 6 transactions, all balances are right.\n");
 }

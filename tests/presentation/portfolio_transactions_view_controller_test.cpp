@@ -306,5 +306,147 @@ TEST_F(TransactionsTableTest, ExportsTheSelectionOrEverythingShown) {
   EXPECT_EQ(table.exportTitle(), "Exporting 2 transactions.");
 }
 
+/// Three deposits, the first of them with a note.
+class FindInTransactionsTest : public TransactionsTableTest {
+ protected:
+  FindInTransactionsTest() {
+    auto noted = deposit("1");
+    noted.note = "gift";
+    record({noted, deposit("2"), deposit("3")});
+    show();
+  }
+
+  std::vector<TransactionPointer> shown() const {
+    std::vector<TransactionPointer> shown;
+    for (std::size_t i = 0; i < table.numberOfRows(); ++i) {
+      shown.push_back(table.transaction(i));
+    }
+    return shown;
+  }
+};
+
+TEST_F(FindInTransactionsTest, ShowsTheRowsWithTheWords) {
+  EXPECT_FALSE(table.isFinding());
+  table.setFindText("  ");
+  EXPECT_FALSE(table.isFinding());
+  EXPECT_EQ(shown(), rows());
+  table.setFindText("gift");
+  EXPECT_THAT(shown(), ElementsAre(rows()[0]));
+  EXPECT_EQ(table.title(), "Showing 1 of 3 transactions");
+  EXPECT_TRUE(updates.back().rowsChanged && updates.back().isSearch);
+  EXPECT_EQ(table.nothingFoundText(), "");
+
+  table.setFindText("gifted");
+  EXPECT_THAT(shown(), IsEmpty());
+  EXPECT_EQ(table.nothingFoundText(), "No transaction has “gifted”.");
+  table.setFindText("gifted horse");
+  EXPECT_EQ(table.nothingFoundText(), "No transaction has “gifted horse”.");
+  EXPECT_FALSE(updates.back().rowsChanged);
+  show({2021, 3, 2}, {2021, 3, 3});
+  EXPECT_EQ(table.nothingFoundText(), "No transaction in these days has “gifted horse”.");
+  table.setFindText("");
+  EXPECT_THAT(shown(), SizeIs(2));
+}
+
+TEST_F(FindInTransactionsTest, KeepsNoHiddenRowSelected) {
+  table.setSelectedRows({0, 1, 2});
+  table.setFindText("gift");
+  EXPECT_THAT(table.selectedTransactions(), ElementsAre(rows()[0]));
+  table.setFindText("");
+  EXPECT_THAT(table.selectedTransactions(), ElementsAre(rows()[0]));
+  table.setSelectedRows({1, 2});
+  table.setFindText("gift");
+  EXPECT_THAT(table.selectedRows(), IsEmpty());
+  table.deleteTransactionAction();
+  EXPECT_THAT(rows(), SizeIs(3));
+
+  table.setSelectedRows({0});
+  table.deleteTransactionAction();
+  EXPECT_THAT(rows(), SizeIs(2));
+  showAfterEdit();
+  EXPECT_EQ(table.nothingFoundText(), "No transaction has “gift”.");
+  undo->undo();
+  showAfterEdit();
+  EXPECT_THAT(shown(), ElementsAre(rows()[0]));
+  EXPECT_THAT(table.selectedTransactions(), ElementsAre(rows()[0]));
+}
+
+TEST_F(FindInTransactionsTest, SaysThatWhatWasJustEnteredIsHidden) {
+  table.setFindText("gift");
+  record({deposit("4")});
+  showAfterEdit();
+  EXPECT_THAT(shown(), ElementsAre(rows()[0]));
+  EXPECT_EQ(table.hiddenEditsText(), "The transaction just entered is hidden.");
+  show();
+  EXPECT_EQ(table.hiddenEditsText(), "The transaction just entered is hidden.") << "prices came";
+  table.setFindText("");
+  EXPECT_EQ(table.hiddenEditsText(), "");
+  EXPECT_THAT(table.selectedTransactions(), ElementsAre(rows()[3]));
+
+  table.setFindText("gift");
+  record({deposit("5"), deposit("6")});
+  showAfterEdit();
+  EXPECT_EQ(table.hiddenEditsText(), "2 transactions just entered are hidden.");
+  table.setFindText("5.00");
+  EXPECT_EQ(table.hiddenEditsText(), "The transaction just entered is hidden.");
+  undo->undo();
+  showAfterEdit();
+  EXPECT_EQ(table.hiddenEditsText(), "");
+
+  auto gift = on(rows()[0]->tradeDate()).deposit("7");
+  gift.note = "a gift too";
+  record({gift});
+  table.setFindText("gift");
+  showAfterEdit();
+  EXPECT_EQ(table.hiddenEditsText(), "");
+  EXPECT_THAT(shown(), SizeIs(2));
+  EXPECT_TRUE(table.modify(rows()[0], {Order::Record{on(day(2021, 3, 1)).deposit("1")}}));
+  showAfterEdit();
+  EXPECT_EQ(table.hiddenEditsText(), "The transaction just entered is hidden.");
+}
+
+TEST_F(FindInTransactionsTest, MovesNoRowPastOthersThatNobodySees) {
+  const Date first = day(2021, 4, 1);
+  record({on(first).adjustment("1"), on(first).deposit("2"), on(first).adjustment("3")});
+  show();
+  const auto before = rows();
+  table.setFindText("credit");
+  ASSERT_THAT(shown(), SizeIs(2));
+  table.setSelectedRows({1});
+  EXPECT_FALSE(table.canMoveUp());
+  EXPECT_FALSE(table.acceptDrop({1}, 0));
+  EXPECT_EQ(rows(), before);
+  table.setFindText("");
+  EXPECT_TRUE(table.canMoveUp());
+}
+
+TEST_F(FindInTransactionsTest, ShowsAnotherPortfolioWholeAndOtherDaysNarrowed) {
+  table.setFindText("gift");
+  show({2021, 3, 1}, {2021, 3, 2});
+  EXPECT_THAT(shown(), SizeIs(1));
+  show({2021, 3, 2}, {2021, 3, 3});
+  EXPECT_THAT(shown(), IsEmpty());
+  slice = {.portfolio = manager->createPortfolio(Currency::usd())};
+  show();
+  EXPECT_EQ(table.findText(), "");
+  EXPECT_FALSE(table.isFinding());
+}
+
+TEST_F(FindInTransactionsTest, GoesToARowThatIsHidden) {
+  table.setFindText("gift");
+  table.showTransaction(rows()[2]);
+  EXPECT_EQ(table.findText(), "");
+  EXPECT_THAT(table.selectedTransactions(), ElementsAre(rows()[2]));
+  table.setFindText("gift");
+  table.showTransaction(rows()[0]);
+  EXPECT_EQ(table.findText(), "gift");
+}
+
+TEST_F(FindInTransactionsTest, ExportsWhatIsShown) {
+  table.setFindText("gift");
+  EXPECT_THAT(table.exportedTransactions(), ElementsAre(rows()[0]));
+  EXPECT_EQ(table.exportTitle(), "Exporting 1 transaction.");
+}
+
 }  // namespace
 }  // namespace corvane::testing

@@ -6,6 +6,7 @@
 #include "cli/console/workspace_file.h"
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/transaction/transaction_effect.h"
+#include "presentation/transactions/transaction_finder.h"
 
 namespace corvane::cli {
 namespace {
@@ -64,26 +65,37 @@ std::vector<Listing::Field> ledgerFields() {
           {"note", "Note"}};
 }
 
+/// One line of the listing, of the row that is the `number`th of the ledger.
+std::vector<std::string> fieldsOf(const PortfolioTransaction& row, std::size_t number,
+                                  const Currency& primary, const Calendar& calendar) {
+  Happening what = happening(row.basic);
+  const Currency* currency = row.basic.currency();
+  return {std::to_string(number),
+          dateText(row.tradeDate(), calendar),
+          dateText(row.settlementDate(), calendar),
+          std::string(exportedWord(row.basic.kind)),
+          std::move(what.symbol),
+          std::move(what.shares),
+          std::move(what.cash),
+          currency == nullptr ? "" : std::string(currency->code),
+          digitsOf(row.sharesNet),
+          digitsOf(row.cashNet, currency == nullptr ? primary : *currency),
+          digitsOf(row.costBaseNet(), primary),
+          digitsOf(row.capitalGain(), primary),
+          row.basic.note.value_or("")};
+}
+
 void writeLedger(const CommandLine& line, const Console& console) {
   const ListingFormat format = listingFormat(line);
   const WorkspaceFile workspace(line.word(0), console);
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   const Calendar& calendar = workspace.manager()->calendar;
   Listing ledger(ledgerFields());
-  std::size_t rowNumber = 0;
-  for (const auto& row : portfolio->transactions()) {
-    ++rowNumber;
-    Happening what = happening(row->basic);
-    const Currency* currency = row->basic.currency();
-    const Currency& primary = portfolio->primaryCurrency();
-    ledger.add({std::to_string(rowNumber), dateText(row->tradeDate(), calendar),
-                dateText(row->settlementDate(), calendar),
-                std::string(exportedWord(row->basic.kind)), std::move(what.symbol),
-                std::move(what.shares), std::move(what.cash),
-                currency == nullptr ? "" : std::string(currency->code), digitsOf(row->sharesNet),
-                digitsOf(row->cashNet, currency == nullptr ? primary : *currency),
-                digitsOf(row->costBaseNet(), primary), digitsOf(row->capitalGain(), primary),
-                row->basic.note.value_or("")});
+  const auto& rows = portfolio->transactions();
+  const Currency& primary = portfolio->primaryCurrency();
+  TransactionFinder finder(rows, primary, calendar, true);
+  for (const std::uint32_t place : finder.places(line.value("--find").value_or(""))) {
+    ledger.add(fieldsOf(*rows[place], place + 1, primary, calendar));
   }
   ledger.write(format, console.out);
 }
@@ -94,11 +106,15 @@ Command ledgerCommand() {
   return {.name = "ledger",
           .summary = "Shows the ledger of a portfolio with its balances.",
           .words = {"WORKSPACE"},
-          .options = joined({{"--portfolio", "NAME", "whose ledger", true}}, listingOptions()),
+          .options = joined({{"--portfolio", "NAME", "whose ledger", true},
+                             {"--find", "WORDS", "only the rows with all of these words"}},
+                            listingOptions()),
           .explanation =
               "Cost base and gain are in the portfolio's own currency, cash is in that of the "
               "row.\nCash that came in counts as positive. The numbers in front are what "
-              "corvane-cli revise\nand delete take; they change when the ledger does.\n",
+              "corvane-cli revise\nand delete take; they change when the ledger does.\n\n"
+              "--find looks for the words as the window does, in dates, names, types, numbers and "
+              "notes:\n--find 'div AAPL 2023', --find 1234.56.\n",
           .listings = {{"", ledgerFields()}},
           .run = &writeLedger};
 }

@@ -365,6 +365,9 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
     } else {
       write(picture);
     }
+    if (index == 0 && &portfolio.selectedTab() == portfolio.transactions.get()) {
+      renderFinding(picture);
+    }
   }
   const auto [gain, ratesOfDays] = portfolio.gainTrail();
   frame.explanation.explain(gain, ratesOfDays);
@@ -377,6 +380,22 @@ void ScreenRenderer::renderPortfolio(std::size_t index) {
   if (index == 0) {
     renderDaysOf(name);
   }
+}
+
+/// The transactions with some words, and with words that none has.
+void ScreenRenderer::renderFinding(const QString& name) {
+  PortfolioTransactionsViewController& transactions =
+      *window_.workspaceView().controller().portfolioViewController->transactions;
+  for (const QSize size : reportSizes) {
+    window_.setFixedSize(size);
+    const auto sizeName = QStringLiteral("-%1x%2").arg(size.width()).arg(size.height());
+    transactions.setFindText("buy");
+    write(name + QStringLiteral("-found") + sizeName);
+    transactions.setFindText("no such words");
+    write(name + QStringLiteral("-nothing-found") + sizeName);
+    transactions.setFindText("");
+  }
+  window_.setFixedSize(size_);
 }
 
 /// A portfolio over a single day, and over days on which it held nothing yet.

@@ -23,7 +23,7 @@ class ScreenRenderer {
   static constexpr QSize pictureSize{1280, 800};
   /// A small window and a common one, in which the forms for transactions are shown.
   static constexpr std::array<QSize, 2> formSizes{QSize(1000, 640), QSize(1440, 900)};
-  /// Of windows with reports.
+  /// Of windows with reports, and with transactions that are looked for.
   static constexpr std::array<QSize, 3> reportSizes{QSize(1000, 640), QSize(1440, 900),
                                                     QSize(2560, 1440)};
   /// How long a screen may wait for its prices.
@@ -61,6 +61,7 @@ class ScreenRenderer {
   void renderReportSizes(const QString& name);
   void renderHover(const QString& name);
   void renderDaysOf(const QString& name);
+  void renderFinding(const QString& name);
   void renderEquities();
   void renderHistory(const QString& name);
   void renderUnknownEquity();

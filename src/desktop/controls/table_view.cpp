@@ -162,7 +162,16 @@ void TableView::setTable(TableModelAdapter* adapter, const TableModel& table) {
   fitColumns();
 }
 
+void TableView::keepingWidths(const std::function<void()>& reload) {
+  keepsWidths_ = true;
+  reload();
+  keepsWidths_ = false;
+}
+
 void TableView::fitColumns() {
+  if (keepsWidths_) {
+    return;
+  }
   isStale_ = model() != nullptr;
   if (isVisible()) {
     fitStaleColumns();

@@ -3,6 +3,7 @@
 
 #include <QAbstractTableModel>
 #include <QTableView>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -52,6 +53,8 @@ class TableView : public QTableView {
   /// where there are many.
   /// A table that is not seen does so when it is shown, or its widths are asked for.
   void fitColumns();
+  /// Does `reload`, which resets the model, without giving columns other widths.
+  void keepingWidths(const std::function<void()>& reload);
   void copySelectedRows() const;
   /// Selects `row` alone and scrolls to it; nothing is selected without one.
   void chooseRow(std::optional<std::size_t> row);
@@ -105,8 +108,9 @@ class TableView : public QTableView {
   std::set<int> putAway_;
   std::map<int, int> chosenWidths_;  ///< by column
   std::map<int, int>
-      fittedWidths_;        ///< of the columns that are shown, before they share what is left
-  bool isStale_ = false;    ///< the columns are to be fitted
+      fittedWidths_;      ///< of the columns that are shown, before they share what is left
+  bool isStale_ = false;  ///< the columns are to be fitted
+  bool keepsWidths_ = false;
   bool isFitting_ = false;  ///< sections are sized by the table, not by its user
   int stretchedColumn_ = 0;
   int stretchedColumnWidth_ = 0;  ///< that it needs

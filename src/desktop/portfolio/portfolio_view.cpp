@@ -124,6 +124,11 @@ void PortfolioView::giveChartItsPlace() {
   }
 }
 
+void PortfolioView::findTransactions() {
+  tabs_->setCurrentWidget(transactions_);
+  transactions_->startFinding();
+}
+
 void PortfolioView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   giveChartItsPlace();

@@ -34,6 +34,8 @@ class PortfolioView : public QWidget {
 
   [[nodiscard]] TransactionsTab& transactionsTab() { return *transactions_; }
   [[nodiscard]] QTabWidget& tabs() { return *tabs_; }
+  /// Shows the transactions and puts the keyboard into the field to find some of them.
+  void findTransactions();
   /// What stands in place of the chart while nothing has been recorded.
   [[nodiscard]] FirstSteps& firstSteps() { return *firstSteps_; }
 

@@ -2,11 +2,11 @@
 
 #include <QAction>
 #include <QItemSelection>
-#include <QLabel>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
 #include "desktop/controls/explain_command.h"
+#include "desktop/controls/first_steps.h"
 #include "desktop/controls/frozen_columns.h"
 #include "desktop/controls/table_view.h"
 #include "desktop/look/qt_text.h"
@@ -14,6 +14,7 @@
 #include "desktop/look/theme.h"
 #include "desktop/transactions/edit_bulk_transactions_dialog.h"
 #include "desktop/transactions/edit_transaction_dialog.h"
+#include "desktop/transactions/find_row.h"
 #include "platform/overloaded.h"
 
 namespace corvane::desktop {
@@ -71,10 +72,10 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
                                  QWidget* parent)
     : QWidget(parent),
       controller_(std::move(controller)),
-      title_(new QLabel),
+      find_(new FindRow(controller_)),
       adapter_(new TransactionsAdapter(*controller_, this)),
-      table_(new TableView(QStringLiteral("Transactions"))) {
-  title_->setFont(theme::font(1, QFont::DemiBold));
+      table_(new TableView(QStringLiteral("Transactions"))),
+      nothingFound_(new FirstSteps) {
   table_->setObjectName(QStringLiteral("transactions"));
   table_->setTable(adapter_, *controller_);
   table_->setPlaceholderText(QStringLiteral("No transactions in these days."));
@@ -121,8 +122,16 @@ TransactionsTab::TransactionsTab(std::shared_ptr<PortfolioTransactionsViewContro
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, spacing::narrow, 0, 0);
   column->setSpacing(spacing::narrow);
-  column->addWidget(title_);
+  column->addWidget(find_);
   column->addWidget(table_, 1);
+  column->addWidget(nothingFound_, 1);
+  find_->leaveHandler = [this] { goToTable(); };
+  auto* showAll = new QAction(this);
+  connect(showAll, &QAction::triggered, this, [this] {
+    controller_->setFindText("");
+    goToTable();
+  });
+  nothingFound_->addStep(showAll, QStringLiteral("Show All Transactions"));
   changes_ = subscribe(controller_->changeHandler, [this](const auto& change) { update(change); });
   segues_ = subscribe(controller_->performSegue, [this](const auto& segue) { perform(segue); });
   update({.columnsChanged = true, .selectionChanged = true, .showsNewestRows = true});
@@ -189,14 +198,12 @@ void TransactionsTab::openForm(const std::vector<TransactionPointer>& transactio
 }
 
 void TransactionsTab::update(const PortfolioTransactionsViewController::Update& update) {
-  title_->setText(qtText(controller_->title()));
+  find_->refresh();
   if (update.columnsChanged) {
     table_->showColumns();
   }
   if (update.rowsChanged) {
-    isShowingSelection_ = true;
-    adapter_->reload();
-    isShowingSelection_ = false;
+    showRows(update.isSearch);
   } else if (!update.reloadedRows.empty()) {
     const auto last = static_cast<int>(controller_->columns().size()) - 1;
     for (const std::size_t row : update.reloadedRows) {
@@ -211,7 +218,47 @@ void TransactionsTab::update(const PortfolioTransactionsViewController::Update& 
     staysAtEnd_ = true;
     table_->scrollToBottom();
   }
+  showWhatWasNotFound();
   updateActions();
+}
+
+void TransactionsTab::showRows(bool isSearch) {
+  isShowingSelection_ = true;
+  if (isSearch) {
+    table_->keepingWidths([this] { adapter_->reload(); });
+  } else {
+    adapter_->reload();
+  }
+  isShowingSelection_ = false;
+}
+
+/// In place of a table without rows.
+void TransactionsTab::showWhatWasNotFound() {
+  const QString text = qtText(controller_->nothingFoundText());
+  const bool hadFocus = table_->hasFocus();
+  nothingFound_->setMessage(text);
+  table_->setVisible(text.isEmpty());
+  nothingFound_->setVisible(!text.isEmpty());
+  if (hadFocus && !text.isEmpty()) {
+    find_->startFinding();
+  }
+}
+
+void TransactionsTab::startFinding() {
+  find_->startFinding();
+}
+
+/// To the rows that are selected, or to the newest one.
+void TransactionsTab::goToTable() {
+  if (table_->isHidden()) {
+    return;
+  }
+  // A table without a current row that gets the keyboard begins with its first one.
+  if (!table_->currentIndex().isValid() && adapter_->rowCount() > 0) {
+    table_->selectionModel()->setCurrentIndex(adapter_->index(adapter_->rowCount() - 1, 0),
+                                              QItemSelectionModel::NoUpdate);
+  }
+  table_->setFocus(Qt::OtherFocusReason);
 }
 
 void TransactionsTab::showSelection() {

@@ -9,16 +9,17 @@
 #include "presentation/transactions/portfolio_transactions_view_controller.h"
 
 class QAction;
-class QLabel;
 
 namespace corvane::desktop {
 
+class FindRow;
+class FirstSteps;
 class TableView;
 class TransactionsAdapter;
 
-/// A title and the table of transactions, in which rows are changed, deleted and reordered. The
-/// table stays in the order of the ledger: in another one the balances beside the rows would make
-/// no sense.
+/// A line with a field to find transactions, and their table, in which rows are changed, deleted
+/// and reordered. The table stays in the order of the ledger: in another one the balances beside
+/// the rows would make no sense.
 class TransactionsTab : public QWidget {
  public:
   explicit TransactionsTab(std::shared_ptr<PortfolioTransactionsViewController> controller,
@@ -28,6 +29,8 @@ class TransactionsTab : public QWidget {
   [[nodiscard]] std::vector<QAction*> commands() const {
     return {modify_, duplicate_, delete_, moveUp_, moveDown_, openEquity_};
   }
+  /// Puts the keyboard into the field to find transactions.
+  void startFinding();
   /// Adds commands of the window to the menu of the table.
   void addToContextMenu(const std::vector<QAction*>& commands);
 
@@ -40,12 +43,16 @@ class TransactionsTab : public QWidget {
   void update(const PortfolioTransactionsViewController::Update& update);
   void keepEndInView();
   void showSelection();
+  void showRows(bool isSearch);
+  void showWhatWasNotFound();
+  void goToTable();
   void updateActions();
 
   std::shared_ptr<PortfolioTransactionsViewController> controller_;
-  QLabel* title_;
+  FindRow* find_;
   TransactionsAdapter* adapter_;
   TableView* table_;
+  FirstSteps* nothingFound_;
   QAction* modify_;
   QAction* duplicate_;
   QAction* delete_;

@@ -351,6 +351,10 @@ void WorkspaceView::addSearchAction(QMenu* menu) {
     source_->show();
     source_->startSearch();
   });
+  findTransactions_ = menu->addAction(QStringLiteral("Find Tra&nsactions"));
+  findTransactions_->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_F);
+  connect(findTransactions_, &QAction::triggered, portfolio_, &PortfolioView::findTransactions);
+  connect(menu, &QMenu::aboutToShow, this, &WorkspaceView::updateActions);
 }
 
 void WorkspaceView::addViewActions(QMenu* menu) {
@@ -503,6 +507,8 @@ void WorkspaceView::updateActions() {
   newPortfolio_->setEnabled(frame_->canCreatePortfolio());
   editPortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
   deletePortfolio_->setEnabled(showsPortfolio && portfolio.canEditPortfolio());
+  findTransactions_->setEnabled(showsPortfolio && portfolio.canCreateTransaction() &&
+                                !portfolio.currentData().portfolio->transactions().empty());
   newTransaction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());
   // An import or export that is under way refuses a second one by itself.
   importAction_->setEnabled(showsPortfolio && portfolio.canCreateTransaction());

@@ -105,6 +105,7 @@ class WorkspaceView : public QWidget {
   QAction* importsAction_ = nullptr;
   QAction* exportAction_ = nullptr;
   QAction* search_ = nullptr;
+  QAction* findTransactions_ = nullptr;
   QAction* newPortfolio_ = nullptr;
   QAction* newTransaction_ = nullptr;
   QAction* editPortfolio_ = nullptr;

@@ -38,7 +38,7 @@ std::vector<ScenarioHeatMap::Parameter> parametersOf(const InvestmentStrategy& s
   return parameters;
 }
 
-std::string percentText(const Decimal& part) {
+std::string heatMapPercent(const Decimal& part) {
   DecimalNumberFormatter percent;
   percent.style = NumberFormatter::Style::percent;
   percent.minimumFractionDigits = 2;
@@ -112,7 +112,7 @@ ScenarioHeatMap::Values ScenarioHeatMap::triedValues(std::size_t parameter) cons
 std::string ScenarioHeatMap::valueText(std::size_t parameter, std::size_t index) const {
   const Decimal value = triedValues(parameter).at(index);
   if (parameters_.at(parameter).kind != Parameter::Kind::money) {
-    return percentText(value);
+    return heatMapPercent(value);
   }
   return value == Decimal::greatestFiniteMagnitude()
              ? "No limit"

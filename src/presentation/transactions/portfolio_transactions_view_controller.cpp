@@ -6,6 +6,7 @@
 
 #include "exchange/exports/portfolio_transactions_exporter.h"
 #include "ledger/portfolio/portfolio_manager_error.h"
+#include "platform/text/unicode/isolation.h"
 #include "presentation/transactions/transaction_text.h"
 #include "reports/trail/ledger_trails.h"
 
@@ -29,9 +30,21 @@ PortfolioTransactionsViewController::PortfolioTransactionsViewController(
 
 void PortfolioTransactionsViewController::setCurrentData(
     PortfolioDataSlice data, const std::optional<TransactionChanges>& changes) {
+  finder_ = nullptr;  // It looks at the rows that go.
   const PortfolioDataSlice before = std::exchange(currentData_, std::move(data));
+  const auto foundBefore = std::move(found_);
   static const std::vector<TransactionPointer> none;
-  const auto& formerRows = before.transactions ? *before.transactions : none;
+  const auto& formerRows = foundBefore           ? *foundBefore
+                           : before.transactions ? *before.transactions
+                                                 : none;
+  if (before.portfolio != currentData_.portfolio) {
+    findText_.clear();
+    hiddenEdits_.clear();
+  }
+  find();
+  if (changes) {
+    noteHiddenEdits(*changes);
+  }
   Update update{.rowsChanged = formerRows != rows()};
   update.columnsChanged = showCashColumn();
   update.showsNewestRows =
@@ -62,6 +75,90 @@ void PortfolioTransactionsViewController::setCurrentData(
   }
   update.selectionChanged = update.rowsChanged || selectedRows_ != formerSelection;
   changeHandler(update);
+}
+
+void PortfolioTransactionsViewController::setFindText(std::string text) {
+  if (text == findText_) {
+    return;
+  }
+  findText_ = std::move(text);
+  TransactionSet selected;
+  for (const std::size_t row : selectedRows_) {
+    selected.insert(transaction(row));
+  }
+  const auto former = std::move(found_);
+  find();
+  if (found_ == former) {
+    changeHandler({.rowsChanged = false, .isSearch = true});
+    return;
+  }
+  if (!isFinding() && !hiddenEdits_.empty()) {
+    selected = std::exchange(hiddenEdits_, {});
+  }
+  selectedRows_.clear();
+  for (std::size_t i = 0; i < rows().size() && !(selected.empty() && hiddenEdits_.empty()); ++i) {
+    hiddenEdits_.erase(rows()[i]);
+    if (selected.contains(rows()[i])) {
+      selectedRows_.push_back(i);
+    }
+  }
+  changeHandler({.isSearch = true, .selectionChanged = true, .showsNewestRows = true});
+}
+
+/// Looks through the rows for the words that are there at the moment.
+void PortfolioTransactionsViewController::find() {
+  found_.reset();
+  if (!TransactionFinder::hasWords(findText_)) {
+    return;
+  }
+  const auto& all = rowsOfDays();
+  if (finder_ == nullptr && currentData_.portfolio != nullptr) {
+    const auto keeper = manager();
+    finder_ = std::make_unique<TransactionFinder>(
+        all, currentData_.portfolio->primaryCurrency(),
+        keeper == nullptr ? Calendar::current() : keeper->calendar,
+        currentData_.portfolio->usesCashAccounts);
+  }
+  found_.emplace();
+  if (finder_ != nullptr) {
+    const auto& places = finder_->places(findText_);
+    found_->reserve(places.size());
+    for (const std::uint32_t place : places) {
+      found_->push_back(all[place]);
+    }
+  }
+}
+
+void PortfolioTransactionsViewController::noteHiddenEdits(const TransactionChanges& changes) {
+  hiddenEdits_.clear();
+  if (!isFinding()) {
+    return;
+  }
+  for (const TransactionPointer& row : rowsOfDays()) {
+    if (contains(changes.inserted, row) || contains(changes.modified, row)) {
+      hiddenEdits_.insert(row);
+    }
+  }
+  for (const TransactionPointer& shown : rows()) {
+    hiddenEdits_.erase(shown);
+  }
+}
+
+std::string PortfolioTransactionsViewController::nothingFoundText() const {
+  if (!isFinding() || !rows().empty() || rowsOfDays().empty()) {
+    return "";
+  }
+  const bool isWholeLedger = rowsOfDays().size() == currentData_.portfolio->transactions().size();
+  return std::string(isWholeLedger ? "No transaction has “"
+                                   : "No transaction in these days has “") +
+         isolatedName(findText_) + "”.";
+}
+
+std::string PortfolioTransactionsViewController::hiddenEditsText() const {
+  const std::size_t count = hiddenEdits_.size();
+  return count == 0   ? ""
+         : count == 1 ? "The transaction just entered is hidden."
+                      : std::to_string(count) + " transactions just entered are hidden.";
 }
 
 std::string PortfolioTransactionsViewController::title() const {
@@ -117,7 +214,11 @@ void PortfolioTransactionsViewController::setSelectedRows(std::vector<std::size_
 }
 
 void PortfolioTransactionsViewController::showTransaction(const TransactionPointer& shown) {
-  const auto found = std::ranges::find(rows(), shown);
+  auto found = std::ranges::find(rows(), shown);
+  if (found == rows().end() && isFinding()) {
+    setFindText("");
+    found = std::ranges::find(rows(), shown);
+  }
   if (found != rows().end()) {
     setSelectedRows({static_cast<std::size_t>(found - rows().begin())});
     changeHandler({.rowsChanged = false, .selectionChanged = true});
@@ -242,7 +343,7 @@ bool PortfolioTransactionsViewController::modify(
 
 bool PortfolioTransactionsViewController::validateDrop(const std::vector<std::size_t>& draggedRows,
                                                        std::size_t row) const {
-  if (draggedRows.empty() || row > rows().size()) {
+  if (draggedRows.empty() || row > rows().size() || isFinding()) {
     return false;
   }
   const auto isDraggable = [&](std::size_t dragged) {
@@ -343,6 +444,10 @@ std::shared_ptr<PortfolioExporter> PortfolioTransactionsViewController::makeExpo
 }
 
 const std::vector<TransactionPointer>& PortfolioTransactionsViewController::rows() const {
+  return found_ ? *found_ : rowsOfDays();
+}
+
+const std::vector<TransactionPointer>& PortfolioTransactionsViewController::rowsOfDays() const {
   static const std::vector<TransactionPointer> none;
   return currentData_.transactions ? *currentData_.transactions : none;
 }

@@ -16,6 +16,7 @@
 #include "presentation/screen/screen_surroundings.h"
 #include "presentation/transactions/edit_bulk_transactions_view_controller.h"
 #include "presentation/transactions/edit_transaction_view_controller.h"
+#include "presentation/transactions/transaction_finder.h"
 
 namespace corvane {
 
@@ -32,6 +33,9 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
     /// that stayed need not be drawn again.
     std::vector<std::size_t> reloadedRows = {};
     bool columnsChanged = false;
+    /// Whether the rows are others only because something else is looked for: columns keep their
+    /// widths then, so that nothing jumps while somebody types.
+    bool isSearch = false;
     bool selectionChanged = false;
     /// Whether the table has just been opened on these rows and is to show the newest of them.
     bool showsNewestRows = false;
@@ -66,6 +70,24 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   [[nodiscard]] std::string_view tabTitle() const override { return "Transactions"; }
   [[nodiscard]] std::shared_ptr<PortfolioExporter> makeExporter() const override;
 
+  // Finding. Of the rows of the chosen days, those are shown that have all words that are looked
+  // for; see TransactionFinder. Commands and exports mean what is shown. Another portfolio is shown
+  // whole.
+
+  /// What is looked for, as it was typed.
+  [[nodiscard]] const std::string& findText() const { return findText_; }
+  /// Shows the rows with the words of `text`; all without words. Rows that are hidden by it are
+  /// not selected any more. Words that hid what was just entered select that when they go.
+  void setFindText(std::string text);
+  [[nodiscard]] bool isFinding() const { return found_.has_value(); }
+  /// Whether the chosen days have rows to look through.
+  [[nodiscard]] bool canFind() const { return !rowsOfDays().empty(); }
+  /// What to say in place of the table where nothing was found; empty where something is shown.
+  [[nodiscard]] std::string nothingFoundText() const;
+  /// Says that rows which were just recorded or changed lack the words and are hidden; empty where
+  /// none is.
+  [[nodiscard]] std::string hiddenEditsText() const;
+
   /// How many of the ledger's rows are shown; empty without data.
   [[nodiscard]] std::string title() const;
 
@@ -79,7 +101,8 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   [[nodiscard]] const std::vector<std::size_t>& selectedRows() const { return selectedRows_; }
   void setSelectedRows(std::vector<std::size_t> rows);
   [[nodiscard]] std::vector<TransactionPointer> selectedTransactions() const;
-  /// Selects the row of `transaction` alone, where it is shown, and brings it into view.
+  /// Selects the row of `transaction` alone, where the chosen days have it, and brings it into
+  /// view; what is looked for ends where it hides the row.
   void showTransaction(const TransactionPointer& transaction);
 
   // Commands for the selected rows.
@@ -123,7 +146,8 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   [[nodiscard]] bool modify(const std::vector<TransactionPointer>& transactions,
                             const BulkRevision& revision);
 
-  // Reordering by drag, and by keyboard one row up or down.
+  // Reordering by drag, and by keyboard one row up or down. Not while something is looked for:
+  // rows would pass others that nobody sees.
 
   [[nodiscard]] bool canMoveUp() const;
   [[nodiscard]] bool canMoveDown() const;
@@ -147,7 +171,11 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   [[nodiscard]] std::string exportTitle() const;
 
  private:
+  /// Those that are shown.
   [[nodiscard]] const std::vector<TransactionPointer>& rows() const;
+  [[nodiscard]] const std::vector<TransactionPointer>& rowsOfDays() const;
+  void find();
+  void noteHiddenEdits(const TransactionChanges& changes);
   [[nodiscard]] std::shared_ptr<PortfolioManager> manager() const;
   [[nodiscard]] bool showsWholeLedger() const;
   [[nodiscard]] TransactionPointer rowBehindLast() const;
@@ -167,6 +195,10 @@ class PortfolioTransactionsViewController : public PortfolioTab, public TableMod
   std::vector<TableColumn> columns_;
   std::vector<std::size_t> selectedRows_;
   bool receivesCommands_ = true;
+  std::string findText_;
+  std::optional<std::vector<TransactionPointer>> found_;  ///< the rows with the words; none without
+  std::unique_ptr<TransactionFinder> finder_;             ///< of the rows of the days; once needed
+  TransactionSet hiddenEdits_;  ///< what the last edit has entered and the words hide
 };
 
 }  // namespace corvane

@@ -83,17 +83,33 @@ std::optional<Decimal> sharesAdded(const BasicTransaction::Kind& kind) {
   return effect.movesShares() ? std::optional(effect.sharesAdded) : std::nullopt;
 }
 
-AttributedText sharePriceCell(const BasicTransaction::Kind& kind) {
-  const TransactionEffect effect = transactionEffect(kind);
+/// A price as its column shows it; `currency` is never null.
+struct SharePrice {
+  Decimal value;
+  const Currency* currency;
+  int maximumDigits;
+};
+
+/// Of a trade what a share has cost, of income what was paid on one.
+std::optional<SharePrice> sharePrice(const TransactionEffect& effect) {
   if (effect.type == TransactionType::trade) {
-    return moneyTextCell(-effect.amount / effect.sharesAdded, *effect.currency);
+    return SharePrice{-effect.amount / effect.sharesAdded, effect.currency,
+                      effect.currency->minorUnits};
   }
   if (!effect.isYield() || effect.declaredShares.value_or(0) <= 0) {
+    return std::nullopt;
+  }
+  return SharePrice{effect.amount / *effect.declaredShares, effect.currency, maximumPriceDigits};
+}
+
+AttributedText sharePriceCell(const BasicTransaction::Kind& kind) {
+  const auto price = sharePrice(transactionEffect(kind));
+  if (!price) {
     return {};
   }
-  auto formatter = DecimalNumberFormatter::money(*effect.currency);
-  formatter.maximumFractionDigits = maximumPriceDigits;
-  return numericCell(formatter.string(effect.amount / *effect.declaredShares).value_or(""));
+  auto formatter = DecimalNumberFormatter::money(*price->currency);
+  formatter.maximumFractionDigits = price->maximumDigits;
+  return numericCell(formatter.string(price->value).value_or(""));
 }
 
 AttributedText totalValueCell(const BasicTransaction::Kind& kind) {
@@ -152,6 +168,13 @@ constexpr std::array<ColumnOf<LedgerLine>, 13> ledgerColumns = {{
      [](const LedgerLine& line) { return AttributedText(line.basic.note.value_or("")); }},
 }};
 
+void appendFigure(const std::optional<Decimal>& value, int minimumDigits,
+                  std::optional<int> maximumDigits, std::vector<TransactionFigure>& figures) {
+  if (value && !value->isNaN()) {
+    figures.push_back({*value, minimumDigits, maximumDigits});
+  }
+}
+
 }  // namespace
 
 std::vector<TableColumn> transactionColumns() {
@@ -161,6 +184,41 @@ std::vector<TableColumn> transactionColumns() {
 AttributedText transactionText(const PortfolioTransaction& row, std::size_t column,
                                const Currency& primary, const Calendar& calendar) {
   return ledgerColumns.at(column).cell({row, row.basic, primary, calendar});
+}
+
+std::string transactionDescription(const BasicTransaction& transaction) {
+  return descriptionText(transaction.kind);
+}
+
+AttributedText transactionName(const BasicTransaction& transaction) {
+  return nameText(transaction);
+}
+
+std::string transactionDateText(Date date, const Calendar& calendar) {
+  return dateText(date, calendar);
+}
+
+void appendFigures(const PortfolioTransaction& row, const Currency& primary, bool showsCash,
+                   std::vector<TransactionFigure>& figures) {
+  const TransactionEffect effect = transactionEffect(row.basic.kind);
+  if (effect.movesShares()) {
+    appendFigure(effect.sharesAdded, 0, std::nullopt, figures);
+  }
+  appendFigure(row.sharesNet, 0, std::nullopt, figures);
+  if (const auto price = sharePrice(effect)) {
+    appendFigure(price->value, price->currency->minorUnits, price->maximumDigits, figures);
+  }
+  if (effect.currency != nullptr) {
+    const int units = effect.currency->minorUnits;
+    appendFigure(effect.amount, units, units, figures);
+    if (showsCash) {
+      appendFigure(row.cashNet, units, units, figures);
+    }
+  }
+  const int units = primary.minorUnits;
+  for (const auto& money : {costBaseAddedBy(row), row.costBaseNet(), row.capitalGain()}) {
+    appendFigure(money, units, units, figures);
+  }
 }
 
 }  // namespace corvane
