@@ -99,14 +99,19 @@ void PortfoliosOverviewViewController::askMarket(const std::shared_ptr<QuoteProv
 }
 
 void PortfoliosOverviewViewController::pricesDidChange() {
-  if (!isShown()) {
-    if (!isStale()) {
-      reload();  // when it is shown
-    }
-    return;
+  if (isShown()) {
+    askRates([] {});
   }
-  askRates([] {});
-  takePresent();
+  showOrRemember();
+}
+
+/// Shows the prices known now, or does so when the page is shown.
+void PortfoliosOverviewViewController::showOrRemember() {
+  if (isShown()) {
+    takePresent();
+  } else if (!isStale()) {
+    reload();
+  }
 }
 
 /// Asks for the rates that no portfolio needs for its own heading, and nobody else refreshes.
@@ -137,7 +142,7 @@ void PortfoliosOverviewViewController::askRates(std::function<void()> completion
         DispatchQueue::main()->async([self, completion = std::move(completion), quotes] {
           if (const auto living = self.lock()) {
             living->isAskingRates_ = false;
-            living->takePresent();
+            living->showOrRemember();
           }
           completion();
         });
@@ -216,8 +221,12 @@ void PortfoliosOverviewViewController::show() {
 }
 
 void PortfoliosOverviewViewController::showWarning() {
+  const bool isIncomplete = overview_ != nullptr && !overview_->missing.isEmpty();
+  if (isIncomplete && isAskingRates_) {
+    return;  // what is missing may be on its way
+  }
   warning_ = {};
-  if (overview_ != nullptr && !overview_->missing.isEmpty() && !isAskingRates_) {
+  if (isIncomplete) {
     warning_ = {"⚠️ Latest prices or rates of " + namesPhrase(overview_->missing.names()) +
                     " could not be had, so there are no totals.",
                 true};

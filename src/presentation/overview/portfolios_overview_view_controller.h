@@ -66,6 +66,7 @@ class PortfoliosOverviewViewController
   void currencyDidChange() override { reload(); }
   void askMarket(const std::shared_ptr<QuoteProvider>& quotes) override;
   void pricesDidChange();
+  void showOrRemember();
   void askRates(std::function<void()> completion);
   void takePresent();
   void compute();
