@@ -16,6 +16,7 @@
 #include "ledger_world.h"
 #include "marketdata/chain/switchable_quote_provider.h"
 #include "presentation/coverage/coverage_view_controller.h"
+#include "presentation/overview/portfolios_overview_view_controller.h"
 #include "presentation/reports/income_view_controller.h"
 #include "presentation/reports/returns_view_controller.h"
 #include "presentation/taxes/tax_year_view_controller.h"
@@ -97,6 +98,10 @@ void openReport(benchmark::State& state) {
 }
 BENCHMARK(openReport<ReturnsViewController>)
     ->Name("ReportScreens/returns: longest hold of the window")
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(openReport<PortfoliosOverviewViewController>)
+    ->Name("ReportScreens/all portfolios: longest hold of the window")
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(openReport<IncomeViewController>)

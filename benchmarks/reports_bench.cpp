@@ -10,6 +10,8 @@
 #include "platform/async/dispatch_queue.h"
 #include "reports/income/expected_income.h"
 #include "reports/inquiry/report_inquiry.h"
+#include "reports/overview/overview_history.h"
+#include "reports/overview/portfolios_overview.h"
 #include "reports/returns/returns_report.h"
 #include "reports/series/report_days.h"
 #include "reports/tax/tax_year.h"
@@ -320,6 +322,38 @@ void measureWorkspace(benchmark::State& state) {
 BENCHMARK(measureWorkspace)
     ->Name("Reports/returns of 10 portfolios")
     ->Unit(benchmark::kMillisecond);
+
+/// What the page over all portfolios works out when it opens, and at each refresh of prices.
+void measureOverview(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const std::vector<PortfolioPointer> portfolios(10, world.portfolio);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(overviewHistory(portfolios, {firstDay, lastDay}, world.market,
+                                             world.manager->calendar, Currency::cad()));
+  }
+}
+BENCHMARK(measureOverview)
+    ->Name("Reports/history of 10 portfolios together")
+    ->Unit(benchmark::kMillisecond);
+
+void refreshOverview(benchmark::State& state) {
+  ReportedWorld& world = reportedWorld();
+  const std::vector<PortfolioPointer> portfolios(10, world.portfolio);
+  const EquitySet rates = ratesOfOverview(portfolios, Currency::cad(), *world.provider);
+  for (const EquityPointer& rate : rates) {
+    rate->recentPrice = 1;
+  }
+  for (const EquityPointer& equity : world.equities) {
+    equity->recentPrice = equity->previousClosePrice = 40;
+    equity->recentDate = Date::now();
+  }
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(portfoliosOverview(portfolios, Currency::cad(), *world.provider));
+  }
+}
+BENCHMARK(refreshOverview)
+    ->Name("Reports/latest figures of 10 portfolios together")
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace reports_bench
 }  // namespace corvane

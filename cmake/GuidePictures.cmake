@@ -9,6 +9,7 @@ set(pictures
   gains portfolio-1-retirement-gains-light
   equity equity-1-cto60-overview-1y-light
   scenario equity-1-cto60-scenario-light
+  all-portfolios reports-all-portfolios-1000x640-light
   returns reports-returns-1000x640-light
   tax-year reports-tax-year-1000x640-light
   income reports-income-1000x640-light

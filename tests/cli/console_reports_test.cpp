@@ -243,6 +243,45 @@ TEST_F(ConsoleReportsTest, ExplainAndExportReports) {
   }
 }
 
+/// Two portfolios hold the same share; what is told of both adds up in either currency.
+TEST_F(ConsoleReportsTest, ShowAllPortfoliosTogether) {
+  const auto succeeds = [&](const std::string& command) {
+    EXPECT_EQ(program.run(command).exitCode, 0) << command;
+  };
+  const std::string into = " Family --portfolio Dollars ";
+  succeeds("create" + into + "--currency USD --allow-negative-balances");
+  succeeds("record" + into + "--type transfer-in --total 1000 --currency USD --date 2024-03-01");
+  succeeds("record" + into +
+           "--type buy --symbol BOREA.TO --shares 2 --total 200 --currency CAD --rate 0.75 --date "
+           "2024-03-04");
+  const auto data = [&](const std::string& options) {
+    return JSONValue::parse(program.output("overview Family --sample-market --json" + options));
+  };
+  const auto number = [](const JSONValue& row, const char* field) {
+    return std::stod(row.find(field)->number().text());
+  };
+  for (const std::string currency : {"CAD", "USD"}) {
+    const JSONValue portfolios = data(" --currency " + currency);
+    const JSONValue holdings = data(" --holdings --currency " + currency);
+    ASSERT_EQ(portfolios.array().size(), 2U);
+    double worth = 0;
+    double held = 0;
+    double shares = 0;
+    for (const JSONValue& row : portfolios.array()) {
+      worth += number(row, "value");
+      EXPECT_NEAR(number(row, "value") - number(row, "netDeposits"), number(row, "gain"), 0.02);
+    }
+    for (const JSONValue& row : holdings.array()) {
+      held += number(row, "value");
+      shares += number(row, "share");
+    }
+    EXPECT_NEAR(worth, held, 0.05);
+    EXPECT_NEAR(shares, 1, 0.001);
+  }
+  const std::string told = program.output("overview Family --sample-market");
+  EXPECT_THAT(told, AllOf(HasSubstr("All portfolios"), HasSubstr("Savings; Dollars")));
+}
+
 TEST_F(ConsoleReportsTest, WriteNothingButDataAndSayWhyTheyFail) {
   ASSERT_EQ(program.output("create Empty --portfolio P --currency CAD"), "");
   EXPECT_EQ(program.output("returns Empty --offline"), "Nothing was held in these days.\n");
@@ -251,8 +290,9 @@ TEST_F(ConsoleReportsTest, WriteNothingButDataAndSayWhyTheyFail) {
   // Without prices each of them fails, and the standard error has the reason beside whatever the
   // data says.
   for (const std::string command :
-       {"value Family", "returns Family", "explain value Family --portfolio Savings",
-        "tax Family --if-sold BOREA.TO 1", "income Family --projected"}) {
+       {"value Family", "overview Family", "returns Family",
+        "explain value Family --portfolio Savings", "tax Family --if-sold BOREA.TO 1",
+        "income Family --projected"}) {
     const auto result = program.run(command + " --offline --json");
     EXPECT_EQ(result.exitCode, 1) << command;
     EXPECT_THAT(result.err, StartsWith("corvane-cli: ")) << command;

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QProgressBar>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -22,12 +23,14 @@
 #include "desktop/desktop_world.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/reports/explanation_panel.h"
+#include "desktop/reports/overview_view.h"
 #include "desktop/reports/report_parts.h"
 #include "desktop/reports/tax_roles_dialog.h"
 #include "desktop/reports/tax_year_view.h"
 #include "desktop/window_driver.h"
 #include "desktop/workspace/reports_view.h"
 #include "exchange/exports/portfolio_exporter.h"
+#include "storage/application/watchlist_manager.h"
 
 namespace corvane::testing {
 namespace {
@@ -67,10 +70,7 @@ class ReportCommandsTest : public ::testing::Test {
     settle();
   }
   void settle() {
-    EXPECT_TRUE(DesktopWorld::waitUntil([&] {
-      return !reports().returns->isBusy() && !reports().income->isBusy() &&
-             !reports().taxYear->isBusy() && !reports().coverage->isBusy();
-    }));
+    EXPECT_TRUE(DesktopWorld::waitUntil([&] { return !reports().isBusy(); }));
   }
   /// The table with this name on the page that is shown.
   QTableView* table(const char* name) {
@@ -423,6 +423,73 @@ TEST_F(ReportCommandsTest, FetchWhatTheCoverageLacksByKeys) {
   EXPECT_EQ(lines->currentIndex().row(), 1);
   QTest::keyClick(lines, Qt::Key_Return);
   EXPECT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
+}
+
+TEST_F(ReportCommandsTest, KeepsSelectionAndScrollWhileAllPortfoliosFollowPrices) {
+  const auto other = world.addPortfolio(*window, "Short Run");
+  window->resize(1000, 640);
+  openReport(WorkspaceReport::overview);
+  auto* holdings = table("All holdings");
+  ASSERT_EQ(holdings->model()->rowCount(), 5) << "three equities, cash and the sum";
+  EXPECT_EQ(textAt(holdings, 0, "Held By").toStdString(), "Long Run, Short Run");
+  holdings->setFocus();
+  holdings->selectRow(1);
+  const QString chosen = textAt(holdings, 1, "Symbol");
+  auto* page = window->findChild<desktop::OverviewView*>()->findChild<desktop::ReportPage*>();
+  page->verticalScrollBar()->setValue(page->verticalScrollBar()->maximum());
+  const int scrolled = page->verticalScrollBar()->value();
+  EXPECT_GT(scrolled, 0);
+
+  int resets = 0;
+  QObject::connect(holdings->model(), &QAbstractItemModel::modelReset, window.get(),
+                   [&] { ++resets; });
+  const auto refresh = [&] {
+    NotificationCenter::defaultCenter().post(WatchlistManager::didRefreshPortfolioEquities, nullptr,
+                                             {portfolio, other});
+    QTest::qWait(20);
+    settle();
+  };
+  const QString before = textAt(holdings, 0, "Value");
+  const EquityPointer first = reports().overview->holdingTable.records()[0].line.equity;
+  first->recentPrice = *first->recentPrice * Decimal(2);
+  refresh();
+  EXPECT_NE(textAt(holdings, 0, "Value"), before);
+  EXPECT_EQ(holdings->currentIndex().row(), 1);
+  EXPECT_TRUE(holdings->hasFocus());
+  EXPECT_EQ(page->verticalScrollBar()->value(), scrolled);
+  // The chosen one becomes the most valuable: the choice goes along.
+  const EquityPointer second = reports().overview->holdingTable.records()[1].line.equity;
+  second->recentPrice = *second->recentPrice * Decimal(1000);
+  refresh();
+  EXPECT_EQ(textAt(holdings, 0, "Symbol"), chosen);
+  EXPECT_EQ(holdings->currentIndex().row(), 0);
+  EXPECT_EQ(resets, 0);
+
+  QTest::keyClick(holdings, Qt::Key_Return);
+  EXPECT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::equity);
+  openReport(WorkspaceReport::overview);
+  auto* portfolios = table("All portfolios");
+  portfolios->setFocus();
+  portfolios->selectRow(1);
+  QTest::keyClick(portfolios, Qt::Key_Return);
+  EXPECT_EQ(frame().currentDetailTab(), MainSplitViewController::DetailTab::portfolio);
+  EXPECT_EQ(frame().portfolioViewController->currentData().portfolio, other);
+}
+
+TEST_F(ReportCommandsTest, ExplainTheTotalOfAllPortfolios) {
+  openReport(WorkspaceReport::overview);
+  EXPECT_THAT(figures(), AllOf(HasSubstr("Total value: "), HasSubstr("Net deposits: ")));
+  desktop::FigureButton* total = nullptr;
+  for (auto* button : window->findChildren<QAbstractButton*>()) {
+    if (button->isVisible() && button->accessibleName().startsWith(QLatin1String("Total value"))) {
+      total = dynamic_cast<desktop::FigureButton*>(button);
+    }
+  }
+  ASSERT_NE(total, nullptr);
+  total->setFocus();
+  QTest::keyClick(total, Qt::Key_Return);
+  EXPECT_TRUE(DesktopWorld::waitUntil(
+      [&] { return window->findChild<desktop::ExplanationPanel*>()->isVisible(); }));
 }
 
 }  // namespace

@@ -42,12 +42,13 @@ int runCommand(const Command& command, std::span<const std::string> arguments,
 
 std::span<const Command> commands() {
   static const std::array table = {
-      createCommand(),   importCommand(),   importsCommand(),     statementsCommand(),
-      recordCommand(),   reviseCommand(),   deleteCommand(),      exportCommand(),
-      listCommand(),     ledgerCommand(),   valueCommand(),       returnsCommand(),
-      incomeCommand(),   taxCommand(),      taxSettingsCommand(), timeZoneCommand(),
-      explainCommand(),  coverageCommand(), quotesCommand(),      watchCommand(),
-      backtestCommand(), verifyCommand(),   recoverCommand(),     removeCommand()};
+      createCommand(),   importCommand(),   importsCommand(),  statementsCommand(),
+      recordCommand(),   reviseCommand(),   deleteCommand(),   exportCommand(),
+      listCommand(),     ledgerCommand(),   valueCommand(),    overviewCommand(),
+      returnsCommand(),  incomeCommand(),   taxCommand(),      taxSettingsCommand(),
+      timeZoneCommand(), explainCommand(),  coverageCommand(), quotesCommand(),
+      watchCommand(),    backtestCommand(), verifyCommand(),   recoverCommand(),
+      removeCommand()};
   return table;
 }
 

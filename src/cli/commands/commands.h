@@ -24,6 +24,7 @@ namespace corvane::cli {
 [[nodiscard]] Command incomeCommand();
 [[nodiscard]] Command ledgerCommand();
 [[nodiscard]] Command listCommand();
+[[nodiscard]] Command overviewCommand();
 [[nodiscard]] Command quotesCommand();
 [[nodiscard]] Command recordCommand();
 [[nodiscard]] Command recoverCommand();

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 
+#include "cli/console/price_source.h"
+
 namespace corvane::cli {
 std::string moneyText(const Decimal& amount, const Currency& currency) {
   std::string digits = roundedToMinorUnits(amount, currency).description();
@@ -84,6 +86,24 @@ Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios) {
     }
   }
   return common;
+}
+
+void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
+                     const Console& console) {
+  // Only a refresh tells in which currency an equity is traded, and with it which rates are needed.
+  EquitySet refreshed;
+  for (bool hasMore = true; hasMore;) {
+    std::vector<EquityPointer> wanted;
+    for (const PortfolioPointer& portfolio : manager.portfolios()) {
+      for (const EquityPointer& equity : manager.valuationEquities(portfolio)) {
+        if (refreshed.insert(equity).second) {
+          wanted.push_back(equity);
+        }
+      }
+    }
+    hasMore = !wanted.empty();
+    refreshEquities(provider, wanted, console);
+  }
 }
 
 }  // namespace corvane::cli

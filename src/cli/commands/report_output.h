@@ -63,4 +63,8 @@ class ReportTable {
 /// The primary currency that most of `portfolios` have.
 [[nodiscard]] Currency commonCurrency(const std::vector<PortfolioPointer>& portfolios);
 
+/// Fetches the latest prices of all that the portfolios hold, and the rates that go with them.
+void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
+                     const Console& console);
+
 }  // namespace corvane::cli

@@ -7,25 +7,6 @@
 namespace corvane::cli {
 namespace {
 
-/// Fetches the latest prices of all that the portfolios hold, and the rates that go with them.
-void refreshHoldings(const PortfolioManager& manager, QuoteProvider& provider,
-                     const Console& console) {
-  // Only a refresh tells in which currency an equity is traded, and with it which rates are needed.
-  EquitySet refreshed;
-  for (bool hasMore = true; hasMore;) {
-    std::vector<EquityPointer> wanted;
-    for (const PortfolioPointer& portfolio : manager.portfolios()) {
-      for (const EquityPointer& equity : manager.valuationEquities(portfolio)) {
-        if (refreshed.insert(equity).second) {
-          wanted.push_back(equity);
-        }
-      }
-    }
-    hasMore = !wanted.empty();
-    refreshEquities(provider, wanted, console);
-  }
-}
-
 std::vector<Listing::Field> valueFields() {
   using enum Listing::Kind;
   return {{"portfolio", "Portfolio"},

@@ -182,10 +182,7 @@ void ScreenRenderer::renderReports() {
   const WorkspaceReports& reports = *frame.reports;
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
     frame.showReport(entry.report);
-    const auto isDone = [&] {
-      return !reports.returns->isBusy() && !reports.taxYear->isBusy() &&
-             !reports.income->isBusy() && !reports.coverage->isBusy();
-    };
+    const auto isDone = [&] { return !reports.isBusy(); };
     hasFailed_ |= !waitUntil(isDone);
     if (entry.report == WorkspaceReport::taxYear && reports.taxYear->years().size() > 1) {
       reports.taxYear->chooseYear(reports.taxYear->years()[1]);

@@ -45,6 +45,14 @@ void TableModelAdapter::reload() {
   endResetModel();
 }
 
+void TableModelAdapter::update() {
+  if (rows_ != static_cast<int>(table_.numberOfRows())) {
+    reload();
+  } else if (rows_ > 0) {
+    emit dataChanged(index(0, 0), index(rows_ - 1, columnCount() - 1));
+  }
+}
+
 void TableModelAdapter::appendRows() {
   const int rows = static_cast<int>(table_.numberOfRows());
   if (rows > rows_) {

@@ -22,6 +22,9 @@ class TableModelAdapter : public QAbstractTableModel {
 
   /// To be called after every change of the rows; the number of rows counts as it was until then.
   void reload();
+  /// As reload(), but where the number of rows is what it was, only the cells are drawn anew: what
+  /// is selected and scrolled to stays.
+  void update();
   /// To be called where rows have only been added at the end: what a view knows of the others
   /// stays.
   void appendRows();

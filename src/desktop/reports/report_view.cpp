@@ -83,13 +83,17 @@ void ReportView::showState() {
 
 void ReportView::showCurrencies() {
   const QSignalBlocker block(currency_);
-  currency_->clear();
+  QStringList codes;
   for (const Currency& currency : report_->currencies()) {
-    currency_->addItem(qtText(currency.code));
-    if (currency == report_->currency()) {
-      currency_->setCurrentIndex(currency_->count() - 1);
-    }
+    codes.push_back(qtText(currency.code));
   }
+  // A list that the user has opened stays open while prices are refreshed.
+  if (codes != shownCurrencies_) {
+    currency_->clear();
+    currency_->addItems(codes);
+    shownCurrencies_ = codes;
+  }
+  currency_->setCurrentIndex(static_cast<int>(codes.indexOf(qtText(report_->currency().code))));
   currency_->setVisible(report_->currencies().size() > 1);
 }
 

@@ -2,6 +2,7 @@
 // alike.
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 #include <memory>
 
@@ -53,6 +54,7 @@ class ReportView : public QWidget {
 
   std::shared_ptr<ReportViewController> report_;
   QComboBox* currency_;
+  QStringList shownCurrencies_;
   QProgressBar* busy_;
   ReportHeading* heading_;
   ReportWarningBar* warning_;

@@ -8,6 +8,7 @@
 #include "desktop/look/theme.h"
 #include "desktop/reports/coverage_view.h"
 #include "desktop/reports/income_view.h"
+#include "desktop/reports/overview_view.h"
 #include "desktop/reports/returns_view.h"
 #include "desktop/reports/tax_year_view.h"
 
@@ -47,6 +48,9 @@ ReportsView::ReportsView(std::shared_ptr<WorkspaceReports> reports, QWidget* par
 
 QWidget* ReportsView::makePage(WorkspaceReport report) {
   switch (report) {
+    case WorkspaceReport::overview:
+      return reportPage(QStringLiteral("All Portfolios"),
+                        {new OverviewView(reports_->overview, reports_->overviewDatesPicker)});
     case WorkspaceReport::returns:
       return reportPage(
           QStringLiteral("Returns"),

@@ -31,6 +31,7 @@
 #include "desktop/portfolio/edit_portfolio_dialog.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/reports/explanation_panel.h"
+#include "desktop/reports/overview_view.h"
 #include "desktop/reports/tax_year_view.h"
 #include "desktop/scenario/scenario_batch_tab.h"
 #include "desktop/scenario/scenario_detail_tab.h"
@@ -108,6 +109,9 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   offerColumns(*this);
   reports_->pageMade = [this](QWidget& page) {
     offerColumns(page);
+    if (auto* overview = page.findChild<OverviewView*>()) {
+      overview->exportHandler = [this](const auto& exporter) { exportReport(exporter); };
+    }
     if (auto* taxYear = page.findChild<TaxYearView*>()) {
       taxYear->exportHandler = [this](const auto& exporter) { exportReport(exporter); };
     }

@@ -15,6 +15,7 @@
 #include "exchange/exports/portfolio_exporter.h"
 #include "reports/coverage/price_coverage.h"
 #include "reports/income/income_payments.h"
+#include "reports/overview/portfolios_overview.h"
 #include "reports/returns/returns_report.h"
 #include "reports/returns/total_return_index.h"
 #include "reports/tax/tax_year.h"
@@ -81,6 +82,20 @@ class ReportLinesExporter final : public PortfolioExporter {
   [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofIncome(
       std::span<const IncomePayment> payments, const std::string& title, const Calendar& calendar,
       UserDefaults* defaults);
+
+  /// A line for each portfolio of an overview: portfolio, value, share, dayChange, dayRate,
+  /// netDeposits, gain, currency. Shares and rates are fractions of 1.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofPortfolios(
+      const PortfoliosOverview& overview, const std::string& title, UserDefaults* defaults);
+
+  /// A line for each equity and each currency of cash that it has: kind, symbol, name, held, price,
+  /// priceCurrency, value, share, dayChange, dayRate, unrealizedGain, currency, portfolios.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofAllHoldings(
+      const PortfoliosOverview& overview, const std::string& title, UserDefaults* defaults);
+
+  /// A line for each currency that something is held in: held, amount, value, share, currency.
+  [[nodiscard]] static std::shared_ptr<ReportLinesExporter> ofCurrencies(
+      const PortfoliosOverview& overview, const std::string& title, UserDefaults* defaults);
 
  private:
   struct Shares {

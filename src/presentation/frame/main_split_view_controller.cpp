@@ -107,9 +107,16 @@ void MainSplitViewController::connectReports() {
       living->explanation.explain(trail, fetch);
     }
   };
+  reports->overview->explainHandler = explain;
   reports->returns->explainHandler = explain;
   reports->income->explainHandler = explain;
   reports->taxYear->explainHandler = explain;
+  reports->overview->openEquityHandler = openEquity;
+  reports->overview->openPortfolioHandler = [self](const PortfolioPointer& portfolio) {
+    if (const auto living = self.lock()) {
+      living->masterSourceViewController->setCurrentDetailObject(portfolio);
+    }
+  };
   reports->returns->openEquityHandler = openEquity;
   reports->income->openEquityHandler = openEquity;
   reports->coverage->openEquityHandler = openEquity;
@@ -241,6 +248,7 @@ std::unique_ptr<EditPortfolioViewController> MainSplitViewController::makeCreate
   form->createdHandler = [self = weak_from_this()](const PortfolioPointer&) {
     if (const auto living = self.lock()) {
       living->masterSourceViewController->portfoliosDidChange();
+      living->reports->portfoliosDidChange();
       living->surroundings_.documentDidChange();
     }
   };
@@ -249,6 +257,7 @@ std::unique_ptr<EditPortfolioViewController> MainSplitViewController::makeCreate
     const auto living = self.lock();
     if (living != nullptr && portfolio != nullptr) {
       living->masterSourceViewController->portfoliosDidChange();
+      living->reports->portfoliosDidChange();
       living->masterSourceViewController->setCurrentDetailObject(portfolio);
       living->surroundings_.documentDidChange();
     }
@@ -292,6 +301,7 @@ void MainSplitViewController::removePortfolio(const PortfolioPointer& portfolio)
     masterSourceViewController->setCurrentDetailObject(std::monostate{});
   }
   masterSourceViewController->portfoliosDidChange();
+  reports->portfoliosDidChange();
   surroundings_.documentDidChange();
 }
 

@@ -21,14 +21,24 @@ std::shared_ptr<WorkspaceReports> WorkspaceReports::make(ScreenSurroundings surr
 }
 
 WorkspaceReports::WorkspaceReports(Passkey /*passkey*/, ScreenSurroundings surroundings)
-    : returns(ReturnsViewController::make(surroundings)),
+    : overview(PortfoliosOverviewViewController::make(surroundings)),
+      returns(ReturnsViewController::make(surroundings)),
       taxYear(TaxYearViewController::make(surroundings)),
       income(IncomeViewController::make(surroundings)),
       coverage(CoverageViewController::make(surroundings)),
+      overviewDatesPicker(surroundings.now),
       datesPicker(surroundings.now),
       surroundings_(std::move(surroundings)) {
-  datesPicker.setAllowsIntervalSelection(false);
-  datesPicker.action = [this] { reload(); };
+  for (QueryDatesPicker* picker : {&overviewDatesPicker, &datesPicker}) {
+    picker->setAllowsIntervalSelection(false);
+    picker->action = [this] { reload(); };
+    fresh_.insert(picker);
+  }
+}
+
+bool WorkspaceReports::isBusy() const {
+  return overview->isBusy() || returns->isBusy() || taxYear->isBusy() || income->isBusy() ||
+         coverage->isBusy();
 }
 
 void WorkspaceReports::observe() {
@@ -48,7 +58,7 @@ void WorkspaceReports::observe() {
 
 void WorkspaceReports::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
   documentModel_ = model;
-  showsAllTime_ = true;
+  fresh_ = {&overviewDatesPicker, &datesPicker};
   taxYear->setDocumentModel(model);
   coverage->setDocumentModel(std::move(model));
   reload();
@@ -57,6 +67,7 @@ void WorkspaceReports::setDocumentModel(std::weak_ptr<WorkspaceModel> model) {
 void WorkspaceReports::show(std::optional<WorkspaceReport> report) {
   shown_ = report;
   reload();
+  overview->setShown(shown_ == WorkspaceReport::overview);
   returns->setShown(shown_ == WorkspaceReport::returns);
   taxYear->setShown(shown_ == WorkspaceReport::taxYear);
   income->setShown(shown_ == WorkspaceReport::income);
@@ -68,23 +79,29 @@ void WorkspaceReports::reload() {
   std::vector<PortfolioPointer> portfolios;
   if (model != nullptr && shown_) {
     portfolios = model->portfolios();
-    limitDays(portfolios);
+    limitDays(overviewDatesPicker, portfolios);
+    limitDays(datesPicker, portfolios);
   }
+  const QueryDatesPicker& picker =
+      shown_ == WorkspaceReport::overview ? overviewDatesPicker : datesPicker;
   ReportScope scope{.name = nameOfAll,
                     .portfolios = std::move(portfolios),
-                    .days = {datesPicker.startDate(), datesPicker.endDate()}};
+                    .days = {picker.startDate(), picker.endDate()}};
   if (scope.isOnePortfolio()) {
     scope.name = scope.portfolios.front()->name;
   }
-  if (shown_ == WorkspaceReport::returns) {
+  if (shown_ == WorkspaceReport::overview) {
+    overview->setScope(std::move(scope));
+  } else if (shown_ == WorkspaceReport::returns) {
     returns->setScope(std::move(scope));
   } else if (shown_ == WorkspaceReport::income) {
     income->setScope(std::move(scope));
   }
 }
 
-/// Keeps the picker within the days of the ledgers; whoever looks at all of them goes on to.
-void WorkspaceReports::limitDays(const std::vector<PortfolioPointer>& portfolios) {
+/// Keeps `picker` within the days of the ledgers; whoever looks at all of them goes on to.
+void WorkspaceReports::limitDays(QueryDatesPicker& picker,
+                                 const std::vector<PortfolioPointer>& portfolios) {
   const ReportScope scope{.name = "", .portfolios = portfolios};
   const Calendar& calendar = calendarOf(scope);
   const YearMonthDay today = YearMonthDay::of(surroundings_.now(), calendar);
@@ -96,17 +113,16 @@ void WorkspaceReports::limitDays(const std::vector<PortfolioPointer>& portfolios
       last = std::max(last, YearMonthDay::of(rows.back()->settlementDate(), calendar));
     }
   }
-  const bool showedAll = showsAllTime_ || (datesPicker.startDate() == datesPicker.minimumDate() &&
-                                           datesPicker.endDate() == datesPicker.maximumDate());
-  showsAllTime_ = false;
-  datesPicker.setCalendar(calendar);
-  datesPicker.setLimits(first, last);
-  datesPicker.setPresets(portfolioDatePresets({first, last}, today));
+  const bool showedAll = fresh_.erase(&picker) > 0 || (picker.startDate() == picker.minimumDate() &&
+                                                       picker.endDate() == picker.maximumDate());
+  picker.setCalendar(calendar);
+  picker.setLimits(first, last);
+  picker.setPresets(portfolioDatePresets({first, last}, today));
   if (showedAll) {
-    datesPicker.setDates(first, last);
+    picker.setDates(first, last);
   } else {
-    datesPicker.setDates(std::clamp(datesPicker.startDate(), first, last),
-                         std::clamp(datesPicker.endDate(), first, last));
+    picker.setDates(std::clamp(picker.startDate(), first, last),
+                    std::clamp(picker.endDate(), first, last));
   }
 }
 
@@ -115,6 +131,8 @@ std::shared_ptr<PortfolioExporter> WorkspaceReports::makeExporter() const {
     return nullptr;
   }
   switch (*shown_) {
+    case WorkspaceReport::overview:
+      return overview->makeExporter();
     case WorkspaceReport::returns:
       return returns->makeExporter();
     case WorkspaceReport::taxYear:

@@ -2,23 +2,16 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "core/money/decimal_number_formatter.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/text/formats/date_formatter.h"
+#include "presentation/performance/chart_bands.h"
 #include "presentation/text/formatting.h"
 
 namespace corvane {
 namespace {
-
-constexpr double fillAlpha = 0.5;
-/// Bands go from blue at the bottom on to purple, and every other one is paler: neighbours differ
-/// in lightness, which everybody sees, and no two bands of a chart have one tone in the legend.
-constexpr double fadingOfEveryOther = 0.45;
-constexpr double netDepositsWidth = 2;
-constexpr std::string_view netDepositsLabel = "Net Deposits";
 
 using DailySnapshots = std::vector<PortfolioSnapshotGroup::DailySnapshot>;
 
@@ -54,25 +47,11 @@ class Stack {
   }
 
   [[nodiscard]] StackedSeries take() {
-    for (std::size_t band = 0; band < series_.size(); ++band) {
-      const Colour full = fullTone(band);
-      const Colour tone =
-          band % 2 == 0 ? full : full.blended(fadingOfEveryOther, Colour::Name::controlBackground);
-      series_[band].colour = full;
-      series_[band].fill = tone.withAlpha(fillAlpha);
-    }
+    colourBands(series_);
     return {std::move(series_), std::move(sums_)};
   }
 
  private:
-  [[nodiscard]] Colour fullTone(std::size_t band) const {
-    const Colour blue = Colour::Name::systemBlue;
-    return band == 0
-               ? blue
-               : blue.blended(static_cast<double>(band) / static_cast<double>(series_.size() - 1),
-                              Colour::Name::systemPurple);
-  }
-
   const DailySnapshots& snapshots_;
   std::vector<Decimal> sums_;
   std::vector<ChartDataSet> series_;
@@ -138,19 +117,6 @@ std::string accessibleText(const std::vector<Decimal>& total, const DailySnapsho
          " on " + longDate(snapshots.back().ymd, calendar) + ".";
 }
 
-/// The bands from the top down, as the eye meets them, and then what is a line.
-std::vector<ChartLegendEntry> legendOf(const std::vector<ChartDataSet>& bands, bool hasDeposits) {
-  std::vector<ChartLegendEntry> entries;
-  for (auto band = bands.rbegin(); band != bands.rend(); ++band) {
-    entries.push_back({band->label, *band->fill, ChartLegendEntry::Mark::area});
-  }
-  if (hasDeposits) {
-    entries.push_back(
-        {std::string(netDepositsLabel), Colour::Name::systemGreen, ChartLegendEntry::Mark::line});
-  }
-  return entries;
-}
-
 /// Why there is nothing to draw; empty where there is something.
 std::string whyNothingIsDrawn(const PortfolioDataSlice& data, const std::vector<Decimal>& total,
                               const std::optional<ChartDataSet>& deposits,
@@ -189,9 +155,7 @@ StackedSeries stackedSeries(const PortfolioDataSlice& data,
 }
 
 ChartDataSet netDepositsSeries(const PortfolioSnapshotGroup& group) {
-  ChartDataSet series{.label = std::string(netDepositsLabel),
-                      .colour = Colour::Name::systemGreen,
-                      .lineWidth = netDepositsWidth};
+  ChartDataSet series = netDepositsLine();
   for (const auto& [day, snapshot] : group.sortedSnapshots) {
     Decimal deposited;
     for (const auto& [currency, cash] : snapshot.currencySnapshots) {
@@ -227,7 +191,7 @@ void drawPortfolioChart(FiscalChartView& chart, const PortfolioDataSlice& data,
     chart.changeHandler();
     return;
   }
-  chart.legendEntries = legendOf(series, deposits.has_value());
+  chart.legendEntries = legendOfBands(series, deposits.has_value());
   ChartDataSet topLine = std::move(series.back());
   series.pop_back();
   if (deposits) {

@@ -1,5 +1,6 @@
 #include "presentation/reports/report_text.h"
 
+#include <algorithm>
 #include <array>
 
 #include "core/money/decimal_number_formatter.h"
@@ -85,6 +86,17 @@ AttributedText signedMoneyCell(const Decimal& amount, const Currency& currency) 
 
 AttributedText plainCell(std::string_view text) {
   return AttributedText(text);
+}
+
+std::string namesPhrase(const std::vector<std::string>& names) {
+  constexpr std::size_t mostNamed = 5;
+  std::string phrase;
+  for (std::size_t i = 0; i < std::min(names.size(), mostNamed); ++i) {
+    phrase += (i == 0 ? "" : ", ") + names[i];
+  }
+  return names.size() <= mostNamed
+             ? phrase
+             : phrase + " and " + std::to_string(names.size() - mostNamed) + " more";
 }
 
 std::string mediumDayText(const YearMonthDay& day) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/money/currency.h"
 #include "core/money/year_month_day.h"
@@ -46,6 +47,9 @@ struct ReportFigure {
 /// An amount in the colour of its sign.
 [[nodiscard]] AttributedText signedMoneyCell(const Decimal& amount, const Currency& currency);
 [[nodiscard]] AttributedText plainCell(std::string_view text);
+
+/// "A, B, C"; of many names "A, B, C, D, E and 3 more".
+[[nodiscard]] std::string namesPhrase(const std::vector<std::string>& names);
 
 /// "Mar 4, 2021"
 [[nodiscard]] std::string mediumDayText(const YearMonthDay& day);

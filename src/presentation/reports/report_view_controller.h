@@ -71,6 +71,10 @@ class ReportViewController : public PortfolioTab {
   /// Asks `quotes` for what the report needs, with a completion by whileCurrent().
   virtual void askMarket(const std::shared_ptr<QuoteProvider>& quotes) = 0;
 
+  [[nodiscard]] bool isShown() const { return isShown_; }
+  /// Whether it will be made anew when it is shown.
+  [[nodiscard]] bool isStale() const { return isStale_; }
+
   /// Asks the market, or remembers to do so when the report is shown.
   void reload();
 

@@ -12,18 +12,6 @@
 namespace corvane {
 namespace {
 
-/// The names of what is missing, as a phrase; at most a few are named.
-std::string missingPhrase(const std::vector<std::string>& names) {
-  constexpr std::size_t mostNamed = 5;
-  std::string phrase;
-  for (std::size_t i = 0; i < std::min(names.size(), mostNamed); ++i) {
-    phrase += (i == 0 ? "" : ", ") + names[i];
-  }
-  return names.size() <= mostNamed
-             ? phrase
-             : phrase + " and " + std::to_string(names.size() - mostNamed) + " more";
-}
-
 bool isLeftOut(const Currency& currency, const std::unordered_set<Currency>& leftOut) {
   return leftOut.contains(currency);
 }
@@ -194,7 +182,7 @@ void ReturnsViewController::take(ReturnsReport report, const ReportScope& scope)
 
 /// No figure stands for what could not be had.
 void ReturnsViewController::takeMissing(const ReturnsReport& report) {
-  warning_ = {"⚠️ Prices or rates of " + missingPhrase(report.series.missing) +
+  warning_ = {"⚠️ Prices or rates of " + namesPhrase(report.series.missing) +
                   " could not be had, so there are no figures.",
               true};
   for (const auto& [equity, error] : history_->errorsByEquity) {
@@ -216,7 +204,7 @@ void ReturnsViewController::takeFigures() {
   std::ranges::sort(names);
   if (!names.empty()) {
     warning_ = {
-        "⚠️ Left out, since no prices or rates could be had: " + missingPhrase(names) + ".",
+        "⚠️ Left out, since no prices or rates could be had: " + namesPhrase(names) + ".",
         false};
   }
   figures_ = returnsFigures(report_);

@@ -23,6 +23,16 @@ struct PartOfSum {
   bool isAtTradePrice = false;
 };
 
+/// `series`, which has days, before the first of them.
+PartOfSum partOf(const ValuationSeries& series, const Currency& currency,
+                 const MarketHistory& history) {
+  const auto line = history.rates.find({series.currency, currency});
+  const std::int64_t baseDay = dayNumber(series.days.front().day);
+  return {&series,
+          PriceCursor(line == history.rates.end() ? nullptr : &line->second, baseDay, true),
+          series.currency != currency};
+}
+
 /// Whether the rate was known as far as it was needed.
 bool addToSum(PartOfSum& part, const YearMonthDay& day, ValuationDay& sum, ValueBridge& bridge) {
   part.rate.advanceTo(day);
@@ -80,12 +90,7 @@ ValuationSeries combinedSeries(std::span<const ValuationSeries> series, const Cu
     for (const ValuationDay& day : part.days) {
       days.insert(day.day);
     }
-    const bool isForeign = part.currency != currency;
-    const auto line = history.rates.find({part.currency, currency});
-    const std::int64_t baseDay = dayNumber(part.days.front().day);
-    parts.push_back(
-        {&part, PriceCursor(line == history.rates.end() ? nullptr : &line->second, baseDay, true),
-         isForeign});
+    parts.push_back(partOf(part, currency, history));
   }
   sum.missing.assign(missing.begin(), missing.end());
   if (!missing.empty() || parts.empty()) {
@@ -106,6 +111,26 @@ ValuationSeries combinedSeries(std::span<const ValuationSeries> series, const Cu
   }
   bridgeSum(sum, parts);
   return sum;
+}
+
+std::vector<std::vector<Decimal>> valuesInSum(std::span<const ValuationSeries> series,
+                                              const ValuationSeries& sum,
+                                              const MarketHistory& history) {
+  std::vector<std::vector<Decimal>> values;
+  for (const ValuationSeries& each : series) {
+    std::vector<Decimal>& own = values.emplace_back(sum.days.size());
+    if (each.days.empty()) {
+      continue;
+    }
+    PartOfSum part = partOf(each, sum.currency, history);
+    for (std::size_t i = 0; i < sum.days.size(); ++i) {
+      ValuationDay day{.day = sum.days[i].day};
+      ValueBridge unused;
+      addToSum(part, day.day, day, unused);
+      own[i] = day.value;
+    }
+  }
+  return values;
 }
 
 }  // namespace corvane

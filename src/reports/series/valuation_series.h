@@ -124,4 +124,10 @@ using EquityVisitor =
                                              const Currency& currency,
                                              const MarketHistory& history);
 
+/// What each of `series` contributes to the value of each day of `sum`, which is their combined
+/// series: a list for each, as long as the days of `sum`, whose figures add up to its values.
+[[nodiscard]] std::vector<std::vector<Decimal>> valuesInSum(std::span<const ValuationSeries> series,
+                                                            const ValuationSeries& sum,
+                                                            const MarketHistory& history);
+
 }  // namespace corvane

@@ -49,7 +49,8 @@ std::string quoteText(const EquityInfo& equity) {
   return text;
 }
 
-/// The latest price of an equity, or rate of a pair; not known where there is none.
+}  // namespace
+
 TrailNode latestQuote(std::string label, std::string unit, const std::string& source,
                       const EquityInfo& equity) {
   TrailNode quote{.label = std::move(label),
@@ -65,14 +66,16 @@ TrailNode latestQuote(std::string label, std::string unit, const std::string& so
   return quote;
 }
 
+namespace {
+
 /// What a heading is made of, and what it lacks.
 class HeadingTrail {
  public:
-  explicit HeadingTrail(Portfolio& portfolio)
+  HeadingTrail(Portfolio& portfolio, const std::optional<Currency>& currency)
       : portfolio_(portfolio),
         manager_(managerOfHeading(portfolio)),
-        primary_(portfolio.primaryCurrency()),
-        unit_(primary_.code) {}
+        shown_(currency.value_or(portfolio.primaryCurrency())),
+        unit_(shown_.code) {}
 
   TrailNode value() {
     const PortfolioSnapshot state = portfolio_.snapshotsByYear.empty()
@@ -149,11 +152,11 @@ class HeadingTrail {
   /// The product of `factors`, which are of `currency`, in the primary currency.
   TrailNode atRecentRate(std::string label, std::vector<TrailNode> factors,
                          const Currency& currency) {
-    if (currency != primary_) {
+    if (currency != shown_) {
       const std::string code(currency.code);
       factors.push_back(
           latestQuote("Rate of " + code, "", "latest rate of " + code + " in " + unit_,
-                      *manager_->quoteProvider->exchangeRateEquity(currency, primary_)));
+                      *manager_->quoteProvider->exchangeRateEquity(currency, shown_)));
       if (!factors.back().isKnown()) {
         missing_.push_back("rate of " + code);
       }
@@ -180,7 +183,8 @@ class HeadingTrail {
             .unit = unit_,
             .source = ledgerText(),
             .note = "no price is known, and none is needed: all is sold, with a realised gain of " +
-                    holding.cumulativeCapitalGain.description() + " " + unit_};
+                    holding.cumulativeCapitalGain.description() + " " +
+                    std::string(portfolio_.primaryCurrency().code)};
   }
 
   /// Names what is missing on the root.
@@ -203,11 +207,14 @@ class HeadingTrail {
   std::optional<InPrimary> atRateOfDay(const Decimal& deposited, const Currency& currency,
                                        const YearMonthDay& day, const TransactionEffect& effect,
                                        const MarketHistory* history) const {
-    if (currency == primary_) {
+    if (shown_ != portfolio_.primaryCurrency()) {
+      return std::nullopt;
+    }
+    if (currency == shown_) {
       return InPrimary{deposited, ""};
     }
     if (history != nullptr) {
-      const auto line = history->rates.find({currency, primary_});
+      const auto line = history->rates.find({currency, shown_});
       const auto* close = line == history->rates.end() ? nullptr : line->second.lastUpTo(day);
       if (close != nullptr) {
         return InPrimary{deposited * close->price,
@@ -267,19 +274,20 @@ class HeadingTrail {
 
   Portfolio& portfolio_;
   const std::shared_ptr<PortfolioManager> manager_;
-  const Currency primary_;
+  const Currency shown_;  ///< what the figures are in
   const std::string unit_;
   std::vector<std::string> missing_;
 };
 
 }  // namespace
 
-TrailNode valueTrail(Portfolio& portfolio) {
-  return HeadingTrail(portfolio).value();
+TrailNode valueTrail(Portfolio& portfolio, const std::optional<Currency>& currency) {
+  return HeadingTrail(portfolio, currency).value();
 }
 
-TrailNode depositsTrail(Portfolio& portfolio, const MarketHistory* ratesOfDays) {
-  return HeadingTrail(portfolio).deposits(ratesOfDays);
+TrailNode depositsTrail(Portfolio& portfolio, const MarketHistory* ratesOfDays,
+                        const std::optional<Currency>& currency) {
+  return HeadingTrail(portfolio, currency).deposits(ratesOfDays);
 }
 
 MarketNeeds depositPairs(Portfolio& portfolio) {
