@@ -9,6 +9,9 @@ void RowMoney::finish(StatementRows& rows, std::size_t row) {
     return;
   }
   RowFigures figures = rows.figures(row);
+  if (figures.kind == StatementKind::splitAdded) {
+    return;
+  }
   rate_.clear();
   try {
     complete(figures);
@@ -30,25 +33,9 @@ void RowMoney::finish(StatementRows& rows, std::size_t row) {
 
 void RowMoney::complete(RowFigures& figures) {
   switch (figures.kind) {
-    case StatementKind::buy:
-      figures.equivalent = equivalentOf(figures);
-      added_[figures.equity] += figures.shares;
-      break;
-    case StatementKind::sell:
-      figures.equivalent = equivalentOf(figures);
-      added_[figures.equity] -= figures.shares;
-      break;
     case StatementKind::split:
       figures.shares = abs(figures.shares);
-      added_[figures.equity] += *figures.sharesAfter - figures.shares;
       break;
-    case StatementKind::splitAdded: {
-      const Decimal added = figures.shares;
-      figures.shares = heldBefore(figures);
-      figures.sharesAfter = figures.shares + added;
-      added_[figures.equity] += added;
-      break;
-    }
     case StatementKind::journal: {
       const bool isIn = !(figures.shares < 0);
       if (!figures.cost && !figures.cash.amount.isZero()) {
@@ -58,7 +45,6 @@ void RowMoney::complete(RowFigures& figures) {
         throw RowStopped{{RowVerdict::refused, "the cost base of the shares is not told"}};
       }
       figures.cost = isIn ? figures.cost : std::nullopt;
-      added_[figures.equity] += figures.shares;
       break;
     }
     case StatementKind::deposit:
@@ -109,15 +95,6 @@ Decimal RowMoney::equivalentOf(const RowFigures& figures) {
     rate_ = rounded(*rate, 6, RoundingMode::bankers).description();
   }
   return roundedToMinorUnits(cash.amount * *rate, primary);
-}
-
-Decimal RowMoney::heldBefore(const RowFigures& figures) const {
-  const Date settlement = figures.settlement.startIn(surroundings_.calendar);
-  Decimal held = surroundings_.heldAfter ? surroundings_.heldAfter(figures.equity, settlement) : 0;
-  if (const auto found = added_.find(figures.equity); found != added_.end()) {
-    held += found->second;
-  }
-  return held;
 }
 
 }  // namespace corvane

@@ -50,8 +50,6 @@ struct StatementSurroundings {
   Calendar calendar;
   YearMonthDay today;
   std::function<EquityPointer(std::string_view symbol)> equityFor;
-  /// The shares of an equity that are held after a day, without the file; null for none.
-  std::function<Decimal(const EquityPointer& equity, Date day)> heldAfter;
   /// The rate of a currency on a day, and where it is from; null where none is looked up.
   struct Rate {
     Decimal rate;

@@ -354,7 +354,8 @@ void findDays(MatchedFile& file, const StatementRows& rows) {
   std::optional<std::size_t> first;
   std::optional<std::size_t> last;
   for (std::size_t row = 0; row < rows.size(); ++row) {
-    if (rows.transactionCount(row) > 0) {
+    // What a split that is new comes to is only known once the file is matched.
+    if (rows.transactionCount(row) > 0 || rows.verdict(row) == RowVerdict::isNew) {
       first = first && rows.tradeDay(*first) <= rows.tradeDay(row) ? first : row;
       last = last && rows.tradeDay(*last) >= rows.tradeDay(row) ? last : row;
     }

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "exchange/brokers/import_export_error.h"
+#include "exchange/statements/held_splits.h"
 #include "exchange/statements/ofx_statement.h"
 #include "exchange/statements/statement_trial.h"
 #include "exchange/strict/statement_error.h"
@@ -29,18 +30,6 @@ std::uint32_t lineOf(std::size_t index, const StatementRows& rows) {
     index -= count;
   }
   return line;
-}
-
-/// The shares of `equity` in the ledger of `portfolio` after the day that starts with `day`.
-Decimal heldAfter(Portfolio& portfolio, const EquityPointer& equity, Date day) {
-  const auto& rows = portfolio.transactions();
-  for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-    const EquityPointer* own = (*row)->basic.equity();
-    if (own != nullptr && *own == equity && !((*row)->settlementDate() > day)) {
-      return (*row)->sharesNet.value_or(0);
-    }
-  }
-  return 0;
 }
 
 /// `options` with what was said before about files of a layout.
@@ -118,8 +107,6 @@ StatementPreview previewStatement(
       .today = YearMonthDay::of(Date::now(), manager->calendar),
       .equityFor =
           [&](std::string_view symbol) { return manager->quoteProvider->equityWithId(symbol); },
-      .heldAfter = [&](const EquityPointer& equity,
-                       Date day) { return heldAfter(*portfolio, equity, day); },
       .rateOf = std::move(rateOf),
       .progress = part(0.2, 0.7)};
   StatementPreview preview{
@@ -133,7 +120,9 @@ StatementPreview previewStatement(
       .reading = readStatement(file, surroundings, said)};
   const auto& remarks = ofx ? ofx->remarks : file.remarks;
   preview.reading.remarks.insert(preview.reading.remarks.begin(), remarks.begin(), remarks.end());
-  findDays(preview.file, preview.reading.rows);
+  StatementRows& rows = preview.reading.rows;
+  const HeldSplits splits(rows, *portfolio, manager->calendar);
+  findDays(preview.file, rows);
   for (const RecordedImport& import : earlier) {
     if (import.sha256 == preview.file.sha256) {
       preview.reading.remarks.push_back("The same file was imported on " + import.day + ".");
@@ -141,10 +130,10 @@ StatementPreview previewStatement(
     }
   }
   if (ofx) {
-    stopRepetitions(preview.reading.rows, ofx->repetitions);
+    stopRepetitions(rows, ofx->repetitions);
   }
-  matchWithLedger(preview.reading.rows, *portfolio, manager->calendar, preview.file, earlier, said);
-  tryOnLedger(preview.reading.rows, *portfolio, part(0.7, 1.0));
+  matchWithLedger(rows, *portfolio, manager->calendar, preview.file, earlier, said);
+  tryOnLedger(rows, *portfolio, splits, part(0.7, 1.0));
   if (progress) {
     progress(1.0);
   }

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "exchange/statements/held_splits.h"
 #include "ledger/accounting/booking.h"
 #include "ledger/accounting/ledger_states.h"
 #include "ledger/edits/blame.h"
@@ -28,27 +29,15 @@ struct TrialRefusal {
   std::string reason;
 };
 
-/// Those of `order` that are new, by settlement.
-TrialOrder newBySettlement(const StatementRows& rows, const TrialOrder& order) {
-  TrialOrder chosen;
-  std::ranges::copy_if(order, std::back_inserter(chosen), [&](std::uint32_t row) {
-    return rows.verdict(row) == RowVerdict::isNew && rows.transactionCount(row) > 0;
-  });
-  const auto day = [&](std::uint32_t row) { return rows.settlementDay(row); };
-  if (!std::ranges::is_sorted(chosen, {}, day)) {
-    std::ranges::stable_sort(chosen, {}, day);
-  }
-  return chosen;
-}
-
 TrialOrder asTheyStand(const StatementRows& rows) {
   TrialOrder order(rows.size());
   std::iota(order.begin(), order.end(), 0U);
   return order;
 }
 
-/// `order` with the rows of each day of trade the other way round.
-TrialOrder turnedWithinDays(const StatementRows& rows, TrialOrder order) {
+/// The rows with those of each day of trade the other way round.
+TrialOrder turnedWithinDays(const StatementRows& rows) {
+  TrialOrder order = asTheyStand(rows);
   const auto dayOf = [&](std::uint32_t row) {
     return rows.transactionCount(row) == 0 ? StatementRows::unknownDay : rows.tradeDay(row);
   };
@@ -183,20 +172,23 @@ void refuseRest(StatementRows& rows, const TrialOrder& order) {
 /// Tries `rows` and those turned within their days; `refusalOf` finds the first refusal of an
 /// order, and `next` that behind a row that was taken out.
 template <typename RefusalOf, typename Next>
-void findRefusals(StatementRows& rows, RefusalOf refusalOf, Next next) {
-  const TrialOrder standing = asTheyStand(rows);
-  TrialOrder order = newBySettlement(rows, standing);
+void findRefusals(StatementRows& rows, const HeldSplits& splits, RefusalOf refusalOf, Next next) {
+  TrialOrder order = recordingOrder(rows);
   auto refusal = refusalOf(order);
   bool haveTimes = true;
   for (std::size_t row = 0; row < rows.size(); ++row) {
     haveTimes = haveTimes && rows.time(row).has_value();
   }
   if (refusal && !haveTimes) {
-    const TrialOrder turned = turnedWithinDays(rows, standing);
-    if (!refusalOf(newBySettlement(rows, turned))) {
-      rows.reorder(turned);
+    const TrialOrder turned = turnedWithinDays(rows);
+    rows.reorder(turned);
+    splits.settle(rows);
+    if (!refusalOf(recordingOrder(rows))) {
       return;
     }
+    rows.reorder(turned);  // and back
+    splits.settle(rows);
+    order = recordingOrder(rows);
     refusal = refusalOf(order);
   }
   for (int count = 0; refusal && count < mostRefusals; ++count) {
@@ -218,11 +210,20 @@ std::string ledgerRefusalText(const Error& error) {
 }
 
 std::vector<std::uint32_t> recordingOrder(const StatementRows& rows) {
-  return newBySettlement(rows, asTheyStand(rows));
+  TrialOrder chosen;
+  std::ranges::copy_if(asTheyStand(rows), std::back_inserter(chosen), [&](std::uint32_t row) {
+    return rows.verdict(row) == RowVerdict::isNew && rows.transactionCount(row) > 0;
+  });
+  const auto day = [&](std::uint32_t row) { return rows.settlementDay(row); };
+  if (!std::ranges::is_sorted(chosen, {}, day)) {
+    std::ranges::stable_sort(chosen, {}, day);
+  }
+  return chosen;
 }
 
-void tryOnLedger(StatementRows& rows, Portfolio& portfolio,
+void tryOnLedger(StatementRows& rows, Portfolio& portfolio, const HeldSplits& splits,
                  const std::function<void(double fraction)>& progress) {
+  splits.settle(rows);
   const TrialOrder order = recordingOrder(rows);
   if (order.empty()) {
     return;
@@ -231,7 +232,7 @@ void tryOnLedger(StatementRows& rows, Portfolio& portfolio,
   if (!goToTheEndOf(portfolio, rows, order.front())) {
     const TrialCopy copy(portfolio);
     findRefusals(
-        rows, [&](const TrialOrder& tried) { return copy.refusal(rows, tried, progress); },
+        rows, splits, [&](const TrialOrder& tried) { return copy.refusal(rows, tried, progress); },
         [&](const TrialOrder& tried, std::size_t) { return copy.refusal(rows, tried, progress); });
     return;
   }
@@ -241,7 +242,7 @@ void tryOnLedger(StatementRows& rows, Portfolio& portfolio,
       walkStart(portfolio.transactions().size(), portfolio, manager->calendar);
   std::optional<TrialBooking> booking;
   findRefusals(
-      rows,
+      rows, splits,
       [&](const TrialOrder& tried) {
         booking.emplace(portfolio, owner, end);
         return booking->goOn(rows, tried, progress);
