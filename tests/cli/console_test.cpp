@@ -517,6 +517,24 @@ TEST_F(TravellingConsoleTest, WarnsOfOtherDaysAndRefusesToImportThem) {
             testing::readText(program.folder / "before.csv"));
 }
 
+TEST_F(TravellingConsoleTest, ShowsTheSampleWithItsDaysInAllTheWorld) {
+  const auto share = std::filesystem::path(testing::builtProgram("corvane-cli")).parent_path() /
+                     "../share/corvane";
+  for (const auto& [name, portfolio] :
+       {std::pair("Sample", "Savings"), std::pair("SampleMarket", "Retirement")}) {
+    std::filesystem::copy(share / (name + std::string(".corvane")),
+                          program.folder / (name + std::string(".corvane")));
+    const std::string command =
+        "ledger " + std::string(name) + " --portfolio " + portfolio + " --csv";
+    travelTo("America/Toronto");
+    const std::string days = program.output(command);
+    for (const char* place : {"Pacific/Auckland", "Pacific/Kiritimati", "Pacific/Honolulu"}) {
+      travelTo(place);
+      EXPECT_EQ(program.output(command), days) << name << " in " << place;
+    }
+  }
+}
+
 TEST_F(TravellingConsoleTest, TakesTheDaysOfThePresentZone) {
   travelTo("America/Toronto");
   makeFamily();
