@@ -517,6 +517,33 @@ TEST_F(TravellingConsoleTest, WarnsOfOtherDaysAndRefusesToImportThem) {
             testing::readText(program.folder / "before.csv"));
 }
 
+TEST_F(TravellingConsoleTest, TakesNoImportBackWhileItsDaysAreInDoubt) {
+  travelTo("Asia/Tokyo");
+  EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(
+      program.folder / "a.csv",
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n"
+      "2025-01-06,2025-01-06,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,100\n");
+  ASSERT_EQ(program.output("import a.csv --into Family --portfolio Savings"),
+            "Imported 1 transactions.\n");
+  // One that the user has entered himself, and that is of the day of the import in Toronto.
+  ASSERT_EQ(program
+                .run("record Family --portfolio Savings --type transfer-in --total 100 --date "
+                     "2025-01-07")
+                .exitCode,
+            0);
+  const std::string days = program.output(ledger);
+  travelTo("America/Toronto");
+  const std::string takeBack = "imports Family --portfolio Savings --take-back 1";
+  expectRefused(takeBack, 1, "The days of this workspace were written");
+  EXPECT_THAT(program.run(takeBack).err, HasSubstr("Nothing has been taken back: while the days"));
+  EXPECT_EQ(program.run("time-zone Family --use Asia/Tokyo").exitCode, 0);
+  EXPECT_EQ(program.output(ledger), days);
+  EXPECT_EQ(program.output(takeBack), "Took back 1 transaction of “a.csv”.\n");
+  EXPECT_THAT(program.output(ledger), AllOf(HasSubstr("2025-01-07"), Not(HasSubstr("2025-01-06"))));
+}
+
 TEST_F(TravellingConsoleTest, ShowsTheSampleWithItsDaysInAllTheWorld) {
   const auto share = std::filesystem::path(testing::builtProgram("corvane-cli")).parent_path() /
                      "../share/corvane";

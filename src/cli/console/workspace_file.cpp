@@ -177,12 +177,9 @@ void WorkspaceFile::requireSound() const {
   }
 }
 
-void WorkspaceFile::requireSureDates() const {
+void WorkspaceFile::requireSureDates(std::string_view text) const {
   if (document_->model()->datesDoubt) {
-    throw DoubtfulDatesError(
-        "Nothing has been imported: while the days of the workspace are in doubt, rows that it has "
-        "already would be recorded again.",
-        "Decide with “corvane-cli time-zone” first.");
+    throw DoubtfulDatesError(text, "Decide with “corvane-cli time-zone” first.");
   }
 }
 

@@ -41,9 +41,9 @@ class WorkspaceFile {
   /// one of its ledgers is damaged, since a save would put that into the place of the file.
   void requireSound() const;
 
-  /// To be called before a statement is imported: throws DoubtfulDatesError where the days of the
-  /// rows are perhaps others than were recorded.
-  void requireSureDates() const;
+  /// To be called before a statement is imported or taken back: throws a DoubtfulDatesError that
+  /// says `text` where the days of the rows are perhaps others than were recorded.
+  void requireSureDates(std::string_view text) const;
 
   /// Throws Failed, and saves nothing, where the user has interrupted the program.
   void save();

@@ -295,7 +295,8 @@ void WorkspaceView::showImports() {
   try {
     auto* dialog =
         new StatementImportsDialog(std::make_unique<StatementImportsController>(
-                                       portfolio, document_.workingDirectoryURL(), surroundings()),
+                                       portfolio, document_.workingDirectoryURL(), surroundings(),
+                                       document_.model()->datesDoubt.has_value()),
                                    this);
     dialog->open();
   } catch (const Error& error) {
