@@ -572,6 +572,12 @@ TEST_F(TravellingConsoleTest, TakesTheDaysOfThePresentZone) {
   EXPECT_EQ(program.output("time-zone Family"),
             "Days are shown in America/Vancouver, the present time zone.\n");
   expectRefused("time-zone Family --use Vancouver", 2, "“Vancouver” is no time zone such as");
+
+  testing::writeText(program.folder / "Family.corvane/General.json",
+                     R"({"datesTimeZone":{"identifier":"Mars/Olympus","isUsedEverywhere":true}})");
+  const ProgramResult unknown = program.run("time-zone Family");
+  EXPECT_EQ(unknown.out, "Days are shown in America/Vancouver, the present time zone.\n");
+  EXPECT_THAT(unknown.err, HasSubstr("“Mars/Olympus”, which is not known here."));
 }
 
 }  // namespace

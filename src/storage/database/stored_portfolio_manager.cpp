@@ -86,7 +86,8 @@ void renewYearlyTotals(StoredPortfolio& portfolio, std::span<const TransactionPo
   } catch (const PortfolioManagerError&) {
     return;
   }
-  if (!areCurrent) {
+  // A year that has no rows any more would count what has gone to another year once again.
+  if (!areCurrent || (!totals.empty() && totals.size() != portfolio.snapshotsByYear.size())) {
     portfolio.snapshotsByYear = std::move(totals);
   }
 }
@@ -210,6 +211,19 @@ void StoredPortfolioManager::deleteTransactions(const Transactions& subjects,
     }
   }
   PortfolioManager::deleteTransactions(subjects, portfolio, undoManager);
+}
+
+void StoredPortfolioManager::changeCalendar(const Calendar& days) {
+  calendar = days;
+  for (const PortfolioPointer& portfolio : portfolios_) {
+    // Others get theirs when they are read.
+    if (StoredPortfolio& subject = stored(*portfolio); subject.isLoaded()) {
+      renewYearlyTotals(subject, subject.storedTransactions(), calendar);
+    }
+  }
+  for (const PortfolioPointer& portfolio : portfolios_) {
+    postPortfolioChange(std::nullopt, portfolio);
+  }
 }
 
 PortfolioManager::Transactions StoredPortfolioManager::loadTransactions(

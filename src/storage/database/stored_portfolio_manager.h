@@ -58,6 +58,10 @@ class StoredPortfolioManager final : public PortfolioManager {
   /// the ledger mends in passing is told as well.
   void verify(const PortfolioPointer& portfolio);
 
+  /// Takes the days of all ledgers for those of `days`. No row is another one afterwards, and undo
+  /// steps stay good; yearly totals are made anew in memory. Posts a change of each portfolio.
+  void changeCalendar(const Calendar& days);
+
   /// The rows of `portfolio` as they stand in the file. Where its yearly totals are not theirs, as
   /// after a change of the user's time zone, they are made anew in memory.
   [[nodiscard]] Transactions loadTransactions(StoredPortfolio& portfolio);
