@@ -18,6 +18,7 @@ namespace corvane {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::ProgramResult;
@@ -450,7 +451,34 @@ TEST_F(ConsoleProgramTest, ShowsABarOnATerminalAndCanBeInterrupted) {
   const ProgramResult finished = runOnTerminal(program.folder.path(), arguments, "");
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_THAT(finished.out, AllOf(HasSubstr("Importing long.csv… ["), HasSubstr("[#"),
-                                  HasSubstr("Imported 100000 transactions.")));
+                                  HasSubstr("Saving ["), HasSubstr("100000 transactions.")));
+}
+
+TEST_F(ConsoleProgramTest, ShowsOnATerminalHowFarALargeWorkspaceIsReadCheckedAndSaved) {
+  makeFamily();
+  const std::vector<std::string> record = {"record", "Family",      "--portfolio", "Savings",
+                                           "--type", "cash-credit", "--total",     "1",
+                                           "--date", "2024-07-01"};
+  EXPECT_THAT(runOnTerminal(program.folder.path(), record, "").out, Not(HasSubstr("%")))
+      << "a small one is done before one could read it";
+  std::string text = "Date,Type,Amount\n";
+  for (int row = 0; row < 80'000; ++row) {
+    text += "2024-06-" + std::to_string(row / 4000 + 1) + ",Deposit,1.00\n";
+  }
+  testing::writeText(program.folder / "long.csv", text);
+  (void)program.output(
+      "import long.csv --into Family --portfolio Savings --fields tradeDate,type,cashAmount");
+  const ProgramResult shown = runOnTerminal(program.folder.path(), record, "");
+  EXPECT_EQ(shown.exitCode, 0);
+  EXPECT_THAT(shown.out, AllOf(ContainsRegex("Reading \\[#+ *\\] [1-9]"),
+                               ContainsRegex("Checking \\[#+ *\\] [1-9]"),
+                               ContainsRegex("Saving \\[#+ *\\] [1-9]")));
+  EXPECT_EQ(program
+                .run("record Family --portfolio Savings --type cash-credit --total 1 "
+                     "--date 2024-07-01")
+                .err,
+            "")
+      << "nobody looks";
 }
 
 /// The key was pressed while the file was still being read, before there was anything to cancel.

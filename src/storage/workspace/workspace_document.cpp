@@ -340,17 +340,28 @@ void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
   if (model_->portfolioManagers.empty()) {
     throw DocumentError(DocumentError::NothingLoaded());
   }
+  // By the time that each takes of a large workspace.
+  tellSaved(0);
   requireSoundStorage();
+  tellSaved(0.3);
   writeGeneralProperties();
   for (const auto& manager : model_->portfolioManagers) {
     manager->compactStorage();
   }
+  tellSaved(0.8);
   std::error_code error;
   if (!fs::create_directory(url, error)) {
     throw FileError("create", url, error ? error.value() : EEXIST);
   }
   package::copyFiles(workingDirectoryURL(), url,
                      package::HeldFile{std::string(databaseName), &*databaseFile_});
+  tellSaved(1);
+}
+
+void WorkspaceDocument::tellSaved(double part) const {
+  if (surroundings_.savingHandler) {
+    surroundings_.savingHandler(part);
+  }
 }
 
 void WorkspaceDocument::requireSoundStorage() {

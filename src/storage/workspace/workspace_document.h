@@ -45,6 +45,10 @@ struct WorkspaceSurroundings {
 
   /// Where working directories are made.
   std::filesystem::path temporaryDirectory = files::temporaryDirectory();
+
+  /// Hears, where it is set, what part of a document has been written while it is being saved: from
+  /// 0 to 1.
+  std::function<void(double)> savingHandler = nullptr;
 };
 
 /// Works on a private copy of the package, in which the database is open and locked. Only save()
@@ -142,6 +146,7 @@ class WorkspaceDocument final : public Document {
   void changeDatesTimeZone(DatesTimeZone zone);
   void requireReadable(const std::filesystem::path& package);
   void requireSoundStorage();
+  void tellSaved(double part) const;
   [[nodiscard]] std::string generalPropertiesText() const;
   void writeGeneralProperties();
   /// How messages call the file.
