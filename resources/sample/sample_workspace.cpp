@@ -7,6 +7,8 @@
 namespace corvane::sample {
 namespace {
 
+constexpr const char* investorTimeZone = "America/Toronto";
+
 class NamedProvider final : public QuoteProvider {
  public:
   [[nodiscard]] std::string providerName() const override { return "YahooFinance"; }
@@ -28,6 +30,9 @@ void writeWorkspace(const std::filesystem::path& package,
                               .appMarketingVersion = "0",
                               .presentTimeZone = [] { return TimeZone(); }});
   document.makeWindowControllers(nullptr);
+  // The rows stand at noon in Greenwich, which is the next day in New Zealand. The investor is a
+  // Canadian; his days are his wherever somebody looks at them.
+  document.useDatesTimeZone(TimeZone::withIdentifier(investorTimeZone).value());
   const auto& manager = document.model()->portfolioManagers.front();
   for (const SamplePortfolio& sample : portfolios) {
     const auto portfolio = manager->createPortfolio(sample.primaryCurrency);

@@ -23,7 +23,8 @@ struct SamplePortfolio {
 [[nodiscard]] std::shared_ptr<QuoteProvider> sampleProvider();
 
 /// Writes a workspace with `portfolios` and the equities of the ids `watchlist` to `package`, in
-/// place of what is there. Throws what recording and saving throw.
+/// place of what is there. Its days are those of Toronto wherever it is opened. Throws what
+/// recording and saving throw.
 void writeWorkspace(const std::filesystem::path& package,
                     const std::shared_ptr<QuoteProvider>& provider,
                     const std::vector<SamplePortfolio>& portfolios,

@@ -18,6 +18,7 @@ namespace corvane {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::ProgramResult;
@@ -455,7 +456,34 @@ TEST_F(ConsoleProgramTest, ShowsABarOnATerminalAndCanBeInterrupted) {
   const ProgramResult finished = runOnTerminal(program.folder.path(), arguments, "");
   EXPECT_EQ(finished.exitCode, 0);
   EXPECT_THAT(finished.out, AllOf(HasSubstr("Importing long.csv… ["), HasSubstr("[#"),
-                                  HasSubstr("Imported 100000 transactions.")));
+                                  HasSubstr("Saving ["), HasSubstr("100000 transactions.")));
+}
+
+TEST_F(ConsoleProgramTest, ShowsOnATerminalHowFarALargeWorkspaceIsReadCheckedAndSaved) {
+  makeFamily();
+  const std::vector<std::string> record = {"record", "Family",      "--portfolio", "Savings",
+                                           "--type", "cash-credit", "--total",     "1",
+                                           "--date", "2024-07-01"};
+  EXPECT_THAT(runOnTerminal(program.folder.path(), record, "").out, Not(HasSubstr("%")))
+      << "a small one is done before one could read it";
+  std::string text = "Date,Type,Amount\n";
+  for (int row = 0; row < 80'000; ++row) {
+    text += "2024-06-" + std::to_string(row / 4000 + 1) + ",Deposit,1.00\n";
+  }
+  testing::writeText(program.folder / "long.csv", text);
+  (void)program.output(
+      "import long.csv --into Family --portfolio Savings --fields tradeDate,type,cashAmount");
+  const ProgramResult shown = runOnTerminal(program.folder.path(), record, "");
+  EXPECT_EQ(shown.exitCode, 0);
+  EXPECT_THAT(shown.out, AllOf(ContainsRegex("Reading \\[#+ *\\] [1-9]"),
+                               ContainsRegex("Checking \\[#+ *\\] [1-9]"),
+                               ContainsRegex("Saving \\[#+ *\\] [1-9]")));
+  EXPECT_EQ(program
+                .run("record Family --portfolio Savings --type cash-credit --total 1 "
+                     "--date 2024-07-01")
+                .err,
+            "")
+      << "nobody looks";
 }
 
 /// The key was pressed while the file was still being read, before there was anything to cancel.
@@ -522,6 +550,51 @@ TEST_F(TravellingConsoleTest, WarnsOfOtherDaysAndRefusesToImportThem) {
             testing::readText(program.folder / "before.csv"));
 }
 
+TEST_F(TravellingConsoleTest, TakesNoImportBackWhileItsDaysAreInDoubt) {
+  travelTo("Asia/Tokyo");
+  EXPECT_EQ(program.output("create Family --portfolio Savings --currency CAD"), "");
+  testing::writeText(
+      program.folder / "a.csv",
+      "transaction_date,settlement_date,account_id,account_type,activity_type,activity_sub_type,"
+      "direction,symbol,name,currency,quantity,unit_price,commission,net_cash_amount\n"
+      "2025-01-06,2025-01-06,A1,TFSA,MoneyMovement,CONTRIBUTION,,,,CAD,,,,100\n");
+  ASSERT_EQ(program.output("import a.csv --into Family --portfolio Savings"),
+            "Imported 1 transactions.\n");
+  // One that the user has entered himself, and that is of the day of the import in Toronto.
+  ASSERT_EQ(program
+                .run("record Family --portfolio Savings --type transfer-in --total 100 --date "
+                     "2025-01-07")
+                .exitCode,
+            0);
+  const std::string days = program.output(ledger);
+  travelTo("America/Toronto");
+  const std::string takeBack = "imports Family --portfolio Savings --take-back 1";
+  expectRefused(takeBack, 1, "The days of this workspace were written");
+  EXPECT_THAT(program.run(takeBack).err, HasSubstr("Nothing has been taken back: while the days"));
+  EXPECT_EQ(program.run("time-zone Family --use Asia/Tokyo").exitCode, 0);
+  EXPECT_EQ(program.output(ledger), days);
+  EXPECT_EQ(program.output(takeBack), "Took back 1 transaction of “a.csv”.\n");
+  EXPECT_THAT(program.output(ledger), AllOf(HasSubstr("2025-01-07"), Not(HasSubstr("2025-01-06"))));
+}
+
+TEST_F(TravellingConsoleTest, ShowsTheSampleWithItsDaysInAllTheWorld) {
+  const auto share = std::filesystem::path(testing::builtProgram("corvane-cli")).parent_path() /
+                     "../share/corvane";
+  for (const auto& [name, portfolio] :
+       {std::pair("Sample", "Savings"), std::pair("SampleMarket", "Retirement")}) {
+    std::filesystem::copy(share / (name + std::string(".corvane")),
+                          program.folder / (name + std::string(".corvane")));
+    const std::string command =
+        "ledger " + std::string(name) + " --portfolio " + portfolio + " --csv";
+    travelTo("America/Toronto");
+    const std::string days = program.output(command);
+    for (const char* place : {"Pacific/Auckland", "Pacific/Kiritimati", "Pacific/Honolulu"}) {
+      travelTo(place);
+      EXPECT_EQ(program.output(command), days) << name << " in " << place;
+    }
+  }
+}
+
 TEST_F(TravellingConsoleTest, TakesTheDaysOfThePresentZone) {
   travelTo("America/Toronto");
   makeFamily();
@@ -532,6 +605,12 @@ TEST_F(TravellingConsoleTest, TakesTheDaysOfThePresentZone) {
   EXPECT_EQ(program.output("time-zone Family"),
             "Days are shown in America/Vancouver, the present time zone.\n");
   expectRefused("time-zone Family --use Vancouver", 2, "“Vancouver” is no time zone such as");
+
+  testing::writeText(program.folder / "Family.corvane/General.json",
+                     R"({"datesTimeZone":{"identifier":"Mars/Olympus","isUsedEverywhere":true}})");
+  const ProgramResult unknown = program.run("time-zone Family");
+  EXPECT_EQ(unknown.out, "Days are shown in America/Vancouver, the present time zone.\n");
+  EXPECT_THAT(unknown.err, HasSubstr("“Mars/Olympus”, which is not known here."));
 }
 
 }  // namespace

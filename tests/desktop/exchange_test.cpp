@@ -315,6 +315,22 @@ TEST_F(ExchangeTest, LooksAtAStatementBeforeItGoesIn) {
   const auto learned = userProfilesFolder() / "wealthsimple-activities.toml";
   EXPECT_THAT(files::read(learned), HasSubstr("\"Corporate / SPINOFF\" = \"cash\""));
 
+  // It is not taken back while nobody knows which rows are its own.
+  auto& doubt = window->document()->model()->datesDoubt;
+  doubt = DatesDoubt{std::nullopt, TimeZone(), {2026, 3, 23}, {2026, 3, 22}};
+  menuItem(*window, "Imports of Statements")->trigger();
+  auto* doubtful = waitFor<StatementImportsDialog>();
+  ASSERT_NE(doubtful, nullptr);
+  buttonWith(*doubtful, "Take Back Import…")->click();
+  auto* refusal = waitFor<QMessageBox>();
+  ASSERT_NE(refusal, nullptr);
+  EXPECT_THAT(refusal->text().toStdString(), HasSubstr("Nothing has been taken back"));
+  refusal->accept();
+  EXPECT_EQ(portfolio->transactions().size(), 9U);
+  doubtful->reject();
+  doubt.reset();
+  QApplication::processEvents();
+
   // It is taken back as one edit, which can be undone.
   menuItem(*window, "Imports of Statements")->trigger();
   auto* imports = waitFor<StatementImportsDialog>();

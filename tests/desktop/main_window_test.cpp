@@ -4,22 +4,27 @@
 
 #include <QAccessible>
 #include <QComboBox>
+#include <QCompleter>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QRadioButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
+#include <set>
 
 #include "desktop/desktop_world.h"
 #include "desktop/look/qt_text.h"
 #include "desktop/portfolio/portfolio_view.h"
 #include "desktop/window_driver.h"
+#include "desktop/workspace/dates_time_zone_dialog.h"
 
 namespace corvane::testing {
 namespace {
 
+using desktop::DatesTimeZoneDialog;
 using desktop::MainWindow;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -235,28 +240,38 @@ TEST_F(MainWindowTest, GivesEveryControlAName) {
   }
 }
 
-TEST_F(MainWindowTest, AsksForTheTimeZoneOfDoubtfulDays) {
-  (void)world.addPortfolio(*window, "Home");
-  const auto path = world.folder / "Family.corvane";
-  window->document()->save(path);
-  ASSERT_TRUE(world.application.documentController().closeDocument(window->document()));
-  // As if all of it had been recorded three hours further west.
-  const auto general = path / WorkspaceDocument::generalPropertiesName;
-  auto properties = GeneralProperties::fromJSON(readText(general));
-  properties.datesTimeZone = DatesTimeZone{"America/Vancouver"};
-  writeText(general, properties.json());
+/// A workspace that has come from another part of the world.
+class TravelledWindow : public MainWindowTest {
+ protected:
+  const std::filesystem::path path = world.folder / "Family.corvane";
+  const std::filesystem::path general = path / WorkspaceDocument::generalPropertiesName;
+  std::shared_ptr<WorkspaceDocument> document;
 
-  const auto document = world.application.documentController().openDocument(path);
-  window = world.application.windows().windowOf(*document);
-  const auto dayOf = [&] {
+  /// Saves the workspace of the window, has `zone` in its note, and opens it again.
+  void reopenAsOf(const std::optional<DatesTimeZone>& zone) {
+    window->document()->save(path);
+    ASSERT_TRUE(world.application.documentController().closeDocument(window->document()));
+    auto properties = GeneralProperties::fromJSON(readText(general));
+    properties.datesTimeZone = zone;
+    writeText(general, properties.json());
+    document = world.application.documentController().openDocument(path);
+    window = world.application.windows().windowOf(*document);
+  }
+  [[nodiscard]] YearMonthDay firstDay() const {
     const auto& manager = document->model()->portfolioManagers.front();
     const auto& rows = manager->portfolios().front()->transactions();
-    return YearMonthDay::of(rows.front()->settlementDate(), manager->calendar).day;
-  };
+    return YearMonthDay::of(rows.front()->settlementDate(), manager->calendar);
+  }
+};
+
+TEST_F(TravelledWindow, AsksForTheTimeZoneOfDoubtfulDays) {
+  (void)world.addPortfolio(*window, "Home");
+  // As if all of it had been recorded three hours further west.
+  ASSERT_NO_FATAL_FAILURE(reopenAsOf(DatesTimeZone{"America/Vancouver"}));
   auto* use = buttonWith(*window, "Use America/Vancouver");
   ASSERT_NE(use, nullptr);
   EXPECT_TRUE(use->isVisibleTo(window.get()));
-  EXPECT_EQ(dayOf(), 10);
+  EXPECT_EQ(firstDay().day, 10);
   ASSERT_TRUE(world.waitUntil([&] { return menuItem(*window, "Import Statement")->isEnabled(); }));
   for (const char* import : {"Import Statement", "Import Transactions"}) {
     menuItem(*window, import)->trigger();
@@ -268,9 +283,79 @@ TEST_F(MainWindowTest, AsksForTheTimeZoneOfDoubtfulDays) {
   use->click();
   EXPECT_FALSE(use->isVisibleTo(window.get()));
   EXPECT_TRUE(window->isWindowModified());
-  EXPECT_EQ(dayOf(), 9);
+  EXPECT_EQ(firstDay().day, 9);
   document->save(path);
   EXPECT_TRUE(readText(general).contains(R"("America/Vancouver","isUsedEverywhere":true)"));
+}
+
+TEST_F(TravelledWindow, LetsTheUserNameTheTimeZoneWhereNobodyKnowsIt) {
+  const auto& manager = window->document()->model()->portfolioManagers.front();
+  const auto home = manager->createPortfolio(Currency::cad());
+  const Date day =
+      YearMonthDay{2025, 1, 1}.startIn(Calendar(*TimeZone::withIdentifier("Asia/Tokyo")));
+  manager->recordTransactions(
+      {{BasicTransaction::Transfer{{Currency::cad(), Decimal(100)}}, day, day, std::nullopt}}, home,
+      nullptr);
+  ASSERT_NO_FATAL_FAILURE(reopenAsOf(std::nullopt));
+  EXPECT_EQ(firstDay(), (YearMonthDay{2024, 12, 31}));
+  auto* use = buttonWith(*window, "Use Another Time Zone…");
+  ASSERT_TRUE(use->isVisibleTo(window.get()));
+  use->click();
+  auto* sheet = openDialog<DatesTimeZoneDialog>(*window);
+  ASSERT_NE(sheet, nullptr);
+  auto* go = buttonWith(*sheet, "Use These Days");
+  EXPECT_FALSE(go->isEnabled());
+  auto* zone = named<QComboBox>(*sheet, "Time zone");
+  EXPECT_GT(zone->count(), 400);
+  QTest::keyClicks(zone->lineEdit(), "kolk");
+  EXPECT_TRUE(zone->accessibleDescription().contains("“kolk” is no time zone"));
+  EXPECT_EQ(zone->completer()->currentCompletion(), "Asia/Kolkata");
+  zone->lineEdit()->clear();
+  QTest::keyClicks(zone->lineEdit(), "Asia/Tokyo");
+  ASSERT_TRUE(go->isEnabled());
+  go->click();
+  EXPECT_EQ(firstDay(), (YearMonthDay{2025, 1, 1}));
+  EXPECT_FALSE(use->isVisibleTo(window.get()));
+}
+
+TEST_F(TravelledWindow, ChangesTheDecisionAndKeepsWhatWasDoneAndShown) {
+  (void)world.addPortfolio(*window, "Home");
+  ASSERT_NO_FATAL_FAILURE(reopenAsOf(DatesTimeZone{"America/Vancouver"}));
+  const auto portfolio = document->model()->portfolios().front();
+  ASSERT_TRUE(DesktopWorld::show(*window, portfolio));
+  menuItem(*window, "Transactions")->trigger();
+  document->model()->portfolioManagers.front()->deleteTransactions(
+      {portfolio->transactions().back()}, portfolio, document->undoManager());
+  const std::size_t left = portfolio->transactions().size();
+  auto* table = window->findChild<QTableView*>("transactions");
+  ASSERT_NE(table, nullptr);
+  const auto shownDays = [&] {
+    std::set<QString> days;
+    for (int row = 0; row < table->model()->rowCount(); ++row) {
+      days.insert(table->model()->index(row, 0).data().toString());
+    }
+    return days;
+  };
+  ASSERT_TRUE(world.waitUntil([&] { return shownDays().size() == left; }));
+  const auto inToronto = shownDays();
+
+  buttonWith(*window, "Use America/Vancouver")->click();
+  ASSERT_TRUE(world.waitUntil([&] { return shownDays() != inToronto; }));
+  EXPECT_EQ(shownDays().size(), left);
+  menuItem(*window, "Time Zone of Days")->trigger();
+  auto* sheet = openDialog<DatesTimeZoneDialog>(*window);
+  ASSERT_NE(sheet, nullptr);
+  EXPECT_EQ(named<QComboBox>(*sheet, "Time zone")->currentText(), "America/Vancouver");
+  for (QRadioButton* choice : sheet->findChildren<QRadioButton*>()) {
+    if (choice->text().contains("America/Toronto now")) {
+      toggleByAccessibility(*choice);
+    }
+  }
+  buttonWith(*sheet, "Use These Days")->click();
+  EXPECT_EQ(firstDay().day, 10);
+  ASSERT_TRUE(world.waitUntil([&] { return shownDays() == inToronto; }));
+  menuItem(*window, "Undo")->trigger();
+  EXPECT_EQ(portfolio->transactions().size(), left + 1) << "what was done before can be undone";
 }
 
 }  // namespace

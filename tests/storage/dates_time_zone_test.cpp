@@ -1,5 +1,7 @@
 // Workspaces that go with their user from one time zone to another.
 
+#include <ranges>
+
 #include "platform/text/formats/date_formatter.h"
 #include "storage/workspace_world.h"
 
@@ -144,6 +146,75 @@ TEST_F(TravellingWorkspace, HasItsDaysBackInItsOwnZone) {
     EXPECT_FALSE(isDoubtfulIn(place));
     EXPECT_EQ(daysOf(*world.open(world.file)), days) << place;
   }
+}
+
+TEST_F(TravellingWorkspace, KeepsUndoStepsWhenTheUserDecides) {
+  writeIn("Asia/Tokyo", winterAndSummer);
+  travelTo("America/Toronto");
+  const auto document = world.open(world.file);
+  record(*document, {2025, 3, 9});
+  const auto portfolio = document->model()->portfolios().front();
+  int changes = 0;
+  const auto news = NotificationCenter::defaultCenter().addObserver(
+      PortfolioManager::didChangePortfolio, document->model()->portfolioManagers.front().get(),
+      [&](const auto& change) { changes += change.portfolio == portfolio ? 1 : 0; });
+
+  document->useDatesTimeZone(zone("Asia/Tokyo"));
+  EXPECT_EQ(changes, 1) << "the screens have other days to show";
+  auto days = winterAndSummer;
+  days.push_back({2025, 3, 9});
+  EXPECT_EQ(daysOf(*document), days);
+  document->undoManager()->undo();
+  EXPECT_EQ(daysOf(*document), winterAndSummer);
+  EXPECT_TRUE(document->isDocumentEdited()) << "the decision is not undone";
+  document->undoManager()->redo();
+  EXPECT_EQ(daysOf(*document), days);
+}
+
+TEST_F(TravellingWorkspace, LetsTheUserDecideAgain) {
+  writeIn("Asia/Tokyo", winterAndSummer);
+  travelTo("America/Toronto");
+  const auto document = world.open(world.file);
+  const auto shown = daysOf(*document);
+  for (int i = 0; i < 2; ++i) {
+    document->useDatesTimeZone(zone("Asia/Tokyo"));
+    EXPECT_EQ(daysOf(*document), winterAndSummer);
+    document->usePresentTimeZone();
+    EXPECT_EQ(daysOf(*document), shown);
+  }
+  EXPECT_EQ(document->model()->datesTimeZone, DatesTimeZone{"America/Toronto"});
+}
+
+TEST_F(TravellingWorkspace, CountsARowInNoYearButItsOwn) {
+  writeIn("Asia/Tokyo", {{2024, 1, 1}, {2024, 7, 1}});
+  travelTo("America/Toronto");
+  const auto yearsOf = [](const WorkspaceDocument& document) {
+    const auto portfolio = document.model()->portfolios().front();
+    EXPECT_FALSE(portfolio->transactions().empty());
+    const auto years = std::views::keys(portfolio->snapshotsByYear);
+    return std::vector(years.begin(), years.end());
+  };
+  const auto expectCash = [&](const WorkspaceDocument& document, const char* amount) {
+    const auto& end = document.model()->portfolios().front()->snapshotsByYear.rbegin()->second;
+    EXPECT_EQ(end.currencySnapshots.get(Currency::cad()).cashOnHand,
+              Decimal::fromWholeString(amount));
+  };
+  const auto document = world.open(world.file);
+  record(*document,
+         {2023, 6, 1});  // and with it the totals of 2023, to which New Year belongs here
+  document->undoManager()->undo();
+  EXPECT_EQ(yearsOf(*document), std::vector({2023, 2024}));
+  document->save(world.file);
+
+  document->useDatesTimeZone(zone("Asia/Tokyo"));
+  EXPECT_EQ(yearsOf(*document), std::vector({2024}));
+  record(*document, {2024, 3, 1});
+  expectCash(*document, "300");
+  travelTo("Asia/Tokyo");
+  const auto reopened = world.open(world.file);
+  EXPECT_EQ(yearsOf(*reopened), std::vector({2024}));
+  record(*reopened, {2024, 3, 1});
+  expectCash(*reopened, "300");
 }
 
 TEST_F(TravellingWorkspace, KeepsThePresentZoneWhereTheUserSaysSo) {

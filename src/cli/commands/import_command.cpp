@@ -89,7 +89,7 @@ void importStatement(const CommandLine& line, const Console& console) {
   requireNone(forLayouts, "excludes --fields.");
   WorkspaceFile workspace(line.required("--into"), console);
   workspace.requireSound();
-  workspace.requireSureDates();
+  workspace.requireSureDates(DoubtfulDatesError::noImport);
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   // The settings of the desktop's last import are not used: a command means the same each time.
   const auto importer = PortfolioTransactionsImporter::make(portfolio, nullptr);

@@ -67,6 +67,7 @@ void listImports(const CommandLine& line, const Console& console) {
   WorkspaceFile workspace(line.word(0), console);
   if (takenBack) {
     workspace.requireSound();
+    workspace.requireSureDates(DoubtfulDatesError::noTakingBack);
   }
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   const StatementMemory memory(workspace.document()->workingDirectoryURL(), *portfolio);

@@ -384,7 +384,7 @@ void importStatementByLayout(const CommandLine& line, const Console& console) {
   }
   WorkspaceFile workspace(line.required("--into"), console,
                           prices ? prices->provider() : makeOfflineProvider());
-  workspace.requireSureDates();
+  workspace.requireSureDates(DoubtfulDatesError::noImport);
   workspace.requireSound();
   const PortfolioPointer portfolio = workspace.portfolio(line.required("--portfolio"));
   run.bytes = files::read(line.word(0));

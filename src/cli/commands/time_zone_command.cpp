@@ -17,9 +17,15 @@ void showOrUse(const CommandLine& line, const Console& console) {
   WorkspaceDocument& document = *workspace.document();
   if (!name && !line.has("--present")) {
     const auto& noted = document.model()->datesTimeZone;
-    console.out << "Days are shown in " << workspace.manager()->calendar.timeZone().identifier()
-                << (noted && noted->isUsedEverywhere ? ", wherever the workspace is opened.\n"
-                                                     : ", the present time zone.\n");
+    const std::string& shown = workspace.manager()->calendar.timeZone().identifier();
+    const bool isEverywhere = noted && noted->isUsedEverywhere;
+    console.out << "Days are shown in " << shown
+                << (isEverywhere && noted->identifier == shown
+                        ? ", wherever the workspace is opened.\n"
+                        : ", the present time zone.\n");
+    if (isEverywhere && noted->identifier != shown) {
+      console.warn("They are those of “" + noted->identifier + "”, which is not known here.");
+    }
     return;
   }
   workspace.requireSound();

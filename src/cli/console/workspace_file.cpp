@@ -1,10 +1,13 @@
 #include "cli/console/workspace_file.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "cli/console/command_line.h"
 #include "cli/console/option_values.h"
+#include "cli/console/progress_bar.h"
 #include "platform/async/dispatch_queue.h"
 #include "platform/system/replacement_directory.h"
 #include "platform/system/resources.h"
@@ -102,7 +105,8 @@ bool WorkspaceFile::exists(const std::string& path) {
 
 WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console,
                              std::shared_ptr<QuoteProvider> provider, bool isNew)
-    : path_(packagePath(path)),
+    : console_(console),
+      path_(packagePath(path)),
       shell_(std::make_shared<ConsoleDocumentShell>(console)),
       window_(std::make_shared<NoWindow>()) {
   const auto info = InfoDictionary::fromFile(resourcePath(InfoDictionary::fileName));
@@ -111,19 +115,48 @@ WorkspaceFile::WorkspaceFile(const std::string& path, const Console& console,
       .appBundleVersion = info.bundleVersion(),
       .appMarketingVersion = info.shortVersion(),
       .shell = shell_,
-      .temporaryDirectory = temporaryDirectory(console)};
+      .temporaryDirectory = temporaryDirectory(console),
+      .savingHandler = barOf("Saving")};
   tellOfUnsavedWork(surroundings.temporaryDirectory, console);
   document_ = std::make_shared<WorkspaceDocument>(std::move(surroundings));
   if (!isNew) {
     document_->open(path_);
   }
   document_->makeWindowControllers(window_);
+  dynamic_cast<StoredPortfolioManager&>(*manager()).readingHandler = barOf("Reading");
   // A warning about a file of a newer program comes by way of the main queue.
   MainLoop::drain();
   if (const auto& doubt = document_->model()->datesDoubt) {
     console.warn(doubt->description() + " " + decisionAbout(*doubt, path_));
   }
   endIfInterrupted();
+}
+
+bool WorkspaceFile::isLarge() const {
+  constexpr std::uintmax_t bytesOfLarge = 4'000'000;  // some 50,000 rows: a few tenths of a second
+  std::uintmax_t bytes = 0;
+  for (const char* ending : {"", "-wal"}) {
+    std::error_code error;
+    const auto size = fs::file_size(
+        document_->workingDirectoryURL() / (std::string(WorkspaceDocument::databaseName) + ending),
+        error);
+    bytes += error ? 0 : size;
+  }
+  return bytes >= bytesOfLarge;
+}
+
+std::function<void(double)> WorkspaceFile::barOf(const std::string& text) const {
+  const auto bar = std::make_shared<std::optional<ProgressBar>>();
+  return [this, text, bar](double fraction) {
+    if (fraction >= 1) {
+      bar->reset();
+    } else if (*bar || isLarge()) {
+      if (!*bar) {
+        bar->emplace(console_.err, text);
+      }
+      (*bar)->show(fraction);
+    }
+  };
 }
 
 bool WorkspaceFile::hasPortfolio(const std::string& name) const {
@@ -163,13 +196,17 @@ PortfolioPointer WorkspaceFile::portfolio(const std::string& name) const {
 
 void WorkspaceFile::requireSound() const {
   auto& stored = dynamic_cast<StoredPortfolioManager&>(*manager());
+  const auto bar = barOf("Checking");
+  bar(0);
   if (const auto damage = anyDamage(stored.database())) {
     failDamaged(path_, "", *damage);
   }
+  bar(1);
   for (const auto& portfolio : stored.portfolios()) {
     endIfInterrupted();
     try {
-      stored.verify(portfolio);
+      requireRows(portfolio);
+      stored.verify(portfolio, bar);
     } catch (const Error& error) {
       failDamaged(path_, "portfolio “" + portfolio->name + "”: ",
                   error.description().value_or("the ledger is inconsistent."));
@@ -177,12 +214,9 @@ void WorkspaceFile::requireSound() const {
   }
 }
 
-void WorkspaceFile::requireSureDates() const {
+void WorkspaceFile::requireSureDates(std::string_view text) const {
   if (document_->model()->datesDoubt) {
-    throw DoubtfulDatesError(
-        "Nothing has been imported: while the days of the workspace are in doubt, rows that it has "
-        "already would be recorded again.",
-        "Decide with “corvane-cli time-zone” first.");
+    throw DoubtfulDatesError(text, "Decide with “corvane-cli time-zone” first.");
   }
 }
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "cli/console/console.h"
 #include "ledger/portfolio/portfolio.h"
@@ -14,7 +16,8 @@ namespace corvane::cli {
 /// A document without a window. Only save() changes the file. Errors are those of the document.
 /// What killed programs have left is cleared away first; where they left unsaved work, a line on
 /// the standard error says how it is recovered. So does one where the days of the workspace are
-/// doubtful in the user's time zone.
+/// doubtful in the user's time zone. Of a large workspace a bar on the terminal shows how far its
+/// rows have been read, checked and saved.
 class WorkspaceFile {
  public:
   /// Opens the workspace at `path`, or makes a new one where `isNew`. A name without the extension
@@ -24,6 +27,9 @@ class WorkspaceFile {
   /// The same with a provider that has prices.
   WorkspaceFile(const std::string& path, const Console& console,
                 std::shared_ptr<QuoteProvider> provider, bool isNew = false);
+
+  WorkspaceFile(const WorkspaceFile&) = delete;
+  WorkspaceFile& operator=(const WorkspaceFile&) = delete;
 
   [[nodiscard]] static bool exists(const std::string& path);
 
@@ -41,14 +47,19 @@ class WorkspaceFile {
   /// one of its ledgers is damaged, since a save would put that into the place of the file.
   void requireSound() const;
 
-  /// To be called before a statement is imported: throws DoubtfulDatesError where the days of the
-  /// rows are perhaps others than were recorded.
-  void requireSureDates() const;
+  /// To be called before a statement is imported or taken back: throws a DoubtfulDatesError that
+  /// says `text` where the days of the rows are perhaps others than were recorded.
+  void requireSureDates(std::string_view text) const;
 
   /// Throws Failed, and saves nothing, where the user has interrupted the program.
   void save();
 
  private:
+  [[nodiscard]] bool isLarge() const;
+  /// What shows a bar called `text` while it is told fractions below 1.
+  [[nodiscard]] std::function<void(double)> barOf(const std::string& text) const;
+
+  const Console& console_;
   std::filesystem::path path_;
   std::shared_ptr<DocumentShell> shell_;
   std::shared_ptr<WorkspaceDocumentModelHaving> window_;

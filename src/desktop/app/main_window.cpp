@@ -165,6 +165,7 @@ void MainWindow::makeEditMenu() {
   menu->addSeparator();
   addAction(menu, QStringLiteral("S&ettings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
             [this] { openSettings(); });
+  addAction(menu, QStringLiteral("Time &Zone of Days…"), {}, [this] { view_->showTimeZone(); });
   connect(menu, &QMenu::aboutToShow, this, &MainWindow::updateUndoActions);
 }
 

@@ -179,7 +179,10 @@ void SettingsDialog::layOut() {
   column->addWidget(makeSection(QStringLiteral("Dates and tables")));
   column->addLayout(explained(
       localTimeZone_,
-      QStringLiteral("Times of the market are those of your own clock, not of the exchange.")));
+      QStringLiteral(
+          "Times of the market are those of your own clock, not of the exchange. In which "
+          "time zone the days of transactions stand, each workspace says by itself: "
+          "Edit › Time Zone of Days.")));
   column->addLayout(explained(
       fetchedRows_,
       QStringLiteral("Rows of the price history that were just fetched have a tint of brown.")));

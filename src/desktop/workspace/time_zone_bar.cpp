@@ -1,11 +1,10 @@
 #include "desktop/workspace/time_zone_bar.h"
 
-#include <QInputDialog>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
-#include <QTimeZone>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/controls/flow_row.h"
 #include "desktop/look/alert_box.h"
@@ -14,9 +13,11 @@
 
 namespace corvane::desktop {
 
-TimeZoneBar::TimeZoneBar(WorkspaceDocument& document, QWidget* parent)
+TimeZoneBar::TimeZoneBar(WorkspaceDocument& document, std::function<void()> chooseZone,
+                         QWidget* parent)
     : QFrame(parent),
       document_(document),
+      chooseZone_(std::move(chooseZone)),
       message_(new QLabel),
       use_(new QPushButton),
       keep_(new QPushButton) {
@@ -38,9 +39,8 @@ TimeZoneBar::TimeZoneBar(WorkspaceDocument& document, QWidget* parent)
   column->setSpacing(spacing::narrow);
   column->addWidget(message_);
   column->addLayout(buttons);
-  connect(use_, &QPushButton::clicked, this, &TimeZoneBar::chooseZone);
-  connect(keep_, &QPushButton::clicked, this,
-          [this] { decide([this] { document_.usePresentTimeZone(); }); });
+  connect(use_, &QPushButton::clicked, this, &TimeZoneBar::useWritten);
+  connect(keep_, &QPushButton::clicked, this, [this] { document_.usePresentTimeZone(); });
   hide();
 }
 
@@ -68,29 +68,12 @@ bool TimeZoneBar::refusesImport() {
   return true;
 }
 
-void TimeZoneBar::decide(const std::function<void()>& decision) {
-  try {
-    decision();
-  } catch (const Error& error) {
-    showError(this, error);
-  }
-}
-
-void TimeZoneBar::chooseZone() {
-  std::optional<TimeZone> zone = document_.model()->datesDoubt->written;
-  if (!zone) {
-    QStringList names;
-    for (const QByteArray& name : QTimeZone::availableTimeZoneIds()) {
-      names.append(QString::fromUtf8(name));
-    }
-    bool isChosen = false;
-    const QString name = QInputDialog::getItem(
-        this, QStringLiteral("Time Zone of the Days"),
-        QStringLiteral("&Time zone in which the days were written:"), names, 0, false, &isChosen);
-    zone = isChosen ? TimeZone::withIdentifier(name.toStdString()) : std::nullopt;
-  }
-  if (zone) {
-    decide([this, &zone] { document_.useDatesTimeZone(*zone); });
+void TimeZoneBar::useWritten() {
+  // A copy, since the doubt goes with the decision.
+  if (const auto written = document_.model()->datesDoubt->written) {
+    document_.useDatesTimeZone(*written);
+  } else {
+    chooseZone_();
   }
 }
 

@@ -12,15 +12,17 @@ class QPushButton;
 namespace corvane::desktop {
 
 /// A bar above the screens, hidden while nobody doubts the days. What the user decides is done in
-/// the document, which hands the model to its window again.
+/// the document.
 class TimeZoneBar : public QFrame {
   Q_OBJECT
 
  public:
-  /// `document` outlives this.
-  explicit TimeZoneBar(WorkspaceDocument& document, QWidget* parent = nullptr);
+  /// `document` outlives this. `chooseZone` lets the user choose where nobody knows the zone in
+  /// which the days were written.
+  TimeZoneBar(WorkspaceDocument& document, std::function<void()> chooseZone,
+              QWidget* parent = nullptr);
 
-  /// To be called with every model that the window gets.
+  /// To be called with every model that the window gets, and when the user has decided.
   void showDoubt();
 
   /// Whether the days are doubtful. Then the user is told that no statement is imported before he
@@ -28,10 +30,10 @@ class TimeZoneBar : public QFrame {
   [[nodiscard]] bool refusesImport();
 
  private:
-  void decide(const std::function<void()>& decision);
-  void chooseZone();
+  void useWritten();
 
   WorkspaceDocument& document_;
+  std::function<void()> chooseZone_;
   QLabel* message_;
   QPushButton* use_;
   QPushButton* keep_;

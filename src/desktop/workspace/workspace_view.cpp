@@ -36,6 +36,7 @@
 #include "desktop/scenario/scenario_batch_tab.h"
 #include "desktop/scenario/scenario_detail_tab.h"
 #include "desktop/transactions/transactions_tab.h"
+#include "desktop/workspace/dates_time_zone_dialog.h"
 #include "desktop/workspace/reports_view.h"
 #include "desktop/workspace/source_list_view.h"
 #include "desktop/workspace/time_zone_bar.h"
@@ -65,7 +66,7 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
       document_(document),
       defaults_(defaults),
       frame_(MainSplitViewController::make(surroundings())),
-      timeZone_(new TimeZoneBar(document)),
+      timeZone_(new TimeZoneBar(document, [this] { showTimeZone(); })),
       source_(new SourceView(frame_)),
       split_(new QSplitter(Qt::Horizontal)),
       detail_(new QStackedWidget),
@@ -118,6 +119,11 @@ WorkspaceView::WorkspaceView(WorkspaceDocument& document, UserDefaults& defaults
   };
   explanation_->installEventFilter(this);
   changes_ = subscribe(frame_->changeHandler, [this] { showDetail(); });
+  decisions_ = NotificationCenter::defaultCenter().addObserver(
+      WorkspaceDocument::datesTimeZoneDidChange, &document_, [this](const NoPayload&) {
+        timeZone_->showDoubt();
+        documentChanged_();
+      });
   segues_ = subscribe(frame_->performSegue, [this](const auto& segue) { perform(segue); });
   showDetail();
 }
@@ -301,9 +307,18 @@ void WorkspaceView::showImports() {
   try {
     auto* dialog =
         new StatementImportsDialog(std::make_unique<StatementImportsController>(
-                                       portfolio, document_.workingDirectoryURL(), surroundings()),
+                                       portfolio, document_.workingDirectoryURL(), surroundings(),
+                                       document_.model()->datesDoubt.has_value()),
                                    this);
     dialog->open();
+  } catch (const Error& error) {
+    showError(this, error);
+  }
+}
+
+void WorkspaceView::showTimeZone() {
+  try {
+    (new DatesTimeZoneDialog(std::make_unique<DatesTimeZoneForm>(document_), this))->open();
   } catch (const Error& error) {
     showError(this, error);
   }

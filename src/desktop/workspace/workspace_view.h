@@ -49,6 +49,8 @@ class WorkspaceView : public QWidget {
   void openStatement(const std::filesystem::path& file);
   /// Shows the imports of the portfolio on the screen.
   void showImports();
+  /// Lets the user say in which time zone the days of the workspace stand.
+  void showTimeZone();
 
   /// Called when the document may count other changes than before.
   void setDocumentChangedHandler(std::function<void()> handler) {
@@ -114,6 +116,7 @@ class WorkspaceView : public QWidget {
   std::vector<ColumnChoice*> columnChoices_;
   Subscription changes_;
   Subscription segues_;
+  Subscription decisions_;
 };
 
 }  // namespace corvane::desktop

@@ -7,6 +7,7 @@
 #include "exchange/statements/ledger_matching.h"
 #include "ledger/manager/portfolio_manager.h"
 #include "platform/text/unicode/isolation.h"
+#include "storage/workspace/dates_time_zone.h"
 
 namespace corvane {
 namespace {
@@ -36,8 +37,10 @@ std::string transactionsText(std::size_t count) {
 
 StatementImportsController::StatementImportsController(PortfolioPointer portfolio,
                                                        const std::filesystem::path& memoryFolder,
-                                                       ScreenSurroundings surroundings)
+                                                       ScreenSurroundings surroundings,
+                                                       bool areDaysDoubtful)
     : portfolio_(std::move(portfolio)),
+      areDaysDoubtful_(areDaysDoubtful),
       surroundings_(std::move(surroundings)),
       imports_(StatementMemory(memoryFolder, *portfolio_).imports()) {
   std::ranges::reverse(imports_);
@@ -63,11 +66,18 @@ AttributedText StatementImportsController::cell(std::size_t row, std::size_t col
 }
 
 bool StatementImportsController::canTakeBack(std::size_t row) const {
-  return row < left_.size() && left_[row] > 0;
+  return row < left_.size() && (left_[row] > 0 || areDaysDoubtful_);
 }
 
 void StatementImportsController::takeBackAction(std::size_t row) {
   if (!canTakeBack(row)) {
+    return;
+  }
+  if (areDaysDoubtful_) {
+    surroundings_.presentError(
+        DoubtfulDatesError(DoubtfulDatesError::noTakingBack,
+                           "Decide in which time zone the days stand first: Edit › Time Zone of "
+                           "Days."));
     return;
   }
   const std::size_t gone = imports_[row].transactionCount() - left_[row];

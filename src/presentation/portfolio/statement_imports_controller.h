@@ -16,9 +16,10 @@ namespace corvane {
 /// in the ledger as they were recorded. Main queue only; the portfolio's manager outlives it.
 class StatementImportsController final : public TableModel {
  public:
-  /// `memoryFolder` is where the workspace keeps its further files. Throws FileError.
+  /// `memoryFolder` is where the workspace keeps its further files. While the days of the ledger
+  /// are doubtful nothing is taken back, since rows are known by their days. Throws FileError.
   StatementImportsController(PortfolioPointer portfolio, const std::filesystem::path& memoryFolder,
-                             ScreenSurroundings surroundings);
+                             ScreenSurroundings surroundings, bool areDaysDoubtful = false);
 
   /// Called when something else is to be shown.
   std::function<void()> changeHandler;
@@ -27,7 +28,7 @@ class StatementImportsController final : public TableModel {
   [[nodiscard]] std::size_t numberOfRows() const override { return imports_.size(); }
   [[nodiscard]] AttributedText cell(std::size_t row, std::size_t column) const override;
 
-  /// Whether the ledger has something of the import in `row`.
+  /// Whether the ledger has something of the import in `row`, or nobody can tell.
   [[nodiscard]] bool canTakeBack(std::size_t row) const;
   /// Asks, and deletes what the import in `row` recorded and is still there unchanged, as one edit
   /// that can be undone. What the ledger refuses is shown.
@@ -38,6 +39,7 @@ class StatementImportsController final : public TableModel {
   void count();
 
   PortfolioPointer portfolio_;
+  bool areDaysDoubtful_;
   ScreenSurroundings surroundings_;
   std::vector<RecordedImport> imports_;
   std::vector<std::size_t> left_;  ///< transactions of each import in the ledger

@@ -153,6 +153,12 @@ class TransactionReader {
   std::unordered_map<std::int64_t, EquityPointer> equities_;
 };
 
+double rowCount(SQLiteDatabase& database, const StoredPortfolio& portfolio) {
+  SQLiteStatement row = database.query("SELECT COUNT(*) FROM transactions WHERE portfolioId = ?;",
+                                       {portfolio.portfolioId});
+  return row.step() ? row.real(0).value_or(0) : 0;
+}
+
 int yearOf(std::optional<std::int64_t> stored) {
   if (!stored || !std::in_range<int>(*stored)) {
     failInconsistent("Missing columns in portfolio totals result.");
@@ -249,8 +255,11 @@ const Currency& currencyWithNumber(std::int64_t number) {
 
 std::vector<TransactionPointer> readTransactions(SQLiteDatabase& database,
                                                  const std::shared_ptr<StoredPortfolio>& portfolio,
-                                                 QuoteProvider& provider) {
+                                                 QuoteProvider& provider,
+                                                 const std::function<void(double)>& tell) {
+  constexpr std::size_t rowsBetweenNews = 1'000;
   std::vector<TransactionPointer> rows;
+  const double count = tell ? rowCount(database, *portfolio) : 0;
   SQLiteStatement row = database.query(transactionsSql, {portfolio->portfolioId});
   if (!row.step()) {
     return rows;
@@ -258,7 +267,13 @@ std::vector<TransactionPointer> readTransactions(SQLiteDatabase& database,
   TransactionReader reader(row, portfolio, provider);
   do {
     rows.push_back(reader.read());
+    if (tell && rows.size() % rowsBetweenNews == 0) {
+      tell(static_cast<double>(rows.size()) / count);
+    }
   } while (row.step());
+  if (tell) {
+    tell(1);
+  }
   return rows;
 }
 

@@ -1,6 +1,7 @@
 // Reads the rows and the yearly totals of a portfolio from the database.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "core/market/quote_provider.h"
@@ -29,11 +30,12 @@ class StoredNumbers {
 /// The currency with this ISO 4217 number. Throws PortfolioManagerError::UnknownCurrency.
 [[nodiscard]] const Currency& currencyWithNumber(std::int64_t number);
 
-/// The ledger of `portfolio` in its order, with the balances that stand in the file. Throws
-/// SQLiteError, and PortfolioManagerError for a row that is not as it should be.
+/// The ledger of `portfolio` in its order, with the balances that stand in the file. `tell` hears,
+/// where there is one, what part of the rows has been read. Throws SQLiteError, and
+/// PortfolioManagerError for a row that is not as it should be.
 [[nodiscard]] std::vector<TransactionPointer> readTransactions(
     SQLiteDatabase& database, const std::shared_ptr<StoredPortfolio>& portfolio,
-    QuoteProvider& provider);
+    QuoteProvider& provider, const std::function<void(double)>& tell = nullptr);
 
 /// The dates of all rows of all portfolios, each once. Dates that are none are passed over. Throws
 /// SQLiteError.

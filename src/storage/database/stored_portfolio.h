@@ -63,6 +63,8 @@ class StoredPortfolio : public Portfolio, public std::enable_shared_from_this<St
   }
   [[nodiscard]] std::vector<TransactionPointer>& storedTransactions();
 
+  [[nodiscard]] bool isLoaded() const { return isLoaded_; }
+
   /// Throws what has kept the rows from being read. The next use then reads them once more, since
   /// the cause may have been a passing one.
   void requireTransactions();

@@ -86,8 +86,21 @@ void renewYearlyTotals(StoredPortfolio& portfolio, std::span<const TransactionPo
   } catch (const PortfolioManagerError&) {
     return;
   }
-  if (!areCurrent) {
+  // A year that has no rows any more would count what has gone to another year once again.
+  if (!areCurrent || (!totals.empty() && totals.size() != portfolio.snapshotsByYear.size())) {
     portfolio.snapshotsByYear = std::move(totals);
+  }
+}
+
+/// Replays all `rows`, and has `tell` hear what part of them is behind.
+void replayInPieces(std::span<const TransactionPointer> rows,
+                    const std::function<void(double)>& tell) {
+  constexpr std::size_t piece = 10'000;
+  PortfolioSnapshot state;
+  for (std::size_t begin = 0; begin < rows.size(); begin += piece) {
+    const auto next = rows.subspan(begin, std::min(piece, rows.size() - begin));
+    state = PortfolioManager::replay(next, std::move(state));
+    tell(static_cast<double>(begin + next.size()) / static_cast<double>(rows.size()));
   }
 }
 
@@ -139,19 +152,29 @@ std::optional<std::string> StoredPortfolioManager::storageDamage() {
   return structuralDamage(database_);
 }
 
-void StoredPortfolioManager::verify(const PortfolioPointer& portfolio) {
+void StoredPortfolioManager::verify(const PortfolioPointer& portfolio,
+                                    const std::function<void(double)>& tell) {
+  constexpr double partOfReplay = 0.4;
+  constexpr double partBeforeWalk = 0.6;
+  const auto done = [&](double part) {
+    if (tell) {
+      tell(part);
+    }
+  };
   StoredPortfolio& subject = stored(*portfolio);
   subject.requireTransactions();
   const auto& rows = subject.transactions();
-  (void)PortfolioManager::replay(rows, {});
+  replayInPieces(rows, [&](double part) { done(part * partOfReplay); });
   StoredPortfolio inFile(weak_from_this(), subject.primaryCurrency(), subject.portfolioId);
   inFile.sharesFactor = subject.sharesFactor;
   readYearlyTotals(database_, inFile, *quoteProvider);
   requireTotalsOf(rows, inFile.snapshotsByYear, calendar);
+  done(partBeforeWalk);
   // What a replay takes for granted, such as that there were shares enough, a walk asks for.
   if (!recalculateLedger(0, portfolio).empty()) {
     throw Failure(Failure::LedgerInconsistency{"Balances are not those of the transactions."});
   }
+  done(1);
 }
 
 void StoredPortfolioManager::compactStorage() {
@@ -212,9 +235,23 @@ void StoredPortfolioManager::deleteTransactions(const Transactions& subjects,
   PortfolioManager::deleteTransactions(subjects, portfolio, undoManager);
 }
 
+void StoredPortfolioManager::changeCalendar(const Calendar& days) {
+  calendar = days;
+  for (const PortfolioPointer& portfolio : portfolios_) {
+    // Others get theirs when they are read.
+    if (StoredPortfolio& subject = stored(*portfolio); subject.isLoaded()) {
+      renewYearlyTotals(subject, subject.storedTransactions(), calendar);
+    }
+  }
+  for (const PortfolioPointer& portfolio : portfolios_) {
+    postPortfolioChange(std::nullopt, portfolio);
+  }
+}
+
 PortfolioManager::Transactions StoredPortfolioManager::loadTransactions(
     StoredPortfolio& portfolio) {
-  Transactions rows = readTransactions(database_, portfolio.shared_from_this(), *quoteProvider);
+  Transactions rows =
+      readTransactions(database_, portfolio.shared_from_this(), *quoteProvider, readingHandler);
   renewYearlyTotals(portfolio, rows, calendar);
   return rows;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,6 +40,10 @@ class StoredPortfolioManager final : public PortfolioManager {
 
   [[nodiscard]] SQLiteDatabase& database() { return database_; }
 
+  /// Hears, where it is set, what part of a portfolio's rows has been read while they are: from 0
+  /// to 1.
+  std::function<void(double)> readingHandler;
+
   /// Shrinks the file to what is in use and brings all of it into the main file, so that this alone
   /// can be copied.
   void compactStorage() override;
@@ -55,8 +60,13 @@ class StoredPortfolioManager final : public PortfolioManager {
 
   /// Throws what is wrong with the ledger of `portfolio`: rows that cannot be read, balances that
   /// are not those of the transactions, or yearly totals in the file that are not. What a walk over
-  /// the ledger mends in passing is told as well.
-  void verify(const PortfolioPointer& portfolio);
+  /// the ledger mends in passing is told as well. `tell` hears, where there is one, what part of
+  /// the work is done.
+  void verify(const PortfolioPointer& portfolio, const std::function<void(double)>& tell = nullptr);
+
+  /// Takes the days of all ledgers for those of `days`. No row is another one afterwards, and undo
+  /// steps stay good; yearly totals are made anew in memory. Posts a change of each portfolio.
+  void changeCalendar(const Calendar& days);
 
   /// The rows of `portfolio` as they stand in the file. Where its yearly totals are not theirs, as
   /// after a change of the user's time zone, they are made anew in memory.

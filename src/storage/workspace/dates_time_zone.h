@@ -8,6 +8,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "core/money/year_month_day.h"
 #include "platform/error.h"
@@ -48,11 +50,20 @@ struct DatesDoubt {
                                                    const std::optional<TimeZone>& written,
                                                    const TimeZone& shown);
 
-/// An import that was not begun, since it would not know the rows that are there already.
+/// What was not begun, since it goes by the days of rows: an import would not know those that are
+/// there already, and who takes one back would not know its own.
 class DoubtfulDatesError : public ErrorValue<DoubtfulDatesError> {
  public:
-  DoubtfulDatesError(std::string text, std::string suggestion)
-      : text_(std::move(text)), suggestion_(std::move(suggestion)) {}
+  static constexpr std::string_view noImport =
+      "Nothing has been imported: while the days of the workspace are in doubt, rows that it has "
+      "already would be recorded again.";
+  static constexpr std::string_view noTakingBack =
+      "Nothing has been taken back: while the days of the workspace are in doubt, other "
+      "transactions could be taken for those of the import.";
+
+  /// `text` is one of the above.
+  DoubtfulDatesError(std::string_view text, std::string suggestion)
+      : text_(text), suggestion_(std::move(suggestion)) {}
   [[nodiscard]] std::optional<std::string> description() const override { return text_; }
   [[nodiscard]] std::optional<std::string> recoverySuggestion() const override {
     return suggestion_;

@@ -287,19 +287,20 @@ void WorkspaceDocument::loadGeneralProperties() {
 /// Opens the days in the zone that the user has chosen, else in his own. Where the rows are the
 /// same days in both, what he records from now on is in his own, which is noted then.
 void WorkspaceDocument::settleDatesTimeZone() {
-  const auto manager =
-      std::static_pointer_cast<StoredPortfolioManager>(model_->portfolioManagers.front());
+  StoredPortfolioManager& manager = store();
   const TimeZone present = surroundings_.presentTimeZone();
   auto& noted = model_->datesTimeZone;
   const auto written = noted ? TimeZone::withIdentifier(noted->identifier) : std::nullopt;
-  manager->calendar = Calendar(written && noted->isUsedEverywhere ? *written : present);
+  const TimeZone days = written && noted->isUsedEverywhere ? *written : present;
+  if (manager.calendar.timeZone() != days) {
+    manager.changeCalendar(Calendar(days));
+  }
   model_->datesDoubt.reset();
   if (noted && (!written || noted->isUsedEverywhere || *written == present)) {
     return;
   }
   try {
-    const auto dates = readDifferentDates(manager->database());
-    model_->datesDoubt = datesDoubt(dates, written, present);
+    model_->datesDoubt = datesDoubt(datesOfRows(), written, present);
   } catch (const SQLiteError& error) {
     // A damaged ledger is told of where it is used.
     Log::write(error);
@@ -310,6 +311,10 @@ void WorkspaceDocument::settleDatesTimeZone() {
   }
 }
 
+StoredPortfolioManager& WorkspaceDocument::store() const {
+  return static_cast<StoredPortfolioManager&>(*model_->portfolioManagers.front());
+}
+
 void WorkspaceDocument::useDatesTimeZone(const TimeZone& zone) {
   changeDatesTimeZone({zone.identifier(), /*isUsedEverywhere=*/true});
 }
@@ -318,21 +323,16 @@ void WorkspaceDocument::usePresentTimeZone() {
   changeDatesTimeZone({surroundings_.presentTimeZone().identifier()});
 }
 
-void WorkspaceDocument::changeDatesTimeZone(const DatesTimeZone& zone) {
-  const auto before = std::exchange(model_->datesTimeZone, zone);
-  try {
-    writeGeneralProperties();
-  } catch (const corvane::Error&) {
-    model_->datesTimeZone = before;
-    throw;
-  }
-  closeStore();
-  openModel();
-  undoManager()->removeAllActions();
+void WorkspaceDocument::changeDatesTimeZone(DatesTimeZone zone) {
+  assert(!model_->portfolioManagers.empty() && "the days of rows that are there");
+  model_->datesTimeZone = std::move(zone);
+  settleDatesTimeZone();
   updateChangeCount(ChangeType::done);
-  if (const auto window = window_.lock()) {
-    window->setDocumentModel(model_);
-  }
+  NotificationCenter::defaultCenter().post(datesTimeZoneDidChange, this, {});
+}
+
+std::vector<Date> WorkspaceDocument::datesOfRows() const {
+  return readDifferentDates(store().database());
 }
 
 void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
@@ -340,17 +340,28 @@ void WorkspaceDocument::write(const fs::path& url, std::string_view type) {
   if (model_->portfolioManagers.empty()) {
     throw DocumentError(DocumentError::NothingLoaded());
   }
+  // By the time that each takes of a large workspace.
+  tellSaved(0);
   requireSoundStorage();
+  tellSaved(0.3);
   writeGeneralProperties();
   for (const auto& manager : model_->portfolioManagers) {
     manager->compactStorage();
   }
+  tellSaved(0.8);
   std::error_code error;
   if (!fs::create_directory(url, error)) {
     throw FileError("create", url, error ? error.value() : EEXIST);
   }
   package::copyFiles(workingDirectoryURL(), url,
                      package::HeldFile{std::string(databaseName), &*databaseFile_});
+  tellSaved(1);
+}
+
+void WorkspaceDocument::tellSaved(double part) const {
+  if (surroundings_.savingHandler) {
+    surroundings_.savingHandler(part);
+  }
 }
 
 void WorkspaceDocument::requireSoundStorage() {

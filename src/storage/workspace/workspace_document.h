@@ -7,7 +7,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "platform/async/notification_center.h"
 #include "platform/system/open_file.h"
 #include "storage/workspace/document.h"
 #include "storage/workspace/document_shell.h"
@@ -16,6 +18,8 @@
 #include "storage/workspace/workspace_model.h"
 
 namespace corvane {
+
+class StoredPortfolioManager;
 
 /// What a document needs of the program around it.
 struct WorkspaceSurroundings {
@@ -41,6 +45,10 @@ struct WorkspaceSurroundings {
 
   /// Where working directories are made.
   std::filesystem::path temporaryDirectory = files::temporaryDirectory();
+
+  /// Hears, where it is set, what part of a document has been written while it is being saved: from
+  /// 0 to 1.
+  std::function<void(double)> savingHandler = nullptr;
 };
 
 /// Works on a private copy of the package, in which the database is open and locked. Only save()
@@ -95,13 +103,23 @@ class WorkspaceDocument final : public Document {
   /// directory throws: the caller shows it and lets the document go.
   void makeWindowControllers(const std::shared_ptr<WorkspaceDocumentModelHaving>& window);
 
-  /// Takes the days of the workspace for those of `zone`, wherever it is opened from now on. No row
-  /// is rewritten: the store is opened anew, with all changes that are not saved, but the undo
-  /// steps are gone. The window is handed the model again. Throws what read() throws.
+  /// Posted by the document, inline, when the user has decided in which zone the days stand. News
+  /// of the ledgers that have other days for it has gone out before.
+  static constexpr Topic<NoPayload> datesTimeZoneDidChange{
+      "ca.orlend.corvane.WorkspaceDocument.datesTimeZoneDidChange"};
+
+  /// Takes the days of the workspace for those of `zone`, wherever it is opened from now on. It can
+  /// be said again at any time: no row is rewritten, and all undo steps stay, among which this is
+  /// none. To be called with a store.
   void useDatesTimeZone(const TimeZone& zone);
   /// Takes them for those of the user's time zone. Where there is a doubt about them, it is settled
   /// until the workspace comes to yet another zone. Otherwise as useDatesTimeZone().
   void usePresentTimeZone();
+
+  /// The user's zone.
+  [[nodiscard]] TimeZone presentTimeZone() const { return surroundings_.presentTimeZone(); }
+  /// The dates of all rows of all portfolios, each once. Throws SQLiteError.
+  [[nodiscard]] std::vector<Date> datesOfRows() const;
 
   [[nodiscard]] std::string typeOf(const std::filesystem::path& path) const override;
 
@@ -124,9 +142,11 @@ class WorkspaceDocument final : public Document {
   void openModel();
   void loadGeneralProperties();
   void settleDatesTimeZone();
-  void changeDatesTimeZone(const DatesTimeZone& zone);
+  [[nodiscard]] StoredPortfolioManager& store() const;
+  void changeDatesTimeZone(DatesTimeZone zone);
   void requireReadable(const std::filesystem::path& package);
   void requireSoundStorage();
+  void tellSaved(double part) const;
   [[nodiscard]] std::string generalPropertiesText() const;
   void writeGeneralProperties();
   /// How messages call the file.

@@ -6,6 +6,7 @@
 #include <unicode/timezone.h>
 #include <unicode/tztrans.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -14,6 +15,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "platform/time/time_zone_names.h"
 
 namespace corvane {
 namespace {
@@ -65,6 +68,21 @@ TEST(TimeZone, NamesAndLimitsItsFixedOffsets) {
   EXPECT_EQ(TimeZone::withSecondsFromGMT(-64800)->secondsFromGMT(Date()), -64800);
   EXPECT_FALSE(TimeZone::withSecondsFromGMT(64801));
   EXPECT_FALSE(TimeZone::withSecondsFromGMT(std::numeric_limits<int>::min()));
+}
+
+TEST(TimeZone, NamesEveryPlaceOnceAndOnlyThose) {
+  const auto& names = timeZoneNames();
+  EXPECT_GT(names.size(), 400U);
+  EXPECT_EQ(std::ranges::adjacent_find(names), names.end());
+  for (const char* place : {"America/Toronto", "Asia/Kolkata", "Asia/Calcutta", "UTC"}) {
+    EXPECT_EQ(std::ranges::count(names, place), 1) << place;
+  }
+  for (const char* other : {"EST", "Etc/GMT+5", "SystemV/EST5EDT"}) {
+    EXPECT_EQ(std::ranges::count(names, other), 0) << other;
+  }
+  for (const std::string& name : names) {
+    EXPECT_TRUE(TimeZone::withIdentifier(name)) << name;
+  }
 }
 
 TEST(TimeZone, FollowsTheSystemsZoneFromOneCallToTheNext) {
