@@ -190,6 +190,23 @@ TEST_F(ConsoleTransactionsTest, RefusesInTheWordsOfTheFormAndOfTheLedger) {
   expectRefused("delete Family --portfolio Savings", 2, "“--transaction N” is missing.\n");
 }
 
+TEST_F(ConsoleTransactionsTest, KnowsAnEquityHoweverItsSymbolIsTyped) {
+  mustRecord("transfer-in --total 1000 --date 2024-01-02");
+  mustRecord("buy --symbol ab.to --shares 2 --total 10 --date 2024-01-04");
+  mustRecord("sell --symbol ' Ab.To ' --shares 1 --total 5 --date 2024-01-05");
+  EXPECT_THAT(row(2), HasSubstr(R"("symbol":"AB.TO","shares":2,)"));
+  EXPECT_THAT(row(3), HasSubstr(R"("symbol":"AB.TO","shares":-1,)"));
+  for (const auto* symbol : {"''", "' '", "'A\nB'"}) {
+    const std::string named = "--symbol " + std::string(symbol);
+    expectRefused(record("buy " + named + " --shares 1 --total 1"), 2, "“");
+    expectRefused(revise("2 " + named), 2, "“");
+    expectRefused("watch Family " + std::string(symbol), 2, "“");
+  }
+  EXPECT_EQ(program.output("watch Family ab.to"), "");
+  EXPECT_EQ(program.output("watch Family AB.TO"), "");
+  EXPECT_EQ(program.output("list Family --watchlist --json"), "[\n{\"symbol\":\"AB.TO\"}\n]\n");
+}
+
 TEST_F(ConsoleTransactionsTest, TellsWhatAnEntryWouldDo) {
   mustRecord("transfer-in --total 1000 --date 2024-01-02");
   const std::string before = contents();

@@ -32,6 +32,23 @@ TEST(DecimalNumberFormatter, ReadsWhatPeoplePaste) {
   EXPECT_EQ(read("1\u202F234,50 €", "fr_FR"), dec("1234.50"));
 }
 
+TEST(DecimalNumberFormatter, ReadsWhatItHasWrittenInTheDigitsOfTheLocale) {
+  for (const auto* locale : {"ar_EG", "fa_IR", "mr_IN", "my_MM", "bn_BD", "ne_NP"}) {
+    for (const auto* number : {"0", "7.05", "-1234567.89", "98765432101234567890.12"}) {
+      DecimalNumberFormatter plain;
+      DecimalNumberFormatter money = DecimalNumberFormatter::money(Currency::usd());
+      for (DecimalNumberFormatter* formatter : {&plain, &money}) {
+        formatter->locale = Locale{locale};
+        const std::string text = formatter->string(dec(number)).value();
+        EXPECT_EQ(formatter->decimalFromString(text), dec(number)) << locale << " " << text;
+      }
+    }
+  }
+  // What is shown is edited on a keyboard with other digits.
+  EXPECT_EQ(read("٢٥٠٫١5", "ar_EG"), dec("250.15"));
+  EXPECT_EQ(read("１２.５ 円", "ja_JP"), dec("12.5"));
+}
+
 TEST(DecimalNumberFormatter, ReadsAnEmptyFieldAsZeroWhereThatIsWanted) {
   DecimalNumberFormatter formatter;
   formatter.treatsEmptyStringAsZero = true;

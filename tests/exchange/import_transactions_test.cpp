@@ -355,6 +355,7 @@ TEST(DateOrderRecognition, TellsDaysFromMonthsAndYears) {
   EXPECT_EQ(formatOf({"March 4, 2021"}), "M M y");
   EXPECT_EQ(formatOf({"4 févr. 2021", "14 août 2021"}), "d M y");
   EXPECT_EQ(formatOf({"15-Jan-21"}), "d M d");
+  EXPECT_EQ(formatOf({"٣١/١٢/٢٠٢٠", "٠١/٠٢/٢٠٢١"}), "d M y");
   EXPECT_EQ(formatOf({"01/02/03"}), "M M M");
   EXPECT_EQ(formatOf({"2021年3月14日"}), formatOf({"x"}));
   EXPECT_EQ(formatOf({}), "M M M");

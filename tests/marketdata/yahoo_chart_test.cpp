@@ -156,6 +156,19 @@ TEST(YahooChart, LetsTheRunningBarOfADayStartWithItsSession) {
   EXPECT_EQ(chart.read(QuoteInterval::oneMinute, asked).quotes->back().fromDate, now);
 }
 
+TEST(YahooChart, TakesABarThatIsToldTwiceOnce) {
+  ChartBuilder chart;
+  chart.sessions({session(4), session(5)});
+  // After the close the service tells the day a second time, at the time of its last trade.
+  chart.chart.meta.regularMarketTime = closes(5);
+  chart.bar(opens(4), 11).bar(opens(4), 12).bar(opens(5), 13).bar(closes(5), 14);
+  const auto result = chart.read(QuoteInterval::oneDay, DateRange(opens(4), closes(5)));
+  EXPECT_THAT(extentsOf(result),
+              ElementsAre(Extent{opens(4), closes(4), false}, Extent{opens(5), closes(5), false}));
+  EXPECT_EQ(result.quotes->front().close, 12) << "the later one counts";
+  EXPECT_EQ(result.quotes->back().close, 14);
+}
+
 TEST(YahooChart, CountsBarsByTheCalendarOfTheExchange) {
   ChartBuilder chart;
   // The night of the 10th is an hour shorter.

@@ -84,7 +84,14 @@ void chooseEquity(Form& form, const CommandLine& line) {
     failWithout("--symbol", form);
   }
   const Currency before = form.currentCurrency();
-  const EquityPointer equity = form.portfolioManager()->quoteProvider->equityWithId(*symbol);
+  const auto isInLedger = [&](const EquityInfo& equity) {
+    return std::ranges::any_of(form.portfolio()->transactions(), [&](const auto& row) {
+      const EquityPointer* other = row->basic.equity();
+      return other != nullptr && **other == equity;
+    });
+  };
+  const EquityPointer equity =
+      equityNamed(*symbol, *form.portfolioManager()->quoteProvider, isInLedger);
   form.chooseEquity(equity);
   // The symbol is not looked up, so nobody tells here in what it is traded.
   if (!form.layout().totalLabel.empty()) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "cli/commands/commands.h"
+#include "cli/console/option_values.h"
 #include "cli/console/workspace_file.h"
 
 namespace corvane::cli {
@@ -10,9 +11,13 @@ void watch(const CommandLine& line, const Console& console) {
   WorkspaceFile workspace(line.word(0), console);
   workspace.requireSound();
   auto& watched = workspace.document()->model()->watchlistEquities;
-  const EquityPointer equity = workspace.manager()->quoteProvider->equityWithId(line.word(1));
+  const auto isWatchedAlready = [&](const EquityInfo& equity) {
+    return std::ranges::any_of(watched, [&](const auto& other) { return *other == equity; });
+  };
+  const EquityPointer equity =
+      equityNamed(line.word(1), *workspace.manager()->quoteProvider, isWatchedAlready);
   const auto isIt = [&](const EquityPointer& other) { return *other == *equity; };
-  const bool isWatched = std::ranges::any_of(watched, isIt);
+  const bool isWatched = isWatchedAlready(*equity);
   if (line.has("--stop")) {
     if (!isWatched) {
       throw WorkspaceFileError("“" + line.word(1) + "” is not on the watchlist.", std::nullopt);

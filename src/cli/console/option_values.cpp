@@ -1,8 +1,10 @@
 #include "cli/console/option_values.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 
+#include "platform/text/unicode/letter_case.h"
 #include "platform/time/calendar.h"
 #include "platform/time/time_zone.h"
 
@@ -59,6 +61,18 @@ std::optional<std::size_t> wholeNumber(std::string_view text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+EquityPointer equityNamed(std::string_view symbol, QuoteProvider& provider,
+                          const std::function<bool(const EquityInfo&)>& isKnown) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = std::min(symbol.find_first_not_of(blanks), symbol.size());
+  const std::string_view named = symbol.substr(first, symbol.find_last_not_of(blanks) - first + 1);
+  if (named.empty() || named.find_first_of(blanks.substr(1)) != named.npos) {
+    throw UsageError("“" + std::string(symbol) + "” is not a symbol such as AAPL.");
+  }
+  const EquityPointer equity = provider.equityWithId(std::string(named));
+  return isKnown(*equity) ? equity : provider.equityWithId(uppercased(named));
 }
 
 Currency currencyNamed(const std::string& code) {

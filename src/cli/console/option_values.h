@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "cli/console/command_line.h"
 #include "core/decimal/decimal.h"
+#include "core/market/quote_provider.h"
 #include "core/money/currency.h"
 #include "core/money/year_month_day.h"
 
@@ -24,6 +26,12 @@ namespace corvane::cli {
 
 /// The number that digits alone make; none for any other text.
 [[nodiscard]] std::optional<std::size_t> wholeNumber(std::string_view text);
+
+/// The equity of this symbol: the one that `isKnown` by just this symbol, else that of the symbol
+/// in capitals, as the market writes it. Blanks around it do not count. Throws UsageError for what
+/// cannot be a symbol.
+[[nodiscard]] EquityPointer equityNamed(std::string_view symbol, QuoteProvider& provider,
+                                        const std::function<bool(const EquityInfo&)>& isKnown);
 
 /// The currency with this code. Throws UsageError where there is none.
 [[nodiscard]] Currency currencyNamed(const std::string& code);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/text/unicode/letters.h"
+
 namespace corvane {
 namespace {
 
@@ -47,7 +49,8 @@ std::optional<Decimal> DecimalNumberFormatter::decimalFromString(std::string_vie
   // The first run, with a point for the locale's decimal separator and without the grouping.
   std::string number;
   bool isInRun = false;
-  for (std::string_view rest = text; !rest.empty();) {
+  const std::string plain = withPlainDigits(text);
+  for (std::string_view rest = plain; !rest.empty();) {
     if (startsWithDigit(rest)) {
       number += rest.front();
       rest.remove_prefix(1);

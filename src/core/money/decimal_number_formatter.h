@@ -29,10 +29,10 @@ class DecimalNumberFormatter : public NumberFormatter {
   /// The text of `value`; none where the locale service gives none, as for a NaN.
   [[nodiscard]] std::optional<std::string> string(const Decimal& value) const;
 
-  /// The number in `text`: its first run of digits, grouping and decimal separators of this
-  /// formatter's locale. Everything around it is ignored but for a sign: a minus or a bracket
-  /// anywhere in the text makes the number negative. In the percent style "5" and "5.00%" are 0.05.
-  /// None where there is no number.
+  /// The number in `text`: its first run of digits of any script, grouping and decimal separators
+  /// of this formatter's locale. Everything around it is ignored but for a sign: a minus or a
+  /// bracket anywhere in the text makes the number negative. In the percent style "5" and "5.00%"
+  /// are 0.05. None where there is no number.
   [[nodiscard]] std::optional<Decimal> decimalFromString(std::string_view text) const;
 };
 

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstddef>
 #include <span>
+#include <string>
 
 #include "platform/text/unicode/letters.h"
 
@@ -84,7 +85,8 @@ class LineMatch {
   std::span<const Character> line_;
 };
 
-std::optional<std::int64_t> integerIn(std::string_view text) {
+std::optional<std::int64_t> integerIn(std::string_view cell) {
+  const std::string text = withPlainDigits(cell);
   std::int64_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   return error == std::errc() && end == text.data() + text.size() ? std::optional(value)

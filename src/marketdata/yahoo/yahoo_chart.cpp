@@ -120,6 +120,11 @@ class BarReading {
       if (periods_.endAt(dates.lower())) {
         continue;
       }
+      // The service tells some bars twice, as the day's after its close. The later one is newer.
+      if (!bars.empty() && bars.back().fromDate == dates.lower() &&
+          bars.back().toDate == dates.upper()) {
+        bars.pop_back();
+      }
       bars.push_back({.fromDate = dates.lower(),
                       .toDate = dates.upper(),
                       .open = unit_.amount((*open)[i]),

@@ -209,11 +209,24 @@ std::string read(const fs::path& path) {
   }
 }
 
+/// Writes into a device or a pipe, whose place no file can take.
+static void writeInto(const fs::path& path, std::string_view content) {
+  Descriptor device(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+  require(device.number() >= 0, "write", path);
+  writeAll(device.number(), content, path);
+  require(device.close(), "write", path);
+}
+
 void writeAtomically(const fs::path& path, std::string_view content) {
   // A link stays one: what it leads to is written.
   std::error_code error;
   const fs::path resolved = fs::canonical(path, error);
   const fs::path& target = error ? path : resolved;
+  if (fs::exists(path, error) && !fs::is_regular_file(path, error) &&
+      !fs::is_directory(path, error)) {
+    writeInto(path, content);
+    return;
+  }
   fs::path temporary;
   Descriptor file(makeBeside(target, temporary, [](const fs::path& candidate) {
     return ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

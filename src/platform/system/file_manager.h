@@ -57,7 +57,8 @@ namespace files {
 
 /// Writes `content` beside `path`, has the disk confirm it, and puts it in place with one rename:
 /// at no moment is there neither the old nor the new file. A file that is replaced hands its
-/// permissions on. Where `path` is a link, what it leads to is written.
+/// permissions on. Where `path` is a link, what it leads to is written. A device or a pipe cannot
+/// be replaced and is written into.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
 
 /// A new, empty, hidden folder beside `path`, on the same volume, to build something in that is to

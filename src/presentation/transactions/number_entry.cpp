@@ -4,13 +4,15 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/text/unicode/letters.h"
+
 namespace corvane {
 namespace {
 
 /// How many digits a number in `text` has from the first to the last that is not 0.
 std::size_t significantDigits(std::string_view text) {
   std::string digits;
-  std::ranges::copy_if(text, std::back_inserter(digits),
+  std::ranges::copy_if(withPlainDigits(text), std::back_inserter(digits),
                        [](char byte) { return byte >= '0' && byte <= '9'; });
   const std::size_t first = digits.find_first_not_of('0');
   return first == std::string::npos ? 0 : digits.find_last_not_of('0') - first + 1;

@@ -1,8 +1,11 @@
 #include "platform/system/file_manager.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
@@ -50,6 +53,21 @@ TEST(Files, AreWrittenWholeOrNotAtAll) {
     EXPECT_EQ(error.description(),
               "Cannot read “" + (folder / "absent").string() + "”: No such file or directory.");
   }
+}
+
+TEST(Files, ThatAreNoFilesAreWrittenIntoAndStay) {
+  const testing::TemporaryFolder folder;
+  const fs::path pipe = folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(reader, 0);
+  files::writeAtomically(pipe, "through the pipe");
+  EXPECT_TRUE(fs::is_fifo(pipe));
+  std::string heard(100, '\0');
+  heard.resize(static_cast<std::size_t>(std::max(read(reader, heard.data(), 100), ssize_t{0})));
+  close(reader);
+  EXPECT_EQ(heard, "through the pipe");
+  EXPECT_EQ(countIn(folder.path()), 1U);
 }
 
 TEST(Files, TakeThePlaceOfOthersInOneStep) {

@@ -38,6 +38,22 @@ bool isWordCharacter(char32_t character) {
          character == zeroWidthJoiner;
 }
 
+std::string withPlainDigits(std::string_view text) {
+  std::string plain;
+  plain.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view rest = text;
+    const char32_t character = takeCharacter(text);
+    const int digit = character < 0x80 ? -1 : u_charDigitValue(static_cast<UChar32>(character));
+    if (digit >= 0) {
+      plain += static_cast<char>('0' + digit);
+    } else {
+      plain += rest.substr(0, rest.size() - text.size());
+    }
+  }
+  return plain;
+}
+
 bool isWhitespace(char32_t character) {
   if (character < 0x80) {
     return character == U' ' || (character >= U'\t' && character <= U'\r');
