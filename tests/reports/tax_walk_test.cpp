@@ -421,7 +421,8 @@ TEST(TaxWalkProperty, DeniesWhatCountingEachRowGives) {
     for (int i = 0; i < 50; ++i, today = daysAfter(today, static_cast<int>(random() % 16))) {
       const std::size_t who = random() % 2;
       const bool isSale = held[who] > 0 && random() % 2 == 0;
-      const long shares = 1 + static_cast<long>(random() % (isSale ? held[who] : 9));
+      const long shares =
+          1 + static_cast<long>(random() % static_cast<std::uint64_t>(isSale ? held[who] : 9));
       held[who] += isSale ? -shares : shares;
       ledger.add(isSale ? Kind::sale : Kind::purchase, today, std::to_string(shares),
                  std::to_string(shares * static_cast<long>(random() % 20 + 1)),
@@ -540,7 +541,8 @@ TEST(ShareMatchingProperty, IsWhatMatchingSingleSharesGives) {
     YearMonthDay today{2021, 1, 1};
     for (int i = 0; i < 40; ++i, today = daysAfter(today, static_cast<int>(random() % 20))) {
       const bool isSale = held > 0 && random() % 2 == 0;
-      const long shares = 1 + static_cast<long>(random() % (isSale ? held : 9));
+      const long shares =
+          1 + static_cast<long>(random() % static_cast<std::uint64_t>(isSale ? held : 9));
       held += isSale ? -shares : shares;
       ledger.add(isSale ? Kind::sale : Kind::purchase, today, std::to_string(shares),
                  std::to_string(shares * static_cast<long>(random() % 20 + 1)));

@@ -176,7 +176,8 @@ TEST(NumberFormatter, WritesShortFormsAsItWritesLongOnes) {
   const auto compare = [](std::mt19937_64& random) {
     static std::int32_t localeCount = 0;
     static const icu::Locale* locales = icu::Locale::getAvailableLocales(localeCount);
-    NumberFormatter formatter{.locale = {locales[random() % localeCount].getName()}};
+    NumberFormatter formatter{
+        .locale = {locales[random() % static_cast<std::uint64_t>(localeCount)].getName()}};
     formatter.style =
         std::array{Style::decimal, Style::currency, Style::currencyAccounting}[random() % 3];
     formatter.currencyCode = std::array{"USD", "CAD", "EUR", "JPY", "CHF", "INR"}[random() % 6];
