@@ -154,14 +154,12 @@ void SourceView::addReports(QVBoxLayout* column) {
   reports_->setAccessibleName(QStringLiteral("Reports"));
   reports_->setFrameShape(QFrame::NoFrame);
   reports_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  reports_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   reports_->viewport()->setAutoFillBackground(false);
   reports_->setItemDelegate(new ReportRowDelegate(reports_));
   for (const WorkspaceReports::Entry& entry : WorkspaceReports::entries) {
     auto* item = new QListWidgetItem(qtText(entry.title), reports_);
     item->setSizeHint({0, fontMetrics().height() + spacing::medium});
   }
-  reports_->setFixedHeight(reports_->count() * reports_->item(0)->sizeHint().height());
   column->addSpacing(spacing::medium);
   addHeading(column, QStringLiteral("Reports"), nullptr);
   column->addWidget(reports_);
@@ -305,8 +303,9 @@ void SourceView::showSelection() {
   isShowingSelection_ = false;
 }
 
-/// The list has as many rows as there are. In a small window with large letters it scrolls, and
-/// then the prices' text is cut, before what is below it is drawn over each other.
+/// The list has as many rows as there are. In a small window with large letters it scrolls, then
+/// the prices' text is cut, and then the reports scroll, before what is below it is drawn over each
+/// other.
 void SourceView::fitPortfolioList() {
   QStyleOptionViewItem option;
   option.font = portfolioView_->font();
@@ -314,6 +313,9 @@ void SourceView::fitPortfolioList() {
   int rows = std::clamp(portfolios_->rowCount(), 1, mostPortfoliosShown);
   portfolioView_->setFixedHeight(rows * row);
   priceStatus_->setMaximumHeight(QWIDGETSIZE_MAX);
+  const int reportRow = reports_->item(0)->sizeHint().height();
+  int reports = reports_->count();
+  reports_->setFixedHeight(reports * reportRow);
   const auto excess = [this] { return layout()->minimumHeightForWidth(width()) - height(); };
   while (rows > 1 && excess() > 0) {
     portfolioView_->setFixedHeight(--rows * row);
@@ -323,6 +325,9 @@ void SourceView::fitPortfolioList() {
     const int least = priceStatus_->fontMetrics().height() + spacing::narrow;
     priceStatus_->setMaximumHeight(
         std::max(least, priceStatus_->heightForWidth(width()) - missing));
+  }
+  while (reports > 1 && excess() > 0) {
+    reports_->setFixedHeight(--reports * reportRow);
   }
   priceStatus_->setToolTip(missing > 0 ? priceStatus_->text() : QString());
 }
