@@ -74,7 +74,7 @@ void OverviewView::addTables() {
                 return std::to_string(reinterpret_cast<std::uintptr_t>(
                     controller_->portfolioTable.records()[row].portfolio.get()));
               });
-  List& holdings =
+  const List& holdings =
       addList(QStringLiteral("Holdings"), QStringLiteral("Return opens the equity of a row"),
               QStringLiteral("overviewHoldings"), controller_->holdingTable, mostHoldingLines,
               [this](std::size_t row) { return controller_->holdingTable.records()[row].key(); });
