@@ -57,11 +57,7 @@ class OFXStatements : public ::testing::Test {
   std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     for (const StatementRow& row : preview(text).reading.rows) {
-      std::string line = std::to_string(row.line) + " " + std::string(displayName(row.verdict));
-      for (const BasicTransaction& transaction : row.transactions) {
-        line += ", " + told(transaction);
-      }
-      lines.push_back(row.reason.empty() ? line : line + " (" + row.reason + ")");
+      lines.push_back(testing::lineText(row));
     }
     return lines;
   }

@@ -132,16 +132,11 @@ class Statements : public ::testing::Test {
     return previewStatement(text, shelf().profiles, ledger.portfolio, options);
   }
 
-  /// "id: line verdict transaction (reason)" of each row, in the order of the lines.
+  /// Of each row, in the order of the lines.
   static std::vector<std::string> linesOf(const StatementPreview& preview) {
     std::vector<std::string> lines;
     for (const std::uint32_t place : preview.reading.rows.byLine()) {
-      const StatementRow row = preview.reading.rows[place];
-      std::string text = std::to_string(row.line) + " " + std::string(displayName(row.verdict));
-      for (const BasicTransaction& transaction : row.transactions) {
-        text += ", " + told(transaction);
-      }
-      lines.push_back(row.reason.empty() ? text : text + " (" + row.reason + ")");
+      lines.push_back(testing::lineText(preview.reading.rows[place]));
     }
     return lines;
   }

@@ -8,6 +8,7 @@
 #include "core/money/year_month_day.h"
 #include "exchange/imports/import_controller.h"
 #include "exchange/imports/portfolio_transactions_importer.h"
+#include "exchange/reading/statement_row.h"
 #include "exchange/scripted_window.h"
 #include "platform/overloaded.h"
 #include "support/ledger_builder.h"
@@ -142,5 +143,14 @@ class StatementWorld {
     return all;
   }
 };
+
+/// "line verdict, transactions (reason)"
+inline std::string lineText(const StatementRow& row) {
+  std::string text = std::to_string(row.line) + " " + std::string(displayName(row.verdict));
+  for (const BasicTransaction& transaction : row.transactions) {
+    text += ", " + told(transaction);
+  }
+  return row.reason.empty() ? text : text + " (" + row.reason + ")";
+}
 
 }  // namespace corvane::testing

@@ -93,7 +93,7 @@ void writeLedger(const CommandLine& line, const Console& console) {
   Listing ledger(ledgerFields());
   const auto& rows = portfolio->transactions();
   const Currency& primary = portfolio->primaryCurrency();
-  TransactionFinder finder(rows, primary, calendar, true);
+  TransactionFinder finder(rows, primary, calendar, portfolio->usesCashAccounts);
   for (const std::uint32_t place : finder.places(line.value("--find").value_or(""))) {
     ledger.add(fieldsOf(*rows[place], place + 1, primary, calendar));
   }

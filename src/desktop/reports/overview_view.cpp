@@ -3,10 +3,8 @@
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
-#include <QMenu>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -33,7 +31,13 @@ OverviewView::OverviewView(std::shared_ptr<PortfoliosOverviewViewController> con
                            QueryDatesPicker& days, QWidget* parent)
     : ReportView(controller, QStringLiteral("Working out the chart"), parent),
       controller_(std::move(controller)) {
-  addChoice(makeExportButton());
+  const auto writes = [this](OverviewSection section) {
+    return [this, section] { exportHandler(controller_->makeExporter(section)); };
+  };
+  addChoice(
+      makeExportButton({{QStringLiteral("&Portfolios…"), writes(OverviewSection::portfolios)},
+                        {QStringLiteral("&Holdings…"), writes(OverviewSection::holdings)},
+                        {QStringLiteral("&Currencies…"), writes(OverviewSection::currencies)}}));
   auto* picker = new DatesPickerView(days);
   auto* line = new QHBoxLayout;
   line->setContentsMargins(0, spacing::narrow, 0, 0);
@@ -48,22 +52,6 @@ OverviewView::OverviewView(std::shared_ptr<PortfoliosOverviewViewController> con
   warning().retry = [this] { controller_->retryAction(); };
   warning().leaveOut = [this] { controller_->leaveOutAction(); };
   showState();
-}
-
-QPushButton* OverviewView::makeExportButton() {
-  static constexpr std::array<std::pair<const char*, OverviewSection>, 3> sections = {
-      {{"&Portfolios…", OverviewSection::portfolios},
-       {"&Holdings…", OverviewSection::holdings},
-       {"&Currencies…", OverviewSection::currencies}}};
-  auto* button = new QPushButton(QStringLiteral("E&xport"));
-  button->setToolTip(QStringLiteral("Writes one of the lists below to a file"));
-  auto* menu = new QMenu(button);
-  for (const auto& [title, section] : sections) {
-    connect(menu->addAction(QString::fromUtf8(title)), &QAction::triggered, this,
-            [this, section = section] { exportHandler(controller_->makeExporter(section)); });
-  }
-  button->setMenu(menu);
-  return button;
 }
 
 void OverviewView::addTables() {

@@ -11,14 +11,12 @@
 #include "presentation/controls/query_dates_picker.h"
 #include "presentation/overview/portfolios_overview_view_controller.h"
 
-class QPushButton;
-
 namespace corvane::desktop {
 
 class TableModelAdapter;
 class TableView;
 
-/// Shows an PortfoliosOverviewViewController: figures, the chart with its days, and the tables of
+/// Shows a PortfoliosOverviewViewController: figures, the chart with its days, and the tables of
 /// portfolios, holdings and currencies. A refresh of prices writes into the cells that there are,
 /// and leaves the selection and what has been scrolled to.
 class OverviewView : public ReportView {
@@ -51,7 +49,6 @@ class OverviewView : public ReportView {
                 const TableModel& model, int mostRows,
                 std::function<std::string(std::size_t)> keyOf);
   void showList(List& list);
-  QPushButton* makeExportButton();
 
   std::shared_ptr<PortfoliosOverviewViewController> controller_;
   std::vector<std::unique_ptr<List>> lists_;

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
@@ -223,6 +224,18 @@ QLabel* ReportPage::addNote() {
   note->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   column_->addWidget(note);
   return note;
+}
+
+QPushButton* makeExportButton(std::vector<ListExport> lists) {
+  auto* button = new QPushButton(QStringLiteral("E&xport"));
+  button->setToolTip(QStringLiteral("Writes one of the lists below to a file"));
+  auto* menu = new QMenu(button);
+  for (ListExport& list : lists) {
+    QObject::connect(menu->addAction(list.title), &QAction::triggered, button,
+                     std::move(list.write));
+  }
+  button->setMenu(menu);
+  return button;
 }
 
 void fitHeight(TableView& table, int mostRows) {

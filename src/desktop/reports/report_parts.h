@@ -99,6 +99,15 @@ class ReportPage : public QScrollArea {
   QVBoxLayout* column_;
 };
 
+/// A list that can be written to a file: its title in the menu, and what writes it.
+struct ListExport {
+  QString title;
+  std::function<void()> write;
+};
+
+/// The button with the menu of the lists that can be written to a file.
+[[nodiscard]] QPushButton* makeExportButton(std::vector<ListExport> lists);
+
 /// Makes `table` as high as its rows, of which it shows `mostRows` before it scrolls by itself,
 /// also when it turns out to need a bar to scroll sideways.
 void fitHeight(TableView& table, int mostRows);

@@ -6,13 +6,11 @@
 #include <QHBoxLayout>
 #include <QItemSelectionModel>
 #include <QLabel>
-#include <QMenu>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <array>
 
 #include "desktop/controls/busy_bar.h"
 #include "desktop/controls/table_view.h"
@@ -96,36 +94,23 @@ void TaxYearView::connectTables(TableView& disposals, TableView& check) {
   });
 }
 
-QWidget* TaxYearView::makeExportButton() {
-  struct Section {
-    const char* title;
-    TaxSection section;
-  };
-  static constexpr std::array<Section, 5> sections = {
-      {{"&Disposals…", TaxSection::disposals},
-       {"&Totals…", TaxSection::totals},
-       {"&Income…", TaxSection::income},
-       {"To &Check…", TaxSection::toCheck},
-       {"Cost &Base at the End of the Year…", TaxSection::costs}}};
-  auto* button = new QPushButton(QStringLiteral("E&xport"));
-  button->setToolTip(QStringLiteral("Writes one of the lists below to a file"));
-  auto* menu = new QMenu(button);
-  for (const auto& [title, section] : sections) {
-    connect(menu->addAction(QString::fromUtf8(title)), &QAction::triggered, this,
-            [this, section = section] { exportHandler(controller_->makeExporter(section)); });
-  }
-  button->setMenu(menu);
-  return button;
-}
-
 void TaxYearView::addChoices() {
   year_->setAccessibleName(QStringLiteral("Tax year"));
   person_->setAccessibleName(QStringLiteral("Person"));
   person_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
   auto* roles = new QPushButton(QStringLiteral("&Roles and Rules…"));
   roles->setToolTip(QStringLiteral("Whose the portfolios are, and what the year goes by"));
+  const auto writes = [this](TaxSection section) {
+    return [this, section] { exportHandler(controller_->makeExporter(section)); };
+  };
+  auto* exports = makeExportButton(
+      {{QStringLiteral("&Disposals…"), writes(TaxSection::disposals)},
+       {QStringLiteral("&Totals…"), writes(TaxSection::totals)},
+       {QStringLiteral("&Income…"), writes(TaxSection::income)},
+       {QStringLiteral("To &Check…"), writes(TaxSection::toCheck)},
+       {QStringLiteral("Cost &Base at the End of the Year…"), writes(TaxSection::costs)}});
   for (QWidget* choice : {static_cast<QWidget*>(year_), static_cast<QWidget*>(person_),
-                          static_cast<QWidget*>(roles), makeExportButton()}) {
+                          static_cast<QWidget*>(roles), static_cast<QWidget*>(exports)}) {
     heading_->choices().addWidget(choice);
   }
   connect(year_, &QComboBox::activated, this, [this](int index) {

@@ -41,7 +41,6 @@ class TaxYearView : public QWidget {
  private:
   void addChoices();
   [[nodiscard]] QFrame* makeBanner();
-  [[nodiscard]] QWidget* makeExportButton();
   void connectTables(TableView& disposals, TableView& check);
   TableView* addTable(const QString& name, const QString& objectName, const TableModel& model);
   void showState();
